@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Handle.h"
+
+namespace quillon::platform {
+
+/// Files and folders. Paths are library paths in UTF-8. A failure is false or
+/// nothing, with the reason in LastError().
+
+struct FileAttributes {
+    bool isDirectory = false;  ///< also a link to one
+    bool isLink = false;       ///< symbolic link or other reparse point
+    bool isReadOnly = false;
+};
+
+struct FileStatus {
+    bool isDirectory = false;
+    long long modificationTime = 0;  ///< whole seconds since 1970, UTC
+};
+
+struct DirectoryEntry {
+    std::string name;  ///< UTF-8, without the folder
+    bool isDirectory = false;
+    bool isLink = false;
+    std::uint64_t size = 0;
+};
+
+std::optional<FileAttributes> AttributesOf(const std::string& path);
+/// `path` in the system's ANSI code page.
+std::optional<FileAttributes> AttributesOfAnsiPath(const char* path);
+std::optional<FileStatus> StatusOf(const std::string& path);
+/// Size of a file that can be opened for reading while others only read.
+std::optional<std::uint64_t> SizeOfFile(const std::string& path);
+/// Calls `visit` for what matches a wildcard pattern in its last element, "." and
+/// ".." included, in the system's order, until it returns false. False when
+/// nothing matches.
+bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit);
+
+/// Removes a file or a link to a file, never a folder.
+bool RemoveFile(const std::string& path);
+/// Removes an empty folder, or a link to a folder itself.
+bool RemoveEmptyDirectory(const std::string& path);
+bool MakeOneDirectory(const std::string& path);
+/// `path` in the system's ANSI code page.
+bool MakeOneDirectoryAnsi(const std::string& path);
+/// Moves a file or folder; an existing target is a failure.
+bool MovePath(const std::string& from, const std::string& to);
+/// Replaces an existing target.
+bool CopyFileOver(const std::string& from, const std::string& to);
+
+/// The whole content as it is, however the file changes meanwhile and whatever
+/// size the system reports. The file may be open for writing elsewhere.
+std::optional<std::string> ReadWholeFile(const std::string& path);
+enum class WriteMode { Truncate, Append };
+/// Writes `head`, then `body`, to a file that is made when missing. True when
+/// every byte was written and the file closed without error.
+bool WriteWholeFile(const std::string& path, std::string_view head, std::string_view body, WriteMode mode);
+
+/// With its trailing backslash.
+std::optional<std::string> TemporaryFolder();
+/// A new, empty file "<prefix>XXXX.tmp" in a folder, made exclusively and
+/// readable by its owner only.
+std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix);
+std::optional<std::string> CurrentFolder();
+bool SetCurrentFolder(const std::string& path);
+/// The folder for data of all users.
+std::optional<std::string> CommonDataFolder();
+
+/// Roots such as "C:\".
+std::vector<std::string> LogicalDrives();
+bool IsFixedDrive(const std::string& root);
+/// The NT device name of a drive such as "C:".
+std::optional<std::string> DeviceNameOfDrive(const std::string& drive);
+
+/// A new or truncated file for writing that other handles may write too; a child
+/// gets it only when it is listed for it.
+FileHandle OpenForCapture(const std::string& path);
+/// Size of an open file.
+std::optional<std::uint64_t> SizeOfOpenFile(const FileHandle& file);
+
+}  // namespace quillon::platform
