@@ -28,7 +28,6 @@ endif()
 add_library(quillon SHARED)
 add_library(quillon::quillon ALIAS quillon)
 target_link_libraries(quillon PRIVATE quillon_objects)
-target_link_libraries(quillon PUBLIC Boost::headers)
 target_compile_features(quillon PUBLIC cxx_std_20)
 target_include_directories(quillon PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
                            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
