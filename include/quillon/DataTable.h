@@ -3,7 +3,6 @@
 #include <functional>
 #include <iosfwd>
 #include <list>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,7 +37,7 @@ public:
     DataTable& operator=(const DataTable& other);
     DataTable(DataTable&& other) noexcept;
     DataTable& operator=(DataTable&& other) noexcept;
-    ~DataTable();
+    ~DataTable() = default;
 
     // --- Columns ---
 
@@ -110,14 +109,15 @@ public:
     void Dump(const char* title, ICLogger* logger, unsigned int indent) const;
 
 private:
-    struct Rows;
-
     void SetUndefined();
     void SetDefined();
+    void MarkChanged();
+    bool AddColumn(Variant&& definition);
 
     VariantList m_columns;
     bool m_rationalised = false;
-    std::unique_ptr<Rows> m_rows;
+    mutable std::list<VariantList> m_rows;  // a walk of a const table hands out rows that can be changed
+    mutable std::list<VariantList>::iterator m_cursor = m_rows.end();
     bool m_undefined = true;
     bool m_promotedFromScalar = false;
 };

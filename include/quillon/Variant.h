@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <iosfwd>
 #include <memory>
 #include <optional>
@@ -76,9 +77,9 @@ public:
 
     Variant(const Variant& other);
     Variant& operator=(const Variant& other);
-    Variant(Variant&& other) noexcept;
-    Variant& operator=(Variant&& other) noexcept;
-    ~Variant();
+    Variant(Variant&& other) noexcept = default;
+    Variant& operator=(Variant&& other) noexcept = default;
+    ~Variant() = default;
 
     static Variant NullVariant(const std::string& name);
     /// Null when the value is empty.
@@ -117,10 +118,7 @@ public:
 
     /// The value when it is held as exactly T; logs nothing, throws nothing.
     template <VariantKind T>
-    std::optional<T> TryGet() const {
-        const T* held = static_cast<const T*>(HeldValue(typeid(T)));
-        return held == nullptr ? std::nullopt : std::optional<T>(*held);
-    }
+    std::optional<T> TryGet() const;
 
     /// The value as text; "null" when null. Doubles as by "%g".
     std::string AsString() const;
@@ -137,11 +135,27 @@ public:
     void Dump(ICLogger* logger, unsigned int indent) const;
 
 private:
+    friend class VariantList;
+
     struct Record;
+    struct Deleter {
+        void operator()(Record* record) const noexcept { Delete(record); }
+    };
 
-    const void* HeldValue(const std::type_info& type) const noexcept;
+    static void Delete(Record* record) noexcept;
+    static std::optional<bool> Equal(const Record& left, const Record& right);
 
-    Record* m_record;
+    template <class T>
+    void SetValue(T value);
+    template <class T>
+    const T& Read() const;
+    Record& Own();
+    const Record& Get() const noexcept;
+    static const Record& None() noexcept;
+    std::size_t Hash() const noexcept;
+    void ReportUnsupported(const char* operation) const;
+
+    std::unique_ptr<Record, Deleter> m_record;  // none after a move: reads as unnamed and null
 };
 
 /// The value as by AsString().

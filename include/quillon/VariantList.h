@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <typeindex>
 #include <typeinfo>
@@ -38,9 +41,9 @@ public:
                 const Variant& v6, const Variant& v7, const Variant& v8, const Variant& v9);
     VariantList(const VariantList& other);
     VariantList& operator=(const VariantList& other);
-    VariantList(VariantList&& other) noexcept;
-    VariantList& operator=(VariantList&& other) noexcept;
-    ~VariantList();
+    VariantList(VariantList&& other) noexcept = default;
+    VariantList& operator=(VariantList&& other) noexcept = default;
+    ~VariantList() = default;
 
     void Add(const Variant& value);
     void Add(Variant&& value);
@@ -104,10 +107,25 @@ public:
 
 private:
     struct Record;
+    struct Deleter {
+        void operator()(Record* record) const noexcept { Delete(record); }
+    };
 
+    struct Hashed {
+        std::size_t hash;
+        const Variant* element;
+    };
+
+    static void Delete(Record* record) noexcept;
     Record& Own();
+    const std::vector<Variant>& Elements() const noexcept;
+    void AddAll(std::initializer_list<const Variant*> values);
+    bool Erase(const_iterator position);
+    bool SimilarByPairs(const VariantList& other) const;
+    bool SimilarByHash(const VariantList& other) const;
+    std::vector<Hashed> SortedByHash() const;
 
-    Record* m_record;
+    std::unique_ptr<Record, Deleter> m_record;  // none while nothing was ever added, and after a move
 };
 
 /// As "{name=value, ...}".

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "quillon/ICLogger.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon {
+
+inline constexpr unsigned int kMaximumDumpIndent = 40;
+
+inline std::string DumpIndent(unsigned int blanks) {
+    return std::string(std::min(blanks, kMaximumDumpIndent), ' ');
+}
+
+/// `logger`, else the registered one; null when there is none.
+inline ICLogger* LoggerOrRegistered(ICLogger* logger) {
+    return logger != nullptr ? logger : ServiceLocator::Get<ICLogger>(true);
+}
+
+/// Writes a line at Debug, or to standard error when `logger` is null.
+inline void WriteDumpLine(ICLogger* logger, const std::string& line) {
+    if (logger != nullptr) {
+        logger->Debug("%s", line.c_str());
+    } else {
+        std::fprintf(stderr, "%s\n", line.c_str());
+    }
+}
+
+}  // namespace quillon

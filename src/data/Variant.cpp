@@ -1,0 +1,388 @@
+#include "quillon/Variant.h"
+
+#include <algorithm>
+#include <boost/any.hpp>
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string_view>
+#include <utility>
+
+#include "data/DumpWriter.h"
+#include "quillon/DateTimeUtils.h"
+
+namespace quillon {
+namespace {
+
+enum class Kind : std::uint8_t { Text, Integer, Boolean, Double, Time, Unsupported };
+
+template <class T>
+inline constexpr Kind kKindOf = Kind::Unsupported;
+template <>
+inline constexpr Kind kKindOf<std::string> = Kind::Text;
+template <>
+inline constexpr Kind kKindOf<long long> = Kind::Integer;
+template <>
+inline constexpr Kind kKindOf<bool> = Kind::Boolean;
+template <>
+inline constexpr Kind kKindOf<double> = Kind::Double;
+template <>
+inline constexpr Kind kKindOf<TimePoint> = Kind::Time;
+
+struct KindTraits {
+    const char* dumpWord;
+    int sqlType;
+    const char* sqlName;
+};
+
+const KindTraits& Traits(Kind kind) {
+    static constexpr KindTraits kTraits[] = {
+        {"string", 3, "TEXT"},  {"long long", 1, "INTEGER"}, {"bool", 1, "INTEGER"},
+        {"double", 2, "FLOAT"}, {"time_point", 3, "TEXT"},   {"", 3, "TEXT"},
+    };
+    return kTraits[static_cast<std::size_t>(kind)];
+}
+
+constexpr int kSqlNull = 5;
+constexpr std::size_t kDumpBufferSize = 1024;
+
+std::string TextOrEmpty(const char* text) { return text != nullptr ? text : std::string(); }
+
+/// Null when the bind name equals the name.
+std::unique_ptr<const std::string> BindName(const std::string& name) {
+    if (name.find('-') == std::string::npos) return nullptr;
+    auto bindName = std::make_unique<std::string>(name);
+    std::replace(bindName->begin(), bindName->end(), '-', '_');
+    return bindName;
+}
+
+/// As "%g", whatever the locale.
+std::string DoubleAsText(double value) {
+    char buffer[20];
+    const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 6).ptr;
+    return std::string(buffer, end);
+}
+
+void LogError(const std::string& text) {
+    if (ICLogger* logger = LoggerOrRegistered(nullptr)) {
+        logger->Error("%s", text.c_str());
+    } else {
+        std::fprintf(stderr, "%s\n", text.c_str());
+    }
+}
+
+[[noreturn]] void ThrowWrongType(const std::type_info& wanted, const std::type_info& found) {
+    LogError(std::string(wanted.name()) + " value requested, found " + found.name() + " type");
+    throw std::invalid_argument(std::string(wanted.name()) + " type was expected");
+}
+
+}  // namespace
+
+null_Variant::null_Variant(const std::string& message) : std::runtime_error(message) {}
+null_Variant::~null_Variant() = default;
+
+struct Variant::Record {
+    Record() = default;
+    explicit Record(const std::string& text) : name(text), bindName(BindName(text)) {}
+    template <class T>
+    Record(const std::string& text, T held)
+        : name(text), bindName(BindName(text)), null(false), kind(kKindOf<T>), value(std::move(held)) {}
+    Record(const Record& other)
+        : name(other.name),
+          bindName(other.bindName ? std::make_unique<const std::string>(*other.bindName) : nullptr),
+          null(other.null),
+          kind(other.kind),
+          value(other.value) {}
+    Record& operator=(const Record&) = delete;
+
+    template <class T>
+    const T& Held() const noexcept {
+        return *boost::any_cast<T>(&value);
+    }
+
+    template <class T>
+    void Hold(T held) {
+        value = std::move(held);
+        kind = kKindOf<T>;
+    }
+
+    std::string name;
+    std::unique_ptr<const std::string> bindName;  // none when it equals the name
+    bool null = true;
+    Kind kind = Kind::Integer;  // of the value: a switch costs less than comparing run-time types
+    boost::any value = 0LL;
+};
+
+Variant::Variant() : m_record(new Record) {}
+Variant::Variant(const char* value) : Variant(std::string(), value) {}
+Variant::Variant(const std::string& value) : Variant(std::string(), value) {}
+Variant::Variant(std::string&& value) : Variant(std::string(), std::move(value)) {}
+Variant::Variant(long long value) : Variant(std::string(), value) {}
+Variant::Variant(bool value) : Variant(std::string(), value) {}
+Variant::Variant(double value) : Variant(std::string(), value) {}
+Variant::Variant(TimePoint value) : Variant(std::string(), value) {}
+Variant::Variant(const std::string& name, const char* value) : Variant(name, TextOrEmpty(value)) {}
+Variant::Variant(const std::string& name, const std::string& value) : m_record(new Record(name, value)) {}
+Variant::Variant(const std::string& name, std::string&& value)
+    : m_record(new Record(name, std::move(value))) {}
+Variant::Variant(const std::string& name, long long value) : m_record(new Record(name, value)) {}
+Variant::Variant(const std::string& name, bool value) : m_record(new Record(name, value)) {}
+Variant::Variant(const std::string& name, double value) : m_record(new Record(name, value)) {}
+Variant::Variant(const std::string& name, TimePoint value) : m_record(new Record(name, value)) {}
+
+Variant::Variant(const std::string& name, const std::type_index& type) : m_record(new Record(name)) {
+    if (type == typeid(std::string)) {
+        m_record->Hold(std::string());
+    } else if (type == typeid(bool)) {
+        m_record->Hold(false);
+    } else if (type == typeid(double)) {
+        m_record->Hold(0.0);
+    } else if (type != typeid(long long)) {
+        LogError("Internal error: unsupported type " + std::string(type.name()) + " in Variant(,type_info)");
+        m_record->Hold("");
+    }
+}
+
+Variant::Variant(const Variant& other) : m_record(new Record(other.Get())) {}
+
+Variant& Variant::operator=(const Variant& other) {
+    if (this != &other) m_record.reset(new Record(other.Get()));
+    return *this;
+}
+
+Variant Variant::NullVariant(const std::string& name) {
+    Variant result;
+    result.SetName(name);
+    return result;
+}
+
+Variant Variant::StringOrNullVariant(const std::string& name, const std::string& value) {
+    return value.empty() ? NullVariant(name) : Variant(name, value);
+}
+
+void Variant::SetStringValue(const char* value) { SetValue(TextOrEmpty(value)); }
+void Variant::SetStringValue(const std::string& value) { SetValue(value); }
+void Variant::SetStringValue(std::string&& value) { SetValue(std::move(value)); }
+void Variant::SetLongLongValue(long long value) { SetValue(value); }
+void Variant::SetBoolValue(bool value) { SetValue(value); }
+void Variant::SetDoubleValue(double value) { SetValue(value); }
+void Variant::SetTimePoint(const TimePoint& value) { SetValue(value); }
+void Variant::SetToNull() { Own().null = true; }
+
+void Variant::SetName(const std::string& name) {
+    Record& record = Own();
+    record.bindName = BindName(name);
+    record.name = name;
+}
+
+bool Variant::IsNull() const { return Get().null; }
+const std::string& Variant::GetName() const { return Get().name; }
+
+const std::string& Variant::GetBindName() const {
+    const Record& record = Get();
+    return record.bindName ? *record.bindName : record.name;
+}
+
+bool Variant::TypeIs(const std::type_info& type) const {
+    const Record& record = Get();
+    return !record.null && record.value.type() == type;
+}
+
+const std::type_info& Variant::GetType() const {
+    const Record& record = Get();
+    if (record.null) throw null_Variant(record.name + " is null");
+    return record.value.type();
+}
+
+const char* Variant::GetTypeName() const {
+    const Record& record = Get();
+    return record.null ? "null" : record.value.type().name();
+}
+
+const std::string& Variant::GetStringValue() const {
+    const Record& record = Get();
+    if (record.null || record.kind != Kind::Time) return Read<std::string>();
+    thread_local std::string text;
+    text = DateTimeUtils::FormatTimeAsISO8601(record.Held<TimePoint>());
+    return text;
+}
+
+long long Variant::GetLongLongValue() const {
+    return Get().kind == Kind::Boolean ? static_cast<long long>(Read<bool>()) : Read<long long>();
+}
+
+bool Variant::GetBoolValue() const {
+    return Get().kind == Kind::Integer ? Read<long long>() != 0 : Read<bool>();
+}
+
+double Variant::GetDoubleValue() const { return Read<double>(); }
+const TimePoint& Variant::GetTimePoint() const { return Read<TimePoint>(); }
+
+template <VariantKind T>
+std::optional<T> Variant::TryGet() const {
+    const Record& record = Get();
+    if (record.null || record.kind != kKindOf<T>) return std::nullopt;
+    return record.Held<T>();
+}
+
+template QUILLON_API std::optional<std::string> Variant::TryGet() const;
+template QUILLON_API std::optional<long long> Variant::TryGet() const;
+template QUILLON_API std::optional<bool> Variant::TryGet() const;
+template QUILLON_API std::optional<double> Variant::TryGet() const;
+template QUILLON_API std::optional<TimePoint> Variant::TryGet() const;
+
+std::string Variant::AsString() const {
+    const Record& record = Get();
+    if (record.null) return "null";
+    switch (record.kind) {
+        case Kind::Text:
+            return record.Held<std::string>();
+        case Kind::Integer:
+            return std::to_string(record.Held<long long>());
+        case Kind::Boolean:
+            return record.Held<bool>() ? "true" : "false";
+        case Kind::Double:
+            return DoubleAsText(record.Held<double>());
+        case Kind::Time:
+            return DateTimeUtils::FormatTimeAsISO8601(record.Held<TimePoint>());
+        case Kind::Unsupported:
+            break;
+    }
+    ReportUnsupported("AsString");
+    return "*** BAD TYPE ***";
+}
+
+int Variant::SqlType() const {
+    const Record& record = Get();
+    if (record.null) return kSqlNull;
+    if (record.kind == Kind::Unsupported) ReportUnsupported("SqlType");
+    return Traits(record.kind).sqlType;
+}
+
+const char* Variant::SqlTypeStr() const {
+    const Record& record = Get();
+    if (record.null) return "NULL";
+    if (record.kind == Kind::Unsupported) ReportUnsupported("SqlTypeStr");
+    return Traits(record.kind).sqlName;
+}
+
+bool Variant::operator==(const Variant& other) const {
+    const std::optional<bool> equal = Equal(Get(), other.Get());
+    if (!equal) ReportUnsupported("operator==");
+    return equal.value_or(false);
+}
+
+bool Variant::operator!=(const Variant& other) const {
+    const std::optional<bool> equal = Equal(Get(), other.Get());
+    if (!equal) ReportUnsupported("operator!=");
+    return !equal.value_or(true);
+}
+
+void Variant::Dump(ICLogger* logger, unsigned int indent) const {
+    const Record& record = Get();
+    const std::string prefix = DumpIndent(indent);
+    const char* shownName = record.name.empty() ? "*NO NAME*" : record.name.c_str();
+    char line[kDumpBufferSize];
+    if (record.null) {
+        std::snprintf(line, sizeof(line), "%sVariant '%s' null", prefix.c_str(), shownName);
+    } else if (record.kind == Kind::Unsupported) {
+        std::snprintf(line, sizeof(line),
+                      "%sInternal error: unsupported non-null type %s in Variant::Dump for '%s'",
+                      prefix.c_str(), GetTypeName(), shownName);
+    } else {
+        std::snprintf(line, sizeof(line), "%sVariant '%s' of type %s = '%s'", prefix.c_str(), shownName,
+                      Traits(record.kind).dumpWord, AsString().c_str());
+    }
+    WriteDumpLine(LoggerOrRegistered(logger), line);
+}
+
+void Variant::Delete(Record* record) noexcept { delete record; }
+
+/// Nothing when the two hold a type that cannot be compared.
+std::optional<bool> Variant::Equal(const Record& left, const Record& right) {
+    if (left.name != right.name || left.null != right.null) return false;
+    if (left.null) return true;
+    if (left.kind != right.kind) return false;
+    switch (left.kind) {
+        case Kind::Text:
+            return left.Held<std::string>() == right.Held<std::string>();
+        case Kind::Integer:
+            return left.Held<long long>() == right.Held<long long>();
+        case Kind::Boolean:
+            return left.Held<bool>() == right.Held<bool>();
+        case Kind::Double:
+            return left.Held<double>() == right.Held<double>();
+        case Kind::Time:
+            return left.Held<TimePoint>() == right.Held<TimePoint>();
+        case Kind::Unsupported:
+            break;
+    }
+    return std::nullopt;
+}
+
+template <class T>
+void Variant::SetValue(T value) {
+    Record& record = Own();
+    record.Hold(std::move(value));
+    record.null = false;
+}
+
+template <class T>
+const T& Variant::Read() const {
+    const Record& record = Get();
+    if (record.null) throw null_Variant(std::string(typeid(T).name()) + " value is null");
+    if (record.kind != kKindOf<T>) ThrowWrongType(typeid(T), record.value.type());
+    return record.Held<T>();
+}
+
+Variant::Record& Variant::Own() {
+    if (!m_record) m_record.reset(new Record);
+    return *m_record;
+}
+
+const Variant::Record& Variant::Get() const noexcept { return m_record ? *m_record : None(); }
+
+const Variant::Record& Variant::None() noexcept {
+    static const Record none;
+    return none;
+}
+
+/// Equal values have equal hashes.
+std::size_t Variant::Hash() const noexcept {
+    const Record& record = Get();
+    const std::size_t name = std::hash<std::string_view>()(record.name);
+    if (record.null) return name;
+    std::size_t value = 0;
+    switch (record.kind) {
+        case Kind::Text:
+            value = std::hash<std::string_view>()(record.Held<std::string>());
+            break;
+        case Kind::Integer:
+            value = std::hash<long long>()(record.Held<long long>());
+            break;
+        case Kind::Boolean:
+            value = std::hash<bool>()(record.Held<bool>());
+            break;
+        case Kind::Double:
+            value = std::hash<double>()(record.Held<double>());
+            break;
+        case Kind::Time:
+            value = std::hash<std::int64_t>()(record.Held<TimePoint>().time_since_epoch().count());
+            break;
+        case Kind::Unsupported:
+            break;
+    }
+    return name + 31 * (value + 1);
+}
+
+void Variant::ReportUnsupported(const char* operation) const {
+    LogError("Internal error: unsupported type " + std::string(GetTypeName()) + " in Variant::" + operation);
+    Dump(nullptr, 0);
+}
+
+std::ostream& operator<<(std::ostream& stream, const Variant& value) { return stream << value.AsString(); }
+
+}  // namespace quillon
