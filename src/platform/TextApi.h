@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quillon/WindowsTypes.h"
+
+namespace quillon::platform {
+
+/// UTF-16 in the system's ANSI code page (Windows-1252 outside Windows); what the
+/// page does not have becomes the system's default character.
+std::string WideToAnsi(std::wstring_view text);
+
+/// The text of a BSTR by its own count, so with its embedded zeros; null is the empty text.
+std::wstring_view BstrText(BSTR text);
+/// A new BSTR, which FreeBstr releases.
+BSTR AllocateBstr(std::wstring_view text);
+void FreeBstr(BSTR text);
+
+/// %NAME% references expanded, the text cut at its first zero; unknown names stay.
+/// Nothing when the system cannot. The narrow form is in the ANSI code page.
+std::optional<std::string> ExpandEnvironment(const std::string& text);
+std::optional<std::wstring> ExpandEnvironment(const std::wstring& text);
+
+/// Whether bytes are likely to be little-endian UTF-16 without a byte-order mark,
+/// by a statistical test: the system's, ours elsewhere.
+bool LooksLikeUtf16(std::string_view bytes);
+
+}  // namespace quillon::platform
