@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <functional>
+#include <map>
 #include <string>
 
 #include "quillon/Export.h"
@@ -45,15 +46,21 @@ public:
     bool Bind(InvocationResult& result) const;
 
 private:
-    struct Impl;
+    using Binding = std::function<ParameterBindingResult()>;
 
+    template <class T>
+    ParameterBindingResult BindScalar(const std::string& name, T& target, bool optional) const;
+    ParameterBindingResult BindTable(const std::string& name, const DataTable*& target, bool optional) const;
     bool GetSuitableTableValueForDemotionToScalar(const std::string& name, Variant& value,
                                                   bool& wrongType) const;
+    std::string FindBindingFault() const;
+    std::string FindUndefinedParameter() const;
+    std::string FindRepeatedParameter() const;
 
     bool m_allowAnonymous;
     bool m_allowUndefined;
     const MethodParameters& m_parameters;
-    std::unique_ptr<Impl> m_impl;
+    std::map<std::string, Binding> m_bindings;
 };
 
 }  // namespace quillon
