@@ -16,7 +16,8 @@ else()
 endif()
 
 add_library(quillon_objects OBJECT ${quillon_sources} ${quillon_platform_sources})
-target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src
+                           ${PROJECT_SOURCE_DIR})
 target_compile_definitions(quillon_objects PRIVATE QUILLON_BUILD)
 target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Boost::headers
                       Boost::filesystem Threads::Threads)

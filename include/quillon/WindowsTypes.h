@@ -2,7 +2,7 @@
 
 /// The Windows types that cross the library's headers, without <windows.h>. On
 /// Windows they are the system's own, only declared here: include <windows.h>,
-/// <oaidl.h> and <comutil.h> to use them. Elsewhere this header defines the part
+/// <oleauto.h> and <comutil.h> to use them. Elsewhere this header defines the part
 /// of them that the library uses.
 
 #include <cstdint>
@@ -20,14 +20,158 @@ class _bstr_t;
 
 #else
 
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <new>
+#include <utility>
+
 struct FILETIME {
     std::uint32_t dwLowDateTime;
     std::uint32_t dwHighDateTime;
 };
+
+/// Text with its length in front of it, so that it may hold zeros; null is the
+/// empty text.
 using BSTR = wchar_t*;
-struct VARIANT;
-class _variant_t;
-class _bstr_t;
+
+/// Null when there is no memory. `text` may be null: the content is then undefined.
+inline BSTR SysAllocStringLen(const wchar_t* text, unsigned int length) {
+    const std::size_t bytes = std::size_t{length} * sizeof(wchar_t);
+    void* const block = std::malloc(sizeof(std::size_t) + bytes + sizeof(wchar_t));
+    if (block == nullptr) return nullptr;
+    std::memcpy(block, &bytes, sizeof bytes);
+    const BSTR result = reinterpret_cast<BSTR>(static_cast<char*>(block) + sizeof bytes);
+    if (text != nullptr && length != 0) std::memcpy(result, text, bytes);
+    result[length] = L'\0';
+    return result;
+}
+
+inline BSTR SysAllocString(const wchar_t* text) {
+    return text == nullptr ? nullptr : SysAllocStringLen(text, static_cast<unsigned int>(std::wcslen(text)));
+}
+
+inline unsigned int SysStringLen(BSTR text) {
+    if (text == nullptr) return 0;
+    std::size_t bytes = 0;
+    std::memcpy(&bytes, reinterpret_cast<const char*>(text) - sizeof bytes, sizeof bytes);
+    return static_cast<unsigned int>(bytes / sizeof(wchar_t));
+}
+
+inline void SysFreeString(BSTR text) {
+    if (text != nullptr) std::free(reinterpret_cast<char*>(text) - sizeof(std::size_t));
+}
+
+using VARTYPE = std::uint16_t;
+using VARIANT_BOOL = std::int16_t;
+inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
+inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
+
+enum VARENUM : VARTYPE {
+    VT_EMPTY = 0,
+    VT_NULL = 1,
+    VT_I2 = 2,
+    VT_I4 = 3,
+    VT_R4 = 4,
+    VT_R8 = 5,
+    VT_DATE = 7,
+    VT_BSTR = 8,
+    VT_BOOL = 11,
+    VT_I1 = 16,
+    VT_UI1 = 17,
+    VT_UI2 = 18,
+    VT_UI4 = 19,
+    VT_I8 = 20,
+    VT_UI8 = 21,
+};
+
+/// A value and its type. Whoever holds one clears it; _variant_t does so itself.
+struct VARIANT {
+    VARTYPE vt;
+    union {
+        signed char cVal;
+        unsigned char bVal;
+        std::int16_t iVal;
+        std::uint16_t uiVal;
+        std::int32_t lVal;
+        std::uint32_t ulVal;
+        std::int64_t llVal;
+        std::uint64_t ullVal;
+        float fltVal;
+        double dblVal;
+        VARIANT_BOOL boolVal;
+        double date;
+        BSTR bstrVal;
+    };
+};
+
+inline void VariantInit(VARIANT* value) { *value = VARIANT{}; }
+
+inline void VariantClear(VARIANT* value) {
+    if (value->vt == VT_BSTR) SysFreeString(value->bstrVal);
+    VariantInit(value);
+}
+
+/// An owned BSTR.
+class _bstr_t {
+public:
+    _bstr_t() = default;
+    _bstr_t(const wchar_t* text) : _bstr_t(text, text == nullptr ? 0 : std::wcslen(text)) {}
+    /// Copies the text, or takes it over.
+    _bstr_t(BSTR text, bool copy) : m_text(text) {
+        if (copy) *this = _bstr_t(text, SysStringLen(text));
+    }
+    _bstr_t(const _bstr_t& other) : _bstr_t(other.m_text, other.length()) {}
+    _bstr_t(_bstr_t&& other) noexcept : m_text(other.Detach()) {}
+    ~_bstr_t() { SysFreeString(m_text); }
+    _bstr_t& operator=(_bstr_t other) noexcept {
+        std::swap(m_text, other.m_text);
+        return *this;
+    }
+
+    operator const wchar_t*() const noexcept { return m_text; }
+    unsigned int length() const noexcept { return SysStringLen(m_text); }
+    BSTR GetBSTR() const noexcept { return m_text; }
+    BSTR Detach() noexcept { return std::exchange(m_text, nullptr); }
+
+private:
+    _bstr_t(const wchar_t* text, std::size_t length) {
+        if (text == nullptr) return;
+        m_text = SysAllocStringLen(text, static_cast<unsigned int>(length));
+        if (m_text == nullptr) throw std::bad_alloc();
+    }
+
+    BSTR m_text = nullptr;
+};
+
+/// An owned VARIANT.
+class _variant_t : public VARIANT {
+public:
+    _variant_t() noexcept : VARIANT{} {}
+    _variant_t(const VARIANT& source) : VARIANT(source) {
+        if (vt == VT_BSTR) bstrVal = _bstr_t(source.bstrVal, true).Detach();
+    }
+    _variant_t(const _variant_t& other) : _variant_t(static_cast<const VARIANT&>(other)) {}
+    _variant_t(_variant_t&& other) noexcept : VARIANT(other.Detach()) {}
+    _variant_t(const wchar_t* text) : _variant_t(_bstr_t(text)) {}
+    _variant_t(_bstr_t text) noexcept : VARIANT{} {
+        vt = VT_BSTR;
+        bstrVal = text.Detach();
+    }
+    /// `type` is VT_R8 or VT_DATE.
+    _variant_t(double value, VARTYPE type = VT_R8) noexcept : VARIANT{} {
+        vt = type;
+        dblVal = value;
+    }
+    ~_variant_t() { Clear(); }
+    _variant_t& operator=(_variant_t other) noexcept {
+        std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
+        return *this;
+    }
+
+    void Clear() noexcept { VariantClear(this); }
+    VARIANT Detach() noexcept { return std::exchange(static_cast<VARIANT&>(*this), VARIANT{}); }
+};
 
 #endif
 

@@ -1,0 +1,117 @@
+#include "platform/TimeApi.h"
+
+#include "platform/Handle.h"
+#include "platform/OleTypes.h"
+// After <windows.h>:
+#include <wbemdisp.h>
+
+namespace quillon {
+
+using platform::CalendarTime;
+using platform::CimDate;
+
+namespace {
+
+FILETIME ToFileTime(std::uint64_t ticks) {
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+std::uint64_t Ticks(const FILETIME& time) {
+    return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+}
+
+SYSTEMTIME ToSystemTime(const CalendarTime& time) {
+    SYSTEMTIME result{};
+    result.wYear = static_cast<WORD>(time.year);
+    result.wMonth = static_cast<WORD>(time.month);
+    result.wDay = static_cast<WORD>(time.day);
+    result.wHour = static_cast<WORD>(time.hour);
+    result.wMinute = static_cast<WORD>(time.minute);
+    result.wSecond = static_cast<WORD>(time.second);
+    result.wMilliseconds = static_cast<WORD>(time.millisecond);
+    return result;
+}
+
+CalendarTime ToCalendar(const SYSTEMTIME& time) {
+    return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds};
+}
+
+struct InterfaceTraits {
+    using Type = IUnknown*;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type value) noexcept { value->Release(); }
+};
+
+}  // namespace
+
+std::optional<std::tm> platform::LocalFields(std::int64_t epochSeconds) {
+    const __time64_t time = epochSeconds;
+    std::tm fields{};
+    if (::_localtime64_s(&fields, &time) != 0) return std::nullopt;
+    return fields;
+}
+
+std::optional<std::int64_t> platform::EpochOfLocalFields(std::tm local) {
+    local.tm_isdst = 0;
+    local.tm_wday = -1;  // tells a failure from the second before 1970
+    const __time64_t time = ::_mktime64(&local);
+    if (time == -1 && local.tm_wday == -1) return std::nullopt;
+    return time;
+}
+
+std::optional<int> platform::ZoneOffsetNow() {
+    TIME_ZONE_INFORMATION zone{};
+    const DWORD inForce = ::GetTimeZoneInformation(&zone);
+    if (inForce == TIME_ZONE_ID_INVALID) return std::nullopt;
+    return -(zone.Bias + (inForce == TIME_ZONE_ID_DAYLIGHT ? zone.DaylightBias : zone.StandardBias));
+}
+
+std::optional<CalendarTime> platform::FileTimeToCalendar(std::uint64_t fileTime) {
+    const FILETIME ticks = ToFileTime(fileTime);
+    SYSTEMTIME fields{};
+    if (!::FileTimeToSystemTime(&ticks, &fields)) return std::nullopt;
+    return ToCalendar(fields);
+}
+
+std::optional<std::uint64_t> platform::CalendarToFileTime(const CalendarTime& time) {
+    const SYSTEMTIME fields = ToSystemTime(time);
+    FILETIME ticks{};
+    if (!::SystemTimeToFileTime(&fields, &ticks)) return std::nullopt;
+    return Ticks(ticks);
+}
+
+std::optional<std::uint64_t> platform::FileTimeToLocal(std::uint64_t fileTime) {
+    const FILETIME utc = ToFileTime(fileTime);
+    FILETIME local{};
+    if (!::FileTimeToLocalFileTime(&utc, &local)) return std::nullopt;
+    return Ticks(local);
+}
+
+std::optional<double> platform::CalendarToOleDate(const CalendarTime& time) {
+    SYSTEMTIME fields = ToSystemTime(time);
+    double date = 0;
+    if (!::SystemTimeToVariantTime(&fields, &date)) return std::nullopt;
+    return date;
+}
+
+std::optional<CalendarTime> platform::OleDateToCalendar(double date) {
+    SYSTEMTIME fields{};
+    if (!::VariantTimeToSystemTime(date, &fields)) return std::nullopt;
+    return ToCalendar(fields);
+}
+
+CimDate platform::ReadCimDateTime(const std::wstring& text) {
+    ISWbemDateTime* reader = nullptr;
+    if (FAILED(::CoCreateInstance(__uuidof(SWbemDateTime), nullptr, CLSCTX_INPROC_SERVER,
+                                  __uuidof(ISWbemDateTime), reinterpret_cast<void**>(&reader)))) {
+        return {};
+    }
+    const Handle<InterfaceTraits> owner(reader);
+    if (FAILED(reader->put_Value(_bstr_t(text.c_str())))) return {};
+    CimDate result{CimDate::State::Known, 0};
+    if (FAILED(reader->GetVarDate(VARIANT_FALSE, &result.utcOleDate)))
+        result.state = CimDate::State::Undefined;
+    return result;
+}
+
+}  // namespace quillon
