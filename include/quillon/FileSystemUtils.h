@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quillon/Export.h"
@@ -158,10 +160,12 @@ public:
                              FileEncoding requested);
 
 private:
-    static bool HasBom(const std::string& text);
+    static bool HasBom(std::string_view text);
     static void StripBom(std::string& text);
-    static std::string StripBom(const std::string& text);
-    static void FlipEndianness(std::u16string& text);
+    static std::string_view StripBom(std::string_view text);
+    static std::string EncodeUtf16(std::string_view text, FileEncoding encoding);
+    /// Swaps the bytes of every 16-bit unit.
+    static void FlipEndianness(std::string& units);
 };
 
 }  // namespace quillon

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quillon/DataTable.h"
@@ -45,8 +46,9 @@ public:
     TextToDataTableParser(const TextToDataTableParser&) = delete;
     TextToDataTableParser& operator=(const TextToDataTableParser&) = delete;
 
-    /// T is std::string, long long (decimal, times `multiplier` unless that is 0) or
-    /// bool ("1" or "true"). Takes ownership of `field`.
+    /// T is std::string, long long (decimal, times `multiplier` unless that is 0;
+    /// what is out of range becomes the range's end) or bool ("1" or "true"). Takes
+    /// ownership of `field`; a null one throws std::invalid_argument.
     template <class T>
     void AddField(const std::string& name, IParsableField* field, long long multiplier);
 
@@ -55,10 +57,20 @@ public:
     void Parse(const std::string& text, DataTable& table) const;
 
 private:
-    using Converter = std::function<void(const std::string& text, VariantList& row)>;
+    using Converter = std::function<void(std::string_view text, VariantList& row)>;
+    enum class Reach { ToSpace, ToLineEnd, Own };
+    struct Column {
+        std::unique_ptr<IParsableField> field;
+        Reach reach;  ///< Own: only the field itself knows
+        Converter convert;
+    };
 
-    std::vector<std::unique_ptr<IParsableField>> m_fields;
-    std::vector<Converter> m_converters;
+    template <class T>
+    static Converter MakeConverter(const std::string& name, long long multiplier);
+    const char* ParseLine(const char* cursor, VariantList& row) const;
+
+    std::vector<Column> m_columns;
+    bool m_hasOwnFields = false;
 };
 
 }  // namespace quillon
