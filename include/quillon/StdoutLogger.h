@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdarg>
 #include <string>
 
 #include "quillon/Export.h"
@@ -42,6 +43,8 @@ public:
     Level GetLevel() override;
 
 private:
+    void Write(Level level, const char* format, std::va_list arguments) const QUILLON_PRINTF(3, 0);
+
     Level m_level = Level::Warn;
 };
 

@@ -1,0 +1,7 @@
+#include "quillon/ICLogger.h"
+
+namespace quillon {
+
+ICLogger::~ICLogger() = default;
+
+}  // namespace quillon

@@ -1,0 +1,7 @@
+#include "quillon/IShutdownMonitor.h"
+
+namespace quillon {
+
+IShutdownMonitor::~IShutdownMonitor() = default;
+
+}  // namespace quillon
