@@ -1,0 +1,167 @@
+#include "quillon/CLogger.h"
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/hierarchy.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/layout.h>
+#include <log4cplus/logger.h>
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <mutex>
+#include <utility>
+
+#include "logging/CallbackLogger.h"
+#include "logging/CustomRollingFileAppender.h"
+#include "logging/Log4cplusEntry.h"
+#include "logging/LogOperations.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kPattern = "%d{%Y-%m-%d %H:%M:%S.%q} [%5T] %-5p - %m%n";
+constexpr const char* kFileAppender = "DefaultFileAppender";
+/// Above every level code: nothing is written.
+constexpr std::uint64_t kDiscardAll = std::numeric_limits<std::uint64_t>::max();
+
+struct Slot {
+    std::mutex mutex;
+    std::unique_ptr<ICLogger> instance;
+};
+
+/// Never destroyed: threads may log while the process ends.
+Slot& TheSlot() {
+    static Slot& slot = *new Slot;
+    return slot;
+}
+
+/// Puts a logger, or none, into the slot. The old one ends outside the mutex, so
+/// that a host's callback may ask for the instance while it is destroyed.
+ICLogger* Replace(std::unique_ptr<ICLogger> instance) {
+    Slot& slot = TheSlot();
+    const std::lock_guard lock(slot.mutex);
+    slot.instance.swap(instance);
+    return slot.instance.get();
+}
+
+std::unique_ptr<log4cplus::Layout> NewLayout() {
+    return std::make_unique<log4cplus::PatternLayout>(kPattern);
+}
+
+void InstallFileAppender(const std::string& path) {
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    root.removeAppender(kFileAppender);
+    log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, {}));
+    file->setName(kFileAppender);
+    file->setLayout(NewLayout());
+    root.addAppender(file);
+}
+
+}  // namespace
+
+struct CLogger::Impl {
+    void Pass(Level lowest) { threshold = static_cast<std::uint32_t>(lowest); }
+
+    std::string path;
+    log4cplus::Logger logger;
+    /// The lowest level code that is written: log4cplus's own level, where a
+    /// suppressed entry can see it for one comparison.
+    std::atomic<std::uint64_t> threshold{kDiscardAll};
+};
+
+ICLogger* CLogger::GetInstance() {
+    Slot& slot = TheSlot();
+    const std::lock_guard lock(slot.mutex);
+    if (!slot.instance) slot.instance.reset(new CLogger);
+    return slot.instance.get();
+}
+
+bool CLogger::HaveInstance() {
+    Slot& slot = TheSlot();
+    const std::lock_guard lock(slot.mutex);
+    return slot.instance != nullptr;
+}
+
+void CLogger::ReleaseInstance() { Replace(nullptr); }
+
+ICLogger* CLogger::SetLoggingCallback(Callback callback) {
+    return Replace(std::make_unique<CallbackLogger>(std::move(callback)));
+}
+
+ICLogger* CLogger::ClearLoggingCallback() {
+    ReleaseInstance();
+    return GetInstance();
+}
+
+CLogger::CLogger() : m_impl(std::make_unique<Impl>()) {}
+CLogger::~CLogger() = default;
+
+void CLogger::InitializeLogging(const char* path, Level level) {
+    if (IsInitialized()) return;
+
+    log4cplus::initialize();
+    log4cplus::BasicConfigurator::doConfigure();
+    log4cplus::setThreadPoolSize(0);
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    root.getAllAppenders().at(0)->setLayout(NewLayout());
+    if (path != nullptr) m_impl->path = path;
+    // The configuration has removed the appender of a path that was set before.
+    if (path != nullptr || !m_impl->path.empty()) InstallFileAppender(m_impl->path);
+
+    m_impl->logger = root;
+    m_impl->Pass(FromLog4cplusLevel(root.getLogLevel()));
+    SetLevel(level);
+}
+
+bool CLogger::IsInitialized() const { return m_impl->threshold != kDiscardAll; }
+
+void CLogger::StopLogging() {
+    if (!IsInitialized()) return;
+
+    m_impl->threshold = kDiscardAll;
+    m_impl->logger.removeAllAppenders();
+    log4cplus::Logger::getDefaultHierarchy().shutdown();
+    m_impl->path.clear();
+}
+
+const std::string& CLogger::GetPath() const { return m_impl->path; }
+
+void CLogger::SetPath(const std::string& path) {
+    constexpr const char* kAgain = "Logfile '%s' specified again";
+    if (path.empty()) return Error(kAgain, path.c_str());
+    if (path == m_impl->path) return Warn(kAgain, path.c_str());
+
+    InstallFileAppender(path);
+    m_impl->path = path;
+}
+
+ICLogger::Level CLogger::SetLevel(Level level) {
+    const Level previous = GetLevel();
+    const auto mapped = ToLog4cplusLevel(level);
+    if (!IsInitialized() || !mapped) return previous;
+
+    m_impl->logger.setLogLevel(*mapped);
+    m_impl->Pass(level);
+    return previous;
+}
+
+ICLogger::Level CLogger::GetLevel() {
+    return IsInitialized() ? FromLog4cplusLevel(m_impl->logger.getLogLevel()) : Level::Info;
+}
+
+QUILLON_LOG_OPERATIONS(CLogger, MsgFmt)
+
+void CLogger::MsgFmt(Level level, const char* format, std::va_list arguments) const {
+    // As unsigned codes, unexpected ones are all above the known levels.
+    if (static_cast<std::uint32_t>(level) < m_impl->threshold.load(std::memory_order_acquire)) return;
+    try {
+        WriteEntry(m_impl->logger, level, StringUtils::Format(format, arguments));
+    } catch (...) {
+        // An entry that cannot be written must not fail the operation that reports by it.
+    }
+}
+
+}  // namespace quillon

@@ -1,0 +1,47 @@
+#include "logging/Log4cplusEntry.h"
+
+#include <log4cplus/loglevel.h>
+
+#include <cstdint>
+
+namespace quillon {
+
+std::optional<log4cplus::LogLevel> ToLog4cplusLevel(ICLogger::Level level) {
+    switch (level) {
+        case ICLogger::Level::Trace:
+            return log4cplus::TRACE_LOG_LEVEL;
+        case ICLogger::Level::Debug:
+            return log4cplus::DEBUG_LOG_LEVEL;
+        case ICLogger::Level::Info:
+            return log4cplus::INFO_LOG_LEVEL;
+        case ICLogger::Level::Warn:
+            return log4cplus::WARN_LOG_LEVEL;
+        case ICLogger::Level::Error:
+            return log4cplus::ERROR_LOG_LEVEL;
+        case ICLogger::Level::Fatal:
+            return log4cplus::FATAL_LOG_LEVEL;
+    }
+    return std::nullopt;
+}
+
+ICLogger::Level FromLog4cplusLevel(log4cplus::LogLevel level) {
+    if (level >= log4cplus::FATAL_LOG_LEVEL) return ICLogger::Level::Fatal;
+    if (level >= log4cplus::ERROR_LOG_LEVEL || level == log4cplus::NOT_SET_LOG_LEVEL)
+        return ICLogger::Level::Error;
+    if (level >= log4cplus::WARN_LOG_LEVEL) return ICLogger::Level::Warn;
+    if (level >= log4cplus::INFO_LOG_LEVEL) return ICLogger::Level::Info;
+    if (level >= log4cplus::DEBUG_LOG_LEVEL) return ICLogger::Level::Debug;
+    return ICLogger::Level::Trace;
+}
+
+void WriteEntry(const log4cplus::Logger& logger, ICLogger::Level level, const std::string& text) {
+    if (const auto mapped = ToLog4cplusLevel(level)) {
+        logger.log(*mapped, text);
+        return;
+    }
+    const auto code = static_cast<std::int32_t>(level);
+    logger.log(log4cplus::ERROR_LOG_LEVEL, "Unexpected log level code" + std::to_string(code));
+    logger.log(log4cplus::ERROR_LOG_LEVEL, text);
+}
+
+}  // namespace quillon
