@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillon::platform {
+
+/// The program and its arguments, cut as Windows programs cut their command line
+/// (CommandLineToArgvW): the program ends at its closing quote or, unquoted, at the
+/// first blank, and backslashes in it mean nothing; in an argument 2n backslashes
+/// before a quote are n, one more makes the quote literal, and a quote within quotes
+/// that another follows is literal too. UTF-8; empty for an empty command line.
+std::vector<std::string> SplitCommandLine(std::string_view commandLine);
+
+}  // namespace quillon::platform

@@ -1,0 +1,53 @@
+#include "platform/TextApi.h"
+
+#include "platform/win32/WindowsHeaders.h"
+
+#include <oleauto.h>  // after <windows.h>
+
+namespace quillon::platform {
+
+namespace {
+
+/// Calls an expansion function first for the size, then for the text.
+template <class String, class Expand>
+std::optional<String> ExpandWith(Expand expand, const String& text) {
+    const DWORD size = expand(text.c_str(), nullptr, 0);
+    if (size == 0) return std::nullopt;
+    String expanded(static_cast<std::size_t>(size) + 1, 0);
+    const DWORD written = expand(text.c_str(), expanded.data(), size + 1);
+    if (written == 0 || written > size + 1) return std::nullopt;
+    return String(expanded.c_str());
+}
+
+}  // namespace
+
+std::string WideToAnsi(std::wstring_view text) {
+    const int units = static_cast<int>(text.size());
+    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    if (size <= 0) return {};
+    std::string ansi(static_cast<std::size_t>(size), '\0');
+    ::WideCharToMultiByte(CP_ACP, 0, text.data(), units, ansi.data(), size, nullptr, nullptr);
+    return ansi;
+}
+
+std::wstring_view BstrText(BSTR text) { return {text, ::SysStringLen(text)}; }
+
+BSTR AllocateBstr(std::wstring_view text) {
+    return ::SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+}
+
+void FreeBstr(BSTR text) { ::SysFreeString(text); }
+
+std::optional<std::string> ExpandEnvironment(const std::string& text) {
+    return ExpandWith(::ExpandEnvironmentStringsA, text);
+}
+
+std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {
+    return ExpandWith(::ExpandEnvironmentStringsW, text);
+}
+
+bool LooksLikeUtf16(std::string_view bytes) {
+    return ::IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), nullptr) != 0;
+}
+
+}  // namespace quillon::platform
