@@ -44,7 +44,7 @@ class Environment {
 public:
     Environment() {
         for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
-            const char* const equals = std::strchr(*entry, '=');
+            char* const equals = std::strchr(*entry, '=');
             if (equals != nullptr) m_values.emplace(Key(std::string(*entry, equals)), equals + 1);
         }
     }
