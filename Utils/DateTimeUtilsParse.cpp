@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <string_view>
@@ -10,6 +11,8 @@ namespace {
 
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 bool IsSpace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
+
+constexpr std::int64_t kIntLimit = std::numeric_limits<int>::max();
 
 /// Reads what "%d" and literal characters of a scanf pattern read, and stays on
 /// the first character that does not match.
@@ -29,18 +32,15 @@ public:
         const bool isNegative = Literal('-');
         if (!isNegative) Literal('+');
         if (m_next == m_end || !IsDigit(*m_next)) return false;
-        const std::int64_t magnitude = Digits();
-        value = isNegative ? -magnitude : magnitude;
+        value = isNegative ? -Digits(kIntLimit + 1) : Digits(kIntLimit);
         return true;
     }
 
-    /// 0 when there is none.
-    std::int64_t Digits() {
-        constexpr std::int64_t limit = std::numeric_limits<int>::max();
+    /// 0 when there is none; no more than `limit`.
+    std::int64_t Digits(std::int64_t limit = kIntLimit) {
         std::int64_t value = 0;
         for (; m_next != m_end && IsDigit(*m_next); ++m_next) {
-            value = value * 10 + (*m_next - '0');
-            if (value > limit) value = limit;
+            value = std::min(value * 10 + (*m_next - '0'), limit);
         }
         return value;
     }

@@ -116,12 +116,10 @@ inline void VariantClear(VARIANT* value) {
 class _bstr_t {
 public:
     _bstr_t() = default;
-    _bstr_t(const wchar_t* text) : _bstr_t(text, text == nullptr ? 0 : std::wcslen(text)) {}
+    _bstr_t(const wchar_t* text) : m_text(Copy(text, text == nullptr ? 0 : std::wcslen(text))) {}
     /// Copies the text, or takes it over.
-    _bstr_t(BSTR text, bool copy) : m_text(text) {
-        if (copy) *this = _bstr_t(text, SysStringLen(text));
-    }
-    _bstr_t(const _bstr_t& other) : _bstr_t(other.m_text, other.length()) {}
+    _bstr_t(BSTR text, bool copy) : m_text(copy ? Copy(text, SysStringLen(text)) : text) {}
+    _bstr_t(const _bstr_t& other) : m_text(Copy(other.m_text, other.length())) {}
     _bstr_t(_bstr_t&& other) noexcept : m_text(other.Detach()) {}
     ~_bstr_t() { SysFreeString(m_text); }
     _bstr_t& operator=(_bstr_t other) noexcept {
@@ -131,14 +129,14 @@ public:
 
     operator const wchar_t*() const noexcept { return m_text; }
     unsigned int length() const noexcept { return SysStringLen(m_text); }
-    BSTR GetBSTR() const noexcept { return m_text; }
     BSTR Detach() noexcept { return std::exchange(m_text, nullptr); }
 
 private:
-    _bstr_t(const wchar_t* text, std::size_t length) {
-        if (text == nullptr) return;
-        m_text = SysAllocStringLen(text, static_cast<unsigned int>(length));
-        if (m_text == nullptr) throw std::bad_alloc();
+    static BSTR Copy(const wchar_t* text, std::size_t length) {
+        if (text == nullptr) return nullptr;
+        const BSTR copy = SysAllocStringLen(text, static_cast<unsigned int>(length));
+        if (copy == nullptr) throw std::bad_alloc();
+        return copy;
     }
 
     BSTR m_text = nullptr;
