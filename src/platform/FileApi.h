@@ -26,10 +26,9 @@ struct FileStatus {
 };
 
 struct DirectoryEntry {
-    std::string name;  ///< UTF-8, without the folder
-    bool isDirectory = false;
-    bool isLink = false;
-    std::uint64_t size = 0;
+    std::string name;          ///< UTF-8, without the folder
+    bool isDirectory = false;  ///< also a link to one
+    bool isLink = false;       ///< symbolic link or other reparse point
 };
 
 std::optional<FileAttributes> AttributesOf(const std::string& path);
@@ -55,6 +54,9 @@ bool MovePath(const std::string& from, const std::string& to);
 /// Replaces an existing target.
 bool CopyFileOver(const std::string& from, const std::string& to);
 
+/// Calls `visit` with one piece of the content after the other, until the file ends
+/// or `visit` returns false. False when the file cannot be opened or read.
+bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
 /// The whole content as it is, however the file changes meanwhile and whatever
 /// size the system reports. The file may be open for writing elsewhere.
 std::optional<std::string> ReadWholeFile(const std::string& path);

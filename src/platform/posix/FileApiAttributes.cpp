@@ -1,0 +1,67 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/ErrorText.h"
+#include "platform/FileApi.h"
+#include "platform/posix/Errno.h"
+#include "platform/posix/FileModes.h"
+#include "platform/posix/NativePath.h"
+
+namespace quillon::platform {
+
+std::optional<FileAttributes> AttributesOf(const std::string& path) {
+    const std::string native = NativePath(path);
+    struct ::stat status {};
+    if (::lstat(native.c_str(), &status) != 0) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    FileAttributes attributes;
+    attributes.isLink = S_ISLNK(status.st_mode);
+    attributes.isReadOnly = IsReadOnly(status);
+    struct ::stat target {};
+    if (attributes.isLink && ::stat(native.c_str(), &target) == 0) status = target;
+    attributes.isDirectory = S_ISDIR(status.st_mode);
+    return attributes;
+}
+
+std::optional<FileStatus> StatusOf(const std::string& path) {
+    struct ::stat status {};
+    if (::stat(NativePath(path).c_str(), &status) == 0) {
+        return FileStatus{S_ISDIR(status.st_mode), status.st_mtim.tv_sec};
+    }
+    FailWithErrno();
+    return std::nullopt;
+}
+
+std::optional<std::uint64_t> SizeOfFile(const std::string& path) {
+    return SizeOfFileAt(AT_FDCWD, NativePath(path).c_str());
+}
+
+std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name) {
+    constexpr mode_t kAllRead = S_IRUSR | S_IRGRP | S_IROTH;
+    struct ::stat status {};
+    if (::fstatat(folder, name, &status, 0) != 0) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    const bool isDenied =
+        (status.st_mode & kAllRead) != kAllRead && ::faccessat(folder, name, R_OK, AT_EACCESS) != 0;
+    if (S_ISDIR(status.st_mode) || isDenied) {
+        SetLastErrorCode(kAccessDenied);
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::optional<std::uint64_t> SizeOfOpenFile(const FileHandle& file) {
+    struct ::stat status {};
+    if (::fstat(file.Get(), &status) == 0) return static_cast<std::uint64_t>(status.st_size);
+    FailWithErrno();
+    return std::nullopt;
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,94 @@
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/ErrorText.h"
+#include "platform/FileApi.h"
+#include "platform/posix/Errno.h"
+#include "platform/posix/FileModes.h"
+#include "platform/posix/NativePath.h"
+
+namespace quillon::platform {
+
+namespace {
+
+/// A link is named without a trailing separator, which would lead through it.
+std::string NativeName(const std::string& path) {
+    std::string native = NativePath(path);
+    while (native.size() > 1 && native.back() == '/') native.pop_back();
+    return native;
+}
+
+bool LeadsToFolder(int folder, const char* name) {
+    struct ::stat status {};
+    return ::fstatat(folder, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool Unlink(int folder, const char* name, int flags) {
+    return ::unlinkat(folder, name, flags) == 0 || FailWithErrno();
+}
+
+bool MoveToOtherVolume(const std::string& from, const std::string& to) {
+    const auto attributes = AttributesOf(from);
+    if (!attributes || attributes->isDirectory || attributes->isLink) {
+        errno = EXDEV;
+        return FailWithErrno();
+    }
+    return CopyFileOver(from, to) && RemoveFile(from);
+}
+
+/// For file systems that cannot rename without replacing.
+bool MoveToFreeName(const char* from, const char* to) {
+    struct ::stat status {};
+    if (::lstat(to, &status) == 0) {
+        errno = EEXIST;
+        return FailWithErrno();
+    }
+    return ::rename(from, to) == 0 || FailWithErrno();
+}
+
+}  // namespace
+
+bool RemoveFileAt(int folder, const char* name) {
+    struct ::stat status {};
+    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
+    if (IsReadOnly(status) || LeadsToFolder(folder, name)) {
+        SetLastErrorCode(kAccessDenied);
+        return false;
+    }
+    return Unlink(folder, name, 0);
+}
+
+bool RemoveEmptyDirectoryAt(int folder, const char* name) {
+    struct ::stat status {};
+    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
+    const bool isFolderLink = S_ISLNK(status.st_mode) && LeadsToFolder(folder, name);
+    return Unlink(folder, name, isFolderLink ? 0 : AT_REMOVEDIR);
+}
+
+bool RemoveFile(const std::string& path) { return RemoveFileAt(AT_FDCWD, NativePath(path).c_str()); }
+
+bool RemoveEmptyDirectory(const std::string& path) {
+    return RemoveEmptyDirectoryAt(AT_FDCWD, NativeName(path).c_str());
+}
+
+bool MakeOneDirectory(const std::string& path) {
+    constexpr mode_t kAsTheProcessLets = 0777;
+    return ::mkdir(NativePath(path).c_str(), kAsTheProcessLets) == 0 || FailWithErrno();
+}
+
+bool MovePath(const std::string& from, const std::string& to) {
+    const std::string nativeFrom = NativeName(from);
+    const std::string nativeTo = NativeName(to);
+    if (::renameat2(AT_FDCWD, nativeFrom.c_str(), AT_FDCWD, nativeTo.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno == EXDEV) return MoveToOtherVolume(from, to);
+    if (errno == EINVAL || errno == ENOSYS) return MoveToFreeName(nativeFrom.c_str(), nativeTo.c_str());
+    return FailWithErrno();
+}
+
+}  // namespace quillon::platform

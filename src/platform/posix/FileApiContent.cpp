@@ -1,0 +1,144 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/ErrorText.h"
+#include "platform/FileApi.h"
+#include "platform/posix/Errno.h"
+#include "platform/posix/FileModes.h"
+#include "platform/posix/NativePath.h"
+
+namespace quillon::platform {
+
+namespace {
+
+constexpr std::size_t kPieceSize = 128 * 1024;
+constexpr mode_t kAsTheProcessLets = 0666;
+constexpr std::uint32_t kSharingViolation = 32;
+
+bool Deny() {
+    SetLastErrorCode(kAccessDenied);
+    return false;
+}
+
+/// Opens a regular file: a pipe or device could block for ever or never end.
+FileHandle OpenRegular(const std::string& path, int flags, struct ::stat& status) {
+    FileHandle file(
+        ::open(NativePath(path).c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kAsTheProcessLets));
+    if (!file || ::fstat(file.Get(), &status) != 0) {
+        FailWithErrno();
+        return {};
+    }
+    if (S_ISREG(status.st_mode)) return file;
+    Deny();
+    return {};
+}
+
+/// Bytes read; 0 at the end, nothing on failure.
+std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size) {
+    for (;;) {
+        const ::ssize_t count = ::read(file.Get(), buffer, size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno == EINTR) continue;
+        FailWithErrno();
+        return std::nullopt;
+    }
+}
+
+bool WriteAll(const FileHandle& file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ::ssize_t count = ::write(file.Get(), bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) return FailWithErrno();
+        if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+/// A delayed write may fail only here.
+bool CloseWritten(FileHandle file) { return ::close(file.Release()) == 0 || FailWithErrno(); }
+
+bool CopyContent(const FileHandle& source, const FileHandle& target) {
+    std::string buffer(kPieceSize, '\0');
+    for (;;) {
+        const auto count = ReadSome(source, buffer.data(), buffer.size());
+        if (!count) return false;
+        if (*count == 0) return true;
+        if (!WriteAll(target, std::string_view(buffer).substr(0, *count))) return false;
+    }
+}
+
+/// What the system's copy takes along besides the content.
+bool CopyModeAndTime(const struct ::stat& source, const FileHandle& target) {
+    const ::timespec times[] = {{0, UTIME_OMIT}, source.st_mtim};
+    constexpr mode_t kPermissions = 0777;
+    return (::fchmod(target.Get(), source.st_mode & kPermissions) == 0 &&
+            ::futimens(target.Get(), times) == 0) ||
+           FailWithErrno();
+}
+
+}  // namespace
+
+bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit) {
+    struct ::stat status {};
+    const FileHandle file = OpenRegular(path, O_RDONLY, status);
+    if (!file) return false;
+    std::string buffer(kPieceSize, '\0');
+    for (;;) {
+        const auto count = ReadSome(file, buffer.data(), buffer.size());
+        if (!count) return false;
+        if (*count == 0 || !visit(std::string_view(buffer).substr(0, *count))) return true;
+    }
+}
+
+std::optional<std::string> ReadWholeFile(const std::string& path) {
+    struct ::stat status {};
+    const FileHandle file = OpenRegular(path, O_RDONLY, status);
+    if (!file) return std::nullopt;
+    // One byte more than it should have: the end is found without growing.
+    std::string content(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::size_t length = 0;
+    for (;;) {
+        const auto count = ReadSome(file, content.data() + length, content.size() - length);
+        if (!count) return std::nullopt;
+        if (*count == 0) break;
+        length += *count;
+        if (length == content.size()) content.resize(length + std::max(length, kPieceSize));
+    }
+    content.resize(length);
+    return content;
+}
+
+bool WriteWholeFile(const std::string& path, std::string_view head, std::string_view body, WriteMode mode) {
+    struct ::stat status {};
+    const int flags = O_WRONLY | O_CREAT | (mode == WriteMode::Append ? O_APPEND : O_TRUNC);
+    FileHandle file = OpenRegular(path, flags, status);
+    return file && WriteAll(file, head) && WriteAll(file, body) && CloseWritten(std::move(file));
+}
+
+bool CopyFileOver(const std::string& from, const std::string& to) {
+    struct ::stat source {};
+    struct ::stat target {};
+    const FileHandle reader = OpenRegular(from, O_RDONLY, source);
+    if (!reader) return false;
+    FileHandle writer = OpenRegular(to, O_WRONLY | O_CREAT, target);
+    if (!writer) return false;
+    if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) {
+        SetLastErrorCode(kSharingViolation);
+        return false;
+    }
+    if (IsReadOnly(target)) return Deny();
+    if (::ftruncate(writer.Get(), 0) != 0) return FailWithErrno();
+    return CopyContent(reader, writer) && CopyModeAndTime(source, writer) && CloseWritten(std::move(writer));
+}
+
+FileHandle OpenForCapture(const std::string& path) {
+    constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW;
+    FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerOnly));
+    if (!file) FailWithErrno();
+    return file;
+}
+
+}  // namespace quillon::platform

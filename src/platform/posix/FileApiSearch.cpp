@@ -1,0 +1,54 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "platform/ErrorText.h"
+#include "platform/FileApi.h"
+#include "platform/posix/Errno.h"
+#include "platform/posix/FolderEntry.h"
+#include "platform/posix/NativePath.h"
+#include "platform/posix/Wildcards.h"
+
+namespace quillon::platform {
+
+namespace {
+
+struct CloseFolder {
+    void operator()(::DIR* folder) const { ::closedir(folder); }
+};
+
+}  // namespace
+
+DirectoryEntry ToEntry(int folder, const ::dirent& found) {
+    DirectoryEntry entry{found.d_name, found.d_type == DT_DIR, found.d_type == DT_LNK};
+    if (found.d_type != DT_LNK && found.d_type != DT_UNKNOWN) return entry;
+    struct ::stat status {};
+    if (found.d_type == DT_UNKNOWN && ::fstatat(folder, found.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        entry.isLink = S_ISLNK(status.st_mode);
+    }
+    entry.isDirectory = ::fstatat(folder, found.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    return entry;
+}
+
+bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit) {
+    constexpr std::uint32_t kFileNotFound = 2;
+    const std::string native = NativePath(pattern);
+    const std::size_t name = native.rfind('/') + 1;  // 0 when there is none
+    const std::unique_ptr<::DIR, CloseFolder> folder(
+        ::opendir(name == 0 ? "." : native.substr(0, name).c_str()));
+    if (!folder) return FailWithErrno();
+    const std::string_view wildcards = std::string_view(native).substr(name);
+    bool hasMatch = false;
+    while (const ::dirent* const found = ::readdir(folder.get())) {
+        if (wildcards.empty() || !MatchesWildcards(found->d_name, wildcards)) continue;
+        hasMatch = true;
+        if (!visit(ToEntry(::dirfd(folder.get()), *found))) break;
+    }
+    if (!hasMatch) SetLastErrorCode(kFileNotFound);
+    return hasMatch;
+}
+
+}  // namespace quillon::platform

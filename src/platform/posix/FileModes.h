@@ -1,0 +1,24 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace quillon::platform {
+
+/// ERROR_ACCESS_DENIED.
+constexpr std::uint32_t kAccessDenied = 5;
+
+/// What takes the part of the read-only attribute: a file its owner may not write.
+inline bool IsReadOnly(const struct ::stat& status) {
+    return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
+}
+
+/// SizeOfFile for a native name in an open folder.
+std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name);
+/// RemoveFile and RemoveEmptyDirectory for a native name in an open folder.
+bool RemoveFileAt(int folder, const char* name);
+bool RemoveEmptyDirectoryAt(int folder, const char* name);
+
+}  // namespace quillon::platform

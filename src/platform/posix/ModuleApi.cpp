@@ -1,0 +1,28 @@
+#include "platform/ModuleApi.h"
+
+#include <unistd.h>
+
+#include <climits>
+
+#include "platform/posix/Errno.h"
+#include "platform/posix/NativePath.h"
+
+namespace quillon::platform {
+
+std::optional<std::string> ExecutablePath() {
+    constexpr std::string_view kReplaced = " (deleted)";
+    std::string buffer(PATH_MAX, '\0');
+    const ::ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
+    if (length < 0) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    buffer.resize(static_cast<std::size_t>(length));
+    // The executable may have been replaced by a newer one while it runs.
+    if (buffer.ends_with(kReplaced) && ::access(buffer.c_str(), F_OK) != 0) {
+        buffer.resize(buffer.size() - kReplaced.size());
+    }
+    return LibraryPath(buffer);
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,54 @@
+#include "platform/FileApi.h"
+#include "platform/Utf.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+std::optional<FileAttributes> ToAttributes(DWORD bits) {
+    if (bits == INVALID_FILE_ATTRIBUTES) return std::nullopt;
+    return FileAttributes{(bits & FILE_ATTRIBUTE_DIRECTORY) != 0, (bits & FILE_ATTRIBUTE_REPARSE_POINT) != 0,
+                          (bits & FILE_ATTRIBUTE_READONLY) != 0};
+}
+
+long long UnixSeconds(const FILETIME& time) {
+    constexpr long long kTicksPerSecond = 10'000'000;
+    constexpr long long kSecondsFrom1601To1970 = 11'644'473'600;
+    const auto ticks = (static_cast<unsigned long long>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+    return static_cast<long long>(ticks) / kTicksPerSecond - kSecondsFrom1601To1970;
+}
+
+}  // namespace
+
+std::optional<FileAttributes> AttributesOf(const std::string& path) {
+    return ToAttributes(::GetFileAttributesW(ToWide(path).c_str()));
+}
+
+std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
+    return ToAttributes(::GetFileAttributesA(path));
+}
+
+std::optional<FileStatus> StatusOf(const std::string& path) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const FileHandle file(::CreateFileW(ToWide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!file || ::GetFileInformationByHandle(file.Get(), &information) == 0) return std::nullopt;
+    return FileStatus{(information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+                      UnixSeconds(information.ftLastWriteTime)};
+}
+
+std::optional<std::uint64_t> SizeOfFile(const std::string& path) {
+    const FileHandle file(::CreateFileW(ToWide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file ? SizeOfOpenFile(file) : std::nullopt;
+}
+
+std::optional<std::uint64_t> SizeOfOpenFile(const FileHandle& file) {
+    LARGE_INTEGER size{};
+    if (::GetFileSizeEx(file.Get(), &size) == 0) return std::nullopt;
+    return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,109 @@
+#include "platform/FileApi.h"
+#include "platform/Utf.h"
+#include "platform/win32/WindowsHeaders.h"
+// After <windows.h>:
+#include <sddl.h>
+#include <shlobj.h>
+
+namespace quillon::platform {
+
+namespace {
+
+using PathBuffer = wchar_t[MAX_PATH];
+
+struct LocalMemoryTraits {
+    using Type = void*;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type value) noexcept { ::LocalFree(value); }
+};
+using LocalMemory = Handle<LocalMemoryTraits>;
+
+/// Full access for the owner of the file, nothing inherited, nobody else.
+LocalMemory OwnerOnly() {
+    constexpr const wchar_t* kOwnerRights = L"D:P(A;;FA;;;OW)";
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(kOwnerRights, SDDL_REVISION_1, &descriptor,
+                                                           nullptr);
+    return LocalMemory(descriptor);
+}
+
+/// Numbers of no file: the system's clock spreads the starts.
+UINT StartNumber() {
+    LARGE_INTEGER now{};
+    ::QueryPerformanceCounter(&now);
+    return static_cast<UINT>(now.QuadPart ^ (static_cast<LONGLONG>(::GetCurrentProcessId()) << 4));
+}
+
+}  // namespace
+
+std::optional<std::string> TemporaryFolder() {
+    PathBuffer folder;
+    const DWORD length = ::GetTempPathW(MAX_PATH, folder);
+    if (length == 0 || length > MAX_PATH) return std::nullopt;
+    return ToUtf8({folder, length});
+}
+
+std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
+    constexpr UINT kNumbers = 0xFFFF;
+    const LocalMemory security = OwnerOnly();
+    if (!security) return std::nullopt;
+    SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
+    const std::wstring wideFolder = ToWide(folder);
+    const std::wstring widePrefix = ToWide(prefix);
+    const UINT start = StartNumber();
+    for (UINT i = 0; i < kNumbers; ++i) {
+        // With a number of ours the system only makes the name; the file is made
+        // here, so that it belongs to its owner alone from its first moment.
+        PathBuffer name;
+        const UINT number = (start + i) % kNumbers + 1;
+        if (::GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), number, name) == 0)
+            return std::nullopt;
+        const FileHandle file(
+            ::CreateFileW(name, GENERIC_WRITE, 0, &attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (file) return ToUtf8(name);
+        if (::GetLastError() != ERROR_FILE_EXISTS) break;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> CurrentFolder() {
+    std::wstring folder;
+    for (DWORD needed = MAX_PATH; folder.size() < needed;) {
+        folder.resize(needed);
+        needed = ::GetCurrentDirectoryW(needed, folder.data());
+        if (needed == 0) return std::nullopt;
+        if (needed < folder.size()) return ToUtf8(std::wstring_view(folder).substr(0, needed));
+    }
+    return std::nullopt;
+}
+
+bool SetCurrentFolder(const std::string& path) { return ::SetCurrentDirectoryW(ToWide(path).c_str()) != 0; }
+
+std::optional<std::string> CommonDataFolder() {
+    PathBuffer folder;
+    const HRESULT result =
+        ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
+    if (FAILED(result)) return std::nullopt;
+    return ToUtf8(folder);
+}
+
+std::vector<std::string> LogicalDrives() {
+    wchar_t roots[519];
+    const DWORD length = ::GetLogicalDriveStringsW(519, roots);
+    if (length == 0 || length >= 519) return {};
+    std::vector<std::string> drives;
+    for (const wchar_t* root = roots; *root != L'\0'; root += drives.back().size() + 1) {
+        drives.push_back(ToUtf8(root));
+    }
+    return drives;
+}
+
+bool IsFixedDrive(const std::string& root) { return ::GetDriveTypeW(ToWide(root).c_str()) == DRIVE_FIXED; }
+
+std::optional<std::string> DeviceNameOfDrive(const std::string& drive) {
+    PathBuffer name;
+    if (::QueryDosDeviceW(ToWide(drive).c_str(), name, MAX_PATH) == 0) return std::nullopt;
+    return ToUtf8(name);
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,36 @@
+#include "platform/FileApi.h"
+#include "platform/Utf.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+struct SearchTraits {
+    using Type = HANDLE;
+    static Type Invalid() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Close(Type value) noexcept {
+        const DWORD code = ::GetLastError();
+        ::FindClose(value);
+        ::SetLastError(code);
+    }
+};
+
+DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
+    return {ToUtf8(found.cFileName), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+            (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
+}
+
+}  // namespace
+
+bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit) {
+    WIN32_FIND_DATAW found{};
+    const Handle<SearchTraits> search(::FindFirstFileW(ToWide(pattern).c_str(), &found));
+    if (!search) return false;
+    do {
+        if (!visit(ToEntry(found))) break;
+    } while (::FindNextFileW(search.Get(), &found) != 0);
+    return true;
+}
+
+}  // namespace quillon::platform
