@@ -6,6 +6,8 @@
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/Utf.h"
+#include "platform/posix/AnsiText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
 #include "platform/posix/NativePath.h"
@@ -26,6 +28,10 @@ std::optional<FileAttributes> AttributesOf(const std::string& path) {
     if (attributes.isLink && ::stat(native.c_str(), &target) == 0) status = target;
     attributes.isDirectory = S_ISDIR(status.st_mode);
     return attributes;
+}
+
+std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
+    return AttributesOf(ToUtf8(AnsiToWide(path)));
 }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {

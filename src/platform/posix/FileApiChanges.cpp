@@ -7,6 +7,8 @@
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/Utf.h"
+#include "platform/posix/AnsiText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
 #include "platform/posix/NativePath.h"
@@ -79,6 +81,8 @@ bool MakeOneDirectory(const std::string& path) {
     constexpr mode_t kAsTheProcessLets = 0777;
     return ::mkdir(NativePath(path).c_str(), kAsTheProcessLets) == 0 || FailWithErrno();
 }
+
+bool MakeOneDirectoryAnsi(const std::string& path) { return MakeOneDirectory(ToUtf8(AnsiToWide(path))); }
 
 bool MovePath(const std::string& from, const std::string& to) {
     const std::string nativeFrom = NativeName(from);

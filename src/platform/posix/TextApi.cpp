@@ -12,6 +12,7 @@
 #include <string>
 
 #include "platform/Utf.h"
+#include "platform/posix/AnsiText.h"
 
 namespace quillon::platform {
 
@@ -27,16 +28,6 @@ char AnsiByte(wchar_t unit) {
     if (unit < 0x80 || (unit >= 0xA0 && unit <= 0xFF)) return static_cast<char>(unit);
     const auto* const found = std::find(kHighControls.begin(), kHighControls.end(), unit);
     return found == kHighControls.end() ? '?' : static_cast<char>(0x80 + (found - kHighControls.begin()));
-}
-
-std::wstring AnsiToWide(const std::string& text) {
-    std::wstring wide;
-    wide.reserve(text.size());
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        wide.push_back(byte >= 0x80 && byte < 0xA0 ? kHighControls[byte - 0x80U] : wchar_t{byte});
-    }
-    return wide;
 }
 
 /// The environment by upper-case name: names are looked up without regard to case.
@@ -68,6 +59,16 @@ private:
 constexpr std::size_t kBstrHead = sizeof(std::uint64_t);
 
 }  // namespace
+
+std::wstring AnsiToWide(const std::string& text) {
+    std::wstring wide;
+    wide.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        wide.push_back(byte >= 0x80 && byte < 0xA0 ? kHighControls[byte - 0x80U] : wchar_t{byte});
+    }
+    return wide;
+}
 
 std::string WideToAnsi(std::wstring_view text) {
     std::string ansi;
