@@ -1,0 +1,38 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <unordered_map>
+
+namespace quillon::platform {
+
+/// What is known of the children that have not been reaped. An identifier in the
+/// table cannot belong to another process: a child is reaped and leaves the table
+/// under one hold of the lock.
+struct ChildTable {
+    struct Child {
+        bool leadsGroup = false;
+        bool letGo = false;                      ///< nobody waits for it
+        std::optional<std::int32_t> killedWith;  ///< the status that KillProcess gave it
+    };
+
+    std::mutex mutex;
+    std::unordered_map<pid_t, Child> children;
+};
+
+/// Never destroyed: a detached thread may outlive the static objects.
+ChildTable& Children();
+/// True when a child has ended, reaped or not.
+bool HasChildEnded(pid_t child);
+/// Kills a child that leads its group, and its descendants. The caller keeps the
+/// child from being reaped.
+bool KillTree(pid_t leader);
+/// True when a process exists and has not ended.
+bool IsAlive(pid_t process);
+/// A handle that can be polled for the end of a process; -1 when there is none.
+int OpenProcessDescriptor(pid_t process);
+
+}  // namespace quillon::platform

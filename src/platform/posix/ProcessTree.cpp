@@ -1,0 +1,149 @@
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <unordered_set>
+#include <vector>
+
+#include "platform/ProcessApi.h"
+#include "platform/posix/Children.h"
+#include "platform/posix/Errno.h"
+
+namespace quillon::platform {
+
+namespace {
+
+/// A tree that forks faster than it is stopped is killed as far as it was found.
+constexpr int kMaxRounds = 300;
+constexpr std::chrono::milliseconds kRoundPause{1};
+/// For the kernel to end what was killed.
+constexpr std::chrono::milliseconds kEndLimit{1000};
+
+struct ProcessEntry {
+    pid_t id = 0;
+    pid_t parent = 0;
+    pid_t group = 0;
+    char state = ' ';
+    unsigned long long startTime = 0;  ///< tells processes of one identifier apart
+
+    [[nodiscard]] bool HasEnded() const { return state == 'Z' || state == 'X'; }
+    /// Not stopped, nor held in the kernel.
+    [[nodiscard]] bool IsRunnable() const { return state == 'R' || state == 'S'; }
+};
+
+/// Field `index` of a text whose fields are parted by one blank, as a number.
+template <class Number>
+Number FieldAt(std::string_view text, int index) {
+    for (; index > 0 && !text.empty(); --index)
+        text.remove_prefix(std::min(text.find(' '), text.size() - 1) + 1);
+    Number number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+std::optional<ProcessEntry> ReadEntry(pid_t process) {
+    const std::string path = "/proc/" + std::to_string(process) + "/stat";
+    const FileHandle file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    char buffer[1024];
+    const ssize_t length = file ? ::read(file.Get(), buffer, sizeof buffer) : -1;
+    if (length <= 0) return std::nullopt;
+    std::string_view text(buffer, static_cast<std::size_t>(length));
+    // The program's name, in parentheses, may hold anything.
+    const auto nameEnd = text.rfind(") ");
+    if (nameEnd == std::string_view::npos) return std::nullopt;
+    text.remove_prefix(nameEnd + 2);
+    if (text.empty()) return std::nullopt;
+    return ProcessEntry{process, FieldAt<pid_t>(text, 1), FieldAt<pid_t>(text, 2), text[0],
+                        FieldAt<unsigned long long>(text, 19)};
+}
+
+std::vector<ProcessEntry> AllProcesses() {
+    std::vector<ProcessEntry> entries;
+    std::error_code error;
+    for (std::filesystem::directory_iterator folder("/proc", error), end; !error && folder != end;
+         folder.increment(error)) {
+        const std::string name = folder->path().filename().string();
+        const pid_t process = FieldAt<pid_t>(name, 0);
+        if (process <= 0) continue;
+        const auto entry = ReadEntry(process);
+        if (entry && !entry->HasEnded()) entries.push_back(*entry);
+    }
+    return entries;
+}
+
+/// A process that was found in the tree; signals reach it or nobody.
+class Member {
+public:
+    explicit Member(const ProcessEntry& entry) : m_entry(entry), m_handle(OpenProcessDescriptor(entry.id)) {
+        const auto now = ReadEntry(entry.id);
+        m_isSame = now && now->startTime == entry.startTime;
+    }
+
+    void Signal(int number) const {
+        if (!m_isSame) return;
+        if (m_handle) {
+            ::syscall(SYS_pidfd_send_signal, m_handle.Get(), number, nullptr, 0);
+        } else {
+            ::kill(m_entry.id, number);
+        }
+    }
+
+    void AwaitEnd(std::chrono::steady_clock::time_point deadline) const {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd waited{m_handle.Get(), POLLIN, 0};
+        if (m_isSame && m_handle && left.count() > 0) ::poll(&waited, 1, static_cast<int>(left.count()));
+    }
+
+private:
+    ProcessEntry m_entry;
+    Handle<ObjectTraits> m_handle;
+    bool m_isSame = false;
+};
+
+/// Stops the descendants that this look at the process list finds new. True when
+/// another look is needed: a process may complete a fork until it has stopped.
+bool StopMore(pid_t leader, std::unordered_set<pid_t>& known, std::vector<Member>& members) {
+    bool again = false;
+    for (const ProcessEntry& entry : AllProcesses()) {
+        if (entry.id != leader && entry.group != leader && !known.contains(entry.parent)) continue;
+        again |= entry.IsRunnable();
+        if (known.insert(entry.id).second) members.emplace_back(entry).Signal(SIGSTOP);
+    }
+    return again;
+}
+
+}  // namespace
+
+bool IsAlive(pid_t process) {
+    if (process <= 0) return false;
+    const auto entry = ReadEntry(process);
+    return entry ? !entry->HasEnded() : ::kill(process, 0) == 0 || errno == EPERM;
+}
+
+bool KillTree(pid_t leader) {
+    if (::kill(leader, SIGSTOP) != 0) return FailWithErrno();
+    std::unordered_set<pid_t> known{leader};
+    std::vector<Member> members;
+    for (int round = 0; round < kMaxRounds && StopMore(leader, known, members); ++round) {
+        std::this_thread::sleep_for(kRoundPause);
+    }
+    for (const Member& member : members) member.Signal(SIGKILL);
+    if (::kill(-leader, SIGKILL) != 0) return FailWithErrno();
+    const auto deadline = std::chrono::steady_clock::now() + kEndLimit;
+    for (const Member& member : members) member.AwaitEnd(deadline);
+    return true;
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/Handle.h"
+#include "quillon/DataTable.h"
+
+namespace quillon {
+
+/// The temporary file that a command's output goes to. It is erased with its owner.
+class CommandOutput {
+public:
+    CommandOutput() = default;
+    CommandOutput(const CommandOutput&) = delete;
+    CommandOutput& operator=(const CommandOutput&) = delete;
+    ~CommandOutput();
+
+    /// False, with the last error set, when there is no file to be had.
+    bool Open();
+    [[nodiscard]] const platform::FileHandle& File() const { return m_file; }
+    /// Bytes written so far.
+    [[nodiscard]] std::uint64_t Size() const;
+    /// Closes the file, cut to `limit` bytes unless that is 0, and returns its size.
+    std::uint64_t Close(std::uint64_t limit);
+    /// The closed file's text in UTF-8, without trailing white space. Waits a moment
+    /// for a file that its last writer's console host still holds.
+    [[nodiscard]] std::string Read() const;
+    void Erase();
+
+private:
+    std::string m_path;
+    platform::FileHandle m_file;
+};
+
+/// Appends the rows of an output: one with the whole text, or one a line.
+void AddOutputRows(std::string text, int exitCode, bool asLines, DataTable& table);
+/// The columns of a table without rows.
+void SetOutputColumns(bool asLines, DataTable& table);
+
+}  // namespace quillon

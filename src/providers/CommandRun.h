@@ -1,0 +1,47 @@
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "platform/ProcessApi.h"
+#include "quillon/ProcessUtils.h"
+
+namespace quillon {
+
+/// The special result codes.
+constexpr int kNotStarted = 1;
+constexpr int kTimedOut = -2;
+constexpr int kNotRun = -3;
+constexpr int kExitCodeNotSet = -4;
+constexpr int kKilled = -5;
+constexpr int kAborted = -6;
+constexpr int kNotLoggedOn = -7;
+
+/// What the caller's thread and the worker of a run share; it lives as long as the
+/// last of them, and so does the event.
+struct tRunCmdSynch {
+    std::mutex mutex;
+    std::condition_variable changed;
+    /// Guarded by the mutex, as are the outcome members of the run's properties.
+    bool completed = false;
+    platform::EventHandle abort;
+};
+
+using SharedProperties = std::shared_ptr<ProcessUtils::CmdProperties>;
+/// Starts a thread; throws std::system_error when there is none to be had.
+using ThreadStarter = std::function<std::thread(std::function<void()>)>;
+
+/// The run's own logger; one that writes none of the runner's messages without it.
+ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props);
+
+/// ProcessUtils::RunCliCommand with a given way to start the worker.
+int RunCommand(const SharedProperties& props, const ThreadStarter& start);
+
+/// The worker of a run: runs the command to its end or the abort event, fills in
+/// the outcome and sets the completion flag, whatever happens.
+void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunCmdSynch>& synch) noexcept;
+
+}  // namespace quillon

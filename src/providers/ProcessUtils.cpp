@@ -1,0 +1,99 @@
+#include "quillon/ProcessUtils.h"
+
+#include <atomic>
+#include <utility>
+
+#include "platform/ProcessApi.h"
+#include "providers/CommandRun.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::int32_t kSystemError = 3;
+const char* const kShutdownText = "Aborted due to Agent shutdown";
+
+void SetFailure(int exitCode, const std::string& text, InvocationResult& result) {
+    VariantList row;
+    row.Add(ProcessUtils::ExitCodeColName, exitCode);
+    row.Add(ProcessUtils::OutputColName, text);
+    result.resultTable = DataTable(row);
+    result.errorMessage = text;
+    result.resultCode = kSystemError;
+}
+
+/// Null for a program's own code.
+const char* SpecialText(int code) {
+    switch (code) {
+        case kTimedOut:
+            return "Timed out";
+        case kNotRun:
+            return "Could not launch sub-process";
+        case kExitCodeNotSet:
+            return "Exit code not set";
+        case kKilled:
+            return "Sub-process killed (usually on time-out)";
+        case kAborted:
+            return kShutdownText;
+        case kNotLoggedOn:
+            return "User not logged on";
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+const char* const ProcessUtils::OutputColName = "Output";
+const char* const ProcessUtils::ExitCodeColName = "ExitCode";
+const char* const ProcessUtils::LineNumberColName = "LineNumber";
+const int ProcessUtils::DefaultTimeoutSecs = 3600;
+
+int ProcessUtils::RunCliCommand(std::shared_ptr<CmdProperties> props) {
+    return RunCommand(props, [](std::function<void()> body) { return std::thread(std::move(body)); });
+}
+
+bool ProcessUtils::KillCommandProcess(const std::shared_ptr<CmdProperties>& props) {
+    ICLogger& logger = LoggerOf(*props);
+    const unsigned long id = std::atomic_ref(props->processId).load();
+    if (id == 0) {
+        logger.Error("Internal error: no PID for command process to be killed");
+        return false;
+    }
+    logger.Debug("About to attempt to kill command process with PID %lu", id);
+    const auto scope = props->killTree ? platform::KillScope::Tree : platform::KillScope::Process;
+    const auto result = platform::KillProcess(static_cast<std::uint32_t>(id), kKilled, scope);
+    if (result == platform::KillResult::NotOpened) {
+        logger.Error("Could not open command process with PID %lu for killing because: %s", id,
+                     StringUtils::GetLastErrorAsString().c_str());
+        return false;
+    }
+    const bool killed = result == platform::KillResult::Killed;
+    std::atomic_ref(props->killed).store(killed);
+    if (killed) {
+        logger.Info("Killed command process with PID %lu", id);
+    } else {
+        logger.Error("Could not kill command process with PID %lu because: %s", id,
+                     StringUtils::GetLastErrorAsString().c_str());
+    }
+    return killed;
+}
+
+void ProcessUtils::SetCliTimedOutInvocationResult(int timeoutSecs, InvocationResult& result) {
+    SetFailure(kTimedOut, "Timed out after " + std::to_string(timeoutSecs) + " seconds", result);
+}
+
+void ProcessUtils::SetCliShutdownAbortInvocationResult(InvocationResult& result) {
+    SetFailure(kAborted, kShutdownText, result);
+}
+
+void ProcessUtils::SetSpecialErrorData(const CmdProperties* props, InvocationResult& result,
+                                       const std::string& fallback) {
+    if (result.resultCode == 0) result.resultCode = kSystemError;
+    if (!result.errorMessage.empty()) return;
+    const char* special = props == nullptr ? nullptr : SpecialText(props->resultCode);
+    result.errorMessage = special == nullptr ? fallback : special;
+}
+
+}  // namespace quillon
