@@ -1,0 +1,112 @@
+#include "platform/ProcessApi.h"
+
+#include <algorithm>
+
+#include "platform/win32/Jobs.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+constexpr wchar_t kInputPrefix[] = L"vnt";
+
+/// A new file that goes with its last handle.
+FileHandle CreateScratchFile() {
+    wchar_t folder[MAX_PATH + 1];
+    wchar_t path[MAX_PATH + 1];
+    if (::GetTempPathW(MAX_PATH + 1, folder) == 0 || ::GetTempFileNameW(folder, kInputPrefix, 0, path) == 0) {
+        return FileHandle();
+    }
+    FileHandle file(::CreateFileW(path, GENERIC_READ | GENERIC_WRITE | DELETE,
+                                  FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (!file) ::DeleteFileW(path);
+    return file;
+}
+
+bool WriteAll(void* file, std::string_view content) {
+    constexpr std::size_t kLargestPiece = 1 << 20;
+    while (!content.empty()) {
+        DWORD written = 0;
+        const auto size = static_cast<DWORD>(std::min(content.size(), kLargestPiece));
+        if (::WriteFile(file, content.data(), size, &written, nullptr) == 0) return false;
+        content.remove_prefix(written);
+    }
+    return ::SetFilePointer(file, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER;
+}
+
+}  // namespace
+
+void ObjectTraits::Close(Type value) noexcept {
+    const DWORD error = ::GetLastError();
+    ::CloseHandle(value);
+    ::SetLastError(error);
+}
+
+EventHandle CreateAutoResetEvent() { return EventHandle(::CreateEventW(nullptr, FALSE, FALSE, nullptr)); }
+
+bool SignalEvent(const EventHandle& event) { return ::SetEvent(event.Get()) != 0; }
+
+JobTable& Jobs() {
+    static JobTable& table = *new JobTable;
+    return table;
+}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept
+    : m_id(std::exchange(other.m_id, 0)), m_handle(std::move(other.m_handle)) {}
+
+ChildProcess::~ChildProcess() {
+    if (m_id == 0) return;
+    JobTable& table = Jobs();
+    const std::lock_guard lock(table.mutex);
+    table.jobs.erase(m_id);
+}
+
+std::uint32_t ChildProcess::Wait(const EventHandle& event,
+                                 std::optional<std::chrono::milliseconds> limit) const {
+    static_assert(kWaitEvent == WAIT_OBJECT_0 + 1 && kWaitTimeout == WAIT_TIMEOUT &&
+                  kWaitFailed == WAIT_FAILED);
+    const HANDLE waited[] = {m_handle.Get(), event.Get()};
+    return ::WaitForMultipleObjects(2, waited, FALSE, limit ? static_cast<DWORD>(limit->count()) : INFINITE);
+}
+
+std::optional<std::int32_t> ChildProcess::ExitStatus() {
+    DWORD status = 0;
+    if (::GetExitCodeProcess(m_handle.Get(), &status) == 0) return std::nullopt;
+    return static_cast<std::int32_t>(status);
+}
+
+KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scope) {
+    const Handle<ObjectTraits> process(::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
+    if (!process) return KillResult::NotOpened;
+    const auto status = static_cast<UINT>(exitStatus);
+    JobTable& table = Jobs();
+    const std::lock_guard lock(table.mutex);
+    const auto job = table.jobs.find(id);
+    const bool tree = scope == KillScope::Tree && job != table.jobs.end();
+    const BOOL killed =
+        tree ? ::TerminateJobObject(job->second.Get(), status) : ::TerminateProcess(process.Get(), status);
+    return killed != 0 ? KillResult::Killed : KillResult::NotKilled;
+}
+
+FileHandle MakeInputFile(std::string_view content) {
+    if (content.empty()) {
+        return FileHandle(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                        OPEN_EXISTING, 0, nullptr));
+    }
+    FileHandle file = CreateScratchFile();
+    if (!file || WriteAll(file.Get(), content)) return file;
+    return FileHandle();
+}
+
+bool CutOpenFile(const FileHandle& file, std::uint64_t size) {
+    LARGE_INTEGER current{};
+    if (::GetFileSizeEx(file.Get(), &current) == 0) return false;
+    if (static_cast<std::uint64_t>(current.QuadPart) <= size) return true;
+    FILE_END_OF_FILE_INFO end{};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+    return ::SetFileInformationByHandle(file.Get(), FileEndOfFileInfo, &end, sizeof end) != 0;
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,133 @@
+#include <algorithm>
+#include <vector>
+
+#include "platform/ProcessApi.h"
+#include "platform/Utf.h"
+#include "platform/win32/Jobs.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+using ObjectHandle = Handle<ObjectTraits>;
+
+/// The handles that a child inherits, inheritable for this object's life, in the
+/// form that process creation takes.
+class InheritedHandles {
+public:
+    explicit InheritedHandles(const ProcessRequest& request) {
+        Add(request.input);
+        Add(request.output);
+    }
+    InheritedHandles(const InheritedHandles&) = delete;
+    InheritedHandles& operator=(const InheritedHandles&) = delete;
+    ~InheritedHandles() {
+        if (List() != nullptr) ::DeleteProcThreadAttributeList(List());
+        for (HANDLE handle : m_handles) ::SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
+    }
+
+    [[nodiscard]] bool Empty() const { return m_handles.empty(); }
+
+    /// Nothing but these handles: others of this process may be inheritable.
+    bool Prepare() {
+        SIZE_T size = 0;
+        ::InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        m_buffer.resize(size);
+        if (::InitializeProcThreadAttributeList(List(), 1, 0, &size) == 0) {
+            m_buffer.clear();
+            return false;
+        }
+        return ::UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, m_handles.data(),
+                                           m_handles.size() * sizeof(HANDLE), nullptr, nullptr) != 0;
+    }
+
+    LPPROC_THREAD_ATTRIBUTE_LIST List() {
+        return m_buffer.empty() ? nullptr : reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(m_buffer.data());
+    }
+
+private:
+    void Add(const FileHandle* file) {
+        if (file == nullptr) return;
+        ::SetHandleInformation(file->Get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+        m_handles.push_back(file->Get());
+    }
+
+    std::vector<HANDLE> m_handles;
+    std::vector<unsigned char> m_buffer;
+};
+
+bool PrecedesIgnoringCase(const std::wstring& a, const std::wstring& b) {
+    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                                  TRUE) == CSTR_LESS_THAN;
+}
+
+/// As the system keeps it: sorted by name, every variable ended by a zero, and one
+/// more zero.
+std::wstring EnvironmentBlock(const std::map<std::string, std::string>& variables) {
+    std::vector<std::pair<std::wstring, std::wstring>> sorted;
+    for (const auto& [name, value] : variables) sorted.emplace_back(ToWide(name), ToWide(value));
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto& a, const auto& b) { return PrecedesIgnoringCase(a.first, b.first); });
+    std::wstring block;
+    for (const auto& [name, value] : sorted) block += name + L'=' + value + L'\0';
+    if (block.empty()) block += L'\0';
+    return block + L'\0';
+}
+
+STARTUPINFOEXW StartUpInformation(const ProcessRequest& request, InheritedHandles& handles) {
+    STARTUPINFOEXW start{};
+    start.StartupInfo.cb = sizeof start;
+    start.lpAttributeList = handles.List();
+    if (handles.Empty()) return start;
+    start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    if (request.input != nullptr) start.StartupInfo.hStdInput = request.input->Get();
+    if (request.output != nullptr) {
+        start.StartupInfo.hStdOutput = request.output->Get();
+        start.StartupInfo.hStdError = request.output->Get();
+    }
+    return start;
+}
+
+bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_INFORMATION& created) {
+    STARTUPINFOEXW start = StartUpInformation(request, handles);
+    std::wstring command = ToWide(request.command);
+    const std::wstring directory = ToWide(request.workingDirectory);
+    std::wstring environment;
+    if (request.environment != nullptr) environment = EnvironmentBlock(*request.environment);
+    const DWORD suspended = request.killableAsTree ? CREATE_SUSPENDED : 0;
+    return ::CreateProcessW(
+               nullptr, command.data(), nullptr, nullptr, !handles.Empty(),
+               CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT | suspended,
+               request.environment != nullptr ? environment.data() : nullptr,
+               directory.empty() ? nullptr : directory.c_str(), &start.StartupInfo, &created) != 0;
+}
+
+/// Puts a suspended process into a job of its own before its first instruction.
+bool EnterJob(const PROCESS_INFORMATION& created) {
+    ObjectHandle job(::CreateJobObjectW(nullptr, nullptr));
+    if (!job || ::AssignProcessToJobObject(job.Get(), created.hProcess) == 0) return false;
+    JobTable& table = Jobs();
+    const std::lock_guard lock(table.mutex);
+    table.jobs.insert_or_assign(created.dwProcessId, std::move(job));
+    return true;
+}
+
+}  // namespace
+
+std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
+    InheritedHandles handles(request);
+    if (!handles.Empty() && !handles.Prepare()) return std::nullopt;
+    PROCESS_INFORMATION created{};
+    if (!Create(request, handles, created)) return std::nullopt;
+    ChildProcess child(created.dwProcessId, created.hProcess);
+    const ObjectHandle thread(created.hThread);
+    if (!request.killableAsTree) return child;
+    if (EnterJob(created) && ::ResumeThread(thread.Get()) != static_cast<DWORD>(-1)) return child;
+    const DWORD error = ::GetLastError();
+    ::TerminateProcess(created.hProcess, 1);
+    ::SetLastError(error);
+    return std::nullopt;
+}
+
+}  // namespace quillon::platform
