@@ -53,7 +53,7 @@ std::unique_ptr<log4cplus::Layout> NewLayout() {
 
 void InstallFileAppender(const std::string& path) {
     log4cplus::Logger root = log4cplus::Logger::getRoot();
-    root.removeAppender(kFileAppender);
+    if (const auto old = root.getAppender(kFileAppender)) root.removeAppender(old);
     log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, {}));
     file->setName(kFileAppender);
     file->setLayout(NewLayout());

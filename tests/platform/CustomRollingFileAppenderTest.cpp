@@ -1,0 +1,223 @@
+#include "logging/CustomRollingFileAppender.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+#include "platform/RollingLog.h"
+#include "quillon/DestructorFunctor.h"
+#include "support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace quillon::test {
+
+namespace {
+
+constexpr std::size_t kMaxSize = 5'242'880;
+
+std::vector<std::string> LinesOf(std::string content) {
+    std::erase(content, '\r');
+    std::vector<std::string> lines;
+    for (std::size_t start = 0; start < content.size();) {
+        const std::size_t end = std::min(content.find('\n', start), content.size());
+        lines.push_back(content.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+/// Makes every roll-over fail until it is removed: the last backup is a folder with something in it.
+class RollOverBlocker {
+public:
+    explicit RollOverBlocker(const TempDir& dir) : m_dir(dir) {
+        for (int n = 1; n < 5; ++n) dir.Write("log." + std::to_string(n), "backup");
+        dir.Write("log.5/x", "");
+    }
+    void Remove() const { fs::remove_all(m_dir.Native("log.5")); }
+
+private:
+    const TempDir& m_dir;
+};
+
+}  // namespace
+
+TEST(CustomRollingFileAppender, RollsOnlyPastTheMaximumSize) {
+    const std::string added = Line("entry");
+    const struct {
+        const char* what;
+        std::size_t size;
+        std::string current, backup;
+    } cases[] = {
+        {"the entry fills it exactly", kMaxSize - added.size(),
+         std::string(kMaxSize - added.size(), 'x') + added, ""},
+        {"full: rolled after the entry", kMaxSize, Line("report"), std::string(kMaxSize, 'x') + added},
+        {"too long: rolled before the entry", kMaxSize + 1, Line("report") + added,
+         std::string(kMaxSize + 1, 'x')},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempDir dir;
+        dir.Write("log", std::string(c.size, 'x'));
+        const RollingLog* self = nullptr;
+        const RollingLog log(dir.Path("log"), [&self] { self->Write("report"); });
+        self = &log;
+        log.Write("entry");
+        EXPECT_TRUE(dir.Read("log") == c.current);  // EXPECT_EQ would print megabytes
+        EXPECT_TRUE(dir.Read("log.1") == c.backup);
+    }
+}
+
+TEST(CustomRollingFileAppender, MovesBackupsUpToTheFirstGap) {
+    const std::string full(kMaxSize + 1, 'x');
+    const struct {
+        std::string before, after;  ///< content of the backups 1 to 6, '-' where there is none
+    } cases[] = {{"------", "L-----"}, {"a-b---", "Lab---"}, {"abcde-", "Labcd-"}, {"-bcde-", "Lbcde-"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.before);
+        TempDir dir;
+        const auto backup = [](std::size_t n) { return "log." + std::to_string(n + 1); };
+        for (std::size_t n = 0; n < 6; ++n) {
+            if (c.before[n] != '-') dir.Write(backup(n), std::string(1, c.before[n]));
+        }
+        dir.Write("log", full);
+        RollingLog(dir.Path("log")).Write("entry");
+        std::string after;
+        for (std::size_t n = 0; n < 6; ++n) {
+            const std::string content = dir.Read(backup(n));
+            after += content == full ? 'L' : dir.Exists(backup(n)) ? content[0] : '-';
+        }
+        EXPECT_EQ(after, c.after);
+        EXPECT_EQ(dir.Read("log"), Line("entry"));
+    }
+}
+
+TEST(CustomRollingFileAppender, RefusedRollOverLosesNothingAndIsRetriedLater) {
+    TempDir dir;
+    const RollOverBlocker blocker(dir);
+    dir.Write("log", std::string(kMaxSize, 'x'));
+    int rolled = 0;
+    const RollingLog log(dir.Path("log"), [&rolled] { ++rolled; });
+    log.Write("first");
+    log.Write("second");
+    EXPECT_EQ(rolled, 0);
+    blocker.Remove();
+    log.Write("third");
+    EXPECT_EQ(rolled, 0) << "tried again for one line";
+    log.Write(std::string(400'000, 'y'));
+    EXPECT_EQ(rolled, 1);
+    EXPECT_TRUE(dir.Read("log.1") == std::string(kMaxSize, 'x') + Line("first") + Line("second") +
+                                         Line("third") + Line(std::string(400'000, 'y')));
+    EXPECT_EQ(dir.Read("log"), "");
+    EXPECT_EQ(dir.Read("log.5"), "backup");
+}
+
+TEST(CustomRollingFileAppender, PathsThatCannotBeOpenedFailQuietly) {
+    TempDir dir;
+    const std::string file = dir.Write("file", "kept");
+    const std::string readOnly = dir.Write("read-only", "kept");
+    fs::permissions(dir.Native("read-only"), fs::perms::owner_read);
+    for (const std::string& path : {std::string(), dir.Path(), file + "\\log", readOnly}) {
+        SCOPED_TRACE(path);
+        if (path == readOnly && std::ofstream(dir.Native("read-only"), std::ios::app)) continue;  // root
+        const RollingLog log(path);
+        EXPECT_NO_THROW(log.Write("one"));
+        EXPECT_NO_THROW(log.Write("two"));
+    }
+    EXPECT_EQ(dir.Read("file"), "kept");
+    EXPECT_EQ(dir.Read("read-only"), "kept");
+    fs::permissions(dir.Native("read-only"), fs::perms::owner_all);
+}
+
+TEST(CustomRollingFileAppender, MakesFoldersAndKeepsTheFileFromOthersAndChildren) {
+    TempDir dir;
+    const RollingLog log(dir.Path("\xC3\xA9\\b\\log"));
+    log.Write("entry");
+    EXPECT_EQ(dir.Read("\xC3\xA9/b/log"), Line("entry"));
+    if (kWindows) GTEST_SKIP() << "modes and descriptor lists are Linux's";
+    const auto mode = fs::status(dir.Native("\xC3\xA9/b/log")).permissions();
+    EXPECT_EQ(mode & ~fs::perms::group_read, fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_NE(std::system("ls -l /proc/self/fd | grep -q quillon-test"), 0) << "a child has the log open";
+}
+
+TEST(CustomRollingFileAppender, WritesAgainOnceTheDeviceTakesData) {
+    if (kWindows) GTEST_SKIP() << "needs a device that is always full";
+    TempDir dir;
+    fs::create_symlink("/dev/full", dir.Native("log"));
+    const RollingLog log(dir.Path("log"));
+    log.Write("lost");
+    log.Write("lost too");
+    fs::remove(dir.Native("log"));
+    log.Write("kept");
+    EXPECT_EQ(dir.Read("log"), Line("kept"));
+}
+
+TEST(CustomRollingFileAppender, FullDiskTearsNoLaterLine) {
+    TempDir dir;
+    const std::string mountPoint = dir.Native().string();
+    if (kWindows ||
+        std::system(("mount -t tmpfs -o size=1m none " + mountPoint + " 2>/dev/null").c_str()) != 0) {
+        GTEST_SKIP() << "needs the right to mount a small file system";
+    }
+    const DestructorFunctor unmount(
+        [&mountPoint] { EXPECT_EQ(std::system(("umount " + mountPoint).c_str()), 0); });
+    dir.Write("ballast", std::string(1'000'000, 'x'));
+    const RollingLog log(dir.Path("log"));
+    const std::string filler(100, 'y');
+    for (int n = 0; n < 1'000; ++n) log.Write(filler);
+    EXPECT_LT(fs::file_size(dir.Native("log")), 100'000u) << "the disk did not get full";
+    fs::remove(dir.Native("ballast"));
+    log.Write("room again");
+    log.Write("and more");
+
+    auto lines = LinesOf(dir.Read("log"));
+    ASSERT_GT(lines.size(), 3u);
+    EXPECT_THAT(std::vector(lines.end() - 2, lines.end()), testing::ElementsAre("room again", "and more"));
+    EXPECT_LT(lines[lines.size() - 3].size(), 100u) << "no line was torn: the test is too weak";
+    lines.resize(lines.size() - 3);
+    EXPECT_THAT(lines, testing::Each(filler));
+}
+
+TEST(CustomRollingFileAppender, ThreadsLoseAndTearNoLineOverManyRollOvers) {
+    constexpr int kThreads = 8, kLines = 100'000, kRollOvers = 10;
+    const std::string padding(60, '.');
+    TempDir dir;
+    int rolled = 0;
+    const RollingLog* self = nullptr;
+    const RollingLog log(dir.Path("log"), [&] {
+        fs::rename(dir.Native("log.1"), dir.Native("kept." + std::to_string(rolled++)));
+        self->Write("report");
+    });
+    self = &log;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&log, &padding, t] {
+            for (int n = 0; n < kLines; ++n)
+                log.Write(std::to_string(t) + ' ' + std::to_string(n) + ' ' + padding);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+
+    EXPECT_GE(rolled, kRollOvers);
+    std::vector<int> next(kThreads, 0);
+    int bad = 0;
+    fs::rename(dir.Native("log"), dir.Native("kept." + std::to_string(rolled)));
+    for (int file = 0; file <= rolled; ++file) {
+        auto lines = LinesOf(dir.Read("kept." + std::to_string(file)));
+        if (file > 0) {
+            EXPECT_EQ(lines.at(0), "report");
+            lines.erase(lines.begin());
+        }
+        for (const std::string& line : lines) {
+            const auto t = static_cast<std::size_t>(line.at(0) - '0');
+            const bool good = line == std::to_string(t) + ' ' + std::to_string(next.at(t)++) + ' ' + padding;
+            bad += good ? 0 : 1;
+        }
+    }
+    EXPECT_EQ(bad, 0);
+    EXPECT_THAT(next, testing::Each(kLines));
+}
+
+}  // namespace quillon::test

@@ -1,0 +1,151 @@
+#include "quillon/ServiceLocator.h"
+
+#include <gmock/gmock.h>
+
+#include "quillon/CLogger.h"
+#include "quillon/IShutdownMonitor.h"
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
+#include "support/RunChild.h"
+
+namespace quillon::test {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Widget {
+    static const char* __InterfaceId() { return "VntItf_Widget"; }
+    int number = 0;
+};
+struct Gadget {
+    static const char* __InterfaceId() { return "VntItf_Gadget"; }
+};
+
+/// Records what reaches the process-wide logger; leaves both registries empty.
+class ServiceLocatorTest : public testing::Test {
+protected:
+    void SetUp() override {
+        CLogger::SetLoggingCallback([this](ICLogger::Level level, const std::string& text) {
+            m_processLines.push_back(std::to_string(level) + ' ' + text);
+        });
+    }
+    void TearDown() override {
+        ServiceLocator::Clear();
+        CLogger::ReleaseInstance();
+    }
+
+    std::vector<std::string> m_processLines;
+};
+
+const ChildMode withoutLogger("locator-without-logger", [](const std::vector<std::string>&) {
+    Widget widget;
+    ServiceLocator::Put(&widget);
+    ServiceLocator::Put(&widget);
+    ServiceLocator::Get<Gadget>();
+    ServiceLocator::Get<Gadget>(true);
+    ServiceLocator::Remove<Gadget>();
+    ServiceLocator::Put<ICLogger>(CLogger::GetInstance());
+    ServiceLocator::Put<ICLogger>(CLogger::GetInstance());
+    ServiceLocator::Remove<ICLogger>();
+    ServiceLocator::Get<ICLogger>();
+    return 0;
+});
+
+}  // namespace
+
+TEST_F(ServiceLocatorTest, WarnsOnTheRegisteredLoggerOrTheProcessWideOne) {
+    RecordingLogger log;
+    Widget first, second;
+    ServiceLocator::Put(&first);
+    ServiceLocator::Put(&second);
+    EXPECT_EQ(ServiceLocator::Get<Widget>(), &second);
+    EXPECT_THAT(log.Lines(), ElementsAre("Registered service VntItf_Widget",
+                                         "Service 'VntItf_Widget' has already been added",
+                                         "Registered service VntItf_Widget"));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Warn), testing::SizeIs(1));
+
+    EXPECT_EQ(ServiceLocator::Get<Gadget>(true), nullptr);
+    EXPECT_THAT(m_processLines, IsEmpty());
+    EXPECT_EQ(ServiceLocator::Get<Gadget>(), nullptr);
+    EXPECT_EQ(ServiceLocator::Remove<Gadget>(), nullptr);
+    EXPECT_THAT(m_processLines,
+                ElementsAre("3 ServiceLocator failed to locate service with ID 'VntItf_Gadget'",
+                            "3 Service 'VntItf_Gadget' cannot be removed because it hasn't been added"));
+    EXPECT_EQ(ServiceLocator::Remove<Widget>(), &second);
+    EXPECT_FALSE(ServiceLocator::Contains<Widget>());
+}
+
+TEST(ServiceLocator, WithoutALoggerWarnsOnStandardError) {
+    const std::string noLogger =
+        "Warning: ServiceLocator failed to locate service with ID 'VntItf_ICLogger'\n";
+    const ChildOutput child = RunChild("locator-without-logger");
+    EXPECT_TRUE(child.succeeded);
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.err,
+              noLogger + noLogger + "Warning: Service 'VntItf_Widget' has already been added\n" +
+                  "Warning: ServiceLocator failed to locate service with ID 'VntItf_Gadget'\n" +
+                  "Warning: Service 'VntItf_Gadget' cannot be removed because it hasn't been added\n" +
+                  "Warning: Service 'VntItf_ICLogger' has already been added\n" + noLogger);
+}
+
+TEST_F(ServiceLocatorTest, ListsIdentifiersInByteOrderAndKeepsNulls) {
+    EXPECT_EQ(ServiceLocator::ListCurrent(), "(0) ");
+    RecordingLogger log;
+    Widget widget;
+    ServiceLocator::Put(&widget);
+    ServiceLocator::Put<Gadget>(nullptr);
+    ServiceLocator::AddFactory<IShutdownMonitor>([] { return nullptr; }, {});
+    EXPECT_EQ(ServiceLocator::ListCurrent(), "(3) VntItf_Gadget VntItf_ICLogger VntItf_Widget ");
+    EXPECT_TRUE(ServiceLocator::Contains<Gadget>());
+    EXPECT_EQ(ServiceLocator::Get<Gadget>(), nullptr);
+    EXPECT_THAT(m_processLines, IsEmpty());
+
+    ServiceLocator::Clear();
+    EXPECT_EQ(ServiceLocator::ListCurrent(), "(0) ");
+    EXPECT_FALSE(ServiceLocator::HasFactory<IShutdownMonitor>());
+}
+
+TEST_F(ServiceLocatorTest, InstancesGoToTheRecyclerRegisteredWhenTheyAreReleased) {
+    int first = 0, second = 0;
+    const auto make = [] { return new Widget{7}; };
+    ServiceLocator::AddFactory<Widget>(make, [&](Widget* w) { first += w->number, delete w; });
+    auto early = ServiceLocator::GetInstance<Widget>();
+    auto late = ServiceLocator::GetInstance<Widget>();
+    early.reset();
+    const auto removed = ServiceLocator::RemoveFactory<Widget>();
+    EXPECT_TRUE(removed.first && removed.second);
+    ServiceLocator::AddFactory<Widget>(make, [&](Widget* w) { second += w->number, delete w; });
+    late.reset();
+    EXPECT_EQ(first, 7);
+    EXPECT_EQ(second, 7);
+}
+
+TEST_F(ServiceLocatorTest, FactoryMisuseIsLoggedAndThrownWithTheIdentifier) {
+    const auto thrownBy = [](const std::function<void()>& misuse) -> std::string {
+        try {
+            misuse();
+        } catch (const std::invalid_argument& error) {
+            return error.what();
+        }
+        return "nothing";
+    };
+    static Widget firstOne, secondOne;
+    ServiceLocator::AddFactory<Widget>([] { return &firstOne; }, [](Widget*) {});
+    EXPECT_EQ(thrownBy([] { ServiceLocator::AddFactory<Widget>([] { return &secondOne; }, {}); }),
+              "VntItf_Widget");
+    EXPECT_EQ(ServiceLocator::GetInstance<Widget>().get(), &firstOne);
+    EXPECT_EQ(thrownBy([] { ServiceLocator::GetInstance<Gadget>(); }), "VntItf_Gadget");
+    EXPECT_EQ(thrownBy([] { ServiceLocator::RemoveFactory<Gadget>(); }), "VntItf_Gadget");
+    EXPECT_THAT(
+        m_processLines,
+        ElementsAre("5 You have already registered a ServiceLocator factory+recycler for VntItf_Widget",
+                    "5 You need to register a ServiceLocator factory+recycler for VntItf_Gadget",
+                    "5 There is no registered ServiceLocator factory+recycler for VntItf_Gadget to remove"));
+
+    ServiceLocator::AddFactory<Gadget>(std::function<Gadget*()>(), {});
+    EXPECT_THROW(ServiceLocator::GetInstance<Gadget>(), std::bad_function_call);
+}
+
+}  // namespace quillon::test
