@@ -1,0 +1,93 @@
+#include "CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+#include <sstream>
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr int kBadCommandLine = 2;
+
+const char* const kExitCodes =
+    "Exit codes of 'run' are the invocation's result codes: 0 success; 2 a bad call, also an\n"
+    "unknown method or a malformed command line; 3 a failed, timed-out or aborted command.\n"
+    "1 means that the agent itself failed.";
+
+const std::map<std::string, Format> kDescriptionFormats = {{"text", Format::Text}, {"json", Format::Json}};
+const std::map<std::string, Format> kTableFormats = {
+    {"text", Format::Text}, {"json", Format::Json}, {"csv", Format::Csv}};
+const std::map<std::string, ICLogger::Level> kLevels = {
+    {"trace", ICLogger::Level::Trace}, {"debug", ICLogger::Level::Debug}, {"info", ICLogger::Level::Info},
+    {"warn", ICLogger::Level::Warn},   {"error", ICLogger::Level::Error}, {"fatal", ICLogger::Level::Fatal}};
+
+std::string CheckArgument(const std::string& argument) {
+    if (argument.find('=') != std::string::npos) return {};
+    return "'" + argument + "' is not of the form name=value";
+}
+
+/// Adds an option whose value is one of the keys, in any case.
+template <class T, class Target>
+void AddChoice(CLI::App& app, const std::string& name, Target& target,
+               const std::map<std::string, T>& choices, const std::string& text) {
+    std::string keys;
+    for (const auto& choice : choices) keys += (keys.empty() ? "" : "|") + choice.first;
+    app.add_option_function<std::string>(
+           name,
+           [&target, &choices](const std::string& key) { target = choices.at(CLI::detail::to_lower(key)); },
+           text)
+        ->check(CLI::IsMember(choices, CLI::ignore_case))
+        ->type_name(keys);
+}
+
+CLI::App* AddRun(CLI::App& app, RunCommand& command) {
+    CLI::App* const run =
+        app.add_subcommand("run", "Runs a method and prints the table that it answers with");
+    run->add_option("method", command.method, "Module.Method")->required();
+    run->add_option("arguments", command.arguments, "Parameters of the method")
+        ->check(CheckArgument)
+        ->type_name("name=value");
+    AddChoice(*run, "--format", command.format, kTableFormats, "Form of the table (default text)");
+    run->add_option("--log", command.log.file, "Log to this file, and to standard error")->type_name("FILE");
+    AddChoice(*run, "--level", command.log.level, kLevels,
+              "Lowest level to log (default info with --log, else warn)");
+    return run;
+}
+
+CLI::App* AddMethods(CLI::App& app, MethodsCommand& command) {
+    CLI::App* const methods =
+        app.add_subcommand("methods", "Lists every method with its parameters and columns");
+    AddChoice(*methods, "--format", command.format, kDescriptionFormats, "Form of the list (default text)");
+    return methods;
+}
+
+UsageMessage ToMessage(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream text;
+    const int code = app.exit(error, text, text);
+    return {code == 0 ? 0 : kBadCommandLine, text.str()};
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(std::vector<std::string> arguments) {
+    CLI::App app("Runs methods of the agent's modules, without an agent.", "quillon-agent");
+    app.footer(kExitCodes);
+    app.require_subcommand(1);
+    app.allow_windows_style_options(false);
+    RunCommand runCommand;
+    MethodsCommand methodsCommand;
+    const CLI::App* const run = AddRun(app, runCommand);
+    AddMethods(app, methodsCommand);
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        return ToMessage(app, error);
+    }
+    if (run->parsed()) return runCommand;
+    return methodsCommand;
+}
+
+}  // namespace quillon::agent

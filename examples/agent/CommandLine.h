@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "Logging.h"
+#include "Output.h"
+
+namespace quillon::agent {
+
+/// "quillon-agent run ..."
+struct RunCommand {
+    std::string method;                  ///< "Module.Method"
+    std::vector<std::string> arguments;  ///< "name=value", each with its '='
+    Format format = Format::Text;
+    LogSettings log;
+};
+
+/// "quillon-agent methods ..."
+struct MethodsCommand {
+    Format format = Format::Text;  ///< Text or Json
+};
+
+/// Nothing to do but to say something: help that was asked for (code 0), or what
+/// is wrong with the command line (code 2, as for any bad call).
+struct UsageMessage {
+    int exitCode = 0;
+    std::string text;
+};
+
+using CommandLine = std::variant<RunCommand, MethodsCommand, UsageMessage>;
+
+/// `arguments` are those after the program's name.
+CommandLine ParseCommandLine(std::vector<std::string> arguments);
+
+}  // namespace quillon::agent

@@ -1,0 +1,179 @@
+#include "CommandsModule.h"
+
+#include <limits>
+#include <memory>
+
+#include "TableLayout.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/ProcessUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kBadParameter = 2;
+constexpr long long kDefaultMaxOutput = 64 * 1024 * 1024;
+
+/// The parameters of both methods.
+struct CommandCall {
+    std::string command;
+    long long timeout = ProcessUtils::DefaultTimeoutSecs;
+    std::string workingDirectory;
+    long long maxOutput = kDefaultMaxOutput;
+};
+
+/// What both methods declare, followed by what one of them adds.
+std::vector<Parameter> CommandParameters(const std::vector<Parameter>& further) {
+    std::vector<Parameter> parameters = {
+        {.name = "command", .mandatory = true, .text = "The command line."},
+        {.name = "timeout",
+         .type = ValueType::Integer,
+         .defaultText = std::to_string(ProcessUtils::DefaultTimeoutSecs),
+         .text = "Seconds after which the command is killed; 0 for never."},
+        {.name = "workingDirectory", .text = "Folder to run in instead of the agent's own."},
+        {.name = "maxOutput",
+         .type = ValueType::Integer,
+         .defaultText = std::to_string(kDefaultMaxOutput),
+         .text = "Bytes of output after which the command is killed; 0 for no limit."},
+    };
+    parameters.insert(parameters.end(), further.begin(), further.end());
+    return parameters;
+}
+
+void AddBindings(ParameterBinder& binder, CommandCall& call) {
+    binder.AddMandatoryBinding("command", call.command);
+    binder.AddOptionalBinding("timeout", call.timeout);
+    binder.AddOptionalBinding("workingDirectory", call.workingDirectory);
+    binder.AddOptionalBinding("maxOutput", call.maxOutput);
+}
+
+bool Refuse(const std::string& message, InvocationResult& result) {
+    result.resultCode = kBadParameter;
+    result.errorMessage = message;
+    return false;
+}
+
+bool InRange(const char* name, long long value, long long maximum, InvocationResult& result) {
+    if (value >= 0 && value <= maximum) return true;
+    return Refuse(std::string("'") + name + "' parameter must be from 0 to " + std::to_string(maximum),
+                  result);
+}
+
+/// The runner takes an empty folder for the agent's own, and so it would text that cannot be converted.
+bool Check(const CommandCall& call, InvocationResult& result) {
+    if (StringUtils::NarrowStringToWide(call.workingDirectory).empty() != call.workingDirectory.empty())
+        return Refuse("'workingDirectory' parameter must be UTF-8", result);
+    return InRange("timeout", call.timeout, std::numeric_limits<int>::max(), result) &&
+           InRange("maxOutput", call.maxOutput, std::numeric_limits<long long>::max(), result);
+}
+
+std::shared_ptr<ProcessUtils::CmdProperties> ToProperties(const CommandCall& call, bool lines) {
+    auto properties = std::make_shared<ProcessUtils::CmdProperties>();
+    properties->command = call.command;
+    properties->logger = ServiceLocator::Get<ICLogger>();
+    properties->outputAsLines = lines;
+    properties->captureOutput = true;
+    properties->timeoutSecs = static_cast<int>(call.timeout);
+    properties->killOnTimeout = true;
+    properties->killTree = true;
+    properties->maxOutputBytes = static_cast<std::uint64_t>(call.maxOutput);
+    properties->workingDirectory = StringUtils::NarrowStringToWide(call.workingDirectory);
+    return properties;
+}
+
+/// The reason for a run that has no special code.
+std::string FailureText(const ProcessUtils::CmdProperties& properties) {
+    if (properties.processId == 0) return "Could not run command '" + properties.command + "'";
+    return "Command ended with exit code " + std::to_string(properties.resultCode);
+}
+
+/// Runs the command and puts its rows into the result. False when it did not end
+/// with exit code 0; the result then says why.
+bool Execute(const CommandCall& call, bool lines, InvocationResult& result) {
+    const auto properties = ToProperties(call, lines);
+    const int code = ProcessUtils::RunCliCommand(properties);
+    // First the endings after which a worker may still be writing to the properties.
+    if (properties->abortedOnShutdown) {
+        ProcessUtils::SetCliShutdownAbortInvocationResult(result);
+        return false;
+    }
+    if (properties->timedOut) {
+        ProcessUtils::SetCliTimedOutInvocationResult(properties->timeoutSecs, result);
+        return false;
+    }
+    result.resultTable = std::move(properties->outputTable);
+    if (code == 0 && !properties->outputTruncated) return true;
+    properties->resultCode = code;  // also of a run that never got to a worker
+    if (properties->outputTruncated)
+        result.errorMessage = "Output reached the limit of " + std::to_string(call.maxOutput) + " bytes";
+    ProcessUtils::SetSpecialErrorData(properties.get(), result, FailureText(*properties));
+    return false;
+}
+
+/// The command's output, whole or by lines.
+void Run(const MethodParameters& parameters, InvocationResult& result) {
+    CommandCall call;
+    bool lines = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddOptionalBinding("lines", lines);
+    if (!binder.Bind(result) || !Check(call, result)) return;
+    Execute(call, lines, result);
+}
+
+/// The command's output, parsed into typed columns.
+void Table(const MethodParameters& parameters, InvocationResult& result) {
+    CommandCall call;
+    std::string columns;
+    long long skip = 0;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddMandatoryBinding("columns", columns);
+    binder.AddOptionalBinding("skip", skip);
+    TableLayout layout;
+    if (!binder.Bind(result) || !Check(call, result) || !layout.Read(columns, result)) return;
+    if (!InRange("skip", skip, std::numeric_limits<long long>::max(), result)) return;
+    if (!Execute(call, false, result)) return;
+    const std::string output = result.resultTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue();
+    result.resultTable = layout.Parse(output, skip);
+}
+
+Method DescribeRun() {
+    return {
+        .name = "Run",
+        .text = "Runs a command line and answers with what it wrote.",
+        .parameters = CommandParameters({{.name = "lines",
+                                          .type = ValueType::Boolean,
+                                          .defaultText = "false",
+                                          .text = "A row for every line instead of one row."}}),
+        .columns = {{ProcessUtils::ExitCodeColName, ValueType::Integer, "The command's exit code."},
+                    {ProcessUtils::OutputColName, ValueType::Text, "Standard output and standard error."},
+                    {ProcessUtils::LineNumberColName, ValueType::Integer, "From 0; with lines=true only."}},
+        .run = &Run};
+}
+
+Method DescribeTable() {
+    return {
+        .name = "Table",
+        .text = "Runs a command line and parses what it wrote into typed columns, a row a line.",
+        .parameters = CommandParameters(
+            {{.name = "columns",
+              .mandatory = true,
+              .text = "Blank-separated NAME[:TYPE[*FACTOR]][:EXTENT]; TYPE is text, integer or boolean, "
+                      "FACTOR multiplies an integer, EXTENT is space or, for a last column, rest. "
+                      "Example: \"USER PID:integer RSS:integer*1024 COMMAND:text:rest\"."},
+             {.name = "skip",
+              .type = ValueType::Integer,
+              .defaultText = "0",
+              .text = "Header lines to leave out."}}),
+        .columns = {{"(as given)", ValueType::Text, "Those of the parameter 'columns', with their types."}},
+        .run = &Table};
+}
+
+}  // namespace
+
+CommandsModule::CommandsModule() : m_methods{DescribeRun(), DescribeTable()} {}
+
+}  // namespace quillon::agent

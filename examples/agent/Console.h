@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace quillon::agent {
+
+/// What the agent asks of the system itself; implemented once in posix/ and once
+/// in win32/.
+
+/// The arguments after the program's name, in UTF-8 whatever the system's code page.
+std::vector<std::string> GetArguments(int argc, char** argv);
+
+/// Takes the process's standard output away from everybody else: the stream
+/// returned writes there, byte for byte, and is not inherited by child processes;
+/// what the process writes to its standard output from now on goes to standard
+/// error. Null on failure, see errno. The caller closes the stream.
+std::FILE* TakeStandardOutput();
+
+/// Called at each request to end the process: Ctrl-C, or the system's other ways
+/// to ask for it. False ends the process at once. It may interrupt any code at any
+/// point, so it must restrict itself to lock-free atomics.
+using InterruptHandler = bool (*)();
+void OnInterrupt(InterruptHandler handler);
+
+}  // namespace quillon::agent

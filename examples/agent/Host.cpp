@@ -1,0 +1,59 @@
+#include "Host.h"
+
+#include <exception>
+
+#include "Arguments.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kMethodThrew = 1;
+constexpr std::int32_t kBadCall = 2;
+
+InvocationResult Failure(std::int32_t code, const std::string& message) {
+    InvocationResult result;
+    result.resultCode = code;
+    result.errorMessage = message;
+    return result;
+}
+
+}  // namespace
+
+/// The registry has no lock: everything is registered before a module can start a thread.
+Host::Host(const LogSettings& log) {
+    ServiceLocator::Put<ICLogger>(StartLogging(log));
+    ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
+    m_modules = MakeModules();
+}
+
+Host::~Host() {
+    m_modules.clear();
+    ServiceLocator::Clear();
+    EndLogging();
+}
+
+InvocationResult Host::Run(const std::string& method, const std::vector<std::string>& arguments) const {
+    const Method* const found = FindMethod(method);
+    if (found == nullptr) return Failure(kBadCall, "Unknown method '" + method + "'");
+    try {
+        InvocationResult result;
+        found->run(ToParameters(arguments, *found), result);
+        return result;
+    } catch (const std::exception& error) {
+        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(), error.what());
+        return Failure(kMethodThrew, "Method '" + method + "' threw: " + error.what());
+    }
+}
+
+const Method* Host::FindMethod(const std::string& fullName) const {
+    for (const auto& module : m_modules) {
+        for (const Method& method : module->GetMethods()) {
+            if (fullName == module->GetName() + '.' + method.name) return &method;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace quillon::agent

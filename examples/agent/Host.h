@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Logging.h"
+#include "Modules.h"
+#include "ShutdownMonitor.h"
+#include "quillon/InvocationResult.h"
+
+namespace quillon::agent {
+
+/// What surrounds the modules: the logger, the services that the library and the
+/// modules find through ServiceLocator, and the way to a method. One at a time.
+class Host {
+public:
+    explicit Host(const LogSettings& log);
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    const ModuleList& GetModules() const { return m_modules; }
+
+    /// Runs "Module.Method" with "name=value" texts. An unknown method gives code 2,
+    /// like any other bad call; a method that throws gives code 1.
+    InvocationResult Run(const std::string& method, const std::vector<std::string>& arguments) const;
+
+private:
+    const Method* FindMethod(const std::string& fullName) const;
+
+    ShutdownMonitor m_shutdownMonitor;
+    ModuleList m_modules;
+};
+
+}  // namespace quillon::agent

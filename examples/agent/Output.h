@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "quillon/DataTable.h"
+
+namespace quillon::agent {
+
+enum class Format { Text, Json, Csv };
+
+/// The table as text that ends with a line end; no text for an undefined table.
+std::string Render(const DataTable& table, Format format);
+
+/// The process's standard output, kept for results.
+///
+/// CLogger writes every entry to standard output, and so may any library. A
+/// program that reads our tables must never meet such a line, so standard output
+/// is taken away before anything else starts: whoever writes to it afterwards
+/// writes to standard error, and only this class still reaches the real one.
+class Output {
+public:
+    /// Throws std::system_error when there is no standard output.
+    Output();
+
+    /// Throws std::system_error when it cannot be written.
+    void Write(const std::string& text);
+
+private:
+    struct Closer {
+        void operator()(std::FILE* stream) const { std::fclose(stream); }
+    };
+
+    std::unique_ptr<std::FILE, Closer> m_stream;
+};
+
+}  // namespace quillon::agent

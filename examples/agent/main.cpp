@@ -1,0 +1,59 @@
+#include <cstdio>
+#include <exception>
+#include <utility>
+#include <variant>
+
+#include "CommandLine.h"
+#include "Console.h"
+#include "Host.h"
+#include "MethodList.h"
+#include "Output.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr int kAgentFailed = 1;
+
+int Execute(const RunCommand& command, Output& output) {
+    const Host host(command.log);
+    const InvocationResult result = host.Run(command.method, command.arguments);
+    output.Write(Render(result.resultTable, command.format));
+    if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", result.errorMessage.c_str());
+    return result.resultCode;
+}
+
+int Execute(const MethodsCommand& command, Output& output) {
+    const Host host({});
+    const ModuleList& modules = host.GetModules();
+    output.Write(command.format == Format::Json ? DescribeAsJson(modules) : DescribeAsText(modules));
+    return 0;
+}
+
+int Execute(const UsageMessage& message, Output& output) {
+    if (message.exitCode == 0) {
+        output.Write(message.text);
+    } else {
+        std::fputs(message.text.c_str(), stderr);
+    }
+    return message.exitCode;
+}
+
+int Main(int argc, char** argv) {
+    Output output;
+    const CommandLine commandLine = ParseCommandLine(GetArguments(argc, argv));
+    return std::visit([&output](const auto& command) { return Execute(command, output); }, commandLine);
+}
+
+}  // namespace
+
+}  // namespace quillon::agent
+
+int main(int argc, char** argv) {
+    try {
+        return quillon::agent::Main(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillon-agent: %s\n", error.what());
+        return quillon::agent::kAgentFailed;
+    }
+}
