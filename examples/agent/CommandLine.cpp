@@ -2,8 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <sstream>
+#include <utility>
+
+#include "quillon/StringUtils.h"
 
 namespace quillon::agent {
 
@@ -16,10 +18,12 @@ const char* const kExitCodes =
     "unknown method or a malformed command line; 3 a failed, timed-out or aborted command.\n"
     "1 means that the agent itself failed.";
 
-const std::map<std::string, Format> kDescriptionFormats = {{"text", Format::Text}, {"json", Format::Json}};
-const std::map<std::string, Format> kTableFormats = {
-    {"text", Format::Text}, {"json", Format::Json}, {"csv", Format::Csv}};
-const std::map<std::string, ICLogger::Level> kLevels = {
+template <class T>
+using Choices = std::vector<std::pair<std::string, T>>;
+
+const Choices<Format> kDescriptionFormats = {{"text", Format::Text}, {"json", Format::Json}};
+const Choices<Format> kTableFormats = {{"text", Format::Text}, {"json", Format::Json}, {"csv", Format::Csv}};
+const Choices<ICLogger::Level> kLevels = {
     {"trace", ICLogger::Level::Trace}, {"debug", ICLogger::Level::Debug}, {"info", ICLogger::Level::Info},
     {"warn", ICLogger::Level::Warn},   {"error", ICLogger::Level::Error}, {"fatal", ICLogger::Level::Fatal}};
 
@@ -28,18 +32,18 @@ std::string CheckArgument(const std::string& argument) {
     return "'" + argument + "' is not of the form name=value";
 }
 
-/// Adds an option whose value is one of the keys, in any case.
+/// Adds an option whose value is one of the choices' names, in any case.
 template <class T, class Target>
-void AddChoice(CLI::App& app, const std::string& name, Target& target,
-               const std::map<std::string, T>& choices, const std::string& text) {
-    std::string keys;
-    for (const auto& choice : choices) keys += (keys.empty() ? "" : "|") + choice.first;
-    app.add_option_function<std::string>(
-           name,
-           [&target, &choices](const std::string& key) { target = choices.at(CLI::detail::to_lower(key)); },
-           text)
+void AddChoice(CLI::App& app, const std::string& option, Target& target, const Choices<T>& choices,
+               const std::string& text) {
+    const auto choose = [&target, &choices](const std::string& given) {
+        for (const auto& [name, value] : choices) {
+            if (StringUtils::CompareCaseInsensitive(name, given)) target = value;
+        }
+    };
+    app.add_option_function<std::string>(option, choose, text)
         ->check(CLI::IsMember(choices, CLI::ignore_case))
-        ->type_name(keys);
+        ->type_name("");
 }
 
 CLI::App* AddRun(CLI::App& app, RunCommand& command) {

@@ -157,13 +157,14 @@ Method DescribeRun() {
 Method DescribeTable() {
     return {
         .name = "Table",
-        .text = "Runs a command line and parses what it wrote into typed columns, a row a line.",
+        .text =
+            "Runs a command line and parses what it wrote into typed columns, a row a line. A column is "
+            "NAME[:TYPE[*FACTOR]][:EXTENT]: TYPE is text (the default), integer or boolean; FACTOR "
+            "multiplies an integer; EXTENT is space (the default, up to the next blank) or, for the last "
+            "column, rest (of the line). Example: columns=\"USER PID:integer RSS:integer*1024 "
+            "COMMAND:text:rest\".",
         .parameters = CommandParameters(
-            {{.name = "columns",
-              .mandatory = true,
-              .text = "Blank-separated NAME[:TYPE[*FACTOR]][:EXTENT]; TYPE is text, integer or boolean, "
-                      "FACTOR multiplies an integer, EXTENT is space or, for a last column, rest. "
-                      "Example: \"USER PID:integer RSS:integer*1024 COMMAND:text:rest\"."},
+            {{.name = "columns", .mandatory = true, .text = "The columns, parted by blanks."},
              {.name = "skip",
               .type = ValueType::Integer,
               .defaultText = "0",

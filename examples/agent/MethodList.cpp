@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace quillon::agent {
 
@@ -11,10 +12,23 @@ using Json = nlohmann::ordered_json;  // keys in the order in which they are add
 
 constexpr std::size_t kNameWidth = 18;
 constexpr std::size_t kKindWidth = 26;
+constexpr std::size_t kLineWidth = 100;
 
 std::string Padded(std::string text, std::size_t width) {
     text.resize(std::max(width, text.size() + 1), ' ');
     return text;
+}
+
+/// Broken into indented lines at blanks.
+std::string Wrapped(const std::string& text) {
+    std::istringstream words(text);
+    std::string lines, line = " ";
+    for (std::string word; words >> word; line += ' ' + word) {
+        if (line.size() + 1 + word.size() <= kLineWidth) continue;
+        lines += line + '\n';
+        line = " ";
+    }
+    return lines + line + '\n';
 }
 
 std::string Line(const std::string& name, const std::string& kind, const std::string& text) {
@@ -28,7 +42,7 @@ std::string Kind(const Parameter& parameter) {
 }
 
 std::string MethodText(const std::string& module, const Method& method) {
-    std::string text = module + '.' + method.name + "\n  " + method.text + "\n  Parameters:\n";
+    std::string text = module + '.' + method.name + "\n" + Wrapped(method.text) + "  Parameters:\n";
     for (const Parameter& parameter : method.parameters)
         text += Line(parameter.name, Kind(parameter), parameter.text);
     text += "  Columns:\n";

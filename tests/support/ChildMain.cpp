@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <map>
 
 namespace quillon::test {
@@ -37,6 +36,8 @@ std::string ChildCommand(const std::string& mode, const std::vector<std::string>
     for (const std::string& argument : arguments) command += ' ' + Quoted(argument);
     return command;
 }
+
+std::filesystem::path ProgramFolder() { return std::filesystem::path(g_program).parent_path(); }
 
 }  // namespace quillon::test
 

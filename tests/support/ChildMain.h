@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,5 +18,8 @@ public:
 /// The command line that runs this program in a mode; each argument is quoted
 /// when it holds a blank (arguments must not hold quotes or end in a backslash).
 std::string ChildCommand(const std::string& mode, const std::vector<std::string>& arguments = {});
+
+/// Where this program is, and what was built beside it.
+std::filesystem::path ProgramFolder();
 
 }  // namespace quillon::test

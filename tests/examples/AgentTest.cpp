@@ -1,0 +1,246 @@
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+#include "quillon/CommandLineBuilder.h"
+#include "quillon/ProcessUtils.h"
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+namespace {
+
+using nlohmann::ordered_json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const ChildMode print("print", [](const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) std::printf("%s\n", line.c_str());
+    return 0;
+});
+
+const ChildMode listProcesses("ps", [](const std::vector<std::string>&) {
+    std::printf(
+        "USER       PID  RSS MAIN COMMAND\n"
+        "root         1   12 true /sbin/init --quiet\n"
+        "mary      4711    3 no   vi \"a  b.txt\"\n");
+    return 0;
+});
+
+const ChildMode fail("fail", [](const std::vector<std::string>&) {
+    std::printf("it broke\n");
+    return 7;
+});
+
+const ChildMode wait("wait", [](const std::vector<std::string>&) {
+    std::this_thread::sleep_for(std::chrono::minutes(5));
+    return 0;
+});
+
+const ChildMode flood("flood", [](const std::vector<std::string>&) {
+    while (std::puts("more and more") >= 0) {
+    }
+    return 0;
+});
+
+struct AgentRun {
+    int exitCode = 0;
+    std::string output, errors;
+};
+
+CommandLineBuilder AgentCommand(const std::vector<std::string>& arguments) {
+    const std::filesystem::path agent = ProgramFolder() / (kWindows ? "quillon-agent.exe" : "quillon-agent");
+    CommandLineBuilder command(agent.string());
+    for (const std::string& argument : arguments) command.Add(argument);
+    return command;
+}
+
+AgentRun RunLine(const std::string& commandLine) {
+    RecordingLogger log;
+    const auto properties = std::make_shared<ProcessUtils::CmdProperties>();
+    properties->command = commandLine;
+    properties->logger = &log;
+    properties->captureOutput = true;
+    properties->timeoutSecs = 120;
+    properties->killOnTimeout = properties->killTree = true;
+    const int code = ProcessUtils::RunCliCommand(properties);
+    return {code, properties->outputTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue(), {}};
+}
+
+/// Runs the agent as a process of its own. The shell keeps its standard error
+/// apart, so arguments must hold nothing that a shell expands.
+AgentRun RunAgent(const std::vector<std::string>& arguments) {
+    const TempDir dir;
+    const std::string line = AgentCommand(arguments).Get() + " 2>\"" + dir.Native("errors").string() + '"';
+    AgentRun run = RunLine(kWindows ? "cmd /c \"" + line + '"' : "cmd /c " + line);
+    run.errors = dir.Read("errors");
+    return run;
+}
+
+std::vector<std::string> RunCommandArguments(const std::string& command,
+                                             const std::vector<std::string>& further = {}) {
+    std::vector<std::string> arguments = {"run", "Commands.Run", "command=" + command};
+    arguments.insert(arguments.end(), further.begin(), further.end());
+    return arguments;
+}
+
+}  // namespace
+
+TEST(Agent, RunsACommandByLinesAndPrintsJson) {
+    const AgentRun run = RunAgent(RunCommandArguments(ChildCommand("print", {"caf\xC3\xA9", "", "x  y"}),
+                                                      {"lines=true", "timeout=60", "--format", "json"}));
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(run.errors, IsEmpty());
+    EXPECT_EQ(ordered_json::parse(run.output).dump(),
+              "[{\"ExitCode\":0,\"Output\":\"caf\xC3\xA9\",\"LineNumber\":0},"
+              "{\"ExitCode\":0,\"Output\":\"\",\"LineNumber\":1},"
+              "{\"ExitCode\":0,\"Output\":\"x  y\",\"LineNumber\":2}]");
+}
+
+TEST(Agent, CsvKeepsItsOwnLineEnds) {
+    const AgentRun run =
+        RunAgent(RunCommandArguments(ChildCommand("print", {"a", "b"}), {"lines=true", "--format=csv"}));
+    EXPECT_EQ(run.output, "ExitCode,Output,LineNumber\r\n0,a,0\r\n0,b,1");  // the runner trims the end
+}
+
+TEST(Agent, ParsesACommandsOutputIntoTypedColumns) {
+    const AgentRun run = RunAgent({"run", "Commands.Table", "command=" + ChildCommand("ps"), "skip=1",
+                                   "columns=USER PID:integer RSS:integer*1024 MAIN:boolean COMMAND:text:rest",
+                                   "--format", "json"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(ordered_json::parse(run.output).dump(),
+              R"([{"USER":"root","PID":1,"RSS":12288,"MAIN":true,"COMMAND":"/sbin/init --quiet"},)"
+              R"({"USER":"mary","PID":4711,"RSS":3072,"MAIN":false,"COMMAND":"vi \"a  b.txt\""}])");
+}
+
+TEST(Agent, ATableWithoutRowsStillHasItsColumns) {
+    const AgentRun run = RunAgent({"run", "Commands.Table", "command=" + ChildCommand("ps"), "skip=9",
+                                   "columns=USER PID:integer", "--format", "csv"});
+    EXPECT_EQ(run.output, "USER,PID");
+}
+
+TEST(Agent, RefusesABadCallWithCodeTwo) {
+    const std::string print = "command=" + ChildCommand("print");
+    const struct {
+        std::vector<std::string> arguments;
+        const char* message;
+    } cases[] = {
+        {{"Commands.Run"}, "Missing parameter 'command'"},
+        {{"Commands.Run", print, "other=1"}, "Undefined parameter named 'other'"},
+        {{"Commands.Run", print, print}, "Parameter 'command' is specified more than once"},
+        {{"Commands.Run", print, "timeout=soon"}, "Value is wrong data-type for parameter 'timeout'"},
+        {{"Commands.Run", print, "timeout=5s"}, "Value is wrong data-type for parameter 'timeout'"},
+        {{"Commands.Run", print, "lines=maybe"}, "Value is wrong data-type for parameter 'lines'"},
+        {{"Commands.Run", print, "=1"}, "Anonymous parameters are not allowed for this method"},
+        {{"Commands.Run", print, "timeout=2147483648"}, "'timeout' parameter must be from 0 to 2147483647"},
+        {{"Commands.Run", print, "lines"}, "'lines' is not of the form name=value"},
+        {{"Commands.Walk", print}, "Unknown method 'Commands.Walk'"},
+        {{}, "method is required"},
+        {{"Commands.Table", print, "columns= "}, "'columns' parameter cannot be empty"},
+        {{"Commands.Table", print, "columns=A:number"}, "a type that is not text, integer or boolean"},
+        {{"Commands.Table", print, "columns=A:text:rest B"}, "'B' of the 'columns' parameter follows one"},
+        {{"Commands.Table", print, "columns=A:integer*x"}, "a factor that is not a whole number"},
+        {{"Commands.Table", print, "columns=A A"}, "is there twice"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        std::vector<std::string> arguments = {"run"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        const AgentRun run = RunAgent(arguments);
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_THAT(run.output, IsEmpty());
+        EXPECT_THAT(run.errors, HasSubstr(c.message));
+    }
+}
+
+TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
+    const struct {
+        std::vector<std::string> arguments;
+        const char* output;
+        const char* message;
+    } cases[] = {
+        {RunCommandArguments(ChildCommand("fail")), "7  it broke", "Command ended with exit code 7"},
+        {RunCommandArguments("no-such-program"), "1", "Could not run command 'no-such-program'"},
+        {RunCommandArguments(ChildCommand("wait"), {"timeout=1"}), "-2  Timed out after 1 seconds",
+         "Timed out after 1 seconds"},
+        {RunCommandArguments(ChildCommand("flood"), {"maxOutput=1000"}), "more and more",
+         "Output reached the limit of 1000 bytes"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        const AgentRun run = RunAgent(c.arguments);
+        EXPECT_EQ(run.exitCode, 3);
+        EXPECT_THAT(run.output, HasSubstr(c.output));
+        EXPECT_THAT(run.errors, HasSubstr(c.message));
+    }
+}
+
+TEST(Agent, LogsToTheFileAndStandardErrorButNeverIntoTheTable) {
+    const TempDir dir;
+    const AgentRun run = RunAgent(RunCommandArguments(
+        ChildCommand("print", {"x"}),
+        {"--format", "json", "--level", "DEBUG", "--log", dir.Native("agent.log").string()}));
+    EXPECT_EQ(ordered_json::parse(run.output).dump(), R"([{"ExitCode":0,"Output":"x"}])");
+    EXPECT_THAT(run.errors, HasSubstr("DEBUG - Running '"));
+
+    const std::regex pattern(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[ *\d+\] [A-Z]+ +- .*\r?)");
+    const std::string log = dir.Read("agent.log");
+    EXPECT_THAT(log, HasSubstr("Running '"));
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) EXPECT_TRUE(std::regex_match(line, pattern)) << line;
+}
+
+TEST(Agent, WithoutALogFileOnlyWarningsReachStandardError) {
+    EXPECT_THAT(RunAgent(RunCommandArguments("no-such-program")).errors,
+                StartsWith("ERROR Could not run command 'no-such-program' because: "));
+    EXPECT_THAT(RunAgent(RunCommandArguments(ChildCommand("print"), {"--level=debug"})).errors,
+                HasSubstr("DEBUG Running '"));
+}
+
+TEST(Agent, CtrlCAbortsTheRunningCommand) {
+    if (kWindows) GTEST_SKIP() << "console control events cannot be sent to one process only";
+    for (const char* signal : {"INT", "TERM"}) {
+        SCOPED_TRACE(signal);
+        // The command itself interrupts the agent that runs it: no race to win.
+        const std::string command = std::string("cmd /c kill -") + signal + " $PPID; sleep 300";
+        const AgentRun run = RunLine(AgentCommand(RunCommandArguments(command)).Get());
+        EXPECT_EQ(run.exitCode, 3);
+        EXPECT_THAT(run.output, AllOf(HasSubstr("-6  Aborted due to Agent shutdown"),
+                                      HasSubstr("\nAborted due to Agent shutdown")));
+    }
+}
+
+TEST(Agent, ListsItsMethodsAsJson) {
+    const AgentRun run = RunAgent({"methods", "--format", "json"});
+    EXPECT_EQ(run.exitCode, 0);
+    const ordered_json methods = ordered_json::parse(run.output);
+    ASSERT_EQ(methods.size(), 2u);
+    EXPECT_EQ(methods[0]["name"], "Commands.Run");
+    EXPECT_EQ(methods[1]["name"], "Commands.Table");
+    const ordered_json& timeout = methods[0]["parameters"][1];
+    EXPECT_EQ(timeout["name"], "timeout");
+    EXPECT_EQ(timeout["type"], "integer");
+    EXPECT_EQ(timeout["mandatory"], false);
+    EXPECT_EQ(timeout["default"], "3600");
+    EXPECT_EQ(methods[0]["columns"][2]["name"], "LineNumber");
+}
+
+TEST(Agent, HelpIsAResultAndGoesToStandardOutput) {
+    const AgentRun run = RunAgent({"run", "--help"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, HasSubstr("--format"));
+    EXPECT_THAT(run.errors, IsEmpty());
+}
+
+}  // namespace quillon::test
