@@ -1,0 +1,207 @@
+#include "quillon/DataTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/RecordingLogger.h"
+
+namespace quillon {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+VariantList Row(int value) { return VariantList(Variant("a", value)); }
+
+/// The integers in column a.
+std::vector<long long> Values(const DataTable& table) {
+    std::vector<long long> values;
+    for (const VariantList& row : table) values.push_back(row["a"].GetLongLongValue());
+    return values;
+}
+
+DataTable Emptied() {
+    DataTable table(Row(1));
+    table.Clear(true);
+    return table;
+}
+
+TEST(DataTable, EqualityAndSimilarity) {
+    const VariantList ab(Variant("a", 1), Variant("b", 2)), ba(Variant("b", 2), Variant("a", 1));
+    DataTable renamed(Row(1));
+    renamed.SetDefaultColumnNames({"b"});
+    const struct {
+        const char* what;
+        DataTable left, right;
+        bool equal, unequal, similar, notSimilar, contentEqual;
+    } cases[] = {
+        {"undefined", DataTable(), DataTable(), true, false, true, false, true},
+        {"undefined and emptied", DataTable(), Emptied(), true, true, true, true, true},
+        {"same rows, other columns", DataTable(Row(1)), renamed, false, true, false, true, true},
+        {"cells in another order", DataTable(ab), DataTable(ba), false, true, true, false, false},
+        {"rows in another order", DataTable(Row(1), Row(2)), DataTable(Row(2), Row(1)), false, true, false,
+         true, false},
+        {"one row more", DataTable(Row(1)), DataTable(Row(1), Row(2)), false, true, false, true, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(c.left == c.right, c.equal);
+        EXPECT_EQ(c.left != c.right, c.unequal);
+        EXPECT_EQ(c.left.Similar(c.right, false), c.similar);
+        EXPECT_EQ(c.left.NotSimilar(c.right), c.notSimilar);
+        EXPECT_EQ(c.left.ContentEqual(c.right), c.contentEqual);
+    }
+    EXPECT_TRUE(DataTable(Row(1)).Similar(renamed, true));
+}
+
+TEST(DataTable, IsUndefinedUntilItGetsARowOrAColumn) {
+    DataTable table;
+    EXPECT_TRUE(table.IsUndefined() && table.Empty());
+    table.SetDefaultColumnNames({});
+    table.Append(nullptr, 5);
+    table += Emptied();
+    EXPECT_TRUE(table.IsUndefined());
+    EXPECT_TRUE(table.AddStringCol("a") && table.AddNullCol("a"));
+    EXPECT_FALSE(table.IsUndefined());
+    table.AddRow(VariantList(Variant("other", 1)));
+    EXPECT_FALSE(table.AddStringCol("b"));
+    EXPECT_THAT(table.GetColumnNames(), ElementsAre("a", "a"));
+    EXPECT_FALSE(Emptied().IsUndefined());
+
+    table.MarkAsPromotedFromScalar();
+    const DataTable moved = std::move(table);
+    EXPECT_TRUE(table.IsUndefined() && !table.WasPromotedFromScalar());  // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE(moved.WasPromotedFromScalar() && !moved.IsUndefined());
+    table.AddRow(Row(4));
+    EXPECT_THAT(Values(table), ElementsAre(4));
+}
+
+TEST(DataTable, ColumnDefinitionsCarryTheirKind) {
+    DataTable table;
+    table.AddNullCol("n");
+    table.AddLongLongCol("i");
+    table.AddBoolCol("b");
+    table.AddDoubleCol("d");
+    DataTable expected;
+    expected.SetDefaultColumns(
+        VariantList(Variant::NullVariant("n"), Variant("i", 0), Variant("b", false), Variant("d", 0.0)));
+    EXPECT_TRUE(table == expected);
+    EXPECT_EQ(table.ColumnNames().ToString(" ", nullptr), "n i b d");
+    table.Clear(false);
+    EXPECT_TRUE(table.DefaultColumnsExist());
+}
+
+TEST(DataTable, AppendsEvenItself) {
+    DataTable table(Row(1), Row(2), Row(3));
+    table.Append(&table, 2);
+    EXPECT_THAT(Values(table), ElementsAre(1, 2, 3, 1, 2));
+    table += table;
+    EXPECT_EQ(table.GetNumberOfRows(), 10u);
+    DataTable& alias = table;
+    table += std::move(alias);
+    EXPECT_EQ(table.GetNumberOfRows(), 20u);
+    EXPECT_EQ((table + table).GetNumberOfRows(), 40u);
+    table = alias;
+    table = std::move(alias);
+    EXPECT_EQ(table.GetNumberOfRows(), 20u);
+
+    DataTable other(Row(7)), target;
+    target += std::move(other);
+    EXPECT_THAT(Values(target), ElementsAre(7));
+    EXPECT_TRUE(other.IsUndefined());  // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE((DataTable() + DataTable()).IsUndefined());
+}
+
+TEST(DataTable, WalksUnsetTheirCursorWhenRowsGo) {
+    DataTable table(Row(1), Row(2), Row(3));
+    EXPECT_EQ(table.GetNextRow(), nullptr);
+    EXPECT_EQ(*table.GetFirstRow(), Row(1));
+    table.RemoveRow(3);
+    EXPECT_EQ(*table.GetNextRow(), Row(2));
+    table.RemoveRow(2);  // the cursor is on it
+    EXPECT_EQ(table.GetNextRow(), nullptr);
+    VariantList row;
+    EXPECT_TRUE(table.GetFirstRow(row) && table.GetNextRow(row));
+    EXPECT_EQ(row, Row(2));
+    EXPECT_FALSE(table.GetNextRow(row));
+    EXPECT_EQ(row, Row(2));
+
+    VariantList* first = table.GetFirstRow();
+    for (int i = 0; i < 100; ++i) table.AddRow(Row(i));
+    EXPECT_EQ(table.GetFirstRow(), first);
+    const DataTable copy = table;
+    EXPECT_EQ(copy.GetNextRow(), nullptr);
+    DataTable::const_iterator position;
+    EXPECT_EQ(*copy.cGetFirstRow(position), Row(1));
+    EXPECT_EQ(*copy.cGetNextRow(position), Row(2));
+    EXPECT_EQ(DataTable().cGetFirstRow(position), nullptr);
+}
+
+TEST(DataTable, EnumerationEndsAtFalseAndPassesExceptionsOn) {
+    const DataTable table(Row(1), Row(2), Row(3));
+    long long sum = 0;
+    table.EnumerateRows([&](const VariantList& row) { return (sum += row["a"].GetLongLongValue()) < 3; });
+    EXPECT_EQ(sum, 3);
+    EXPECT_THROW(table.EnumerateRows({}), std::bad_function_call);
+    EXPECT_NO_THROW(DataTable().EnumerateRows({}));
+    EXPECT_THROW(table.EnumerateRows([](const VariantList&) -> bool { throw std::runtime_error("visitor"); }),
+                 std::runtime_error);
+}
+
+TEST(DataTable, RenamedColumnMovesToTheEnd) {
+    const VariantList ab(Variant("a", 1), Variant("b", 2));
+    const VariantList ac(Variant("a", 1), Variant("c", 3));
+    DataTable table(ab, ac, VariantList(Variant("d", 4)));
+    table.SetDefaultColumnNames({"a", "b"});
+    table.RenameColumn("a", "c");
+    DataTable expected(VariantList(Variant("b", 2), Variant("c", 1)), ac, VariantList(Variant("d", 4)));
+    expected.SetDefaultColumnNames({"b", "c"});
+    EXPECT_TRUE(table == expected);
+
+    const VariantList& first = *table.begin();
+    table.RenameColumn(first[0].GetName(), "x-y");
+    EXPECT_EQ(first["x-y"].GetBindName(), "x_y");
+    DataTable undefined;
+    undefined.RenameColumn("a", "b");
+    EXPECT_TRUE(undefined.IsUndefined());
+}
+
+TEST(DataTable, RationalisedFirstRowNamesEveryColumn) {
+    test::RecordingLogger log;
+    DataTable table(Row(1), VariantList(Variant("z", true), Variant::NullVariant("late"), Variant("b", 0.5)),
+                    VariantList(Variant::NullVariant("c"), Variant("late", "text")));
+    table.RationaliseFirstRow();
+    const auto names = [](const DataTable& t) { return t.GetColumnNames(); };
+    EXPECT_THAT(names(table), ElementsAre("a", "b", "late", "z", "c"));
+    EXPECT_EQ(table.begin()->ToString(" ", nullptr), "1 null null null null");
+    EXPECT_EQ(table.GetNextRow()->Size(), 3u);
+
+    table.GetFirstRow()->Remove("z");
+    table.RationaliseFirstRow();
+    EXPECT_THAT(names(table), ElementsAre("a", "b", "late", "c"));
+    table.AddRow(VariantList(Variant("when", TimePoint())));
+    table.RationaliseFirstRow();
+    EXPECT_THAT(names(table), ElementsAre("a", "b", "late", "c", "when", "z"));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error), ElementsAre(HasSubstr("in Variant(,type_info)")));
+}
+
+TEST(DataTable, DumpsItsRows) {
+    test::RecordingLogger log;
+    DataTable table(Row(1));
+    table.Dump("t", nullptr, 0);
+    EXPECT_THAT(log.Lines(ICLogger::Level::Debug),
+                ElementsAre("Start of DataTable dump with 1 row(s): t", " IsUndefined == false",
+                            " Column names: a", " Start of VariantList dump with 1 column(s): DataTable row",
+                            "  Variant 'a' of type long long = '1'",
+                            " End of VariantList dump: DataTable row", "End of DataTable dump: t"));
+    log.Forget();
+    DataTable().Dump("%", &log, 40);
+    const std::string indent(40, ' ');
+    EXPECT_THAT(log.Lines(), ElementsAre(indent + "Start of DataTable dump with 0 row(s): %",
+                                         indent + "IsUndefined == true",
+                                         indent + "Column names: ", indent + "End of DataTable dump: %"));
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,213 @@
+#include "quillon/Variant.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <thread>
+
+#include "support/RecordingLogger.h"
+
+namespace quillon {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+TimePoint At(std::int64_t ticks) { return TimePoint(TimePoint::duration(ticks)); }
+
+template <class Exception, class Call>
+std::string MessageOf(Call call) {
+    try {
+        call();
+    } catch (const Exception& exception) {
+        return exception.what();
+    }
+    return "nothing was thrown";
+}
+
+TEST(Variant, ShowsEveryKind) {
+    const struct {
+        Variant value;
+        std::string text;
+        int sqlType;
+        std::string sqlName, dump;
+    } cases[] = {
+        {Variant(), "null", 5, "NULL", "Variant '*NO NAME*' null"},
+        {Variant("n", "a%sb"), "a%sb", 3, "TEXT", "Variant 'n' of type string = 'a%sb'"},
+        {Variant("n", -42), "-42", 1, "INTEGER", "Variant 'n' of type long long = '-42'"},
+        {Variant("n", std::numeric_limits<long long>::min()), "-9223372036854775808", 1, "INTEGER",
+         "Variant 'n' of type long long = '-9223372036854775808'"},
+        {Variant("n", true), "true", 1, "INTEGER", "Variant 'n' of type bool = 'true'"},
+        {Variant("n", 0.5), "0.5", 2, "FLOAT", "Variant 'n' of type double = '0.5'"},
+        {Variant("n", 1e20), "1e+20", 2, "FLOAT", "Variant 'n' of type double = '1e+20'"},
+        {Variant("n", -1.23456789e-300), "-1.23457e-300", 2, "FLOAT",
+         "Variant 'n' of type double = '-1.23457e-300'"},
+        {Variant("n", 100000.0), "100000", 2, "FLOAT", "Variant 'n' of type double = '100000'"},
+        {Variant("n", At(15'000'000)), "1970-01-01T00:00:01.500Z", 3, "TEXT",
+         "Variant 'n' of type time_point = '1970-01-01T00:00:01.500Z'"},
+    };
+    test::RecordingLogger log;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.dump);
+        EXPECT_EQ(c.value.AsString(), c.text);
+        EXPECT_EQ(c.value.SqlType(), c.sqlType);
+        EXPECT_EQ(c.value.SqlTypeStr(), c.sqlName);
+        log.Forget();
+        c.value.Dump(nullptr, 0);
+        EXPECT_THAT(log.Lines(ICLogger::Level::Debug), ElementsAre(c.dump));
+        std::ostringstream stream;
+        stream << c.value;
+        EXPECT_EQ(stream.str(), c.text);
+    }
+}
+
+TEST(Variant, EqualityTakesNameNullnessKindAndValue) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const struct {
+        const char* what;
+        Variant left, right;
+        bool equal;
+    } cases[] = {
+        {"names differ", Variant("n", 5), Variant("m", 5), false},
+        {"case of names differs", Variant("n", 5), Variant("N", 5), false},
+        {"nulls, whatever is held", Variant::NullVariant("n"), Variant("n", typeid(std::string)), true},
+        {"null and not", Variant::NullVariant("n"), Variant("n", 0), false},
+        {"integer and double", Variant("n", 5), Variant("n", 5.0), false},
+        {"integer and boolean", Variant("n", 1), Variant("n", true), false},
+        {"text with a zero", Variant("n", std::string("a\0b", 3)), Variant("n", "a"), false},
+        {"texts", Variant("n", "abc"), Variant("n", std::string("abc")), true},
+        {"zeros of either sign", Variant("n", 0.0), Variant("n", -0.0), true},
+        {"NaN", Variant("n", nan), Variant("n", nan), false},
+        {"time points", Variant("n", At(7)), Variant("n", At(7)), true},
+        {"later time point", Variant("n", At(7)), Variant("n", At(8)), false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(c.left == c.right, c.equal);
+        EXPECT_EQ(c.left != c.right, !c.equal);
+    }
+}
+
+TEST(Variant, ReadsRelatedKindsAndRefusesOthers) {
+    EXPECT_EQ(Variant(true).GetLongLongValue(), 1);
+    EXPECT_FALSE(Variant(0).GetBoolValue());
+    EXPECT_TRUE(Variant(-3).GetBoolValue());
+
+    test::RecordingLogger log;
+    const Variant value("n", 1.5);
+    const std::string wanted = typeid(long long).name(), found = typeid(double).name();
+    EXPECT_EQ(MessageOf<std::invalid_argument>([&] { value.GetLongLongValue(); }),
+              wanted + " type was expected");
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error),
+                ElementsAre(wanted + " value requested, found " + found + " type"));
+    EXPECT_THROW(Variant(5).GetDoubleValue(), std::invalid_argument);
+    EXPECT_THROW(Variant("5").GetTimePoint(), std::invalid_argument);
+    EXPECT_THROW(Variant(5).GetStringValue(), std::invalid_argument);
+    EXPECT_DOUBLE_EQ(value.GetDoubleValue(), 1.5);
+}
+
+TEST(Variant, NullHidesTheValueUntilOneIsSet) {
+    test::RecordingLogger log;
+    Variant value("n", 7);
+    value.SetToNull();
+    EXPECT_EQ(MessageOf<null_Variant>([&] { value.GetLongLongValue(); }),
+              std::string(typeid(long long).name()) + " value is null");
+    EXPECT_EQ(MessageOf<null_Variant>([&] { value.GetType(); }), "n is null");
+    EXPECT_EQ(MessageOf<null_Variant>([] { Variant().GetType(); }), " is null");
+    EXPECT_STREQ(value.GetTypeName(), "null");
+    EXPECT_FALSE(value.TypeIs(typeid(long long)));
+    EXPECT_EQ(value.TryGet<long long>(), std::nullopt);
+    EXPECT_THAT(log.Lines(), ElementsAre());
+
+    value.SetLongLongValue(8);
+    EXPECT_EQ(value.TryGet<long long>(), 8);
+    EXPECT_EQ(value.TryGet<double>(), std::nullopt);
+    EXPECT_TRUE(value.GetType() == typeid(long long));
+    EXPECT_TRUE(Variant::StringOrNullVariant("n", "").IsNull());
+    EXPECT_EQ(Variant::StringOrNullVariant("n", "x"), Variant("n", "x"));
+}
+
+TEST(Variant, BindNameFollowsTheName) {
+    Variant value("a-b-c", 1);
+    EXPECT_EQ(value.GetBindName(), "a_b_c");
+    const Variant copy = value;
+    value.SetName("x-y");
+    EXPECT_EQ(value.GetBindName(), "x_y");
+    value.SetName("plain");
+    EXPECT_EQ(value.GetBindName(), "plain");
+    EXPECT_EQ(copy.GetBindName(), "a_b_c");
+    EXPECT_EQ(Variant("-", typeid(bool)).GetBindName(), "_");
+}
+
+TEST(Variant, TimePointAsTextLivesInOneBufferPerThread) {
+    const Variant early(At(0)), late(At(10'000'000));
+    const std::string& text = early.GetStringValue();
+    EXPECT_EQ(text, early.AsString());
+    std::thread([&] { EXPECT_EQ(late.GetStringValue(), "1970-01-01T00:00:01.000Z"); }).join();
+    EXPECT_EQ(text, "1970-01-01T00:00:00.000Z");
+    late.GetStringValue();
+    EXPECT_EQ(text, "1970-01-01T00:00:01.000Z");
+    EXPECT_EQ(Variant(TimePoint::min()).GetStringValue(), "");
+}
+
+TEST(Variant, PlaceholderOfAnotherTypeIsReportedAndNull) {
+    test::RecordingLogger log;
+    Variant value("n", typeid(double));
+    EXPECT_TRUE(value.IsNull());
+    EXPECT_THAT(log.Lines(), ElementsAre());
+    Variant odd("n", typeid(int));
+    EXPECT_TRUE(odd.IsNull());
+    Variant("n", typeid(TimePoint));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error),
+                ElementsAre(StartsWith("Internal error: unsupported type " + std::string(typeid(int).name()) +
+                                       " in Variant(,type_info)"),
+                            HasSubstr("in Variant(,type_info)")));
+    odd.SetDoubleValue(1.5);
+    EXPECT_DOUBLE_EQ(odd.GetDoubleValue(), 1.5);
+}
+
+TEST(Variant, MovedFromReadsAsNullAndTakesValues) {
+    Variant source("name", "value");
+    const Variant target = std::move(source);
+    EXPECT_EQ(target, Variant("name", "value"));
+    EXPECT_TRUE(source.IsNull());  // NOLINT(bugprone-use-after-move): that is the point
+    EXPECT_EQ(source, Variant());
+    const Variant copy = source;
+    EXPECT_EQ(copy.AsString(), "null");
+    source.SetBoolValue(true);
+    EXPECT_EQ(source, Variant(true));
+}
+
+TEST(Variant, SurvivesSelfAssignmentAndItsOwnTexts) {
+    Variant value("n", std::string(100, 'x'));
+    Variant& alias = value;
+    value = alias;
+    value = std::move(alias);
+    value.SetStringValue(value.GetStringValue());
+    value.SetName(value.GetName());
+    EXPECT_EQ(value, Variant("n", std::string(100, 'x')));
+    EXPECT_EQ(Variant(static_cast<const char*>(nullptr)).GetStringValue(), "");
+}
+
+TEST(Variant, DumpIndentsAtMostFortyAndCutsTheLine) {
+    test::RecordingLogger log;
+    Variant("n", 1).Dump(nullptr, 45);
+    Variant("n", std::string(2000, '%')).Dump(&log, 3);
+    ASSERT_EQ(log.Lines().size(), 2u);
+    EXPECT_EQ(log.Lines()[0], std::string(40, ' ') + "Variant 'n' of type long long = '1'");
+    const std::string head = "   Variant 'n' of type string = '";
+    EXPECT_EQ(log.Lines()[1], head + std::string(1023 - head.size(), '%'));
+}
+
+TEST(Variant, DumpsToStandardErrorWithoutALogger) {
+    ::testing::internal::CaptureStderr();
+    Variant("n", "100%").Dump(nullptr, 1);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), " Variant 'n' of type string = '100%'\n");
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,158 @@
+#include "quillon/ParameterBinder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/RecordingLogger.h"
+
+namespace quillon {
+namespace {
+
+const DataTable& OneCell() {
+    static const DataTable table(VariantList(Variant("any", "demoted")));
+    return table;
+}
+
+const DataTable& TwoRows() {
+    static const DataTable table(VariantList(Variant("a", 1)), VariantList(Variant("a", 2)));
+    return table;
+}
+
+/// One target of each type, bound under its name.
+struct Targets {
+    std::string text = "default";
+    long long integer = -1;
+    double real = -1.5;
+    bool flag = true;
+    const DataTable* table = nullptr;
+};
+
+class ParameterBinding : public ::testing::Test {
+protected:
+    /// The message, or "bound". Only the bindings listed in `names` are declared.
+    std::string Bind(const std::string& names, bool optional, bool allowAnonymous = false,
+                     bool allowUndefined = false) {
+        ParameterBinder binder(m_call, allowAnonymous, allowUndefined);
+        if (names.find('T') != std::string::npos) binder.AddBinding("T", &m_targets.text, optional);
+        if (names.find('I') != std::string::npos) binder.AddBinding("I", &m_targets.integer, optional);
+        if (names.find('R') != std::string::npos) binder.AddBinding("R", &m_targets.real, optional);
+        if (names.find('F') != std::string::npos) binder.AddBinding("F", &m_targets.flag, optional);
+        if (names.find('D') != std::string::npos) binder.AddBinding("D", &m_targets.table, optional);
+        InvocationResult result;
+        const bool bound = binder.Bind(result);
+        EXPECT_EQ(result.resultCode, bound ? 0 : 2);
+        EXPECT_EQ(result.errorMessage.empty(), bound);
+        return bound ? "bound" : result.errorMessage;
+    }
+
+    std::string BindScalar(const Variant& value, bool optional) {
+        m_call.scalars = VariantList(value);
+        m_call.tables.clear();
+        m_targets = {};
+        return Bind(value.GetName(), optional);
+    }
+
+    test::RecordingLogger m_log;
+    MethodParameters m_call;
+    Targets m_targets;
+};
+
+TEST_F(ParameterBinding, ConvertsRelatedKinds) {
+    const TimePoint epoch;
+    EXPECT_EQ(BindScalar(Variant("T", epoch), false), "bound");
+    EXPECT_EQ(m_targets.text, "1970-01-01T00:00:00.000Z");
+    EXPECT_EQ(BindScalar(Variant("I", true), true), "bound");
+    EXPECT_EQ(m_targets.integer, 1);
+    EXPECT_EQ(BindScalar(Variant("R", 5), false), "bound");
+    EXPECT_DOUBLE_EQ(m_targets.real, 5.0);
+    EXPECT_EQ(BindScalar(Variant("F", 0), false), "bound");
+    EXPECT_FALSE(m_targets.flag);
+}
+
+TEST_F(ParameterBinding, WrongTypeResetsMandatoryTargetsOnly) {
+    const std::string message = "Value is wrong data-type for parameter '";
+    const Variant wrong[] = {Variant("T", 1), Variant("I", 1.5), Variant("R", "1.5"), Variant("F", "true"),
+                             Variant::NullVariant("T")};
+    for (const Variant& value : wrong) {
+        SCOPED_TRACE(value.GetName());
+        EXPECT_EQ(BindScalar(value, true), message + value.GetName() + "'");
+        EXPECT_TRUE(m_targets.text == "default" && m_targets.integer == -1 && m_targets.flag);
+        EXPECT_EQ(BindScalar(value, false), message + value.GetName() + "'");
+    }
+    BindScalar(Variant("F", "true"), false);
+    EXPECT_FALSE(m_targets.flag);
+    BindScalar(Variant("T", 1), false);
+    EXPECT_EQ(m_targets.text, "");
+}
+
+TEST_F(ParameterBinding, AbsentParametersKeepOrResetTheTarget) {
+    EXPECT_EQ(Bind("TIRFD", true), "bound");
+    EXPECT_EQ(m_targets.text, "default");
+    EXPECT_EQ(Bind("I", false), "Missing parameter 'I'");
+    EXPECT_EQ(m_targets.integer, 0);
+    EXPECT_EQ(Bind("D", false), "Missing parameter 'D'");
+    // In order of names, whatever the order of binding.
+    EXPECT_EQ(Bind("TI", false), "Missing parameter 'I'");
+    m_call.scalars.Add("F", "text");
+    EXPECT_EQ(Bind("FT", false), "Value is wrong data-type for parameter 'F'");
+}
+
+TEST_F(ParameterBinding, TableOfOneCellStandsForAScalar) {
+    m_call.tables = {{"T", &OneCell()}, {"D", &TwoRows()}};
+    EXPECT_EQ(Bind("TD", false), "bound");
+    EXPECT_EQ(m_targets.text, "demoted");
+    EXPECT_EQ(m_targets.table, &TwoRows());
+
+    m_call.tables = {{"T", &TwoRows()}};
+    EXPECT_EQ(Bind("T", true), "bound");
+    EXPECT_EQ(m_targets.text, "demoted");
+    EXPECT_EQ(Bind("T", false), "Value is wrong data-type for parameter 'T'");
+    m_call.tables = {{"I", &OneCell()}};
+    EXPECT_EQ(Bind("I", true), "Value is wrong data-type for parameter 'I'");
+    m_call.tables = {{"I", nullptr}};
+    EXPECT_EQ(Bind("I", false), "Value is wrong data-type for parameter 'I'");
+
+    m_call.tables.clear();
+    m_call.scalars.Add("D", 1);
+    EXPECT_EQ(Bind("D", false), "Value is wrong data-type for parameter 'D'");
+}
+
+TEST_F(ParameterBinding, UndeclaredAndAnonymousParametersNeedPermission) {
+    m_call.scalars = VariantList(Variant("X", 1), Variant(2), Variant(3));
+    EXPECT_EQ(Bind("T", true), "Undefined parameter named 'X'");
+    EXPECT_EQ(Bind("T", true, false, true), "bound");
+    m_call.scalars.Remove("X");
+    EXPECT_EQ(Bind("T", true), "Anonymous parameters are not allowed for this method");
+    EXPECT_EQ(Bind("T", true, true), "bound");
+
+    m_call.scalars.Clear();
+    m_call.tables = {{"", &TwoRows()}, {"Y", &TwoRows()}};
+    EXPECT_EQ(Bind("T", true), "Anonymous (table) parameters are not allowed for this method");
+    EXPECT_EQ(Bind("T", true, true), "Undefined parameter named 'Y'");
+    EXPECT_EQ(Bind("T", true, false, true), "bound");
+}
+
+TEST_F(ParameterBinding, RepetitionIsAlwaysRefused) {
+    m_call.scalars = VariantList(Variant("T", "x"), Variant("A", 1), Variant("A", 1));
+    EXPECT_EQ(Bind("T", true), "Undefined parameter named 'A'");
+    EXPECT_EQ(Bind("T", true, false, true), "Parameter 'A' is specified more than once");
+    m_call.scalars = VariantList(Variant("T", "x"));
+    m_call.tables = {{"T", &OneCell()}};
+    EXPECT_EQ(Bind("T", true), "Parameter 'T' is specified more than once");
+}
+
+TEST_F(ParameterBinding, LaterBindingReplacesTheFormer) {
+    m_call.scalars.Add("N", 5);
+    std::string former = "untouched";
+    long long later = 0;
+    ParameterBinder binder(m_call, false, false);
+    binder.AddOptionalBinding("N", former);
+    binder.AddMandatoryBinding("N", later);
+    InvocationResult result;
+    EXPECT_TRUE(binder.Bind(result));
+    EXPECT_EQ(later, 5);
+    EXPECT_EQ(former, "untouched");
+}
+
+}  // namespace
+}  // namespace quillon
