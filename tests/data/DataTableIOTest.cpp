@@ -32,7 +32,9 @@ std::string CsvError(const std::string& csv) {
 }
 
 TEST(DataTableIO, WritesEveryKindInEveryForm) {
-    const std::string invalid = "\xFFa\xC3(\xED\xA0\x80";
+    const std::string invalid =
+        "\xFF"
+        "a\xC3(\xED\xA0\x80";
     const std::string r = kReplacement, repaired = r + "a" + r + "(" + r + r + r;
     const double infinity = std::numeric_limits<double>::infinity();
     const struct {

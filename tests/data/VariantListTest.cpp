@@ -99,7 +99,7 @@ TEST(VariantList, SimilarIgnoresOrderButCounts) {
         {"other order", {a, b}, {b, a}, true},
         {"other counts", {a, a, b}, {a, b, b}, false},
         {"other value of a name", {a, b}, {a, Variant("b", 3)}, false},
-        {"other size", {a}, {a, a}, false},
+        {"other size", VariantList(a), {a, a}, false},
         {"NaN never equals", {a, notANumber}, {a, notANumber}, false},
     };
     for (const auto& c : cases) {
