@@ -128,11 +128,14 @@ void CopyOurs(benchmark::State& state) {
     RunBuild(state, [] { return DataTable(Quillon()); });
 }
 
+/// Adds up the four typed columns; the plain table has to read numbers from its texts.
 void ScanBaseline(benchmark::State& state) {
     for (auto _ : state) {
-        long long sum = 0;
+        double sum = 0;
         for (const PlainRow& row : Plain()) {
-            sum += std::stoll(row.find(kNames[2])->second) + std::stoll(row.find(kNames[3])->second);
+            const long long whole = std::stoll(row.at(kNames[2])) + std::stoll(row.at(kNames[3]));
+            sum += static_cast<double>(whole) + std::stod(row.at(kNames[4]));
+            sum += row.at(kNames[5]) == "true" ? 1 : 0;
         }
         benchmark::DoNotOptimize(sum);
     }
@@ -140,31 +143,30 @@ void ScanBaseline(benchmark::State& state) {
 
 void ScanOurs(benchmark::State& state) {
     for (auto _ : state) {
-        long long sum = 0;
+        double sum = 0;
         for (const VariantList& row : Quillon()) {
-            sum += row[kNames[2]].GetLongLongValue() + row[kNames[3]].GetLongLongValue();
+            const long long whole = row[kNames[2]].GetLongLongValue() + row[kNames[3]].GetLongLongValue();
+            sum += static_cast<double>(whole) + row[kNames[4]].GetDoubleValue();
+            sum += row[kNames[5]].GetBoolValue() ? 1 : 0;
         }
         benchmark::DoNotOptimize(sum);
     }
 }
 
-void ScanAllBaseline(benchmark::State& state) {
+/// One text column, where the plain table has nothing to convert.
+void ScanTextBaseline(benchmark::State& state) {
     for (auto _ : state) {
-        std::size_t found = 0;
-        for (const PlainRow& row : Plain()) {
-            for (const std::string& name : kNames) found += row.find(name)->second.size();
-        }
-        benchmark::DoNotOptimize(found);
+        std::size_t length = 0;
+        for (const PlainRow& row : Plain()) length += row.at(kNames[1]).size();
+        benchmark::DoNotOptimize(length);
     }
 }
 
-void ScanAllOurs(benchmark::State& state) {
+void ScanTextOurs(benchmark::State& state) {
     for (auto _ : state) {
-        std::size_t found = 0;
-        for (const VariantList& row : Quillon()) {
-            for (const std::string& name : kNames) found += row[name].IsNull() ? 0 : 1;
-        }
-        benchmark::DoNotOptimize(found);
+        std::size_t length = 0;
+        for (const VariantList& row : Quillon()) length += row[kNames[1]].GetStringValue().size();
+        benchmark::DoNotOptimize(length);
     }
 }
 
@@ -213,8 +215,8 @@ BENCHMARK(CopyBaseline)->Name("table-copy/baseline")->Unit(benchmark::kMilliseco
 BENCHMARK(CopyOurs)->Name("table-copy/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanBaseline)->Name("table-scan/baseline")->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanOurs)->Name("table-scan/quillon")->Unit(benchmark::kMillisecond);
-BENCHMARK(ScanAllBaseline)->Name("table-scan-all/baseline")->Unit(benchmark::kMillisecond);
-BENCHMARK(ScanAllOurs)->Name("table-scan-all/quillon")->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanTextBaseline)->Name("table-scan-text/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanTextOurs)->Name("table-scan-text/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(CompareBaseline)->Name("table-compare/baseline")->Unit(benchmark::kMillisecond);
 BENCHMARK(CompareOurs)->Name("table-compare/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(SimilarBaseline)->Name("row-similar/baseline")->Arg(6)->Arg(100)->Arg(1000);

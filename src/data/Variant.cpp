@@ -1,7 +1,6 @@
 #include "quillon/Variant.h"
 
 #include <algorithm>
-#include <boost/any.hpp>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -12,25 +11,11 @@
 #include <utility>
 
 #include "data/DumpWriter.h"
+#include "data/VariantRecord.h"
 #include "quillon/DateTimeUtils.h"
 
 namespace quillon {
 namespace {
-
-enum class Kind : std::uint8_t { Text, Integer, Boolean, Double, Time, Unsupported };
-
-template <class T>
-inline constexpr Kind kKindOf = Kind::Unsupported;
-template <>
-inline constexpr Kind kKindOf<std::string> = Kind::Text;
-template <>
-inline constexpr Kind kKindOf<long long> = Kind::Integer;
-template <>
-inline constexpr Kind kKindOf<bool> = Kind::Boolean;
-template <>
-inline constexpr Kind kKindOf<double> = Kind::Double;
-template <>
-inline constexpr Kind kKindOf<TimePoint> = Kind::Time;
 
 struct KindTraits {
     const char* dumpWord;
@@ -50,14 +35,6 @@ constexpr int kSqlNull = 5;
 constexpr std::size_t kDumpBufferSize = 1024;
 
 std::string TextOrEmpty(const char* text) { return text != nullptr ? text : std::string(); }
-
-/// Null when the bind name equals the name.
-std::unique_ptr<const std::string> BindName(const std::string& name) {
-    if (name.find('-') == std::string::npos) return nullptr;
-    auto bindName = std::make_unique<std::string>(name);
-    std::replace(bindName->begin(), bindName->end(), '-', '_');
-    return bindName;
-}
 
 /// As "%g", whatever the locale.
 std::string DoubleAsText(double value) {
@@ -81,40 +58,15 @@ void LogError(const std::string& text) {
 
 }  // namespace
 
+std::unique_ptr<const std::string> Variant::Record::BindName(const std::string& name) {
+    if (name.find('-') == std::string::npos) return nullptr;
+    auto bindName = std::make_unique<std::string>(name);
+    std::replace(bindName->begin(), bindName->end(), '-', '_');
+    return bindName;
+}
+
 null_Variant::null_Variant(const std::string& message) : std::runtime_error(message) {}
 null_Variant::~null_Variant() = default;
-
-struct Variant::Record {
-    Record() = default;
-    explicit Record(const std::string& text) : name(text), bindName(BindName(text)) {}
-    template <class T>
-    Record(const std::string& text, T held)
-        : name(text), bindName(BindName(text)), null(false), kind(kKindOf<T>), value(std::move(held)) {}
-    Record(const Record& other)
-        : name(other.name),
-          bindName(other.bindName ? std::make_unique<const std::string>(*other.bindName) : nullptr),
-          null(other.null),
-          kind(other.kind),
-          value(other.value) {}
-    Record& operator=(const Record&) = delete;
-
-    template <class T>
-    const T& Held() const noexcept {
-        return *boost::any_cast<T>(&value);
-    }
-
-    template <class T>
-    void Hold(T held) {
-        value = std::move(held);
-        kind = kKindOf<T>;
-    }
-
-    std::string name;
-    std::unique_ptr<const std::string> bindName;  // none when it equals the name
-    bool null = true;
-    Kind kind = Kind::Integer;  // of the value: a switch costs less than comparing run-time types
-    boost::any value = 0LL;
-};
 
 Variant::Variant() : m_record(new Record) {}
 Variant::Variant(const char* value) : Variant(std::string(), value) {}
@@ -174,7 +126,7 @@ void Variant::SetToNull() { Own().null = true; }
 
 void Variant::SetName(const std::string& name) {
     Record& record = Own();
-    record.bindName = BindName(name);
+    record.bindName = Record::BindName(name);
     record.name = name;
 }
 
@@ -342,8 +294,6 @@ Variant::Record& Variant::Own() {
     if (!m_record) m_record.reset(new Record);
     return *m_record;
 }
-
-const Variant::Record& Variant::Get() const noexcept { return m_record ? *m_record : None(); }
 
 const Variant::Record& Variant::None() noexcept {
     static const Record none;

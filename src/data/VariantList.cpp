@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "data/DumpWriter.h"
+#include "data/VariantRecord.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -19,11 +20,6 @@ constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::size_t kPairwiseLimit = 16;
 
 std::string_view TextOrEmpty(const char* text) { return text != nullptr ? text : std::string_view(); }
-
-auto FindName(const std::vector<Variant>& elements, const std::string& name) {
-    return std::find_if(elements.begin(), elements.end(),
-                        [&](const Variant& element) { return element.GetName() == name; });
-}
 
 /// Whether the elements of two ranges of one size can be paired as equals. Swaps
 /// what is matched to the front of `right`.
@@ -107,7 +103,7 @@ void VariantList::AddEmptyCell(const std::string& name, const std::type_index& t
 
 void VariantList::Reserve(std::size_t count) { Own().elements.reserve(count); }
 
-bool VariantList::Remove(const std::string& name) { return Erase(FindName(Elements(), name)); }
+bool VariantList::Remove(const std::string& name) { return Erase(FindName(name)); }
 
 bool VariantList::Remove(const Variant& value) { return Erase(std::find(begin(), end(), value)); }
 
@@ -133,7 +129,7 @@ const Variant& VariantList::Get(const std::string& name) const { return (*this)[
 bool VariantList::Contains(const std::string& name) const { return Find(name) != nullptr; }
 
 const Variant* VariantList::Find(const std::string& name) const {
-    const auto found = FindName(Elements(), name);
+    const auto found = FindName(name);
     return found != end() ? &*found : nullptr;
 }
 
@@ -233,6 +229,15 @@ VariantList::Record& VariantList::Own() {
 const std::vector<Variant>& VariantList::Elements() const noexcept {
     static const std::vector<Variant> none;
     return m_record ? m_record->elements : none;
+}
+
+/// The last character tells most names apart, where a call of memcmp costs more.
+VariantList::const_iterator VariantList::FindName(const std::string& name) const {
+    return std::find_if(begin(), end(), [&name](const Variant& element) {
+        const std::string& own = element.Get().name;
+        if (own.size() != name.size()) return false;
+        return own.empty() || (own.back() == name.back() && own == name);
+    });
 }
 
 void VariantList::AddAll(std::initializer_list<const Variant*> values) {

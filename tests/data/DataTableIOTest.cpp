@@ -64,7 +64,7 @@ TEST(DataTableIO, WritesEveryKindInEveryForm) {
         EXPECT_EQ(ToJsonLines(table), "{\"n\":" + c.json + "}\n");
         EXPECT_EQ(ToCsv(table), "n\r\n" + c.csv + "\r\n");
     }
-    EXPECT_EQ(ToText(OneCell(Variant("n", invalid))), "n\n--------\n" + repaired + "\n");
+    EXPECT_EQ(ToText(OneCell(Variant("n", invalid))), "n\n-------\n" + repaired + "\n");
     EXPECT_EQ(ToJson(OneCell(Variant("\xFF\"", 1))), "[{\"" + r + "\\\"\":1}]");
 }
 
