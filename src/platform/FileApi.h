@@ -47,8 +47,9 @@ bool RemoveFile(const std::string& path);
 /// Removes an empty folder, or a link to a folder itself.
 bool RemoveEmptyDirectory(const std::string& path);
 bool MakeOneDirectory(const std::string& path);
-/// `path` in the system's ANSI code page.
-bool MakeOneDirectoryAnsi(const std::string& path);
+/// For the owner only, unless the system's own inheritance decides who else may
+/// use it. `path` in the system's ANSI code page.
+bool MakeTemporaryDirectoryAnsi(const std::string& path);
 /// Moves a file or folder; an existing target is a failure.
 bool MovePath(const std::string& from, const std::string& to);
 /// Replaces an existing target.

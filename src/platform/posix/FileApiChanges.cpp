@@ -17,13 +17,6 @@ namespace quillon::platform {
 
 namespace {
 
-/// A link is named without a trailing separator, which would lead through it.
-std::string NativeName(const std::string& path) {
-    std::string native = NativePath(path);
-    while (native.size() > 1 && native.back() == '/') native.pop_back();
-    return native;
-}
-
 bool LeadsToFolder(int folder, const char* name) {
     struct ::stat status {};
     return ::fstatat(folder, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
@@ -82,7 +75,9 @@ bool MakeOneDirectory(const std::string& path) {
     return ::mkdir(NativePath(path).c_str(), kAsTheProcessLets) == 0 || FailWithErrno();
 }
 
-bool MakeOneDirectoryAnsi(const std::string& path) { return MakeOneDirectory(ToUtf8(AnsiToWide(path))); }
+bool MakeTemporaryDirectoryAnsi(const std::string& path) {
+    return ::mkdir(NativePath(ToUtf8(AnsiToWide(path))).c_str(), S_IRWXU) == 0 || FailWithErrno();
+}
 
 bool MovePath(const std::string& from, const std::string& to) {
     const std::string nativeFrom = NativeName(from);

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <memory>
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
@@ -13,14 +12,6 @@
 #include "platform/posix/Wildcards.h"
 
 namespace quillon::platform {
-
-namespace {
-
-struct CloseFolder {
-    void operator()(::DIR* folder) const { ::closedir(folder); }
-};
-
-}  // namespace
 
 DirectoryEntry ToEntry(int folder, const ::dirent& found) {
     DirectoryEntry entry{found.d_name, found.d_type == DT_DIR, found.d_type == DT_LNK};
@@ -37,8 +28,7 @@ bool EnumerateMatches(const std::string& pattern, const std::function<bool(const
     constexpr std::uint32_t kFileNotFound = 2;
     const std::string native = NativePath(pattern);
     const std::size_t name = native.rfind('/') + 1;  // 0 when there is none
-    const std::unique_ptr<::DIR, CloseFolder> folder(
-        ::opendir(name == 0 ? "." : native.substr(0, name).c_str()));
+    const OpenFolder folder(::opendir(name == 0 ? "." : native.substr(0, name).c_str()));
     if (!folder) return FailWithErrno();
     const std::string_view wildcards = std::string_view(native).substr(name);
     bool hasMatch = false;

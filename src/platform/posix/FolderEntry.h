@@ -2,9 +2,16 @@
 
 #include <dirent.h>
 
+#include <memory>
+
 #include "platform/FileApi.h"
 
 namespace quillon::platform {
+
+struct CloseFolder {
+    void operator()(::DIR* folder) const { ::closedir(folder); }
+};
+using OpenFolder = std::unique_ptr<::DIR, CloseFolder>;
 
 /// What was found in an open folder.
 DirectoryEntry ToEntry(int folder, const ::dirent& found);

@@ -53,6 +53,12 @@ std::string NativePath(const std::string& path) {
     return rest.starts_with('\\') ? BelowRoot(rest) : WithSlashes(rest);
 }
 
+std::string NativeName(const std::string& path) {
+    std::string native = NativePath(path);
+    while (native.size() > 1 && native.back() == '/') native.pop_back();
+    return native;
+}
+
 std::string LibraryPath(std::string_view nativePath) {
     std::string result;
     if (nativePath.starts_with('/')) {

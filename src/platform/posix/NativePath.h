@@ -9,6 +9,8 @@ namespace quillon::platform {
 /// root, "\\?\" is dropped. A drive that does not exist gives a path below
 /// /nonexistent. Slash paths are accepted as they are.
 std::string NativePath(const std::string& path);
+/// The same without trailing separators, which would lead through a link.
+std::string NativeName(const std::string& path);
 /// The way back: "C:" in front of an absolute path, slashes become backslashes.
 std::string LibraryPath(std::string_view nativePath);
 /// Mounts "C:" on a folder (without a trailing slash; empty: "/"). For tests, while

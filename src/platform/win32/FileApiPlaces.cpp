@@ -1,5 +1,6 @@
 #include "platform/FileApi.h"
 #include "platform/Utf.h"
+#include "platform/win32/LocalMemory.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <sddl.h>
@@ -10,13 +11,6 @@ namespace quillon::platform {
 namespace {
 
 using PathBuffer = wchar_t[MAX_PATH];
-
-struct LocalMemoryTraits {
-    using Type = void*;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type value) noexcept { ::LocalFree(value); }
-};
-using LocalMemory = Handle<LocalMemoryTraits>;
 
 /// Full access for the owner of the file, nothing inherited, nobody else.
 LocalMemory OwnerOnly() {

@@ -1,0 +1,61 @@
+#include <filesystem>
+
+#include "platform/FileApi.h"
+#include "platform/SecurityApi.h"
+#include "quillon/DestructorFunctor.h"
+#include "quillon/FileSystemUtils.h"
+#include "quillon/ICLogger.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const wchar_t* kSecurityPrivilege = L"SeSecurityPrivilege";
+constexpr const wchar_t* kRestorePrivilege = L"SeRestorePrivilege";
+
+/// With the text that callers know, whatever the local C++ library's.
+class CopyError final : public std::filesystem::filesystem_error {
+public:
+    CopyError() : filesystem_error("copy", std::make_error_code(std::errc::invalid_argument)) {}
+    const char* what() const noexcept override { return "copy(p1, p2): invalid arguments"; }
+};
+
+bool CopySecurity(const std::string& source, const std::string& destination) {
+    constexpr std::size_t kLargestDescriptor = 260;
+    const auto security = platform::ReadSecurity(source, kLargestDescriptor);
+    if (!security) return false;
+    if (platform::WriteSecurity(destination, *security)) return true;
+    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+        logger->Error(
+            "Unable to copy file security and ownership to '%s' despite process SE_SECURITY_NAME, "
+            "SE_RESTORE_NAME privileges.",
+            destination.c_str());
+    }
+    return false;
+}
+
+}  // namespace
+
+bool FileSystemUtils::FileCopy(const std::string& source, const std::string& destination) {
+    if (!Exists(source)) return false;
+    if (!platform::CopyFileOver(source, destination)) throw CopyError();
+    const bool isSecured = CopyFileAcl(source, destination);
+    return Exists(destination) && isSecured;
+}
+
+bool FileSystemUtils::CopyFileAcl(const std::string& source, const std::string& destination) {
+    if (!SetProcessPrivilege(kSecurityPrivilege, true)) return false;
+    const DestructorFunctor dropSecurity([] { SetProcessPrivilege(kSecurityPrivilege, false); });
+    if (!SetProcessPrivilege(kRestorePrivilege, true)) return false;
+    const DestructorFunctor dropRestore([] { SetProcessPrivilege(kRestorePrivilege, false); });
+    return CopySecurity(source, destination);
+}
+
+bool FileSystemUtils::SecureFile(const std::string& path) { return platform::RestrictToCurrentUser(path); }
+
+bool FileSystemUtils::SetProcessPrivilege(const wchar_t* name, bool enable) {
+    return platform::SetPrivilege(name, enable);
+}
+
+}  // namespace quillon

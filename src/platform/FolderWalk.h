@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/FileApi.h"
+
+namespace quillon::platform {
+
+/// A position in a tree of folders, which moves one folder at a time, however
+/// deep the tree is. It never passes through a link below its start, nor through
+/// one that is put in a folder's place while it is there: what it removes lies in
+/// the tree it was opened on. A failure is false or nothing, see LastError().
+class FolderWalk {
+public:
+    /// ToErase keeps the folders it is in from being moved away, where the system
+    /// can, and does not start at a link.
+    enum class Purpose { ToList, ToErase };
+
+    static std::optional<FolderWalk> Open(const std::string& folder, Purpose purpose);
+    FolderWalk(FolderWalk&&) noexcept;
+    FolderWalk& operator=(FolderWalk&&) noexcept;
+    ~FolderWalk();
+
+    /// Calls `visit` for all that is in the folder, without "." and "..".
+    bool List(const std::function<void(DirectoryEntry&&)>& visit);
+    /// As SizeOfFile; `name` as listed.
+    std::optional<std::uint64_t> SizeOf(const std::string& name) const;
+    /// As platform::RemoveFile.
+    bool RemoveFile(const std::string& name);
+    /// As platform::RemoveEmptyDirectory.
+    bool RemoveEmptyDirectory(const std::string& name);
+    bool Enter(const std::string& name);
+    /// Back to the folder that it entered this one from.
+    bool Leave();
+
+private:
+    struct State;
+    explicit FolderWalk(std::unique_ptr<State> state);
+    std::unique_ptr<State> m_state;
+};
+
+}  // namespace quillon::platform

@@ -1,0 +1,136 @@
+#include "platform/FolderWalk.h"
+
+#include <vector>
+
+#include "platform/Utf.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+bool Fail(DWORD code) {
+    ::SetLastError(code);
+    return false;
+}
+
+/// The folder itself, never where a link in its place leads.
+FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, bool throughLink) {
+    const DWORD share =
+        FILE_SHARE_READ | FILE_SHARE_WRITE | (purpose == FolderWalk::Purpose::ToList ? FILE_SHARE_DELETE : 0);
+    const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | (throughLink ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
+    FileHandle folder(
+        ::CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, share, nullptr, OPEN_EXISTING, flags, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!folder || ::GetFileInformationByHandle(folder.Get(), &information) == 0) return {};
+    const DWORD kind =
+        information.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
+    if (kind == FILE_ATTRIBUTE_DIRECTORY) return folder;
+    Fail(ERROR_DIRECTORY);
+    return {};
+}
+
+std::wstring FinalPath(const FileHandle& file) {
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = ::GetFinalPathNameByHandleW(file.Get(), path.data(),
+                                                         static_cast<DWORD>(path.size()), VOLUME_NAME_DOS);
+        const bool fits = length < path.size();
+        path.resize(length);
+        if (fits) return path;
+    }
+}
+
+/// Removes what is open, be it a file, a folder or a link to one.
+bool RemoveOpen(const FileHandle& file) {
+    FILE_DISPOSITION_INFO disposition{};
+    disposition.DeleteFile = TRUE;
+    return ::SetFileInformationByHandle(file.Get(), FileDispositionInfo, &disposition, sizeof(disposition)) !=
+           0;
+}
+
+}  // namespace
+
+struct FolderWalk::State {
+    struct Level {
+        FileHandle handle;
+        std::wstring finalPath;  ///< with its trailing backslash
+        std::size_t pathLength = 0;
+    };
+
+    bool Push(const std::wstring& folder, bool throughLink);
+    bool Remove(const std::string& name, bool isDirectory);
+
+    Purpose purpose;
+    std::wstring path;  ///< with its trailing backslash
+    std::vector<Level> levels;
+};
+
+bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
+    Level level{OpenFolder(folder, purpose, throughLink), {}, path.size()};
+    if (!level.handle) return false;
+    level.finalPath = FinalPath(level.handle);
+    if (level.finalPath.empty()) return false;
+    if (!level.finalPath.ends_with(L'\\')) level.finalPath.push_back(L'\\');
+    path = folder;
+    if (!path.ends_with(L'\\') && !path.ends_with(L'/')) path.push_back(L'\\');
+    levels.push_back(std::move(level));
+    return true;
+}
+
+/// By handle, and only when it lies in the open folder: that may have been turned
+/// into a link in place, which holding it open does not prevent.
+bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const std::wstring wideName = ToWide(name);
+    const FileHandle file(::CreateFileW((path + wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
+                                        nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!file || ::GetFileInformationByHandle(file.Get(), &information) == 0) return false;
+    if (((information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) != isDirectory) {
+        return Fail(isDirectory ? ERROR_DIRECTORY : ERROR_ACCESS_DENIED);
+    }
+    if (FinalPath(file) != levels.back().finalPath + wideName) return Fail(ERROR_ACCESS_DENIED);
+    return RemoveOpen(file);
+}
+
+FolderWalk::FolderWalk(std::unique_ptr<State> state) : m_state(std::move(state)) {}
+FolderWalk::FolderWalk(FolderWalk&&) noexcept = default;
+FolderWalk& FolderWalk::operator=(FolderWalk&&) noexcept = default;
+FolderWalk::~FolderWalk() = default;
+
+std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
+    auto state = std::make_unique<State>(State{purpose, {}, {}});
+    std::wstring path = ToWide(folder);
+    if (path.ends_with(L':')) path.push_back(L'\\');  // a drive's root, not its current folder
+    if (!state->Push(path, purpose == Purpose::ToList)) return std::nullopt;
+    return FolderWalk(std::move(state));
+}
+
+bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
+    const bool found = EnumerateMatches(ToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
+        if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
+        return true;
+    });
+    return found || ::GetLastError() == ERROR_FILE_NOT_FOUND;  // the root of an empty drive
+}
+
+std::optional<std::uint64_t> FolderWalk::SizeOf(const std::string& name) const {
+    return SizeOfFile(ToUtf8(m_state->path) + name);
+}
+
+bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(name, false); }
+
+bool FolderWalk::RemoveEmptyDirectory(const std::string& name) { return m_state->Remove(name, true); }
+
+bool FolderWalk::Enter(const std::string& name) { return m_state->Push(m_state->path + ToWide(name), false); }
+
+bool FolderWalk::Leave() {
+    if (m_state->levels.size() < 2) return Fail(ERROR_PATH_NOT_FOUND);
+    m_state->path.resize(m_state->levels.back().pathLength);
+    m_state->levels.pop_back();
+    return true;
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/Handle.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+struct LocalMemoryTraits {
+    using Type = void*;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type value) noexcept { ::LocalFree(value); }
+};
+/// What the system allocated with LocalAlloc.
+using LocalMemory = Handle<LocalMemoryTraits>;
+
+}  // namespace quillon::platform

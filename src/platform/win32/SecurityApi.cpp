@@ -1,0 +1,115 @@
+#include "platform/SecurityApi.h"
+
+#include <vector>
+
+#include "platform/Handle.h"
+#include "platform/Utf.h"
+#include "platform/win32/LocalMemory.h"
+#include "platform/win32/WindowsHeaders.h"
+// After <windows.h>:
+#include <aclapi.h>
+
+namespace quillon::platform {
+
+namespace {
+
+constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                           DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+
+bool Fail(DWORD code) {
+    ::SetLastError(code);
+    return false;
+}
+
+struct TokenTraits {
+    using Type = HANDLE;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type value) noexcept { FileTraits::Close(value); }
+};
+using Token = Handle<TokenTraits>;
+
+Token OpenToken(DWORD access) {
+    HANDLE token = nullptr;
+    return Token(::OpenProcessToken(::GetCurrentProcess(), access, &token) != 0 ? token : nullptr);
+}
+
+/// True when the system adjusted it and says that nothing was left out.
+bool Adjust(const Token& token, TOKEN_PRIVILEGES& state, TOKEN_PRIVILEGES* previous) {
+    DWORD size = sizeof(TOKEN_PRIVILEGES);
+    const BOOL adjusted = ::AdjustTokenPrivileges(token.Get(), FALSE, &state, size, previous,
+                                                  previous == nullptr ? nullptr : &size);
+    return adjusted != 0 && ::GetLastError() == ERROR_SUCCESS;
+}
+
+/// A TOKEN_USER with the identifier it points to.
+std::vector<unsigned char> CurrentUser() {
+    const Token token = OpenToken(TOKEN_READ);
+    DWORD size = 0;
+    if (!token) return {};
+    ::GetTokenInformation(token.Get(), TokenUser, nullptr, 0, &size);
+    std::vector<unsigned char> user(size);
+    if (::GetTokenInformation(token.Get(), TokenUser, user.data(), size, &size) == 0) return {};
+    return user;
+}
+
+LocalMemory ListForUser(PSID user) {
+    constexpr DWORD kEveryRight = GENERIC_ALL | STANDARD_RIGHTS_ALL;
+    EXPLICIT_ACCESSW entry{};
+    entry.grfAccessPermissions = kEveryRight;
+    entry.grfAccessMode = SET_ACCESS;
+    entry.grfInheritance = NO_INHERITANCE;
+    entry.Trustee.TrusteeForm = TRUSTEE_IS_SID;
+    entry.Trustee.TrusteeType = TRUSTEE_IS_USER;
+    entry.Trustee.ptstrName = static_cast<LPWSTR>(user);
+    PACL list = nullptr;
+    const DWORD code = ::SetEntriesInAclW(1, &entry, nullptr, &list);
+    if (code != ERROR_SUCCESS) ::SetLastError(code);
+    return LocalMemory(list);
+}
+
+}  // namespace
+
+bool SetPrivilege(const std::wstring& name, bool enable) {
+    TOKEN_PRIVILEGES state{};
+    state.PrivilegeCount = 1;
+    if (::LookupPrivilegeValueW(nullptr, name.c_str(), &state.Privileges[0].Luid) == 0) return false;
+    const Token token = OpenToken(TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY);
+    if (!token) return false;
+    TOKEN_PRIVILEGES previous{};
+    if (!Adjust(token, state, &previous)) return false;
+    // The system leaves the previous state empty when the privilege was off already.
+    previous.PrivilegeCount = 1;
+    previous.Privileges[0].Luid = state.Privileges[0].Luid;
+    DWORD& attributes = previous.Privileges[0].Attributes;
+    attributes = enable ? attributes | SE_PRIVILEGE_ENABLED : attributes & ~DWORD{SE_PRIVILEGE_ENABLED};
+    return Adjust(token, previous, nullptr);
+}
+
+std::optional<std::string> ReadSecurity(const std::string& path, std::size_t limit) {
+    std::string security(limit, '\0');
+    DWORD needed = 0;
+    if (::GetFileSecurityW(ToWide(path).c_str(), kAllParts, security.data(), static_cast<DWORD>(limit),
+                           &needed) == 0) {
+        return std::nullopt;
+    }
+    return security;
+}
+
+bool WriteSecurity(const std::string& path, const std::string& security) {
+    std::string copy = security;
+    return ::SetFileSecurityW(ToWide(path).c_str(), kAllParts, copy.data()) != 0;
+}
+
+bool RestrictToCurrentUser(const std::string& path) {
+    std::vector<unsigned char> user = CurrentUser();
+    if (user.empty()) return false;
+    const LocalMemory list = ListForUser(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid);
+    if (!list) return false;
+    std::wstring name = ToWide(path);
+    const DWORD code = ::SetNamedSecurityInfoW(
+        name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, nullptr,
+        nullptr, static_cast<PACL>(list.Get()), nullptr);
+    return code == ERROR_SUCCESS || Fail(code);
+}
+
+}  // namespace quillon::platform
