@@ -104,7 +104,9 @@ std::wstring DateTimeUtils::CimDateTimeToJsonDateTime(const _variant_t& value) {
     FixupCimDateTimeWildcard(text, 0, 4, now.tm_year + 1900);
     FixupCimDateTimeWildcard(text, 4, 2, now.tm_mon + 1);
     FixupCimDateTimeWildcard(text, 6, 2, now.tm_mday);
-    for (const std::size_t timeOfDay : {8, 10, 12}) FixupCimDateTimeWildcard(text, timeOfDay, 2, 0);
+    FixupCimDateTimeWildcard(text, 8, 2, 0);
+    FixupCimDateTimeWildcard(text, 10, 2, 0);
+    FixupCimDateTimeWildcard(text, 12, 2, 0);
     FixupCimDateTimeWildcard(text, 15, 3, 0);
     return text.substr(0, 4) + L'-' + text.substr(4, 2) + L'-' + text.substr(6, 2) + L'T' +
            text.substr(8, 2) + L':' + text.substr(10, 2) + L':' + text.substr(12, 2) + L'.' +
