@@ -1,5 +1,7 @@
 #include "platform/TimeApi.h"
 
+#include <cmath>
+
 #include "platform/Handle.h"
 #include "platform/OleTypes.h"
 // After <windows.h>:
@@ -96,6 +98,7 @@ std::optional<double> platform::CalendarToOleDate(const CalendarTime& time) {
 
 std::optional<CalendarTime> platform::OleDateToCalendar(double date) {
     SYSTEMTIME fields{};
+    if (std::isnan(date)) return std::nullopt;  // not every version's range check stops it
     if (!::VariantTimeToSystemTime(date, &fields)) return std::nullopt;
     return ToCalendar(fields);
 }
