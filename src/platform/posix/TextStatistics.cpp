@@ -7,6 +7,9 @@ namespace quillon::platform {
 
 namespace {
 
+/// More text than this tells nothing more. In bytes.
+constexpr std::size_t kSampleSize = 128 * 1024;
+
 bool IsPrintable(unsigned byte) {
     return (byte >= 0x20 && byte < 0x7F) || byte == '\t' || byte == '\r' || byte == '\n';
 }
@@ -48,6 +51,11 @@ Counts CountUnits(std::string_view bytes) {
 }  // namespace
 
 bool LooksLikeUtf16(std::string_view bytes) {
+    if (bytes.size() > kSampleSize) {
+        // A sample must not end inside a surrogate pair.
+        const bool inPair = (static_cast<unsigned char>(bytes[kSampleSize - 1]) & 0xFC) == 0xD8;
+        bytes = bytes.substr(0, inPair ? kSampleSize - 2 : kSampleSize);
+    }
     const std::size_t units = bytes.size() / 2;
     const Counts counts = CountUnits(bytes);
     if (units == 0 || counts.impossible) return false;
