@@ -5,7 +5,7 @@
 #include <iterator>
 #include <optional>
 
-#include "TextEncoding.h"
+#include "Utils/TextEncoding.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
 #include "quillon/FileSystemUtils.h"

@@ -1,7 +1,7 @@
 #include <optional>
 #include <utility>
 
-#include "TextEncoding.h"
+#include "Utils/TextEncoding.h"
 #include "platform/FileApi.h"
 #include "platform/Utf.h"
 #include "quillon/FileSystemUtils.h"

@@ -2,7 +2,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "TextEncoding.h"
+#include "Utils/TextEncoding.h"
 #include "platform/FileApi.h"
 #include "platform/Utf.h"
 #include "quillon/FileSystemUtils.h"

@@ -131,7 +131,8 @@ void TextToDataTableParser::AddField(const std::string& name, IParsableField* fi
     std::unique_ptr<IParsableField> owned(field);
     if (!owned) throw std::invalid_argument("a column needs a field");
     // A class that is derived from the two may read differently.
-    const std::type_info& type = typeid(*owned);
+    const IParsableField& reader = *owned;
+    const std::type_info& type = typeid(reader);
     const Reach reach = type == typeid(SpaceSeparatedField)  ? Reach::ToSpace
                         : type == typeid(NullSeparatedField) ? Reach::ToLineEnd
                                                              : Reach::Own;
