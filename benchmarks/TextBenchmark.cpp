@@ -1,0 +1,241 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cctype>
+#include <codecvt>
+#include <cstdio>
+#include <locale>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "quillon/StringUtils.h"
+
+// Text conversion and the string helpers on one MiB, each beside what one would
+// write without them.
+namespace {
+
+using quillon::StringUtils;
+
+constexpr std::size_t kSize = 1 << 20;
+
+std::string Repeat(const std::string& unit) {
+    std::string text;
+    while (text.size() + unit.size() <= kSize) text += unit;
+    return text;
+}
+
+const std::string& Ascii() {
+    static const std::string text = Repeat("The quick brown fox jumps over the lazy dog, 0123456789 times. ");
+    return text;
+}
+
+const std::string& Latin() {
+    static const std::string text = Repeat(
+        "D\xC3\xA9j\xC3\xA0 vu \xC3\xA0 l'\xC3\xA9t\xC3\xA9, o\xC3\xB9 \xC3\xA7"
+        "a g\xC3\xAAne le ma\xC3\xAEtre; na\xC3\xAFvet\xC3\xA9. ");
+    return text;
+}
+
+const std::string& Cjk() {
+    static const std::string text = Repeat(
+        "\xE4\xB8\xAD\xE6\x96\x87\xE6\x96\x87\xE6\x9C\xAC\xE6\xB5\x8B\xE8\xAF\x95"
+        "\xEF\xBC\x8C\xE7\xBC\x96\xE7\xA0\x81\xE8\xBD\xAC\xE6\x8D\xA2\xE3\x80\x82");
+    return text;
+}
+
+const std::string& Emoji() {
+    static const std::string text =
+        Repeat("\xF0\x9F\x98\x80\xF0\x9F\x9A\x80\xF0\x9F\x8E\x89\xF0\x9F\x91\x8D");
+    return text;
+}
+
+void Throughput(benchmark::State& state, std::size_t bytes = kSize) {
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+}
+
+// --- UTF-8 to wide and back ---
+
+using Text = const std::string& (*)();
+
+void ConvertBaseline(benchmark::State& state, Text text) {
+    std::wstring_convert<std::codecvt_utf8_utf16<wchar_t>> converter;
+    for (auto _ : state) benchmark::DoNotOptimize(converter.to_bytes(converter.from_bytes(text())));
+    Throughput(state);
+}
+
+void ConvertQuillon(benchmark::State& state, Text text) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(StringUtils::WideStringToNarrow(StringUtils::NarrowStringToWide(text())));
+    }
+    Throughput(state);
+}
+
+BENCHMARK_CAPTURE(ConvertBaseline, ascii, Ascii)->Name("convert-ascii/baseline");
+BENCHMARK_CAPTURE(ConvertQuillon, ascii, Ascii)->Name("convert-ascii/quillon");
+BENCHMARK_CAPTURE(ConvertBaseline, latin, Latin)->Name("convert-latin/baseline");
+BENCHMARK_CAPTURE(ConvertQuillon, latin, Latin)->Name("convert-latin/quillon");
+BENCHMARK_CAPTURE(ConvertBaseline, cjk, Cjk)->Name("convert-cjk/baseline");
+BENCHMARK_CAPTURE(ConvertQuillon, cjk, Cjk)->Name("convert-cjk/quillon");
+BENCHMARK_CAPTURE(ConvertBaseline, emoji, Emoji)->Name("convert-emoji/baseline");
+BENCHMARK_CAPTURE(ConvertQuillon, emoji, Emoji)->Name("convert-emoji/quillon");
+
+// The baseline of two threads is one: what it is measured by is bytes a second.
+BENCHMARK_CAPTURE(ConvertQuillon, oneThread, Latin)->Name("convert-threads/baseline")->UseRealTime();
+BENCHMARK_CAPTURE(ConvertQuillon, twoThreads, Latin)
+    ->Name("convert-threads/quillon")
+    ->UseRealTime()
+    ->Threads(2);
+
+// --- Splitting and joining ---
+
+const std::string& Lines() {
+    static const std::string text = Repeat("a field of some length,another,third;\n");
+    return text;
+}
+
+const std::vector<std::string>& Pieces() {
+    static const std::vector<std::string> pieces = [] {
+        std::vector<std::string> split;
+        StringUtils::SplitByChar(Lines(), '\n', split);
+        return split;
+    }();
+    return pieces;
+}
+
+void SplitBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        std::vector<std::string> pieces;
+        std::istringstream stream(Lines());
+        for (std::string line; std::getline(stream, line);) pieces.push_back(line);
+        benchmark::DoNotOptimize(pieces);
+    }
+    Throughput(state);
+}
+
+void SplitQuillon(benchmark::State& state) {
+    for (auto _ : state) {
+        std::vector<std::string> pieces;
+        StringUtils::SplitByChar(Lines(), '\n', pieces);
+        benchmark::DoNotOptimize(pieces);
+    }
+    Throughput(state);
+}
+
+void JoinBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        std::ostringstream joined;
+        for (const std::string& piece : Pieces()) joined << piece << '\n';
+        benchmark::DoNotOptimize(joined.str());
+    }
+    Throughput(state);
+}
+
+void JoinQuillon(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(StringUtils::StringVecToString(Pieces(), '\n'));
+    Throughput(state);
+}
+
+BENCHMARK(SplitBaseline)->Name("split/baseline");
+BENCHMARK(SplitQuillon)->Name("split/quillon");
+BENCHMARK(JoinBaseline)->Name("join/baseline");
+BENCHMARK(JoinQuillon)->Name("join/quillon");
+
+// --- Replacing and searching ---
+
+// Replaces in place, as the operation is mostly written: the tail moves each time.
+void ReplaceBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string text = Ascii();
+        for (std::size_t at = 0; (at = text.find("lazy dog", at)) != std::string::npos; at += 8) {
+            text.replace(at, 8, "sleeping dog");
+        }
+        benchmark::DoNotOptimize(text);
+    }
+    Throughput(state);
+}
+
+void ReplaceQuillon(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string text = Ascii();
+        StringUtils::ReplaceStringInPlace(text, "lazy dog", "sleeping dog", false);
+        benchmark::DoNotOptimize(text);
+    }
+    Throughput(state);
+}
+
+void FindBaseline(benchmark::State& state) {
+    const std::string needle = "The Lazy Cat";
+    const auto equal = [](char a, char b) {
+        return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
+    };
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            std::search(Ascii().begin(), Ascii().end(), needle.begin(), needle.end(), equal));
+    }
+    Throughput(state);
+}
+
+void FindQuillon(benchmark::State& state) {
+    const std::string needle = "The Lazy Cat";
+    for (auto _ : state) benchmark::DoNotOptimize(StringUtils::FindCaseInsensitive(Ascii(), needle));
+    Throughput(state);
+}
+
+BENCHMARK(ReplaceBaseline)->Name("replace-all/baseline");
+BENCHMARK(ReplaceQuillon)->Name("replace-all/quillon");
+BENCHMARK(FindBaseline)->Name("find-any-case/baseline");
+BENCHMARK(FindQuillon)->Name("find-any-case/quillon");
+
+// --- Hexadecimal and URLs ---
+
+void HexBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string hex;
+        for (const char c : Ascii()) {
+            char digits[3];
+            std::snprintf(digits, sizeof digits, "%02x",
+                          static_cast<unsigned>(static_cast<unsigned char>(c)));
+            hex += digits;
+        }
+        benchmark::DoNotOptimize(hex);
+    }
+    Throughput(state);
+}
+
+void HexQuillon(benchmark::State& state) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(Ascii().data());
+    for (auto _ : state) benchmark::DoNotOptimize(StringUtils::ByteArrayToHexString(bytes, Ascii().size()));
+    Throughput(state);
+}
+
+void UrlBaseline(benchmark::State& state) {
+    const std::string escaped = " !#$&'()*+,;=@[]";
+    for (auto _ : state) {
+        std::string url;
+        for (const char c : Ascii()) {
+            char digits[4] = {c};
+            if (escaped.find(c) != std::string::npos) {
+                std::snprintf(digits, sizeof digits, "%%%02X",
+                              static_cast<unsigned>(static_cast<unsigned char>(c)));
+            }
+            url += digits;
+        }
+        benchmark::DoNotOptimize(url);
+    }
+    Throughput(state);
+}
+
+void UrlQuillon(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(StringUtils::UrlEncode(Ascii()));
+    Throughput(state);
+}
+
+BENCHMARK(HexBaseline)->Name("hex/baseline");
+BENCHMARK(HexQuillon)->Name("hex/quillon");
+BENCHMARK(UrlBaseline)->Name("url-encode/baseline");
+BENCHMARK(UrlQuillon)->Name("url-encode/quillon");
+
+}  // namespace
+
+BENCHMARK_MAIN();
