@@ -103,20 +103,25 @@ const std::vector<std::string>& Pieces() {
     return pieces;
 }
 
-void SplitBaseline(benchmark::State& state) {
+const std::string& Fields() {
+    static const std::string text = Repeat("4,System,NT AUTHORITY,12.5,running,0x3e7,yes,");
+    return text;
+}
+
+void SplitBaseline(benchmark::State& state, Text text, char separator) {
     for (auto _ : state) {
         std::vector<std::string> pieces;
-        std::istringstream stream(Lines());
-        for (std::string line; std::getline(stream, line);) pieces.push_back(line);
+        std::istringstream stream(text());
+        for (std::string piece; std::getline(stream, piece, separator);) pieces.push_back(piece);
         benchmark::DoNotOptimize(pieces);
     }
     Throughput(state);
 }
 
-void SplitQuillon(benchmark::State& state) {
+void SplitQuillon(benchmark::State& state, Text text, char separator) {
     for (auto _ : state) {
         std::vector<std::string> pieces;
-        StringUtils::SplitByChar(Lines(), '\n', pieces);
+        StringUtils::SplitByChar(text(), separator, pieces);
         benchmark::DoNotOptimize(pieces);
     }
     Throughput(state);
@@ -136,8 +141,10 @@ void JoinQuillon(benchmark::State& state) {
     Throughput(state);
 }
 
-BENCHMARK(SplitBaseline)->Name("split/baseline");
-BENCHMARK(SplitQuillon)->Name("split/quillon");
+BENCHMARK_CAPTURE(SplitBaseline, lines, Lines, '\n')->Name("split-lines/baseline");
+BENCHMARK_CAPTURE(SplitQuillon, lines, Lines, '\n')->Name("split-lines/quillon");
+BENCHMARK_CAPTURE(SplitBaseline, fields, Fields, ',')->Name("split-fields/baseline");
+BENCHMARK_CAPTURE(SplitQuillon, fields, Fields, ',')->Name("split-fields/quillon");
 BENCHMARK(JoinBaseline)->Name("join/baseline");
 BENCHMARK(JoinQuillon)->Name("join/quillon");
 

@@ -54,7 +54,7 @@ bool NarrowBlock(const Unit* from, char* to) {
 #endif
 
 template <class Unit>
-std::size_t WidenAscii(const char* from, std::size_t count, Unit* to) {
+std::size_t WidenAscii(const unsigned char* from, std::size_t count, Unit* to) {
     std::size_t done = 0;
 #ifdef QUILLON_SSE2
     for (; count - done >= 16; done += 16) {
@@ -67,7 +67,7 @@ std::size_t WidenAscii(const char* from, std::size_t count, Unit* to) {
         StoreWidened(bytes, to + done);
     }
 #endif
-    for (; done < count && static_cast<unsigned char>(from[done]) < 0x80; ++done) {
+    for (; done < count && from[done] < 0x80; ++done) {
         to[done] = static_cast<Unit>(from[done]);
     }
     return done;

@@ -1,6 +1,10 @@
 #include "platform/Utf.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
+#include <utility>
 
 #include "platform/AsciiRun.h"
 
@@ -18,13 +22,6 @@ bool IsHighSurrogate(std::uint32_t unit) { return (unit & 0xFFFFFC00) == 0xD800;
 bool IsLowSurrogate(std::uint32_t unit) { return (unit & 0xFFFFFC00) == 0xDC00; }
 bool IsSurrogate(std::uint32_t unit) { return (unit & 0xFFFFF800) == 0xD800; }
 
-/// How many bytes at `p` are a character's beginning: `complete` when they are all
-/// of it, otherwise its maximal subpart, which is at least one byte.
-struct Sequence {
-    std::size_t length;
-    bool complete;
-};
-
 /// The smallest and largest second byte that a lead byte allows (Unicode, table 3-7).
 bool IsSecondByte(Byte lead, Byte second) {
     const Byte least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
@@ -32,34 +29,70 @@ bool IsSecondByte(Byte lead, Byte second) {
     return second >= least && second <= most;
 }
 
-Sequence Examine(const Byte* p, std::size_t available) {
+/// The length of the maximal subpart, at least one byte, of the invalid sequence at `p`.
+std::size_t SubpartLength(const Byte* p, std::size_t available) {
     const Byte lead = p[0];
-    if (lead < 0x80) return {1, true};
-    if (lead < 0xC2 || lead > 0xF4) return {1, false};
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (available < 2 || !IsSecondByte(lead, p[1])) return {1, false};
-    std::size_t valid = 2;
-    while (valid < length && valid < available && IsContinuation(p[valid])) ++valid;
-    return {valid, valid == length};
+    if (lead < 0xC2 || lead > 0xF4 || available < 2 || !IsSecondByte(lead, p[1])) return 1;
+    const std::size_t most = std::min<std::size_t>(lead < 0xF0 ? 2 : 3, available);
+    std::size_t length = 2;
+    while (length < most && IsContinuation(p[length])) ++length;
+    return length;
 }
 
-/// The character of a complete sequence of two bytes or more.
-std::uint32_t Assemble(const Byte* p, std::size_t length) {
-    const auto tail = [p](std::size_t i) { return static_cast<std::uint32_t>(p[i] & 0x3F); };
-    if (length == 2) return static_cast<std::uint32_t>(p[0] & 0x1F) << 6 | tail(1);
-    if (length == 3) return static_cast<std::uint32_t>(p[0] & 0x0F) << 12 | tail(1) << 6 | tail(2);
-    return static_cast<std::uint32_t>(p[0] & 0x07) << 18 | tail(1) << 12 | tail(2) << 6 | tail(3);
+std::uint64_t LoadWord(const void* p) {
+    std::uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    return word;
 }
 
 /// Exactly the units that valid UTF-8 becomes; of invalid text never fewer than its
-/// valid beginning becomes.
+/// valid beginning becomes. Eight bytes at a time: one unit for every byte that is no
+/// continuation, and a second one for leads of four bytes.
 std::size_t CountUnits(std::string_view text) {
-    std::size_t units = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<Byte>(c);
-        units += static_cast<std::size_t>(!IsContinuation(byte)) + static_cast<std::size_t>(byte >= 0xF0);
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const auto sum = [](std::uint64_t bytes) { return static_cast<std::size_t>(bytes * ones >> 56); };
+    std::size_t units = text.size();
+    std::size_t i = 0;
+    for (; text.size() - i >= 8; i += 8) {
+        const std::uint64_t word = LoadWord(text.data() + i);
+        const std::uint64_t top = word >> 7 & ones;
+        if (top == 0) continue;
+        units -= sum(top & ~(word >> 6));
+        units += sum(top & word >> 6 & word >> 5 & word >> 4);
+    }
+    for (; i < text.size(); ++i) {
+        const auto byte = static_cast<Byte>(text[i]);
+        units -= static_cast<std::size_t>(IsContinuation(byte));
+        units += static_cast<std::size_t>(byte >= 0xF0);
     }
     return units;
+}
+
+constexpr std::uint32_t kInvalid = 0xFFFFFFFF;
+
+/// The character, not an ASCII one, at `p`, which is moved past it; or kInvalid, `p`
+/// being of no use then.
+std::uint32_t TakeSequence(const Byte*& p, const Byte* end) {
+    const std::uint32_t lead = p[0];
+    const auto available = end - p;
+    const auto bits = [&p](int i) { return p[i] & 0x3FU; };
+    const auto excess = [&p](int i) { return p[i] ^ 0x80U; };  // 0x40 or more: no continuation
+    if (lead < 0xE0) {
+        if (lead < 0xC2 || available < 2 || excess(1) >= 0x40) return kInvalid;
+        const std::uint32_t character = (lead & 0x1F) << 6 | bits(1);
+        p += 2;
+        return character;
+    }
+    if (lead < 0xF0) {
+        if (available < 3 || (excess(1) | excess(2)) >= 0x40) return kInvalid;
+        const std::uint32_t character = (lead & 0x0F) << 12 | bits(1) << 6 | bits(2);
+        p += 3;
+        return character < 0x800 || IsSurrogate(character) ? kInvalid : character;
+    }
+    if (available < 4 || (excess(1) | excess(2) | excess(3)) >= 0x40) return kInvalid;
+    const std::uint32_t character = (lead & 0x0F) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
+    p += 4;
+    return character < 0x10000 || character > 0x10FFFF ? kInvalid : character;
 }
 
 template <class Unit>
@@ -78,17 +111,17 @@ template <class String>
 std::optional<String> Decode(std::string_view text) {
     String wide(CountUnits(text), 0);
     auto* out = wide.data();
-    for (std::size_t i = 0; i < text.size();) {
-        const std::size_t ascii = WidenAscii(text.data() + i, text.size() - i, out);
-        i += ascii;
+    const auto* p = reinterpret_cast<const Byte*>(text.data());
+    const Byte* const end = p + text.size();
+    while (p != end) {
+        const std::size_t ascii = WidenAscii(p, static_cast<std::size_t>(end - p), out);
+        p += ascii;
         out += ascii;
         // Characters of the same kind come in runs.
-        while (i < text.size() && static_cast<Byte>(text[i]) >= 0x80) {
-            const auto* const p = reinterpret_cast<const Byte*>(text.data() + i);
-            const Sequence sequence = Examine(p, text.size() - i);
-            if (!sequence.complete) return std::nullopt;
-            out = PutUnits(Assemble(p, sequence.length), out);
-            i += sequence.length;
+        while (p != end && *p >= 0x80) {
+            const std::uint32_t character = TakeSequence(p, end);
+            if (character == kInvalid) return std::nullopt;
+            out = PutUnits(character, out);
         }
     }
     return wide;
@@ -99,76 +132,92 @@ std::uint32_t Value(Unit unit) {
     return static_cast<std::make_unsigned_t<Unit>>(unit);
 }
 
+/// How many bytes a unit becomes; either half of a pair counts two.
+template <class Unit>
+constexpr Unit BytesOf(Unit unit) {
+    const auto value = static_cast<std::make_unsigned_t<Unit>>(unit);
+    const auto surrogate = static_cast<Unit>((value & 0xF800) == 0xD800);
+    return static_cast<Unit>(1 + (value >= 0x80) + (value >= 0x800) - surrogate);
+}
+
 /// Exactly the bytes that valid UTF-16 becomes; of invalid text never fewer than
 /// its valid beginning becomes.
 template <class Unit>
 std::size_t CountBytes(std::basic_string_view<Unit> text) {
-    std::size_t bytes = text.size();
-    for (const Unit unit : text) {
-        const std::uint32_t value = Value(unit);
-        bytes += static_cast<std::size_t>(value >= 0x80) +
-                 static_cast<std::size_t>(value >= 0x800 && !IsSurrogate(value));
+    constexpr std::size_t block = 16;  // a fixed count, which compilers turn into vectors
+    std::size_t bytes = 0, i = 0;
+    for (; text.size() - i >= block; i += block) {
+        Unit sum = 0;
+        for (std::size_t j = 0; j < block; ++j) sum = static_cast<Unit>(sum + BytesOf(text[i + j]));
+        bytes += static_cast<std::size_t>(sum);
     }
+    for (; i < text.size(); ++i) bytes += static_cast<std::size_t>(BytesOf(text[i]));
     return bytes;
 }
 
+/// Puts a character's bytes, of which ASCII has its own faster way.
 char* PutBytes(std::uint32_t character, char* out) {
-    const auto put = [&out](std::uint32_t byte) { *out++ = static_cast<char>(byte); };
-    const auto tail = [&](unsigned shift) { put(0x80 | (character >> shift & 0x3F)); };
-    if (character < 0x80) {
-        put(character);
-    } else if (character < 0x800) {
-        put(0xC0 | character >> 6);
-        tail(0);
-    } else if (character < 0x10000) {
-        put(0xE0 | character >> 12);
-        tail(6);
-        tail(0);
-    } else {
-        put(0xF0 | character >> 18);
-        tail(12);
-        tail(6);
-        tail(0);
+    const auto tail = [character](unsigned shift) {
+        return static_cast<char>(0x80 | (character >> shift & 0x3F));
+    };
+    if (character < 0x800) {
+        out[0] = static_cast<char>(0xC0 | character >> 6);
+        out[1] = tail(0);
+        return out + 2;
     }
-    return out;
+    if (character < 0x10000) {
+        out[0] = static_cast<char>(0xE0 | character >> 12);
+        out[1] = tail(6);
+        out[2] = tail(0);
+        return out + 3;
+    }
+    out[0] = static_cast<char>(0xF0 | character >> 18);
+    out[1] = tail(12);
+    out[2] = tail(6);
+    out[3] = tail(0);
+    return out + 4;
 }
 
-/// Reads the character at `i` and moves past it; false when it is no valid one.
+/// The character at `p`, which is moved past it; or kInvalid, `p` staying.
 template <class Unit>
-bool TakeCharacter(std::basic_string_view<Unit> text, std::size_t& i, std::uint32_t& character) {
-    character = Value(text[i]);
-    if (character > 0xFFFF) return false;
-    if (!IsSurrogate(character)) {
-        ++i;
-        return true;
+std::uint32_t TakeUnits(const Unit*& p, const Unit* end) {
+    const std::uint32_t first = Value(p[0]);
+    if (!IsSurrogate(first)) {
+        if (first > 0xFFFF) return kInvalid;
+        ++p;
+        return first;
     }
-    if (!IsHighSurrogate(character) || i + 1 == text.size() || !IsLowSurrogate(Value(text[i + 1])))
-        return false;
-    character = 0x10000 + ((character & 0x3FF) << 10) + (Value(text[i + 1]) & 0x3FF);
-    i += 2;
-    return true;
+    if (!IsHighSurrogate(first) || end - p < 2 || !IsLowSurrogate(Value(p[1]))) return kInvalid;
+    const std::uint32_t character = 0x10000 + ((first & 0x3FF) << 10) + (Value(p[1]) & 0x3FF);
+    p += 2;
+    return character;
 }
 
 /// The longest valid beginning in UTF-8; `consumed` tells how many units that are.
 template <class Unit>
 std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consumed) {
-    std::string narrow(text.size(), '\0');
-    std::size_t i = NarrowAscii(text.data(), text.size(), narrow.data());
-    char* out = narrow.data() + i;
-    if (i < text.size()) {
-        narrow.resize(i + CountBytes(text.substr(i)));
-        out = narrow.data() + i;
-    }
-    std::uint32_t character = 0;
-    while (i < text.size() && TakeCharacter(text, i, character)) {
-        out = PutBytes(character, out);
-        if (i == text.size() || Value(text[i]) >= 0x80) continue;
-        const std::size_t ascii = NarrowAscii(text.data() + i, text.size() - i, out);
-        i += ascii;
+    const Unit* p = text.data();
+    const Unit* const end = p + text.size();
+    std::string narrow(text.size(), '\0');  // enough for ASCII, which most texts are
+    const std::size_t prefix = NarrowAscii(p, text.size(), narrow.data());
+    narrow.resize(prefix + CountBytes(text.substr(prefix)));
+    char* out = narrow.data() + prefix;
+    p += prefix;
+    while (p != end) {
+        const std::size_t ascii = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
+        p += ascii;
         out += ascii;
+        while (p != end && Value(*p) >= 0x80) {
+            const std::uint32_t character = TakeUnits(p, end);
+            if (character == kInvalid) {
+                narrow.resize(static_cast<std::size_t>(out - narrow.data()));
+                consumed = static_cast<std::size_t>(p - text.data());
+                return narrow;
+            }
+            out = PutBytes(character, out);
+        }
     }
-    narrow.resize(static_cast<std::size_t>(out - narrow.data()));
-    consumed = i;
+    consumed = text.size();
     return narrow;
 }
 
@@ -191,18 +240,28 @@ std::wstring ToWide(std::string_view text) {
 std::string ToUtf8(std::wstring_view text) {
     if (auto narrow = WideToUtf8(text)) return std::move(*narrow);
     std::wstring repaired(text);
-    std::uint32_t ignored = 0;
-    for (std::size_t i = 0; i < repaired.size();) {
-        if (!TakeCharacter(std::wstring_view(repaired), i, ignored)) repaired[i++] = kWideReplacement;
+    const wchar_t* p = repaired.data();
+    const wchar_t* const end = p + repaired.size();
+    while (p != end) {
+        const auto at = static_cast<std::size_t>(p - repaired.data());
+        if (TakeUnits(p, end) != kInvalid) continue;
+        repaired[at] = kWideReplacement;
+        ++p;
     }
     return *WideToUtf8(repaired);
 }
 
 std::size_t FindInvalidUtf8(std::string_view text) {
-    for (std::size_t i = 0; i < text.size();) {
-        const Sequence sequence = Examine(reinterpret_cast<const Byte*>(text.data() + i), text.size() - i);
-        if (!sequence.complete) return i;
-        i += sequence.length;
+    const auto* const begin = reinterpret_cast<const Byte*>(text.data());
+    const Byte* const end = begin + text.size();
+    for (const Byte* p = begin; p != end;) {
+        if (end - p >= 8 && (LoadWord(p) & 0x8080808080808080) == 0) {
+            p += 8;
+        } else if (*p < 0x80) {
+            ++p;
+        } else if (const Byte* const start = p; TakeSequence(p, end) == kInvalid) {
+            return static_cast<std::size_t>(start - begin);
+        }
     }
     return std::string_view::npos;
 }
@@ -216,7 +275,7 @@ std::string RepairUtf8(std::string_view text) {
         if (invalid == std::string_view::npos) return repaired;
         repaired.append(kReplacement);
         text.remove_prefix(invalid);
-        text.remove_prefix(Examine(reinterpret_cast<const Byte*>(text.data()), text.size()).length);
+        text.remove_prefix(SubpartLength(reinterpret_cast<const Byte*>(text.data()), text.size()));
     }
 }
 
