@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 #include <cstdlib>
+#include <ctime>
 
 #include "Utils/DateTimeParts.h"
 #include "platform/CivilTime.h"
@@ -24,6 +25,14 @@ std::string IsoText(const UtcFields& fields, int milliseconds, std::size_t limit
     return std::string(buffer.data(), std::min(static_cast<std::size_t>(end - buffer.data()), limit));
 }
 
+/// WritePadded(out, value, 2); nearly every field has two digits.
+char* WriteTwo(char* out, std::int64_t value) {
+    if (value < 0 || value > 99) return WritePadded(out, value, 2);
+    out[0] = static_cast<char>('0' + value / 10);
+    out[1] = static_cast<char>('0' + value % 10);
+    return out + 2;
+}
+
 /// Appends one part of a time span, unless it is a zero that nothing precedes.
 void AppendSpanPart(std::string& text, long long value, const char* unit) {
     if (value == 0 && text.empty()) return;
@@ -43,18 +52,6 @@ char* WritePadded(char* out, std::int64_t value, int width) {
     for (auto length = (end - digits.data()) + isNegative; length < width; ++length) *out++ = '0';
     return std::copy(static_cast<const char*>(digits.data()), end, out);
 }
-
-namespace {
-
-/// WritePadded(out, value, 2); nearly every field has two digits.
-char* WriteTwo(char* out, std::int64_t value) {
-    if (value < 0 || value > 99) return WritePadded(out, value, 2);
-    out[0] = static_cast<char>('0' + value / 10);
-    out[1] = static_cast<char>('0' + value % 10);
-    return out + 2;
-}
-
-}  // namespace
 
 char* WriteDateTime(char* out, const UtcFields& fields) {
     out = WritePadded(out, fields.year, 4);

@@ -1,6 +1,7 @@
 #include <array>
-#include <chrono>
+#include <ctime>
 #include <cwchar>
+#include <optional>
 
 #include "Utils/DateTimeParts.h"
 #include "platform/OleTypes.h"

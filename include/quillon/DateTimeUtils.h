@@ -21,28 +21,33 @@ public:
     static const char* const JsonDateTimeEpoch;
 
     static long long GetUtcTimeNow();
-    /// Reads the fields as UTC and normalises them in place.
+    /// Reads the fields as UTC and normalises them in place. Never fails: fields
+    /// beyond their range count on.
     static long long UtcTmToEpochTime(std::tm& utc);
     static long long UtcTmToEpochTime(std::tm* utc);
+    /// Seconds whose year has no room in `utc` become the nearest that has.
     static void EpochTimeToUtcTm(std::tm& utc, long long epochSeconds);
 
     static long long FileTimeToEpochTime(const FILETIME& fileTime);
-    /// Ticks below a millisecond are dropped.
+    /// Ticks below a millisecond are dropped; what is later than the last time point becomes it.
     static TimePoint FileTimeToTimePoint(const FILETIME& fileTime);
     /// `date` is UTC; whole seconds. A date that cannot be converted gives the epoch.
     static TimePoint DATEToTimePoint(const double& date);
-    /// A local wall-clock time, read with daylight saving time off.
+    /// A local wall-clock time, read with daylight saving time off; the epoch when
+    /// the system or a time point has no room for it.
     static TimePoint YMDHMSToTimePoint(int year, int month, int day, int hour, int minute, int second);
     static long long RoundDownToMidnight(long long epochSeconds);
     static TimePoint RoundDownToMidnight(TimePoint time);
 
     /// "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", cut at 24 characters.
     static std::string FormatTimeAsISO8601(const std::tm& utc, unsigned int milliseconds);
-    /// The smallest time point gives the empty text.
+    /// Milliseconds are rounded down, also before 1970. The smallest time point gives
+    /// the empty text.
     static std::string FormatTimeAsISO8601(const TimePoint& time);
     static std::string FormatTimeAsISO8601(const long long& epochSeconds);
+    /// Empty for file times of 2^63 and more.
     static std::string FormatTimeAsISO8601(const FILETIME& fileTime);
-    /// Local time as "%a %b %d %H : %M:%S %Y".
+    /// Local time as "%a %b %d %H : %M:%S %Y"; empty past 26 characters (year 10000).
     static std::string FormatTimeTAsAscTime(long long epochSeconds);
     /// "1d 2h 3m 4s"; zero and below give "0s".
     static std::string FormatTimeSpanAsString(const long long& seconds);
@@ -52,7 +57,7 @@ public:
     static bool ParseX509TimeString(const char* text, long long* epochSeconds);
     /// 0 on failure. Milliseconds of 500 and more round up.
     static long long JsonDateTimeToEpochTime(const std::string& text);
-    /// The epoch on failure.
+    /// The epoch on failure, and for a date that a time point has no room for.
     static TimePoint JsonDateTimeToTimePoint(const std::string& text);
 
     /// The date's own fields with the zone that is in force now; empty for an

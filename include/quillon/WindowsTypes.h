@@ -89,13 +89,13 @@ enum VARENUM : VARTYPE {
 struct VARIANT {
     VARTYPE vt;
     union {
+        std::int64_t llVal;  // first: an empty VARIANT is all zeros
         signed char cVal;
         unsigned char bVal;
         std::int16_t iVal;
         std::uint16_t uiVal;
         std::int32_t lVal;
         std::uint32_t ulVal;
-        std::int64_t llVal;
         std::uint64_t ullVal;
         float fltVal;
         double dblVal;
