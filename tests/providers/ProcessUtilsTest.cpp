@@ -297,15 +297,24 @@ TEST_F(ProcessUtilsRun, AMonitorThatThrowsEndsTheWatch) {
     while (!worker.expired()) std::this_thread::yield();
 }
 
-TEST_F(ProcessUtilsRun, ATreeIsKilledDownToWhatLeftItsGroup) {
-    for (const bool tree : {false, true}) {
+TEST_F(ProcessUtilsRun, ATreeIsKilledDownToWhatLeftItsGroupAndParents) {
+    const std::string leave = ChildCommand("leave", {m_started.string(), m_go.string()});
+    const std::string wait = ChildCommand("await", {m_dir.Native("unused").string(), m_go.string()});
+    const struct {
+        bool tree;
+        std::string command;
+    } cases[] = {{false, Waiting("parent")->command},
+                 {true, Waiting("parent")->command},
+                 {true, "cmd /c " + leave + " && " + wait}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
         const Monitor monitor([this] { return std::filesystem::exists(m_started.string() + ".id"); });
-        const auto props = Waiting("parent");
+        const auto props = CommandOf(c.command, m_log);
         props->killOnTimeout = true;
-        props->killTree = tree;
+        props->killTree = c.tree;
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), -6);
         EXPECT_TRUE(props->killed);
-        EXPECT_EQ(IsStillRunning(Grandchild()), !tree);
+        EXPECT_EQ(IsStillRunning(Grandchild()), !c.tree);
         std::filesystem::remove(m_started);
         std::filesystem::remove(m_started.string() + ".id");
     }

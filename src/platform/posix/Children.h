@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <unordered_map>
 
 namespace quillon::platform {
@@ -14,7 +15,8 @@ namespace quillon::platform {
 /// under one hold of the lock.
 struct ChildTable {
     struct Child {
-        bool leadsGroup = false;
+        /// "NAME=value" in the environment of its tree; empty: it is not killed as one.
+        std::string treeMark;
         bool letGo = false;                      ///< nobody waits for it
         std::optional<std::int32_t> killedWith;  ///< the status that KillProcess gave it
     };
@@ -27,9 +29,10 @@ struct ChildTable {
 ChildTable& Children();
 /// True when a child has ended, reaped or not.
 bool HasChildEnded(pid_t child);
-/// Kills a child that leads its group, and its descendants. The caller keeps the
-/// child from being reaped.
-bool KillTree(pid_t leader);
+/// Kills a child that leads its group, and its descendants: the members of the
+/// group, the children of all these, and whoever has the mark in its environment.
+/// The caller keeps the child from being reaped.
+bool KillTree(pid_t leader, const std::string& mark);
 /// True when a process exists and has not ended.
 bool IsAlive(pid_t process);
 /// A handle that can be polled for the end of a process; -1 when there is none.

@@ -163,8 +163,9 @@ KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scop
         SetLastErrorCode(kAccessDenied);
         return KillResult::NotKilled;
     }
-    const bool tree = scope == KillScope::Tree && child->second.leadsGroup;
-    if (!(tree ? KillTree(process) : ::kill(process, SIGKILL) == 0 || FailWithErrno())) {
+    const bool tree = scope == KillScope::Tree && !child->second.treeMark.empty();
+    if (!(tree ? KillTree(process, child->second.treeMark)
+               : ::kill(process, SIGKILL) == 0 || FailWithErrno())) {
         return KillResult::NotKilled;
     }
     child->second.killedWith = exitStatus;

@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <vector>
 
@@ -97,7 +99,15 @@ std::vector<std::string> ArgumentsOf(const std::string& command) {
     return arguments;
 }
 
-std::vector<std::string> EnvironmentOf(const ProcessRequest& request) {
+/// What a daemon that has left its group and lost its parents still carries.
+std::string NewTreeMark() {
+    static std::atomic<unsigned> count{0};
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    return "QUILLON_COMMAND=" + std::to_string(::getpid()) + '.' + std::to_string(now) + '.' +
+           std::to_string(++count);
+}
+
+std::vector<std::string> EnvironmentOf(const ProcessRequest& request, const std::string& treeMark) {
     std::vector<std::string> variables;
     if (request.environment != nullptr) {
         for (const auto& [name, value] : *request.environment) variables.push_back(name + '=' + value);
@@ -106,6 +116,7 @@ std::vector<std::string> EnvironmentOf(const ProcessRequest& request) {
             variables.emplace_back(*variable);
         }
     }
+    if (!treeMark.empty()) variables.push_back(treeMark);
     return variables;
 }
 
@@ -140,7 +151,7 @@ bool IsDirectory(const std::string& path) {
 
 /// 0, with the reason recorded, when the program cannot be started.
 pid_t Spawn(const ProcessRequest& request, const std::vector<std::string>& arguments,
-            const std::string& directory) {
+            const std::string& directory, const std::string& treeMark) {
     FileHandle spareInput;
     FileHandle spareOutput;
     const int input = ClearOfStandard(request.input, spareInput);
@@ -149,7 +160,7 @@ pid_t Spawn(const ProcessRequest& request, const std::vector<std::string>& argum
     AddActions(actions, input, output, directory);
     const Attributes attributes(request.killableAsTree);
     const Vector argumentVector(arguments);
-    const Vector environment(EnvironmentOf(request));
+    const Vector environment(EnvironmentOf(request, treeMark));
     pid_t child = 0;
     errno = ::posix_spawnp(&child, arguments[0].c_str(), actions.Get(), attributes.Get(),
                            argumentVector.Get(), environment.Get());
@@ -172,11 +183,12 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
         SetLastErrorCode(kNoSuchDirectory);
         return std::nullopt;
     }
-    const pid_t child = Spawn(request, arguments, directory);
+    std::string treeMark = request.killableAsTree ? NewTreeMark() : std::string();
+    const pid_t child = Spawn(request, arguments, directory, treeMark);
     if (child == 0) return std::nullopt;
     ChildTable& table = Children();
     const std::lock_guard lock(table.mutex);
-    table.children.insert_or_assign(child, ChildTable::Child{request.killableAsTree, false, {}});
+    table.children.insert_or_assign(child, ChildTable::Child{std::move(treeMark), false, {}});
     return ChildProcess(static_cast<std::uint32_t>(child), OpenProcessDescriptor(child));
 }
 

@@ -52,13 +52,23 @@ Number FieldAt(std::string_view text, int index) {
     return number;
 }
 
-std::optional<ProcessEntry> ReadEntry(pid_t process) {
-    const std::string path = "/proc/" + std::to_string(process) + "/stat";
+std::string ReadOf(pid_t process, const char* name) {
+    constexpr std::size_t kPiece = 4096;
+    const std::string path = "/proc/" + std::to_string(process) + '/' + name;
     const FileHandle file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    char buffer[1024];
-    const ssize_t length = file ? ::read(file.Get(), buffer, sizeof buffer) : -1;
-    if (length <= 0) return std::nullopt;
-    std::string_view text(buffer, static_cast<std::size_t>(length));
+    std::string content;
+    for (ssize_t count = file ? 1 : 0; count > 0;) {
+        const std::size_t length = content.size();
+        content.resize(length + kPiece);
+        count = ::read(file.Get(), content.data() + length, kPiece);
+        content.resize(length + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return content;
+}
+
+std::optional<ProcessEntry> ReadEntry(pid_t process) {
+    const std::string content = ReadOf(process, "stat");
+    std::string_view text = content;
     // The program's name, in parentheses, may hold anything.
     const auto nameEnd = text.rfind(") ");
     if (nameEnd == std::string_view::npos) return std::nullopt;
@@ -112,17 +122,48 @@ private:
     bool m_isSame = false;
 };
 
-/// Stops the descendants that this look at the process list finds new. True when
-/// another look is needed: a process may complete a fork until it has stopped.
-bool StopMore(pid_t leader, std::unordered_set<pid_t>& known, std::vector<Member>& members) {
-    bool again = false;
-    for (const ProcessEntry& entry : AllProcesses()) {
-        if (entry.id != leader && entry.group != leader && !known.contains(entry.parent)) continue;
-        again |= entry.IsRunnable();
-        if (known.insert(entry.id).second) members.emplace_back(entry).Signal(SIGSTOP);
+/// What is known of a tree while it is being stopped.
+class Tree {
+public:
+    Tree(pid_t leader, std::string_view mark) : m_leader(leader), m_mark(mark), m_known{leader} {
+        if (const auto entry = ReadEntry(leader)) m_startTime = entry->startTime;
     }
-    return again;
-}
+
+    /// Stops the descendants that this look at the process list finds new. True when
+    /// another look is needed: a process may complete a fork until it has stopped.
+    bool StopMore() {
+        bool again = false;
+        for (const ProcessEntry& entry : AllProcesses()) {
+            if (!Contains(entry)) continue;
+            again |= entry.IsRunnable();
+            if (m_known.insert(entry.id).second) m_members.emplace_back(entry).Signal(SIGSTOP);
+        }
+        return again;
+    }
+
+    void Kill() const {
+        for (const Member& member : m_members) member.Signal(SIGKILL);
+    }
+
+    void AwaitEnd() const {
+        const auto deadline = std::chrono::steady_clock::now() + kEndLimit;
+        for (const Member& member : m_members) member.AwaitEnd(deadline);
+    }
+
+private:
+    [[nodiscard]] bool Contains(const ProcessEntry& entry) const {
+        if (m_known.contains(entry.id) || entry.group == m_leader || m_known.contains(entry.parent))
+            return true;
+        return entry.startTime >= m_startTime &&
+               ReadOf(entry.id, "environ").find(m_mark) != std::string::npos;
+    }
+
+    pid_t m_leader;
+    std::string_view m_mark;
+    unsigned long long m_startTime = 0;
+    std::unordered_set<pid_t> m_known;
+    std::vector<Member> m_members;
+};
 
 }  // namespace
 
@@ -132,17 +173,15 @@ bool IsAlive(pid_t process) {
     return entry ? !entry->HasEnded() : ::kill(process, 0) == 0 || errno == EPERM;
 }
 
-bool KillTree(pid_t leader) {
+bool KillTree(pid_t leader, const std::string& mark) {
     if (::kill(leader, SIGSTOP) != 0) return FailWithErrno();
-    std::unordered_set<pid_t> known{leader};
-    std::vector<Member> members;
-    for (int round = 0; round < kMaxRounds && StopMore(leader, known, members); ++round) {
+    Tree tree(leader, std::string_view(mark.c_str(), mark.size() + 1));  // not the beginning of another
+    for (int round = 0; round < kMaxRounds && tree.StopMore(); ++round) {
         std::this_thread::sleep_for(kRoundPause);
     }
-    for (const Member& member : members) member.Signal(SIGKILL);
+    tree.Kill();
     if (::kill(-leader, SIGKILL) != 0) return FailWithErrno();
-    const auto deadline = std::chrono::steady_clock::now() + kEndLimit;
-    for (const Member& member : members) member.AwaitEnd(deadline);
+    tree.AwaitEnd();
     return true;
 }
 
