@@ -159,7 +159,7 @@ KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scop
     const std::lock_guard lock(table.mutex);
     const auto child = table.children.find(process);
     if (child == table.children.end()) return KillStranger(process);
-    if (HasChildEnded(process)) {
+    if (child->second.killedWith || HasChildEnded(process)) {
         SetLastErrorCode(kAccessDenied);
         return KillResult::NotKilled;
     }
