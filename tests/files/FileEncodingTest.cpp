@@ -109,8 +109,8 @@ TEST(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
         Encoding detected;
     } cases[] = {
         {"empty", "", FS::NOTSET, "", FS::ANSI},
-        {"ANSI as it is", "a\xE9\0b"s, FS::NOTSET, "a\xE9\0b"s, FS::ANSI},
-        {"forced ANSI keeps the mark", kUtf8Mark + "a", FS::ANSI, kUtf8Mark + "a", FS::UTF8},
+        {"ANSI as it is", "a\xE9y", FS::NOTSET, "a\xE9y", FS::ANSI},
+        {"forced ANSI keeps the mark", kUtf8Mark + "\0a"s, FS::ANSI, kUtf8Mark + "\0a"s, FS::UTF8},
         {"UTF-8 loses one mark", kUtf8Mark + kUtf8Mark + kText, FS::NOTSET, kUtf8Mark + kText, FS::UTF8},
         {"forced UTF-8 loses any mark", kBeMark + "a\xFF", FS::UTF8, "a\xFF", FS::UTF16BE},
         {"little-endian, odd", kLeMark + Le(kUnits) + "x", FS::NOTSET, kText, FS::UTF16LE},
