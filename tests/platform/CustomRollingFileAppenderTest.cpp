@@ -181,8 +181,8 @@ TEST(CustomRollingFileAppender, FullDiskTearsNoLaterLine) {
 }
 
 TEST(CustomRollingFileAppender, ThreadsLoseAndTearNoLineOverManyRollOvers) {
-    constexpr int kThreads = 8, kLines = 100'000, kRollOvers = 10;
-    const std::string padding(60, '.');
+    constexpr int kThreads = 8, kLines = 100'000 / QUILLON_TEST_SLOWDOWN, kRollOvers = 10;
+    const std::string padding(70 * QUILLON_TEST_SLOWDOWN, '.');
     TempDir dir;
     int rolled = 0;
     const RollingLog* self = nullptr;
@@ -203,9 +203,8 @@ TEST(CustomRollingFileAppender, ThreadsLoseAndTearNoLineOverManyRollOvers) {
     EXPECT_GE(rolled, kRollOvers);
     std::vector<int> next(kThreads, 0);
     int bad = 0;
-    fs::rename(dir.Native("log"), dir.Native("kept." + std::to_string(rolled)));
     for (int file = 0; file <= rolled; ++file) {
-        auto lines = LinesOf(dir.Read("kept." + std::to_string(file)));
+        auto lines = LinesOf(dir.Read(file < rolled ? "kept." + std::to_string(file) : "log"));
         if (file > 0) {
             EXPECT_EQ(lines.at(0), "report");
             lines.erase(lines.begin());
