@@ -58,7 +58,8 @@ private:
     bool VisitFolder(const DirectoryEntry& folder) {
         if (!folder.isLink) {
             if (!m_walk.Enter(folder.name)) return false;
-            m_path = PathUtils::CombinePaths(m_path, folder.name, PathUtils::PathSep);
+            if (!m_path.ends_with(PathUtils::PathSep)) m_path += PathUtils::PathSep;
+            m_path += folder.name;
             return VisitFiles();
         }
         ++m_levels.back().next;

@@ -1,0 +1,152 @@
+#include "platform/FileApi.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/ErrorText.h"
+#include "platform/FolderWalk.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace quillon::platform {
+namespace {
+
+using test::TempDir;
+
+TEST(FileApiErrors, AreTheSameCodesOnBothSystems) {
+    const TempDir dir;
+    const std::string file = dir.Write("file", "x");
+    const std::string full = dir.Path("full");
+    dir.Write("full/x", "x");
+    const std::string locked = dir.Write("locked", "x");
+    fs::permissions(dir.Native("locked"), fs::perms::owner_read, fs::perm_options::replace);
+    const struct {
+        const char* what;
+        bool succeeded;
+        std::uint32_t code, expected;
+    } cases[] = {
+        {"missing file", RemoveFile(dir.Path("missing")), LastError(), 2},
+        {"folder as file", RemoveFile(full), LastError(), 5},
+        {"read-only file", RemoveFile(locked), LastError(), 5},
+        {"full folder", RemoveEmptyDirectory(full), LastError(), 145},
+        {"file as folder", RemoveEmptyDirectory(file), LastError(), test::kWindows ? 267u : 3u},
+        {"existing folder", MakeOneDirectory(full), LastError(), 183},
+        {"move onto a file", MovePath(full, file), LastError(), 183},
+        {"move of nothing", MovePath(dir.Path("missing"), dir.Path("x")), LastError(), 2},
+        {"copy onto a read-only file", CopyFileOver(file, locked), LastError(), 5},
+        {"copy onto itself", CopyFileOver(file, file), LastError(), 32},
+        {"read a folder", ReadWholeFile(full).has_value(), LastError(), 5},
+        {"read nothing", ReadWholeFile(dir.Path("missing")).has_value(), LastError(), 2},
+        {"write a folder", WriteWholeFile(full, "", "x", WriteMode::Truncate), LastError(), 5},
+        {"temporary file nowhere", CreateTemporaryFile(dir.Path("missing"), "vnt").has_value(), LastError(),
+         test::kWindows ? 267u : 2u},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_FALSE(c.succeeded);
+        EXPECT_EQ(c.code, c.expected);
+    }
+    fs::permissions(dir.Native("locked"), fs::perms::owner_write, fs::perm_options::add);
+}
+
+TEST(FileApiContent, IsWrittenAndReadWhole) {
+    const TempDir dir;
+    const std::string path = dir.Path("\xC3\xA9.bin");
+    const std::string body = std::string("a\0\r\n\x1A", 5) + std::string(500'000, 'b');
+    EXPECT_TRUE(WriteWholeFile(path, "head", body, WriteMode::Truncate));
+    EXPECT_EQ(ReadWholeFile(path), "head" + body);
+    EXPECT_TRUE(WriteWholeFile(path, "", "tail", WriteMode::Append));
+    EXPECT_EQ(ReadWholeFile(path), "head" + body + "tail");
+    EXPECT_TRUE(WriteWholeFile(path, "", "", WriteMode::Truncate));
+    EXPECT_EQ(ReadWholeFile(path), "");
+}
+
+TEST(FileApiContent, FileThatGrowsWhileItIsReadIsReadToItsEnd) {
+    const TempDir dir;
+    const std::string path = dir.Write("log", std::string(200'000, 'a'));
+    std::string content;
+    bool hasGrown = false;
+    EXPECT_TRUE(ReadPieces(path, [&](std::string_view piece) {
+        content += piece;
+        if (!hasGrown) hasGrown = WriteWholeFile(path, "", "grown", WriteMode::Append);
+        return true;
+    }));
+    EXPECT_EQ(content, std::string(200'000, 'a') + "grown");
+}
+
+TEST(FileApiContent, FileOfTheKernelHasNoSizeButContent) {
+    if (test::kWindows) GTEST_SKIP() << "only Linux has files whose size is not told";
+    const auto content = ReadWholeFile("/proc/self/status");
+    ASSERT_TRUE(content);
+    EXPECT_THAT(*content, testing::StartsWith("Name:\t"));
+}
+
+TEST(FileApiTemporary, PlantedLinksAreNotFollowed) {
+    if (test::kWindows) GTEST_SKIP() << "links need a privilege there";
+    const TempDir dir;
+    fs::create_directory(dir.Native("temp"));
+    // All names but one are taken by links to a file that must not come to be.
+    for (unsigned n = 0; n < 0x10000; ++n) {
+        char name[16];
+        std::snprintf(name, sizeof(name), "vnt%04X.tmp", n);
+        if (n != 0xBEEF) fs::create_symlink(dir.Native("victim"), dir.Native("temp") / name);
+    }
+    const auto path = CreateTemporaryFile(dir.Path("temp"), "vnt");
+    EXPECT_EQ(path, dir.Path("temp\\vntBEEF.tmp"));
+    EXPECT_FALSE(CreateTemporaryFile(dir.Path("temp"), "vnt"));
+    EXPECT_FALSE(dir.Exists("victim"));
+    EXPECT_EQ(fs::status(dir.Native("temp/vntBEEF.tmp")).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_FALSE(OpenForCapture(dir.Path("temp\\vnt0000.tmp")));
+}
+
+TEST(FileApiCapture, TruncatesAndTellsItsSize) {
+    const TempDir dir;
+    const std::string path = dir.Write("out", "old content");
+    const FileHandle file = OpenForCapture(path);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(SizeOfOpenFile(file), 0u);
+    std::ofstream(dir.Native("out"), std::ios::app) << "12345";
+    EXPECT_EQ(SizeOfOpenFile(file), 5u);
+}
+
+TEST(FolderWalkMoves, OneFolderAtATimeAndNeverThroughALink) {
+    const TempDir dir;
+    dir.Write("a/b/file", "12345");
+    auto walk = FolderWalk::Open(dir.Path(), FolderWalk::Purpose::ToErase);
+    ASSERT_TRUE(walk);
+    EXPECT_FALSE(walk->Leave());
+    EXPECT_FALSE(walk->Enter("missing"));
+    ASSERT_TRUE(walk->Enter("a") && walk->Enter("b"));
+    EXPECT_FALSE(walk->Enter("file"));
+    EXPECT_EQ(walk->SizeOf("file"), 5u);
+    EXPECT_FALSE(walk->RemoveEmptyDirectory("file"));
+    EXPECT_TRUE(walk->RemoveFile("file"));
+    ASSERT_TRUE(walk->Leave());
+    EXPECT_FALSE(walk->RemoveFile("b"));
+    EXPECT_TRUE(walk->RemoveEmptyDirectory("b"));
+    ASSERT_TRUE(walk->Leave());
+    EXPECT_TRUE(walk->RemoveEmptyDirectory("a"));
+    EXPECT_TRUE(fs::is_empty(dir.Native()));
+}
+
+TEST(FolderWalkMoves, FolderMovedAwayMeanwhileEndsIt) {
+    if (test::kWindows) GTEST_SKIP() << "an open folder cannot be moved there";
+    const TempDir dir;
+    dir.Write("tree/sub/file", "x");
+    dir.Write("elsewhere/file", "x");
+    auto walk = FolderWalk::Open(dir.Path("tree"), FolderWalk::Purpose::ToErase);
+    ASSERT_TRUE(walk && walk->Enter("sub"));
+    fs::rename(dir.Native("tree/sub"), dir.Native("elsewhere/sub"));
+    EXPECT_FALSE(walk->Leave());
+    EXPECT_TRUE(dir.Exists("elsewhere/file"));
+}
+
+}  // namespace
+}  // namespace quillon::platform
