@@ -17,7 +17,11 @@ namespace quillon::platform {
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
     const std::string native = NativePath(path);
     struct ::stat status {};
-    if (::lstat(native.c_str(), &status) != 0) {
+    // With a trailing separator the name leads through a link, but says itself only
+    // that what is meant is a folder.
+    const bool exists = ::lstat(native.c_str(), &status) == 0 &&
+                        (!native.ends_with('/') || ::lstat(NativeName(path).c_str(), &status) == 0);
+    if (!exists) {
         FailWithErrno();
         return std::nullopt;
     }
