@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/RecordingLogger.h"
+#include "support/System.h"
 
 namespace quillon {
 namespace {
@@ -396,12 +397,16 @@ QUILLON_PRINTF(1, 2) std::string Formatted(const char* format, ...) {
     return text;
 }
 
-TEST(StringUtilsFormat, IsBoundedAndSurvivesAFailingFormat) {
+TEST(StringUtilsFormat, IsBounded) {
     EXPECT_EQ(Formatted("%s=%lld", "a", 1LL << 40), "a=1099511627776");
     EXPECT_EQ(Formatted("a%cb", 0), "a\0b"s);
     EXPECT_EQ(Formatted("%9999s", "x").size(), 9999u);
     EXPECT_EQ(Formatted("%s", std::string(20000, 'x').c_str()), std::string(9999, 'x'));
-    // A width past what an int counts: the formatter gives up.
+}
+
+TEST(StringUtilsFormat, AFailingFormatIsQuoted) {
+    if (test::kWindows) GTEST_SKIP() << "the formatter there takes every width";
+    // A width past what an int counts.
     const std::string failing = "%2147483648d";
     EXPECT_EQ(Formatted(failing.c_str(), 1), "Invalid Log format: %2147483648d");
 }
