@@ -18,9 +18,9 @@ namespace quillon {
 namespace {
 
 using test::RecordingLogger;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::MatchesRegex;
 using testing::StartsWith;
 using namespace std::string_literals;
 using Pieces = std::vector<std::string>;
@@ -433,7 +433,7 @@ TEST(StringUtilsFormat, ExpandsKnownEnvironmentVariablesOnly) {
 TEST(StringUtilsErrors, TextsCarryBothFormsOfTheCode) {
     RecordingLogger log;
     EXPECT_EQ(StringUtils::GetErrorAsString(0), "");
-    EXPECT_THAT(StringUtils::GetErrorAsString(5), MatchesRegex("\\(5/0X5\\) [A-Z].*"));
+    EXPECT_THAT(StringUtils::GetErrorAsString(5), StartsWith("(5/0X5) Access "));
     EXPECT_EQ(StringUtils::GetErrorCodeAsString(5), StringUtils::GetErrorAsString(5));
     EXPECT_THAT(StringUtils::GetErrorAsString(-2147024891), StartsWith("(-2147024891/0X80070005) "));
     EXPECT_THAT(log.Lines(), IsEmpty());
@@ -448,8 +448,10 @@ TEST(StringUtilsErrors, StatusTextsAreOneLine) {
     EXPECT_EQ(StringUtils::GetNtstatusAsString(0), "");
     EXPECT_EQ(StringUtils::GetNtstatusAsString(0x103), "");
     // Where the system has no message table for them, the unknown form is right too.
-    EXPECT_THAT(StringUtils::GetNtstatusAsString(-1073741790),
-                MatchesRegex("\\((unknown NTSTATUS code )?-1073741790/0Xc0000022\\)( [^\r\n]+ )?"));
+    const std::string text = StringUtils::GetNtstatusAsString(-1073741790);
+    EXPECT_THAT(text, AnyOf("(unknown NTSTATUS code -1073741790/0Xc0000022)",
+                            StartsWith("(-1073741790/0Xc0000022) ")));
+    EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos);
     EXPECT_EQ(StringUtils::GetNtstatusAsString(-1), "(unknown NTSTATUS code -1/0Xffffffff)");
     EXPECT_THAT(log.Lines(), IsEmpty());
 }
