@@ -40,8 +40,8 @@ concept NarrowInteger =
 
 /// A named, nullable value of one of five kinds: text (UTF-8), signed 64-bit
 /// integer, boolean, double, time point. Copies are deep; a move hands the value
-/// over and leaves the source to be destroyed or assigned to. Reading a null
-/// value throws null_Variant; reading another kind logs an Error entry and throws
+/// over and leaves the source unnamed and null. Reading a null value throws
+/// null_Variant; reading another kind logs an Error entry and throws
 /// std::invalid_argument. One object is used by one thread at a time.
 class QUILLON_API Variant {
 public:
@@ -155,7 +155,7 @@ private:
     std::size_t Hash() const noexcept;
     void ReportUnsupported(const char* operation) const;
 
-    std::unique_ptr<Record, Deleter> m_record;  // none after a move: reads as unnamed and null
+    std::unique_ptr<Record, Deleter> m_record;  // none after a move
 };
 
 /// The value as by AsString().

@@ -17,9 +17,9 @@ namespace quillon {
 
 /// An ordered list of Variants: one row of a DataTable, or named values on their
 /// own. Names need not be unique; look-ups compare bytes and find the first. An
-/// index or name that is not there throws std::invalid_argument. A move leaves
-/// the source to be destroyed or assigned to. One object is used by one thread at
-/// a time.
+/// index or name that is not there throws std::invalid_argument. Adding and
+/// removing invalidate positions. A move leaves the source empty. One object is
+/// used by one thread at a time.
 class QUILLON_API VariantList {
 public:
     using const_iterator = std::vector<Variant>::const_iterator;

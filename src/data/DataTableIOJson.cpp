@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -115,8 +116,9 @@ private:
 /// nesting costs no call stack, and makes rows of the objects at one depth.
 class RowReader final : public nlohmann::json_sax<nlohmann::json> {
 public:
-    /// `rowDepth` counts the containers around a row.
-    RowReader(DataTable& table, std::size_t rowDepth) : m_table(table), m_rowDepth(rowDepth) {}
+    /// `rowDepth` counts the containers around a row, `offset` the bytes before the text.
+    RowReader(DataTable& table, std::size_t rowDepth, std::size_t offset)
+        : m_table(table), m_rowDepth(rowDepth), m_offset(offset) {}
 
     bool null() override {
         if (IsCell()) return AddCell(Variant::NullVariant(m_name));
@@ -182,7 +184,7 @@ public:
     }
 
     bool parse_error(std::size_t position, const std::string&, const nlohmann::detail::exception&) override {
-        throw TableFormatError("JSON: cannot be read at byte " + std::to_string(position));
+        throw TableFormatError("JSON: cannot be read at byte " + std::to_string(m_offset + position));
     }
 
 private:
@@ -190,7 +192,7 @@ private:
         throw TableFormatError("JSON row " + std::to_string(m_table.GetNumberOfRows() + 1) + ": " + reason);
     }
 
-    /// Whether the value just read is a cell; else it is part of one.
+    /// Whether the value just read is a cell; else it is part of one. Fails outside a row.
     bool IsCell() const {
         if (m_depth <= m_rowDepth) Fail("not an object");
         return m_depth == m_rowDepth + 1;
@@ -224,6 +226,7 @@ private:
 
     DataTable& m_table;
     const std::size_t m_rowDepth;
+    const std::size_t m_offset;
     std::size_t m_depth = 0;  // of open containers
     VariantList m_row;
     std::string m_name;    // of the cell that is being read
@@ -231,13 +234,12 @@ private:
 };
 
 void ReadLines(DataTable& table, std::string_view json) {
-    while (!json.empty()) {
-        const std::string_view line = json.substr(0, json.find('\n'));
-        if (line.find_first_not_of(kWhiteSpace) != std::string_view::npos) {
-            RowReader reader(table, 0);
-            nlohmann::json::sax_parse(line, &reader);
-        }
-        json.remove_prefix(std::min(json.size(), line.size() + 1));
+    for (std::size_t start = 0, end = 0; start < json.size(); start = end + 1) {
+        end = std::min(json.find('\n', start), json.size());
+        const std::string_view line = json.substr(start, end - start);
+        if (line.find_first_not_of(kWhiteSpace) == std::string_view::npos) continue;
+        RowReader reader(table, 0, start);
+        nlohmann::json::sax_parse(line, &reader);
     }
 }
 
@@ -272,7 +274,7 @@ DataTable FromJson(std::string_view json) {
     DataTable table;
     const std::size_t start = text.find_first_not_of(kWhiteSpace);
     if (start != std::string_view::npos && text[start] == '[') {
-        RowReader reader(table, 1);
+        RowReader reader(table, 1, 0);
         nlohmann::json::sax_parse(text, &reader);
     } else {
         ReadLines(table, text);

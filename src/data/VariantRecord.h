@@ -10,6 +10,7 @@
 
 namespace quillon {
 
+/// What a Variant holds; a value behind the null flag is kept but never shown.
 enum class Kind : std::uint8_t { Text, Integer, Boolean, Double, Time, Unsupported };
 
 template <class T>
@@ -25,6 +26,7 @@ inline constexpr Kind kKindOf<double> = Kind::Double;
 template <>
 inline constexpr Kind kKindOf<TimePoint> = Kind::Time;
 
+/// One block a cell, so that a Variant moves by pointer.
 struct Variant::Record {
     Record() = default;
     explicit Record(const std::string& text) : name(text), bindName(BindName(text)) {}

@@ -13,18 +13,9 @@ constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
 DataTable OneCell(const Variant& cell) { return DataTable(VariantList(cell)); }
 
-std::string JsonError(const std::string& json) {
+std::string ErrorOf(DataTable (*read)(std::string_view), const std::string& text) {
     try {
-        FromJson(json);
-    } catch (const TableFormatError& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
-std::string CsvError(const std::string& csv) {
-    try {
-        FromCsv(csv);
+        read(text);
     } catch (const TableFormatError& error) {
         return error.what();
     }
@@ -128,15 +119,17 @@ TEST(DataTableIO, RefusesHostileJson) {
         return "[{\"n\":" + std::string(depth, '[') + std::string(depth, ']') + "}]";
     };
     EXPECT_EQ(FromJson(nested(64)).begin()->Get("n").GetStringValue().size(), 128u);
-    EXPECT_EQ(JsonError(nested(65)), "JSON row 1: values are nested too deep");
-    EXPECT_EQ(JsonError("[{}," + nested(1'000'000).substr(1)), "JSON row 2: values are nested too deep");
-    EXPECT_EQ(JsonError(std::string(1'000'000, '[')), "JSON row 1: not an object");
-    EXPECT_EQ(JsonError("[{},5]"), "JSON row 2: not an object");
-    EXPECT_EQ(JsonError("{\"a\":1}\n\"text\""), "JSON row 2: not an object");
+    EXPECT_EQ(ErrorOf(FromJson, nested(65)), "JSON row 1: values are nested too deep");
+    EXPECT_EQ(ErrorOf(FromJson, "[{}," + nested(1'000'000).substr(1)),
+              "JSON row 2: values are nested too deep");
+    EXPECT_EQ(ErrorOf(FromJson, std::string(1'000'000, '[')), "JSON row 1: not an object");
+    EXPECT_EQ(ErrorOf(FromJson, "[{},5]"), "JSON row 2: not an object");
+    EXPECT_EQ(ErrorOf(FromJson, "{\"a\":1}\n\"text\""), "JSON row 2: not an object");
+    EXPECT_EQ(ErrorOf(FromJson, "{\"a\":1}\n{\"a\" 1}"), "JSON: cannot be read at byte 15");
     for (const char* json :
          {"[", "[{\"a\":}]", "[{\"a\":1}", "[{}]x", "[{\"a\":01}]", "[{\"a\":1e999}]", "{\"a\":\"",
           "[{\"a\":\"\\ud800\"}]", "nul", "{\"a\":\n1}", "[{\"a\":NaN}]", "[{},]"}) {
-        EXPECT_THAT(JsonError(json), ::testing::StartsWith("JSON: cannot be read at byte ")) << json;
+        EXPECT_THAT(ErrorOf(FromJson, json), ::testing::StartsWith("JSON: cannot be read at byte ")) << json;
     }
 }
 
@@ -162,11 +155,11 @@ TEST(DataTableIO, ReadsCsv) {
     EXPECT_TRUE(FromCsv("").IsUndefined());
     EXPECT_THAT(FromCsv("a,b").GetDefaultColumnNames(), ::testing::ElementsAre("a", "b"));
 
-    EXPECT_EQ(CsvError("a,b\n1\n"), "CSV record 2: 1 fields instead of 2");
-    EXPECT_EQ(CsvError("a\n1,2\n"), "CSV record 2: 2 fields instead of 1");
-    EXPECT_EQ(CsvError("a\n\"open\n\n"), "CSV record 2: a quote is not closed");
-    EXPECT_EQ(CsvError("a\n\"x\"y\n"), "CSV record 2: text after a closing quote");
-    EXPECT_EQ(CsvError("a\nb\"c\"\n"), "CSV record 2: a quote inside an unquoted field");
+    EXPECT_EQ(ErrorOf(FromCsv, "a,b\n1\n"), "CSV record 2: 1 fields instead of 2");
+    EXPECT_EQ(ErrorOf(FromCsv, "a\n1,2\n"), "CSV record 2: 2 fields instead of 1");
+    EXPECT_EQ(ErrorOf(FromCsv, "a\n\"open\n\n"), "CSV record 2: a quote is not closed");
+    EXPECT_EQ(ErrorOf(FromCsv, "a\n\"x\"y\n"), "CSV record 2: text after a closing quote");
+    EXPECT_EQ(ErrorOf(FromCsv, "a\nb\"c\"\n"), "CSV record 2: a quote inside an unquoted field");
 }
 
 TEST(DataTableIO, RoundTripsKeepWhatTheFormHolds) {
