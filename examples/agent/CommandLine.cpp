@@ -41,9 +41,11 @@ void AddChoice(CLI::App& app, const std::string& option, Target& target, const C
             if (StringUtils::CompareCaseInsensitive(name, given)) target = value;
         }
     };
+    std::string names;
+    for (const auto& choice : choices) names += (names.empty() ? "" : "|") + choice.first;
     app.add_option_function<std::string>(option, choose, text)
-        ->check(CLI::IsMember(choices, CLI::ignore_case))
-        ->type_name("");
+        ->check(CLI::IsMember(choices, CLI::ignore_case).description(""))
+        ->type_name(names);
 }
 
 CLI::App* AddRun(CLI::App& app, RunCommand& command) {
