@@ -1,16 +1,13 @@
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <cstdio>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
-#include <thread>
 
 #include "quillon/CommandLineBuilder.h"
-#include "quillon/ProcessUtils.h"
 #include "support/ChildMain.h"
+#include "support/CommandChild.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
@@ -25,32 +22,11 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-const ChildMode print("print", [](const std::vector<std::string>& lines) {
-    for (const std::string& line : lines) std::printf("%s\n", line.c_str());
-    return 0;
-});
-
 const ChildMode listProcesses("ps", [](const std::vector<std::string>&) {
     std::printf(
         "USER       PID  RSS MAIN COMMAND\n"
         "root         1   12 true /sbin/init --quiet\n"
         "mary      4711    3 no   vi \"a  b.txt\"\n");
-    return 0;
-});
-
-const ChildMode fail("fail", [](const std::vector<std::string>&) {
-    std::printf("it broke\n");
-    return 7;
-});
-
-const ChildMode wait("wait", [](const std::vector<std::string>&) {
-    std::this_thread::sleep_for(std::chrono::minutes(5));
-    return 0;
-});
-
-const ChildMode flood("flood", [](const std::vector<std::string>&) {
-    while (std::puts("more and more") >= 0) {
-    }
     return 0;
 });
 
@@ -68,10 +44,7 @@ CommandLineBuilder AgentCommand(const std::vector<std::string>& arguments) {
 
 AgentRun RunLine(const std::string& commandLine) {
     RecordingLogger log;
-    const auto properties = std::make_shared<ProcessUtils::CmdProperties>();
-    properties->command = commandLine;
-    properties->logger = &log;
-    properties->captureOutput = true;
+    const auto properties = CommandOf(commandLine, log);
     properties->timeoutSecs = 120;
     properties->killOnTimeout = properties->killTree = true;
     const int code = ProcessUtils::RunCliCommand(properties);
@@ -98,19 +71,18 @@ std::vector<std::string> RunCommandArguments(const std::string& command,
 }  // namespace
 
 TEST(Agent, RunsACommandByLinesAndPrintsJson) {
-    const AgentRun run = RunAgent(RunCommandArguments(ChildCommand("print", {"caf\xC3\xA9", "", "x  y"}),
+    const AgentRun run = RunAgent(RunCommandArguments(ChildCommand("print", {"first||third", "0"}),
                                                       {"lines=true", "timeout=60", "--format", "json"}));
     EXPECT_EQ(run.exitCode, 0) << run.errors;
-    EXPECT_THAT(run.errors, IsEmpty());
     EXPECT_EQ(ordered_json::parse(run.output).dump(),
-              "[{\"ExitCode\":0,\"Output\":\"caf\xC3\xA9\",\"LineNumber\":0},"
+              "[{\"ExitCode\":0,\"Output\":\"first\",\"LineNumber\":0},"
               "{\"ExitCode\":0,\"Output\":\"\",\"LineNumber\":1},"
-              "{\"ExitCode\":0,\"Output\":\"x  y\",\"LineNumber\":2}]");
+              "{\"ExitCode\":0,\"Output\":\"third\",\"LineNumber\":2}]");
 }
 
 TEST(Agent, CsvKeepsItsOwnLineEnds) {
     const AgentRun run =
-        RunAgent(RunCommandArguments(ChildCommand("print", {"a", "b"}), {"lines=true", "--format=csv"}));
+        RunAgent(RunCommandArguments(ChildCommand("print", {"a|b", "0"}), {"lines=true", "--format=csv"}));
     EXPECT_EQ(run.output, "ExitCode,Output,LineNumber\r\n0,a,0\r\n0,b,1");  // the runner trims the end
 }
 
@@ -131,7 +103,7 @@ TEST(Agent, ATableWithoutRowsStillHasItsColumns) {
 }
 
 TEST(Agent, RefusesABadCallWithCodeTwo) {
-    const std::string print = "command=" + ChildCommand("print");
+    const std::string print = "command=" + ChildCommand("print", {"x", "0"});
     const struct {
         std::vector<std::string> arguments;
         const char* message;
@@ -145,7 +117,7 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
         {{"Commands.Run", print, "=1"}, "Anonymous parameters are not allowed for this method"},
         {{"Commands.Run", print, "timeout=2147483648"}, "'timeout' parameter must be from 0 to 2147483647"},
         {{"Commands.Run", print, "lines"}, "'lines' is not of the form name=value"},
-        {{"Commands.Walk", print}, "Unknown method 'Commands.Walk'"},
+        {{"Commands.Caf\xC3\xA9", print}, "Unknown method 'Commands.Caf\xC3\xA9'"},
         {{}, "method is required"},
         {{"Commands.Table", print, "columns= "}, "'columns' parameter cannot be empty"},
         {{"Commands.Table", print, "columns=A:number"}, "a type that is not text, integer or boolean"},
@@ -165,16 +137,20 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
 }
 
 TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
+    const TempDir dir;
+    const std::string wait =
+        ChildCommand("await", {dir.Native("started").string(), dir.Native("never").string()});
     const struct {
         std::vector<std::string> arguments;
         const char* output;
         const char* message;
     } cases[] = {
-        {RunCommandArguments(ChildCommand("fail")), "7  it broke", "Command ended with exit code 7"},
+        {RunCommandArguments(ChildCommand("print", {"broken", "7"})), "7  broken",
+         "Command ended with exit code 7"},
         {RunCommandArguments("no-such-program"), "1", "Could not run command 'no-such-program'"},
-        {RunCommandArguments(ChildCommand("wait"), {"timeout=1"}), "-2  Timed out after 1 seconds",
+        {RunCommandArguments(wait, {"timeout=1"}), "-2  Timed out after 1 seconds",
          "Timed out after 1 seconds"},
-        {RunCommandArguments(ChildCommand("flood"), {"maxOutput=1000"}), "more and more",
+        {RunCommandArguments(ChildCommand("flood"), {"maxOutput=1000"}), "round and round",
          "Output reached the limit of 1000 bytes"},
     };
     for (const auto& c : cases) {
@@ -189,7 +165,7 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
 TEST(Agent, LogsToTheFileAndStandardErrorButNeverIntoTheTable) {
     const TempDir dir;
     const AgentRun run = RunAgent(RunCommandArguments(
-        ChildCommand("print", {"x"}),
+        ChildCommand("print", {"x", "0"}),
         {"--format", "json", "--level", "DEBUG", "--log", dir.Native("agent.log").string()}));
     EXPECT_EQ(ordered_json::parse(run.output).dump(), R"([{"ExitCode":0,"Output":"x"}])");
     EXPECT_THAT(run.errors, HasSubstr("DEBUG - Running '"));
@@ -204,7 +180,7 @@ TEST(Agent, LogsToTheFileAndStandardErrorButNeverIntoTheTable) {
 TEST(Agent, WithoutALogFileOnlyWarningsReachStandardError) {
     EXPECT_THAT(RunAgent(RunCommandArguments("no-such-program")).errors,
                 StartsWith("ERROR Could not run command 'no-such-program' because: "));
-    EXPECT_THAT(RunAgent(RunCommandArguments(ChildCommand("print"), {"--level=debug"})).errors,
+    EXPECT_THAT(RunAgent(RunCommandArguments(ChildCommand("print", {"x", "0"}), {"--level=debug"})).errors,
                 HasSubstr("DEBUG Running '"));
 }
 

@@ -53,6 +53,7 @@ std::vector<std::string> GetArguments(int, char**) {
 std::FILE* TakeStandardOutput() {
     const int taken = ::_dup(::_fileno(stdout));
     if (taken < 0) return nullptr;
+    ::_setmode(taken, _O_BINARY);  // CSV ends its lines itself
     ::SetHandleInformation(reinterpret_cast<HANDLE>(::_get_osfhandle(taken)), HANDLE_FLAG_INHERIT, 0);
     std::FILE* stream = nullptr;
     if (::_dup2(::_fileno(stderr), ::_fileno(stdout)) == 0) stream = ::_fdopen(taken, "wb");
