@@ -1,5 +1,6 @@
 #include "platform/FileApi.h"
 #include "platform/Utf.h"
+#include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
@@ -12,11 +13,13 @@ namespace {
 
 using PathBuffer = wchar_t[MAX_PATH];
 
-/// Full access for the owner of the file, nothing inherited, nobody else.
-LocalMemory OwnerOnly() {
-    constexpr const wchar_t* kOwnerRights = L"D:P(A;;FA;;;OW)";
+/// Full access for the current user, nothing inherited, nobody else.
+LocalMemory CurrentUserOnly() {
+    const std::wstring user = CurrentUserId();
+    if (user.empty()) return {};
+    const std::wstring text = L"D:P(A;;FA;;;" + user + L")";
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(kOwnerRights, SDDL_REVISION_1, &descriptor,
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1, &descriptor,
                                                            nullptr);
     return LocalMemory(descriptor);
 }
@@ -39,7 +42,7 @@ std::optional<std::string> TemporaryFolder() {
 
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
     constexpr UINT kNumbers = 0xFFFF;
-    const LocalMemory security = OwnerOnly();
+    const LocalMemory security = CurrentUserOnly();
     if (!security) return std::nullopt;
     SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
     const std::wstring wideFolder = ToWide(folder);
@@ -47,7 +50,7 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
     const UINT start = StartNumber();
     for (UINT i = 0; i < kNumbers; ++i) {
         // With a number of ours the system only makes the name; the file is made
-        // here, so that it belongs to its owner alone from its first moment.
+        // here, so that it is its user's alone from its first moment.
         PathBuffer name;
         const UINT number = (start + i) % kNumbers + 1;
         if (::GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), number, name) == 0)

@@ -2,9 +2,10 @@
 
 #include <vector>
 
-#include "platform/Handle.h"
 #include "platform/Utf.h"
+#include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
+#include "platform/win32/Token.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <aclapi.h>
@@ -21,35 +22,12 @@ bool Fail(DWORD code) {
     return false;
 }
 
-struct TokenTraits {
-    using Type = HANDLE;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type value) noexcept { FileTraits::Close(value); }
-};
-using Token = Handle<TokenTraits>;
-
-Token OpenToken(DWORD access) {
-    HANDLE token = nullptr;
-    return Token(::OpenProcessToken(::GetCurrentProcess(), access, &token) != 0 ? token : nullptr);
-}
-
 /// True when the system adjusted it and says that nothing was left out.
 bool Adjust(const Token& token, TOKEN_PRIVILEGES& state, TOKEN_PRIVILEGES* previous) {
     DWORD size = sizeof(TOKEN_PRIVILEGES);
     const BOOL adjusted = ::AdjustTokenPrivileges(token.Get(), FALSE, &state, size, previous,
                                                   previous == nullptr ? nullptr : &size);
     return adjusted != 0 && ::GetLastError() == ERROR_SUCCESS;
-}
-
-/// A TOKEN_USER with the identifier it points to.
-std::vector<unsigned char> CurrentUser() {
-    const Token token = OpenToken(TOKEN_READ);
-    DWORD size = 0;
-    if (!token) return {};
-    ::GetTokenInformation(token.Get(), TokenUser, nullptr, 0, &size);
-    std::vector<unsigned char> user(size);
-    if (::GetTokenInformation(token.Get(), TokenUser, user.data(), size, &size) == 0) return {};
-    return user;
 }
 
 LocalMemory ListForUser(PSID user) {

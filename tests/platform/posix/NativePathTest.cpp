@@ -59,6 +59,7 @@ TEST(Wildcards, FollowTheRulesOfTheWindowsSearch) {
         const char* name;
         bool matches;
     } cases[] = {
+        {"????.log", "one.log", true},
         {"*", "", true},
         {"*.*", "bare", true},
         {"*.", "bare", true},
