@@ -2,8 +2,8 @@
 #include <limits>
 #include <string_view>
 
-#include "Characters.h"
-#include "TextSearch.h"
+#include "Utils/Characters.h"
+#include "Utils/TextSearch.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {

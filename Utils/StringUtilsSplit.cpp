@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "TextSearch.h"
+#include "Utils/TextSearch.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {

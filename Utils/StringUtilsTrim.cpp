@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "Characters.h"
+#include "Utils/Characters.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {

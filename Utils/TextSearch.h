@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Characters.h"
+#include "Utils/Characters.h"
 
 namespace quillon {
 

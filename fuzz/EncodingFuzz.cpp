@@ -5,8 +5,6 @@
 #include <stdexcept>
 #include <string>
 
-#include <unistd.h>
-
 #include "platform/FileApi.h"
 #include "platform/Utf.h"
 #include "quillon/FileSystemUtils.h"
@@ -24,7 +22,7 @@ void Require(bool holds) {
 }
 
 const std::string& Path() {
-    static const std::string path = "/tmp/encoding_fuzz_" + std::to_string(::getpid());
+    static const std::string path = FS::GetTemporaryFile();
     return path;
 }
 

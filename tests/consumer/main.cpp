@@ -6,7 +6,8 @@
 #include <stdexcept>
 
 int main() {
-    quillon::DataTable table(quillon::VariantList(quillon::Variant("Name", "disk"), quillon::Variant("Size", 42)));
+    quillon::DataTable table(
+        quillon::VariantList(quillon::Variant("Name", "disk"), quillon::Variant("Size", 42)));
     try {
         static_cast<void>(quillon::Variant("Size", true).GetStringValue());
         return 1;

@@ -12,7 +12,9 @@ bool MakeOneDirectory(const std::string& path) {
     return ::CreateDirectoryW(ToWide(path).c_str(), nullptr) != 0;
 }
 
-bool MakeTemporaryDirectoryAnsi(const std::string& path) { return ::CreateDirectoryA(path.c_str(), nullptr) != 0; }
+bool MakeTemporaryDirectoryAnsi(const std::string& path) {
+    return ::CreateDirectoryA(path.c_str(), nullptr) != 0;
+}
 
 bool MovePath(const std::string& from, const std::string& to) {
     return ::MoveFileW(ToWide(from).c_str(), ToWide(to).c_str()) != 0;
