@@ -65,6 +65,13 @@ std::unique_ptr<const std::string> Variant::Record::BindName(const std::string& 
     return bindName;
 }
 
+const std::type_info& Variant::Record::HeldType() const noexcept {
+    if (const boost::any* other = HeldIf<boost::any>()) return other->type();
+    static constexpr const std::type_info* kTypes[] = {&typeid(std::string), &typeid(long long),
+                                                       &typeid(bool), &typeid(double), &typeid(TimePoint)};
+    return *kTypes[value.index()];
+}
+
 null_Variant::null_Variant(const std::string& message) : std::runtime_error(message) {}
 null_Variant::~null_Variant() = default;
 
@@ -94,7 +101,7 @@ Variant::Variant(const std::string& name, const std::type_index& type) : m_recor
         m_record->Hold(0.0);
     } else if (type != typeid(long long)) {
         LogError("Internal error: unsupported type " + std::string(type.name()) + " in Variant(,type_info)");
-        m_record->Hold("");
+        m_record->Hold(boost::any(static_cast<const char*>("")));
     }
 }
 
@@ -140,34 +147,34 @@ const std::string& Variant::GetBindName() const {
 
 bool Variant::TypeIs(const std::type_info& type) const {
     const Record& record = Get();
-    return !record.null && record.value.type() == type;
+    return !record.null && record.HeldType() == type;
 }
 
 const std::type_info& Variant::GetType() const {
     const Record& record = Get();
     if (record.null) throw null_Variant(record.name + " is null");
-    return record.value.type();
+    return record.HeldType();
 }
 
 const char* Variant::GetTypeName() const {
     const Record& record = Get();
-    return record.null ? "null" : record.value.type().name();
+    return record.null ? "null" : record.HeldType().name();
 }
 
 const std::string& Variant::GetStringValue() const {
     const Record& record = Get();
-    if (record.null || record.kind != Kind::Time) return Read<std::string>();
+    if (record.null || record.HeldKind() != Kind::Time) return Read<std::string>();
     thread_local std::string text;
     text = DateTimeUtils::FormatTimeAsISO8601(record.Held<TimePoint>());
     return text;
 }
 
 long long Variant::GetLongLongValue() const {
-    return Get().kind == Kind::Boolean ? static_cast<long long>(Read<bool>()) : Read<long long>();
+    return Get().HeldKind() == Kind::Boolean ? static_cast<long long>(Read<bool>()) : Read<long long>();
 }
 
 bool Variant::GetBoolValue() const {
-    return Get().kind == Kind::Integer ? Read<long long>() != 0 : Read<bool>();
+    return Get().HeldKind() == Kind::Integer ? Read<long long>() != 0 : Read<bool>();
 }
 
 double Variant::GetDoubleValue() const { return Read<double>(); }
@@ -176,8 +183,8 @@ const TimePoint& Variant::GetTimePoint() const { return Read<TimePoint>(); }
 template <VariantKind T>
 std::optional<T> Variant::TryGet() const {
     const Record& record = Get();
-    if (record.null || record.kind != kKindOf<T>) return std::nullopt;
-    return record.Held<T>();
+    const T* const held = record.null ? nullptr : record.HeldIf<T>();
+    return held != nullptr ? std::optional<T>(*held) : std::nullopt;
 }
 
 template QUILLON_API std::optional<std::string> Variant::TryGet() const;
@@ -189,7 +196,7 @@ template QUILLON_API std::optional<TimePoint> Variant::TryGet() const;
 std::string Variant::AsString() const {
     const Record& record = Get();
     if (record.null) return "null";
-    switch (record.kind) {
+    switch (record.HeldKind()) {
         case Kind::Text:
             return record.Held<std::string>();
         case Kind::Integer:
@@ -210,15 +217,15 @@ std::string Variant::AsString() const {
 int Variant::SqlType() const {
     const Record& record = Get();
     if (record.null) return kSqlNull;
-    if (record.kind == Kind::Unsupported) ReportUnsupported("SqlType");
-    return Traits(record.kind).sqlType;
+    if (record.HeldKind() == Kind::Unsupported) ReportUnsupported("SqlType");
+    return Traits(record.HeldKind()).sqlType;
 }
 
 const char* Variant::SqlTypeStr() const {
     const Record& record = Get();
     if (record.null) return "NULL";
-    if (record.kind == Kind::Unsupported) ReportUnsupported("SqlTypeStr");
-    return Traits(record.kind).sqlName;
+    if (record.HeldKind() == Kind::Unsupported) ReportUnsupported("SqlTypeStr");
+    return Traits(record.HeldKind()).sqlName;
 }
 
 bool Variant::operator==(const Variant& other) const {
@@ -240,13 +247,13 @@ void Variant::Dump(ICLogger* logger, unsigned int indent) const {
     char line[kDumpBufferSize];
     if (record.null) {
         std::snprintf(line, sizeof(line), "%sVariant '%s' null", prefix.c_str(), shownName);
-    } else if (record.kind == Kind::Unsupported) {
+    } else if (record.HeldKind() == Kind::Unsupported) {
         std::snprintf(line, sizeof(line),
                       "%sInternal error: unsupported non-null type %s in Variant::Dump for '%s'",
                       prefix.c_str(), GetTypeName(), shownName);
     } else {
         std::snprintf(line, sizeof(line), "%sVariant '%s' of type %s = '%s'", prefix.c_str(), shownName,
-                      Traits(record.kind).dumpWord, AsString().c_str());
+                      Traits(record.HeldKind()).dumpWord, AsString().c_str());
     }
     WriteDumpLine(LoggerOrRegistered(logger), line);
 }
@@ -257,8 +264,8 @@ void Variant::Delete(Record* record) noexcept { delete record; }
 std::optional<bool> Variant::Equal(const Record& left, const Record& right) {
     if (left.name != right.name || left.null != right.null) return false;
     if (left.null) return true;
-    if (left.kind != right.kind) return false;
-    switch (left.kind) {
+    if (left.HeldKind() != right.HeldKind()) return false;
+    switch (left.HeldKind()) {
         case Kind::Text:
             return left.Held<std::string>() == right.Held<std::string>();
         case Kind::Integer:
@@ -286,8 +293,9 @@ template <class T>
 const T& Variant::Read() const {
     const Record& record = Get();
     if (record.null) throw null_Variant(std::string(typeid(T).name()) + " value is null");
-    if (record.kind != kKindOf<T>) ThrowWrongType(typeid(T), record.value.type());
-    return record.Held<T>();
+    const T* const held = record.HeldIf<T>();
+    if (held == nullptr) ThrowWrongType(typeid(T), record.HeldType());
+    return *held;
 }
 
 Variant::Record& Variant::Own() {
@@ -306,7 +314,7 @@ std::size_t Variant::Hash() const noexcept {
     const std::size_t name = std::hash<std::string_view>()(record.name);
     if (record.null) return name;
     std::size_t value = 0;
-    switch (record.kind) {
+    switch (record.HeldKind()) {
         case Kind::Text:
             value = std::hash<std::string_view>()(record.Held<std::string>());
             break;
