@@ -49,7 +49,8 @@ int StartAwait(const Arguments& a) {
 }
 
 const ChildMode print("print", [](const Arguments& a) {
-    for (const char c : a[0]) std::putchar(c == '|' ? '\n' : c);
+    for (const char c : a[0])
+        std::fputs(c == '|' ? "\n" : c == '~' ? "\xC3\xA9" : std::string(1, c).c_str(), stdout);
     return std::atoi(a[1].c_str());
 });
 const ChildMode longLine("long", [](const Arguments& a) {

@@ -9,7 +9,7 @@
 namespace quillon::test {
 
 // Child modes for tests of the command runner:
-//   print TEXT CODE       prints TEXT, in which "|" stands for a line feed
+//   print TEXT CODE       prints TEXT, "|" being a line feed, "~" the UTF-8 of U+00E9
 //   long COUNT CHAR       prints one line of COUNT bytes
 //   flood                 prints for ever
 //   copy                  prints its standard input, then its length
