@@ -55,11 +55,12 @@ bool MovePath(const std::string& from, const std::string& to);
 /// Replaces an existing target.
 bool CopyFileOver(const std::string& from, const std::string& to);
 
-/// Calls `visit` with one piece of the content after the other, until the file ends
-/// or `visit` returns false. False when the file cannot be opened or read.
+/// The same, one piece after the other, until `visit` returns false. False when the
+/// file cannot be opened or read.
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
-/// The whole content as it is, however the file changes meanwhile and whatever
-/// size the system reports. The file may be open for writing elsewhere.
+/// The content as it is when the file is opened, and whatever size the system
+/// reports; what is appended meanwhile is left out. The file may be open for writing
+/// elsewhere. 8 when there is no memory for it.
 std::optional<std::string> ReadWholeFile(const std::string& path);
 enum class WriteMode { Truncate, Append };
 /// Writes `head`, then `body`, to a file that is made when missing. True when

@@ -6,6 +6,7 @@
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/FileContent.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
 #include "platform/posix/NativePath.h"
@@ -36,26 +37,6 @@ FileHandle OpenRegular(const std::string& path, int flags, struct ::stat& status
     return {};
 }
 
-/// Bytes read; 0 at the end, nothing on failure.
-std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size) {
-    for (;;) {
-        const ::ssize_t count = ::read(file.Get(), buffer, size);
-        if (count >= 0) return static_cast<std::size_t>(count);
-        if (errno == EINTR) continue;
-        FailWithErrno();
-        return std::nullopt;
-    }
-}
-
-bool WriteAll(const FileHandle& file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ::ssize_t count = ::write(file.Get(), bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) return FailWithErrno();
-        if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
 /// A delayed write may fail only here.
 bool CloseWritten(FileHandle file) { return ::close(file.Release()) == 0 || FailWithErrno(); }
 
@@ -80,34 +61,28 @@ bool CopyModeAndTime(const struct ::stat& source, const FileHandle& target) {
 
 }  // namespace
 
-bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit) {
+FileHandle OpenForReading(const std::string& path) {
     struct ::stat status {};
-    const FileHandle file = OpenRegular(path, O_RDONLY, status);
-    if (!file) return false;
-    std::string buffer(kPieceSize, '\0');
+    return OpenRegular(path, O_RDONLY, status);
+}
+
+std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size) {
     for (;;) {
-        const auto count = ReadSome(file, buffer.data(), buffer.size());
-        if (!count) return false;
-        if (*count == 0 || !visit(std::string_view(buffer).substr(0, *count))) return true;
+        const ::ssize_t count = ::read(file.Get(), buffer, size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno == EINTR) continue;
+        FailWithErrno();
+        return std::nullopt;
     }
 }
 
-std::optional<std::string> ReadWholeFile(const std::string& path) {
-    struct ::stat status {};
-    const FileHandle file = OpenRegular(path, O_RDONLY, status);
-    if (!file) return std::nullopt;
-    // One byte more than it should have: the end is found without growing.
-    std::string content(static_cast<std::size_t>(status.st_size) + 1, '\0');
-    std::size_t length = 0;
-    for (;;) {
-        const auto count = ReadSome(file, content.data() + length, content.size() - length);
-        if (!count) return std::nullopt;
-        if (*count == 0) break;
-        length += *count;
-        if (length == content.size()) content.resize(length + std::max(length, kPieceSize));
+bool WriteAll(const FileHandle& file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ::ssize_t count = ::write(file.Get(), bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) return FailWithErrno();
+        if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
     }
-    content.resize(length);
-    return content;
+    return true;
 }
 
 bool WriteWholeFile(const std::string& path, std::string_view head, std::string_view body, WriteMode mode) {

@@ -14,6 +14,7 @@
 #include <limits>
 
 #include "platform/ErrorText.h"
+#include "platform/FileContent.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
 
@@ -67,15 +68,6 @@ KillResult KillStranger(pid_t process) {
     if (::kill(process, SIGKILL) == 0) return KillResult::Killed;
     FailWithErrno();
     return KillResult::NotOpened;
-}
-
-bool WriteAll(int file, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t written = ::write(file, content.data(), content.size());
-        if (written < 0 && errno != EINTR) return FailWithErrno();
-        content.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    }
-    return ::lseek(file, 0, SEEK_SET) == 0 || FailWithErrno();
 }
 
 }  // namespace
@@ -176,7 +168,10 @@ FileHandle MakeInputFile(std::string_view content) {
     FileHandle file(content.empty() ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
                                     : ::memfd_create("standard input", MFD_CLOEXEC));
     if (!file) FailWithErrno();
-    if (!file || content.empty() || WriteAll(file.Get(), content)) return file;
+    if (!file || content.empty()) return file;
+    if (!WriteAll(file, content)) return FileHandle();
+    if (::lseek(file.Get(), 0, SEEK_SET) == 0) return file;
+    FailWithErrno();
     return FileHandle();
 }
 

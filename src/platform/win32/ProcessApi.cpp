@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/FileContent.h"
 #include "platform/win32/Jobs.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -23,17 +24,6 @@ FileHandle CreateScratchFile() {
                                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
     if (!file) ::DeleteFileW(path);
     return file;
-}
-
-bool WriteAll(void* file, std::string_view content) {
-    constexpr std::size_t kLargestPiece = 1 << 20;
-    while (!content.empty()) {
-        DWORD written = 0;
-        const auto size = static_cast<DWORD>(std::min(content.size(), kLargestPiece));
-        if (::WriteFile(file, content.data(), size, &written, nullptr) == 0) return false;
-        content.remove_prefix(written);
-    }
-    return ::SetFilePointer(file, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER;
 }
 
 }  // namespace
@@ -96,7 +86,9 @@ FileHandle MakeInputFile(std::string_view content) {
                                         OPEN_EXISTING, 0, nullptr));
     }
     FileHandle file = CreateScratchFile();
-    if (!file || WriteAll(file.Get(), content)) return file;
+    const bool isReady = file && WriteAll(file, content) &&
+                         ::SetFilePointer(file.Get(), 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER;
+    if (isReady) return file;
     return FileHandle();
 }
 
