@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <limits>
@@ -57,8 +58,16 @@ protected:
     std::shared_ptr<ProcessUtils::CmdProperties> Waiting(const std::string& mode) {
         return Child(mode, {m_started.string(), m_go.string()});
     }
-    bool IsStillRunning(const std::shared_ptr<ProcessUtils::CmdProperties>& other) {
-        return ProcessUtils::KillCommandProcess(other);
+    /// Whether the process that made the file STARTED lives. Ending it tells, but the
+    /// emulator ends what has ended, too; there the file cannot be removed before.
+    bool IsStillRunning(const std::shared_ptr<ProcessUtils::CmdProperties>& process) {
+        if (!kWindows) return ProcessUtils::KillCommandProcess(process);
+        std::error_code error;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+        while (!std::filesystem::remove(m_started, error) && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return static_cast<bool>(error) && ProcessUtils::KillCommandProcess(process);
     }
     std::shared_ptr<ProcessUtils::CmdProperties> Grandchild() {
         auto props = std::make_shared<ProcessUtils::CmdProperties>();
@@ -66,6 +75,11 @@ protected:
         EXPECT_TRUE(AwaitFile(m_started.string() + ".id"));
         std::ifstream(m_started.string() + ".id") >> props->processId;
         return props;
+    }
+    void RemoveMarks() {
+        std::error_code error;  // one is still held by what is being ended
+        while (!std::filesystem::remove(m_started, error) && error) std::this_thread::yield();
+        std::filesystem::remove(m_started.string() + ".id", error);
     }
     void TearDown() override { std::ofstream(m_go) << "go"; }
 
@@ -283,7 +297,7 @@ TEST_F(ProcessUtilsRun, ShutdownEndsTheWait) {
         EXPECT_THAT(m_log.Lines(Level::Info),
                     Contains("Aborting command due to shutdown: '" + props->command + "'"));
         EXPECT_EQ(IsStillRunning(props), !kill);
-        std::filesystem::remove(m_started);
+        RemoveMarks();
     }
 }
 
@@ -316,8 +330,7 @@ TEST_F(ProcessUtilsRun, ATreeIsKilledDownToWhatLeftItsGroupAndParents) {
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), -6);
         EXPECT_TRUE(props->killed);
         EXPECT_EQ(IsStillRunning(Grandchild()), !c.tree);
-        std::filesystem::remove(m_started);
-        std::filesystem::remove(m_started.string() + ".id");
+        RemoveMarks();
     }
 }
 

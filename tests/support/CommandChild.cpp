@@ -39,7 +39,7 @@ int StartAwait(const Arguments& a) {
     ServiceLocator::Put<IShutdownMonitor>(&monitor);
     auto props = std::make_shared<ProcessUtils::CmdProperties>();
     props->logger = &log;
-    props->killTree = true;  // a group of its own
+    props->killTree = true;  // a group, or a job, of its own
     props->command = ChildCommand("await", {a[0], a[1]});
     ProcessUtils::RunCliCommand(props);
     ServiceLocator::Clear();
@@ -82,7 +82,8 @@ const ChildMode await("await", [](const Arguments& a) {
     std::signal(SIGINT, SIG_IGN);
     std::fputs("ready", stdout);
     std::fflush(stdout);
-    std::ofstream(a[0]) << "started";
+    std::ofstream started(a[0]);
+    started << "started" << std::flush;
     return AwaitFile(a[1]) ? 7 : 8;
 });
 const ChildMode parent("parent", [](const Arguments& a) {

@@ -15,7 +15,7 @@ namespace quillon::test {
 //   copy                  prints its standard input, then its length
 //   getenv NAME           prints a variable
 //   where                 prints its working directory
-//   await STARTED GO      makes the file STARTED, ignores requests to end, and ends
+//   await STARTED GO      makes and holds the file STARTED, ignores requests to end, and ends
 //                         with 7 once GO exists (or after half a minute)
 //   parent STARTED GO     starts "await STARTED GO" as a process of its own, writes
 //                         its identifier into STARTED.id, and awaits GO too

@@ -50,7 +50,12 @@ ChildProcess::~ChildProcess() {
     if (m_id == 0) return;
     JobTable& table = Jobs();
     const std::lock_guard lock(table.mutex);
-    table.jobs.erase(m_id);
+    const auto job = table.jobs.find(m_id);
+    if (job != table.jobs.end()) job->second.process = std::move(m_handle);
+    std::erase_if(table.jobs, [](const auto& entry) {
+        const Handle<ObjectTraits>& process = entry.second.process;
+        return process && ::WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
+    });
 }
 
 std::uint32_t ChildProcess::Wait(const EventHandle& event,
@@ -75,8 +80,8 @@ KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scop
     const std::lock_guard lock(table.mutex);
     const auto job = table.jobs.find(id);
     const bool tree = scope == KillScope::Tree && job != table.jobs.end();
-    const BOOL killed =
-        tree ? ::TerminateJobObject(job->second.Get(), status) : ::TerminateProcess(process.Get(), status);
+    const BOOL killed = tree ? ::TerminateJobObject(job->second.job.Get(), status)
+                             : ::TerminateProcess(process.Get(), status);
     return killed != 0 ? KillResult::Killed : KillResult::NotKilled;
 }
 

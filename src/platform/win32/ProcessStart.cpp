@@ -109,7 +109,7 @@ bool EnterJob(const PROCESS_INFORMATION& created) {
     if (!job || ::AssignProcessToJobObject(job.Get(), created.hProcess) == 0) return false;
     JobTable& table = Jobs();
     const std::lock_guard lock(table.mutex);
-    table.jobs.insert_or_assign(created.dwProcessId, std::move(job));
+    table.jobs.insert_or_assign(created.dwProcessId, JobTable::Job{std::move(job), {}});
     return true;
 }
 
