@@ -30,7 +30,7 @@ void IsoByLibc(benchmark::State& state) {
         benchmark::DoNotOptimize(std::string(text.data()));
     }
 }
-BENCHMARK(IsoByLibc)->Name("format_iso/baseline");
+BENCHMARK(IsoByLibc)->Name("format-iso/baseline");
 
 void Iso(benchmark::State& state) {
     std::int64_t ticks = kNoonTicks;
@@ -39,7 +39,7 @@ void Iso(benchmark::State& state) {
         benchmark::DoNotOptimize(DateTimeUtils::FormatTimeAsISO8601(TimePoint(TimePoint::duration(ticks))));
     }
 }
-BENCHMARK(Iso)->Name("format_iso/quillon");
+BENCHMARK(Iso)->Name("format-iso/quillon");
 
 const std::array<std::string, 4> kJson{"2016-05-10T12:13:14.123Z", "1999-12-31T23:59:59.000+05:30",
                                        "2024-02-29T00:00:00.999-08:00", "1970-01-01T00:00:00.000Z"};
@@ -67,8 +67,8 @@ void ReadJson(benchmark::State& state) {
     std::size_t next = 0;
     for (auto _ : state) benchmark::DoNotOptimize(Read(kJson[next++ % kJson.size()]));
 }
-BENCHMARK(ReadJson<ReadByLibc>)->Name("read_json/baseline");
-BENCHMARK(ReadJson<DateTimeUtils::JsonDateTimeToEpochTime>)->Name("read_json/quillon");
+BENCHMARK(ReadJson<ReadByLibc>)->Name("read-json/baseline");
+BENCHMARK(ReadJson<DateTimeUtils::JsonDateTimeToEpochTime>)->Name("read-json/quillon");
 
 }  // namespace
 

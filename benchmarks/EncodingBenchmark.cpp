@@ -74,16 +74,16 @@ const bool kAdded = [] {
         "e, \xC3\x9C"
         "bung und M\xC3\xBCh"
         "e auf jeder Zeile\n";
-    Add("read_ansi", "", std::string(kAscii));
-    Add("read_ansi_high_bytes", "",
+    Add("read-ansi", "", std::string(kAscii));
+    Add("read-ansi-high-bytes", "",
         "\xC3r\xF6\xDF"
         "e, \xDC"
         "bung und M\xFChe auf jeder Zeile\n");
-    Add("read_utf8", "\xEF\xBB\xBF", std::string(kAscii) + german);
-    Add("read_utf8_no_mark", "", std::string(kAscii) + german);
-    Add("read_utf16le", "\xFF\xFE", Utf16(kAscii));
-    Add("read_utf16le_no_mark", "", Utf16(kAscii));
-    Add("read_utf16be", "\xFE\xFF", '\0' + Utf16(kAscii).substr(0, 2 * kAscii.size() - 1));
+    Add("read-utf8", "\xEF\xBB\xBF", std::string(kAscii) + german);
+    Add("read-utf8-no-mark", "", std::string(kAscii) + german);
+    Add("read-utf16le", "\xFF\xFE", Utf16(kAscii));
+    Add("read-utf16le-no-mark", "", Utf16(kAscii));
+    Add("read-utf16be", "\xFE\xFF", '\0' + Utf16(kAscii).substr(0, 2 * kAscii.size() - 1));
     return true;
 }();
 

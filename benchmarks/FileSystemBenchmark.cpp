@@ -63,13 +63,13 @@ void SumWithStandardLibrary(benchmark::State& state) {
         Check(state, bytes);
     }
 }
-BENCHMARK(SumWithStandardLibrary)->Name("tree_size/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(SumWithStandardLibrary)->Name("tree-size/baseline")->Unit(benchmark::kMillisecond);
 
 void SumWithQuillon(benchmark::State& state) {
     const std::string path = Tree::Get().LibraryPath();
     for (auto _ : state) Check(state, quillon::FileSystemUtils::GetDirectorySizeInBytes(path, true));
 }
-BENCHMARK(SumWithQuillon)->Name("tree_size/quillon")->Unit(benchmark::kMillisecond);
+BENCHMARK(SumWithQuillon)->Name("tree-size/quillon")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

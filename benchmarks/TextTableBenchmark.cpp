@@ -73,8 +73,8 @@ void ParseToTable(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kLines);
 }
 
-BENCHMARK(ParseByStream)->Name("process_list/baseline")->Unit(benchmark::kMillisecond);
-BENCHMARK(ParseToTable)->Name("process_list/quillon")->Unit(benchmark::kMillisecond);
+BENCHMARK(ParseByStream)->Name("process-list/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(ParseToTable)->Name("process-list/quillon")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
