@@ -164,6 +164,14 @@ void CommandWorker::CollectOutput(int code) {
     if (code != 0) m_logger.Debug("Output from command: '%s'", logged.c_str());
 }
 
+/// A logger of the host may throw as well.
+void LogException(const ProcessUtils::CmdProperties& props, const char* what) noexcept {
+    try {
+        LoggerOf(props).Error("Cannot run command '%s' because: %s", props.command.c_str(), what);
+    } catch (...) {
+    }
+}
+
 }  // namespace
 
 void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunCmdSynch>& synch) noexcept {
@@ -171,7 +179,9 @@ void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunC
     try {
         code = CommandWorker(props, synch->abort).Run();
     } catch (const std::exception& error) {
-        LoggerOf(*props).Error("Cannot run command '%s' because: %s", props->command.c_str(), error.what());
+        LogException(*props, error.what());
+    } catch (...) {
+        LogException(*props, "unknown exception");
     }
     const std::lock_guard lock(synch->mutex);
     props->resultCode = code;

@@ -164,9 +164,11 @@ TEST(FileEncodingRead, FileOfUnknownSizeIsReadWhole) {
 TEST(FileEncodingRead, GrowingFileGivesAPrefixOfItsContent) {
     TempDir dir;
     const std::string path = dir.Write("file", kUtf8Mark);
+    // Opened before the reading begins, which asks for the size without sharing for writing.
+    std::ofstream file(dir.Native("file"), std::ios::app | std::ios::binary);
+    ASSERT_TRUE(file.is_open());
     std::atomic<bool> stop = false;
     std::thread writer([&] {
-        std::ofstream file(dir.Native("file"), std::ios::app | std::ios::binary);
         while (!stop) file << std::string(1000, 'x') << std::flush;
     });
     for (std::string text; text.size() < 200'000;) {
