@@ -2,6 +2,7 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cache=${QUILLON_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/quillon}
 cd "$root"
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1  # another checkout finds what this one compiled
 
 say() { printf '== %s\n' "$*"; }
 
