@@ -37,7 +37,7 @@ TEST(Utf, ConvertsBothWaysAtEveryBoundaryOfLength) {
 // around one finds a block that is cut wrongly.
 TEST(Utf, FindsEveryPlaceInABlock) {
     for (std::size_t before = 0; before < 34; ++before) {
-        for (std::size_t after : {0, 1, 15, 16, 17}) {
+        for (const std::size_t after : {0U, 1U, 15U, 16U, 17U}) {
             const std::string narrow = std::string(before, 'x') + "\xC3\xA9" + std::string(after, 'y');
             const std::wstring wide = std::wstring(before, L'x') + L'\xE9' + std::wstring(after, L'y');
             ASSERT_EQ(Utf8ToWide(narrow), wide) << before;
