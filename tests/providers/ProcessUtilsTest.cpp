@@ -212,7 +212,8 @@ TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitOfWhatEndedItself) {
         const auto props = Child("print", {c.text, "0"});
         props->maxOutputBytes = c.limit;
         // A slow end gives the runner the time to see the size and to kill.
-        EXPECT_EQ(ProcessUtils::RunCliCommand(props), props->killed ? -5 : 0);
+        const int code = ProcessUtils::RunCliCommand(props);
+        EXPECT_EQ(code, props->killed ? -5 : 0);
         EXPECT_EQ(FirstOutput(*props), c.expected);
         EXPECT_EQ(props->outputTruncated, c.truncated);
     }

@@ -1,5 +1,6 @@
 #include "support/CommandChild.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -34,7 +35,7 @@ private:
 
 /// Runs "await" and leaves it running as soon as it has started.
 int StartAwait(const Arguments& a) {
-    RecordingLogger log;
+    static RecordingLogger& log = *new RecordingLogger;  // the worker left behind may still use it
     FileMonitor monitor(a[0]);
     ServiceLocator::Put<IShutdownMonitor>(&monitor);
     auto props = std::make_shared<ProcessUtils::CmdProperties>();
@@ -43,7 +44,7 @@ int StartAwait(const Arguments& a) {
     props->command = ChildCommand("await", {a[0], a[1]});
     ProcessUtils::RunCliCommand(props);
     ServiceLocator::Clear();
-    std::ofstream(a[0] + ".part") << props->processId;
+    std::ofstream(a[0] + ".part") << std::atomic_ref(props->processId).load();
     fs::rename(a[0] + ".part", a[0] + ".id");
     return 0;
 }
