@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "quillon/Export.h"
@@ -40,6 +41,10 @@ public:
     void AddOptionalBinding(const std::string& name, T& target) {
         AddBinding(name, &target, true);
     }
+
+    /// When the parameter is absent the target is reset.
+    template <class T>
+    void AddOptionalBinding(const std::string& name, std::optional<T>& target);
 
     /// True when every check passed: bindings in ascending order of names, then
     /// parameters without a binding, then names given more than once.

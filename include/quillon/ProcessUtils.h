@@ -5,16 +5,19 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "quillon/DataTable.h"
 #include "quillon/Export.h"
 #include "quillon/ICLogger.h"
 #include "quillon/InvocationResult.h"
+#include "quillon/WindowsTypes.h"
 
 namespace quillon {
 
-/// Runs command lines under a time-out and the host's shutdown monitor, and turns
-/// their output into tables. Static operations only; any thread.
+/// Runs command lines under a time-out and the host's shutdown monitor, turns their
+/// output into tables, and tells facts of other processes. Static operations only;
+/// any thread.
 class QUILLON_API ProcessUtils {
 public:
     ProcessUtils() = delete;
@@ -74,6 +77,22 @@ public:
     /// `fallback`, unless a message is set.
     static void SetSpecialErrorData(const CmdProperties* props, InvocationResult& result,
                                     const std::string& fallback);
+
+    /// The system's own idle and kernel processes (0 and 4 on Windows).
+    static bool IsSystemProcess(unsigned long pid);
+    /// Whether a product name is the operating system's own.
+    static bool IsOsProcess(const std::string& productName);
+    /// Of a process as it was started, UTF-8; empty and true for a system process,
+    /// empty and false for one that may not or cannot be read.
+    static bool GetCommandLineForProcess(unsigned long pid, std::string& commandLine);
+    /// Full path, UTF-8; empty on failure.
+    static std::string GetCurrentProcessExecutable();
+    /// Bytes of memory that the process shares with no other; 0 when they cannot be
+    /// told. Whoever may not look into the process by its id gets a Debug entry.
+    static long long GetPrivateWorkingSetForProcess(const HANDLE& process);
+    static long long GetPrivateWorkingSetForProcess(const long& pid);
+    /// Appends the ids of all processes; on failure nothing is appended.
+    static void EnumerateProcessIds(std::vector<unsigned long>& ids);
 };
 
 }  // namespace quillon

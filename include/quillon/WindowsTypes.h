@@ -17,6 +17,15 @@ using VARIANT = struct tagVARIANT;
 using BSTR = wchar_t*;
 class _variant_t;
 class _bstr_t;
+struct _GUID;
+using GUID = struct _GUID;
+struct _LUID;
+using LUID = struct _LUID;
+struct HINSTANCE__;
+using HINSTANCE = HINSTANCE__*;
+struct HKEY__;
+using HKEY = HKEY__*;
+using HANDLE = void*;
 
 #else
 
@@ -30,6 +39,24 @@ struct FILETIME {
     std::uint32_t dwLowDateTime;
     std::uint32_t dwHighDateTime;
 };
+
+struct GUID {
+    std::uint32_t Data1;
+    std::uint16_t Data2;
+    std::uint16_t Data3;
+    std::uint8_t Data4[8];
+};
+
+struct LUID {
+    std::uint32_t LowPart;
+    std::int32_t HighPart;
+};
+
+/// What these point to is the seam's own; a module is named by its base address.
+using HINSTANCE = struct HINSTANCE__*;
+using HKEY = struct HKEY__*;
+/// Of a process: what the seam's OpenProcess gave.
+using HANDLE = void*;
 
 /// Text with its length in front of it, so that it may hold zeros; null is the
 /// empty text.

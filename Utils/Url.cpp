@@ -1,0 +1,97 @@
+#include "quillon/Url.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::string_view kSchemeEnd = "://";
+
+bool IsWordCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+/// A line terminator, which "." does not match.
+bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
+
+bool IsScheme(const std::string& scheme, const char* expected) {
+    return StringUtils::CompareCaseInsensitive(scheme, expected);
+}
+
+std::uint32_t DefaultPort(const std::string& scheme) {
+    if (IsScheme(scheme, "http")) return 80;
+    return IsScheme(scheme, "https") ? 443 : 0;
+}
+
+/// As atoi reads it; past the range of an int the largest or smallest one.
+std::uint32_t ReadPort(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    int port = 0;
+    const auto error = std::from_chars(text.data(), text.data() + text.size(), port).ec;
+    if (error == std::errc::result_out_of_range) {
+        port = text.starts_with('-') ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
+    }
+    return static_cast<std::uint32_t>(port);
+}
+
+std::string PathOf(std::string_view rest) {
+    std::string path(rest.empty() ? std::string_view("/") : rest);
+    StringUtils::ReplaceStringInPlace(path, " ", "%20", false);
+    return path;
+}
+
+}  // namespace
+
+Url::Url(const std::string& raw) : m_raw(raw) {}
+
+Url::Url(std::string scheme, std::string host, std::string path, std::uint32_t port)
+    : m_port(port), m_scheme(std::move(scheme)), m_host(std::move(host)), m_path(std::move(path)) {
+    m_valid = Validate();
+}
+
+Url Url::Parse(const std::string& text) {
+    const std::string_view all = text;
+    const std::size_t schemeLength = all.find(kSchemeEnd);
+    if (schemeLength == std::string_view::npos || schemeLength == 0) return Url(text);
+    std::string scheme(all.substr(0, schemeLength));
+    if (!std::all_of(scheme.begin(), scheme.end(), IsWordCharacter)) return Url(text);
+
+    const std::string_view behind = all.substr(schemeLength + kSchemeEnd.size());
+    const std::string_view authority = behind.substr(0, behind.find('/'));
+    const std::string_view rest = behind.substr(authority.size());
+    if (authority.empty() || std::any_of(rest.begin(), rest.end(), IsLineEnd)) return Url(text);
+
+    const std::size_t colon = authority.find(':');
+    if (colon == std::string_view::npos) {
+        const std::uint32_t port = DefaultPort(scheme);
+        return Url(std::move(scheme), std::string(authority), PathOf(rest), port);
+    }
+    if (colon + 1 == authority.size()) return Url(text);
+    return Url(std::move(scheme), std::string(authority.substr(0, colon)), PathOf(rest),
+               ReadPort(authority.substr(colon + 1)));
+}
+
+const std::string& Url::Scheme() const { return m_scheme; }
+const std::string& Url::Host() const { return m_host; }
+const std::string& Url::Path() const { return m_path; }
+unsigned int Url::Port() const { return m_port; }
+bool Url::IsValid() const { return m_valid; }
+
+std::string Url::ToString() const {
+    if (!m_raw.empty()) return m_raw;
+    return m_scheme + "://" + m_host + ':' + std::to_string(m_port) + m_path;
+}
+
+bool Url::Validate() const {
+    return m_port != 0 && !m_host.empty() && (IsScheme(m_scheme, "http") || IsScheme(m_scheme, "https"));
+}
+
+}  // namespace quillon

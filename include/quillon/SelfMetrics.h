@@ -1,0 +1,14 @@
+#pragma once
+
+#include "quillon/DataTable.h"
+#include "quillon/Export.h"
+
+namespace quillon {
+
+/// What the process costs now: columns Name, Value (an integer) and Unit, a row a
+/// figure: resident and private memory, CPU time in user and in kernel mode, threads,
+/// handles, log lines dropped, and the sizes of the library's caches. A figure that the
+/// system does not tell has a null value. Any thread; nothing is logged.
+QUILLON_API DataTable SelfMetrics();
+
+}  // namespace quillon
