@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "data/ControlEscape.h"
 #include "data/DataTableColumns.h"
 #include "quillon/DataTableIO.h"
 
@@ -19,27 +20,11 @@ constexpr std::size_t kDeepestNesting = 64;
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 
 void AppendEscaped(std::string& output, char character) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    switch (character) {
-        case '"':
-            output += "\\\"";
-            break;
-        case '\\':
-            output += "\\\\";
-            break;
-        case '\n':
-            output += "\\n";
-            break;
-        case '\r':
-            output += "\\r";
-            break;
-        case '\t':
-            output += "\\t";
-            break;
-        default:
-            output += "\\u00";
-            output += kDigits[static_cast<unsigned char>(character) >> 4];
-            output += kDigits[static_cast<unsigned char>(character) & 15];
+    if (character == '"' || character == '\\') {
+        output += '\\';
+        output += character;
+    } else {
+        AppendControlEscape(output, static_cast<unsigned char>(character));
     }
 }
 

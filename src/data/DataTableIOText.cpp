@@ -4,6 +4,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "data/ControlEscape.h"
 #include "data/DataTableColumns.h"
 #include "quillon/DataTableIO.h"
 
@@ -25,25 +26,6 @@ std::size_t CountCharacters(std::string_view utf8) {
            static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), IsContinuationByte));
 }
 
-void AppendEscape(std::string& output, unsigned char control) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    switch (control) {
-        case '\t':
-            output += "\\t";
-            break;
-        case '\n':
-            output += "\\n";
-            break;
-        case '\r':
-            output += "\\r";
-            break;
-        default:
-            output += "\\u00";
-            output += kDigits[control >> 4];
-            output += kDigits[control & 15];
-    }
-}
-
 /// Control characters, those of U+0080 to U+009F included, steer terminals.
 std::string Displayed(std::string_view text) {
     std::string buffer, result;
@@ -53,9 +35,9 @@ std::string Displayed(std::string_view text) {
         const auto byte = static_cast<unsigned char>(valid[i]);
         const bool twoByteControl = byte == 0xC2 && static_cast<unsigned char>(valid[i + 1]) < 0xA0;
         if (twoByteControl) {
-            AppendEscape(result, static_cast<unsigned char>(valid[++i]));
+            AppendControlEscape(result, static_cast<unsigned char>(valid[++i]));
         } else if (byte < 0x20 || byte == 0x7F) {
-            AppendEscape(result, byte);
+            AppendControlEscape(result, byte);
         } else {
             result += valid[i];
         }

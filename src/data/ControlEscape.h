@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+namespace quillon {
+
+/// Writes a control character (below U+0100) as JSON escapes it: \t, \n, \r or \u00XX.
+inline void AppendControlEscape(std::string& output, unsigned char control) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    switch (control) {
+        case '\t':
+            output += "\\t";
+            break;
+        case '\n':
+            output += "\\n";
+            break;
+        case '\r':
+            output += "\\r";
+            break;
+        default:
+            output += "\\u00";
+            output += kDigits[control >> 4];
+            output += kDigits[control & 15];
+    }
+}
+
+}  // namespace quillon
