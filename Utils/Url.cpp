@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Utils/NumberText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -14,12 +15,7 @@ namespace {
 
 constexpr std::string_view kSchemeEnd = "://";
 
-bool IsWordCharacter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
-
-/// A line terminator, which "." does not match.
-bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
+bool IsWordCharacter(char c) { return IsDigit(c) || (Lower(c) >= 'a' && Lower(c) <= 'z') || c == '_'; }
 
 bool IsScheme(const std::string& scheme, const char* expected) {
     return StringUtils::CompareCaseInsensitive(scheme, expected);
@@ -32,7 +28,7 @@ std::uint32_t DefaultPort(const std::string& scheme) {
 
 /// As atoi reads it; past the range of an int the largest or smallest one.
 std::uint32_t ReadPort(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    SkipSpace(text);
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     int port = 0;
     const auto error = std::from_chars(text.data(), text.data() + text.size(), port).ec;
@@ -57,17 +53,18 @@ Url::Url(std::string scheme, std::string host, std::string path, std::uint32_t p
     m_valid = Validate();
 }
 
+// The text must match "^(\w+)://([^/]+)(.*)$", found without backtracking.
 Url Url::Parse(const std::string& text) {
-    const std::string_view all = text;
-    const std::size_t schemeLength = all.find(kSchemeEnd);
-    if (schemeLength == std::string_view::npos || schemeLength == 0) return Url(text);
-    std::string scheme(all.substr(0, schemeLength));
-    if (!std::all_of(scheme.begin(), scheme.end(), IsWordCharacter)) return Url(text);
+    const auto schemeEnd = std::find_if_not(text.begin(), text.end(), IsWordCharacter);
+    std::string scheme(text.begin(), schemeEnd);
+    const std::string_view behind(schemeEnd, text.end());
+    if (scheme.empty() || !behind.starts_with(kSchemeEnd)) return Url(text);
 
-    const std::string_view behind = all.substr(schemeLength + kSchemeEnd.size());
-    const std::string_view authority = behind.substr(0, behind.find('/'));
-    const std::string_view rest = behind.substr(authority.size());
-    if (authority.empty() || std::any_of(rest.begin(), rest.end(), IsLineEnd)) return Url(text);
+    const std::size_t slash = behind.find('/', kSchemeEnd.size());
+    const std::string_view authority = behind.substr(kSchemeEnd.size(), slash - kSchemeEnd.size());
+    const std::string_view rest = behind.substr(kSchemeEnd.size() + authority.size());
+    // "(.*)" reaches over no line's end; "[^/]+" does.
+    if (authority.empty() || rest.find_first_of("\n\r") != std::string_view::npos) return Url(text);
 
     const std::size_t colon = authority.find(':');
     if (colon == std::string_view::npos) {

@@ -1,33 +1,13 @@
 #include "quillon/Version.h"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
+#include <optional>
 #include <ostream>
 #include <string_view>
 
+#include "Utils/NumberText.h"
+
 namespace quillon {
-
-namespace {
-
-bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-/// One "%lu" of scanf: leading white space, an optional sign, digits; numbers past
-/// the range saturate, and the low 32 bits count.
-bool ReadPart(std::string_view& text, std::uint32_t& part) {
-    while (!text.empty() && IsWhiteSpace(text.front())) text.remove_prefix(1);
-    const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) text.remove_prefix(1);
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error == std::errc::invalid_argument) return false;
-    if (error == std::errc::result_out_of_range) number = std::numeric_limits<std::uint64_t>::max();
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    part = static_cast<std::uint32_t>(negative ? 0 - number : number);
-    return true;
-}
-
-}  // namespace
 
 Version::Version(unsigned long major, unsigned long minor, unsigned long patch, unsigned long build)
     : m_parts{static_cast<std::uint32_t>(major), static_cast<std::uint32_t>(minor),
@@ -40,8 +20,10 @@ Version::Version(const std::string& text) {
 
     std::string_view rest = text;
     std::ptrdiff_t read = 0;
-    while (read < 4 && ReadPart(rest, m_parts[read])) {
-        ++read;
+    while (read < 4) {
+        const std::optional<std::uint64_t> number = TakeUnsigned(rest);
+        if (!number) break;
+        m_parts[read++] = static_cast<std::uint32_t>(*number);
         if (!rest.starts_with('.')) break;
         rest.remove_prefix(1);
     }

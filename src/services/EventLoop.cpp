@@ -9,11 +9,11 @@ namespace {
 
 using Clock = std::chrono::system_clock;
 
-/// The largest wait must not overflow the clock.
+/// The clock's end when the wait reaches past it; also when the clock stands before 1970.
 Clock::time_point DeadlineAfter(unsigned long milliseconds) {
     const auto now = Clock::now();
-    const auto most =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::time_point::max() - now).count();
+    const auto room = Clock::time_point::max() - std::max(now, Clock::time_point());
+    const auto most = std::chrono::duration_cast<std::chrono::milliseconds>(room).count();
     const auto wanted = std::min<unsigned long long>(milliseconds, static_cast<unsigned long long>(most));
     return now + std::chrono::milliseconds(static_cast<long long>(wanted));
 }

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include "Utils/Characters.h"
+
+namespace quillon {
+
+inline void SkipSpace(std::string_view& text) {
+    while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+}
+
+/// Takes a decimal number off the front of `text`, as strtoull and scanf's "%llu"
+/// read it: white space, a sign, digits. A minus negates modulo 2^64; past the
+/// range it is the largest number. Nothing when there is no digit.
+inline std::optional<std::uint64_t> TakeUnsigned(std::string_view& text) {
+    SkipSpace(text);
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) text.remove_prefix(1);
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error == std::errc::invalid_argument) return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (error == std::errc::result_out_of_range) return std::numeric_limits<std::uint64_t>::max();
+    return negative ? 0 - number : number;
+}
+
+}  // namespace quillon
