@@ -16,6 +16,7 @@ namespace {
 using test::RecordingLogger;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using DT = DateTimeUtils;
 using std::string_literals::operator""s;
 
 constexpr long long kNoon = 1462881600;  // 2016-05-10T12:00:00Z
@@ -38,12 +39,12 @@ TEST(DateTimeUtilsIso, TimePointsAreRoundedDownToMilliseconds) {
         {2'534'023'008'000'000'000, "10000-01-01T00:00:00.000"},
         {INT64_MAX, "31197-09-14T02:48:05.477"},
         {-1, "1969-12-31T23:59:59.999Z"},
+        {-10'000'000, "1969-12-31T23:59:59.000Z"},
         {-22'038'912'000'000'001, "1900-02-28T23:59:59.999Z"},
         {INT64_MIN + 1, "-27258-04-19T21:11:54.52"},
         {INT64_MIN, ""},
     };
-    for (const auto& [ticks, text] : cases)
-        EXPECT_EQ(DateTimeUtils::FormatTimeAsISO8601(AtTicks(ticks)), text);
+    for (const auto& [ticks, text] : cases) EXPECT_EQ(DT::FormatTimeAsISO8601(AtTicks(ticks)), text);
 }
 
 TEST(DateTimeUtilsIso, FieldsArePrintedAsTheyStandAndCutAt24Characters) {
@@ -55,10 +56,11 @@ TEST(DateTimeUtilsIso, FieldsArePrintedAsTheyStandAndCutAt24Characters) {
         {RawFields(INT_MAX, INT_MAX, INT_MIN, 0, 0, 0), UINT_MAX, "2147485547-2147483648--2"},
     };
     for (const auto& [fields, milliseconds, expected] : cases)
-        EXPECT_EQ(DateTimeUtils::FormatTimeAsISO8601(fields, milliseconds), expected);
+        EXPECT_EQ(DT::FormatTimeAsISO8601(fields, milliseconds), expected);
 
-    EXPECT_EQ(DateTimeUtils::FormatTimeAsISO8601(LLONG_MAX), "292277026596-12-04T15:30");
-    EXPECT_EQ(DateTimeUtils::FormatTimeAsISO8601(LLONG_MIN), "-292277022657-01-27T08:2");
+    EXPECT_EQ(DT::FormatTimeAsISO8601(kNoon), "2016-05-10T12:00:00.000Z");
+    EXPECT_EQ(DT::FormatTimeAsISO8601(LLONG_MAX), "292277026596-12-04T15:30");
+    EXPECT_EQ(DT::FormatTimeAsISO8601(LLONG_MIN), "-292277022657-01-27T08:2");
 }
 
 TEST(DateTimeUtilsUtcTm, FieldsAreNormalisedInPlace) {
@@ -79,20 +81,19 @@ TEST(DateTimeUtilsUtcTm, FieldsAreNormalisedInPlace) {
     };
     for (const auto& c : cases) {
         std::tm fields = c.fields;
-        EXPECT_EQ(DateTimeUtils::UtcTmToEpochTime(fields), c.expected);
-        EXPECT_EQ(DateTimeUtils::FormatTimeAsISO8601(fields, 0), c.normalised);
+        EXPECT_EQ(DT::UtcTmToEpochTime(&fields), c.expected);
+        EXPECT_EQ(DT::FormatTimeAsISO8601(fields, 0), c.normalised);
         EXPECT_EQ(fields.tm_wday, c.weekday) << c.normalised;
         EXPECT_EQ(fields.tm_yday, c.dayOfYear) << c.normalised;
     }
 }
 
 TEST(DateTimeUtilsRounding, GivesTheMidnightOfTheDay) {
-    EXPECT_EQ(DateTimeUtils::RoundDownToMidnight(kNoon - 43200), kNoon - 43200);
-    EXPECT_EQ(DateTimeUtils::RoundDownToMidnight(-1LL), -86400);
-    EXPECT_EQ(DateTimeUtils::RoundDownToMidnight(LLONG_MIN), LLONG_MIN);
-    EXPECT_EQ(DateTimeUtils::RoundDownToMidnight(AtTicks(14'628'860'550'000'000)),
-              AtTicks(14'628'384'000'000'000));
-    EXPECT_EQ(DateTimeUtils::RoundDownToMidnight(AtTicks(-1)), AtTicks(0));  // toward zero
+    EXPECT_EQ(DT::RoundDownToMidnight(kNoon - 43200), kNoon - 43200);
+    EXPECT_EQ(DT::RoundDownToMidnight(-1LL), -86400);
+    EXPECT_EQ(DT::RoundDownToMidnight(LLONG_MIN), LLONG_MIN);
+    EXPECT_EQ(DT::RoundDownToMidnight(AtTicks(14'628'860'550'000'000)), AtTicks(14'628'384'000'000'000));
+    EXPECT_EQ(DT::RoundDownToMidnight(AtTicks(-1)), AtTicks(0));  // toward zero
 }
 
 TEST(DateTimeUtilsSpan, PartsFromTheFirstThatIsNotZero) {
@@ -105,7 +106,7 @@ TEST(DateTimeUtilsSpan, PartsFromTheFirstThatIsNotZero) {
         {86400, "1d 0h 0m 0s"},
         {90061, "1d 1h 1m 1s"},
     };
-    for (const auto& [seconds, text] : cases) EXPECT_EQ(DateTimeUtils::FormatTimeSpanAsString(seconds), text);
+    for (const auto& [seconds, text] : cases) EXPECT_EQ(DT::FormatTimeSpanAsString(seconds), text);
 }
 
 TEST(DateTimeUtilsX509, ReadsBothFormsAndRefusesTheRest) {
@@ -127,7 +128,7 @@ TEST(DateTimeUtilsX509, ReadsBothFormsAndRefusesTheRest) {
     for (const auto& [text, isTime, expected] : cases) {
         SCOPED_TRACE(testing::PrintToString(text));
         long long seconds = 77;
-        EXPECT_EQ(DateTimeUtils::ParseX509TimeString(text, &seconds), isTime);
+        EXPECT_EQ(DT::ParseX509TimeString(text, &seconds), isTime);
         EXPECT_EQ(seconds, expected);
     }
 }
@@ -157,19 +158,19 @@ TEST(DateTimeUtilsJson, ReadsFieldsFractionAndZone) {
         {"1970-01-01T00:00:99999999999999999999Z", 2147483647, 21'474'836'470'000'000},  // an int's limit
     };
     for (const auto& [text, seconds, ticks] : cases) {
-        EXPECT_EQ(DateTimeUtils::JsonDateTimeToEpochTime(text), seconds) << text;
-        EXPECT_EQ(DateTimeUtils::JsonDateTimeToTimePoint(text), AtTicks(ticks)) << text;
+        EXPECT_EQ(DT::JsonDateTimeToEpochTime(text), seconds) << text;
+        EXPECT_EQ(DT::JsonDateTimeToTimePoint(text), AtTicks(ticks)) << text;
     }
 }
 
 // The tests run with TZ=UTC; other zones are with the seam's tests.
 TEST(DateTimeUtilsLocal, WallClockTimesAndTexts) {
-    EXPECT_EQ(DateTimeUtils::YMDHMSToTimePoint(2015, 17, 10, 11, 59, 60), AtTicks(kNoon * 10'000'000));
-    EXPECT_EQ(DateTimeUtils::YMDHMSToTimePoint(INT_MIN, INT_MIN, 1, 0, 0, 0), AtTicks(0));
-    EXPECT_EQ(DateTimeUtils::YMDHMSToTimePoint(INT_MAX, 1, 1, 0, 0, 0), AtTicks(0));
-    EXPECT_EQ(DateTimeUtils::FormatTimeTAsAscTime(kNoon + 3), "Tue May 10 12 : 00:03 2016");
-    EXPECT_EQ(DateTimeUtils::FormatTimeTAsAscTime(253402300800), "");  // 27 characters
-    EXPECT_EQ(DateTimeUtils::FormatTimeTAsAscTime(LLONG_MAX), "");
+    EXPECT_EQ(DT::YMDHMSToTimePoint(2015, 17, 10, 11, 59, 60), AtTicks(kNoon * 10'000'000));
+    EXPECT_EQ(DT::YMDHMSToTimePoint(INT_MIN, INT_MIN, 1, 0, 0, 0), AtTicks(0));
+    EXPECT_EQ(DT::YMDHMSToTimePoint(INT_MAX, 1, 1, 0, 0, 0), AtTicks(0));
+    EXPECT_EQ(DT::FormatTimeTAsAscTime(kNoon + 3), "Tue May 10 12 : 00:03 2016");
+    EXPECT_EQ(DT::FormatTimeTAsAscTime(253402300800), "");  // 27 characters
+    EXPECT_EQ(DT::FormatTimeTAsAscTime(LLONG_MAX), "");
 }
 
 TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
@@ -197,24 +198,24 @@ TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        EXPECT_EQ(DateTimeUtils::DATEToTimePoint(c.date), AtTicks(c.ticks));
-        EXPECT_EQ(DateTimeUtils::ColeDateTimeToJsonDateTime(ATL::COleDateTime(c.date)), c.text);
-        EXPECT_EQ(DateTimeUtils::DATEToJsonDateTime(c.date), c.localText);
+        EXPECT_EQ(DT::DATEToTimePoint(c.date), AtTicks(c.ticks));
+        EXPECT_EQ(DT::ColeDateTimeToJsonDateTime(ATL::COleDateTime(c.date)), c.text);
+        EXPECT_EQ(DT::DATEToJsonDateTime(c.date), c.localText);
     }
     ATL::COleDateTime date(42500.5);
     for (const auto status : {ATL::COleDateTime::invalid, ATL::COleDateTime::null}) {
         date.SetStatus(status);
-        EXPECT_EQ(DateTimeUtils::ColeDateTimeToJsonDateTime(date), "");
+        EXPECT_EQ(DT::ColeDateTimeToJsonDateTime(date), "");
     }
 }
 
 TEST(DateTimeUtilsZones, EmbeddedMapIsExactAndUnknownNamesWarnEachTime) {
     RecordingLogger log;
-    EXPECT_EQ(DateTimeUtils::MapWindowsTimezoneToIana("Eastern Standard Time"), "America/New_York");
-    EXPECT_EQ(DateTimeUtils::MapWindowsTimezoneToIana("Russian Standard Time"), "Europe/Moscow");
+    EXPECT_EQ(DT::MapWindowsTimezoneToIana("Eastern Standard Time"), "America/New_York");
+    EXPECT_EQ(DT::MapWindowsTimezoneToIana("Russian Standard Time"), "Europe/Moscow");
     EXPECT_THAT(log.Lines(), IsEmpty());
     for (const char* name : {"eastern standard time", "Tomsk Standard Time"}) {
-        EXPECT_EQ(DateTimeUtils::MapWindowsTimezoneToIana(name), "");
+        EXPECT_EQ(DT::MapWindowsTimezoneToIana(name), "");
     }
     EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
                 ElementsAre("TimeZoneMapper does not contain the string 'eastern standard time'",

@@ -12,13 +12,10 @@ using testing::EndsWith;
 
 TEST(PathUtilsCombinePaths, PutsExactlyOneSeparatorAtTheJoint) {
     const std::tuple<std::string, std::string, char, std::string> cases[] = {
-        {"", "b", '\\', "b"},
-        {"a\\", "", '\\', "a\\"},
-        {"", "", '\\', ""},
-        {"a\\", "b", '\\', "a\\b"},
-        {"a", "\\b", '\\', "a\\b"},
-        {"a", "b", '/', "a/b"},
-        {"C:\\x\\\\", "\\y", '\\', "C:\\x\\\\y"},
+        {"", "b", '\\', "b"},       {"a", "", '\\', "a"},
+        {"a\\", "", '\\', "a\\"},   {"", "", '\\', ""},
+        {"a\\", "b", '\\', "a\\b"}, {"a", "\\b", '\\', "a\\b"},
+        {"a", "b", '/', "a/b"},     {"C:\\x\\\\", "\\y", '\\', "C:\\x\\\\y"},
         {"\\", "\\", '\\', "\\"},
     };
     for (const auto& [first, second, separator, expected] : cases) {
@@ -80,6 +77,7 @@ TEST(PathUtilsNormalise, IsLexicalAndTheSameOnEverySystem) {
 
 TEST(PathUtilsText, IsMadeSafeByteByByte) {
     EXPECT_EQ(PathUtils::HomogeniseSlashesForOs("a/b\\c//"), "a\\b\\c\\\\");
+    EXPECT_EQ(PathUtils::HomogeniseSlashesForOs(L"a/b"), L"a\\b");
     EXPECT_EQ(PathUtils::SanitizeTextForFilename("my file (1).txt"), "my_file__1__txt");
     EXPECT_EQ(PathUtils::SanitizeTextForFilename("\xC3\xA9Z0"), "__Z0");
     EXPECT_EQ(PathUtils::SanitizeTextForFilename(std::string("a-b\0c", 5)), "a_b");

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <fstream>
@@ -18,6 +17,9 @@ namespace {
 
 using FS = FileSystemUtils;
 using Encoding = FS::FileEncoding;
+using FileEncodingDetection = TempDirTest;
+using FileEncodingRead = TempDirTest;
+using FileEncodingWrite = TempDirTest;
 using std::string_literals::operator""s;
 
 constexpr auto kBeyond = static_cast<Encoding>(7);
@@ -39,7 +41,7 @@ std::string Le(std::u16string_view text) {
     return bytes;
 }
 
-TEST(FileEncodingDetection, TakesMarkThenUtf8SequenceThenUtf16TestThenAnsi) {
+TEST_F(FileEncodingDetection, TakesMarkThenUtf8SequenceThenUtf16TestThenAnsi) {
     const std::string pad(61, 'a');  // past the words that are skipped at once
     const std::tuple<const char*, std::string, Encoding> cases[] = {
         {"empty", "", FS::ANSI},
@@ -60,7 +62,6 @@ TEST(FileEncodingDetection, TakesMarkThenUtf8SequenceThenUtf16TestThenAnsi) {
         {"with an invalid unit at once", Le(u"\xDC00" + kEnglish), FS::ANSI},
         {"with the bytes of a UTF-8 sequence", Le(kEnglish + u"\xA9C3"), FS::UTF8NOBOM},
     };
-    TempDir dir;
     for (const auto& [what, bytes, expected] : cases) {
         std::istringstream stream(bytes);
         EXPECT_EQ(FS::GetFileEncoding(stream, bytes.size()), expected) << what;
@@ -69,7 +70,7 @@ TEST(FileEncodingDetection, TakesMarkThenUtf8SequenceThenUtf16TestThenAnsi) {
     }
 }
 
-TEST(FileEncodingDetection, GoesByTheSizeThatItIsTold) {
+TEST_F(FileEncodingDetection, GoesByTheSizeThatItIsTold) {
     const auto detect = [](const std::string& bytes, std::uint64_t size) {
         std::istringstream stream(bytes);
         return FS::GetFileEncoding(stream, size);
@@ -81,7 +82,7 @@ TEST(FileEncodingDetection, GoesByTheSizeThatItIsTold) {
     EXPECT_EQ(detect(Le(kEnglish), ~0ULL), FS::UTF16LENOBOM);
 }
 
-TEST(FileEncodingDetection, StreamChecksLeaveAnEncodingThatTheyDoNotFind) {
+TEST_F(FileEncodingDetection, StreamChecksLeaveAnEncodingThatTheyDoNotFind) {
     Encoding encoding = kBeyond;
     std::istringstream plain("plain"), good("a\xC3\xA9z");
     EXPECT_FALSE(FS::CheckForUTF8Sequences(plain, encoding));
@@ -97,7 +98,7 @@ TEST(FileEncodingDetection, StreamChecksLeaveAnEncodingThatTheyDoNotFind) {
     EXPECT_EQ(good.get(), 'z');
 }
 
-TEST(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
+TEST_F(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
     const struct {
         const char* what;
         std::string bytes;
@@ -110,6 +111,7 @@ TEST(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
         {"forced ANSI keeps the mark", kUtf8Mark + "\0a"s, FS::ANSI, kUtf8Mark + "\0a"s, FS::UTF8},
         {"UTF-8 loses one mark", kUtf8Mark + kUtf8Mark + kText, FS::NOTSET, kUtf8Mark + kText, FS::UTF8},
         {"forced UTF-8 loses any mark", kBeMark + "a\xFF", FS::UTF8, "a\xFF", FS::UTF16BE},
+        {"little-endian, odd", kLeMark + Le(kUnits) + "x", FS::NOTSET, kText, FS::UTF16LE},
         {"big-endian, odd", kBeMark + Be(kUnits) + "x", FS::NOTSET, kText, FS::UTF16BE},
         {"the mark decides, not the name", kLeMark + Le(kUnits), FS::UTF16BE, kText, FS::UTF16LE},
         {"big-endian without a mark", Be(kUnits), FS::UTF16LE, kText, FS::ANSI},
@@ -119,7 +121,6 @@ TEST(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
         {"lone low surrogate", kBeMark + Be(u"ab\xDC00z"), FS::NOTSET, "ab", FS::UTF16BE},
         {"high surrogate at the end", kLeMark + Le(u"ab\xD83D"), FS::NOTSET, "ab", FS::UTF16LE},
     };
-    TempDir dir;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         Encoding detected = FS::NOTSET;
@@ -133,8 +134,7 @@ TEST(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
     EXPECT_EQ(FS::ReadUtf16LeFile(path, detected) + FS::ReadUtf16BeFile(path, detected), "");
 }
 
-TEST(FileEncodingRead, WhatCannotBeOpenedIsEmptyAndLeavesDetected) {
-    TempDir dir;
+TEST_F(FileEncodingRead, WhatCannotBeOpenedIsEmptyAndLeavesDetected) {
     for (std::string path : {dir.Path("missing"), dir.Path(), std::string()}) {
         Encoding detected = kBeyond;
         EXPECT_EQ(FS::ReadFile(path, detected, FS::UTF8), "");
@@ -143,15 +143,14 @@ TEST(FileEncodingRead, WhatCannotBeOpenedIsEmptyAndLeavesDetected) {
     }
 }
 
-TEST(FileEncodingRead, FileOfUnknownSizeIsReadWhole) {
+TEST_F(FileEncodingRead, FileOfUnknownSizeIsReadWhole) {
     if (!std::filesystem::exists("/proc/self/status")) GTEST_SKIP() << "no files of unknown size here";
     Encoding detected = FS::NOTSET;
     EXPECT_THAT(FS::ReadFile("/proc/self/status", detected, FS::NOTSET), testing::HasSubstr("\nThreads:"));
     EXPECT_EQ(detected, FS::ANSI);
 }
 
-TEST(FileEncodingRead, GrowingFileGivesAPrefixOfItsContent) {
-    TempDir dir;
+TEST_F(FileEncodingRead, GrowingFileGivesAPrefixOfItsContent) {
     const std::string path = dir.Write("file", kUtf8Mark);
     // Opened before the reading begins, which asks for the size without sharing for writing.
     std::ofstream file(dir.Native("file"), std::ios::app | std::ios::binary);
@@ -169,7 +168,7 @@ TEST(FileEncodingRead, GrowingFileGivesAPrefixOfItsContent) {
     writer.join();
 }
 
-TEST(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
+TEST_F(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
     const std::tuple<Encoding, std::string, std::string> cases[] = {
         {FS::ANSI, "", kText},
         {FS::UTF8, kUtf8Mark, kText},
@@ -178,7 +177,6 @@ TEST(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
         {FS::UTF16LENOBOM, kLeMark, Le(kUnits)},
         {FS::UTF16BE, kBeMark, Be(kUnits)},
     };
-    TempDir dir;
     const std::string path = dir.Write("file", "a longer text that must not shine through");
     for (const auto& [encoding, written, body] : cases) {
         for (const std::string& mark : {""s, kUtf8Mark, kLeMark, kBeMark}) {
@@ -193,8 +191,7 @@ TEST(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
     EXPECT_FALSE(FS::WriteUtf8NoBomFile(dir.Path("no/folder"), kText));
 }
 
-TEST(FileEncodingWrite, InvalidUtf8ForUtf16ThrowsAndLeavesTheFile) {
-    TempDir dir;
+TEST_F(FileEncodingWrite, InvalidUtf8ForUtf16ThrowsAndLeavesTheFile) {
     const std::string path = dir.Write("file", "kept");
     for (const std::string text : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\x80"}) {
         Encoding current = FS::UTF16LENOBOM;
@@ -204,8 +201,7 @@ TEST(FileEncodingWrite, InvalidUtf8ForUtf16ThrowsAndLeavesTheFile) {
     }
 }
 
-TEST(FileEncodingWrite, AppendChoosesRequestedThenCurrentThenDetected) {
-    TempDir dir;
+TEST_F(FileEncodingWrite, AppendChoosesRequestedThenCurrentThenDetected) {
     const std::string path = dir.Write("file", kLeMark);
     Encoding current = FS::NOTSET;
     EXPECT_FALSE(FS::AppendToFile(dir.Path("missing"), "x", current, FS::NOTSET));
@@ -220,8 +216,7 @@ TEST(FileEncodingWrite, AppendChoosesRequestedThenCurrentThenDetected) {
     EXPECT_EQ(dir.Read("file"), kLeMark + "x\0xx\0x"s);
 }
 
-TEST(FileEncodingWrite, ValuesOutsideTheTableAreLoggedWithTheOperationsNumber) {
-    TempDir dir;
+TEST_F(FileEncodingWrite, ValuesOutsideTheTableAreLoggedWithTheOperationsNumber) {
     RecordingLogger log;
     const std::string path = dir.Write("file", "kept");
     Encoding detected = FS::NOTSET;

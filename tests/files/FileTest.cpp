@@ -1,7 +1,6 @@
 #include "quillon/File.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <string>
 
@@ -12,19 +11,17 @@ namespace quillon::test {
 namespace {
 
 using FS = FileSystemUtils;
+using FileTest = TempDirTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(File, ReadingDetectsAfreshWhateverWasSet) {
-    TempDir dir;
+TEST_F(FileTest, ReadingDetectsAfreshWhateverWasSet) {
     File file = File::Open(dir.Path("file"));
     file.SetEncoding(FS::UTF16BE);
     EXPECT_EQ(file.Read(), "");
     EXPECT_EQ(file.GetEncoding(), FS::UTF16BE);
-    dir.Write("file",
-              "\xEF\xBB\xBF"
-              "a\r\nb\nc\r\n");
-    EXPECT_THAT(file.ReadByLine(), ElementsAre("a", "b\nc", ""));
+    dir.Write("file", "\xEF\xBB\xBFx\r\ny\nz\r\n");
+    EXPECT_THAT(file.ReadByLine(), ElementsAre("x", "y\nz", ""));
     EXPECT_EQ(file.GetEncoding(), FS::UTF8);
 
     Variant value = Variant::NullVariant("kept");
@@ -34,8 +31,7 @@ TEST(File, ReadingDetectsAfreshWhateverWasSet) {
     EXPECT_EQ(file.GetEncoding(), FS::ANSI);
 }
 
-TEST(File, EncodingIsDetectedButNotStoredWhenAskedFor) {
-    TempDir dir;
+TEST_F(FileTest, EncodingIsDetectedButNotStoredWhenAskedFor) {
     const File file = File::Create(dir.Path("file"));
     EXPECT_EQ(file.GetEncoding(), FS::NOTSET);
     dir.Write("file", "\xFF\xFE");
@@ -44,8 +40,7 @@ TEST(File, EncodingIsDetectedButNotStoredWhenAskedFor) {
     EXPECT_EQ(file.GetEncoding(), FS::UTF16BE);
 }
 
-TEST(File, WritesInTheGivenElseTheStoredEncoding) {
-    TempDir dir;
+TEST_F(FileTest, WritesInTheGivenElseTheStoredEncoding) {
     RecordingLogger log;
     File file = File::Create(dir.Path("file"));
     EXPECT_FALSE(file.Write("x"));
@@ -61,8 +56,7 @@ TEST(File, WritesInTheGivenElseTheStoredEncoding) {
     EXPECT_FALSE(file.Delete() || file.Exists());
 }
 
-TEST(File, AppendStoresTheEncodingThatItUsed) {
-    TempDir dir;
+TEST_F(FileTest, AppendStoresTheEncodingThatItUsed) {
     File fresh = File::Open(dir.Path("fresh"));
     EXPECT_TRUE(fresh.Append("\xC3\xA9"));
     EXPECT_EQ(dir.Read("fresh"), "\xC3\xA9");
@@ -76,7 +70,7 @@ TEST(File, AppendStoresTheEncodingThatItUsed) {
     EXPECT_EQ(copy.GetEncoding(), FS::ANSI);
 }
 
-TEST(File, EverySettingOfAnEncodingIsLoggedExceptNoneToNone) {
+TEST_F(FileTest, EverySettingOfAnEncodingIsLoggedExceptNoneToNone) {
     RecordingLogger log;
     File file = File::Open("never opened");
     file.SetEncoding(FS::NOTSET);

@@ -66,4 +66,9 @@ std::string TempDir::Read(const std::string& name) const {
 
 bool TempDir::Exists(const std::string& name) const { return fs::exists(fs::symlink_status(Native(name))); }
 
+void TempDir::SetReadOnly(const std::string& name, bool isReadOnly) const {
+    const auto write = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    fs::permissions(Native(name), write, isReadOnly ? fs::perm_options::remove : fs::perm_options::add);
+}
+
 }  // namespace quillon::test

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -22,9 +24,16 @@ public:
     std::string Write(const std::string& name, std::string_view content) const;
     std::string Read(const std::string& name) const;
     bool Exists(const std::string& name) const;
+    void SetReadOnly(const std::string& name, bool isReadOnly) const;
 
 private:
     std::filesystem::path m_path;
+};
+
+/// For tests that begin with an empty folder.
+class TempDirTest : public testing::Test {
+protected:
+    const TempDir dir;
 };
 
 /// What the C++ library calls a library path, and back.
