@@ -10,7 +10,8 @@ file(GLOB quillon_sources CONFIGURE_DEPENDS
 if(WIN32)
   file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/win32/*.cpp)
 else()
-  file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/posix/*.cpp)
+  file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/posix/*.cpp
+       ${PROJECT_SOURCE_DIR}/src/platform/simulated/*.cpp)
   quillon_embed_file(zone_document quillon_windows_zones ${PROJECT_SOURCE_DIR}/resources/windowsZones.xml)
   list(APPEND quillon_platform_sources ${zone_document})
 endif()

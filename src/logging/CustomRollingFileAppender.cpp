@@ -5,6 +5,7 @@
 
 #include "platform/FileApi.h"
 #include "platform/LogFileApi.h"
+#include "platform/OwnFigures.h"
 #include "quillon/DestructorFunctor.h"
 
 namespace quillon {
@@ -112,13 +113,18 @@ bool CustomRollingFileAppender::IsOpenAgain() {
 }
 
 void CustomRollingFileAppender::Write(std::string_view line) {
-    if (!IsOpenAgain()) return;
-    if (m_isLineTorn && !Append("\n")) return;
+    if (!IsWritten(line)) platform::CountDroppedLogLine();
+}
+
+bool CustomRollingFileAppender::IsWritten(std::string_view line) {
+    if (!IsOpenAgain()) return false;
+    if (m_isLineTorn && !Append("\n")) return false;
 
     const std::uint64_t before = m_size;
     const bool isComplete = Append(line);
     m_isLineTorn = !isComplete && m_size != before;
     if (isComplete) getErrorHandler()->reset();
+    return isComplete;
 }
 
 bool CustomRollingFileAppender::Append(std::string_view text) {

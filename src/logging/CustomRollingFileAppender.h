@@ -42,6 +42,7 @@ private:
     bool Open();
     bool IsOpenAgain();
     void Write(std::string_view line);
+    bool IsWritten(std::string_view line);
     bool Append(std::string_view text);
 
     platform::FileHandle m_file;

@@ -1,5 +1,7 @@
 #include "platform/CommandLine.h"
 
+#include <algorithm>
+
 namespace quillon::platform {
 
 namespace {
@@ -71,6 +73,18 @@ private:
     std::string_view m_rest;
 };
 
+bool NeedsQuotes(std::string_view text) {
+    return text.empty() || std::any_of(text.begin(), text.end(), [](char c) {
+               return (c >= 0 && c <= ' ') || c == '"' || c == ',' || c == ';' || c == '=';
+           });
+}
+
+/// No backslash in a program's name has a meaning.
+std::string QuoteProgram(std::string_view program) {
+    if (program.find('"') != std::string_view::npos) return QuoteArgument(program);
+    return NeedsQuotes(program) ? '"' + std::string(program) + '"' : std::string(program);
+}
+
 }  // namespace
 
 std::vector<std::string> SplitCommandLine(std::string_view commandLine) {
@@ -80,6 +94,31 @@ std::vector<std::string> SplitCommandLine(std::string_view commandLine) {
     arguments.push_back(scanner.TakeProgram());
     while (scanner.SkipBlanks()) arguments.push_back(scanner.TakeArgument());
     return arguments;
+}
+
+std::string QuoteArgument(std::string_view argument) {
+    if (!NeedsQuotes(argument)) return std::string(argument);
+    std::string quoted = "\"";
+    std::size_t backslashes = 0;
+    for (const char c : argument) {
+        // Backslashes are doubled where a quote follows them, each quote gets one more.
+        if (c == '"') quoted.append(backslashes + 1, '\\');
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+        quoted.push_back(c);
+    }
+    return quoted.append(backslashes, '\\').append("\"");
+}
+
+std::string JoinCommandLine(const std::vector<std::string_view>& arguments) {
+    std::string line;
+    for (const std::string_view argument : arguments) {
+        if (line.empty()) {
+            line = QuoteProgram(argument);
+        } else {
+            line.append(" ").append(QuoteArgument(argument));
+        }
+    }
+    return line;
 }
 
 }  // namespace quillon::platform

@@ -13,4 +13,11 @@ namespace quillon::platform {
 /// that another follows is literal too. UTF-8; empty for an empty command line.
 std::vector<std::string> SplitCommandLine(std::string_view commandLine);
 
+/// An argument as SplitCommandLine reads it back: in quotes where it is empty or holds
+/// what some reader of command lines takes as a separator.
+std::string QuoteArgument(std::string_view argument);
+/// A program and its arguments as one command line. What no quoting can keep (a quote
+/// in the program's name) is escaped as in an argument.
+std::string JoinCommandLine(const std::vector<std::string_view>& arguments);
+
 }  // namespace quillon::platform

@@ -1,8 +1,8 @@
 #include "quillon/CommandLineBuilder.h"
 
-#include <algorithm>
 #include <stdexcept>
 
+#include "platform/CommandLine.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -27,25 +27,6 @@ void CheckForInterpreter(const std::string& text) {
     throw std::invalid_argument("A batch file would act upon characters of: " + text);
 }
 
-/// Anything that some reader of command lines takes as a separator.
-bool NeedsQuotes(const std::string& text) {
-    return text.empty() || std::any_of(text.begin(), text.end(), [](char c) {
-               return (c >= 0 && c <= ' ') || c == '"' || c == ',' || c == ';' || c == '=';
-           });
-}
-
-/// Backslashes are doubled where a quote follows them, each quote gets one more.
-std::string Quote(const std::string& argument) {
-    std::string quoted = "\"";
-    std::size_t backslashes = 0;
-    for (const char c : argument) {
-        if (c == '"') quoted.append(backslashes + 1, '\\');
-        backslashes = c == '\\' ? backslashes + 1 : 0;
-        quoted.push_back(c);
-    }
-    return quoted.append(backslashes, '\\').append("\"");
-}
-
 }  // namespace
 
 CommandLineBuilder::CommandLineBuilder(const std::string& program) : m_isBatchFile(IsBatchFile(program)) {
@@ -54,13 +35,13 @@ CommandLineBuilder::CommandLineBuilder(const std::string& program) : m_isBatchFi
         throw std::invalid_argument("A program's name cannot hold a quote: " + program);
     }
     if (m_isBatchFile) CheckForInterpreter(program);
-    m_commandLine = NeedsQuotes(program) ? '"' + program + '"' : program;
+    m_commandLine = platform::JoinCommandLine({program});
 }
 
 CommandLineBuilder& CommandLineBuilder::Add(const std::string& argument) {
     CheckForZero(argument);
     if (m_isBatchFile) CheckForInterpreter(argument);
-    m_commandLine.append(" ").append(NeedsQuotes(argument) ? Quote(argument) : argument);
+    m_commandLine.append(" ").append(platform::QuoteArgument(argument));
     return *this;
 }
 

@@ -1,9 +1,13 @@
 #include "platform/ModuleApi.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <climits>
+#include <cstdint>
+#include <string_view>
 
+#include "platform/ErrorText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/NativePath.h"
 
@@ -23,6 +27,14 @@ std::optional<std::string> ExecutablePath() {
         buffer.resize(buffer.size() - kReplaced.size());
     }
     return LibraryPath(buffer);
+}
+
+HINSTANCE ModuleOfAddress(void* address) {
+    constexpr std::uint32_t kNoSuchModule = 126;
+    Dl_info module{};
+    if (::dladdr(address, &module) != 0) return reinterpret_cast<HINSTANCE>(module.dli_fbase);
+    SetLastErrorCode(kNoSuchModule);
+    return nullptr;
 }
 
 }  // namespace quillon::platform

@@ -1,11 +1,8 @@
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -19,6 +16,7 @@
 #include "platform/ProcessApi.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
+#include "platform/posix/ProcFile.h"
 
 namespace quillon::platform {
 
@@ -42,28 +40,8 @@ struct ProcessEntry {
     [[nodiscard]] bool IsRunnable() const { return state == 'R' || state == 'S'; }
 };
 
-/// Field `index` of a text whose fields are parted by one blank, as a number.
-template <class Number>
-Number FieldAt(std::string_view text, int index) {
-    for (; index > 0 && !text.empty(); --index)
-        text.remove_prefix(std::min(text.find(' '), text.size() - 1) + 1);
-    Number number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 std::string ReadOf(pid_t process, const char* name) {
-    constexpr std::size_t kPiece = 4096;
-    const std::string path = "/proc/" + std::to_string(process) + '/' + name;
-    const FileHandle file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    std::string content;
-    for (ssize_t count = file ? 1 : 0; count > 0;) {
-        const std::size_t length = content.size();
-        content.resize(length + kPiece);
-        count = ::read(file.Get(), content.data() + length, kPiece);
-        content.resize(length + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return content;
+    return ReadProcessFile(process, name).value_or(std::string());
 }
 
 std::optional<ProcessEntry> ReadEntry(pid_t process) {

@@ -17,4 +17,12 @@ std::optional<std::string> ExecutablePath() {
     }
 }
 
+HINSTANCE ModuleOfAddress(void* address) {
+    HMODULE module = nullptr;
+    const BOOL found = ::GetModuleHandleExW(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        static_cast<LPCWSTR>(address), &module);
+    return found != 0 ? module : nullptr;
+}
+
 }  // namespace quillon::platform

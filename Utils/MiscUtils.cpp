@@ -1,0 +1,104 @@
+#include "quillon/MiscUtils.h"
+
+#include <bit>
+#include <charconv>
+#include <chrono>
+#include <random>
+#include <thread>
+
+#include "platform/EnvironmentApi.h"
+#include "platform/ErrorText.h"
+#include "platform/ModuleApi.h"
+#include "platform/RegistryApi.h"
+#include "platform/SystemVersionApi.h"
+#include "quillon/RegistryUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::uint32_t kNoSuchVariable = 203;
+
+/// Windows 8 and later stay at its numbers towards who does not ask the registry.
+bool HasNumbersInRegistry(unsigned long major, unsigned long minor) {
+    return major >= 7 || (major == 6 && minor >= 2);
+}
+
+unsigned long ReadBuildNumber(const RegKey& key) {
+    std::string text;
+    RegistryUtils::ReadWindowsRegistryValue(key, "CurrentBuildNumber", text);
+    unsigned long number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+}  // namespace
+
+std::string MiscUtils::GetEnvVar(const char* name, bool* missing) {
+    platform::SetLastErrorCode(0);
+    const auto value = platform::ReadVariable(name);
+    const auto code = platform::LastError();
+    const bool isRead = value && !value->empty();
+    if (missing != nullptr) *missing = !isRead;
+    if (isRead) return *value;
+    if (!value && code != kNoSuchVariable) {
+        if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+            logger->Warn("Could not get value of environment variable '%s' because: %s", name,
+                         StringUtils::GetErrorAsString(static_cast<std::int32_t>(code)).c_str());
+        }
+    }
+    return {};
+}
+
+bool MiscUtils::SetEnvVar(const char* name, const char* value) {
+    return platform::WriteVariable(name, value);
+}
+
+void MiscUtils::UnsetEnvVar(const char* name) { platform::WriteVariable(name, nullptr); }
+
+long MiscUtils::GetRandomNumberInRange(long low, long high) {
+    if (high == 0) return 0;
+    if (high <= low) return low;
+    std::mt19937 engine(std::random_device{}());
+    return std::uniform_int_distribution<long>(low, high)(engine);
+}
+
+Version MiscUtils::OsVersion() {
+    const auto reported = platform::ReportedSystemVersion();
+    unsigned long major = reported.major;
+    unsigned long minor = reported.minor;
+    const auto handle = platform::OpenMachineKey("SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion");
+    if (!handle) return Version(major, minor, 0, 0);
+
+    const RegKey key{{}, handle.Get()};
+    if (HasNumbersInRegistry(major, minor) &&
+        RegistryUtils::ReadWindowsRegistryValue(key, "CurrentMajorVersionNumber", major)) {
+        RegistryUtils::ReadWindowsRegistryValue(key, "CurrentMinorVersionNumber", minor);
+    }
+    unsigned long revision = 0;
+    RegistryUtils::ReadWindowsRegistryValue(key, "UBR", revision);
+    return Version(major, minor, ReadBuildNumber(key), revision);
+}
+
+bool MiscUtils::GetDllHandle(HINSTANCE& module, void* address) {
+    const HINSTANCE found = platform::ModuleOfAddress(address);
+    if (found != nullptr) {
+        module = found;
+        return true;
+    }
+    const std::string reason = StringUtils::GetLastErrorAsString();
+    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+        logger->Error("Could not get DLL details because: %s", reason.c_str());
+    }
+    return false;
+}
+
+bool MiscUtils::IsLittleEndian() { return std::endian::native == std::endian::little; }
+
+void MiscUtils::ThreadSleepMs(long long ms) {
+    if (ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+}  // namespace quillon

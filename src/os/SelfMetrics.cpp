@@ -1,0 +1,52 @@
+#include "quillon/SelfMetrics.h"
+
+#include <optional>
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+#include "platform/OwnFigures.h"
+#include "platform/ProcessFactsApi.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kBytes = "bytes";
+constexpr const char* kMilliseconds = "ms";
+constexpr const char* kCount = "count";
+
+void AddFigure(DataTable& table, const std::string& name, std::optional<long long> value, const char* unit) {
+    VariantList row;
+    row.Add("Name", name);
+    if (value) {
+        row.Add("Value", *value);
+    } else {
+        row.AddEmptyCell("Value", typeid(long long));
+    }
+    row.Add("Unit", unit);
+    table.AddRow(std::move(row));
+}
+
+}  // namespace
+
+DataTable SelfMetrics() {
+    DataTable table;
+    table.AddStringCol("Name");
+    table.AddLongLongCol("Value");
+    table.AddStringCol("Unit");
+    const platform::OwnUsage usage = platform::UsageOfThisProcess();
+    AddFigure(table, "ResidentMemory", usage.residentBytes, kBytes);
+    AddFigure(table, "PrivateMemory", usage.privateBytes, kBytes);
+    AddFigure(table, "UserTime", usage.userMilliseconds, kMilliseconds);
+    AddFigure(table, "KernelTime", usage.kernelMilliseconds, kMilliseconds);
+    AddFigure(table, "Threads", usage.threads, kCount);
+    AddFigure(table, "Handles", usage.handles, kCount);
+    AddFigure(table, "DroppedLogLines", static_cast<long long>(platform::DroppedLogLines()), kCount);
+    for (const platform::CacheSize& cache : platform::CacheSizes()) {
+        AddFigure(table, "Cache." + cache.name, static_cast<long long>(cache.entries), kCount);
+    }
+    return table;
+}
+
+}  // namespace quillon

@@ -1,0 +1,74 @@
+#include "platform/posix/ElfVersionNote.h"
+
+#include <elf.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace quillon::platform {
+
+namespace {
+
+constexpr std::size_t kMaxNotes = std::size_t{1} << 16;
+constexpr VersionTranslation kTranslation{0x0409, 0x04B0};
+constexpr std::string_view kOwner("Quillon", 8);
+
+template <class T>
+bool Read(const ReadBytesAt& read, std::uint64_t offset, T& value) {
+    return read(offset, &value, sizeof value);
+}
+
+std::uint64_t Aligned(std::uint64_t offset) { return (offset + 3) & ~std::uint64_t{3}; }
+
+/// The content of our note among a segment's.
+std::optional<std::string_view> FindNote(std::string_view notes) {
+    Elf64_Nhdr head{};
+    while (notes.size() >= sizeof head) {
+        std::memcpy(&head, notes.data(), sizeof head);
+        const std::uint64_t content = sizeof head + Aligned(head.n_namesz);
+        const std::uint64_t next = content + Aligned(head.n_descsz);
+        if (content + head.n_descsz > notes.size()) return std::nullopt;
+        if (head.n_type == 1 && notes.substr(sizeof head, head.n_namesz) == kOwner) {
+            return notes.substr(content, head.n_descsz);
+        }
+        notes.remove_prefix(std::min<std::uint64_t>(next, notes.size()));
+    }
+    return std::nullopt;
+}
+
+VersionTexts ParseNote(std::string_view content) {
+    VersionTexts result;
+    result.translations.push_back(kTranslation);
+    while (!content.empty()) {
+        const std::string_view line = content.substr(0, content.find('\0'));
+        const std::size_t equals = line.find('=');
+        if (equals != std::string_view::npos) {
+            result.texts.push_back(
+                {kTranslation, std::string(line.substr(0, equals)), std::string(line.substr(equals + 1))});
+        }
+        content.remove_prefix(std::min(line.size() + 1, content.size()));
+    }
+    return result;
+}
+
+}  // namespace
+
+std::optional<VersionTexts> ReadElfVersion(const ReadBytesAt& read) {
+    Elf64_Ehdr header{};
+    if (!Read(read, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+        header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_ident[EI_DATA] != ELFDATA2LSB) {
+        return std::nullopt;
+    }
+    for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
+        Elf64_Phdr segment{};
+        if (!Read(read, header.e_phoff + i * sizeof segment, segment)) return std::nullopt;
+        if (segment.p_type != PT_NOTE || segment.p_filesz > kMaxNotes) continue;
+        std::string notes(segment.p_filesz, '\0');
+        if (!read(segment.p_offset, notes.data(), notes.size())) continue;
+        if (const auto content = FindNote(notes)) return ParseNote(*content);
+    }
+    return std::nullopt;
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,144 @@
+#include "platform/ProcessFactsApi.h"
+
+#include <dirent.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/CommandLine.h"
+#include "platform/Utf.h"
+#include "platform/posix/Errno.h"
+#include "platform/posix/ProcFile.h"
+
+namespace quillon::platform {
+
+namespace {
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
+
+pid_t ProcessOf(HANDLE handle) { return static_cast<pid_t>(reinterpret_cast<std::intptr_t>(handle)); }
+
+long long PageSize() {
+    static const long long size = ::sysconf(_SC_PAGESIZE);
+    return size;
+}
+
+/// Kilobytes that a line "NAME:   123 kB" tells.
+std::optional<long long> KilobytesOf(std::string_view text, std::string_view name) {
+    const std::size_t at = text.find(name);
+    if (at == std::string_view::npos) return std::nullopt;
+    text.remove_prefix(at + name.size());
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    long long kilobytes = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), kilobytes);
+    return error == std::errc() ? std::optional(kilobytes) : std::nullopt;
+}
+
+std::optional<long long> CountedPrivateBytes(pid_t process) {
+    const auto text = ReadProcessFile(process, "smaps_rollup");
+    if (!text) return std::nullopt;
+    const auto clean = KilobytesOf(*text, "\nPrivate_Clean:");
+    const auto dirty = KilobytesOf(*text, "\nPrivate_Dirty:");
+    if (!clean || !dirty) return std::nullopt;
+    return (*clean + *dirty) * 1024;
+}
+
+/// "size resident shared ...", in pages. Readable for everyone.
+std::optional<long long> EstimatedPrivateBytes(pid_t process) {
+    const auto text = ReadProcessFile(process, "statm");
+    if (!text) return std::nullopt;
+    return (FieldAt<long long>(*text, 1) - FieldAt<long long>(*text, 2)) * PageSize();
+}
+
+std::vector<std::string_view> Arguments(std::string_view text) {
+    std::vector<std::string_view> arguments;
+    while (!text.empty()) {
+        arguments.push_back(text.substr(0, text.find('\0')));
+        text.remove_prefix(std::min(arguments.back().size() + 1, text.size()));
+    }
+    return arguments;
+}
+
+long long Milliseconds(const timeval& time) { return time.tv_sec * 1000LL + time.tv_usec / 1000; }
+
+std::optional<long long> CountEntries(const char* path) {
+    const Folder folder(::opendir(path));
+    if (!folder) return std::nullopt;
+    long long count = 0;
+    while (const dirent* entry = ::readdir(folder.get())) count += entry->d_name[0] != '.';
+    return count;
+}
+
+}  // namespace
+
+void ReadableProcessTraits::Close(Type) noexcept {}
+
+ReadableProcess OpenReadableProcess(std::uint32_t id) {
+    const std::string path = "/proc/" + std::to_string(id) + "/statm";
+    if (::access(path.c_str(), R_OK) == 0) {
+        return ReadableProcess(reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(id)));
+    }
+    if (errno == ENOENT) errno = ESRCH;
+    FailWithErrno();
+    return ReadableProcess();
+}
+
+std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
+    const auto text = ReadProcessFile(static_cast<pid_t>(id), "cmdline");
+    if (text) return ToWide(JoinCommandLine(Arguments(*text)));
+    FailWithErrno();
+    return std::nullopt;
+}
+
+long long PrivateWorkingSet(HANDLE process) {
+    const pid_t id = ProcessOf(process);
+    if (const auto counted = CountedPrivateBytes(id)) return *counted;
+    return EstimatedPrivateBytes(id).value_or(0);
+}
+
+std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room) {
+    const Folder folder(::opendir("/proc"));
+    if (!folder) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    std::size_t count = 0;
+    while (count < room) {
+        const dirent* const entry = ::readdir(folder.get());
+        if (entry == nullptr) break;
+        const char* const end = entry->d_name + std::strlen(entry->d_name);
+        const auto [next, error] = std::from_chars(entry->d_name, end, ids[count]);
+        if (error == std::errc() && next == end) ++count;
+    }
+    return count;
+}
+
+OwnUsage UsageOfThisProcess() {
+    OwnUsage usage;
+    const pid_t self = ::getpid();
+    if (const auto pages = ReadProcessFile(self, "statm")) {
+        usage.residentBytes = FieldAt<long long>(*pages, 1) * PageSize();
+    }
+    usage.privateBytes = CountedPrivateBytes(self);
+    if (!usage.privateBytes) usage.privateBytes = EstimatedPrivateBytes(self);
+    rusage times{};
+    if (::getrusage(RUSAGE_SELF, &times) == 0) {
+        usage.userMilliseconds = Milliseconds(times.ru_utime);
+        usage.kernelMilliseconds = Milliseconds(times.ru_stime);
+    }
+    usage.threads = CountEntries("/proc/self/task");
+    usage.handles = CountEntries("/proc/self/fd");
+    if (usage.handles) --*usage.handles;  // the one that counted
+    return usage;
+}
+
+}  // namespace quillon::platform

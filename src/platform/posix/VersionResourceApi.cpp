@@ -1,0 +1,54 @@
+#include "platform/VersionResourceApi.h"
+
+#include <unistd.h>
+
+#include <limits>
+
+#include "platform/FileContent.h"
+#include "platform/PeVersionResource.h"
+#include "platform/posix/ElfVersionNote.h"
+
+namespace quillon::platform {
+
+namespace {
+
+bool ReadFully(const FileHandle& file, std::uint64_t offset, char* buffer, std::size_t size) {
+    if (offset > std::numeric_limits<off_t>::max()) return false;
+    while (size > 0) {
+        const ssize_t count = ::pread(file.Get(), buffer, size, static_cast<off_t>(offset));
+        if (count <= 0) return false;
+        buffer += count;
+        offset += static_cast<std::uint64_t>(count);
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+}  // namespace
+
+struct VersionResource::Content {
+    VersionTexts texts;
+};
+
+std::optional<VersionResource> VersionResource::Load(const std::string& path) {
+    const FileHandle file = OpenForReading(path);
+    if (!file) return std::nullopt;
+    const ReadBytesAt read = [&file](std::uint64_t offset, void* buffer, std::size_t size) {
+        return ReadFully(file, offset, static_cast<char*>(buffer), size);
+    };
+    auto texts = ReadPeVersion(read);
+    if (!texts) texts = ReadElfVersion(read);
+    if (!texts) return std::nullopt;
+    return VersionResource(std::make_shared<const Content>(Content{std::move(*texts)}));
+}
+
+std::vector<VersionTranslation> VersionResource::Translations() const {
+    return m_content->texts.translations;
+}
+
+std::optional<std::string> VersionResource::Text(VersionTranslation translation, const char* name) const {
+    const std::string* const text = m_content->texts.Find(translation, name);
+    return text == nullptr ? std::nullopt : std::optional(*text);
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,102 @@
+#include "platform/simulated/Registry.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "platform/ErrorText.h"
+
+namespace quillon::platform::simulated {
+
+namespace {
+
+constexpr std::uint32_t kNotFound = 2;
+constexpr std::uint32_t kInvalidHandle = 6;
+constexpr std::uint32_t kMoreData = 234;
+
+std::string Folded(std::string name) {
+    for (char& c : name) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
+    }
+    return name;
+}
+
+std::uintptr_t NumberOf(HKEY key) { return reinterpret_cast<std::uintptr_t>(key); }
+
+}  // namespace
+
+HKEY Registry::Open(const std::string& path) {
+    std::uint32_t code = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        code = TakeFailure();
+        const auto key = m_keys.find(Folded(path));
+        if (code == 0 && key != m_keys.end()) {
+            m_open[++m_lastHandle] = key->first;
+            return reinterpret_cast<HKEY>(m_lastHandle);
+        }
+    }
+    SetLastErrorCode(code != 0 ? code : kNotFound);
+    return nullptr;
+}
+
+void Registry::Close(HKEY key) {
+    const std::lock_guard lock(m_mutex);
+    m_open.erase(NumberOf(key));
+}
+
+std::uint32_t Registry::Query(HKEY key, const std::string& name, void* buffer, std::uint32_t& size) {
+    const std::lock_guard lock(m_mutex);
+    if (const std::uint32_t code = TakeFailure()) return code;
+    return Read(key, name, buffer, size);
+}
+
+std::uint32_t Registry::Read(HKEY key, const std::string& name, void* buffer, std::uint32_t& size) {
+    const auto open = m_open.find(NumberOf(key));
+    if (open == m_open.end()) return kInvalidHandle;
+    const auto values = m_keys.find(open->second);
+    if (values == m_keys.end()) return kNotFound;
+    const auto value = values->second.find(Folded(name));
+    if (value == values->second.end()) return kNotFound;
+
+    const std::string& bytes = value->second;
+    const std::uint32_t room = std::exchange(size, static_cast<std::uint32_t>(bytes.size()));
+    if (buffer == nullptr) return 0;
+    if (room < bytes.size()) return kMoreData;
+    std::memcpy(buffer, bytes.data(), bytes.size());
+    return 0;
+}
+
+void Registry::SetValue(const std::string& path, const std::string& name, const std::string& bytes) {
+    const std::lock_guard lock(m_mutex);
+    m_keys[Folded(path)][Folded(name)] = bytes;
+}
+
+void Registry::RemoveValue(const std::string& path, const std::string& name) {
+    const std::lock_guard lock(m_mutex);
+    const auto key = m_keys.find(Folded(path));
+    if (key != m_keys.end()) key->second.erase(Folded(name));
+}
+
+void Registry::RemoveKey(const std::string& path) {
+    const std::lock_guard lock(m_mutex);
+    m_keys.erase(Folded(path));
+}
+
+void Registry::FailNext(std::uint32_t code) {
+    const std::lock_guard lock(m_mutex);
+    m_failure = code;
+}
+
+std::uint32_t Registry::TakeFailure() { return std::exchange(m_failure, 0); }
+
+Registry& LocalMachine() {
+    static Registry& hive = []() -> Registry& {
+        auto* const made = new Registry;
+        Seed(*made);
+        return *made;
+    }();
+    return hive;
+}
+
+}  // namespace quillon::platform::simulated

@@ -1,0 +1,49 @@
+#include "platform/ModuleApi.h"
+#include "platform/ProcessFactsApi.h"
+#include "providers/ProcessFacts.h"
+#include "quillon/ProcessUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+void AppendIds(const IdQuery& query, std::vector<unsigned long>& ids) {
+    std::vector<std::uint32_t> answer(1024);
+    auto count = query(answer.data(), answer.size());
+    while (count && *count >= answer.size()) {
+        answer.resize(answer.size() * 2);
+        count = query(answer.data(), answer.size());
+    }
+    if (count) ids.insert(ids.end(), answer.data(), answer.data() + *count);
+}
+
+bool ProcessUtils::IsSystemProcess(unsigned long pid) { return pid == 0 || pid == 4; }
+
+bool ProcessUtils::GetCommandLineForProcess(unsigned long pid, std::string& commandLine) {
+    commandLine.clear();
+    if (IsSystemProcess(pid)) return true;
+    const auto text = platform::CommandLineOf(static_cast<std::uint32_t>(pid));
+    if (text) commandLine = StringUtils::WideStringToNarrow(*text);
+    return text.has_value();
+}
+
+std::string ProcessUtils::GetCurrentProcessExecutable() { return platform::ExecutablePath().value_or(""); }
+
+long long ProcessUtils::GetPrivateWorkingSetForProcess(const HANDLE& process) {
+    return platform::PrivateWorkingSet(process);
+}
+
+long long ProcessUtils::GetPrivateWorkingSetForProcess(const long& pid) {
+    const auto process = platform::OpenReadableProcess(static_cast<std::uint32_t>(pid));
+    if (process) return platform::PrivateWorkingSet(process.Get());
+    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+        logger->Debug("Unable to get a VM_READ handle for pid %ld", pid);
+    }
+    return 0;
+}
+
+void ProcessUtils::EnumerateProcessIds(std::vector<unsigned long>& ids) {
+    AppendIds(platform::ListProcessIds, ids);
+}
+
+}  // namespace quillon
