@@ -121,7 +121,8 @@ public:
     virtual ~IMethodParameterReader();
     virtual const char* Type() const = 0;
     virtual unsigned long long TypeInfoHashCode() const = 0;
-    /// The scalar default; false when there is none.
+    /// The default; false when there is none. A table default gives true and a null
+    /// value: see MethodParameter::OptionalTable().
     virtual bool GetOptionalValue(Variant& value) const = 0;
     virtual const char* Description() const = 0;
     virtual bool HasWarnings() const = 0;

@@ -86,11 +86,13 @@ public:
     /// The value that a call which leaves the parameter out gets. Throws
     /// std::runtime_error when its type is not the parameter's.
     IMethodParameterBuilder& OptionalValue(const char* value);
-    /// bool, double, std::string, TimePoint, or an integer (held as long long).
+    /// bool, double, std::string, TimePoint, an integer (held as long long) or a float
+    /// (held as double).
     template <class T>
     requires std::is_arithmetic_v<T> || std::is_same_v<T, std::string> || std::is_same_v<T, TimePoint>
         IMethodParameterBuilder& OptionalValue(const T& value) {
-        using Held = std::conditional_t<std::is_integral_v<T> && !std::is_same_v<T, bool>, long long, T>;
+        using Number = std::conditional_t<std::is_integral_v<T>, long long, double>;
+        using Held = std::conditional_t<std::is_arithmetic_v<T> && !std::is_same_v<T, bool>, Number, T>;
         return OptionalValueInternal(typeid(Held), Variant(static_cast<Held>(value)));
     }
     /// Makes the parameter a table; `table` is borrowed.

@@ -66,13 +66,13 @@ public:
         return HasFactoryInternal(T::__InterfaceId());
     }
 
-    /// A new object; when its last reference goes, the recycler that is
-    /// registered at that moment takes it back.
+    /// A new object; when its last reference goes, the recycler that is registered
+    /// at that moment takes it back. One that is missing or throws loses the object.
     template <class T>
     static std::shared_ptr<T> GetInstance() {
         const std::string id = T::__InterfaceId();
         return std::shared_ptr<T>(static_cast<T*>(GetInstanceInternal(id)),
-                                  [id](T* object) { GetRecyclerInternal(id)(object); });
+                                  [id](T* object) { RecycleInternal(id, object); });
     }
 
     /// Removes the pair and returns it, factory first.
@@ -103,6 +103,7 @@ private:
     static bool HasFactoryInternal(const std::string& id);
     static void* GetInstanceInternal(const std::string& id);
     static Recycler GetRecyclerInternal(const std::string& id);
+    static void RecycleInternal(const std::string& id, void* object) noexcept;
     static std::pair<Factory, Recycler> RemoveFactoryInternal(const std::string& id);
 };
 

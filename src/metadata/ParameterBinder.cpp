@@ -5,6 +5,7 @@
 #include <string_view>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 namespace quillon {
 namespace {
@@ -53,6 +54,30 @@ template QUILLON_API void ParameterBinder::AddBinding(const std::string&, long l
 template QUILLON_API void ParameterBinder::AddBinding(const std::string&, double*, bool);
 template QUILLON_API void ParameterBinder::AddBinding(const std::string&, bool*, bool);
 template QUILLON_API void ParameterBinder::AddBinding(const std::string&, const DataTable**, bool);
+
+template <class T>
+void ParameterBinder::AddOptionalBinding(const std::string& name, std::optional<T>& target) {
+    m_bindings[name] = [this, name, &target] {
+        T value{};
+        ParameterBindingResult bound;
+        if constexpr (std::is_same_v<T, const DataTable*>) {
+            bound = BindTable(name, value, false);
+        } else {
+            bound = BindScalar(name, value, false);
+        }
+        target.reset();
+        if (bound == ParameterBindingResult::Success) target = std::move(value);
+        return bound == ParameterBindingResult::Missing ? ParameterBindingResult::Success : bound;
+    };
+}
+
+template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&,
+                                                              std::optional<std::string>&);
+template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&, std::optional<long long>&);
+template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&, std::optional<double>&);
+template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&, std::optional<bool>&);
+template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&,
+                                                              std::optional<const DataTable*>&);
 
 bool ParameterBinder::Bind(InvocationResult& result) const {
     std::string fault = FindBindingFault();

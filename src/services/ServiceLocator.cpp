@@ -137,6 +137,14 @@ ServiceLocator::Recycler ServiceLocator::GetRecyclerInternal(const std::string& 
     return ExistingFactory(id).second;
 }
 
+/// Runs while a shared pointer is destroyed, where an exception ends the process.
+void ServiceLocator::RecycleInternal(const std::string& id, void* object) noexcept {
+    try {
+        GetRecyclerInternal(id)(object);
+    } catch (...) {  // a missing recycler is logged already
+    }
+}
+
 std::pair<ServiceLocator::Factory, ServiceLocator::Recycler> ServiceLocator::RemoveFactoryInternal(
     const std::string& id) {
     auto& factories = TheRegistry().factories;
