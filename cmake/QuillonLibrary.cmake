@@ -33,6 +33,7 @@ target_link_libraries(quillon PRIVATE quillon_objects)
 target_compile_features(quillon PUBLIC cxx_std_20)
 target_include_directories(quillon PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
                            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+quillon_add_version_resource(quillon DESCRIPTION "Quillon agent common library")
 set_target_properties(quillon PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 if(WIN32)
   target_sources(quillon PRIVATE ${PROJECT_SOURCE_DIR}/resources/quillon.rc)

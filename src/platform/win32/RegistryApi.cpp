@@ -1,0 +1,26 @@
+#include "platform/RegistryApi.h"
+
+#include "platform/Utf.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+void RegistryTraits::Close(Type value) noexcept { ::RegCloseKey(value); }
+
+RegistryKey OpenMachineKey(const std::string& path) {
+    HKEY key = nullptr;
+    const LSTATUS code = ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, ToWide(path).c_str(), 0, KEY_ALL_ACCESS, &key);
+    if (code == ERROR_SUCCESS) return RegistryKey(key);
+    ::SetLastError(static_cast<DWORD>(code));
+    return RegistryKey();
+}
+
+std::uint32_t QueryValue(HKEY key, const char* name, void* buffer, std::uint32_t& size) {
+    DWORD length = size;
+    const LSTATUS code =
+        ::RegQueryValueExA(key, name, nullptr, nullptr, static_cast<LPBYTE>(buffer), &length);
+    size = length;
+    return static_cast<std::uint32_t>(code);
+}
+
+}  // namespace quillon::platform
