@@ -1,20 +1,17 @@
 #include "quillon/MethodMetadata.h"
 
 #include <algorithm>
-#include <iterator>
 #include <stdexcept>
-#include <string_view>
+
+#include "metadata/TextOrEmpty.h"
 
 namespace quillon {
 namespace {
 
-/// A name may be null: a module's mistake must not end the process.
-std::string_view NameOrEmpty(const char* name) { return name != nullptr ? name : std::string_view(); }
-
 template <class Items>
 bool Contains(const Items& items, const char* name) {
-    return std::any_of(items.begin(), items.end(), [wanted = NameOrEmpty(name)](const auto& item) {
-        return NameOrEmpty(item.first) == wanted;
+    return std::any_of(items.begin(), items.end(), [wanted = TextOrEmpty(name)](const auto& item) {
+        return TextOrEmpty(item.first) == wanted;
     });
 }
 
@@ -138,7 +135,7 @@ IMethodMetadata& MethodMetadata::Deprecated(MetadataAgentVersion version, const 
 
 void MethodMetadata::ThrowAlreadyInserted(const char* kind, const char* name) {
     std::stringstream message;
-    message << kind << " " << NameOrEmpty(name) << " has already been inserted";
+    message << kind << " " << TextOrEmpty(name) << " has already been inserted";
     MetadataUtils::LogThenThrow(message);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "metadata/TextOrEmpty.h"
 #include "quillon/ICLogger.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/Url.h"
@@ -18,7 +19,7 @@ bool Fail(InvocationResult& result, std::string message) {
     return false;
 }
 
-std::string Text(const char* name) { return name != nullptr ? name : ""; }
+std::string Text(const char* name) { return std::string(TextOrEmpty(name)); }
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 std::string Quoted(const char* name) { return Quoted(Text(name)); }
 

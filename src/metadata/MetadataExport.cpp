@@ -1,0 +1,139 @@
+#include "quillon/MetadataExport.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "metadata/MethodDescription.h"
+
+namespace quillon {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// What Markdown, its tables, HTML or mathematics would read as their own.
+constexpr std::string_view kMarkup = "\\`*_[]<>|~&$#";
+constexpr std::string_view kBlockMarks = "+-=";
+constexpr std::string_view kDigits = "0123456789";
+
+/// One line that shows the text as it is; a line end of the text becomes a break.
+std::string Escaped(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char character = text[i];
+        if (character == '\r' && text.substr(i + 1).starts_with('\n')) continue;
+        if (character == '\r' || character == '\n') {
+            result += "<br>";
+            continue;
+        }
+        if (kMarkup.find(character) != std::string_view::npos) result += '\\';
+        result += character;
+    }
+    return result;
+}
+
+/// A paragraph must not begin as a heading, a list or an indented block does.
+std::string Paragraph(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    if (text.empty()) return {};
+    std::string escaped = Escaped(text);
+    const std::size_t mark = escaped.find_first_not_of(kDigits);
+    const std::string_view marks = mark == 0 ? kBlockMarks : ".)";
+    if (mark != std::string::npos && marks.find(escaped[mark]) != std::string_view::npos)
+        escaped.insert(mark, "\\");
+    return escaped + "\n\n";
+}
+
+std::string TextOf(const Json& value) {
+    if (value.is_null()) return {};
+    return value.is_string() ? value.get<std::string>()
+                             : value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// What is said of a method, a parameter or a column beside its description, in
+/// sentences that are already Markdown.
+std::vector<std::string> Remarks(const Json& item) {
+    std::vector<std::string> remarks;
+    for (const Json& text : item["warnings"]) remarks.push_back("**Warning:** " + Escaped(TextOf(text)));
+    for (const Json& text : item["notes"]) remarks.push_back("**Note:** " + Escaped(TextOf(text)));
+    std::string introduced;
+    for (const auto& [platform, version] : item["introduced"].items())
+        introduced += (introduced.empty() ? "" : ", ") + platform + " " + TextOf(version);
+    if (!introduced.empty()) remarks.push_back("**Introduced:** " + introduced);
+    if (const Json& deprecated = item["deprecated"]; !deprecated.is_null()) {
+        remarks.push_back("**Deprecated** since " + TextOf(deprecated["version"]) + ": " +
+                          Escaped(TextOf(deprecated["text"])));
+    }
+    return remarks;
+}
+
+std::string DescriptionCell(const Json& item) {
+    std::string cell = Escaped(TextOf(item["description"]));
+    for (const std::string& remark : Remarks(item)) cell += (cell.empty() ? "" : "<br>") + remark;
+    return cell;
+}
+
+std::string ParameterRow(const Json& parameter) {
+    return "| " + Escaped(TextOf(parameter["name"])) + " | " + TextOf(parameter["type"]) + " | " +
+           (parameter["optional"].get<bool>() ? "yes" : "no") + " | " +
+           Escaped(TextOf(parameter["default"])) + " | " + DescriptionCell(parameter) + " |\n";
+}
+
+std::string ColumnRow(const Json& column) {
+    return "| " + Escaped(TextOf(column["name"])) + " | " + TextOf(column["type"]) + " | " +
+           (column["alternative"].get<bool>() ? "yes" : "no") + " | " + DescriptionCell(column) + " |\n";
+}
+
+/// A table of the items, and what is said of those that have no row.
+std::string Section(std::string_view title, std::string_view header, std::string (*row)(const Json&),
+                    const Json& items, const Json& additional) {
+    if (items.empty() && additional.is_null()) return {};
+    std::string result = "### " + std::string(title) + "\n\n";
+    if (!items.empty()) {
+        result += header;
+        for (const Json& item : items) result += row(item);
+        result += '\n';
+    }
+    if (!additional.is_null()) result += "**And others:** " + Escaped(TextOf(additional)) + "\n\n";
+    return result;
+}
+
+/// A fenced block whose fence no line of the text can end.
+std::string Example(const std::string& text) {
+    if (text.empty()) return {};
+    std::size_t longest = 2, run = 0;
+    for (const char character : text) {
+        run = character == '`' ? run + 1 : 0;
+        longest = std::max(longest, run);
+    }
+    const std::string fence(longest + 1, '`');
+    return "### Example\n\n" + fence + "\n" + text + "\n" + fence + "\n\n";
+}
+
+}  // namespace
+
+std::string ToJson(const IMethodMetadataReader& method) {
+    return DescribeMethod(method).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string ToMarkdown(const IMethodMetadataReader& method) {
+    const Json description = DescribeMethod(method);
+    std::string result = "## " + Escaped(TextOf(description["name"])) + "\n\n";
+    result += Paragraph(TextOf(description["description"]));
+    for (const std::string& remark : Remarks(description)) result += remark + "\n\n";
+    for (const Json& flag : description["flags"]) result += "- " + TextOf(flag) + "\n";
+    if (!description["flags"].empty()) result += '\n';
+    result += Section("Parameters",
+                      "| Name | Type | Optional | Default | Description |\n"
+                      "| --- | --- | --- | --- | --- |\n",
+                      ParameterRow, description["parameters"], description["additionalParameters"]);
+    result += Section("Columns",
+                      "| Name | Type | Alternative | Description |\n"
+                      "| --- | --- | --- | --- |\n",
+                      ColumnRow, description["columns"], description["additionalColumns"]);
+    result += Example(TextOf(description["example"]));
+    result.pop_back();  // every part ends with an empty line
+    return result;
+}
+
+}  // namespace quillon
