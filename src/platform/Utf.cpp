@@ -72,7 +72,7 @@ constexpr std::uint32_t kInvalid = 0xFFFFFFFF;
 
 /// The character, not an ASCII one, at `p`, which is moved past it; or kInvalid, `p`
 /// being of no use then.
-std::uint32_t TakeSequence(const Byte*& p, const Byte* end) {
+inline std::uint32_t TakeSequence(const Byte*& p, const Byte* end) {
     const std::uint32_t lead = p[0];
     const auto available = end - p;
     const auto bits = [&p](int i) { return p[i] & 0x3FU; };
@@ -156,7 +156,7 @@ std::size_t CountBytes(std::basic_string_view<Unit> text) {
 }
 
 /// Puts a character's bytes, of which ASCII has its own faster way.
-char* PutBytes(std::uint32_t character, char* out) {
+inline char* PutBytes(std::uint32_t character, char* out) {
     const auto tail = [character](unsigned shift) {
         return static_cast<char>(0x80 | (character >> shift & 0x3F));
     };
@@ -198,15 +198,17 @@ template <class Unit>
 std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consumed) {
     const Unit* p = text.data();
     const Unit* const end = p + text.size();
-    std::string narrow(text.size(), '\0');  // enough for ASCII, which most texts are
-    const std::size_t prefix = NarrowAscii(p, text.size(), narrow.data());
+    // Most texts are ASCII and need no counting; what begins otherwise is counted at once.
+    const bool ascii = !text.empty() && Value(text.front()) < 0x80;
+    std::string narrow(ascii ? text.size() : 0, '\0');
+    const std::size_t prefix = NarrowAscii(p, narrow.size(), narrow.data());
     narrow.resize(prefix + CountBytes(text.substr(prefix)));
     char* out = narrow.data() + prefix;
     p += prefix;
     while (p != end) {
-        const std::size_t ascii = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
-        p += ascii;
-        out += ascii;
+        const std::size_t run = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
+        p += run;
+        out += run;
         while (p != end && Value(*p) >= 0x80) {
             const std::uint32_t character = TakeUnits(p, end);
             if (character == kInvalid) {
