@@ -1,14 +1,12 @@
 #include <array>
 #include <string_view>
 
+#include "Utils/HexDigits.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
-
-constexpr char kLowerDigits[] = "0123456789abcdef";
-constexpr char kUpperDigits[] = "0123456789ABCDEF";
 
 template <class String>
 String BackslashQuotes(const String& text) {
@@ -27,22 +25,10 @@ constexpr std::array<bool, 256> kUrlEscaped = [] {
     return escaped;
 }();
 
-constexpr signed char kNoDigit = -1;
-
-constexpr std::array<signed char, 256> kDigitValues = [] {
-    std::array<signed char, 256> values{};
-    for (signed char& value : values) value = kNoDigit;
-    for (int i = 0; i < 16; ++i) {
-        values[static_cast<unsigned char>(kLowerDigits[i])] = static_cast<signed char>(i);
-        values[static_cast<unsigned char>(kUpperDigits[i])] = static_cast<signed char>(i);
-    }
-    return values;
-}();
-
 /// The byte that two hexadecimal digits stand for, negative when they are none.
 int HexByte(char high, char low) {
-    const int upper = kDigitValues[static_cast<unsigned char>(high)];
-    const int lower = kDigitValues[static_cast<unsigned char>(low)];
+    const int upper = HexDigit(high);
+    const int lower = HexDigit(low);
     return upper < 0 || lower < 0 ? -1 : upper * 16 + lower;
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Utils/Characters.h"
+#include "Utils/HexDigits.h"
 #include "platform/IdentifierApi.h"
 #include "platform/OleTypes.h"
 #include "quillon/StringUtils.h"
@@ -22,20 +23,14 @@ constexpr bool IsGroupStart(std::size_t index) {
     return index == 4 || index == 6 || index == 8 || index == 10;
 }
 
-std::optional<unsigned int> HexDigit(char c) {
-    if (IsDigit(c)) return static_cast<unsigned int>(c - '0');
-    if (Lower(c) >= 'a' && Lower(c) <= 'f') return static_cast<unsigned int>(Lower(c) - 'a' + 10);
-    return std::nullopt;
-}
-
 /// Two characters as scanf's "%x" reads them: a digit may have white space or a
 /// sign in front, or what is no digit behind. Nothing when there is no digit.
 std::optional<unsigned char> ReadByte(char first, char second) {
-    const auto high = HexDigit(first);
-    const auto low = HexDigit(second);
-    if (high) return static_cast<unsigned char>(low ? *high << 4 | *low : *high);
-    if (!low || !(IsSpace(first) || first == '+' || first == '-')) return std::nullopt;
-    return static_cast<unsigned char>(first == '-' ? 0U - *low : *low);
+    const int high = HexDigit(first);
+    const int low = HexDigit(second);
+    if (high >= 0) return static_cast<unsigned char>(low >= 0 ? high * 16 + low : high);
+    if (low < 0 || !(IsSpace(first) || first == '+' || first == '-')) return std::nullopt;
+    return static_cast<unsigned char>(first == '-' ? -low : low);
 }
 
 }  // namespace
@@ -77,13 +72,12 @@ UniqueIdentifier UniqueIdentifier::Parse(const std::string& text, bool* ok) {
 }
 
 std::string UniqueIdentifier::ToString() const {
-    constexpr char kDigits[] = "0123456789abcdef";
     std::string text(kLength, '-');
     auto out = text.begin();
     for (std::size_t i = 0; i < m_bytes.size(); ++i) {
         if (IsGroupStart(i)) ++out;
-        *out++ = kDigits[m_bytes[i] >> 4];
-        *out++ = kDigits[m_bytes[i] & 0xF];
+        *out++ = kLowerDigits[m_bytes[i] >> 4];
+        *out++ = kLowerDigits[m_bytes[i] & 0xF];
     }
     return text;
 }

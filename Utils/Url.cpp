@@ -40,7 +40,7 @@ std::uint32_t ReadPort(std::string_view text) {
 
 std::string PathOf(std::string_view rest) {
     std::string path(rest.empty() ? std::string_view("/") : rest);
-    StringUtils::ReplaceStringInPlace(path, " ", "%20", false);
+    if (path.find(' ') != path.npos) StringUtils::ReplaceStringInPlace(path, " ", "%20", false);
     return path;
 }
 
