@@ -39,7 +39,8 @@ private:
 
     /// Items that need not be read are passed.
     [[nodiscard]] constexpr std::uint64_t Skipped(std::uint64_t states) const {
-        for (int i = 0; i <= kAnyCharacters; ++i) states |= (states & m_optional) << 1;
+        for (int i = 0; i <= kAnyCharacters && (states & m_optional) != 0; ++i)
+            states |= (states & m_optional) << 1;
         return states;
     }
 

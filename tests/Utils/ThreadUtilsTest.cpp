@@ -1,0 +1,50 @@
+#include "quillon/ThreadUtils.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+#include "support/System.h"
+
+namespace quillon {
+
+TEST(ThreadUtils, NamesTheCurrentThreadOnly) {
+    const struct {
+        std::string name, onLinux;
+    } cases[] = {{"work", "Vantora-work"},
+                 {"", "Vantora-work"},
+                 {"worker", "Vantora-worker"},
+                 {"longer name", "Vantora-longer "},
+                 {"\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9", "Vantora-\xC3\xA9\xC3\xA9\xC3\xA9"},
+                 {std::string(100'000, 'x'), "Vantora-xxxxxxx"}};
+    std::thread([&] {
+        for (const auto& c : cases) {
+            ThreadUtils::SetThreadName(c.name);  // without a debugger, an exception that nobody sees
+            if (test::kWindows) continue;
+            std::ifstream file("/proc/thread-self/comm");
+            std::string name;
+            std::getline(file, name);
+            EXPECT_EQ(name, c.onLinux);
+        }
+    }).join();
+}
+
+TEST(ThreadUtils, EveryThreadHasItsId) {
+    const unsigned long mine = ThreadUtils::GetThreadId();
+    unsigned long other = mine;
+    std::thread([&] { other = ThreadUtils::GetThreadId(); }).join();
+    EXPECT_NE(other, mine);
+    EXPECT_EQ(ThreadUtils::GetThreadId(), mine);
+}
+
+TEST(ThreadUtils, SleepsAtLeastAsLongAsAskedAndNotForThePast) {
+    using std::chrono::steady_clock;
+    const auto start = steady_clock::now();
+    for (const long long past : {0LL, -1LL, std::numeric_limits<long long>::min()}) {
+        ThreadUtils::ThreadSleepMs(past);
+    }
+    ThreadUtils::ThreadSleepMs(20);
+    EXPECT_GE(steady_clock::now() - start, std::chrono::milliseconds(19));
+}
+
+}  // namespace quillon
