@@ -17,6 +17,11 @@ constexpr std::string_view kSchemeEnd = "://";
 
 bool IsWordCharacter(char c) { return IsDigit(c) || (Lower(c) >= 'a' && Lower(c) <= 'z') || c == '_'; }
 
+/// What "." does not match.
+bool HasLineEnd(std::string_view text) {
+    return text.find('\n') != text.npos || text.find('\r') != text.npos;
+}
+
 bool IsScheme(const std::string& scheme, const char* expected) {
     return StringUtils::CompareCaseInsensitive(scheme, expected);
 }
@@ -63,8 +68,7 @@ Url Url::Parse(const std::string& text) {
     const std::size_t slash = behind.find('/', kSchemeEnd.size());
     const std::string_view authority = behind.substr(kSchemeEnd.size(), slash - kSchemeEnd.size());
     const std::string_view rest = behind.substr(kSchemeEnd.size() + authority.size());
-    // "(.*)" reaches over no line's end; "[^/]+" does.
-    if (authority.empty() || rest.find_first_of("\n\r") != std::string_view::npos) return Url(text);
+    if (authority.empty() || HasLineEnd(rest)) return Url(text);
 
     const std::size_t colon = authority.find(':');
     if (colon == std::string_view::npos) {
