@@ -1,17 +1,14 @@
-#include <string_view>
-
 #include "quillon/UserUtils.h"
 
 namespace quillon {
 namespace {
 
-constexpr std::string_view kSeparators = "\\@";
-
 /// Both parts may be empty, and neither holds a separator of either kind.
 std::tuple<bool, std::string, std::string> SplitAt(char separator, const std::string& text) {
-    const std::size_t place = text.find_first_of(kSeparators);
-    if (place == std::string::npos || text[place] != separator ||
-        text.find_first_of(kSeparators, place + 1) != std::string::npos) {
+    const char other = separator == '@' ? '\\' : '@';
+    const std::size_t place = text.find(separator);
+    if (place == std::string::npos || text.find(separator, place + 1) != std::string::npos ||
+        text.find(other) != std::string::npos) {
         return {};
     }
     return {true, text.substr(0, place), text.substr(place + 1)};

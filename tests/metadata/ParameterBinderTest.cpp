@@ -118,6 +118,35 @@ TEST_F(ParameterBinding, TableOfOneCellStandsForAScalar) {
     EXPECT_EQ(Bind("D", false), "Value is wrong data-type for parameter 'D'");
 }
 
+TEST_F(ParameterBinding, OptionalTargetsTellWhetherTheyWereGiven) {
+    std::optional<std::string> text = "former";
+    std::optional<long long> integer = 1;
+    std::optional<double> real;
+    std::optional<bool> flag = true;
+    std::optional<const DataTable*> table;
+    const auto bind = [&] {
+        ParameterBinder binder(m_call, false, false);
+        binder.AddOptionalBinding("T", text);
+        binder.AddOptionalBinding("I", integer);
+        binder.AddOptionalBinding("R", real);
+        binder.AddOptionalBinding("F", flag);
+        binder.AddOptionalBinding("D", table);
+        InvocationResult result;
+        return binder.Bind(result) ? "bound" : result.errorMessage;
+    };
+    EXPECT_EQ(bind(), "bound");
+    EXPECT_FALSE(text || integer || real || flag || table);
+
+    m_call.scalars = VariantList(Variant("I", true), Variant("R", 5), Variant("F", 0));
+    m_call.tables = {{"T", &OneCell()}, {"D", &TwoRows()}};
+    EXPECT_EQ(bind(), "bound");
+    EXPECT_TRUE(text == "demoted" && integer == 1 && real == 5.0 && flag == false && table == &TwoRows());
+
+    m_call.tables = {{"T", &TwoRows()}};
+    EXPECT_EQ(bind(), "Value is wrong data-type for parameter 'T'");
+    EXPECT_FALSE(text);
+}
+
 TEST_F(ParameterBinding, UndeclaredAndAnonymousParametersNeedPermission) {
     m_call.scalars = VariantList(Variant("X", 1), Variant(2), Variant(3));
     EXPECT_EQ(Bind("T", true), "Undefined parameter named 'X'");
