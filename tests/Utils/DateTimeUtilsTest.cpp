@@ -13,9 +13,6 @@
 namespace quillon {
 namespace {
 
-using test::RecordingLogger;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using DT = DateTimeUtils;
 using std::string_literals::operator""s;
 
@@ -64,12 +61,7 @@ TEST(DateTimeUtilsIso, FieldsArePrintedAsTheyStandAndCutAt24Characters) {
 }
 
 TEST(DateTimeUtilsUtcTm, FieldsAreNormalisedInPlace) {
-    const struct {
-        std::tm fields;
-        long long expected;
-        const char* normalised;
-        int weekday, dayOfYear;
-    } cases[] = {
+    const std::tuple<std::tm, long long, const char*, int, int> cases[] = {
         {RawFields(116, 4, 10, 12, 0, 0), kNoon, "2016-05-10T12:00:00.000Z", 2, 130},
         {RawFields(116, 16, 0, -12, 0, 0), 1493467200, "2017-04-29T12:00:00.000Z", 6, 118},
         {RawFields(70, -1, 32, 0, 0, -1), -1, "1969-12-31T23:59:59.000Z", 3, 364},
@@ -79,12 +71,12 @@ TEST(DateTimeUtilsUtcTm, FieldsAreNormalisedInPlace) {
         {RawFields(INT_MAX, 11, 31, 23, 59, 60), 67768036191676800, "2147485547-12-31T23:59:5", 3, 364},
         {RawFields(INT_MIN, 0, 1, 0, 0, -1), -67768040609740801, "-2147481748-01-01T00:00:", 4, 0},
     };
-    for (const auto& c : cases) {
-        std::tm fields = c.fields;
-        EXPECT_EQ(DT::UtcTmToEpochTime(&fields), c.expected);
-        EXPECT_EQ(DT::FormatTimeAsISO8601(fields, 0), c.normalised);
-        EXPECT_EQ(fields.tm_wday, c.weekday) << c.normalised;
-        EXPECT_EQ(fields.tm_yday, c.dayOfYear) << c.normalised;
+    for (const auto& [given, seconds, normalised, weekday, dayOfYear] : cases) {
+        std::tm fields = given;
+        EXPECT_EQ(DT::UtcTmToEpochTime(&fields), seconds);
+        EXPECT_EQ(DT::FormatTimeAsISO8601(fields, 0), normalised);
+        EXPECT_EQ(fields.tm_wday, weekday) << normalised;
+        EXPECT_EQ(fields.tm_yday, dayOfYear) << normalised;
     }
 }
 
@@ -174,13 +166,8 @@ TEST(DateTimeUtilsLocal, WallClockTimesAndTexts) {
 }
 
 TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
-    const struct {
-        const char* what;
-        double date;
-        std::int64_t ticks;
-        const char* text;       // the date's own fields
-        const char* localText;  // taken as UTC
-    } cases[] = {
+    // The date's own fields, and the date taken as UTC.
+    const std::tuple<const char*, double, std::int64_t, const char*, const char*> cases[] = {
         {"rounds to seconds", 42500.999999, 14'629'248'000'000'000, "2016-05-11T00:00:00.000+00:00",
          "2016-05-11T00:00:00.000+00:00"},
         {"fraction of a negative date counts forward", -366.25, -22'407'624'000'000'000,
@@ -196,11 +183,11 @@ TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
         {"no number", std::numeric_limits<double>::quiet_NaN(), 0, "", ""},
         {"endless", -std::numeric_limits<double>::infinity(), 0, "", ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(DT::DATEToTimePoint(c.date), AtTicks(c.ticks));
-        EXPECT_EQ(DT::ColeDateTimeToJsonDateTime(ATL::COleDateTime(c.date)), c.text);
-        EXPECT_EQ(DT::DATEToJsonDateTime(c.date), c.localText);
+    for (const auto& [what, ole, ticks, text, localText] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(DT::DATEToTimePoint(ole), AtTicks(ticks));
+        EXPECT_EQ(DT::ColeDateTimeToJsonDateTime(ATL::COleDateTime(ole)), text);
+        EXPECT_EQ(DT::DATEToJsonDateTime(ole), localText);
     }
     ATL::COleDateTime date(42500.5);
     for (const auto status : {ATL::COleDateTime::invalid, ATL::COleDateTime::null}) {
@@ -210,16 +197,16 @@ TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
 }
 
 TEST(DateTimeUtilsZones, EmbeddedMapIsExactAndUnknownNamesWarnEachTime) {
-    RecordingLogger log;
+    test::RecordingLogger log;
     EXPECT_EQ(DT::MapWindowsTimezoneToIana("Eastern Standard Time"), "America/New_York");
     EXPECT_EQ(DT::MapWindowsTimezoneToIana("Russian Standard Time"), "Europe/Moscow");
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
     for (const char* name : {"eastern standard time", "Tomsk Standard Time"}) {
         EXPECT_EQ(DT::MapWindowsTimezoneToIana(name), "");
     }
     EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
-                ElementsAre("TimeZoneMapper does not contain the string 'eastern standard time'",
-                            "TimeZoneMapper does not contain the string 'Tomsk Standard Time'"));
+                testing::ElementsAre("TimeZoneMapper does not contain the string 'eastern standard time'",
+                                     "TimeZoneMapper does not contain the string 'Tomsk Standard Time'"));
 }
 
 }  // namespace

@@ -8,8 +8,6 @@
 namespace quillon {
 namespace {
 
-using testing::EndsWith;
-
 TEST(PathUtilsCombinePaths, PutsExactlyOneSeparatorAtTheJoint) {
     const std::tuple<std::string, std::string, char, std::string> cases[] = {
         {"", "b", '\\', "b"},       {"a", "", '\\', "a"},
@@ -85,12 +83,12 @@ TEST(PathUtilsText, IsMadeSafeByteByByte) {
 
 TEST(PathUtilsFolders, LieBesideTheExecutableAndInTheDataOfAllUsers) {
     const std::string folder = PathUtils::GetExecutableDirectory();
-    EXPECT_THAT(folder, EndsWith("\\bin"));
+    EXPECT_THAT(folder, testing::EndsWith("\\bin"));
     EXPECT_EQ(PathUtils::GetLibraryLocation(), folder + "\\Extensibility");
     EXPECT_EQ(PathUtils::GetLibraryLocation(), folder + "\\Extensibility");
     EXPECT_EQ(PathUtils::GetSSLCertsDirectory(), folder + "\\SSLCerts");
     const std::string data = PathUtils::BuildFilenameRelativeToStaticDataDirectory("x.db");
-    EXPECT_THAT(data, EndsWith("\\Quillon\\Client\\x.db"));
+    EXPECT_THAT(data, testing::EndsWith("\\Quillon\\Client\\x.db"));
     EXPECT_EQ(PathUtils::BuildFilenameRelativeToDynamicDataDirectory("x.db"), data);
 }
 

@@ -18,10 +18,7 @@ namespace quillon {
 namespace {
 
 using test::RecordingLogger;
-using testing::AnyOf;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
 using testing::StartsWith;
 using namespace std::string_literals;
 using SU = StringUtils;
@@ -42,7 +39,7 @@ TEST(StringUtilsConversion, InvalidTextGivesNothingAndOneErrorEntry) {
     EXPECT_THROW(SU::Utf16LeToUtf8(loneSurrogate), std::range_error);
     EXPECT_EQ(SU::Utf8Count("a\xFF"), 0u);
     EXPECT_THAT(log.Lines(), ElementsAre(badNarrow, badWide, badWide, badNarrow));
-    EXPECT_THAT(log.Lines(ICLogger::Level::Error), SizeIs(4));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error), testing::SizeIs(4));
 }
 
 TEST(StringUtilsConversion, CountsAndCopiesUtf16Units) {
@@ -370,7 +367,7 @@ TEST(StringUtilsErrors, TextsCarryBothFormsOfTheCode) {
     EXPECT_THAT(SU::GetErrorAsString(5), StartsWith("(5/0X5) Access "));
     EXPECT_EQ(SU::GetErrorCodeAsString(5), SU::GetErrorAsString(5));
     EXPECT_THAT(SU::GetErrorAsString(-2147024891), StartsWith("(-2147024891/0X80070005) "));
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
     EXPECT_EQ(SU::GetErrorAsString(0x2FFF0001), "(unknown error code 805240833/0X2fff0001)");
     EXPECT_THAT(log.Lines(ICLogger::Level::Debug),
                 ElementsAre("Could not format error 805240833 because of error 317"));
@@ -382,11 +379,11 @@ TEST(StringUtilsErrors, StatusTextsAreOneLine) {
     EXPECT_EQ(SU::GetNtstatusAsString(0x103), "");
     // Where the system has no message table for them, the unknown form is right too.
     const std::string text = SU::GetNtstatusAsString(-1073741790);
-    EXPECT_THAT(text, AnyOf("(unknown NTSTATUS code -1073741790/0Xc0000022)",
-                            StartsWith("(-1073741790/0Xc0000022) ")));
+    EXPECT_THAT(text, testing::AnyOf("(unknown NTSTATUS code -1073741790/0Xc0000022)",
+                                     StartsWith("(-1073741790/0Xc0000022) ")));
     EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos);
     EXPECT_EQ(SU::GetNtstatusAsString(-1), "(unknown NTSTATUS code -1/0Xffffffff)");
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
 }
 
 }  // namespace

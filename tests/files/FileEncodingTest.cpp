@@ -57,6 +57,12 @@ TEST_F(FileEncodingDetection, TakesMarkThenUtf8SequenceThenUtf16TestThenAnsi) {
         {"cut sequence", pad + "\xE2\x82", FS::ANSI},
         {"a failed sequence takes its bytes along", pad + "\xE2(\xC3\xA9 and \xC3\xC3\xA9", FS::ANSI},
         {"bytes that are no lead", pad + "\xF8\x88\x80\x80\x80 and \x80\xBF\xFF", FS::ANSI},
+        {"a line in a code page", "D\xE9j\xE0 vu, d\xE9j\xE0 entendu: une ligne un peu plus longue.\r\n",
+         FS::ANSI},
+        {"a line of ASCII", kEnglishText, FS::ANSI},
+        {"UTF-16 without a mark, Cyrillic",
+         Le(u"\u041F\u0440\u0438\u0432\u0435\u0442, \u043C\u0438\u0440 \u0438 \u0432\u0441\u0435"),
+         FS::UTF16LENOBOM},
         {"UTF-16 without a mark, odd", Le(kEnglish) + "x", FS::UTF16LENOBOM},
         {"with an invalid unit behind", Le(kEnglish + u"\xDC00" + kEnglish), FS::UTF16LENOBOM},
         {"with an invalid unit at once", Le(u"\xDC00" + kEnglish), FS::ANSI},
@@ -99,13 +105,7 @@ TEST_F(FileEncodingDetection, StreamChecksLeaveAnEncodingThatTheyDoNotFind) {
 }
 
 TEST_F(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
-    const struct {
-        const char* what;
-        std::string bytes;
-        Encoding forced;
-        std::string text;
-        Encoding detected;
-    } cases[] = {
+    const std::tuple<const char*, std::string, Encoding, std::string, Encoding> cases[] = {
         {"empty", "", FS::NOTSET, "", FS::ANSI},
         {"ANSI as it is", "a\xE9y", FS::NOTSET, "a\xE9y", FS::ANSI},
         {"forced ANSI keeps the mark", kUtf8Mark + "\0a"s, FS::ANSI, kUtf8Mark + "\0a"s, FS::UTF8},
@@ -121,11 +121,10 @@ TEST_F(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
         {"lone low surrogate", kBeMark + Be(u"ab\xDC00z"), FS::NOTSET, "ab", FS::UTF16BE},
         {"high surrogate at the end", kLeMark + Le(u"ab\xD83D"), FS::NOTSET, "ab", FS::UTF16LE},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, bytes, forced, text, expected] : cases) {
         Encoding detected = FS::NOTSET;
-        EXPECT_EQ(FS::ReadFile(dir.Write("\xC3\xA9.txt", c.bytes), detected, c.forced), c.text);
-        EXPECT_EQ(detected, c.detected);
+        EXPECT_EQ(FS::ReadFile(dir.Write("\xC3\xA9.txt", bytes), detected, forced), text) << what;
+        EXPECT_EQ(detected, expected) << what;
     }
     Encoding detected = FS::NOTSET;
     const std::string path = dir.Write("file", kLeMark + "x");

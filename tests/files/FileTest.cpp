@@ -13,7 +13,6 @@ namespace {
 using FS = FileSystemUtils;
 using FileTest = TempDirTest;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST_F(FileTest, ReadingDetectsAfreshWhateverWasSet) {
     File file = File::Open(dir.Path("file"));
@@ -74,7 +73,7 @@ TEST_F(FileTest, EverySettingOfAnEncodingIsLoggedExceptNoneToNone) {
     RecordingLogger log;
     File file = File::Open("never opened");
     file.SetEncoding(FS::NOTSET);
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
     file.SetEncoding(FS::UTF8);
     file.SetEncoding(FS::UTF8);
     file.SetEncoding(static_cast<FS::FileEncoding>(7));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quillon::platform {
@@ -10,11 +11,7 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const struct {
-    const char* what;
-    std::string line;
-    Arguments expected;
-} kCases[] = {
+const std::tuple<const char*, std::string, Arguments> kCases[] = {
     {"blanks between", "tool  a\t b ", {"tool", "a", "b"}},
     {"a blank first is an empty program", " a", {"", "a"}},
     {"quoted program", "\"C:\\my tools\\t\"x y", {"C:\\my tools\\t", "x", "y"}},
@@ -33,10 +30,7 @@ const struct {
 };
 
 TEST(CommandLine, IsCutByTheWindowsRules) {
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(SplitCommandLine(c.line), c.expected);
-    }
+    for (const auto& [what, line, expected] : kCases) EXPECT_EQ(SplitCommandLine(line), expected) << what;
     EXPECT_EQ(SplitCommandLine(""), Arguments());
     EXPECT_EQ(SplitCommandLine(std::string("t a\0b", 5)), (Arguments{"t", "a"}));
 }

@@ -8,6 +8,7 @@
 
 #include "platform/RollingLog.h"
 #include "quillon/DestructorFunctor.h"
+#include "quillon/StringUtils.h"
 #include "support/TempDir.h"
 
 namespace fs = std::filesystem;
@@ -16,71 +17,52 @@ namespace quillon::test {
 
 namespace {
 
+using CustomRollingFileAppenderTest = TempDirTest;
+
 constexpr std::size_t kMaxSize = 5'242'880;
 
 std::vector<std::string> LinesOf(std::string content) {
     std::erase(content, '\r');
     std::vector<std::string> lines;
-    for (std::size_t start = 0; start < content.size();) {
-        const std::size_t end = std::min(content.find('\n', start), content.size());
-        lines.push_back(content.substr(start, end - start));
-        start = end + 1;
-    }
+    StringUtils::SplitByChar(content, '\n', lines);
+    lines.pop_back();  // behind the last line's end
     return lines;
 }
 
-/// Makes every roll-over fail until it is removed: the last backup is a folder with something in it.
-class RollOverBlocker {
-public:
-    explicit RollOverBlocker(const TempDir& dir) : m_dir(dir) {
-        for (int n = 1; n < 5; ++n) dir.Write("log." + std::to_string(n), "backup");
-        dir.Write("log.5/x", "");
-    }
-    void Remove() const { fs::remove_all(m_dir.Native("log.5")); }
-
-private:
-    const TempDir& m_dir;
-};
-
 }  // namespace
 
-TEST(CustomRollingFileAppender, RollsOnlyPastTheMaximumSize) {
+TEST(CustomRollingFileAppenderSize, RollsOnlyPastTheMaximumSize) {
     const std::string added = Line("entry");
-    const struct {
-        const char* what;
-        std::size_t size;
-        std::string current, backup;
-    } cases[] = {
+    const std::tuple<const char*, std::size_t, std::string, std::string> cases[] = {
         {"the entry fills it exactly", kMaxSize - added.size(),
          std::string(kMaxSize - added.size(), 'x') + added, ""},
         {"full: rolled after the entry", kMaxSize, Line("report"), std::string(kMaxSize, 'x') + added},
         {"too long: rolled before the entry", kMaxSize + 1, Line("report") + added,
          std::string(kMaxSize + 1, 'x')},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, size, current, backup] : cases) {
+        SCOPED_TRACE(what);
         TempDir dir;
-        dir.Write("log", std::string(c.size, 'x'));
+        dir.Write("log", std::string(size, 'x'));
         const RollingLog* self = nullptr;
         const RollingLog log(dir.Path("log"), [&self] { self->Write("report"); });
         self = &log;
         log.Write("entry");
-        EXPECT_TRUE(dir.Read("log") == c.current);  // EXPECT_EQ would print megabytes
-        EXPECT_TRUE(dir.Read("log.1") == c.backup);
+        EXPECT_TRUE(dir.Read("log") == current);  // EXPECT_EQ would print megabytes
+        EXPECT_TRUE(dir.Read("log.1") == backup);
     }
 }
 
-TEST(CustomRollingFileAppender, MovesBackupsUpToTheFirstGap) {
+TEST(CustomRollingFileAppenderSize, MovesBackupsUpToTheFirstGap) {
     const std::string full(kMaxSize + 1, 'x');
-    const struct {
-        std::string before, after;  ///< content of the backups 1 to 6, '-' where there is none
-    } cases[] = {{"------", "L-----"}, {"a-b---", "Lab---"}, {"abcde-", "Labcd-"}, {"-bcde-", "Lbcde-"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.before);
+    // The backups 1 to 6, '-' where there is none.
+    const std::pair<std::string, std::string> cases[] = {
+        {"------", "L-----"}, {"a-b---", "Lab---"}, {"abcde-", "Labcd-"}, {"-bcde-", "Lbcde-"}};
+    for (const auto& [before, expected] : cases) {
         TempDir dir;
         const auto backup = [](std::size_t n) { return "log." + std::to_string(n + 1); };
         for (std::size_t n = 0; n < 6; ++n) {
-            if (c.before[n] != '-') dir.Write(backup(n), std::string(1, c.before[n]));
+            if (before[n] != '-') dir.Write(backup(n), std::string(1, before[n]));
         }
         dir.Write("log", full);
         RollingLog(dir.Path("log")).Write("entry");
@@ -89,21 +71,21 @@ TEST(CustomRollingFileAppender, MovesBackupsUpToTheFirstGap) {
             const std::string content = dir.Read(backup(n));
             after += content == full ? 'L' : dir.Exists(backup(n)) ? content[0] : '-';
         }
-        EXPECT_EQ(after, c.after);
+        EXPECT_EQ(after, expected);
         EXPECT_EQ(dir.Read("log"), Line("entry"));
     }
 }
 
-TEST(CustomRollingFileAppender, RefusedRollOverLosesNothingAndIsRetriedLater) {
-    TempDir dir;
-    const RollOverBlocker blocker(dir);
+TEST_F(CustomRollingFileAppenderTest, RefusedRollOverLosesNothingAndIsRetriedLater) {
+    for (int n = 1; n < 5; ++n) dir.Write("log." + std::to_string(n), "backup");
+    dir.Write("log.5/x", "");  // the last backup is a folder with something in it
     dir.Write("log", std::string(kMaxSize, 'x'));
     int rolled = 0;
     const RollingLog log(dir.Path("log"), [&rolled] { ++rolled; });
     log.Write("first");
     log.Write("second");
     EXPECT_EQ(rolled, 0);
-    blocker.Remove();
+    fs::remove_all(dir.Native("log.5"));
     log.Write("third");
     EXPECT_EQ(rolled, 0) << "tried again for one line";
     log.Write(std::string(400'000, 'y'));
@@ -114,11 +96,10 @@ TEST(CustomRollingFileAppender, RefusedRollOverLosesNothingAndIsRetriedLater) {
     EXPECT_EQ(dir.Read("log.5"), "backup");
 }
 
-TEST(CustomRollingFileAppender, PathsThatCannotBeOpenedFailQuietly) {
-    TempDir dir;
+TEST_F(CustomRollingFileAppenderTest, PathsThatCannotBeOpenedFailQuietly) {
     const std::string file = dir.Write("file", "kept");
     const std::string readOnly = dir.Write("read-only", "kept");
-    fs::permissions(dir.Native("read-only"), fs::perms::owner_read);
+    dir.SetReadOnly("read-only", true);
     for (const std::string& path : {std::string(), dir.Path(), file + "\\log", readOnly}) {
         SCOPED_TRACE(path);
         if (path == readOnly && std::ofstream(dir.Native("read-only"), std::ios::app)) continue;  // root
@@ -128,11 +109,10 @@ TEST(CustomRollingFileAppender, PathsThatCannotBeOpenedFailQuietly) {
     }
     EXPECT_EQ(dir.Read("file"), "kept");
     EXPECT_EQ(dir.Read("read-only"), "kept");
-    fs::permissions(dir.Native("read-only"), fs::perms::owner_all);
+    dir.SetReadOnly("read-only", false);
 }
 
-TEST(CustomRollingFileAppender, MakesFoldersAndKeepsTheFileFromOthersAndChildren) {
-    TempDir dir;
+TEST_F(CustomRollingFileAppenderTest, MakesFoldersAndKeepsTheFileFromOthersAndChildren) {
     const RollingLog log(dir.Path("\xC3\xA9\\b\\log"));
     log.Write("entry");
     EXPECT_EQ(dir.Read("\xC3\xA9/b/log"), Line("entry"));
@@ -142,9 +122,8 @@ TEST(CustomRollingFileAppender, MakesFoldersAndKeepsTheFileFromOthersAndChildren
     EXPECT_NE(std::system("ls -l /proc/self/fd | grep -q quillon-test"), 0) << "a child has the log open";
 }
 
-TEST(CustomRollingFileAppender, WritesAgainOnceTheDeviceTakesData) {
+TEST_F(CustomRollingFileAppenderTest, WritesAgainOnceTheDeviceTakesData) {
     if (kWindows) GTEST_SKIP() << "needs a device that is always full";
-    TempDir dir;
     fs::create_symlink("/dev/full", dir.Native("log"));
     const RollingLog log(dir.Path("log"));
     log.Write("lost");
@@ -154,8 +133,7 @@ TEST(CustomRollingFileAppender, WritesAgainOnceTheDeviceTakesData) {
     EXPECT_EQ(dir.Read("log"), Line("kept"));
 }
 
-TEST(CustomRollingFileAppender, FullDiskTearsNoLaterLine) {
-    TempDir dir;
+TEST_F(CustomRollingFileAppenderTest, FullDiskTearsNoLaterLine) {
     const std::string mountPoint = dir.Native().string();
     if (kWindows ||
         std::system(("mount -t tmpfs -o size=1m none " + mountPoint + " 2>/dev/null").c_str()) != 0) {
@@ -180,10 +158,9 @@ TEST(CustomRollingFileAppender, FullDiskTearsNoLaterLine) {
     EXPECT_THAT(lines, testing::Each(filler));
 }
 
-TEST(CustomRollingFileAppender, ThreadsLoseAndTearNoLineOverManyRollOvers) {
+TEST_F(CustomRollingFileAppenderTest, ThreadsLoseAndTearNoLineOverManyRollOvers) {
     constexpr int kThreads = 8, kLines = 100'000 / QUILLON_TEST_SLOWDOWN, kRollOvers = 10;
     const std::string padding(70 * QUILLON_TEST_SLOWDOWN, '.');
-    TempDir dir;
     int rolled = 0;
     const RollingLog* self = nullptr;
     const RollingLog log(dir.Path("log"), [&] {

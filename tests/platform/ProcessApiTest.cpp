@@ -22,19 +22,13 @@ namespace {
 
 using platform::ChildProcess;
 using std::chrono::milliseconds;
-using testing::ElementsAre;
-
-platform::ProcessRequest RequestOf(const std::string& command) {
-    platform::ProcessRequest request;
-    request.command = command;
-    return request;
-}
+using std::string_literals::operator""s;
 
 TEST(ProcessApi, WaitsForTheProcessTheEventOrTheLimit) {
     const TempDir dir;
     const platform::EventHandle event = platform::CreateAutoResetEvent();
-    auto child = ChildProcess::Start(
-        RequestOf(ChildCommand("await", {dir.Native("started").string(), dir.Native("go").string()})));
+    const std::vector<std::string> files = {dir.Native("started").string(), dir.Native("go").string()};
+    auto child = ChildProcess::Start({.command = ChildCommand("await", files), .workingDirectory = {}});
     ASSERT_TRUE(child);
     EXPECT_EQ(child->Wait(event, milliseconds(1)), platform::kWaitTimeout);
     ASSERT_TRUE(platform::SignalEvent(event));
@@ -53,11 +47,10 @@ TEST(ProcessApi, WaitsForTheProcessTheEventOrTheLimit) {
 }
 
 TEST(ProcessApi, SaysWhyAProgramCannotBeStarted) {
-    EXPECT_FALSE(ChildProcess::Start(RequestOf("no-such-program-here")));
+    EXPECT_FALSE(ChildProcess::Start({.command = "no-such-program-here", .workingDirectory = {}}));
     EXPECT_EQ(platform::LastError(), 2u);
-    platform::ProcessRequest request = RequestOf(ChildCommand("where"));
-    request.workingDirectory = "C:\\no such folder";
-    EXPECT_FALSE(ChildProcess::Start(request));
+    EXPECT_FALSE(
+        ChildProcess::Start({.command = ChildCommand("where"), .workingDirectory = "C:\\no such folder"}));
     EXPECT_EQ(platform::LastError(), 267u);
 }
 
@@ -88,14 +81,15 @@ TEST(ProcessApi, LeavesNoZombies) {
     const std::string ended = dir.Native("ended").string();
     std::uint32_t id = 0;
     {
-        const auto child = ChildProcess::Start(RequestOf(ChildCommand("await", {ended, ended})));
+        const auto child =
+            ChildProcess::Start({.command = ChildCommand("await", {ended, ended}), .workingDirectory = {}});
         ASSERT_TRUE(child);
         id = child->Id();
     }
     const auto entry = std::filesystem::path("/proc") / std::to_string(id);
     while (std::filesystem::exists(entry)) {
-        auto next = ChildProcess::Start(RequestOf("true"));  // letting one go reaps the others
-        ASSERT_TRUE(next);
+        ASSERT_TRUE(ChildProcess::Start(
+            {.command = "true", .workingDirectory = {}}));  // letting one go reaps the others
     }
 }
 
@@ -111,47 +105,41 @@ TEST(CommandRun, RunsOutOfHandlesInAnOrderlyWay) {
 }
 
 TEST(CommandRun, ReportsThatNoThreadIsToBeHad) {
-    const struct {
-        std::errc code;
-        std::string expected;
-    } cases[] = {{std::errc::resource_unavailable_try_again,
-                  "Cannot run command 'x' because no thread resources available"},
-                 {std::errc::invalid_argument,
-                  "Cannot run command 'x' because system error: " +
-                      std::system_error(std::make_error_code(std::errc::invalid_argument)).code().message()}};
+    const std::pair<std::errc, std::string> cases[] = {
+        {std::errc::resource_unavailable_try_again, "no thread resources available"},
+        {std::errc::invalid_argument,
+         "system error: " + std::make_error_code(std::errc::invalid_argument).message()}};
     for (const auto& c : cases) {
         RecordingLogger log;
         const auto props = CommandOf("x", log);
-        EXPECT_EQ(RunCommand(props,
-                             [&c](const auto&) -> std::thread {
-                                 throw std::system_error(std::make_error_code(c.code));
-                             }),
-                  -3);
-        EXPECT_THAT(log.Lines(), ElementsAre(c.expected));
+        const auto start = [&c](const auto&) -> std::thread {
+            throw std::system_error(std::make_error_code(c.first));
+        };
+        EXPECT_EQ(RunCommand(props, start), -3);
+        EXPECT_THAT(log.Lines(), testing::ElementsAre("Cannot run command 'x' because " + c.second));
         EXPECT_EQ(props->abortEvent, nullptr);
         EXPECT_EQ(props->resultCode, -4);
     }
 }
 
 TEST(CommandOutput, LinesLoseTheirEndsOnly) {
-    const struct {
-        std::string text;
-        std::vector<std::string> lines;
-    } cases[] = {{"", {}},
-                 {"a\r\nb", {"a", "b"}},
-                 {"\n\nx", {"", "", "x"}},
-                 {"a\v\f\r\r\n \tb ", {"a\v", " \tb "}},
-                 {std::string("a\0b\nc", 5), {std::string("a\0b", 3), "c"}}};
-    for (const auto& c : cases) {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"", {}},
+        {"a\r\nb", {"a", "b"}},
+        {"\n\nx", {"", "", "x"}},
+        {"a\v\f\r\r\n \tb ", {"a\v", " \tb "}},
+        {"a\0b\nc"s, {"a\0b"s, "c"}},
+    };
+    for (const auto& [text, expected] : cases) {
         DataTable table;
-        AddOutputRows(c.text, 4, true, table);
+        AddOutputRows(text, 4, true, table);
         std::vector<std::string> lines;
         for (const VariantList& row : table) {
             EXPECT_EQ(row.Get("LineNumber").GetLongLongValue(), static_cast<long long>(lines.size()));
             EXPECT_EQ(row.Get("ExitCode").GetLongLongValue(), 4);
             lines.push_back(row.Get("Output").GetStringValue());
         }
-        EXPECT_EQ(lines, c.lines);
+        EXPECT_EQ(lines, expected);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "platform/FileApi.h"
 #include "platform/posix/Wildcards.h"
 #include "quillon/DestructorFunctor.h"
@@ -13,9 +15,7 @@ namespace quillon::platform {
 namespace {
 
 TEST(NativePath, IsTheSystemsNameOfALibraryPath) {
-    const struct {
-        std::string path, atRoot, mounted;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {R"(C:\a\b)", "/a/b", "/mnt/a/b"},
         {R"(c:/a)", "/a", "/mnt/a"},
         {"C:", "/", "/mnt/"},
@@ -31,12 +31,11 @@ TEST(NativePath, IsTheSystemsNameOfALibraryPath) {
         {"", "", ""},
     };
     const DestructorFunctor unmount([] { SetVolumeRoot(""); });
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.path);
+    for (const auto& [path, atRoot, mounted] : cases) {
         SetVolumeRoot("");
-        EXPECT_EQ(NativePath(c.path), c.atRoot);
+        EXPECT_EQ(NativePath(path), atRoot) << path;
         SetVolumeRoot("/mnt");
-        EXPECT_EQ(NativePath(c.path), c.mounted);
+        EXPECT_EQ(NativePath(path), mounted) << path;
     }
     EXPECT_EQ(NativeName(R"(C:\a\\)"), "/mnt/a");
     EXPECT_EQ(LibraryPath("/mnt/a/b"), R"(C:\a\b)");
@@ -54,11 +53,7 @@ TEST(NativePath, WithoutADataFolderTheTemporaryOneTakesItsPart) {
 }
 
 TEST(Wildcards, FollowTheRulesOfTheWindowsSearch) {
-    const struct {
-        const char* pattern;
-        const char* name;
-        bool matches;
-    } cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {"????.log", "one.log", true},
         {"*", "", true},
         {"*.*", "bare", true},
@@ -82,8 +77,8 @@ TEST(Wildcards, FollowTheRulesOfTheWindowsSearch) {
         {"[a]", "a", false},
         {"", "a", false},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(MatchesWildcards(c.name, c.pattern), c.matches) << c.pattern << ' ' << c.name;
+    for (const auto& [pattern, name, matches] : cases)
+        EXPECT_EQ(MatchesWildcards(name, pattern), matches) << pattern << ' ' << name;
     // A pattern that makes a backtracking matcher take years.
     std::string stars;
     for (int i = 0; i < 100; ++i) stars += "*a";

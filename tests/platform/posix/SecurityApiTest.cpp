@@ -16,14 +16,10 @@
 namespace quillon::platform {
 namespace {
 
-using test::TempDir;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr const wchar_t* kSecurity = L"SeSecurityPrivilege";
 constexpr const wchar_t* kRestore = L"SeRestorePrivilege";
 
-class SecurityApi : public testing::Test {
+class SecurityApi : public test::TempDirTest {
 protected:
     SecurityApi() { Give(true, true); }
     ~SecurityApi() override { Give(::geteuid() == 0, ::geteuid() == 0); }
@@ -39,7 +35,6 @@ protected:
         return status;
     }
 
-    const TempDir dir;
     const std::string source = dir.Write("source", "x");
     const std::string target = dir.Path("target");
 };
@@ -95,7 +90,7 @@ TEST_F(SecurityApi, WithoutEitherPrivilegeTheFileIsCopiedAndFalseReturned) {
         const test::RecordingLogger log;
         EXPECT_FALSE(FileSystemUtils::FileCopy(source, target));
         EXPECT_EQ(dir.Read("target"), "x");
-        EXPECT_THAT(log.Lines(), IsEmpty());
+        EXPECT_THAT(log.Lines(), testing::IsEmpty());
         EXPECT_FALSE(IsPrivilegeEnabled(kSecurity));
         EXPECT_TRUE(FileSystemUtils::EraseFile(target, false));
     }
@@ -104,11 +99,11 @@ TEST_F(SecurityApi, WithoutEitherPrivilegeTheFileIsCopiedAndFalseReturned) {
 TEST_F(SecurityApi, FailureToWriteIsLoggedAndToReadIsNot) {
     const test::RecordingLogger log;
     EXPECT_FALSE(FileSystemUtils::CopyFileAcl(dir.Path("missing"), source));
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
     EXPECT_FALSE(FileSystemUtils::CopyFileAcl(source, target));
     EXPECT_THAT(log.Lines(ICLogger::Level::Error),
-                ElementsAre("Unable to copy file security and ownership to '" + target +
-                            "' despite process SE_SECURITY_NAME, SE_RESTORE_NAME privileges."));
+                testing::ElementsAre("Unable to copy file security and ownership to '" + target +
+                                     "' despite process SE_SECURITY_NAME, SE_RESTORE_NAME privileges."));
     EXPECT_FALSE(IsPrivilegeEnabled(kSecurity));
     EXPECT_FALSE(IsPrivilegeEnabled(kRestore));
     EXPECT_FALSE(ReadSecurity(source, 8));
