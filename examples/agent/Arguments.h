@@ -3,16 +3,20 @@
 #include <string>
 #include <vector>
 
-#include "Module.h"
+#include "quillon/IMethodMetadata.h"
+#include "quillon/InvocationResult.h"
 #include "quillon/MethodParameters.h"
 
 namespace quillon::agent {
 
-/// Turns "name=value" texts into the parameters of a call; each holds a '='.
+/// Turns "name=value" texts, each with a '=', into the parameters of a call.
 ///
-/// The method's declaration decides how a value is read. A value that cannot be
-/// read so, and one whose name the method does not declare, stays a text: it is
-/// the method's binder that judges the call, with the same messages as ever.
-MethodParameters ToParameters(const std::vector<std::string>& arguments, const Method& method);
+/// The type that the method declares decides how a value is read: an integer, a
+/// float, a boolean (true, false, 1 or 0), a text, or a datetime in ISO 8601 (UTC
+/// without a zone). A value that cannot be read so, and any given for a table, sets
+/// code 2 and a message and gives false. A name that the method does not declare
+/// stays, as a text: it is the method's binder that judges the call.
+bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMetadataReader& method,
+                    MethodParameters& parameters, InvocationResult& result);
 
 }  // namespace quillon::agent

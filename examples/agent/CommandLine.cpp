@@ -21,7 +21,8 @@ const char* const kExitCodes =
 template <class T>
 using Choices = std::vector<std::pair<std::string, T>>;
 
-const Choices<Format> kDescriptionFormats = {{"text", Format::Text}, {"json", Format::Json}};
+const Choices<ListFormat> kListFormats = {
+    {"text", ListFormat::Text}, {"json", ListFormat::Json}, {"markdown", ListFormat::Markdown}};
 const Choices<Format> kTableFormats = {{"text", Format::Text}, {"json", Format::Json}, {"csv", Format::Csv}};
 const Choices<ICLogger::Level> kLevels = {
     {"trace", ICLogger::Level::Trace}, {"debug", ICLogger::Level::Debug}, {"info", ICLogger::Level::Info},
@@ -65,7 +66,7 @@ CLI::App* AddRun(CLI::App& app, RunCommand& command) {
 CLI::App* AddMethods(CLI::App& app, MethodsCommand& command) {
     CLI::App* const methods =
         app.add_subcommand("methods", "Lists every method with its parameters and columns");
-    AddChoice(*methods, "--format", command.format, kDescriptionFormats, "Form of the list (default text)");
+    AddChoice(*methods, "--format", command.format, kListFormats, "Form of the list (default text)");
     return methods;
 }
 

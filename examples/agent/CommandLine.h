@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Logging.h"
+#include "MethodList.h"
 #include "Output.h"
 
 namespace quillon::agent {
@@ -19,7 +20,7 @@ struct RunCommand {
 
 /// "quillon-agent methods ..."
 struct MethodsCommand {
-    Format format = Format::Text;  ///< Text or Json
+    ListFormat format = ListFormat::Text;
 };
 
 /// Nothing to do but to say something: help that was asked for (code 0), or what

@@ -24,22 +24,30 @@ struct CommandCall {
     long long maxOutput = kDefaultMaxOutput;
 };
 
-/// What both methods declare, followed by what one of them adds.
-std::vector<Parameter> CommandParameters(const std::vector<Parameter>& further) {
-    std::vector<Parameter> parameters = {
-        {.name = "command", .mandatory = true, .text = "The command line."},
-        {.name = "timeout",
-         .type = ValueType::Integer,
-         .defaultText = std::to_string(ProcessUtils::DefaultTimeoutSecs),
-         .text = "Seconds after which the command is killed; 0 for never."},
-        {.name = "workingDirectory", .text = "Folder to run in instead of the agent's own."},
-        {.name = "maxOutput",
-         .type = ValueType::Integer,
-         .defaultText = std::to_string(kDefaultMaxOutput),
-         .text = "Bytes of output after which the command is killed; 0 for no limit."},
-    };
-    parameters.insert(parameters.end(), further.begin(), further.end());
-    return parameters;
+/// What both methods declare first.
+void DescribeCommand(IMethodMetadataBuilder& builder) {
+    using Record = IMethodMetadata;
+    builder.Flags({Record::ExecutesExternalProcess, Record::MayModifySystemState})
+        .Warning("The command runs with all the rights of the agent.")
+        .Note("A command that does not end with exit code 0 is a failed invocation with code 3.")
+        .Note(
+            "The command line is split by the Windows argument rules on every system; on Linux "
+            "\"cmd /c REST\" hands REST to /bin/sh.")
+        .CreateParameter("command", typeid(std::string))
+        .Description("The command line.")
+        .BindParameter()
+        .CreateParameter("timeout", typeid(long long))
+        .Description("Seconds after which the command is killed with all that it started; 0 for never.")
+        .OptionalValue(ProcessUtils::DefaultTimeoutSecs)
+        .BindParameter()
+        .CreateParameter("workingDirectory", typeid(std::string))
+        .Description("Folder to run in; empty for the agent's own.")
+        .OptionalValue("")
+        .BindParameter()
+        .CreateParameter("maxOutput", typeid(long long))
+        .Description("Bytes of output after which the command is killed; 0 for no limit.")
+        .OptionalValue(kDefaultMaxOutput)
+        .BindParameter();
 }
 
 void AddBindings(ParameterBinder& binder, CommandCall& call) {
@@ -140,41 +148,51 @@ void Table(const MethodParameters& parameters, InvocationResult& result) {
     result.resultTable = layout.Parse(output, skip);
 }
 
-Method DescribeRun() {
-    return {
-        .name = "Run",
-        .text = "Runs a command line and answers with what it wrote.",
-        .parameters = CommandParameters({{.name = "lines",
-                                          .type = ValueType::Boolean,
-                                          .defaultText = "false",
-                                          .text = "A row for every line instead of one row."}}),
-        .columns = {{ProcessUtils::ExitCodeColName, ValueType::Integer, "The command's exit code."},
-                    {ProcessUtils::OutputColName, ValueType::Text, "Standard output and standard error."},
-                    {ProcessUtils::LineNumberColName, ValueType::Integer, "From 0; with lines=true only."}},
-        .run = &Run};
+void DescribeRun(IMethodMetadataBuilder& builder) {
+    DescribeCommand(builder);
+    builder.Description("Runs a command line and answers with what it wrote.")
+        .Example("quillon-agent run Commands.Run command=\"uname -sr\" lines=true")
+        .CreateParameter("lines", typeid(bool))
+        .Description("A row for every line instead of one row.")
+        .OptionalValue(false)
+        .BindParameter()
+        .CreateColumn(ProcessUtils::ExitCodeColName, typeid(long long), false)
+        .Description("The command's exit code.")
+        .BindColumn()
+        .CreateColumn(ProcessUtils::OutputColName, typeid(std::string), false)
+        .Description("Standard output and standard error.")
+        .BindColumn()
+        .CreateColumn(ProcessUtils::LineNumberColName, typeid(long long), false)
+        .Description("From 0.")
+        .Note("With lines=true only.")
+        .BindColumn();
 }
 
-Method DescribeTable() {
-    return {
-        .name = "Table",
-        .text =
-            "Runs a command line and parses what it wrote into typed columns, a row a line. A column is "
-            "NAME[:TYPE[*FACTOR]][:EXTENT]: TYPE is text (the default), integer or boolean; FACTOR "
-            "multiplies an integer; EXTENT is space (the default, up to the next blank) or, for the last "
-            "column, rest (of the line). Example: columns=\"USER PID:integer RSS:integer*1024 "
-            "COMMAND:text:rest\".",
-        .parameters = CommandParameters(
-            {{.name = "columns", .mandatory = true, .text = "The columns, parted by blanks."},
-             {.name = "skip",
-              .type = ValueType::Integer,
-              .defaultText = "0",
-              .text = "Header lines to leave out."}}),
-        .columns = {{"(as given)", ValueType::Text, "Those of the parameter 'columns', with their types."}},
-        .run = &Table};
+void DescribeTable(IMethodMetadataBuilder& builder) {
+    DescribeCommand(builder);
+    builder.Description("Runs a command line and parses what it wrote into typed columns, a row a line.")
+        .Example(
+            "quillon-agent run Commands.Table command=\"ps -eo user,pid,rss,args\" skip=1 "
+            "columns=\"USER PID:integer RSS:integer*1024 COMMAND:text:rest\"")
+        .Note(
+            "A column is NAME[:TYPE[*FACTOR]][:EXTENT]: TYPE is text (the default), integer or boolean; "
+            "FACTOR multiplies an integer; EXTENT is space (the default, up to the next blank) or, for "
+            "the last column, rest (of the line).")
+        .CreateParameter("columns", typeid(std::string))
+        .Description("The columns, parted by blanks.")
+        .BindParameter()
+        .CreateParameter("skip", typeid(long long))
+        .Description("Header lines to leave out.")
+        .OptionalValue(0)
+        .BindParameter()
+        .HasAdditionalColumns("Those of the parameter 'columns', with their types.");
 }
 
 }  // namespace
 
-CommandsModule::CommandsModule() : m_methods{DescribeRun(), DescribeTable()} {}
+CommandsModule::CommandsModule() {
+    m_methods.push_back(MakeMethod("Commands.Run", IMethodMetadata::V5_0, &DescribeRun, &Run));
+    m_methods.push_back(MakeMethod("Commands.Table", IMethodMetadata::V5_0, &DescribeTable, &Table));
+}
 
 }  // namespace quillon::agent

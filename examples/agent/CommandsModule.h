@@ -10,12 +10,10 @@ class CommandsModule final : public IModule {
 public:
     CommandsModule();
 
-    const std::string& GetName() const override { return m_name; }
     const std::vector<Method>& GetMethods() const override { return m_methods; }
 
 private:
-    const std::string m_name = "Commands";
-    const std::vector<Method> m_methods;
+    std::vector<Method> m_methods;
 };
 
 }  // namespace quillon::agent

@@ -3,6 +3,8 @@
 #include <exception>
 
 #include "Arguments.h"
+#include "quillon/MethodMetadataBuilder.h"
+#include "quillon/RuntimeEnv.h"
 #include "quillon/ServiceLocator.h"
 
 namespace quillon::agent {
@@ -19,18 +21,30 @@ InvocationResult Failure(std::int32_t code, const std::string& message) {
     return result;
 }
 
+/// A builder describes one item: each is made afresh.
+template <class Interface, class Builder>
+void RegisterBuilder() {
+    ServiceLocator::AddFactory<Interface>([] { return new Builder; },
+                                          [](Interface* builder) { delete builder; });
+}
+
 }  // namespace
 
 /// The registry has no lock: everything is registered before a module can start a thread.
 Host::Host(const LogSettings& log) {
     ServiceLocator::Put<ICLogger>(StartLogging(log));
     ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
+    RegisterBuilder<IMethodMetadataBuilder, MethodMetadataBuilder>();
+    RegisterBuilder<IMethodParameterBuilder, MethodParameterBuilder>();
+    RegisterBuilder<IMethodColumnBuilder, MethodColumnBuilder>();
+    RuntimeEnv::GetInstance()->setEnvType(IRuntimeEnv::AgentEngine);
     m_modules = MakeModules();
 }
 
 Host::~Host() {
     m_modules.clear();
     ServiceLocator::Clear();
+    RuntimeEnv::ReleaseInstance();
     EndLogging();
 }
 
@@ -38,8 +52,9 @@ InvocationResult Host::Run(const std::string& method, const std::vector<std::str
     const Method* const found = FindMethod(method);
     if (found == nullptr) return Failure(kBadCall, "Unknown method '" + method + "'");
     try {
+        MethodParameters parameters;
         InvocationResult result;
-        found->run(ToParameters(arguments, *found), result);
+        if (ReadParameters(arguments, *found->metadata, parameters, result)) found->run(parameters, result);
         return result;
     } catch (const std::exception& error) {
         ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(), error.what());
@@ -50,7 +65,7 @@ InvocationResult Host::Run(const std::string& method, const std::vector<std::str
 const Method* Host::FindMethod(const std::string& fullName) const {
     for (const auto& module : m_modules) {
         for (const Method& method : module->GetMethods()) {
-            if (fullName == module->GetName() + '.' + method.name) return &method;
+            if (fullName == method.metadata->MethodName()) return &method;
         }
     }
     return nullptr;

@@ -1,14 +1,15 @@
 #include "MethodList.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <sstream>
+#include <utility>
+
+#include "quillon/MetadataExport.h"
+#include "quillon/MethodMetadata.h"
 
 namespace quillon::agent {
 
 namespace {
-
-using Json = nlohmann::ordered_json;  // keys in the order in which they are added
 
 constexpr std::size_t kNameWidth = 18;
 constexpr std::size_t kKindWidth = 26;
@@ -19,83 +20,125 @@ std::string Padded(std::string text, std::size_t width) {
     return text;
 }
 
-/// Broken into indented lines at blanks.
-std::string Wrapped(const std::string& text) {
+/// Broken at blanks into lines that begin with the indent.
+std::string Wrapped(const std::string& indent, const std::string& text) {
     std::istringstream words(text);
-    std::string lines, line = " ";
+    std::string lines, line;
     for (std::string word; words >> word; line += ' ' + word) {
-        if (line.size() + 1 + word.size() <= kLineWidth) continue;
-        lines += line + '\n';
-        line = " ";
+        if (line.empty() || indent.size() + line.size() + word.size() <= kLineWidth) continue;
+        lines += indent + line.substr(1) + '\n';
+        line.clear();
     }
-    return lines + line + '\n';
+    return line.empty() ? lines : lines + indent + line.substr(1) + '\n';
 }
 
-std::string Line(const std::string& name, const std::string& kind, const std::string& text) {
-    return "    " + Padded(name, kNameWidth) + Padded(kind, kKindWidth) + text + '\n';
-}
+void Join(std::string& list, const std::string& item) { list += (list.empty() ? "" : ", ") + item; }
 
-std::string Kind(const Parameter& parameter) {
-    std::string kind = TypeName(parameter.type);
-    if (parameter.mandatory) return kind + ", mandatory";
-    return parameter.defaultText.empty() ? kind : kind + ", default " + parameter.defaultText;
-}
-
-std::string MethodText(const std::string& module, const Method& method) {
-    std::string text = module + '.' + method.name + "\n" + Wrapped(method.text) + "  Parameters:\n";
-    for (const Parameter& parameter : method.parameters)
-        text += Line(parameter.name, Kind(parameter), parameter.text);
-    text += "  Columns:\n";
-    for (const Column& column : method.columns) text += Line(column.name, TypeName(column.type), column.text);
+/// "5.0 (Windows, Linux), no (Android)": every version with its platforms.
+template <class Item>
+std::string Versions(const Item& item) {
+    std::vector<std::pair<std::string, std::string>> groups;
+    item.VisitIntroduced([&groups](const char* platform, const char* version) {
+        const auto isSame = [version](const auto& group) { return group.first == version; };
+        auto group = std::find_if(groups.begin(), groups.end(), isSame);
+        if (group == groups.end()) group = groups.insert(group, {version, ""});
+        Join(group->second, platform);
+    });
+    std::string text;
+    for (const auto& [version, platforms] : groups) Join(text, version + " (" + platforms + ")");
     return text;
 }
 
-Json ToObject(const Parameter& parameter) {
-    return {{"name", parameter.name},
-            {"type", TypeName(parameter.type)},
-            {"mandatory", parameter.mandatory},
-            {"default", parameter.defaultText.empty() ? Json() : Json(parameter.defaultText)},
-            {"text", parameter.text}};
-}
-
-Json ToObject(const Column& column) {
-    return {{"name", column.name}, {"type", TypeName(column.type)}, {"text", column.text}};
-}
-
+/// What methods, parameters and columns alike may say of themselves.
 template <class Item>
-Json ToArray(const std::vector<Item>& items) {
-    Json array = Json::array();
-    for (const Item& item : items) array.push_back(ToObject(item));
-    return array;
+std::string Remarks(const std::string& indent, const Item& item) {
+    std::string text;
+    const std::string versions = Versions(item);
+    if (!versions.empty()) text += Wrapped(indent, "Introduced: " + versions);
+    item.VisitDeprecated([&](const char* version, const char* reason) {
+        text += Wrapped(indent, std::string("Deprecated since ") + version + ": " + reason);
+    });
+    item.VisitWarning(
+        [&](const char* warning) { text += Wrapped(indent, std::string("Warning: ") + warning); });
+    item.VisitNote([&](const char* note) { text += Wrapped(indent, std::string("Note: ") + note); });
+    return text;
 }
 
-Json MethodObject(const std::string& module, const Method& method) {
-    return {{"name", module + '.' + method.name},
-            {"text", method.text},
-            {"parameters", ToArray(method.parameters)},
-            {"columns", ToArray(method.columns)}};
+std::string Default(const MethodParameter& parameter) {
+    if (parameter.OptionalTable() != nullptr) return ", optional";
+    Variant value;
+    if (!parameter.GetOptionalValue(value)) return ", mandatory";
+    const bool isText = value.TypeIs(typeid(std::string));
+    return ", default " + (isText ? '"' + value.GetStringValue() + '"' : value.AsString());
 }
 
-}  // namespace
+/// One parameter or column, followed by its remarks.
+template <class Item>
+std::string Line(const char* name, const std::string& kind, const Item& item) {
+    const char* const description = item.Description();
+    return "    " + Padded(name, kNameWidth) + Padded(kind, kKindWidth) +
+           (description == nullptr ? "" : description) + '\n' + Remarks("      ", item);
+}
 
-std::string DescribeAsText(const ModuleList& modules) {
+std::string Flags(const IMethodMetadataReader& method) {
+    std::string flags;
+    method.VisitFlag([&flags](const char* flag) { Join(flags, flag); });
+    return flags.empty() ? "" : Wrapped("  ", "Flags: " + flags);
+}
+
+std::string Parameters(const IMethodMetadataReader& method) {
+    std::string text;
+    method.VisitParameter([&text](const char* name, const MethodParameter& parameter) {
+        text += Line(name, parameter.Type() + Default(parameter), parameter);
+    });
+    if (method.HasAdditionalParameters()) text += Wrapped("    ", method.AdditionalParametersDescription());
+    return text.empty() ? "" : "  Parameters:\n" + text;
+}
+
+std::string Columns(const IMethodMetadataReader& method) {
+    std::string text;
+    method.VisitColumn([&text](const char* name, const MethodColumn& column) {
+        text +=
+            Line(name, std::string(column.Type()) + (column.Alternative() ? ", alternative" : ""), column);
+    });
+    if (method.HasAdditionalColumns()) text += Wrapped("    ", method.AdditionalColumnsDescription());
+    return text.empty() ? "" : "  Columns:\n" + text;
+}
+
+std::string ToText(const IMethodMetadataReader& method) {
+    const std::string example = method.Example();
+    return std::string(method.MethodName()) + '\n' + Wrapped("  ", method.Description()) +
+           Remarks("  ", method) + Flags(method) + Parameters(method) + Columns(method) +
+           (example.empty() ? "" : "  Example:\n    " + example + '\n');
+}
+
+/// Each documented method in a form, with `separator` between them.
+template <class Form>
+std::string Documented(const ModuleList& modules, const char* separator, const Form& form) {
     std::string text;
     for (const auto& module : modules) {
         for (const Method& method : module->GetMethods()) {
-            if (!text.empty()) text += '\n';
-            text += MethodText(module->GetName(), method);
+            if (method.metadata->IsUndocumented()) continue;
+            if (!text.empty()) text += separator;
+            text += form(*method.metadata);
         }
     }
     return text;
 }
 
-std::string DescribeAsJson(const ModuleList& modules) {
-    Json array = Json::array();
-    for (const auto& module : modules) {
-        for (const Method& method : module->GetMethods())
-            array.push_back(MethodObject(module->GetName(), method));
+}  // namespace
+
+std::string DescribeMethods(const ModuleList& modules, ListFormat format) {
+    const auto toJson = [](const IMethodMetadataReader& method) { return ToJson(method); };
+    switch (format) {
+        case ListFormat::Json:
+            return '[' + Documented(modules, ",\n", toJson) + "]\n";
+        case ListFormat::Markdown:
+            return "# Methods of the reference agent\n\n" + Documented(modules, "\n", &ToMarkdown);
+        case ListFormat::Text:
+            break;
     }
-    return array.dump(2) + '\n';
+    return Documented(modules, "\n", &ToText);
 }
 
 }  // namespace quillon::agent

@@ -6,9 +6,10 @@
 
 namespace quillon::agent {
 
-/// Every method with its parameters and columns, for people.
-std::string DescribeAsText(const ModuleList& modules);
-/// The same as an array of objects, one a method.
-std::string DescribeAsJson(const ModuleList& modules);
+enum class ListFormat { Text, Json, Markdown };
+
+/// Every documented method as its record describes it: for people, as an array of
+/// objects, or as a document.
+std::string DescribeMethods(const ModuleList& modules, ListFormat format);
 
 }  // namespace quillon::agent

@@ -1,19 +1,23 @@
 #include "Module.h"
 
+#include <utility>
+
+#include "quillon/ServiceLocator.h"
+
 namespace quillon::agent {
 
-const char* TypeName(ValueType type) {
-    switch (type) {
-        case ValueType::Integer:
-            return "integer";
-        case ValueType::Boolean:
-            return "boolean";
-        case ValueType::Double:
-            return "double";
-        case ValueType::Text:
-            break;
-    }
-    return "text";
+Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
+                  const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run) {
+    using Record = IMethodMetadata;
+    const auto builder = ServiceLocator::GetInstance<IMethodMetadataBuilder>();
+    builder->MethodName(name);
+    describe(*builder);
+    std::unique_ptr<IMethodMetadata> metadata = builder->Build();
+    metadata->Introduced(introduced, {{Record::MacOS, Record::No},
+                                      {Record::SolarisIntel, Record::No},
+                                      {Record::SolarisSparc, Record::No},
+                                      {Record::Android, Record::No}});
+    return {std::move(metadata), std::move(run)};
 }
 
 }  // namespace quillon::agent

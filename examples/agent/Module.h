@@ -1,43 +1,29 @@
 #pragma once
 
 #include <functional>
-#include <string>
+#include <memory>
 #include <vector>
 
+#include "quillon/IMethodMetadata.h"
+#include "quillon/IMethodMetadataBuilder.h"
 #include "quillon/InvocationResult.h"
 #include "quillon/MethodParameters.h"
 
 namespace quillon::agent {
 
-/// What a method declares a parameter or a column to be.
-enum class ValueType { Text, Integer, Boolean, Double };
+/// Runs a method: binds the parameters itself and reports everything through the result.
+using MethodFunction = std::function<void(const MethodParameters&, InvocationResult&)>;
 
-/// "text", "integer", "boolean" or "double".
-const char* TypeName(ValueType type);
-
-struct Parameter {
-    std::string name;
-    ValueType type = ValueType::Text;
-    bool mandatory = false;
-    std::string defaultText = {};  ///< for people; empty when there is none
-    std::string text = {};         ///< what it means, one sentence
-};
-
-struct Column {
-    std::string name;
-    ValueType type = ValueType::Text;
-    std::string text;
-};
-
-/// One method: its description, and the function that runs it. The function binds
-/// the parameters itself and reports everything through the result.
+/// One method: its description, named "Module.Method", and the function that runs it.
 struct Method {
-    std::string name;
-    std::string text;
-    std::vector<Parameter> parameters;
-    std::vector<Column> columns;
-    std::function<void(const MethodParameters&, InvocationResult&)> run;
+    std::unique_ptr<IMethodMetadata> metadata;
+    MethodFunction run;
 };
+
+/// Describes a method, but for its name, with the builder that the host registered.
+/// The method exists on Windows and Linux, since `introduced`. Texts are literals.
+Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
+                  const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run);
 
 /// A family of methods. To add one to the agent, implement this and add it to
 /// MakeModules().
@@ -45,7 +31,6 @@ class IModule {
 public:
     virtual ~IModule() = default;
 
-    virtual const std::string& GetName() const = 0;
     /// The same for the module's whole life.
     virtual const std::vector<Method>& GetMethods() const = 0;
 };

@@ -1,12 +1,16 @@
 #include "Modules.h"
 
 #include "CommandsModule.h"
+#include "ProcessesModule.h"
+#include "SystemModule.h"
 
 namespace quillon::agent {
 
 ModuleList MakeModules() {
     ModuleList modules;
     modules.push_back(std::make_unique<CommandsModule>());
+    modules.push_back(std::make_unique<ProcessesModule>());
+    modules.push_back(std::make_unique<SystemModule>());
     return modules;
 }
 

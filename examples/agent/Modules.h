@@ -9,7 +9,7 @@ namespace quillon::agent {
 
 using ModuleList = std::vector<std::unique_ptr<IModule>>;
 
-/// Every module of the agent. The host's services are registered before.
+/// Every module of the agent. The host's services and builder factories are registered before.
 ModuleList MakeModules();
 
 }  // namespace quillon::agent

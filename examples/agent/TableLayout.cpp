@@ -69,14 +69,14 @@ std::string TableLayout::ReadType(const std::string& text, Field& field) {
     const std::size_t star = text.find('*');
     const std::string type = text.substr(0, star);
     if (type == "integer") {
-        field.type = ValueType::Integer;
+        field.type = Type::Integer;
     } else if (type == "boolean") {
-        field.type = ValueType::Boolean;
+        field.type = Type::Boolean;
     } else if (type != "text") {
         return "has a type that is not text, integer or boolean";
     }
     if (star == std::string::npos) return {};
-    if (field.type != ValueType::Integer) return "has a factor but is no integer";
+    if (field.type != Type::Integer) return "has a factor but is no integer";
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data() + star + 1, end, field.factor);
     const bool isFactor = error == std::errc() && stop == end && field.factor != 0;
@@ -93,10 +93,10 @@ DataTable TableLayout::Parse(const std::string& text, long long skip) const {
     TextToDataTableParser parser;
     for (const Field& field : m_fields) {
         std::unique_ptr<IParsableField> extent = MakeExtent(field.isRest);
-        if (field.type == ValueType::Integer) {
+        if (field.type == Type::Integer) {
             table.AddLongLongCol(field.name);
             parser.AddField<long long>(field.name, extent.release(), field.factor);
-        } else if (field.type == ValueType::Boolean) {
+        } else if (field.type == Type::Boolean) {
             table.AddBoolCol(field.name);
             parser.AddField<bool>(field.name, extent.release(), 0);
         } else {

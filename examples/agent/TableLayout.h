@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "Module.h"
 #include "quillon/DataTable.h"
 #include "quillon/InvocationResult.h"
 
@@ -24,9 +23,10 @@ public:
     DataTable Parse(const std::string& text, long long skip) const;
 
 private:
+    enum class Type { Text, Integer, Boolean };
     struct Field {
         std::string name;
-        ValueType type = ValueType::Text;
+        Type type = Type::Text;
         long long factor = 0;  // 0: none
         bool isRest = false;
     };

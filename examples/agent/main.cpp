@@ -6,7 +6,6 @@
 #include "CommandLine.h"
 #include "Console.h"
 #include "Host.h"
-#include "MethodList.h"
 #include "Output.h"
 
 namespace quillon::agent {
@@ -25,8 +24,7 @@ int Execute(const RunCommand& command, Output& output) {
 
 int Execute(const MethodsCommand& command, Output& output) {
     const Host host({});
-    const ModuleList& modules = host.GetModules();
-    output.Write(command.format == Format::Json ? DescribeAsJson(modules) : DescribeAsText(modules));
+    output.Write(DescribeMethods(host.GetModules(), command.format));
     return 0;
 }
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace quillon::agent {
+
+/// Facts that the library does not offer; implemented once in posix/ and once in
+/// win32/. Texts are UTF-8.
+
+/// Full path, in the system's own form, of the file that a process runs; nothing
+/// when it has none, has ended, or may not be read.
+std::optional<std::string> ReadExecutable(unsigned long pid);
+
+/// Empty on failure.
+std::string ReadHostName();
+
+/// The account that the agent runs as; empty on failure.
+std::string ReadAccountName();
+
+}  // namespace quillon::agent
