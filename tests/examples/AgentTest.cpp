@@ -5,10 +5,8 @@
 #include <regex>
 #include <sstream>
 
-#include "quillon/CommandLineBuilder.h"
+#include "examples/RunAgent.h"
 #include "support/ChildMain.h"
-#include "support/CommandChild.h"
-#include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 
@@ -29,37 +27,6 @@ const ChildMode listProcesses("ps", [](const std::vector<std::string>&) {
         "mary      4711    3 no   vi \"a  b.txt\"\n");
     return 0;
 });
-
-struct AgentRun {
-    int exitCode = 0;
-    std::string output, errors;
-};
-
-CommandLineBuilder AgentCommand(const std::vector<std::string>& arguments) {
-    const std::filesystem::path agent = ProgramFolder() / (kWindows ? "quillon-agent.exe" : "quillon-agent");
-    CommandLineBuilder command(agent.string());
-    for (const std::string& argument : arguments) command.Add(argument);
-    return command;
-}
-
-AgentRun RunLine(const std::string& commandLine) {
-    RecordingLogger log;
-    const auto properties = CommandOf(commandLine, log);
-    properties->timeoutSecs = 120;
-    properties->killOnTimeout = properties->killTree = true;
-    const int code = ProcessUtils::RunCliCommand(properties);
-    return {code, properties->outputTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue(), {}};
-}
-
-/// Runs the agent as a process of its own. The shell keeps its standard error
-/// apart, so arguments must hold nothing that a shell expands.
-AgentRun RunAgent(const std::vector<std::string>& arguments) {
-    const TempDir dir;
-    const std::string line = AgentCommand(arguments).Get() + " 2>\"" + dir.Native("errors").string() + '"';
-    AgentRun run = RunLine(kWindows ? "cmd /c \"" + line + '"' : "cmd /c " + line);
-    run.errors = dir.Read("errors");
-    return run;
-}
 
 std::vector<std::string> RunCommandArguments(const std::string& command,
                                              const std::vector<std::string>& further = {}) {
@@ -111,9 +78,8 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
         {{"Commands.Run"}, "Missing parameter 'command'"},
         {{"Commands.Run", print, "other=1"}, "Undefined parameter named 'other'"},
         {{"Commands.Run", print, print}, "Parameter 'command' is specified more than once"},
-        {{"Commands.Run", print, "timeout=soon"}, "Value is wrong data-type for parameter 'timeout'"},
-        {{"Commands.Run", print, "timeout=5s"}, "Value is wrong data-type for parameter 'timeout'"},
-        {{"Commands.Run", print, "lines=maybe"}, "Value is wrong data-type for parameter 'lines'"},
+        {{"Commands.Run", print, "timeout=soon"}, "Parameter 'timeout' must be an integer, not 'soon'"},
+        {{"Commands.Run", print, "timeout=5s"}, "Parameter 'timeout' must be an integer, not '5s'"},
         {{"Commands.Run", print, "=1"}, "Anonymous parameters are not allowed for this method"},
         {{"Commands.Run", print, "timeout=2147483648"}, "'timeout' parameter must be from 0 to 2147483647"},
         {{"Commands.Run", print, "lines"}, "'lines' is not of the form name=value"},
@@ -195,21 +161,6 @@ TEST(Agent, CtrlCAbortsTheRunningCommand) {
         EXPECT_THAT(run.output, AllOf(HasSubstr("-6  Aborted due to Agent shutdown"),
                                       HasSubstr("\nAborted due to Agent shutdown")));
     }
-}
-
-TEST(Agent, ListsItsMethodsAsJson) {
-    const AgentRun run = RunAgent({"methods", "--format", "json"});
-    EXPECT_EQ(run.exitCode, 0);
-    const ordered_json methods = ordered_json::parse(run.output);
-    ASSERT_EQ(methods.size(), 2u);
-    EXPECT_EQ(methods[0]["name"], "Commands.Run");
-    EXPECT_EQ(methods[1]["name"], "Commands.Table");
-    const ordered_json& timeout = methods[0]["parameters"][1];
-    EXPECT_EQ(timeout["name"], "timeout");
-    EXPECT_EQ(timeout["type"], "integer");
-    EXPECT_EQ(timeout["mandatory"], false);
-    EXPECT_EQ(timeout["default"], "3600");
-    EXPECT_EQ(methods[0]["columns"][2]["name"], "LineNumber");
 }
 
 TEST(Agent, HelpIsAResultAndGoesToStandardOutput) {

@@ -1,0 +1,136 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "examples/RunAgent.h"
+#include "quillon/MiscUtils.h"
+#include "support/System.h"
+
+namespace quillon::test {
+
+namespace {
+
+using nlohmann::ordered_json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+ordered_json RunForJson(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--format", "json"});
+    const AgentRun run = RunAgent(arguments);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    return ordered_json::parse(run.output);
+}
+
+/// The rows of the processes that run this program.
+ordered_json RowsOf(const ordered_json& processes, const std::string& program) {
+    ordered_json rows = ordered_json::array();
+    for (const ordered_json& row : processes) {
+        const bool isNamed = row["Executable"].is_string();
+        const std::string file = isNamed ? row["Executable"].get<std::string>() : "";
+        if (std::filesystem::path(file).filename() == program + (kWindows ? ".exe" : "")) rows.push_back(row);
+    }
+    return rows;
+}
+
+}  // namespace
+
+TEST(AgentArguments, AreReadAsTheTypeThatTheMethodDeclares) {
+    const auto rows =
+        RunForJson({"run", "System.Echo", "integer=-5", "float=-2.5e1", "boolean=TRUE", "text=5", "other=6",
+                    "datetime=1970-01-01T00:00:00Z", "datetime=2026-01-31T18:30:00.250+01:00"});
+    std::vector<std::string> read;
+    for (const auto& row : rows)
+        read.push_back(row["Type"].get<std::string>() + ' ' + row["Value"].get<std::string>());
+    EXPECT_THAT(read, ElementsAre("integer -5", "float -25", "boolean true", "string 5", "string 6",
+                                  "datetime 1970-01-01T00:00:00.000Z", "datetime 2026-01-31T17:30:00.250Z"));
+}
+
+TEST(AgentArguments, AreRefusedWhenTheyAreNotOfTheirType) {
+    const std::string time = "a date and time such as 2026-01-31T18:30:00Z";
+    const struct {
+        std::string name, text, expected;
+    } cases[] = {
+        {"integer", "abc", "an integer"},
+        {"integer", "1x", "an integer"},
+        {"integer", "", "an integer"},
+        {"integer", "9223372036854775808", "an integer"},
+        {"float", "1,5", "a number"},
+        {"boolean", "maybe", "true, false, 1 or 0"},
+        {"datetime", "2026-01-31", time},
+        {"datetime", "2026-02-30T00:00:00Z", time},
+        {"datetime", "2026-01-31T18:30:00.5Z", time},
+        {"datetime", "2026-01-31T18:30:00 Z", time},
+    };
+    for (const auto& c : cases) {
+        const AgentRun run = RunAgent({"run", "System.Echo", c.name + '=' + c.text});
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_THAT(run.output, IsEmpty());
+        EXPECT_THAT(run.errors, HasSubstr("Parameter '" + c.name + "' must be " + c.expected + ", not '" +
+                                          c.text + '\''));
+    }
+}
+
+TEST(AgentMethods, AreListedAsJsonWhenDocumented) {
+    const ordered_json methods = RunForJson({"methods"});
+    std::vector<std::string> names;
+    for (const auto& method : methods) names.push_back(method["name"]);
+    EXPECT_THAT(names, ElementsAre("Commands.Run", "Commands.Table", "Processes.List", "System.Info",
+                                   "System.Metrics"));
+    const ordered_json& timeout = methods[0]["parameters"][1];
+    EXPECT_EQ(timeout["name"], "timeout");
+    EXPECT_EQ(timeout["type"], "integer");
+    EXPECT_EQ(timeout["optional"], true);
+    EXPECT_EQ(timeout["default"], 3600);
+    EXPECT_EQ(methods[0]["introduced"]["Linux"], "5.0");
+    EXPECT_EQ(methods[0]["columns"][2]["name"], "LineNumber");
+}
+
+TEST(AgentMethods, AreListedForPeople) {
+    EXPECT_THAT(RunAgent({"methods"}).output,
+                AllOf(HasSubstr("Commands.Run\n  Runs a command line and answers with what it wrote.\n"
+                                "  Introduced: 5.0 (Windows, Linux), no (MacOS, SolarisIntel, SolarisSparc, "
+                                "Android)\n  Warning: The command runs with all the rights of the agent.\n"),
+                      HasSubstr("  Flags: Executes external process, May modify system state\n"),
+                      HasSubstr("    command           string, mandatory         The command line.\n"),
+                      HasSubstr("    workingDirectory  string, default \"\"        Folder"),
+                      HasSubstr("    LineNumber        integer                   From 0.\n"
+                                "      Note: With lines=true only.\n"),
+                      Not(HasSubstr("System.Echo"))));
+    EXPECT_THAT(RunAgent({"methods", "--format", "markdown"}).output,
+                AllOf(HasSubstr("# Methods of the reference agent\n\n## Commands.Run\n"),
+                      HasSubstr("\n\n## System.Metrics\n"), Not(HasSubstr("System.Echo"))));
+}
+
+TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {
+    const ordered_json all = RunForJson({"run", "Processes.List"});
+    const ordered_json agents = RowsOf(all, "quillon-agent");
+    ASSERT_THAT(agents, Not(IsEmpty()));
+    EXPECT_THAT(agents.back()["CommandLine"].get<std::string>(), HasSubstr("Processes.List"));
+    EXPECT_TRUE(kWindows || agents.back()["PrivateWorkingSet"] > 4096);  // the emulator cannot tell
+
+    const ordered_json tests = RowsOf(all, "quillon_agent_tests");
+    ASSERT_THAT(tests, Not(IsEmpty()));
+    const ordered_json& pid = tests.back()["Pid"];
+    const ordered_json found = RunForJson({"run", "Processes.List", "pid=" + pid.dump()});
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0]["Pid"], pid);
+    EXPECT_EQ(RunForJson({"run", "Processes.List", "pid=4294967296"}).dump(), "[]");
+}
+
+TEST(AgentSystem, TellsWhereTheAgentRunsAndWhatItCosts) {
+    const ordered_json info = RunForJson({"run", "System.Info"}).at(0);
+    EXPECT_EQ(info["OsVersion"], MiscUtils::OsVersion().to_string());
+    EXPECT_EQ(info["LibraryVersion"], "1.0.0");
+    EXPECT_EQ(info["RuntimeEnvironment"], "AgentEngine");
+    EXPECT_EQ(info["WorkingDirectory"], std::filesystem::current_path().string());
+    EXPECT_THAT(info["DataFolder"].get<std::string>(), EndsWith("\\Quillon\\Client"));
+    EXPECT_THAT(RunAgent({"run", "System.Metrics", "--format", "csv"}).output,
+                HasSubstr("Name,Value,Unit\r\n"));
+}
+
+}  // namespace quillon::test

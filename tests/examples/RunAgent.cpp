@@ -1,0 +1,35 @@
+#include "examples/RunAgent.h"
+
+#include "support/ChildMain.h"
+#include "support/CommandChild.h"
+#include "support/RecordingLogger.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+CommandLineBuilder AgentCommand(const std::vector<std::string>& arguments) {
+    const std::filesystem::path agent = ProgramFolder() / (kWindows ? "quillon-agent.exe" : "quillon-agent");
+    CommandLineBuilder command(agent.string());
+    for (const std::string& argument : arguments) command.Add(argument);
+    return command;
+}
+
+AgentRun RunLine(const std::string& commandLine) {
+    RecordingLogger log;
+    const auto properties = CommandOf(commandLine, log);
+    properties->timeoutSecs = 120;
+    properties->killOnTimeout = properties->killTree = true;
+    const int code = ProcessUtils::RunCliCommand(properties);
+    return {code, properties->outputTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue(), {}};
+}
+
+AgentRun RunAgent(const std::vector<std::string>& arguments) {
+    const TempDir dir;
+    const std::string line = AgentCommand(arguments).Get() + " 2>\"" + dir.Native("errors").string() + '"';
+    AgentRun run = RunLine(kWindows ? "cmd /c \"" + line + '"' : "cmd /c " + line);
+    run.errors = dir.Read("errors");
+    return run;
+}
+
+}  // namespace quillon::test
