@@ -9,6 +9,7 @@
 #include "quillon/PathUtils.h"
 #include "quillon/RuntimeEnv.h"
 #include "quillon/SelfMetrics.h"
+#include "quillon/ServiceLocator.h"
 
 namespace quillon::agent {
 
@@ -34,6 +35,7 @@ void Info(const MethodParameters& parameters, InvocationResult& result) {
     VariantList row;
     row.Add("OsVersion", MiscUtils::OsVersion().to_string());
     row.Add(Variant::StringOrNullVariant("HostName", ReadHostName()));
+    row.Add("AgentVersion", MiscUtils::GetVersionNumber(ServiceLocator::Get<ICLogger>()));
     row.Add("LibraryVersion", QUILLON_AGENT_LIBRARY_VERSION);
     row.Add(Variant::StringOrNullVariant("User", ReadAccountName()));
     row.Add(Variant::StringOrNullVariant("WorkingDirectory", WorkingDirectory()));
@@ -66,6 +68,7 @@ void DescribeInfo(IMethodMetadataBuilder& builder) {
     builder.Description("Tells where the agent runs, in one row.").Example("quillon-agent run System.Info");
     AddColumn(builder, "OsVersion", "Four numbers; on Linux those of the kernel.");
     AddColumn(builder, "HostName", "Name of the machine, without its domain on Windows.");
+    AddColumn(builder, "AgentVersion", "Version that the agent's file carries.");
     AddColumn(builder, "LibraryVersion", "Version of the library that the agent was built with.");
     AddColumn(builder, "User", "Account that the agent runs as; null when it has no name.");
     AddColumn(builder, "WorkingDirectory", "In the system's own form.");

@@ -125,6 +125,7 @@ TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {
 TEST(AgentSystem, TellsWhereTheAgentRunsAndWhatItCosts) {
     const ordered_json info = RunForJson({"run", "System.Info"}).at(0);
     EXPECT_EQ(info["OsVersion"], MiscUtils::OsVersion().to_string());
+    EXPECT_EQ(info["AgentVersion"], "1.0.0.0");
     EXPECT_EQ(info["LibraryVersion"], "1.0.0");
     EXPECT_EQ(info["RuntimeEnvironment"], "AgentEngine");
     EXPECT_EQ(info["WorkingDirectory"], std::filesystem::current_path().string());
