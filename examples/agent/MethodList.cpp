@@ -11,7 +11,7 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::size_t kNameWidth = 18;
+constexpr std::size_t kNameWidth = 20;
 constexpr std::size_t kKindWidth = 26;
 constexpr std::size_t kLineWidth = 100;
 

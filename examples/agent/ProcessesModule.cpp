@@ -58,7 +58,7 @@ void List(const MethodParameters& parameters, InvocationResult& result) {
 
 void DescribeList(IMethodMetadataBuilder& builder) {
     builder.Description("Lists the running processes, a row each.")
-        .Note("A process that ends while it is looked at has a row of nulls.")
+        .Note("A process that ends while it is looked at leaves nulls in its row.")
         .Example("quillon-agent run Processes.List pid=1")
         .CreateParameter("pid", typeid(long long))
         .Description("The only process to list; without such a process there is no row. -1 for all.")

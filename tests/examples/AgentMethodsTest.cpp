@@ -5,6 +5,7 @@
 
 #include "examples/RunAgent.h"
 #include "quillon/MiscUtils.h"
+#include "support/ChildMain.h"
 #include "support/System.h"
 
 namespace quillon::test {
@@ -26,15 +27,14 @@ ordered_json RunForJson(std::vector<std::string> arguments) {
     return ordered_json::parse(run.output);
 }
 
-/// The rows of the processes that run this program.
-ordered_json RowsOf(const ordered_json& processes, const std::string& program) {
-    ordered_json rows = ordered_json::array();
+/// The newest process that runs this program of the build.
+ordered_json RowOf(const ordered_json& processes, const std::string& program) {
+    const auto file = ProgramFolder() / (program + (kWindows ? ".exe" : ""));
+    ordered_json found;
     for (const ordered_json& row : processes) {
-        const bool isNamed = row["Executable"].is_string();
-        const std::string file = isNamed ? row["Executable"].get<std::string>() : "";
-        if (std::filesystem::path(file).filename() == program + (kWindows ? ".exe" : "")) rows.push_back(row);
+        if (row["Executable"] == file.string()) found = row;
     }
-    return rows;
+    return found;
 }
 
 }  // namespace
@@ -96,9 +96,9 @@ TEST(AgentMethods, AreListedForPeople) {
                                 "  Introduced: 5.0 (Windows, Linux), no (MacOS, SolarisIntel, SolarisSparc, "
                                 "Android)\n  Warning: The command runs with all the rights of the agent.\n"),
                       HasSubstr("  Flags: Executes external process, May modify system state\n"),
-                      HasSubstr("    command           string, mandatory         The command line.\n"),
-                      HasSubstr("    workingDirectory  string, default \"\"        Folder"),
-                      HasSubstr("    LineNumber        integer                   From 0.\n"
+                      HasSubstr("    command             string, mandatory         The command line.\n"),
+                      HasSubstr("    workingDirectory    string, default \"\"        Folder"),
+                      HasSubstr("    LineNumber          integer                   From 0.\n"
                                 "      Note: With lines=true only.\n"),
                       Not(HasSubstr("System.Echo"))));
     EXPECT_THAT(RunAgent({"methods", "--format", "markdown"}).output,
@@ -108,14 +108,14 @@ TEST(AgentMethods, AreListedForPeople) {
 
 TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {
     const ordered_json all = RunForJson({"run", "Processes.List"});
-    const ordered_json agents = RowsOf(all, "quillon-agent");
-    ASSERT_THAT(agents, Not(IsEmpty()));
-    EXPECT_THAT(agents.back()["CommandLine"].get<std::string>(), HasSubstr("Processes.List"));
-    EXPECT_TRUE(kWindows || agents.back()["PrivateWorkingSet"] > 4096);  // the emulator cannot tell
+    const ordered_json agent = RowOf(all, "quillon-agent");
+    ASSERT_FALSE(agent.is_null());
+    EXPECT_THAT(agent["CommandLine"].get<std::string>(), HasSubstr("Processes.List"));
+    EXPECT_TRUE(kWindows || agent["PrivateWorkingSet"] > 4096);  // the emulator cannot tell
 
-    const ordered_json tests = RowsOf(all, "quillon_agent_tests");
-    ASSERT_THAT(tests, Not(IsEmpty()));
-    const ordered_json& pid = tests.back()["Pid"];
+    const ordered_json tests = RowOf(all, "quillon_agent_tests");
+    ASSERT_FALSE(tests.is_null());
+    const ordered_json& pid = tests["Pid"];
     const ordered_json found = RunForJson({"run", "Processes.List", "pid=" + pid.dump()});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0]["Pid"], pid);
