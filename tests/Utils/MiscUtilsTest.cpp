@@ -14,7 +14,6 @@
 #include "quillon/CLogger.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
-#include "support/RunChild.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 

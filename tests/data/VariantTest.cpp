@@ -1,9 +1,7 @@
 #include "quillon/Variant.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <sstream>
 #include <thread>
@@ -13,65 +11,39 @@
 namespace quillon {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::ThrowsMessage;
 
 TimePoint At(std::int64_t ticks) { return TimePoint(TimePoint::duration(ticks)); }
 
-template <class Exception, class Call>
-std::string MessageOf(Call call) {
-    try {
-        call();
-    } catch (const Exception& exception) {
-        return exception.what();
-    }
-    return "nothing was thrown";
-}
-
 TEST(Variant, ShowsEveryKind) {
-    const struct {
-        Variant value;
-        std::string text;
-        int sqlType;
-        std::string sqlName, dump;
-    } cases[] = {
-        {Variant(), "null", 5, "NULL", "Variant '*NO NAME*' null"},
-        {Variant("n", "a%sb"), "a%sb", 3, "TEXT", "Variant 'n' of type string = 'a%sb'"},
-        {Variant("n", -42), "-42", 1, "INTEGER", "Variant 'n' of type long long = '-42'"},
-        {Variant("n", std::numeric_limits<long long>::min()), "-9223372036854775808", 1, "INTEGER",
-         "Variant 'n' of type long long = '-9223372036854775808'"},
-        {Variant("n", true), "true", 1, "INTEGER", "Variant 'n' of type bool = 'true'"},
-        {Variant("n", 0.5), "0.5", 2, "FLOAT", "Variant 'n' of type double = '0.5'"},
-        {Variant("n", 1e20), "1e+20", 2, "FLOAT", "Variant 'n' of type double = '1e+20'"},
-        {Variant("n", -1.23456789e-300), "-1.23457e-300", 2, "FLOAT",
-         "Variant 'n' of type double = '-1.23457e-300'"},
-        {Variant("n", 100000.0), "100000", 2, "FLOAT", "Variant 'n' of type double = '100000'"},
-        {Variant("n", At(15'000'000)), "1970-01-01T00:00:01.500Z", 3, "TEXT",
-         "Variant 'n' of type time_point = '1970-01-01T00:00:01.500Z'"},
+    const std::tuple<Variant, std::string, std::string, int, std::string> cases[] = {
+        {Variant::NullVariant("n"), "null", "null", 5, "NULL"},
+        {Variant("n", "a%sb"), "a%sb", "of type string = 'a%sb'", 3, "TEXT"},
+        {Variant("n", -1LL << 63), "-9223372036854775808", "of type long long = '-9223372036854775808'", 1,
+         "INTEGER"},
+        {Variant("n", true), "true", "of type bool = 'true'", 1, "INTEGER"},
+        {Variant("n", 1e20), "1e+20", "of type double = '1e+20'", 2, "FLOAT"},
+        {Variant("n", -1.23456789e-300), "-1.23457e-300", "of type double = '-1.23457e-300'", 2, "FLOAT"},
+        {Variant("n", 100000.0), "100000", "of type double = '100000'", 2, "FLOAT"},
+        {Variant("n", At(15'000'000)), "1970-01-01T00:00:01.500Z",
+         "of type time_point = '1970-01-01T00:00:01.500Z'", 3, "TEXT"},
     };
-    test::RecordingLogger log;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.dump);
-        EXPECT_EQ(c.value.AsString(), c.text);
-        EXPECT_EQ(c.value.SqlType(), c.sqlType);
-        EXPECT_EQ(c.value.SqlTypeStr(), c.sqlName);
-        log.Forget();
-        c.value.Dump(nullptr, 0);
-        EXPECT_THAT(log.Lines(ICLogger::Level::Debug), ElementsAre(c.dump));
-        std::ostringstream stream;
-        stream << c.value;
-        EXPECT_EQ(stream.str(), c.text);
+    for (const auto& [value, text, dump, sqlType, sqlName] : cases) {
+        const test::RecordingLogger log;
+        value.Dump(nullptr, 0);
+        EXPECT_THAT(log.Lines(ICLogger::Level::Debug), ElementsAre("Variant 'n' " + dump));
+        EXPECT_EQ(value.AsString(), text);
+        EXPECT_EQ((std::ostringstream() << value).str(), text);
+        EXPECT_EQ(value.SqlType(), sqlType) << text;
+        EXPECT_EQ(value.SqlTypeStr(), sqlName) << text;
     }
 }
 
 TEST(Variant, EqualityTakesNameNullnessKindAndValue) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const struct {
-        const char* what;
-        Variant left, right;
-        bool equal;
-    } cases[] = {
+    const std::tuple<const char*, Variant, Variant, bool> cases[] = {
         {"names differ", Variant("n", 5), Variant("m", 5), false},
         {"nulls, whatever is held", Variant::NullVariant("n"), Variant("n", typeid(std::string)), true},
         {"null and not", Variant::NullVariant("n"), Variant("n", 0), false},
@@ -82,10 +54,9 @@ TEST(Variant, EqualityTakesNameNullnessKindAndValue) {
         {"NaN", Variant("n", nan), Variant("n", nan), false},
         {"time points", Variant("n", At(7)), Variant("n", At(8)), false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(c.left == c.right, c.equal);
-        EXPECT_EQ(c.left != c.right, !c.equal);
+    for (const auto& [what, left, right, equal] : cases) {
+        EXPECT_EQ(left == right, equal) << what;
+        EXPECT_EQ(left != right, !equal) << what;
     }
 }
 
@@ -95,26 +66,23 @@ TEST(Variant, ReadsRelatedKindsAndRefusesOthers) {
     EXPECT_TRUE(Variant(-3).GetBoolValue());
 
     test::RecordingLogger log;
-    const Variant value("n", 1.5);
     const std::string wanted = typeid(long long).name(), found = typeid(double).name();
-    EXPECT_EQ(MessageOf<std::invalid_argument>([&] { value.GetLongLongValue(); }),
-              wanted + " type was expected");
+    EXPECT_THAT([] { Variant(1.5).GetLongLongValue(); },
+                ThrowsMessage<std::invalid_argument>(wanted + " type was expected"));
     EXPECT_THAT(log.Lines(ICLogger::Level::Error),
                 ElementsAre(wanted + " value requested, found " + found + " type"));
     EXPECT_THROW(Variant(5).GetDoubleValue(), std::invalid_argument);
     EXPECT_THROW(Variant("5").GetTimePoint(), std::invalid_argument);
     EXPECT_THROW(Variant(5).GetStringValue(), std::invalid_argument);
-    EXPECT_DOUBLE_EQ(value.GetDoubleValue(), 1.5);
 }
 
 TEST(Variant, NullHidesTheValueUntilOneIsSet) {
     test::RecordingLogger log;
     Variant value("n", 7);
     value.SetToNull();
-    EXPECT_EQ(MessageOf<null_Variant>([&] { value.GetLongLongValue(); }),
-              std::string(typeid(long long).name()) + " value is null");
-    EXPECT_EQ(MessageOf<null_Variant>([&] { value.GetType(); }), "n is null");
-    EXPECT_EQ(MessageOf<null_Variant>([] { Variant().GetType(); }), " is null");
+    EXPECT_THAT([&] { value.GetLongLongValue(); },
+                ThrowsMessage<null_Variant>(std::string(typeid(long long).name()) + " value is null"));
+    EXPECT_THAT([&] { value.GetType(); }, ThrowsMessage<null_Variant>("n is null"));
     EXPECT_STREQ(value.GetTypeName(), "null");
     EXPECT_FALSE(value.TypeIs(typeid(long long)));
     EXPECT_EQ(value.TryGet<long long>(), std::nullopt);
@@ -131,8 +99,6 @@ TEST(Variant, NullHidesTheValueUntilOneIsSet) {
 TEST(Variant, BindNameFollowsTheName) {
     Variant value("a-b-c", 1);
     const Variant copy = value;
-    value.SetName("x-y");
-    EXPECT_EQ(value.GetBindName(), "x_y");
     value.SetName("plain");
     EXPECT_EQ(value.GetBindName(), "plain");
     EXPECT_EQ(copy.GetBindName(), "a_b_c");
@@ -141,7 +107,6 @@ TEST(Variant, BindNameFollowsTheName) {
 TEST(Variant, TimePointAsTextLivesInOneBufferPerThread) {
     const Variant early(At(0)), late(At(10'000'000));
     const std::string& text = early.GetStringValue();
-    EXPECT_EQ(text, early.AsString());
     std::thread([&] { EXPECT_EQ(late.GetStringValue(), "1970-01-01T00:00:01.000Z"); }).join();
     EXPECT_EQ(text, "1970-01-01T00:00:00.000Z");
     late.GetStringValue();
@@ -151,15 +116,14 @@ TEST(Variant, TimePointAsTextLivesInOneBufferPerThread) {
 
 TEST(Variant, PlaceholderOfAnotherTypeIsReportedAndNull) {
     test::RecordingLogger log;
-    Variant value("n", typeid(double));
-    EXPECT_TRUE(value.IsNull());
+    EXPECT_TRUE(Variant("n", typeid(double)).IsNull());
     EXPECT_THAT(log.Lines(), ElementsAre());
     Variant odd("n", typeid(int));
     EXPECT_TRUE(odd.IsNull());
     Variant("n", typeid(TimePoint));
     EXPECT_THAT(log.Lines(ICLogger::Level::Error),
-                ElementsAre(StartsWith("Internal error: unsupported type " + std::string(typeid(int).name()) +
-                                       " in Variant(,type_info)"),
+                ElementsAre("Internal error: unsupported type " + std::string(typeid(int).name()) +
+                                " in Variant(,type_info)",
                             HasSubstr("in Variant(,type_info)")));
     odd.SetDoubleValue(1.5);
     EXPECT_DOUBLE_EQ(odd.GetDoubleValue(), 1.5);
@@ -184,9 +148,9 @@ TEST(Variant, SurvivesMovesAndItself) {
 }
 
 TEST(Variant, DumpIndentsAtMostFortyAndCutsTheLine) {
-    ::testing::internal::CaptureStderr();  // where the line goes without a logger
+    testing::internal::CaptureStderr();  // where the line goes without a logger
     Variant("n", "100%").Dump(nullptr, 45);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
               std::string(40, ' ') + "Variant 'n' of type string = '100%'\n");
 
     test::RecordingLogger log;

@@ -1,7 +1,6 @@
 #include "examples/RunAgent.h"
 
 #include "support/ChildMain.h"
-#include "support/CommandChild.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"

@@ -1,44 +1,24 @@
 #include "quillon/ParameterBinder.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "support/RecordingLogger.h"
 
 namespace quillon {
 namespace {
 
-const DataTable& OneCell() {
-    static const DataTable table(VariantList(Variant("any", "demoted")));
-    return table;
-}
-
-const DataTable& TwoRows() {
-    static const DataTable table(VariantList(Variant("a", 1)), VariantList(Variant("a", 2)));
-    return table;
-}
-
-/// One target of each type, bound under its name.
-struct Targets {
-    std::string text = "default";
-    long long integer = -1;
-    double real = -1.5;
-    bool flag = true;
-    const DataTable* table = nullptr;
-};
-
-class ParameterBinding : public ::testing::Test {
+class ParameterBinding : public testing::Test {
 protected:
     /// The message, or "bound". Only the bindings listed in `names` are declared.
     std::string Bind(const std::string& names, bool optional, bool allowAnonymous = false,
                      bool allowUndefined = false) {
         ParameterBinder binder(m_call, allowAnonymous, allowUndefined);
         const auto declared = [&names](char name) { return names.find(name) != std::string::npos; };
-        if (declared('T')) binder.AddBinding("T", &m_targets.text, optional);
-        if (declared('I')) binder.AddBinding("I", &m_targets.integer, optional);
-        if (declared('R')) binder.AddBinding("R", &m_targets.real, optional);
-        if (declared('F')) binder.AddBinding("F", &m_targets.flag, optional);
-        if (declared('D')) binder.AddBinding("D", &m_targets.table, optional);
+        if (declared('T')) binder.AddBinding("T", &m_text, optional);
+        if (declared('I')) binder.AddBinding("I", &m_integer, optional);
+        if (declared('R')) binder.AddBinding("R", &m_real, optional);
+        if (declared('F')) binder.AddBinding("F", &m_flag, optional);
+        if (declared('D')) binder.AddBinding("D", &m_table, optional);
         InvocationResult result;
         const bool bound = binder.Bind(result);
         EXPECT_EQ(result.resultCode, bound ? 0 : 2);
@@ -46,51 +26,46 @@ protected:
         return bound ? "bound" : result.errorMessage;
     }
 
-    std::string BindScalar(const Variant& value, bool optional) {
-        m_call.scalars = VariantList(value);
-        m_call.tables.clear();
-        m_targets = {};
-        return Bind(value.GetName(), optional);
-    }
-
     test::RecordingLogger m_log;
     MethodParameters m_call;
-    Targets m_targets;
+    std::string m_text = "default";
+    long long m_integer = -1;
+    double m_real = -1.5;
+    bool m_flag = true;
+    const DataTable* m_table = nullptr;
+    const DataTable m_oneCell{VariantList(Variant("any", "demoted"))};
+    const DataTable m_twoRows{VariantList(Variant("a", 1)), VariantList(Variant("a", 2))};
 };
 
 TEST_F(ParameterBinding, ConvertsRelatedKinds) {
-    const TimePoint epoch;
-    EXPECT_EQ(BindScalar(Variant("T", epoch), false), "bound");
-    EXPECT_EQ(m_targets.text, "1970-01-01T00:00:00.000Z");
-    EXPECT_EQ(BindScalar(Variant("I", true), true), "bound");
-    EXPECT_EQ(m_targets.integer, 1);
-    EXPECT_EQ(BindScalar(Variant("R", 5), false), "bound");
-    EXPECT_DOUBLE_EQ(m_targets.real, 5.0);
-    EXPECT_EQ(BindScalar(Variant("F", 0), false), "bound");
-    EXPECT_FALSE(m_targets.flag);
+    m_call.scalars =
+        VariantList(Variant("T", TimePoint()), Variant("I", true), Variant("R", 5), Variant("F", 0));
+    EXPECT_EQ(Bind("TIRF", true), "bound");
+    EXPECT_EQ(m_text, "1970-01-01T00:00:00.000Z");
+    EXPECT_EQ(m_integer, 1);
+    EXPECT_DOUBLE_EQ(m_real, 5.0);
+    EXPECT_FALSE(m_flag);
 }
 
 TEST_F(ParameterBinding, WrongTypeResetsMandatoryTargetsOnly) {
-    const std::string message = "Value is wrong data-type for parameter '";
-    const Variant wrong[] = {Variant("T", 1), Variant("I", 1.5), Variant("R", "1.5"), Variant("F", "true"),
-                             Variant::NullVariant("T")};
-    for (const Variant& value : wrong) {
-        SCOPED_TRACE(value.GetName());
-        EXPECT_EQ(BindScalar(value, true), message + value.GetName() + "'");
-        EXPECT_TRUE(m_targets.text == "default" && m_targets.integer == -1 && m_targets.flag);
-        EXPECT_EQ(BindScalar(value, false), message + value.GetName() + "'");
+    for (const bool optional : {true, false}) {
+        for (const Variant& value : {Variant("T", 1), Variant("I", 1.5), Variant("R", "1.5"),
+                                     Variant("F", "true"), Variant::NullVariant("T")}) {
+            m_call.scalars = VariantList(value);
+            EXPECT_EQ(Bind(value.GetName(), optional),
+                      "Value is wrong data-type for parameter '" + value.GetName() + "'");
+        }
+        EXPECT_EQ(m_text, optional ? "default" : "");
+        EXPECT_EQ(m_integer, optional ? -1 : 0);
+        EXPECT_EQ(m_flag, optional);
     }
-    BindScalar(Variant("F", "true"), false);
-    EXPECT_FALSE(m_targets.flag);
-    BindScalar(Variant("T", 1), false);
-    EXPECT_EQ(m_targets.text, "");
 }
 
 TEST_F(ParameterBinding, AbsentParametersKeepOrResetTheTarget) {
     EXPECT_EQ(Bind("TIRFD", true), "bound");
-    EXPECT_EQ(m_targets.text, "default");
+    EXPECT_EQ(m_text, "default");
     EXPECT_EQ(Bind("I", false), "Missing parameter 'I'");
-    EXPECT_EQ(m_targets.integer, 0);
+    EXPECT_EQ(m_integer, 0);
     EXPECT_EQ(Bind("D", false), "Missing parameter 'D'");
     // In order of names, whatever the order of binding.
     EXPECT_EQ(Bind("TI", false), "Missing parameter 'I'");
@@ -99,16 +74,16 @@ TEST_F(ParameterBinding, AbsentParametersKeepOrResetTheTarget) {
 }
 
 TEST_F(ParameterBinding, TableOfOneCellStandsForAScalar) {
-    m_call.tables = {{"T", &OneCell()}, {"D", &TwoRows()}};
+    m_call.tables = {{"T", &m_oneCell}, {"D", &m_twoRows}};
     EXPECT_EQ(Bind("TD", false), "bound");
-    EXPECT_EQ(m_targets.text, "demoted");
-    EXPECT_EQ(m_targets.table, &TwoRows());
+    EXPECT_EQ(m_text, "demoted");
+    EXPECT_EQ(m_table, &m_twoRows);
 
-    m_call.tables = {{"T", &TwoRows()}};
+    m_call.tables = {{"T", &m_twoRows}};
     EXPECT_EQ(Bind("T", true), "bound");
-    EXPECT_EQ(m_targets.text, "demoted");
+    EXPECT_EQ(m_text, "demoted");
     EXPECT_EQ(Bind("T", false), "Value is wrong data-type for parameter 'T'");
-    m_call.tables = {{"I", &OneCell()}};
+    m_call.tables = {{"I", &m_oneCell}};
     EXPECT_EQ(Bind("I", true), "Value is wrong data-type for parameter 'I'");
     m_call.tables = {{"I", nullptr}};
     EXPECT_EQ(Bind("I", false), "Value is wrong data-type for parameter 'I'");
@@ -138,11 +113,11 @@ TEST_F(ParameterBinding, OptionalTargetsTellWhetherTheyWereGiven) {
     EXPECT_FALSE(text || integer || real || flag || table);
 
     m_call.scalars = VariantList(Variant("I", true), Variant("R", 5), Variant("F", 0));
-    m_call.tables = {{"T", &OneCell()}, {"D", &TwoRows()}};
+    m_call.tables = {{"T", &m_oneCell}, {"D", &m_twoRows}};
     EXPECT_EQ(bind(), "bound");
-    EXPECT_TRUE(text == "demoted" && integer == 1 && real == 5.0 && flag == false && table == &TwoRows());
+    EXPECT_TRUE(text == "demoted" && integer == 1 && real == 5.0 && flag == false && table == &m_twoRows);
 
-    m_call.tables = {{"T", &TwoRows()}};
+    m_call.tables = {{"T", &m_twoRows}};
     EXPECT_EQ(bind(), "Value is wrong data-type for parameter 'T'");
     EXPECT_FALSE(text);
 }
@@ -156,7 +131,7 @@ TEST_F(ParameterBinding, UndeclaredAndAnonymousParametersNeedPermission) {
     EXPECT_EQ(Bind("T", true, true), "bound");
 
     m_call.scalars.Clear();
-    m_call.tables = {{"", &TwoRows()}, {"Y", &TwoRows()}};
+    m_call.tables = {{"", &m_twoRows}, {"Y", &m_twoRows}};
     EXPECT_EQ(Bind("T", true), "Anonymous (table) parameters are not allowed for this method");
     EXPECT_EQ(Bind("T", true, true), "Undefined parameter named 'Y'");
     EXPECT_EQ(Bind("T", true, false, true), "bound");
@@ -167,7 +142,7 @@ TEST_F(ParameterBinding, RepetitionIsAlwaysRefused) {
     EXPECT_EQ(Bind("T", true), "Undefined parameter named 'A'");
     EXPECT_EQ(Bind("T", true, false, true), "Parameter 'A' is specified more than once");
     m_call.scalars = VariantList(Variant("T", "x"));
-    m_call.tables = {{"T", &OneCell()}};
+    m_call.tables = {{"T", &m_oneCell}};
     EXPECT_EQ(Bind("T", true), "Parameter 'T' is specified more than once");
 
     std::string former = "untouched", later;

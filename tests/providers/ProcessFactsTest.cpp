@@ -7,7 +7,6 @@
 #include "quillon/ProcessUtils.h"
 #include "quillon/ThreadUtils.h"
 #include "support/ChildMain.h"
-#include "support/CommandChild.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"

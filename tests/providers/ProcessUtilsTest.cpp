@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -11,13 +10,13 @@
 #include <stdexcept>
 #include <thread>
 
-#include "quillon/IShutdownMonitor.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/DataTableIO.h"
 #include "support/ChildMain.h"
-#include "support/CommandChild.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+
+namespace fs = std::filesystem;
 
 namespace quillon::test {
 
@@ -28,65 +27,39 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::StartsWith;
 using Level = ICLogger::Level;
+using Properties = std::shared_ptr<ProcessUtils::CmdProperties>;
 
-std::string FirstOutput(const ProcessUtils::CmdProperties& props) {
-    const VariantList* row = props.outputTable.GetFirstRow();
+std::string FirstOutput(const Properties& props) {
+    const VariantList* row = props->outputTable.GetFirstRow();
     return row == nullptr ? "(no row)" : row->Get("Output").GetStringValue();
 }
 
-/// Answers by a function; registered for its life.
-class Monitor final : public IShutdownMonitor {
-public:
-    explicit Monitor(std::function<bool()> answer) : m_answer(std::move(answer)) {
-        ServiceLocator::Put<IShutdownMonitor>(this);
-    }
-    ~Monitor() override { ServiceLocator::Remove<IShutdownMonitor>(); }
-    void RequestShutdown() override {}
-    bool IsShutdownRequested() override { return m_answer(); }
-
-private:
-    std::function<bool()> m_answer;
-};
-
 class ProcessUtilsRun : public testing::Test {
 protected:
-    std::shared_ptr<ProcessUtils::CmdProperties> Child(const std::string& mode,
-                                                       const std::vector<std::string>& arguments = {}) {
+    Properties Child(const std::string& mode, const std::vector<std::string>& arguments = {}) {
         return CommandOf(ChildCommand(mode, arguments), m_log);
     }
     /// "await" or one of its kin; it ends when the test does.
-    std::shared_ptr<ProcessUtils::CmdProperties> Waiting(const std::string& mode) {
-        return Child(mode, {m_started.string(), m_go.string()});
-    }
+    Properties Waiting(const std::string& mode) { return Child(mode, {m_started.string(), m_go.string()}); }
     /// Whether the process that made the file STARTED lives. Ending it tells, but the
     /// emulator ends what has ended, too; there the file cannot be removed before.
-    bool IsStillRunning(const std::shared_ptr<ProcessUtils::CmdProperties>& process) {
+    bool IsStillRunning() {
+        const auto process = std::make_shared<ProcessUtils::CmdProperties>();
+        EXPECT_TRUE(AwaitFile(m_started));
+        while (!(std::ifstream(m_started) >> process->processId)) std::this_thread::yield();
         if (!kWindows) return ProcessUtils::KillCommandProcess(process);
         std::error_code error;
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-        while (!std::filesystem::remove(m_started, error) && std::chrono::steady_clock::now() < deadline) {
+        while (!fs::remove(m_started, error) && std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
         return static_cast<bool>(error) && ProcessUtils::KillCommandProcess(process);
-    }
-    std::shared_ptr<ProcessUtils::CmdProperties> Grandchild() {
-        auto props = std::make_shared<ProcessUtils::CmdProperties>();
-        props->logger = &m_log;
-        EXPECT_TRUE(AwaitFile(m_started.string() + ".id"));
-        std::ifstream(m_started.string() + ".id") >> props->processId;
-        return props;
-    }
-    void RemoveMarks() {
-        std::error_code error;  // one is still held by what is being ended
-        while (!std::filesystem::remove(m_started, error) && error) std::this_thread::yield();
-        std::filesystem::remove(m_started.string() + ".id", error);
     }
     void TearDown() override { std::ofstream(m_go) << "go"; }
 
     RecordingLogger m_log;
     TempDir m_dir;
-    std::filesystem::path m_started = m_dir.Native("started");
-    std::filesystem::path m_go = m_dir.Native("go");
+    fs::path m_started = m_dir.Native("started");
+    fs::path m_go = m_dir.Native("go");
 };
 
 TEST_F(ProcessUtilsRun, GivesTheWholeOutputAsOneRow) {
@@ -97,7 +70,7 @@ TEST_F(ProcessUtilsRun, GivesTheWholeOutputAsOneRow) {
     EXPECT_EQ(props->abortEvent, nullptr);
     ASSERT_EQ(props->outputTable.GetNumberOfRows(), 1u);
     EXPECT_THAT(props->outputTable.GetColumnNames(), ElementsAre("ExitCode", "Output"));
-    EXPECT_THAT(FirstOutput(*props), AnyOf("one\n  two", "one\r\n  two"));
+    EXPECT_THAT(FirstOutput(props), AnyOf("one\n  two", "one\r\n  two"));
     EXPECT_THAT(m_log.Lines(), ElementsAre("Running '" + props->command + "'",
                                            "Command '" + props->command + "' has completed"));
 }
@@ -107,150 +80,113 @@ TEST_F(ProcessUtilsRun, GivesARowALine) {
     props->outputAsLines = true;
     props->timeoutSecs = std::numeric_limits<int>::max();
     EXPECT_EQ(ProcessUtils::RunCliCommand(props), 3);
-    std::vector<std::string> rows;
-    for (const VariantList& row : props->outputTable) rows.push_back(row.ToString(",", ""));
-    EXPECT_THAT(rows, ElementsAre("3,a,0", "3,,1", "3,b,2"));
+    EXPECT_EQ(ToCsv(props->outputTable), "ExitCode,Output,LineNumber\r\n3,a,0\r\n3,\"\",1\r\n3,b,2\r\n");
     EXPECT_THAT(m_log.Lines(),
                 Contains("Command '" + props->command + "' has completed within 2147483647 seconds"));
     EXPECT_THAT(m_log.Lines(), Contains(StartsWith("Output from command: 'a")));
 }
 
 TEST_F(ProcessUtilsRun, ATableWithoutRowsHasColumns) {
-    const struct {
-        bool capture, lines;
-        std::vector<std::string> columns;
-    } cases[] = {{false, false, {"ExitCode", "Output"}},
-                 {false, true, {"ExitCode", "Output", "LineNumber"}},
-                 {true, true, {"ExitCode", "Output", "LineNumber"}}};
-    for (const auto& c : cases) {
-        const auto props = Child("print", {c.capture ? "|" : "seen by nobody", "0"});
-        props->captureOutput = c.capture;
-        props->outputAsLines = c.lines;
+    for (const bool byLines : {false, true}) {
+        const auto props = Child("print", {byLines ? "|" : "seen by nobody", "0"});
+        props->captureOutput = props->outputAsLines = byLines;
         props->timeoutSecs = -1;
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
-        EXPECT_TRUE(props->outputTable.Empty());
-        EXPECT_EQ(props->outputTable.GetDefaultColumnNames(), c.columns);
+        EXPECT_EQ(ToCsv(props->outputTable),
+                  byLines ? "ExitCode,Output,LineNumber\r\n" : "ExitCode,Output\r\n");
     }
 }
 
 TEST_F(ProcessUtilsRun, ReportsWhatCannotBeStarted) {
-    const struct {
-        const char* what;
-        std::string command;
-        std::wstring directory;
-    } cases[] = {{"no such program", "no-such-program-here \"a b\"", L""},
-                 {"unbalanced quotes", "\"no such program", L""},
-                 {"no such folder", ChildCommand("where"), L"C:\\no such folder"},
-                 {"empty", "", L""},
-                 {"invalid UTF-8", "a\xFF", L""},
-                 {"embedded zero", std::string("a\0b", 3), L""}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    const std::tuple<const char*, std::string, std::wstring> cases[] = {
+        {"no such program", "no-such-program-here \"a b\"", L""},
+        {"unbalanced quotes", "\"no such program", L""},
+        {"no such folder", ChildCommand("copy"), L"C:\\no such folder"},
+        {"empty", "", L""},
+        {"invalid UTF-8", "a\xFF", L""},
+        {"embedded zero", std::string("a\0b", 3), L""}};
+    for (const auto& [what, command, directory] : cases) {
+        SCOPED_TRACE(what);
         m_log.Forget();
-        const auto props = CommandOf(c.command, m_log);
-        props->workingDirectory = c.directory;
+        const auto props = CommandOf(command, m_log);
+        props->workingDirectory = directory;
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), 1);
         EXPECT_EQ(props->processId, 0u);
-        EXPECT_EQ(FirstOutput(*props), "");
+        EXPECT_EQ(FirstOutput(props), "");
         EXPECT_THAT(m_log.Lines(Level::Error), ElementsAre(StartsWith("Could not run command '")));
     }
 }
 
 TEST_F(ProcessUtilsRun, AProgramsOwnCodesStand) {
-    for (const int code : {1, 250, 251, 254}) {
+    for (const int code : {1, 250, 251, 254})
         EXPECT_EQ(ProcessUtils::RunCliCommand(Child("print", {"x", std::to_string(code)})), code);
-    }
-    if (!kWindows) {
-        EXPECT_EQ(ProcessUtils::RunCliCommand(CommandOf("cmd /c kill -9 $$", m_log)), 128 + 9);
-    }
+    if (kWindows) return;
+    EXPECT_EQ(ProcessUtils::RunCliCommand(CommandOf("cmd /c kill -9 $$", m_log)), 128 + 9);
 }
 
-TEST_F(ProcessUtilsRun, CmdRunsTheSystemsShell) {
-    const auto props = CommandOf("CMD.exe /C echo one&& echo two", m_log);
+TEST_F(ProcessUtilsRun, KeepsOneLongLineWholeAndLogsTheBeginningOfAFailures) {
+    const auto props = Child("print", {std::string(1000, 'y'), "1", "100000"});
     props->outputAsLines = true;
-    EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
-    EXPECT_EQ(props->outputTable.GetNumberOfRows(), 2u);
-}
-
-TEST_F(ProcessUtilsRun, LogsTheBeginningOfTheOutputOfAFailure) {
-    const auto props = Child("print", {std::string(1500, 'x'), "1"});
-    ProcessUtils::RunCliCommand(props);
-    EXPECT_EQ(FirstOutput(*props).size(), 1500u);
-    EXPECT_THAT(m_log.Lines(Level::Debug),
-                Contains("Output from command: '" + std::string(1000, 'x') + "...'"));
-}
-
-TEST_F(ProcessUtilsRun, KeepsOneLongLineWhole) {
-    const auto props = Child("long", {"100000000", "y"});
-    props->outputAsLines = true;
-    EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
+    EXPECT_EQ(ProcessUtils::RunCliCommand(props), 1);
     ASSERT_EQ(props->outputTable.GetNumberOfRows(), 1u);
-    EXPECT_EQ(FirstOutput(*props).size(), 100'000'000u);
+    EXPECT_EQ(FirstOutput(props).size(), 100'000'000u);
     EXPECT_EQ(props->outputBytes, 100'000'000u);
+    EXPECT_THAT(m_log.Lines(), Contains("Output from command: '" + std::string(1000, 'y') + "...'"));
 }
 
 TEST_F(ProcessUtilsRun, EndsWhatWritesTooMuch) {
-    const auto props = Child("flood");
+    const auto props = Child("print", {"round and round|", "0", "-1"});
     props->maxOutputBytes = 1000;
     EXPECT_EQ(ProcessUtils::RunCliCommand(props), -5);
     EXPECT_TRUE(props->outputTruncated && props->killed);
     EXPECT_FALSE(props->timedOut);
     EXPECT_EQ(props->outputBytes, 1000u);
-    EXPECT_LE(FirstOutput(*props).size(), 1000u);
+    EXPECT_LE(FirstOutput(props).size(), 1000u);
     EXPECT_THAT(m_log.Lines(Level::Warn),
                 ElementsAre("Command '" + props->command + "' has written more than 1000 bytes"));
 }
 
 TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitOfWhatEndedItself) {
-    const struct {
-        std::string text;
-        std::uint64_t limit;
-        std::string expected;
-        bool truncated;
-    } cases[] = {{"12345", 5, "12345", false}, {"12345", 4, "1234", true}, {"ab~", 3, "ab", true}};
-    for (const auto& c : cases) {
-        const auto props = Child("print", {c.text, "0"});
-        props->maxOutputBytes = c.limit;
+    const std::tuple<std::string, std::uint64_t, std::string, bool> cases[] = {
+        {"12345", 5, "12345", false}, {"12345", 4, "1234", true}, {"ab~", 3, "ab", true}};
+    for (const auto& [text, limit, expected, truncated] : cases) {
+        const auto props = Child("print", {text, "0"});
+        props->maxOutputBytes = limit;
         // A slow end gives the runner the time to see the size and to kill.
         const int code = ProcessUtils::RunCliCommand(props);
         EXPECT_EQ(code, props->killed ? -5 : 0);
-        EXPECT_EQ(FirstOutput(*props), c.expected);
-        EXPECT_EQ(props->outputTruncated, c.truncated);
+        EXPECT_EQ(FirstOutput(props), expected);
+        EXPECT_EQ(props->outputTruncated, truncated);
     }
 }
 
 TEST_F(ProcessUtilsRun, FeedsStandardInput) {
-    const struct {
-        std::optional<std::string> input;
-        std::string expected;
-    } cases[] = {{"abc", "abc|3"},
-                 {"", "|0"},
-                 {std::string(5'000'000, 'z'), std::string(20, 'z') + "|5000000"},
-                 {std::nullopt, "|0"}};
-    for (const auto& c : cases) {
-        if (kWindows && !c.input) continue;  // the emulator waits for the invisible console
+    const std::pair<std::optional<std::string>, std::string> cases[] = {
+        {"abc", "abc|3"},
+        {"", "|0"},
+        {std::string(5'000'000, 'z'), std::string(20, 'z') + "|5000000"},
+        {std::nullopt, "|0"}};
+    for (const auto& [input, expected] : cases) {
+        if (kWindows && !input) continue;  // the emulator waits for the invisible console
         const auto props = Child("copy");
-        props->standardInput = c.input;
+        props->standardInput = input;
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
-        std::string output = FirstOutput(*props);
-        std::erase(output, '\r');
-        std::replace(output.begin(), output.end(), '\n', '|');
-        EXPECT_EQ(output, c.expected);
+        EXPECT_EQ(FirstOutput(props), expected);
     }
 }
 
 TEST_F(ProcessUtilsRun, TheCommandSeesItsFolderAndEnvironment) {
-    const auto placed = Child("where");
+    const auto placed = CommandOf(kWindows ? "cmd /c cd" : "pwd", m_log);
     const std::string folder = m_dir.Path();
     placed->workingDirectory.assign(folder.begin(), folder.end());
     EXPECT_EQ(ProcessUtils::RunCliCommand(placed), 0);
-    EXPECT_TRUE(std::filesystem::equivalent(FirstOutput(*placed), m_dir.Native()));
+    EXPECT_TRUE(fs::equivalent(FirstOutput(placed), m_dir.Native()));
 
     const auto given = Child("getenv", {"QUILLON_GIVEN"});
     given->environment = {{"SystemRoot", "C:\\windows"}, {"QUILLON_GIVEN", "a=b c"}};
     if (const char* path = std::getenv("PATH")) given->environment->insert({"PATH", path});
     EXPECT_EQ(ProcessUtils::RunCliCommand(given), 0);
-    EXPECT_EQ(FirstOutput(*given), "a=b c");
+    EXPECT_EQ(FirstOutput(given), "a=b c");
 
     const auto wrong = Child("getenv", {"PATH"});
     wrong->environment.emplace()["NAME="] = "value";
@@ -264,12 +200,11 @@ TEST_F(ProcessUtilsRun, KillsWhatOverrunsItsTime) {
     EXPECT_EQ(ProcessUtils::RunCliCommand(props), -5);
     EXPECT_TRUE(props->timedOut && props->killed);
     EXPECT_FALSE(props->abortedOnShutdown);
-    EXPECT_EQ(FirstOutput(*props), "ready");
-    const std::string id = std::to_string(props->processId);
+    EXPECT_EQ(FirstOutput(props), "ready");
     EXPECT_THAT(m_log.Lines(Level::Info),
                 ElementsAre("Command '" + props->command + "' timed out after 1 seconds",
-                            "Killed command process with PID " + id));
-    EXPECT_FALSE(IsStillRunning(props));
+                            "Killed command process with PID " + std::to_string(props->processId)));
+    EXPECT_FALSE(IsStillRunning());
 }
 
 TEST_F(ProcessUtilsRun, ADetachedWorkerOutlivesItsCaller) {
@@ -287,7 +222,8 @@ TEST_F(ProcessUtilsRun, ADetachedWorkerOutlivesItsCaller) {
 
 TEST_F(ProcessUtilsRun, ShutdownEndsTheWait) {
     for (const bool kill : {false, true}) {
-        const Monitor monitor([this] { return std::filesystem::exists(m_started); });
+        m_started = m_dir.Native(kill ? "killed" : "left");
+        const Monitor monitor([this] { return fs::exists(m_started); });
         const auto props = Waiting("await");
         props->killOnTimeout = kill;
         props->captureOutput = false;
@@ -297,8 +233,7 @@ TEST_F(ProcessUtilsRun, ShutdownEndsTheWait) {
         EXPECT_FALSE(props->timedOut);
         EXPECT_THAT(m_log.Lines(Level::Info),
                     Contains("Aborting command due to shutdown: '" + props->command + "'"));
-        EXPECT_EQ(IsStillRunning(props), !kill);
-        RemoveMarks();
+        EXPECT_EQ(IsStillRunning(), !kill);
     }
 }
 
@@ -314,31 +249,30 @@ TEST_F(ProcessUtilsRun, AMonitorThatThrowsEndsTheWatch) {
 }
 
 TEST_F(ProcessUtilsRun, ATreeIsKilledDownToWhatLeftItsGroupAndParents) {
-    const std::string leave = ChildCommand("leave", {m_started.string(), m_go.string()});
-    const std::string wait = ChildCommand("await", {m_dir.Native("unused").string(), m_go.string()});
-    const struct {
-        bool tree;
-        std::string command;
-    } cases[] = {{false, Waiting("parent")->command},
-                 {true, Waiting("parent")->command},
-                 {true, "cmd /c " + leave + " && " + wait}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.command);
-        const Monitor monitor([this] { return std::filesystem::exists(m_started.string() + ".id"); });
-        const auto props = CommandOf(c.command, m_log);
+    for (const bool tree : {false, true}) {
+        const fs::path second = m_dir.Native(tree ? "second of a tree" : "second");
+        m_started = m_dir.Native(tree ? "first of a tree" : "first");
+        const Monitor monitor([&second] { return fs::exists(second); });
+        const auto props = CommandOf("CMD.exe /C " + Waiting("leave")->command + " && " +
+                                         ChildCommand("await", {second.string(), m_go.string()}),
+                                     m_log);
         props->killOnTimeout = true;
-        props->killTree = c.tree;
+        props->killTree = tree;
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), -6);
         EXPECT_TRUE(props->killed);
-        EXPECT_EQ(IsStillRunning(Grandchild()), !c.tree);
-        RemoveMarks();
+        EXPECT_EQ(IsStillRunning(), !tree);
     }
 }
 
 TEST_F(ProcessUtilsRun, WhatAProgramLeavesBehindDoesNotDelayIt) {
-    const auto props = Waiting("leave");
-    EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
-    EXPECT_TRUE(IsStillRunning(Grandchild()));
+    const std::pair<const char*, const char*> cases[] = {{"leave", ""}, {"share", "ready"}};
+    for (const auto& [mode, output] : cases) {
+        m_started = m_dir.Native(mode);
+        const auto props = Waiting(mode);
+        EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
+        EXPECT_EQ(FirstOutput(props), output);
+        EXPECT_TRUE(IsStillRunning());
+    }
 }
 
 TEST_F(ProcessUtilsRun, ManyRunsAtOnceKeepApart) {
@@ -347,9 +281,8 @@ TEST_F(ProcessUtilsRun, ManyRunsAtOnceKeepApart) {
     for (int i = 0; i < 8; ++i) {
         callers.emplace_back([this, i, &right] {
             const auto props = Child("print", {"caller " + std::to_string(i), std::to_string(i)});
-            if (ProcessUtils::RunCliCommand(props) == i &&
-                FirstOutput(*props) == "caller " + std::to_string(i))
-                ++right;
+            const int code = ProcessUtils::RunCliCommand(props);
+            if (code == i && FirstOutput(props) == "caller " + std::to_string(i)) ++right;
         });
     }
     for (std::thread& caller : callers) caller.join();
@@ -368,30 +301,24 @@ TEST_F(ProcessUtilsRun, ThereMustBeAProcessToKill) {
 }
 
 TEST(ProcessUtilsResult, SpecialCodesHaveTexts) {
-    const struct {
-        int code;
-        const char* message;
-    } cases[] = {{-8, "other"},
-                 {-7, "User not logged on"},
-                 {-6, "Aborted due to Agent shutdown"},
-                 {-5, "Sub-process killed (usually on time-out)"},
-                 {-4, "Exit code not set"},
-                 {-3, "Could not launch sub-process"},
-                 {-2, "Timed out"},
-                 {-1, "other"},
-                 {0, "other"},
-                 {1, "other"}};
-    for (const auto& c : cases) {
+    const std::pair<int, const char*> cases[] = {{-8, "other"},
+                                                 {-7, "User not logged on"},
+                                                 {-6, "Aborted due to Agent shutdown"},
+                                                 {-5, "Sub-process killed (usually on time-out)"},
+                                                 {-4, "Exit code not set"},
+                                                 {-3, "Could not launch sub-process"},
+                                                 {-2, "Timed out"},
+                                                 {-1, "other"}};
+    for (const auto& [code, message] : cases) {
         ProcessUtils::CmdProperties props;
-        EXPECT_EQ(props.resultCode, -4);
-        props.resultCode = c.code;
+        props.resultCode = code;
         InvocationResult result;
         ProcessUtils::SetSpecialErrorData(&props, result, "other");
-        EXPECT_EQ(result.errorMessage, c.message);
+        EXPECT_EQ(result.errorMessage, message);
         EXPECT_EQ(result.resultCode, 3);
         result.resultCode = 9;
         ProcessUtils::SetSpecialErrorData(nullptr, result, "late");
-        EXPECT_EQ(result.errorMessage, c.message);
+        EXPECT_EQ(result.errorMessage, message);
         EXPECT_EQ(result.resultCode, 9);
     }
 }
@@ -400,12 +327,11 @@ TEST(ProcessUtilsResult, TimeOutAndShutdownReplaceTheTable) {
     InvocationResult result;
     ProcessUtils::SetCliTimedOutInvocationResult(90, result);
     EXPECT_EQ(result.errorMessage, "Timed out after 90 seconds");
-    EXPECT_EQ(result.resultTable.GetFirstRow()->ToString(",", ""), "-2,Timed out after 90 seconds");
+    EXPECT_EQ(ToCsv(result.resultTable), "ExitCode,Output\r\n-2,Timed out after 90 seconds\r\n");
     ProcessUtils::SetCliShutdownAbortInvocationResult(result);
     EXPECT_EQ(result.errorMessage, "Aborted due to Agent shutdown");
     EXPECT_EQ(result.resultCode, 3);
-    ASSERT_EQ(result.resultTable.GetNumberOfRows(), 1u);
-    EXPECT_EQ(result.resultTable.GetFirstRow()->ToString(",", ""), "-6,Aborted due to Agent shutdown");
+    EXPECT_EQ(ToCsv(result.resultTable), "ExitCode,Output\r\n-6,Aborted due to Agent shutdown\r\n");
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <stdexcept>
-#include <string>
 
 namespace quillon::test {
 namespace {
@@ -22,14 +22,10 @@ public:
     static inline int s_deletions = 0;
 };
 
-/// Every row as "name=value,name=value;".
 std::string Shown(const DataTable& table) {
-    std::string text;
-    for (const VariantList& row : table) {
-        for (const Variant& cell : row) text += cell.GetName() + '=' + cell.AsString() + ',';
-        text.back() = ';';
-    }
-    return text;
+    std::ostringstream text;
+    for (const VariantList& row : table) text << row;
+    return text.str();
 }
 
 template <class T>
@@ -42,18 +38,15 @@ std::string Parsed(const std::string& text, IParsableField* field, long long mul
 }
 
 TEST(TextToDataTableParser, CutsLinesIntoTrimmedFields) {
-    const struct {
-        const char* what;
-        std::string text, expected;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"empty text", "", ""},
-        {"spaces separate as one, the rest keeps its own", "a  b c  d ", "1=a,2=b,3=c  d;"},
-        {"leading spaces are an empty first field", "  a b", "2=a,3=b;"},
-        {"lines without a value give no row", "\n \n\t\r\n\na\n", "1=a;"},
-        {"a line that ends early gives a short row", "a \nb c", "1=a;1=b,2=c;"},
-        {"white space that is no space is trimmed", "\ta\r b\v\f \tc\td\r\n", "1=a,2=b,3=c\td;"},
-        {"a zero ends its line only", "a b\0c d\n\0x\ne"s, "1=a,2=b;1=e;"},
-        {"bytes past ASCII are text", "\xC3\xA9\xA0 \xFF", "1=\xC3\xA9\xA0,2=\xFF;"},
+        {"spaces separate as one, the rest keeps its own", "a  b c  d ", "{1=a, 2=b, 3=c  d}"},
+        {"leading spaces are an empty first field", "  a b", "{2=a, 3=b}"},
+        {"lines without a value give no row", "\n \n\t\r\n\na\n", "{1=a}"},
+        {"a line that ends early gives a short row", "a \nb c", "{1=a}{1=b, 2=c}"},
+        {"white space that is no space is trimmed", "\ta\r b\v\f \tc\td\r\n", "{1=a, 2=b, 3=c\td}"},
+        {"a zero ends its line only", "a b\0c d\n\0x\ne"s, "{1=a, 2=b}{1=e}"},
+        {"bytes past ASCII are text", "\xC3\xA9\xA0 \xFF", "{1=\xC3\xA9\xA0, 2=\xFF}"},
     };
     // With a field of the caller's own, lines are handed over in another way.
     for (const bool own : {false, true}) {
@@ -61,46 +54,39 @@ TEST(TextToDataTableParser, CutsLinesIntoTrimmedFields) {
         parser.AddField<std::string>("1", own ? new DerivedField : new SpaceSeparatedField, 0);
         parser.AddField<std::string>("2", new SpaceSeparatedField, 0);
         parser.AddField<std::string>("3", new NullSeparatedField, 0);
-        for (const auto& c : cases) {
-            SCOPED_TRACE(c.what);
+        for (const auto& [what, text, expected] : cases) {
             DataTable table;
-            parser.Parse(c.text, table);
-            EXPECT_EQ(Shown(table), c.expected);
-            EXPECT_EQ(table.IsUndefined(), c.expected.empty());
+            parser.Parse(text, table);
+            EXPECT_EQ(Shown(table), expected) << what;
+            EXPECT_EQ(table.IsUndefined(), expected.empty()) << what;
         }
     }
 }
 
 TEST(TextToDataTableParser, ReadsIntegersAsTheCLibraryAndMultipliesWithoutOverflow) {
-    const struct {
-        std::string text;
-        long long multiplier;
-        std::string expected;
-    } cases[] = {
-        {"12", 1024, "v=12288;"},
-        {"12\nabc\n+7x\n+-7\n-+7\n0x10\n-", 0, "v=12;v=0;v=7;v=0;v=0;v=0;v=0;"},
-        {"-7.9", -2, "v=14;"},
-        {"9223372036854775807\n99999999999999999999", 1, "v=9223372036854775807;v=9223372036854775807;"},
-        {"-9223372036854775808\n-9223372036854775809", 1, "v=-9223372036854775808;v=-9223372036854775808;"},
-        {"-9223372036854775808\n4611686018427387904", -1, "v=9223372036854775807;v=-4611686018427387904;"},
-        {"4611686018427387904\n-4611686018427387904", 2, "v=9223372036854775807;v=-9223372036854775808;"},
-        {"4611686018427387905", -2, "v=-9223372036854775808;"},
+    const std::tuple<std::string, long long, std::string> cases[] = {
+        {"12", 1024, "{v=12288}"},
+        {"12\nabc\n+7x\n+-7\n-+7\n0x10\n-", 0, "{v=12}{v=0}{v=7}{v=0}{v=0}{v=0}{v=0}"},
+        {"-7.9", -2, "{v=14}"},
+        {"9223372036854775807\n99999999999999999999", 1, "{v=9223372036854775807}{v=9223372036854775807}"},
+        {"-9223372036854775808\n-9223372036854775809", 1, "{v=-9223372036854775808}{v=-9223372036854775808}"},
+        {"-9223372036854775808\n4611686018427387904", -1, "{v=9223372036854775807}{v=-4611686018427387904}"},
+        {"4611686018427387904\n-4611686018427387904", 2, "{v=9223372036854775807}{v=-9223372036854775808}"},
+        {"4611686018427387905", -2, "{v=-9223372036854775808}"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(Parsed<long long>(c.text, new SpaceSeparatedField, c.multiplier), c.expected);
-    }
+    for (const auto& [text, multiplier, expected] : cases)
+        EXPECT_EQ(Parsed<long long>(text, new SpaceSeparatedField, multiplier), expected) << text;
 }
 
 TEST(TextToDataTableParser, OnlyOneAndTrueAreTrue) {
     const std::string text = "1\nTRUE\nTrue\r\n\n0\nyes\n01\ntrue.\ntrues\n";
     EXPECT_EQ(Parsed<bool>(text, new NullSeparatedField),
-              "v=true;v=true;v=true;v=false;v=false;v=false;v=false;v=false;");
+              "{v=true}{v=true}{v=true}{v=false}{v=false}{v=false}{v=false}{v=false}");
 }
 
 TEST(TextToDataTableParser, FieldsOfTheCallersOwnAreAskedAndDeletedOnce) {
     const int before = DerivedField::s_deletions;
-    EXPECT_EQ(Parsed<std::string>("secret\nb\0c\nd\n"s, new DerivedField), "v=***;v=b;v=d;");
+    EXPECT_EQ(Parsed<std::string>("secret\nb\0c\nd\n"s, new DerivedField), "{v=***}{v=b}{v=d}");
     EXPECT_EQ(DerivedField::s_deletions, before + 1);
 }
 
@@ -110,7 +96,7 @@ TEST(TextToDataTableParser, AppendsToTheRowsThatAreThere) {
     parser.AddField<bool>("v", new SpaceSeparatedField, 0);
     DataTable table(VariantList(Variant("kept", "row")));
     parser.Parse("1", table);
-    EXPECT_EQ(Shown(table), "kept=row;v=true;");
+    EXPECT_EQ(Shown(table), "{kept=row}{v=true}");
 }
 
 TEST(TextToDataTableParser, KnownFieldsReadWhateverIsBeforeTheTerminatingZero) {
@@ -125,9 +111,9 @@ TEST(TextToDataTableParser, KnownFieldsReadWhateverIsBeforeTheTerminatingZero) {
 
 TEST(TextToDataTableParser, LongLinesAndManyEmptyLinesTakeLinearTime) {
     constexpr std::size_t kLong = 100'000'000, kMany = 3'000'000;
-    EXPECT_EQ(Parsed<std::string>(std::string(kLong, 'x'), new NullSeparatedField).size(), kLong + 3);
+    EXPECT_EQ(Parsed<std::string>(std::string(kLong, 'x'), new NullSeparatedField).size(), kLong + 4);
     EXPECT_EQ(Parsed<std::string>(std::string(kMany, ' ') + 'x', new SpaceSeparatedField), "");
-    EXPECT_EQ(Parsed<std::string>(std::string(kMany, '\n') + 'x', new SpaceSeparatedField), "v=x;");
+    EXPECT_EQ(Parsed<std::string>(std::string(kMany, '\n') + 'x', new SpaceSeparatedField), "{v=x}");
 }
 
 }  // namespace

@@ -4,9 +4,7 @@
 
 #include "quillon/CLogger.h"
 #include "quillon/IShutdownMonitor.h"
-#include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
-#include "support/RunChild.h"
 
 namespace quillon::test {
 
@@ -14,6 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::ThrowsMessage;
 
 struct Widget {
     static const char* __InterfaceId() { return "VntItf_Widget"; }
@@ -39,20 +38,6 @@ protected:
     std::vector<std::string> m_processLines;
 };
 
-const ChildMode withoutLogger("locator-without-logger", [](const std::vector<std::string>&) {
-    Widget widget;
-    ServiceLocator::Put(&widget);
-    ServiceLocator::Put(&widget);
-    ServiceLocator::Get<Gadget>();
-    ServiceLocator::Get<Gadget>(true);
-    ServiceLocator::Remove<Gadget>();
-    ServiceLocator::Put<ICLogger>(CLogger::GetInstance());
-    ServiceLocator::Put<ICLogger>(CLogger::GetInstance());
-    ServiceLocator::Remove<ICLogger>();
-    ServiceLocator::Get<ICLogger>();
-    return 0;
-});
-
 }  // namespace
 
 TEST_F(ServiceLocatorTest, WarnsOnTheRegisteredLoggerOrTheProcessWideOne) {
@@ -77,21 +62,30 @@ TEST_F(ServiceLocatorTest, WarnsOnTheRegisteredLoggerOrTheProcessWideOne) {
     EXPECT_FALSE(ServiceLocator::Contains<Widget>());
 }
 
-TEST(ServiceLocator, WithoutALoggerWarnsOnStandardError) {
-    const std::string noLogger =
-        "Warning: ServiceLocator failed to locate service with ID 'VntItf_ICLogger'\n";
-    const ChildOutput child = RunChild("locator-without-logger");
-    EXPECT_TRUE(child.succeeded);
-    EXPECT_EQ(child.out, "");
-    EXPECT_EQ(child.err,
-              noLogger + noLogger + "Warning: Service 'VntItf_Widget' has already been added\n" +
-                  "Warning: ServiceLocator failed to locate service with ID 'VntItf_Gadget'\n" +
-                  "Warning: Service 'VntItf_Gadget' cannot be removed because it hasn't been added\n" +
-                  "Warning: Service 'VntItf_ICLogger' has already been added\n" + noLogger);
+TEST_F(ServiceLocatorTest, WithoutALoggerWarnsOnStandardError) {
+    CLogger::ReleaseInstance();
+    testing::internal::CaptureStderr();
+    Widget widget;
+    ServiceLocator::Put(&widget);
+    ServiceLocator::Put(&widget);
+    ServiceLocator::Get<Gadget>();
+    ServiceLocator::Get<Gadget>(true);
+    ServiceLocator::Remove<Gadget>();
+    ServiceLocator::Put<ICLogger>(CLogger::GetInstance());
+    ServiceLocator::Put<ICLogger>(CLogger::GetInstance());
+    ServiceLocator::Remove<ICLogger>();
+    ServiceLocator::Get<ICLogger>();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Warning: ServiceLocator failed to locate service with ID 'VntItf_ICLogger'\n"
+              "Warning: ServiceLocator failed to locate service with ID 'VntItf_ICLogger'\n"
+              "Warning: Service 'VntItf_Widget' has already been added\n"
+              "Warning: ServiceLocator failed to locate service with ID 'VntItf_Gadget'\n"
+              "Warning: Service 'VntItf_Gadget' cannot be removed because it hasn't been added\n"
+              "Warning: Service 'VntItf_ICLogger' has already been added\n"
+              "Warning: ServiceLocator failed to locate service with ID 'VntItf_ICLogger'\n");
 }
 
 TEST_F(ServiceLocatorTest, ListsIdentifiersInByteOrderAndKeepsNulls) {
-    EXPECT_EQ(ServiceLocator::ListCurrent(), "(0) ");
     RecordingLogger log;
     Widget widget;
     ServiceLocator::Put(&widget);
@@ -123,21 +117,14 @@ TEST_F(ServiceLocatorTest, InstancesGoToTheRecyclerRegisteredWhenTheyAreReleased
 }
 
 TEST_F(ServiceLocatorTest, FactoryMisuseIsLoggedAndThrownWithTheIdentifier) {
-    const auto thrownBy = [](const std::function<void()>& misuse) -> std::string {
-        try {
-            misuse();
-        } catch (const std::invalid_argument& error) {
-            return error.what();
-        }
-        return "nothing";
-    };
-    static Widget firstOne, secondOne;
-    ServiceLocator::AddFactory<Widget>([] { return &firstOne; }, [](Widget*) {});
-    EXPECT_EQ(thrownBy([] { ServiceLocator::AddFactory<Widget>([] { return &secondOne; }, {}); }),
-              "VntItf_Widget");
-    EXPECT_EQ(ServiceLocator::GetInstance<Widget>().get(), &firstOne);
-    EXPECT_EQ(thrownBy([] { ServiceLocator::GetInstance<Gadget>(); }), "VntItf_Gadget");
-    EXPECT_EQ(thrownBy([] { ServiceLocator::RemoveFactory<Gadget>(); }), "VntItf_Gadget");
+    static Widget first;
+    ServiceLocator::AddFactory<Widget>([] { return &first; }, [](Widget*) {});
+    EXPECT_THAT([] { ServiceLocator::AddFactory<Widget>([] { return nullptr; }, {}); },
+                ThrowsMessage<std::invalid_argument>("VntItf_Widget"));
+    EXPECT_EQ(ServiceLocator::GetInstance<Widget>().get(), &first);
+    const auto throwsGadget = ThrowsMessage<std::invalid_argument>("VntItf_Gadget");
+    EXPECT_THAT([] { ServiceLocator::GetInstance<Gadget>(); }, throwsGadget);
+    EXPECT_THAT([] { ServiceLocator::RemoveFactory<Gadget>(); }, throwsGadget);
     EXPECT_THAT(
         m_processLines,
         ElementsAre("5 You have already registered a ServiceLocator factory+recycler for VntItf_Widget",

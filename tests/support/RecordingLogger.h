@@ -1,59 +1,72 @@
 #pragma once
 
+#include <cstdio>
+#include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "quillon/ICLogger.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StdoutLogger.h"
 
 namespace quillon::test {
 
-/// Registers itself with ServiceLocator for its life and keeps what is logged.
-/// Writes from any thread; each clobbers the system's last error and errno, as a
-/// real logger may.
-class RecordingLogger final : public ICLogger {
+/// Registers itself with ServiceLocator for its life and keeps what is logged,
+/// whatever its level, instead of printing it. Writes from any thread; each clobbers
+/// the system's last error and errno, as a real logger may.
+class RecordingLogger final : public StdoutLogger {
 public:
-    struct Entry {
-        Level level;
-        std::string text;
-    };
+    RecordingLogger() { ServiceLocator::Put<ICLogger>(this); }
+    ~RecordingLogger() override {
+        if (ServiceLocator::Get<ICLogger>(true) == this) ServiceLocator::Remove<ICLogger>();
+    }
 
-    RecordingLogger();
-    ~RecordingLogger() override;
-
-    std::vector<Entry> Entries() const;
     /// The texts, of all levels or of one.
-    std::vector<std::string> Lines() const;
-    std::vector<std::string> Lines(Level level) const;
-    void Forget();
+    std::vector<std::string> Lines(std::optional<Level> level = {}) const {
+        const std::lock_guard lock(m_mutex);
+        std::vector<std::string> lines;
+        for (const auto& [entryLevel, text] : m_entries) {
+            if (entryLevel == level.value_or(entryLevel)) lines.push_back(text);
+        }
+        return lines;
+    }
+    void Forget() {
+        const std::lock_guard lock(m_mutex);
+        m_entries.clear();
+    }
 
-    void InitializeLogging(const char* path, Level level) override;
-    bool IsInitialized() const override;
-    void StopLogging() override;
-    void Trace(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Debug(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Info(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Warn(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Error(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Fatal(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void TraceV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void DebugV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void InfoV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void WarnV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void ErrorV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void FatalV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    const std::string& GetPath() const override;
-    void SetPath(const std::string& path) override;
-    Level SetLevel(Level level) override;
-    Level GetLevel() override;
+#define QUILLON_RECORD(level)                                                                 \
+    QUILLON_PRINTF(2, 3) void level(const char* format, ...) override {                       \
+        std::va_list arguments;                                                               \
+        va_start(arguments, format);                                                          \
+        level##V(format, arguments);                                                          \
+        va_end(arguments);                                                                    \
+    }                                                                                         \
+    QUILLON_PRINTF(2, 0) void level##V(const char* format, std::va_list arguments) override { \
+        Record(Level::level, format, arguments);                                              \
+    }
+    QUILLON_RECORD(Trace)
+    QUILLON_RECORD(Debug)
+    QUILLON_RECORD(Info)
+    QUILLON_RECORD(Warn)
+    QUILLON_RECORD(Error)
+    QUILLON_RECORD(Fatal)
+#undef QUILLON_RECORD
 
 private:
-    void Record(Level level, const char* format, std::va_list arguments) QUILLON_PRINTF(3, 0);
+    QUILLON_PRINTF(3, 0) void Record(Level level, const char* format, std::va_list arguments) {
+        std::string text(100'000, '\0');
+        text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, arguments)));
+        std::error_code ignored;
+        static_cast<void>(std::filesystem::exists("?/no such folder", ignored));
+        const std::lock_guard lock(m_mutex);
+        m_entries.emplace_back(level, std::move(text));
+    }
 
     mutable std::mutex m_mutex;
-    std::vector<Entry> m_entries;
-    Level m_level = Level::Trace;
-    std::string m_path;
+    std::vector<std::pair<Level, std::string>> m_entries;
 };
 
 }  // namespace quillon::test
