@@ -45,6 +45,23 @@ struct VariantList::Record {
     std::size_t cursor = std::numeric_limits<std::size_t>::max();  // of GetFirst and GetNext; unset at first
 };
 
+// Inline, as every look-up comes by here.
+inline const std::vector<Variant>& VariantList::Elements() const noexcept {
+    if (m_record) return m_record->elements;
+    static const std::vector<Variant> none;
+    return none;
+}
+
+/// The last character tells most names apart, where a call of memcmp costs more.
+inline VariantList::const_iterator VariantList::FindName(const std::string& name) const {
+    const auto& elements = Elements();
+    return std::find_if(elements.begin(), elements.end(), [&name](const Variant& element) {
+        const std::string& own = element.Get().name;
+        if (own.size() != name.size()) return false;
+        return own.empty() || (own.back() == name.back() && own == name);
+    });
+}
+
 VariantList::VariantList() = default;
 VariantList::VariantList(const Variant& v1) { AddAll({&v1}); }
 VariantList::VariantList(const Variant& v1, const Variant& v2) { AddAll({&v1, &v2}); }
@@ -130,7 +147,7 @@ bool VariantList::Contains(const std::string& name) const { return Find(name) !=
 
 const Variant* VariantList::Find(const std::string& name) const {
     const auto found = FindName(name);
-    return found != end() ? &*found : nullptr;
+    return found != Elements().end() ? &*found : nullptr;
 }
 
 bool VariantList::TypeIs(const std::type_info& type, int index) const {
@@ -224,20 +241,6 @@ void VariantList::Delete(Record* record) noexcept { delete record; }
 VariantList::Record& VariantList::Own() {
     if (!m_record) m_record.reset(new Record);
     return *m_record;
-}
-
-const std::vector<Variant>& VariantList::Elements() const noexcept {
-    static const std::vector<Variant> none;
-    return m_record ? m_record->elements : none;
-}
-
-/// The last character tells most names apart, where a call of memcmp costs more.
-VariantList::const_iterator VariantList::FindName(const std::string& name) const {
-    return std::find_if(begin(), end(), [&name](const Variant& element) {
-        const std::string& own = element.Get().name;
-        if (own.size() != name.size()) return false;
-        return own.empty() || (own.back() == name.back() && own == name);
-    });
 }
 
 void VariantList::AddAll(std::initializer_list<const Variant*> values) {
