@@ -55,13 +55,13 @@ bool MovePath(const std::string& from, const std::string& to);
 /// Replaces an existing target.
 bool CopyFileOver(const std::string& from, const std::string& to);
 
-/// The same, one piece after the other, until `visit` returns false. False when the
-/// file cannot be opened or read.
-bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
 /// The content as it is when the file is opened, and whatever size the system
 /// reports; what is appended meanwhile is left out. The file may be open for writing
 /// elsewhere. 8 when there is no memory for it.
 std::optional<std::string> ReadWholeFile(const std::string& path);
+/// The same, one piece after the other, until `visit` returns false. False when the
+/// file cannot be opened or read.
+bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
 enum class WriteMode { Truncate, Append };
 /// Writes `head`, then `body`, to a file that is made when missing. True when
 /// every byte was written and the file closed without error.

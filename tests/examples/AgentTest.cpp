@@ -82,7 +82,7 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
 TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
     const TempDir dir;
     const std::string wait = Command("await", {dir.Native("started").string(), dir.Native("never").string()});
-    const std::string flood = Command("print", {"round and round|", "1", "-1"});
+    const std::string flood = Command("print", {"round and round", "1", "-1"});
     const std::tuple<Arguments, const char*, const char*> cases[] = {
         {{Command("print", {"broken", "7"})}, "7  broken", "Command ended with exit code 7"},
         {{"command=no-such-program"}, "1", "Could not run command 'no-such-program'"},

@@ -49,8 +49,13 @@ TEST(SelfMetrics, FollowsWhatTheProcessDoes) {
     std::map<std::string, long long> during;
     std::thread([&] { during = Figures(); }).join();
     EXPECT_GE(during["ResidentMemory"] - before["ResidentMemory"], kBytes * 9 / 10);
-    EXPECT_GE(during["PrivateMemory"] - before["PrivateMemory"], kBytes * 9 / 10);
-    EXPECT_GE(during["Handles"] - before["Handles"], 20);
+    const std::pair<const char*, long long> untoldUnderEmulation[] = {{"PrivateMemory", kBytes * 9 / 10},
+                                                                      {"Handles", 20}};
+    for (const auto& [name, growth] : untoldUnderEmulation) {
+        if (before.contains(name)) {
+            EXPECT_GE(during[name] - before[name], growth) << name;
+        }
+    }
     EXPECT_EQ(during["Threads"] - before["Threads"], 1);
     EXPECT_GE(during["UserTime"] + during["KernelTime"], before["UserTime"] + before["KernelTime"]);
 }

@@ -105,6 +105,7 @@ std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room) 
     return bytes / sizeof *ids;
 }
 
+/// No process is without private memory or handles: a system that answers 0 does not tell.
 OwnUsage UsageOfThisProcess() {
     OwnUsage usage;
     const HANDLE self = ::GetCurrentProcess();
@@ -112,7 +113,7 @@ OwnUsage UsageOfThisProcess() {
     if (::GetProcessMemoryInfo(self, reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory) !=
         0) {
         usage.residentBytes = static_cast<long long>(memory.WorkingSetSize);
-        usage.privateBytes = static_cast<long long>(memory.PrivateUsage);
+        if (memory.PrivateUsage != 0) usage.privateBytes = static_cast<long long>(memory.PrivateUsage);
     }
     FILETIME created{}, ended{}, kernel{}, user{};
     if (::GetProcessTimes(self, &created, &ended, &kernel, &user) != 0) {
@@ -121,7 +122,7 @@ OwnUsage UsageOfThisProcess() {
     }
     usage.threads = CountThreads();
     DWORD handles = 0;
-    if (::GetProcessHandleCount(self, &handles) != 0) usage.handles = handles;
+    if (::GetProcessHandleCount(self, &handles) != 0 && handles != 0) usage.handles = handles;
     return usage;
 }
 
