@@ -6,9 +6,7 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <cstring>
 #include <map>
-#include <new>
 #include <string>
 
 #include "platform/Utf.h"
@@ -54,10 +52,6 @@ private:
     std::map<std::string, const char*> m_values;
 };
 
-/// Where the characters of a BSTR begin in its block; their count in bytes stands
-/// in the four bytes before them.
-constexpr std::size_t kBstrHead = sizeof(std::uint64_t);
-
 }  // namespace
 
 std::wstring AnsiToWide(const std::string& text) {
@@ -82,25 +76,13 @@ std::string WideToAnsi(std::wstring_view text) {
     return ansi;
 }
 
-std::wstring_view BstrText(BSTR text) {
-    if (text == nullptr) return {};
-    std::uint32_t bytes = 0;
-    std::memcpy(&bytes, reinterpret_cast<const char*>(text) - sizeof bytes, sizeof bytes);
-    return {text, bytes / sizeof(wchar_t)};
-}
+std::wstring_view BstrText(BSTR text) { return {text, SysStringLen(text)}; }
 
 BSTR AllocateBstr(std::wstring_view text) {
-    const auto bytes = static_cast<std::uint32_t>(text.size() * sizeof(wchar_t));
-    char* const block = static_cast<char*>(::operator new(kBstrHead + bytes + sizeof(wchar_t)));
-    std::memcpy(block + kBstrHead - sizeof bytes, &bytes, sizeof bytes);
-    auto* const characters = reinterpret_cast<BSTR>(block + kBstrHead);
-    *std::copy(text.begin(), text.end(), characters) = L'\0';
-    return characters;
+    return SysAllocStringLen(text.data(), static_cast<unsigned int>(text.size()));
 }
 
-void FreeBstr(BSTR text) {
-    if (text != nullptr) ::operator delete(reinterpret_cast<char*>(text) - kBstrHead);
-}
+void FreeBstr(BSTR text) { SysFreeString(text); }
 
 std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {
     const Environment environment;
