@@ -20,7 +20,7 @@ constexpr std::uint32_t kHighBit = 0x80000000;
 
 std::optional<Bytes> ReadAt(const ReadBytesAt& read, std::uint64_t offset, std::size_t size) {
     Bytes bytes(size);
-    if (!read(offset, bytes.data(), size)) return std::nullopt;
+    if (size > 0 && !read(offset, bytes.data(), size)) return std::nullopt;
     return bytes;
 }
 
