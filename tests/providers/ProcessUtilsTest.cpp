@@ -152,9 +152,9 @@ TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitOfWhatEndedItself) {
     for (const auto& [text, limit, expected, truncated] : cases) {
         const auto props = Child("print", {text, "0"});
         props->maxOutputBytes = limit;
-        // A slow end gives the runner the time to see the size and to kill.
+        // A slow end gives the runner the time to see the size and to kill, be it what has just ended.
         const int code = ProcessUtils::RunCliCommand(props);
-        EXPECT_EQ(code, props->killed ? -5 : 0);
+        EXPECT_TRUE(code == 0 || (code == -5 && props->killed)) << code;
         EXPECT_EQ(FirstOutput(props), expected);
         EXPECT_EQ(props->outputTruncated, truncated);
     }
