@@ -5,13 +5,14 @@
 #include <string_view>
 
 #include "Utils/DateTimeParts.h"
+#include "platform/Characters.h"
 #include "quillon/DateTimeUtils.h"
 
 namespace quillon {
 namespace {
 
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
-bool IsSpace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
+using platform::IsDigit;
+using platform::IsSpace;
 
 constexpr std::int64_t kIntLimit = std::numeric_limits<int>::max();
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "platform/Characters.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 
@@ -8,17 +9,11 @@ namespace quillon {
 
 namespace {
 
-template <class Char>
-Char AsciiLower(Char c) {
-    return c >= Char{'A'} && c <= Char{'Z'} ? static_cast<Char>(c + ('a' - 'A')) : c;
-}
-
 template <class Text>
 bool StartsWithNoCase(const Text& text, const Text& start) {
-    using Char = typename Text::value_type;
+    using View = std::basic_string_view<typename Text::value_type>;
     return text.size() >= start.size() &&
-           std::equal(start.begin(), start.end(), text.begin(),
-                      [](Char a, Char b) { return AsciiLower(a) == AsciiLower(b); });
+           platform::EqualIgnoringCase(View(text).substr(0, start.size()), View(start));
 }
 
 bool LiesOnDevice(const std::string& ntPath, const std::string& device) {

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <optional>
 
-#include "Utils/Characters.h"
+#include "platform/Characters.h"
 #include "platform/ModuleApi.h"
 #include "platform/VersionResourceApi.h"
 #include "quillon/MiscUtils.h"
@@ -83,7 +83,7 @@ std::string MiscUtils::PackVersionNumberString(const std::string& version) {
     std::uint64_t parts[kParts] = {};
     for (int i = 0; i < kParts && text < end; ++i) {
         if (i > 0) ++text;  // one separator, whatever it is
-        while (text < end && IsSpace(*text)) ++text;
+        while (text < end && platform::IsSpace(*text)) ++text;
         const auto [next, error] = std::from_chars(text, end, parts[i]);
         if (error != std::errc()) break;
         text = next;

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "platform/Characters.h"
 #include "platform/FileApi.h"
 #include "platform/ModuleApi.h"
 #include "platform/Utf.h"
@@ -42,12 +43,8 @@ Text WithBackslashes(Text path) {
     return path;
 }
 
-bool IsAsciiLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
-bool IsAsciiDigit(char c) { return c >= '0' && c <= '9'; }
-
 bool StartsWithDrive(std::string_view path) {
-    return path.size() >= 2 && IsAsciiLetter(path[0]) && path[1] == ':';
+    return path.size() >= 2 && platform::IsLetter(path[0]) && path[1] == ':';
 }
 
 /// Length of what is not part of the elements: "C:", "//server", "//?/C:".
@@ -176,7 +173,7 @@ std::wstring PathUtils::HomogeniseSlashesForOs(const std::wstring& path) { retur
 std::string PathUtils::SanitizeTextForFilename(const std::string& text) {
     std::string result = text.substr(0, text.find('\0'));
     for (char& c : result) {
-        if (!IsAsciiLetter(c) && !IsAsciiDigit(c)) c = '_';
+        if (!platform::IsLetter(c) && !platform::IsDigit(c)) c = '_';
     }
     return result;
 }

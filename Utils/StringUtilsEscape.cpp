@@ -1,12 +1,16 @@
 #include <array>
 #include <string_view>
 
-#include "Utils/HexDigits.h"
+#include "platform/HexDigits.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
+
+using platform::HexDigit;
+using platform::kLowerDigits;
+using platform::kUpperDigits;
 
 template <class String>
 String BackslashQuotes(const String& text) {

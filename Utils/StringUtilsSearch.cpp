@@ -2,19 +2,16 @@
 #include <limits>
 #include <string_view>
 
-#include "Utils/Characters.h"
 #include "Utils/TextSearch.h"
+#include "platform/Characters.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
 
-template <class Char>
-bool EqualIgnoringCase(std::basic_string_view<Char> a, std::basic_string_view<Char> b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](Char left, Char right) { return Lower(left) == Lower(right); });
-}
+using platform::EqualIgnoringCase;
+using platform::IsDigit;
 
 template <class Char>
 bool EndsWithText(std::basic_string_view<Char> text, std::basic_string_view<Char> suffix,

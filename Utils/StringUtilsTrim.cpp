@@ -1,11 +1,15 @@
 #include <algorithm>
 
-#include "Utils/Characters.h"
+#include "platform/Characters.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
+
+using platform::IsSpace;
+using platform::Lower;
+using platform::Upper;
 
 template <class String, class Mapping>
 String& Map(String& text, Mapping mapping) {

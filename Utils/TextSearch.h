@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Utils/Characters.h"
+#include "platform/Characters.h"
 
 namespace quillon {
 
@@ -23,11 +23,11 @@ struct ExactCase {
 struct AnyCase {
     template <class Char>
     static constexpr Char Fold(Char c) {
-        return Upper(c);
+        return platform::Upper(c);
     }
     template <class Char>
     static constexpr Char OtherCase(Char c) {
-        return Upper(c) == c ? Lower(c) : Upper(c);
+        return platform::Upper(c) == c ? platform::Lower(c) : platform::Upper(c);
     }
 };
 

@@ -6,8 +6,8 @@
 #include <ostream>
 #include <string_view>
 
-#include "Utils/Characters.h"
-#include "Utils/HexDigits.h"
+#include "platform/Characters.h"
+#include "platform/HexDigits.h"
 #include "platform/IdentifierApi.h"
 #include "platform/OleTypes.h"
 #include "quillon/StringUtils.h"
@@ -15,6 +15,10 @@
 namespace quillon {
 
 namespace {
+
+using platform::HexDigit;
+using platform::IsSpace;
+using platform::kLowerDigits;
 
 constexpr std::size_t kLength = 36;
 

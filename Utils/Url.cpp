@@ -1,12 +1,11 @@
 #include "quillon/Url.h"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
 #include <string_view>
 #include <utility>
 
-#include "Utils/NumberText.h"
+#include "platform/Characters.h"
+#include "platform/NumberText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -15,7 +14,7 @@ namespace {
 
 constexpr std::string_view kSchemeEnd = "://";
 
-bool IsWordCharacter(char c) { return IsDigit(c) || (Lower(c) >= 'a' && Lower(c) <= 'z') || c == '_'; }
+bool IsWordCharacter(char c) { return platform::IsDigit(c) || platform::IsLetter(c) || c == '_'; }
 
 /// What "." does not match.
 bool HasLineEnd(std::string_view text) {
@@ -29,18 +28,6 @@ bool IsScheme(const std::string& scheme, const char* expected) {
 std::uint32_t DefaultPort(const std::string& scheme) {
     if (IsScheme(scheme, "http")) return 80;
     return IsScheme(scheme, "https") ? 443 : 0;
-}
-
-/// As atoi reads it; past the range of an int the largest or smallest one.
-std::uint32_t ReadPort(std::string_view text) {
-    SkipSpace(text);
-    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-    int port = 0;
-    const auto error = std::from_chars(text.data(), text.data() + text.size(), port).ec;
-    if (error == std::errc::result_out_of_range) {
-        port = text.starts_with('-') ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
-    }
-    return static_cast<std::uint32_t>(port);
 }
 
 std::string PathOf(std::string_view rest) {
@@ -77,7 +64,7 @@ Url Url::Parse(const std::string& text) {
     }
     if (colon + 1 == authority.size()) return Url(text);
     return Url(std::move(scheme), std::string(authority.substr(0, colon)), PathOf(rest),
-               ReadPort(authority.substr(colon + 1)));
+               static_cast<std::uint32_t>(platform::ReadSigned<int>(authority.substr(colon + 1))));
 }
 
 const std::string& Url::Scheme() const { return m_scheme; }

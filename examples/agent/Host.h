@@ -21,9 +21,9 @@ public:
 
     const ModuleList& GetModules() const { return m_modules; }
 
-    /// Runs "Module.Method" with "name=value" texts. An unknown method and a value
-    /// that is not of its parameter's type give code 2, like any other bad call; a method that throws gives
-    /// code 1.
+    /// Runs "Module.Method" with "name=value" texts. An unknown method and a value that
+    /// is not of its parameter's type give code 2, like any other bad call; a method
+    /// that throws gives code 1.
     InvocationResult Run(const std::string& method, const std::vector<std::string>& arguments) const;
 
 private:

@@ -54,6 +54,8 @@ private:
     using Binding = std::function<ParameterBindingResult()>;
 
     template <class T>
+    ParameterBindingResult BindTarget(const std::string& name, T& target, bool optional) const;
+    template <class T>
     ParameterBindingResult BindScalar(const std::string& name, T& target, bool optional) const;
     ParameterBindingResult BindTable(const std::string& name, const DataTable*& target, bool optional) const;
     bool GetSuitableTableValueForDemotionToScalar(const std::string& name, Variant& value,

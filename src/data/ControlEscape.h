@@ -2,11 +2,12 @@
 
 #include <string>
 
+#include "platform/HexDigits.h"
+
 namespace quillon {
 
 /// Writes a control character (below U+0100) as JSON escapes it: \t, \n, \r or \u00XX.
 inline void AppendControlEscape(std::string& output, unsigned char control) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
     switch (control) {
         case '\t':
             output += "\\t";
@@ -19,8 +20,8 @@ inline void AppendControlEscape(std::string& output, unsigned char control) {
             break;
         default:
             output += "\\u00";
-            output += kDigits[control >> 4];
-            output += kDigits[control & 15];
+            output += platform::kUpperDigits[control >> 4];
+            output += platform::kUpperDigits[control & 15];
     }
 }
 

@@ -40,13 +40,7 @@ ParameterBinder::~ParameterBinder() = default;
 
 template <class T>
 void ParameterBinder::AddBinding(const std::string& name, T* target, bool optional) {
-    m_bindings[name] = [this, name, target, optional] {
-        if constexpr (std::is_same_v<T, const DataTable*>) {
-            return BindTable(name, *target, optional);
-        } else {
-            return BindScalar(name, *target, optional);
-        }
-    };
+    m_bindings[name] = [this, name, target, optional] { return BindTarget(name, *target, optional); };
 }
 
 template QUILLON_API void ParameterBinder::AddBinding(const std::string&, std::string*, bool);
@@ -59,12 +53,7 @@ template <class T>
 void ParameterBinder::AddOptionalBinding(const std::string& name, std::optional<T>& target) {
     m_bindings[name] = [this, name, &target] {
         T value{};
-        ParameterBindingResult bound;
-        if constexpr (std::is_same_v<T, const DataTable*>) {
-            bound = BindTable(name, value, false);
-        } else {
-            bound = BindScalar(name, value, false);
-        }
+        const ParameterBindingResult bound = BindTarget(name, value, false);
         target.reset();
         if (bound == ParameterBindingResult::Success) target = std::move(value);
         return bound == ParameterBindingResult::Missing ? ParameterBindingResult::Success : bound;
@@ -87,6 +76,15 @@ bool ParameterBinder::Bind(InvocationResult& result) const {
     result.resultCode = kParameterErrorCode;
     result.errorMessage = fault;
     return false;
+}
+
+template <class T>
+ParameterBindingResult ParameterBinder::BindTarget(const std::string& name, T& target, bool optional) const {
+    if constexpr (std::is_same_v<T, const DataTable*>) {
+        return BindTable(name, target, optional);
+    } else {
+        return BindScalar(name, target, optional);
+    }
 }
 
 template <class T>

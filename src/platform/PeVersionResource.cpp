@@ -4,6 +4,7 @@
 #include <charconv>
 #include <string_view>
 
+#include "platform/Characters.h"
 #include "platform/Utf.h"
 
 namespace quillon::platform {
@@ -222,17 +223,11 @@ VersionTexts ParseVersionBlock(const Bytes& block) {
     return result;
 }
 
-bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [&](char x, char y) { return lower(x) == lower(y); });
-}
-
 }  // namespace
 
 const std::string* VersionTexts::Find(VersionTranslation translation, const std::string& name) const {
     const auto found = std::find_if(texts.begin(), texts.end(), [&](const VersionText& entry) {
-        return entry.translation == translation && EqualsIgnoringCase(entry.name, name);
+        return entry.translation == translation && EqualIgnoringCase<char>(entry.name, name);
     });
     return found == texts.end() ? nullptr : &found->text;
 }

@@ -1,20 +1,20 @@
 #include "quillon/TextToDataTableParser.h"
 
-#include <charconv>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string_view>
 #include <typeinfo>
 
+#include "platform/Characters.h"
+#include "platform/NumberText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
 
-/// The C library's isspace in the C locale.
-bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+using platform::IsSpace;
 
 std::string_view Trimmed(std::string_view text) {
     while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
@@ -36,20 +36,6 @@ std::string_view TakeRest(const char*& cursor, char lineEnd) {
     const char* const start = cursor;
     while (*cursor != lineEnd && *cursor != '\0') ++cursor;
     return std::string_view(start, static_cast<std::size_t>(cursor - start));
-}
-
-/// As strtoll reads trimmed text: an optional sign, the leading digits, the range's
-/// end when they are too many.
-long long ToInteger(std::string_view text) {
-    if (text.starts_with('+')) {
-        text.remove_prefix(1);
-        if (text.starts_with('-')) return 0;
-    }
-    long long value = 0;
-    const std::errc error = std::from_chars(text.data(), text.data() + text.size(), value).ec;
-    if (error != std::errc::result_out_of_range) return value;
-    return text.starts_with('-') ? std::numeric_limits<long long>::min()
-                                 : std::numeric_limits<long long>::max();
 }
 
 unsigned long long Magnitude(long long value) {
@@ -116,7 +102,7 @@ TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<long long>
                                                                                  long long multiplier) {
     const long long factor = multiplier == 0 ? 1 : multiplier;
     return [name, factor](std::string_view text, VariantList& row) {
-        row.Add(name, SaturatingProduct(ToInteger(text), factor));
+        row.Add(name, SaturatingProduct(platform::ReadSigned<long long>(text), factor));
     };
 }
 

@@ -28,6 +28,13 @@ std::map<std::string, ChildMode::Main>& Modes() {
     return modes;
 }
 
+int RunMode(const std::string& mode, const std::vector<std::string>& arguments) {
+    const auto found = Modes().find(mode);
+    if (found != Modes().end()) return found->second(arguments);
+    std::fprintf(stderr, "unknown child mode '%s'\n", mode.c_str());
+    return 99;
+}
+
 std::string g_program;
 
 std::string Quoted(const std::string& text) {
@@ -73,11 +80,11 @@ const ChildMode await("await", [](const Arguments& a) {
 
 /// leave STARTED GO: starts "await" as a tree of its own and ends without it.
 const ChildMode leave("leave", [](const Arguments& a) {
-    const RecordingLogger log;
+    static RecordingLogger& log = *new RecordingLogger;  // the worker left behind may still use it
     const Monitor monitor([&a] { return fs::exists(a[0]); });
-    auto props = std::make_shared<ProcessUtils::CmdProperties>();
+    const auto props = CommandOf(ChildCommand("await", a), log);
+    props->captureOutput = false;
     props->killTree = true;
-    props->command = ChildCommand("await", a);
     return ProcessUtils::RunCliCommand(props) == -6 ? 0 : 1;
 });
 
@@ -152,7 +159,7 @@ fs::path ProgramFolder() { return fs::path(g_program).parent_path(); }
 int main(int argc, char** argv) {
     using namespace quillon::test;
     g_program = fs::absolute(argv[0]).string();
-    if (argc >= 3 && std::string(argv[1]) == "--child") return Modes().at(argv[2])({argv + 3, argv + argc});
+    if (argc >= 3 && std::string(argv[1]) == "--child") return RunMode(argv[2], {argv + 3, argv + argc});
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }

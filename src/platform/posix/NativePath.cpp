@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/Characters.h"
+
 namespace quillon::platform {
 
 namespace {
@@ -13,8 +15,6 @@ std::string& VolumeRoot() {
     static std::string root;
     return root;
 }
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 bool IsSeparator(char c) { return c == '\\' || c == '/'; }
 

@@ -59,6 +59,11 @@ std::optional<long long> EstimatedPrivateBytes(pid_t process) {
     return (FieldAt<long long>(*text, 1) - FieldAt<long long>(*text, 2)) * PageSize();
 }
 
+std::optional<long long> PrivateBytes(pid_t process) {
+    const auto counted = CountedPrivateBytes(process);
+    return counted ? counted : EstimatedPrivateBytes(process);
+}
+
 std::vector<std::string_view> Arguments(std::string_view text) {
     std::vector<std::string_view> arguments;
     while (!text.empty()) {
@@ -99,11 +104,7 @@ std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
     return std::nullopt;
 }
 
-long long PrivateWorkingSet(HANDLE process) {
-    const pid_t id = ProcessOf(process);
-    if (const auto counted = CountedPrivateBytes(id)) return *counted;
-    return EstimatedPrivateBytes(id).value_or(0);
-}
+long long PrivateWorkingSet(HANDLE process) { return PrivateBytes(ProcessOf(process)).value_or(0); }
 
 std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room) {
     const Folder folder(::opendir("/proc"));
@@ -128,8 +129,7 @@ OwnUsage UsageOfThisProcess() {
     if (const auto pages = ReadProcessFile(self, "statm")) {
         usage.residentBytes = FieldAt<long long>(*pages, 1) * PageSize();
     }
-    usage.privateBytes = CountedPrivateBytes(self);
-    if (!usage.privateBytes) usage.privateBytes = EstimatedPrivateBytes(self);
+    usage.privateBytes = PrivateBytes(self);
     rusage times{};
     if (::getrusage(RUSAGE_SELF, &times) == 0) {
         usage.userMilliseconds = Milliseconds(times.ru_utime);

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <vector>
 
+#include "platform/Characters.h"
 #include "platform/CommandLine.h"
 #include "platform/ErrorText.h"
 #include "platform/ProcessApi.h"
@@ -71,15 +72,6 @@ private:
     std::vector<char*> m_pointers;
 };
 
-bool EqualsIgnoringCase(const std::string& text, std::string_view lower) {
-    if (text.size() != lower.size()) return false;
-    for (std::size_t i = 0; i < lower.size(); ++i) {
-        const char c = text[i];
-        if ((c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c) != lower[i]) return false;
-    }
-    return true;
-}
-
 /// What follows the switch of "cmd /c", as it is written.
 std::string AfterSwitch(const std::string& command) {
     auto rest = command.find_first_of("cC", command.find('/')) + 1;
@@ -92,8 +84,8 @@ std::vector<std::string> ArgumentsOf(const std::string& command) {
     std::vector<std::string> arguments = SplitCommandLine(command);
     const bool isShell =
         arguments.size() > 1 &&
-        (EqualsIgnoringCase(arguments[0], "cmd") || EqualsIgnoringCase(arguments[0], "cmd.exe")) &&
-        EqualsIgnoringCase(arguments[1], "/c");
+        (EqualIgnoringCase<char>(arguments[0], "cmd") || EqualIgnoringCase<char>(arguments[0], "cmd.exe")) &&
+        EqualIgnoringCase<char>(arguments[1], "/c");
     if (isShell) return {"/bin/sh", "-c", AfterSwitch(command)};
     if (!arguments.empty()) arguments[0] = NativePath(arguments[0]);
     return arguments;

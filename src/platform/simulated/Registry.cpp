@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/Characters.h"
 #include "platform/ErrorText.h"
 
 namespace quillon::platform::simulated {
@@ -15,9 +16,7 @@ constexpr std::uint32_t kInvalidHandle = 6;
 constexpr std::uint32_t kMoreData = 234;
 
 std::string Folded(std::string name) {
-    for (char& c : name) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-    }
+    std::transform(name.begin(), name.end(), name.begin(), Lower<char>);
     return name;
 }
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace quillon {
+namespace quillon::platform {
 
 inline constexpr char kLowerDigits[] = "0123456789abcdef";
 inline constexpr char kUpperDigits[] = "0123456789ABCDEF";
@@ -20,4 +20,4 @@ inline constexpr std::array<signed char, 256> kDigitValues = [] {
 /// The value of a hexadecimal digit of either case, negative when it is none.
 constexpr int HexDigit(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
 
-}  // namespace quillon
+}  // namespace quillon::platform

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "Utils/Characters.h"
+#include "platform/Characters.h"
 
-namespace quillon {
+namespace quillon::platform {
 
 inline void SkipSpace(std::string_view& text) {
     while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
@@ -31,4 +31,16 @@ inline std::optional<std::uint64_t> TakeUnsigned(std::string_view& text) {
     return negative ? 0 - number : number;
 }
 
-}  // namespace quillon
+/// As strtol and atoi read a text: white space, a sign, the leading digits; 0 without
+/// any, the range's end when they are too many.
+template <class Number>
+Number ReadSigned(std::string_view text) {
+    SkipSpace(text);
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    Number number = 0;
+    const std::errc error = std::from_chars(text.data(), text.data() + text.size(), number).ec;
+    if (error != std::errc::result_out_of_range) return number;
+    return text.starts_with('-') ? std::numeric_limits<Number>::min() : std::numeric_limits<Number>::max();
+}
+
+}  // namespace quillon::platform

@@ -1,6 +1,9 @@
 #pragma once
 
-namespace quillon {
+#include <algorithm>
+#include <string_view>
+
+namespace quillon::platform {
 
 // The C locale's classification and case mapping of single units, narrow or wide.
 
@@ -24,4 +27,15 @@ constexpr Char Upper(Char c) {
     return c >= 'a' && c <= 'z' ? static_cast<Char>(c - ('a' - 'A')) : c;
 }
 
-}  // namespace quillon
+template <class Char>
+constexpr bool IsLetter(Char c) {
+    return Lower(c) >= 'a' && Lower(c) <= 'z';
+}
+
+template <class Char>
+constexpr bool EqualIgnoringCase(std::basic_string_view<Char> a, std::basic_string_view<Char> b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](Char left, Char right) { return Lower(left) == Lower(right); });
+}
+
+}  // namespace quillon::platform
