@@ -4,6 +4,7 @@
 
 #include "Arguments.h"
 #include "quillon/MethodMetadataBuilder.h"
+#include "quillon/PathUtils.h"
 #include "quillon/RuntimeEnv.h"
 #include "quillon/ServiceLocator.h"
 
@@ -31,14 +32,21 @@ void RegisterBuilder() {
 }  // namespace
 
 /// The registry has no lock: everything is registered before a module can start a thread.
-Host::Host(const LogSettings& log) {
+Host::Host(const LogSettings& log, const std::string& databases)
+    : m_databases(databases), m_sqlEngine(m_databases) {
     ServiceLocator::Put<ICLogger>(StartLogging(log));
     ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
+    ServiceLocator::Put<ISqliteInstance>(&m_sqlEngine);
+    ServiceLocator::Put<DatabaseFolder>(&m_databases);
     RegisterBuilder<IMethodMetadataBuilder, MethodMetadataBuilder>();
     RegisterBuilder<IMethodParameterBuilder, MethodParameterBuilder>();
     RegisterBuilder<IMethodColumnBuilder, MethodColumnBuilder>();
     RuntimeEnv::GetInstance()->setEnvType(IRuntimeEnv::AgentEngine);
     m_modules = MakeModules();
+}
+
+std::string Host::DefaultDatabaseFolder() {
+    return PathUtils::BuildFilenameRelativeToDynamicDataDirectory("Stores");
 }
 
 Host::~Host() {

@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "DatabaseFolder.h"
 #include "Logging.h"
 #include "Modules.h"
 #include "ShutdownMonitor.h"
+#include "SqliteEngine.h"
 #include "quillon/InvocationResult.h"
 
 namespace quillon::agent {
@@ -14,7 +16,8 @@ namespace quillon::agent {
 /// modules find through ServiceLocator, and the way to a method. One at a time.
 class Host {
 public:
-    explicit Host(const LogSettings& log);
+    /// The databases are in a folder, by default "Stores" in the agent's data folder; a library path.
+    explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder());
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
@@ -27,9 +30,12 @@ public:
     InvocationResult Run(const std::string& method, const std::vector<std::string>& arguments) const;
 
 private:
+    static std::string DefaultDatabaseFolder();
     const Method* FindMethod(const std::string& fullName) const;
 
     ShutdownMonitor m_shutdownMonitor;
+    DatabaseFolder m_databases;
+    SqliteEngine m_sqlEngine;
     ModuleList m_modules;
 };
 

@@ -20,4 +20,15 @@ Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introd
     return {std::move(metadata), std::move(run)};
 }
 
+bool Fail(std::int32_t code, const std::string& message, InvocationResult& result) {
+    result.resultCode = code;
+    result.errorMessage = message;
+    return false;
+}
+
+bool RefuseParameter(const std::string& message, InvocationResult& result) {
+    constexpr std::int32_t kBadParameter = 2;
+    return Fail(kBadParameter, message, result);
+}
+
 }  // namespace quillon::agent

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "quillon/IMethodMetadata.h"
@@ -24,6 +26,11 @@ struct Method {
 /// The method exists on Windows and Linux, since `introduced`. Texts are literals.
 Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
                   const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run);
+
+/// Ends an invocation with a code and what is wrong; false.
+bool Fail(std::int32_t code, const std::string& message, InvocationResult& result);
+/// The same for a bad parameter: code 2.
+bool RefuseParameter(const std::string& message, InvocationResult& result);
 
 /// A family of methods. To add one to the agent, implement this and add it to
 /// MakeModules().

@@ -2,6 +2,7 @@
 
 #include "CommandsModule.h"
 #include "ProcessesModule.h"
+#include "StoreModule.h"
 #include "SystemModule.h"
 
 namespace quillon::agent {
@@ -10,6 +11,7 @@ ModuleList MakeModules() {
     ModuleList modules;
     modules.push_back(std::make_unique<CommandsModule>());
     modules.push_back(std::make_unique<ProcessesModule>());
+    modules.push_back(std::make_unique<StoreModule>());
     modules.push_back(std::make_unique<SystemModule>());
     return modules;
 }

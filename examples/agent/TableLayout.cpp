@@ -5,14 +5,13 @@
 #include <memory>
 #include <sstream>
 
+#include "Module.h"
 #include "quillon/StringUtils.h"
 #include "quillon/TextToDataTableParser.h"
 
 namespace quillon::agent {
 
 namespace {
-
-constexpr std::int32_t kBadParameter = 2;
 
 /// Where line number `line` begins, counted from 0.
 std::size_t StartOfLine(const std::string& text, long long line) {
@@ -41,10 +40,7 @@ bool TableLayout::Read(const std::string& text, InvocationResult& result) {
         if (!fault.empty()) fault = "Column '" + column + "' of the 'columns' parameter " + fault;
     }
     if (fault.empty() && m_fields.empty()) fault = "'columns' parameter cannot be empty";
-    if (fault.empty()) return true;
-    result.resultCode = kBadParameter;
-    result.errorMessage = fault;
-    return false;
+    return fault.empty() || RefuseParameter(fault, result);
 }
 
 /// Each of these gives what is wrong with the column, or nothing.

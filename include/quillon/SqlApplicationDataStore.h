@@ -14,10 +14,11 @@ class ISqliteDatabase;
 
 /// The store over the SQL engine that is registered with ServiceLocator. Without an
 /// engine, or when it cannot open the database, construction warns, and from then on
-/// every operation does nothing and answers false. A table or column name that cannot
-/// stand between brackets (it is empty or holds ']' or a zero byte) is refused before any SQL
-/// runs, as if the engine had refused it. What is left of the temporary tables when
-/// the store ends is reported at Warn.
+/// every operation does nothing and answers false. A new table whose own or whose
+/// column's name cannot stand between brackets (it is empty or holds ']' or a zero
+/// byte) is refused before any SQL runs, as if the engine had refused it. What is
+/// left of the temporary tables when the store ends is reported at Warn. A store whose engine was
+/// unregistered leaves its database to that engine; it must not be used once the engine is gone, but may end.
 class QUILLON_API SqlApplicationDataStore : public IApplicationDataStore {
 public:
     explicit SqlApplicationDataStore(const std::string& databaseName);
@@ -42,6 +43,8 @@ public:
     void ShrinkMemory() override;
 
 private:
+    void CloseDatabase();
+    bool CreateTable(const std::string& tableName, const std::string& definitions);
     bool CreateTempTable(const std::string& name, const std::string& statement);
 
     ICLogger* m_logger;

@@ -79,8 +79,8 @@ TEST(AgentMethods, AreListedAsJsonWhenDocumented) {
     const ordered_json methods = RunForJson({"methods"});
     std::vector<std::string> names;
     for (const auto& method : methods) names.push_back(method["name"]);
-    EXPECT_THAT(names, ElementsAre("Commands.Run", "Commands.Table", "Processes.List", "System.Info",
-                                   "System.Metrics"));
+    EXPECT_THAT(names, ElementsAre("Commands.Run", "Commands.Table", "Processes.List", "Store.Save",
+                                   "Store.Query", "Store.List", "System.Info", "System.Metrics"));
     const ordered_json& timeout = methods[0]["parameters"][1];
     EXPECT_EQ(timeout["name"], "timeout");
     EXPECT_EQ(timeout["type"], "integer");

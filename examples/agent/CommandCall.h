@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "quillon/IMethodMetadataBuilder.h"
+#include "quillon/InvocationResult.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/ProcessUtils.h"
+
+namespace quillon::agent {
+
+/// The parameters of every method that runs a command.
+struct CommandCall {
+    static constexpr long long kDefaultMaxOutput = 64 * 1024 * 1024;
+
+    std::string command;
+    long long timeout = ProcessUtils::DefaultTimeoutSecs;
+    std::string workingDirectory;
+    long long maxOutput = kDefaultMaxOutput;
+};
+
+void DescribeCommand(IMethodMetadataBuilder& builder);
+void AddBindings(ParameterBinder& binder, CommandCall& call);
+
+/// Runs the command and puts its output into the result, in one row or in lines. False
+/// when a parameter is out of its range or the command did not end with exit code 0;
+/// the result then says why.
+bool RunCommand(const CommandCall& call, bool lines, InvocationResult& result);
+
+/// The same with the output parsed as TableLayout says, after `skip` lines.
+bool RunCommandTable(const CommandCall& call, const std::string& columns, long long skip,
+                     InvocationResult& result);
+/// The parameter "skip" and how "columns" is written.
+void DescribeLayout(IMethodMetadataBuilder& builder);
+
+}  // namespace quillon::agent

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillon::agent {
+
+/// Where the agent's databases are: a folder with a file for each name. Names are
+/// told apart as SQLite tells its own, without regard to the case of ASCII letters.
+/// Any byte may stand in a name: what is no lower-case letter, digit, '-' or '_' is
+/// written in hexadecimal, so that a name can mean nothing to the file system. Any thread.
+class DatabaseFolder {
+public:
+    static const char* __InterfaceId() { return "VntItf_DatabaseFolder"; }
+
+    /// A library path; the folder is made when the first database is.
+    explicit DatabaseFolder(std::string folder);
+
+    /// Nothing for a name that is empty or too long for a file.
+    std::optional<std::string> FileOf(const std::string& name) const;
+    /// In lower case, sorted.
+    std::vector<std::string> GetNames() const;
+    bool Contains(const std::string& name) const;
+    /// False when there is no folder and none can be made.
+    bool Make() const;
+
+private:
+    std::string m_folder;
+};
+
+}  // namespace quillon::agent

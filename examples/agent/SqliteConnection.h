@@ -1,0 +1,62 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quillon::agent {
+
+/// The name as SQL text: one identifier, whatever it holds.
+std::string QuoteIdentifier(std::string_view name);
+
+/// One connection to a database file. Every failure of SQLite is logged once, at
+/// Error, with its message and the beginning of the statement.
+class SqliteConnection {
+public:
+    /// `name` is the database's in the log.
+    explicit SqliteConnection(std::string name);
+
+    /// Opens the file, or makes it; a new one is the agent's account's alone. What was
+    /// committed survives the process and the machine. Statements wait for another
+    /// connection's lock for `busyMilliseconds`, and reach no other file. SQLITE_OK, or why not.
+    int Open(const std::string& libraryPath, int busyMilliseconds);
+    /// A transaction that is still open is rolled back, with a Warn entry.
+    void Close();
+
+    sqlite3* Get() const { return m_handle.get(); }
+    const std::string& GetName() const { return m_name; }
+    bool IsInTransaction() const { return sqlite3_get_autocommit(Get()) == 0; }
+    /// Runs one statement; its rows are thrown away.
+    bool Execute(const std::string& sql) const;
+    /// Logs what the connection's last call failed with.
+    void LogFailure(std::string_view sql) const;
+    void LogError(const std::string& text, std::string_view sql) const;
+
+private:
+    struct Closer {
+        void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
+    };
+
+    std::string m_name;
+    std::unique_ptr<sqlite3, Closer> m_handle;
+};
+
+/// A transaction within one that may be open already: undone unless it is released.
+class SqliteSavepoint {
+public:
+    explicit SqliteSavepoint(const SqliteConnection& connection);
+    ~SqliteSavepoint();
+    SqliteSavepoint(const SqliteSavepoint&) = delete;
+    SqliteSavepoint& operator=(const SqliteSavepoint&) = delete;
+
+    bool IsOpen() const { return m_isOpen; }
+    bool Release();
+
+private:
+    const SqliteConnection& m_connection;
+    bool m_isOpen;
+};
+
+}  // namespace quillon::agent

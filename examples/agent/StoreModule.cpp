@@ -1,0 +1,215 @@
+#include "StoreModule.h"
+
+#include <map>
+#include <utility>
+
+#include "CommandCall.h"
+#include "DatabaseFolder.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/SqlApplicationDataStore.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kStoreFailed = 3;
+using Columns = std::map<std::string, IApplicationDataStore::ColumnDataType>;
+
+/// Where a table goes, and how.
+struct Target {
+    std::string database, table;
+    bool replace = false;
+};
+
+IApplicationDataStore::ColumnDataType TypeOf(const Variant& value) {
+    if (value.TypeIs(typeid(long long)) || value.TypeIs(typeid(bool))) return IApplicationDataStore::Integer;
+    return value.TypeIs(typeid(double)) ? IApplicationDataStore::Real : IApplicationDataStore::Text;
+}
+
+/// A column's first value that is not null tells its type; without one it holds text.
+Columns ColumnsOf(const DataTable& table) {
+    Columns columns;
+    for (const VariantList& row : table) {
+        for (const Variant& cell : row) {
+            if (!cell.IsNull()) columns.emplace(cell.GetName(), TypeOf(cell));
+        }
+    }
+    for (const std::string& name : table.GetColumnNames()) columns.emplace(name, IApplicationDataStore::Text);
+    return columns;
+}
+
+bool WriteRows(const Target& target, DataTable& table, SqlApplicationDataStore& store, bool& existed) {
+    const std::string quoted = store.QuoteTableName(target.table);
+    if (target.replace && !store.ExecuteNonQuery("DROP TABLE IF EXISTS " + quoted)) return false;
+    store.EnsureTableExists(target.table, ColumnsOf(table), {}, existed);
+    return store.AddToTable(target.table, table);
+}
+
+/// All or nothing. The store's own transactions do not tell whether they succeed.
+bool Write(const Target& target, DataTable& table, bool& existed) {
+    SqlApplicationDataStore store(target.database);
+    if (!store.ExecuteNonQuery("BEGIN IMMEDIATE")) return false;
+    if (WriteRows(target, table, store, existed) && store.ExecuteNonQuery("COMMIT")) return true;
+    store.RollbackTransaction();
+    return false;
+}
+
+bool Check(const Target& target, InvocationResult& result) {
+    if (!ServiceLocator::Get<DatabaseFolder>()->FileOf(target.database))
+        return RefuseParameter("'database' parameter is empty or too long", result);
+    if (target.table.empty()) return RefuseParameter("'table' parameter cannot be empty", result);
+    if (target.table.starts_with("temp."))
+        return RefuseParameter("'table' parameter names a temporary table, which would not last", result);
+    return true;
+}
+
+/// Puts the result's table into the store and a row about that in its place.
+void SaveResult(const Target& target, InvocationResult& result) {
+    DataTable table = std::exchange(result.resultTable, {});
+    bool existed = false;
+    if (!Write(target, table, existed)) {
+        Fail(kStoreFailed,
+             "Could not save table '" + target.table + "' in database '" + target.database + '\'', result);
+        return;
+    }
+    VariantList row;
+    row.Add("Database", target.database);
+    row.Add("Table", target.table);
+    row.Add("Rows", static_cast<long long>(table.GetNumberOfRows()));
+    row.Add("Created", !existed);
+    result.resultTable.AddRow(std::move(row));
+}
+
+void Save(const MethodParameters& parameters, InvocationResult& result) {
+    Target target;
+    CommandCall call;
+    std::string columns;
+    long long skip = 0;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("database", target.database);
+    binder.AddMandatoryBinding("table", target.table);
+    binder.AddOptionalBinding("replace", target.replace);
+    AddBindings(binder, call);
+    binder.AddOptionalBinding("columns", columns);
+    binder.AddOptionalBinding("skip", skip);
+    if (!binder.Bind(result) || !Check(target, result)) return;
+    const bool isRead =
+        columns.empty() ? RunCommand(call, true, result) : RunCommandTable(call, columns, skip, result);
+    if (isRead) SaveResult(target, result);
+}
+
+void Query(const MethodParameters& parameters, InvocationResult& result) {
+    std::string database, sql;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("database", database);
+    binder.AddMandatoryBinding("sql", sql);
+    if (!binder.Bind(result)) return;
+    if (!ServiceLocator::Get<DatabaseFolder>()->Contains(database)) {
+        RefuseParameter("There is no database '" + database + '\'', result);
+        return;
+    }
+    SqlApplicationDataStore store(database);
+    if (!store.ExecuteQuery(sql, result.resultTable))
+        Fail(kStoreFailed, "The statement failed in database '" + database + '\'', result);
+}
+
+void AddListRow(const std::string& database, Variant&& name, Variant&& rows, DataTable& list) {
+    VariantList row(Variant("Database", database));
+    row.Add(std::move(name));
+    row.Add(std::move(rows));
+    list.AddRow(std::move(row));
+}
+
+/// A database that cannot be read, and one without tables, has a row with nulls.
+void ListTables(const std::string& database, DataTable& list) {
+    SqlApplicationDataStore store(database);
+    DataTable tables, count;
+    store.ExecuteQuery("SELECT name AS \"Table\" FROM sqlite_master WHERE type = 'table' ORDER BY name",
+                       tables);
+    for (const VariantList& table : tables) {
+        const Variant& name = table.Get(0);
+        const bool isCounted = store.ExecuteQuery(
+            "SELECT count(*) AS \"Rows\" FROM " + store.QuoteTableName(name.GetStringValue()), count);
+        AddListRow(database, Variant(name),
+                   isCounted ? Variant(count.begin()->Get(0)) : Variant::NullVariant("Rows"), list);
+    }
+    if (tables.Empty())
+        AddListRow(database, Variant::NullVariant("Table"), Variant::NullVariant("Rows"), list);
+}
+
+void List(const MethodParameters& parameters, InvocationResult& result) {
+    if (!ParameterBinder(parameters, false, false).Bind(result)) return;
+    result.resultTable.SetDefaultColumnNames({"Database", "Table", "Rows"});
+    for (const std::string& database : ServiceLocator::Get<DatabaseFolder>()->GetNames())
+        ListTables(database, result.resultTable);
+}
+
+void AddDatabaseParameter(IMethodMetadataBuilder& builder, const char* note) {
+    builder.CreateParameter("database", typeid(std::string))
+        .Description("Name of the database; the case of ASCII letters does not matter.")
+        .Note(note)
+        .BindParameter();
+}
+
+void AddColumn(IMethodMetadataBuilder& builder, const char* name, const std::type_info& type,
+               const char* description) {
+    builder.CreateColumn(name, type, false).Description(description).BindColumn();
+}
+
+void DescribeSave(IMethodMetadataBuilder& builder) {
+    builder.Description("Runs a command line and keeps what it wrote in a table of a database.")
+        .Example(
+            "quillon-agent run Store.Save database=inventory table=mounts command=\"df -Pk\" skip=1 "
+            "columns=\"Device Blocks:integer*1024 Used:integer*1024 Free:integer*1024 Use Mount:text:rest\"")
+        .Note(
+            "The table is made with the columns of the rows when it is not there. Nothing is kept when "
+            "a row does not fit into it.");
+    AddDatabaseParameter(builder, "It is made when it is not there.");
+    builder.CreateParameter("table", typeid(std::string))
+        .Description("Name of the table.")
+        .BindParameter()
+        .CreateParameter("replace", typeid(bool))
+        .Description("Puts the rows in the place of the table, instead of adding them to it.")
+        .OptionalValue(false)
+        .BindParameter();
+    DescribeCommand(builder);
+    builder.CreateParameter("columns", typeid(std::string))
+        .Description("The columns, parted by blanks; when empty, a row is kept for every line.")
+        .OptionalValue("")
+        .BindParameter();
+    DescribeLayout(builder);
+    AddColumn(builder, "Database", typeid(std::string), "As given.");
+    AddColumn(builder, "Table", typeid(std::string), "As given.");
+    AddColumn(builder, "Rows", typeid(long long), "How many were written.");
+    AddColumn(builder, "Created", typeid(bool), "Whether the table was made.");
+}
+
+void DescribeQuery(IMethodMetadataBuilder& builder) {
+    builder.Flags({IMethodMetadata::MayModifySystemState})
+        .Description("Runs one SQL statement in a database and answers with its rows.")
+        .Example("quillon-agent run Store.Query database=inventory sql=\"SELECT * FROM mounts\"")
+        .HasAdditionalColumns("Those of the statement.");
+    AddDatabaseParameter(builder, "It must be there.");
+    builder.CreateParameter("sql", typeid(std::string))
+        .Description("The statement, in the words of SQLite; only one. It reaches no other file.")
+        .BindParameter();
+}
+
+void DescribeList(IMethodMetadataBuilder& builder) {
+    builder.Description("Lists the tables of all databases, a row each.")
+        .Note("A database without tables, or one that cannot be read, has a row with nulls.")
+        .Example("quillon-agent run Store.List");
+    AddColumn(builder, "Database", typeid(std::string), "In lower case.");
+    AddColumn(builder, "Table", typeid(std::string), "Name of the table.");
+    AddColumn(builder, "Rows", typeid(long long), "How many it has; null when that cannot be read.");
+}
+
+}  // namespace
+
+StoreModule::StoreModule() {
+    m_methods.push_back(MakeMethod("Store.Save", IMethodMetadata::V5_0, &DescribeSave, &Save));
+    m_methods.push_back(MakeMethod("Store.Query", IMethodMetadata::V5_0, &DescribeQuery, &Query));
+    m_methods.push_back(MakeMethod("Store.List", IMethodMetadata::V5_0, &DescribeList, &List));
+}
+
+}  // namespace quillon::agent
