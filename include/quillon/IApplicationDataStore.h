@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,7 +15,7 @@ namespace quillon {
 class QUILLON_API IApplicationDataStore {
 public:
     /// What a column prefers to hold. Every value but the first two means text.
-    enum ColumnDataType { Integer = 0, Real = 1, Text = 2 };
+    enum ColumnDataType : std::int32_t { Integer = 0, Real = 1, Text = 2 };
 
     virtual ~IApplicationDataStore();
 

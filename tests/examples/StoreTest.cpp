@@ -1,0 +1,345 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <optional>
+
+#include "Host.h"
+#include "SqliteEngine.h"
+#include "quillon/DataTableIO.h"
+#include "quillon/SqlApplicationDataStore.h"
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+namespace {
+
+using agent::DatabaseFolder;
+using agent::SqliteEngine;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using Store = SqlApplicationDataStore;
+
+/// Databases of this test alone, which wait hardly at all for each other.
+struct Databases {
+    explicit Databases(const std::string& path) : folder(path), engine(std::in_place, folder, 20) {
+        ServiceLocator::Put<ISqliteInstance>(&*engine);
+    }
+    ~Databases() {
+        if (ServiceLocator::Contains<ISqliteInstance>()) ServiceLocator::Remove<ISqliteInstance>();
+    }
+
+    DatabaseFolder folder;
+    std::optional<SqliteEngine> engine;
+};
+
+class StoreTest : public TempDirTest {
+protected:
+    RecordingLogger m_log;
+    Databases m_databases{dir.Path("stores")};
+
+    std::vector<std::string> TakeErrors() {
+        auto errors = m_log.Lines(ICLogger::Level::Error);
+        m_log.Forget();
+        return errors;
+    }
+};
+
+DataTable Query(Store& store, const std::string& sql) {
+    DataTable table;
+    EXPECT_TRUE(store.ExecuteQuery(sql, table)) << sql.substr(0, 100);
+    return table;
+}
+
+std::string Csv(Store& store, const std::string& sql) {
+    std::string text = ToCsv(Query(store, sql));
+    std::erase(text, '\r');
+    return text;
+}
+
+DataTable Column(const std::string& name, const std::vector<Variant>& values) {
+    DataTable table;
+    for (Variant value : values) {
+        value.SetName(name);
+        table.AddRow(VariantList(value));
+    }
+    return table;
+}
+
+/// commit FOLDER: commits 1, 2, 3 ... and prints each once it is committed.
+const ChildMode commit("commit", [](const std::vector<std::string>& a) {
+    RecordingLogger log;
+    Databases databases(a[0]);
+    Store store("loop");
+    store.ExecuteNonQuery("CREATE TABLE t (n INTEGER)");
+    for (long long n = 1;; ++n) {
+        DataTable row(VariantList(Variant("n", n)));
+        if (!store.AddToTable("t", row)) return 1;
+        if (std::printf("%lld\n", n) < 0 || std::fflush(stdout) != 0) return 2;
+    }
+});
+
+}  // namespace
+
+TEST_F(StoreTest, TakesEveryNameThatCanStandInBrackets) {
+    Store store("names");
+    const std::string names[] = {
+        "[",      "a[b\"c'd`", "x; DROP TABLE y; --", "line\nend", "select",
+        "temp.t", "a.b",       "\xC3\xA9 %s%n",       "?1",        std::string(128 * 1024, 'n')};
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name.substr(0, 30));
+        DataTable table = Column(name, {Variant("v"), Variant("w")});
+        ASSERT_TRUE(store.WriteDataToTempTable(name, table));
+        EXPECT_EQ(Query(store, "SELECT * FROM [temp." + name + ']'), table);
+        bool existed = false;
+        store.EnsureTableExists(name, {{name, Store::Text}}, {}, existed);
+        EXPECT_FALSE(existed);
+        ASSERT_TRUE(store.AddToTable(name, table));
+        EXPECT_EQ(Query(store, "SELECT * FROM " + store.QuoteTableName(name)), table);
+        store.EnsureTableExists(name, {{name, Store::Text}}, {}, existed);
+        EXPECT_TRUE(existed);
+        store.DeleteTempTable(name);
+        EXPECT_FALSE(store.ExecuteNonQuery("SELECT * FROM [temp." + name + ']'));
+    }
+}
+
+TEST_F(StoreTest, RefusesWhatSqliteCannotHold) {
+    Store store("limits");
+    const auto wide = [](int columns) {
+        VariantList row;
+        for (int i = 0; i < columns; ++i) row.Add("c" + std::to_string(i), i);
+        return DataTable(row);
+    };
+    EXPECT_TRUE(store.WriteDataToTempTable("wide", wide(2000)));
+    EXPECT_FALSE(store.WriteDataToTempTable("wider", wide(2001)));
+    EXPECT_FALSE(
+        store.WriteDataToTempTable("case", DataTable(VariantList(Variant("a", 1), Variant("A", 2)))));
+    EXPECT_FALSE(store.ExecuteNonQuery("SELECT 1; SELECT 2"));
+    EXPECT_FALSE(store.ExecuteNonQuery(" -- nothing"));
+    EXPECT_FALSE(store.ExecuteNonQuery(std::string("SELECT 1\0", 9)));
+    EXPECT_FALSE(store.ExecuteNonQuery("ATTACH 'other' AS other"));
+    EXPECT_FALSE(store.ExecuteNonQuery("VACUUM INTO 'other'"));
+    EXPECT_TRUE(store.ExecuteNonQuery("SELECT 1; -- and no more\n ;;"));
+    EXPECT_TRUE(store.ExecuteNonQuery("VACUUM"));
+    m_log.Forget();
+    EXPECT_FALSE(store.ExecuteNonQuery("broken " + std::string(9999, 'x')));
+    EXPECT_THAT(TakeErrors(), ElementsAre(testing::AllOf(
+                                  StartsWith("Database 'limits': near \"broken\": syntax error (broken xxx"),
+                                  HasSubstr("x...)"), testing::SizeIs(testing::Lt(600u)))));
+}
+
+TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
+    const long long max = std::numeric_limits<long long>::max(), min = std::numeric_limits<long long>::min();
+    const double infinity = std::numeric_limits<double>::infinity();
+    const Variant nan(std::nan("")), null;
+    const Variant zero(std::string("a\0b", 3)), time(TimePoint(std::chrono::seconds(1)));
+    const struct {
+        std::vector<Variant> written, read;  // nothing: the same
+    } cases[] = {
+        {{Variant(max), Variant(min), null}, {}},
+        {{Variant(0.1), Variant(infinity), Variant(-infinity), Variant(5e-324), Variant(1e308)}, {}},
+        {{Variant(1.5), nan}, {Variant(1.5), null}},
+        {{zero, Variant(""), Variant("\xFF"), null, Variant("1"), Variant("1.0")}, {}},
+        {{Variant(1), Variant("007"), Variant("1e3"), Variant(" 1"), Variant("9223372036854775808"),
+          Variant("-0"), Variant("1 a"), Variant("-"), Variant("1.50"), Variant("0.1234567890123456789")},
+         {}},
+        {{null, Variant("12"), Variant(max), Variant(2.0)}, {}},
+        {{Variant(1), Variant("12"), Variant("-1.5")}, {Variant(1), Variant(12), Variant(-1.5)}},
+        {{Variant("x"), Variant(max), Variant(0.1), Variant(true)},
+         {Variant("x"), Variant("9223372036854775807"), Variant("0.1"), Variant("1")}},
+        {{Variant(0.5), Variant(max), Variant(9007199254740993LL), Variant("12")},
+         {Variant(0.5), Variant("9223372036854775807"), Variant("9007199254740993"), Variant(12.0)}},
+        {{Variant(true), Variant(0.5), Variant(false), Variant("x")},
+         {Variant(1), Variant(0.5), Variant(0), Variant("x")}},
+        {{time, time}, {Variant("1970-01-01T00:00:01.000Z"), Variant("1970-01-01T00:00:01.000Z")}},
+    };
+    Store store("values");
+    for (const auto& c : cases) {
+        ASSERT_TRUE(store.WriteDataToTempTable("t", Column("c-d", c.written)));
+        EXPECT_EQ(Query(store, "SELECT * FROM [temp.t]"), Column("c-d", c.read.empty() ? c.written : c.read));
+    }
+    EXPECT_THAT(TakeErrors(), IsEmpty());  // a table written twice is none
+    EXPECT_EQ(Csv(store, "SELECT 1 AS a, 2 AS b WHERE 0"), "a,b\n");
+}
+
+TEST_F(StoreTest, PutsCellsIntoTheColumnsOfTheirNamesOrNothingAtAll) {
+    Store store("rows");
+    store.ExecuteNonQuery("CREATE TABLE t (A, b_c DEFAULT 'd')");
+    DataTable table(VariantList(Variant("b-c", 2), Variant("a", 1)), VariantList(Variant("A", 3)),
+                    VariantList());
+    EXPECT_TRUE(store.AddToTable("t", table));
+    for (const VariantList& bad :
+         {VariantList(Variant("x", 1)), VariantList(Variant("a", 1), Variant("A", 1))}) {
+        DataTable rows(VariantList(Variant("A", 4)), bad);
+        EXPECT_FALSE(store.AddToTable("t", rows));
+    }
+    EXPECT_FALSE(store.AddToTable("none", table));
+    EXPECT_EQ(TakeErrors().size(), 3u);
+    EXPECT_EQ(Csv(store, "SELECT * FROM t"), "A,b_c\n1,2\n3,d\n,d\n");
+}
+
+TEST_F(StoreTest, FailsWholeAndOnceWhenTheDatabaseCannotBeWritten) {
+    Store store("busy"), other("BUSY");
+    store.ExecuteNonQuery("CREATE TABLE t (a)");
+    DataTable table(VariantList(Variant("a", 1)));
+    for (int i = 0; i < 14; ++i) table += DataTable(table);
+    const std::tuple<Store&, const char*, const char*, const char*> cases[] = {
+        {other, "BEGIN IMMEDIATE", "COMMIT", "database is locked"},
+        {store, "PRAGMA query_only=1", "PRAGMA query_only=0", "attempt to write a readonly database"},
+        {store, "PRAGMA max_page_count=5", "PRAGMA max_page_count=999999", "database or disk is full"},
+    };
+    for (const auto& [who, break_, mend, message] : cases) {
+        Query(who, break_);
+        EXPECT_FALSE(store.AddToTable("t", table));
+        EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr(message)));
+        Query(who, mend);
+        EXPECT_EQ(Csv(store, "SELECT count(*) n FROM t"), "n\n0\n");
+    }
+    EXPECT_TRUE(store.AddToTable("t", table));
+}
+
+TEST_F(StoreTest, BeginsAnewBesideACorruptFile) {
+    const std::string file = "stores/db-x.sqlite";
+    Store("x").ExecuteNonQuery("CREATE TABLE t (a)");
+    std::string noSchema = dir.Read(file);
+    noSchema.replace(100, 400, 400, '\xAA');
+    for (const std::string& content : {noSchema, std::string(5000, 'g')}) {
+        dir.Write(file, content);
+        m_log.Forget();
+        Store store("x");
+        EXPECT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)"));
+        EXPECT_EQ(dir.Read(file + ".corrupt"), content);
+        EXPECT_THAT(TakeErrors(), ElementsAre(StartsWith("Database 'x': "), HasSubstr("moved aside")));
+    }
+    std::fstream(dir.Native(file)).seekp(4096) << std::string(4096, 'g');  // the table's page
+    Store store("x");
+    EXPECT_FALSE(store.ExecuteNonQuery("SELECT * FROM t"));
+    EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("malformed")));
+}
+
+TEST_F(StoreTest, TransactionsThatDoNotMatchAreLogged) {
+    {
+        Store store("tx");
+        store.ExecuteNonQuery("CREATE TABLE t (a)");
+        DataTable good(VariantList(Variant("a", 1))),
+            bad(VariantList(Variant("a", 2)), VariantList(Variant("b", 3)));
+        store.CommitTransaction();
+        store.RollbackTransaction();
+        store.BeginTransaction();
+        store.BeginTransaction();
+        EXPECT_TRUE(store.AddToTable("t", good));
+        EXPECT_FALSE(store.AddToTable("t", bad));  // undoes itself only
+        store.CommitTransaction();
+        EXPECT_THAT(TakeErrors(),
+                    ElementsAre(HasSubstr("no transaction is active"), HasSubstr("no transaction"),
+                                HasSubstr("within a transaction"), HasSubstr("no column 'b'")));
+        store.BeginTransaction();
+        EXPECT_TRUE(store.AddToTable("t", good));
+        store.RollbackTransaction();
+        EXPECT_EQ(Csv(store, "SELECT a FROM t"), "a\n1\n");
+        store.BeginTransaction();
+    }
+    EXPECT_THAT(m_log.Lines(ICLogger::Level::Warn), ElementsAre(HasSubstr("closed inside a transaction")));
+}
+
+TEST_F(StoreTest, KeepsPropertiesAndTablesBetweenStores) {
+    std::string value = "kept";
+    const std::string name("n\0'", 3), text("v\0\xFF", 3);
+    Store("p").SetDatabaseProperty(name, "old");
+    Store store("P");
+    store.GetDatabaseProperty("n", value);
+    EXPECT_EQ(value, "kept");
+    store.SetDatabaseProperty(name, text);
+    store.ShrinkMemory();
+    store.GetDatabaseProperty(name, value);
+    EXPECT_EQ(value, text);
+}
+
+TEST_F(StoreTest, DatabaseNamesStayInTheFolder) {
+    const std::string names[] = {"..",       "../up", "..\\up", "c:\\x", "con", "a b.", std::string("z\0", 2),
+                                 "\xC3\xA9", "%41"};
+    for (const std::string& name : names)
+        EXPECT_TRUE(Store(name).ExecuteNonQuery("CREATE TABLE t (a)")) << name;
+    for (const std::string& name : {std::string(), std::string(201, 'x'), std::string(67, '.')})
+        EXPECT_FALSE(Store(name).ExecuteNonQuery("SELECT 1"));
+    EXPECT_THAT(m_databases.folder.GetNames(), testing::UnorderedElementsAreArray(names));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Native()), {}), 1);
+}
+
+TEST_F(StoreTest, AThousandStoresLeaveNothingBehind) {
+    const auto memory = sqlite3_memory_used();  // of every connection and open file
+    for (int i = 0; i < 1000 / QUILLON_TEST_SLOWDOWN; ++i)
+        ASSERT_TRUE(Store("many").WriteDataToTempTable("t", Column("a", {Variant(i)})));
+    EXPECT_EQ(sqlite3_memory_used(), memory);
+}
+
+TEST_F(StoreTest, MayEndAfterItsEngine) {
+    Store store("late");
+    m_databases.engine.reset();
+    ServiceLocator::Remove<ISqliteInstance>();
+    m_databases.engine.emplace(m_databases.folder);
+    m_databases.engine->CloseDatabase(nullptr);
+    EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("has not opened")));
+}
+
+TEST_F(StoreTest, HoldsAMillionRows) {
+    constexpr long long kRows = 1'000'000 / QUILLON_TEST_SLOWDOWN;
+    Store store("large");
+    DataTable table;
+    for (long long i = 0; i < kRows; ++i)
+        table.AddRow(VariantList(Variant("n", i), Variant("t", std::to_string(i))));
+    ASSERT_TRUE(store.WriteDataToTempTable("t", table));
+    EXPECT_TRUE(Query(store, "SELECT * FROM [temp.t]") == table);
+}
+
+TEST_F(StoreTest, KeepsWhatWasCommittedWhenTheProcessIsKilled) {
+    const auto properties = CommandOf(ChildCommand("commit", {dir.Path("stores")}), m_log);
+    properties->maxOutputBytes = 1000;
+    EXPECT_EQ(ProcessUtils::RunCliCommand(properties), -5);
+    const std::string output =
+        properties->outputTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue();
+    const long long told = std::count(output.begin(), output.end(), '\n');
+    EXPECT_GT(told, 200);
+    Store store("loop");
+    const VariantList row = *Query(store, "SELECT count(*), max(n), count(DISTINCT n) FROM t").begin();
+    EXPECT_GE(row.Get(0).GetLongLongValue(), told);
+    EXPECT_EQ(row.Get(0).GetLongLongValue(), row.Get(1).GetLongLongValue());
+    EXPECT_EQ(row.Get(0).GetLongLongValue(), row.Get(2).GetLongLongValue());
+}
+
+TEST(StoreModule, SavesQueriesAndLists) {
+    const TempDir dir;
+    const agent::Host host({}, dir.Path("stores"));
+    const auto run = [&host](const std::string& method, const std::vector<std::string>& arguments) {
+        const InvocationResult result = host.Run("Store." + method, arguments);
+        std::string text = result.errorMessage + ToCsv(result.resultTable);
+        std::erase(text, '\r');
+        return std::to_string(result.resultCode) + '|' + text;
+    };
+    const std::vector<std::string> save{"database=Inv", "table=T x",
+                                        "command=" + ChildCommand("print", {"a 1|b 2", "0"}),
+                                        "columns=Name Size:integer"};
+    auto skip = save, lines = save;
+    skip.push_back("skip=1");
+    lines[3] = "replace=true";
+    EXPECT_EQ(run("List", {}), "0|Database,Table,Rows\n");
+    EXPECT_EQ(run("Save", save), "0|Database,Table,Rows,Created\nInv,T x,2,true\n");
+    EXPECT_EQ(run("Save", skip), "0|Database,Table,Rows,Created\nInv,T x,1,false\n");
+    const std::vector<std::string> query{"database=INV", "sql=SELECT * FROM [T x]"};
+    EXPECT_EQ(run("Query", query), "0|Name,Size\na,1\nb,2\nb,2\n");
+    EXPECT_EQ(run("List", {}), "0|Database,Table,Rows\ninv,T x,3\n");
+    EXPECT_EQ(run("Save", lines), "0|Database,Table,Rows,Created\nInv,T x,2,true\n");
+    EXPECT_EQ(run("Save", save), "3|Could not save table 'T x' in database 'Inv'");
+    EXPECT_EQ(run("Query", query), "0|ExitCode,LineNumber,Output\n0,0,a 1\n0,1,b 2\n");
+    EXPECT_THAT(run("Query", {"database=none", "sql=SELECT 1"}), StartsWith("2|There is no database"));
+    EXPECT_THAT(run("Query", {"database=inv", "sql=SELEC"}), StartsWith("3|The statement failed"));
+    EXPECT_THAT(run("Save", {"database=", "table=t", "command=x"}), StartsWith("2|'database'"));
+    EXPECT_THAT(run("Save", {"database=d", "table=temp.t", "command=x"}), StartsWith("2|'table'"));
+}
+
+}  // namespace quillon::test
