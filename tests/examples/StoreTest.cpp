@@ -17,13 +17,12 @@ namespace quillon::test {
 
 namespace {
 
-using agent::DatabaseFolder;
-using agent::SqliteEngine;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 using Store = SqlApplicationDataStore;
+using V = Variant;
 
 /// Databases of this test alone, which wait hardly at all for each other.
 struct Databases {
@@ -34,8 +33,8 @@ struct Databases {
         if (ServiceLocator::Contains<ISqliteInstance>()) ServiceLocator::Remove<ISqliteInstance>();
     }
 
-    DatabaseFolder folder;
-    std::optional<SqliteEngine> engine;
+    agent::DatabaseFolder folder;
+    std::optional<agent::SqliteEngine> engine;
 };
 
 class StoreTest : public TempDirTest {
@@ -78,7 +77,7 @@ const ChildMode commit("commit", [](const std::vector<std::string>& a) {
     Store store("loop");
     store.ExecuteNonQuery("CREATE TABLE t (n INTEGER)");
     for (long long n = 1;; ++n) {
-        DataTable row(VariantList(Variant("n", n)));
+        DataTable row(VariantList(V("n", n)));
         if (!store.AddToTable("t", row)) return 1;
         if (std::printf("%lld\n", n) < 0 || std::fflush(stdout) != 0) return 2;
     }
@@ -93,7 +92,7 @@ TEST_F(StoreTest, TakesEveryNameThatCanStandInBrackets) {
         "temp.t", "a.b",       "\xC3\xA9 %s%n",       "?1",        std::string(128 * 1024, 'n')};
     for (const std::string& name : names) {
         SCOPED_TRACE(name.substr(0, 30));
-        DataTable table = Column(name, {Variant("v"), Variant("w")});
+        DataTable table = Column(name, {V("v"), V("w")});
         ASSERT_TRUE(store.WriteDataToTempTable(name, table));
         EXPECT_EQ(Query(store, "SELECT * FROM [temp." + name + ']'), table);
         bool existed = false;
@@ -110,22 +109,17 @@ TEST_F(StoreTest, TakesEveryNameThatCanStandInBrackets) {
 
 TEST_F(StoreTest, RefusesWhatSqliteCannotHold) {
     Store store("limits");
-    const auto wide = [](int columns) {
-        VariantList row;
-        for (int i = 0; i < columns; ++i) row.Add("c" + std::to_string(i), i);
-        return DataTable(row);
-    };
-    EXPECT_TRUE(store.WriteDataToTempTable("wide", wide(2000)));
-    EXPECT_FALSE(store.WriteDataToTempTable("wider", wide(2001)));
-    EXPECT_FALSE(
-        store.WriteDataToTempTable("case", DataTable(VariantList(Variant("a", 1), Variant("A", 2)))));
-    EXPECT_FALSE(store.ExecuteNonQuery("SELECT 1; SELECT 2"));
-    EXPECT_FALSE(store.ExecuteNonQuery(" -- nothing"));
-    EXPECT_FALSE(store.ExecuteNonQuery(std::string("SELECT 1\0", 9)));
-    EXPECT_FALSE(store.ExecuteNonQuery("ATTACH 'other' AS other"));
-    EXPECT_FALSE(store.ExecuteNonQuery("VACUUM INTO 'other'"));
-    EXPECT_TRUE(store.ExecuteNonQuery("SELECT 1; -- and no more\n ;;"));
-    EXPECT_TRUE(store.ExecuteNonQuery("VACUUM"));
+    VariantList row;
+    for (int i = 0; i < 2000; ++i) row.Add("c" + std::to_string(i), i);
+    EXPECT_TRUE(store.WriteDataToTempTable("wide", DataTable(row)));
+    row.Add("last", 1);
+    EXPECT_FALSE(store.WriteDataToTempTable("wider", DataTable(row)));
+    EXPECT_FALSE(store.WriteDataToTempTable("case", DataTable(VariantList(V("a", 1), V("A", 2)))));
+    for (const std::string& sql :
+         {std::string("SELECT 1; SELECT 2"), std::string(" -- nothing"), std::string("SELECT 1\0", 9),
+          std::string("ATTACH 'other' AS other"), std::string("VACUUM INTO 'other'")})
+        EXPECT_FALSE(store.ExecuteNonQuery(sql)) << sql;
+    EXPECT_TRUE(store.ExecuteNonQuery("SELECT 1; -- and no more\n ;;") && store.ExecuteNonQuery("VACUUM"));
     m_log.Forget();
     EXPECT_FALSE(store.ExecuteNonQuery("broken " + std::string(9999, 'x')));
     EXPECT_THAT(TakeErrors(), ElementsAre(testing::AllOf(
@@ -136,27 +130,25 @@ TEST_F(StoreTest, RefusesWhatSqliteCannotHold) {
 TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
     const long long max = std::numeric_limits<long long>::max(), min = std::numeric_limits<long long>::min();
     const double infinity = std::numeric_limits<double>::infinity();
-    const Variant nan(std::nan("")), null;
-    const Variant zero(std::string("a\0b", 3)), time(TimePoint(std::chrono::seconds(1)));
+    const V nan(std::nan("")), null;
+    const V zero(std::string("a\0b", 3)), time(TimePoint(std::chrono::seconds(1)));
     const struct {
         std::vector<Variant> written, read;  // nothing: the same
     } cases[] = {
-        {{Variant(max), Variant(min), null}, {}},
-        {{Variant(0.1), Variant(infinity), Variant(-infinity), Variant(5e-324), Variant(1e308)}, {}},
-        {{Variant(1.5), nan}, {Variant(1.5), null}},
-        {{zero, Variant(""), Variant("\xFF"), null, Variant("1"), Variant("1.0")}, {}},
-        {{Variant(1), Variant("007"), Variant("1e3"), Variant(" 1"), Variant("9223372036854775808"),
-          Variant("-0"), Variant("1 a"), Variant("-"), Variant("1.50"), Variant("0.1234567890123456789")},
+        {{V(max), V(min), null}, {}},
+        {{V(0.1), V(infinity), V(-infinity), V(5e-324), V(1e308)}, {}},
+        {{V(1.5), nan}, {V(1.5), null}},
+        {{zero, V(""), V("\xFF"), null, V("1"), V("1.0")}, {}},
+        {{V(1), V("007"), V("1e3"), V(" 1"), V("9223372036854775808"), V("-0"), V("1 a"), V("-"), V("1.50"),
+          V("0.1234567890123456789")},
          {}},
-        {{null, Variant("12"), Variant(max), Variant(2.0)}, {}},
-        {{Variant(1), Variant("12"), Variant("-1.5")}, {Variant(1), Variant(12), Variant(-1.5)}},
-        {{Variant("x"), Variant(max), Variant(0.1), Variant(true)},
-         {Variant("x"), Variant("9223372036854775807"), Variant("0.1"), Variant("1")}},
-        {{Variant(0.5), Variant(max), Variant(9007199254740993LL), Variant("12")},
-         {Variant(0.5), Variant("9223372036854775807"), Variant("9007199254740993"), Variant(12.0)}},
-        {{Variant(true), Variant(0.5), Variant(false), Variant("x")},
-         {Variant(1), Variant(0.5), Variant(0), Variant("x")}},
-        {{time, time}, {Variant("1970-01-01T00:00:01.000Z"), Variant("1970-01-01T00:00:01.000Z")}},
+        {{null, V("12"), V(max), V(2.0)}, {}},
+        {{V(1), V("12"), V("-1.5")}, {V(1), V(12), V(-1.5)}},
+        {{V("x"), V(max), V(0.1), V(true)}, {V("x"), V("9223372036854775807"), V("0.1"), V("1")}},
+        {{V(0.5), V(max), V(9007199254740993LL), V("12")},
+         {V(0.5), V("9223372036854775807"), V("9007199254740993"), V(12.0)}},
+        {{V(true), V(0.5), V(false), V("x")}, {V(1), V(0.5), V(0), V("x")}},
+        {{time, time}, {V("1970-01-01T00:00:01.000Z"), V("1970-01-01T00:00:01.000Z")}},
     };
     Store store("values");
     for (const auto& c : cases) {
@@ -170,14 +162,11 @@ TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
 TEST_F(StoreTest, PutsCellsIntoTheColumnsOfTheirNamesOrNothingAtAll) {
     Store store("rows");
     store.ExecuteNonQuery("CREATE TABLE t (A, b_c DEFAULT 'd')");
-    DataTable table(VariantList(Variant("b-c", 2), Variant("a", 1)), VariantList(Variant("A", 3)),
-                    VariantList());
+    DataTable table(VariantList(V("b-c", 2), V("a", 1)), VariantList(V("A", 3)), VariantList());
     EXPECT_TRUE(store.AddToTable("t", table));
-    for (const VariantList& bad :
-         {VariantList(Variant("x", 1)), VariantList(Variant("a", 1), Variant("A", 1))}) {
-        DataTable rows(VariantList(Variant("A", 4)), bad);
-        EXPECT_FALSE(store.AddToTable("t", rows));
-    }
+    DataTable unknown(VariantList(V("A", 4)), VariantList(V("x", 1))),
+        twice(VariantList(V("a", 1), V("A", 1)));
+    EXPECT_FALSE(store.AddToTable("t", unknown) || store.AddToTable("t", twice));
     EXPECT_FALSE(store.AddToTable("none", table));
     EXPECT_EQ(TakeErrors().size(), 3u);
     EXPECT_EQ(Csv(store, "SELECT * FROM t"), "A,b_c\n1,2\n3,d\n,d\n");
@@ -186,7 +175,7 @@ TEST_F(StoreTest, PutsCellsIntoTheColumnsOfTheirNamesOrNothingAtAll) {
 TEST_F(StoreTest, FailsWholeAndOnceWhenTheDatabaseCannotBeWritten) {
     Store store("busy"), other("BUSY");
     store.ExecuteNonQuery("CREATE TABLE t (a)");
-    DataTable table(VariantList(Variant("a", 1)));
+    DataTable table(VariantList(V("a", 1)));
     for (int i = 0; i < 14; ++i) table += DataTable(table);
     const std::tuple<Store&, const char*, const char*, const char*> cases[] = {
         {other, "BEGIN IMMEDIATE", "COMMIT", "database is locked"},
@@ -226,8 +215,7 @@ TEST_F(StoreTest, TransactionsThatDoNotMatchAreLogged) {
     {
         Store store("tx");
         store.ExecuteNonQuery("CREATE TABLE t (a)");
-        DataTable good(VariantList(Variant("a", 1))),
-            bad(VariantList(Variant("a", 2)), VariantList(Variant("b", 3)));
+        DataTable good(VariantList(V("a", 1))), bad(VariantList(V("a", 2)), VariantList(V("b", 3)));
         store.CommitTransaction();
         store.RollbackTransaction();
         store.BeginTransaction();
@@ -235,9 +223,8 @@ TEST_F(StoreTest, TransactionsThatDoNotMatchAreLogged) {
         EXPECT_TRUE(store.AddToTable("t", good));
         EXPECT_FALSE(store.AddToTable("t", bad));  // undoes itself only
         store.CommitTransaction();
-        EXPECT_THAT(TakeErrors(),
-                    ElementsAre(HasSubstr("no transaction is active"), HasSubstr("no transaction"),
-                                HasSubstr("within a transaction"), HasSubstr("no column 'b'")));
+        EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("no transaction"), HasSubstr("no transaction"),
+                                              HasSubstr("within a tr"), HasSubstr("no column 'b'")));
         store.BeginTransaction();
         EXPECT_TRUE(store.AddToTable("t", good));
         store.RollbackTransaction();
@@ -255,7 +242,6 @@ TEST_F(StoreTest, KeepsPropertiesAndTablesBetweenStores) {
     store.GetDatabaseProperty("n", value);
     EXPECT_EQ(value, "kept");
     store.SetDatabaseProperty(name, text);
-    store.ShrinkMemory();
     store.GetDatabaseProperty(name, value);
     EXPECT_EQ(value, text);
 }
@@ -274,7 +260,7 @@ TEST_F(StoreTest, DatabaseNamesStayInTheFolder) {
 TEST_F(StoreTest, AThousandStoresLeaveNothingBehind) {
     const auto memory = sqlite3_memory_used();  // of every connection and open file
     for (int i = 0; i < 1000 / QUILLON_TEST_SLOWDOWN; ++i)
-        ASSERT_TRUE(Store("many").WriteDataToTempTable("t", Column("a", {Variant(i)})));
+        ASSERT_TRUE(Store("many").WriteDataToTempTable("t", Column("a", {V(i)})));
     EXPECT_EQ(sqlite3_memory_used(), memory);
 }
 
@@ -291,8 +277,7 @@ TEST_F(StoreTest, HoldsAMillionRows) {
     constexpr long long kRows = 1'000'000 / QUILLON_TEST_SLOWDOWN;
     Store store("large");
     DataTable table;
-    for (long long i = 0; i < kRows; ++i)
-        table.AddRow(VariantList(Variant("n", i), Variant("t", std::to_string(i))));
+    for (long long i = 0; i < kRows; ++i) table.AddRow(VariantList(V("n", i), V("t", std::to_string(i))));
     ASSERT_TRUE(store.WriteDataToTempTable("t", table));
     EXPECT_TRUE(Query(store, "SELECT * FROM [temp.t]") == table);
 }
@@ -301,15 +286,13 @@ TEST_F(StoreTest, KeepsWhatWasCommittedWhenTheProcessIsKilled) {
     const auto properties = CommandOf(ChildCommand("commit", {dir.Path("stores")}), m_log);
     properties->maxOutputBytes = 1000;
     EXPECT_EQ(ProcessUtils::RunCliCommand(properties), -5);
-    const std::string output =
-        properties->outputTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue();
+    const std::string output = properties->outputTable.begin()->Get(1).GetStringValue();
     const long long told = std::count(output.begin(), output.end(), '\n');
     EXPECT_GT(told, 200);
     Store store("loop");
-    const VariantList row = *Query(store, "SELECT count(*), max(n), count(DISTINCT n) FROM t").begin();
-    EXPECT_GE(row.Get(0).GetLongLongValue(), told);
-    EXPECT_EQ(row.Get(0).GetLongLongValue(), row.Get(1).GetLongLongValue());
-    EXPECT_EQ(row.Get(0).GetLongLongValue(), row.Get(2).GetLongLongValue());
+    const auto kept = Query(store, "SELECT max(n) FROM t").begin()->Get(0).GetLongLongValue();
+    EXPECT_GE(kept, told);
+    EXPECT_EQ(Csv(store, "SELECT count(DISTINCT n) n FROM t"), "n\n" + std::to_string(kept) + '\n');
 }
 
 TEST(StoreModule, SavesQueriesAndLists) {
@@ -337,8 +320,6 @@ TEST(StoreModule, SavesQueriesAndLists) {
     EXPECT_EQ(run("Save", save), "3|Could not save table 'T x' in database 'Inv'");
     EXPECT_EQ(run("Query", query), "0|ExitCode,LineNumber,Output\n0,0,a 1\n0,1,b 2\n");
     EXPECT_THAT(run("Query", {"database=none", "sql=SELECT 1"}), StartsWith("2|There is no database"));
-    EXPECT_THAT(run("Query", {"database=inv", "sql=SELEC"}), StartsWith("3|The statement failed"));
-    EXPECT_THAT(run("Save", {"database=", "table=t", "command=x"}), StartsWith("2|'database'"));
     EXPECT_THAT(run("Save", {"database=d", "table=temp.t", "command=x"}), StartsWith("2|'table'"));
 }
 

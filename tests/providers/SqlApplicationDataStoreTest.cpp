@@ -137,14 +137,9 @@ TEST_F(SqlApplicationDataStoreTest, DoesNothingWithoutADatabase) {
                      store.ExecuteQuery("SELECT 1", table) || store.ExecuteNonQuery("SELECT 1"));
         store.EnsureTableExists("T", {{"A", Store::Text}}, {}, existed);
         store.DeleteTempTable("T");
-        store.BeginTransaction();
-        store.CommitTransaction();
-        store.RollbackTransaction();
-        store.SetDatabaseProperty("P", "v");
-        store.GetDatabaseProperty("P", value);
-        store.ShrinkMemory();
-        EXPECT_EQ(store.QuoteTableName("T"), "T");
-        EXPECT_EQ(value, "kept");
+        store.BeginTransaction(), store.CommitTransaction(), store.RollbackTransaction();
+        store.SetDatabaseProperty("P", "v"), store.GetDatabaseProperty("P", value), store.ShrinkMemory();
+        EXPECT_EQ(store.QuoteTableName("T") + value, "Tkept");
     }
     EXPECT_THAT(m_engine.calls, IsEmpty());
     EXPECT_THAT(m_log.Lines(),
