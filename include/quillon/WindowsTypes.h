@@ -17,6 +17,8 @@ using VARIANT = struct tagVARIANT;
 using BSTR = wchar_t*;
 class _variant_t;
 class _bstr_t;
+struct IWbemClassObject;
+struct IWbemServices;
 struct _GUID;
 using GUID = struct _GUID;
 struct _LUID;
@@ -34,6 +36,8 @@ using HANDLE = void*;
 #include <cwchar>
 #include <new>
 #include <utility>
+
+#include "quillon/Export.h"
 
 struct FILETIME {
     std::uint32_t dwLowDateTime;
@@ -89,6 +93,14 @@ inline void SysFreeString(BSTR text) {
     if (text != nullptr) std::free(reinterpret_cast<char*>(text) - sizeof(std::size_t));
 }
 
+struct IUnknown;
+struct IWbemClassObject;
+struct IWbemServices;
+/// One-dimensional array of one type; the seam's own.
+struct SAFEARRAY;
+
+/// 0 and above is success.
+using HRESULT = std::int32_t;
 using VARTYPE = std::uint16_t;
 using VARIANT_BOOL = std::int16_t;
 inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
@@ -101,22 +113,37 @@ enum VARENUM : VARTYPE {
     VT_I4 = 3,
     VT_R4 = 4,
     VT_R8 = 5,
+    VT_CY = 6,
     VT_DATE = 7,
     VT_BSTR = 8,
+    VT_DISPATCH = 9,
     VT_BOOL = 11,
+    VT_VARIANT = 12,
+    VT_UNKNOWN = 13,
+    VT_DECIMAL = 14,
     VT_I1 = 16,
     VT_UI1 = 17,
     VT_UI2 = 18,
     VT_UI4 = 19,
     VT_I8 = 20,
     VT_UI8 = 21,
+    VT_ARRAY = 0x2000,
+};
+
+/// A number of 96 bits, divided by ten `scale` times.
+struct DECIMAL {
+    std::uint8_t scale;
+    std::uint8_t sign;  // 0x80: negative
+    std::uint32_t Hi32;
+    std::uint64_t Lo64;
 };
 
 /// A value and its type. Whoever holds one clears it; _variant_t does so itself.
 struct VARIANT {
     VARTYPE vt;
     union {
-        std::int64_t llVal;  // first: an empty VARIANT is all zeros
+        DECIMAL decVal;  // first and largest: an empty VARIANT is all zeros
+        std::int64_t llVal;
         signed char cVal;
         unsigned char bVal;
         std::int16_t iVal;
@@ -129,15 +156,17 @@ struct VARIANT {
         VARIANT_BOOL boolVal;
         double date;
         BSTR bstrVal;
+        IUnknown* punkVal;
+        SAFEARRAY* parray;
     };
 };
 
 inline void VariantInit(VARIANT* value) { *value = VARIANT{}; }
-
-inline void VariantClear(VARIANT* value) {
-    if (value->vt == VT_BSTR) SysFreeString(value->bstrVal);
-    VariantInit(value);
-}
+/// Frees the text, array or reference, and leaves VT_EMPTY. 0 or E_INVALIDARG.
+QUILLON_API HRESULT VariantClear(VARIANT* value);
+/// A deep copy in place of what `target` held; an interface gets one more reference.
+/// 0 or E_OUTOFMEMORY.
+QUILLON_API HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 
 /// An owned BSTR.
 class _bstr_t {
@@ -173,8 +202,8 @@ private:
 class _variant_t : public VARIANT {
 public:
     _variant_t() noexcept : VARIANT{} {}
-    _variant_t(const VARIANT& source) : VARIANT(source) {
-        if (vt == VT_BSTR) bstrVal = _bstr_t(source.bstrVal, true).Detach();
+    _variant_t(const VARIANT& source) : VARIANT{} {
+        if (VariantCopy(this, &source) < 0) throw std::bad_alloc();
     }
     _variant_t(const _variant_t& other) : _variant_t(static_cast<const VARIANT&>(other)) {}
     _variant_t(_variant_t&& other) noexcept : VARIANT(other.Detach()) {}
@@ -187,6 +216,14 @@ public:
     _variant_t(double value, VARTYPE type = VT_R8) noexcept : VARIANT{} {
         vt = type;
         dblVal = value;
+    }
+    explicit _variant_t(bool value) noexcept : VARIANT{} {
+        vt = VT_BOOL;
+        boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
+    }
+    explicit _variant_t(long long value) noexcept : VARIANT{} {
+        vt = VT_I8;
+        llVal = value;
     }
     ~_variant_t() { Clear(); }
     _variant_t& operator=(_variant_t other) noexcept {
@@ -201,6 +238,9 @@ public:
 #endif
 
 namespace ATL {
+
+template <class T>
+class CComPtr;
 
 /// An OLE date (days since 1899-12-30T00:00:00, the fraction being the time of
 /// day) and whether it is one.
