@@ -143,14 +143,14 @@ struct VARIANT {
     VARTYPE vt;
     union {
         DECIMAL decVal;  // first and largest: an empty VARIANT is all zeros
-        std::int64_t llVal;
+        long long llVal;
         signed char cVal;
         unsigned char bVal;
         std::int16_t iVal;
         std::uint16_t uiVal;
         std::int32_t lVal;
         std::uint32_t ulVal;
-        std::uint64_t ullVal;
+        unsigned long long ullVal;
         float fltVal;
         double dblVal;
         VARIANT_BOOL boolVal;
@@ -185,6 +185,7 @@ public:
 
     operator const wchar_t*() const noexcept { return m_text; }
     unsigned int length() const noexcept { return SysStringLen(m_text); }
+    BSTR& GetBSTR() noexcept { return m_text; }
     BSTR Detach() noexcept { return std::exchange(m_text, nullptr); }
 
 private:

@@ -14,9 +14,6 @@ std::string WideToAnsi(std::wstring_view text);
 
 /// The text of a BSTR by its own count, so with its embedded zeros; null is the empty text.
 std::wstring_view BstrText(BSTR text);
-/// A new BSTR, which FreeBstr releases.
-BSTR AllocateBstr(std::wstring_view text);
-void FreeBstr(BSTR text);
 
 /// %NAME% references expanded, the text cut at its first zero; unknown names stay.
 /// Nothing when the system cannot. The narrow form is in the ANSI code page.

@@ -40,8 +40,7 @@ std::optional<std::wstring> WbemMessage(HRESULT code);
 /// The system's message alone.
 std::optional<std::wstring> ComMessage(HRESULT code);
 
-/// What stands behind the calls above. A null member is the system's own (outside
-/// Windows: the simulated repository of the machine).
+/// What stands behind the calls above.
 struct WbemCalls {
     std::function<HRESULT(CComPtr<IWbemLocator>&)> createLocator;
     std::function<HRESULT(IWbemServices*)> setProxyBlanket;
@@ -49,7 +48,9 @@ struct WbemCalls {
     std::function<std::optional<std::wstring>(HRESULT)> wbemMessage;
     std::function<std::optional<std::wstring>(HRESULT)> comMessage;
 };
-/// For tests; while no connector is at work.
+/// The system's own; outside Windows the simulated repository of the machine.
+WbemCalls SystemWbemCalls();
+/// For tests, while no connector is at work. A member that is empty becomes the system's own.
 void ReplaceWbemCalls(WbemCalls calls);
 
 }  // namespace quillon::platform

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/ErrorText.h"
+#include "platform/OleTypes.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon::platform {
@@ -13,10 +14,8 @@ namespace {
 using namespace std::string_literals;
 
 std::string FromBstr(const std::wstring& text) {
-    const BSTR bstr = AllocateBstr(text);
-    std::string narrow = StringUtils::ConvertBSTRToNarrowString(bstr);
-    FreeBstr(bstr);
-    return narrow;
+    _bstr_t bstr(SysAllocStringLen(text.data(), static_cast<unsigned int>(text.size())), false);
+    return StringUtils::ConvertBSTRToNarrowString(bstr.GetBSTR());
 }
 
 TEST(TextApiBstr, IsConvertedToTheAnsiCodePageByItsOwnCount) {

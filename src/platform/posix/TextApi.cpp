@@ -78,12 +78,6 @@ std::string WideToAnsi(std::wstring_view text) {
 
 std::wstring_view BstrText(BSTR text) { return {text, SysStringLen(text)}; }
 
-BSTR AllocateBstr(std::wstring_view text) {
-    return SysAllocStringLen(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-void FreeBstr(BSTR text) { SysFreeString(text); }
-
 std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {
     const Environment environment;
     const std::wstring_view input = text.c_str();

@@ -32,12 +32,6 @@ std::string WideToAnsi(std::wstring_view text) {
 
 std::wstring_view BstrText(BSTR text) { return {text, ::SysStringLen(text)}; }
 
-BSTR AllocateBstr(std::wstring_view text) {
-    return ::SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
-
-void FreeBstr(BSTR text) { ::SysFreeString(text); }
-
 std::optional<std::string> ExpandEnvironment(const std::string& text) {
     return ExpandWith(::ExpandEnvironmentStringsA, text);
 }

@@ -1,0 +1,41 @@
+#include "platform/Wbem.h"
+
+#include <utility>
+
+namespace quillon::platform {
+
+namespace {
+
+WbemCalls& Calls() {
+    static WbemCalls calls = SystemWbemCalls();
+    return calls;
+}
+
+template <class Function>
+void TakeIfGiven(Function& target, Function& given) {
+    if (given) target = std::move(given);
+}
+
+}  // namespace
+
+HRESULT CreateWbemLocator(CComPtr<IWbemLocator>& locator) { return Calls().createLocator(locator); }
+
+HRESULT SetWbemProxyBlanket(IWbemServices* services) { return Calls().setProxyBlanket(services); }
+
+bool LoadWbemMessages() { return Calls().loadMessages(); }
+
+std::optional<std::wstring> WbemMessage(HRESULT code) { return Calls().wbemMessage(code); }
+
+std::optional<std::wstring> ComMessage(HRESULT code) { return Calls().comMessage(code); }
+
+void ReplaceWbemCalls(WbemCalls calls) {
+    WbemCalls all = SystemWbemCalls();
+    TakeIfGiven(all.createLocator, calls.createLocator);
+    TakeIfGiven(all.setProxyBlanket, calls.setProxyBlanket);
+    TakeIfGiven(all.loadMessages, calls.loadMessages);
+    TakeIfGiven(all.wbemMessage, calls.wbemMessage);
+    TakeIfGiven(all.comMessage, calls.comMessage);
+    Calls() = std::move(all);
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,51 @@
+#include "platform/Wbem.h"
+
+#include "platform/win32/LocalMemory.h"
+
+namespace quillon::platform {
+
+namespace {
+
+HRESULT CreateLocator(CComPtr<IWbemLocator>& locator) {
+    return ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                              reinterpret_cast<void**>(&locator));
+}
+
+HRESULT SetProxyBlanket(IWbemServices* services) {
+    return ::CoSetProxyBlanket(services, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
+                               RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
+}
+
+/// Never freed: messages are asked for until the process ends.
+HMODULE MessageModule() {
+    static const HMODULE module = ::LoadLibraryExW(L"WmiUtils.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    return module;
+}
+
+std::optional<std::wstring> Message(DWORD source, HMODULE module, HRESULT code) {
+    wchar_t* buffer = nullptr;
+    const DWORD flags = source | FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS |
+                        FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    const DWORD length = ::FormatMessageW(flags, module, static_cast<DWORD>(code), 0,
+                                          reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+    const LocalMemory owner(buffer);
+    if (length == 0 || buffer == nullptr) return std::nullopt;
+    return std::wstring(buffer, length);
+}
+
+std::optional<std::wstring> MessageOfModuleOrSystem(HRESULT code) {
+    return Message(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM, MessageModule(), code);
+}
+
+std::optional<std::wstring> MessageOfSystem(HRESULT code) {
+    return Message(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code);
+}
+
+}  // namespace
+
+WbemCalls SystemWbemCalls() {
+    return {CreateLocator, SetProxyBlanket, [] { return MessageModule() != nullptr; },
+            MessageOfModuleOrSystem, MessageOfSystem};
+}
+
+}  // namespace quillon::platform
