@@ -11,69 +11,12 @@
 
 #include "platform/Characters.h"
 #include "platform/Utf.h"
+#include "platform/VariantNumber.h"
 #include "platform/Wbem.h"
 
 namespace {
 
-using Number = std::variant<long long, unsigned long long, double>;
-
-std::string_view Trimmed(std::string_view text) {
-    while (!text.empty() && quillon::platform::IsSpace(text.front())) text.remove_prefix(1);
-    while (!text.empty() && quillon::platform::IsSpace(text.back())) text.remove_suffix(1);
-    return text;
-}
-
-template <class T>
-std::optional<Number> ReadAs(std::string_view text) {
-    T number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
-std::optional<Number> ReadNumber(BSTR text) {
-    const std::string narrow = quillon::platform::ToUtf8({text, SysStringLen(text)});
-    std::string_view digits = Trimmed(narrow);
-    if (digits.starts_with('+') && !digits.starts_with("+-")) digits.remove_prefix(1);
-    // What from_chars takes besides numbers.
-    if (digits.find_first_of("nN") != std::string_view::npos) return std::nullopt;
-    if (const auto number = ReadAs<long long>(digits)) return number;
-    if (const auto number = ReadAs<unsigned long long>(digits)) return number;
-    return ReadAs<double>(digits);
-}
-
-std::optional<Number> NumberOf(const VARIANT& value) {
-    switch (value.vt) {
-        case VT_EMPTY:
-            return 0LL;
-        case VT_I1:
-            return static_cast<long long>(value.cVal);
-        case VT_UI1:
-            return static_cast<long long>(value.bVal);
-        case VT_I2:
-            return static_cast<long long>(value.iVal);
-        case VT_UI2:
-            return static_cast<long long>(value.uiVal);
-        case VT_I4:
-            return static_cast<long long>(value.lVal);
-        case VT_UI4:
-            return static_cast<long long>(value.ulVal);
-        case VT_I8:
-            return value.llVal;
-        case VT_UI8:
-            return value.ullVal;
-        case VT_BOOL:
-            return static_cast<long long>(value.boolVal);
-        case VT_R4:
-            return double{value.fltVal};
-        case VT_R8:
-            return value.dblVal;
-        case VT_BSTR:
-            return ReadNumber(value.bstrVal);
-        default:
-            return std::nullopt;
-    }
-}
+using Number = quillon::platform::VariantNumber;
 
 template <std::integral T>
 HRESULT StoreInteger(const Number& number, T& target) {
@@ -189,7 +132,7 @@ HRESULT Convert(const VARIANT& source, VARTYPE type, VARIANT& target) {
         target.boolVal = *word;
         return S_OK;
     }
-    const auto number = NumberOf(source);
+    const auto number = quillon::platform::VariantNumberOf(source);
     return number ? Store(source, *number, type, target) : DISP_E_TYPEMISMATCH;
 }
 
