@@ -132,6 +132,7 @@ enum VARENUM : VARTYPE {
 
 /// A number of 96 bits, divided by ten `scale` times.
 struct DECIMAL {
+    std::uint16_t wReserved;  // no padding: a copy or an empty VARIANT need not set that
     std::uint8_t scale;
     std::uint8_t sign;  // 0x80: negative
     std::uint32_t Hi32;
