@@ -1,13 +1,11 @@
 #include "platform/AccountApi.h"
 
-#include <pwd.h>
-
-#include <cerrno>
 #include <charconv>
 #include <cstdint>
 
 #include "platform/ErrorText.h"
 #include "platform/Utf.h"
+#include "platform/posix/UserName.h"
 
 namespace quillon::platform {
 
@@ -60,17 +58,6 @@ std::uint32_t SubAuthorityOf(const Sid& sid, std::size_t index) {
     return number;
 }
 
-bool IsKnownUser(uid_t user) {
-    constexpr std::size_t kLargestEntry = std::size_t{1} << 20;
-    for (std::vector<char> buffer(1024); buffer.size() <= kLargestEntry; buffer.resize(buffer.size() * 2)) {
-        passwd entry{};
-        passwd* found = nullptr;
-        const int error = ::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found);
-        if (error != ERANGE) return error == 0 && found != nullptr;
-    }
-    return false;
-}
-
 }  // namespace
 
 std::optional<Sid> ParseSid(const std::wstring& text) {
@@ -83,7 +70,7 @@ std::optional<Sid> ParseSid(const std::wstring& text) {
 
 bool IsUserAccount(const Sid& sid, char*, char*) {
     return AuthorityOf(sid) == kUnixAuthority && sid[1] == 2 && SubAuthorityOf(sid, 0) == kUnixUsers &&
-           IsKnownUser(SubAuthorityOf(sid, 1));
+           UserName(SubAuthorityOf(sid, 1)).has_value();
 }
 
 LuidParts PartsOf(const LUID& luid) { return {luid.LowPart, luid.HighPart}; }

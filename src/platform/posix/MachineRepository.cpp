@@ -1,9 +1,16 @@
+#include "platform/Utf.h"
+#include "platform/posix/WmiFacts.h"
 #include "platform/simulated/WmiRepository.h"
 
 namespace quillon::platform::simulated {
 
 WmiRepository& MachineRepository() {
-    static WmiRepository& repository = *new WmiRepository;  // threads may query while the process ends
+    // Never destroyed: threads may query while the process ends.
+    static WmiRepository& repository = []() -> WmiRepository& {
+        auto& made = *new WmiRepository(ToWide(HostName()));
+        AddMachineFacts(made);
+        return made;
+    }();
     return repository;
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "platform/Handle.h"
+#include "platform/posix/FolderEntry.h"
 
 namespace quillon::platform {
 
@@ -21,6 +22,24 @@ std::optional<std::string> ReadProcessFile(pid_t process, const char* name) {
         if (count < 0) return std::nullopt;
         if (count == 0) return content;
     }
+}
+
+std::optional<long long> NumberAfter(std::string_view text, std::string_view label) {
+    const std::size_t at = text.find(label);
+    if (at == std::string_view::npos) return std::nullopt;
+    text.remove_prefix(at + label.size());
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    long long number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+std::optional<long long> CountEntries(const char* folder) {
+    const OpenFolder open(::opendir(folder));
+    if (!open) return std::nullopt;
+    long long count = 0;
+    while (const dirent* entry = ::readdir(open.get())) count += entry->d_name[0] != '.';
+    return count;
 }
 
 }  // namespace quillon::platform

@@ -1,29 +1,23 @@
 #include "platform/ProcessFactsApi.h"
 
-#include <dirent.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "platform/CommandLine.h"
 #include "platform/Utf.h"
 #include "platform/posix/Errno.h"
+#include "platform/posix/FolderEntry.h"
 #include "platform/posix/ProcFile.h"
 
 namespace quillon::platform {
 
 namespace {
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 pid_t ProcessOf(HANDLE handle) { return static_cast<pid_t>(reinterpret_cast<std::intptr_t>(handle)); }
 
@@ -32,22 +26,11 @@ long long PageSize() {
     return size;
 }
 
-/// Kilobytes that a line "NAME:   123 kB" tells.
-std::optional<long long> KilobytesOf(std::string_view text, std::string_view name) {
-    const std::size_t at = text.find(name);
-    if (at == std::string_view::npos) return std::nullopt;
-    text.remove_prefix(at + name.size());
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    long long kilobytes = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), kilobytes);
-    return error == std::errc() ? std::optional(kilobytes) : std::nullopt;
-}
-
 std::optional<long long> CountedPrivateBytes(pid_t process) {
     const auto text = ReadProcessFile(process, "smaps_rollup");
     if (!text) return std::nullopt;
-    const auto clean = KilobytesOf(*text, "\nPrivate_Clean:");
-    const auto dirty = KilobytesOf(*text, "\nPrivate_Dirty:");
+    const auto clean = NumberAfter(*text, "\nPrivate_Clean:");
+    const auto dirty = NumberAfter(*text, "\nPrivate_Dirty:");
     if (!clean || !dirty) return std::nullopt;
     return (*clean + *dirty) * 1024;
 }
@@ -75,14 +58,6 @@ std::vector<std::string_view> Arguments(std::string_view text) {
 
 long long Milliseconds(const timeval& time) { return time.tv_sec * 1000LL + time.tv_usec / 1000; }
 
-std::optional<long long> CountEntries(const char* path) {
-    const Folder folder(::opendir(path));
-    if (!folder) return std::nullopt;
-    long long count = 0;
-    while (const dirent* entry = ::readdir(folder.get())) count += entry->d_name[0] != '.';
-    return count;
-}
-
 }  // namespace
 
 void ReadableProcessTraits::Close(Type) noexcept {}
@@ -107,7 +82,7 @@ std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
 long long PrivateWorkingSet(HANDLE process) { return PrivateBytes(ProcessOf(process)).value_or(0); }
 
 std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room) {
-    const Folder folder(::opendir("/proc"));
+    const OpenFolder folder(::opendir("/proc"));
     if (!folder) {
         FailWithErrno();
         return std::nullopt;

@@ -17,6 +17,7 @@
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/ProcFile.h"
+#include "platform/posix/ProcessStat.h"
 
 namespace quillon::platform {
 
@@ -28,43 +29,19 @@ constexpr std::chrono::milliseconds kRoundPause{1};
 /// For the kernel to end what was killed.
 constexpr std::chrono::milliseconds kEndLimit{1000};
 
-struct ProcessEntry {
-    pid_t id = 0;
-    pid_t parent = 0;
-    pid_t group = 0;
-    char state = ' ';
-    unsigned long long startTime = 0;  ///< tells processes of one identifier apart
-
-    [[nodiscard]] bool HasEnded() const { return state == 'Z' || state == 'X'; }
-    /// Not stopped, nor held in the kernel.
-    [[nodiscard]] bool IsRunnable() const { return state == 'R' || state == 'S'; }
-};
-
 std::string ReadOf(pid_t process, const char* name) {
     return ReadProcessFile(process, name).value_or(std::string());
 }
 
-std::optional<ProcessEntry> ReadEntry(pid_t process) {
-    const std::string content = ReadOf(process, "stat");
-    std::string_view text = content;
-    // The program's name, in parentheses, may hold anything.
-    const auto nameEnd = text.rfind(") ");
-    if (nameEnd == std::string_view::npos) return std::nullopt;
-    text.remove_prefix(nameEnd + 2);
-    if (text.empty()) return std::nullopt;
-    return ProcessEntry{process, FieldAt<pid_t>(text, 1), FieldAt<pid_t>(text, 2), text[0],
-                        FieldAt<unsigned long long>(text, 19)};
-}
-
-std::vector<ProcessEntry> AllProcesses() {
-    std::vector<ProcessEntry> entries;
+std::vector<ProcessStat> AllProcesses() {
+    std::vector<ProcessStat> entries;
     std::error_code error;
     for (std::filesystem::directory_iterator folder("/proc", error), end; !error && folder != end;
          folder.increment(error)) {
         const std::string name = folder->path().filename().string();
         const pid_t process = FieldAt<pid_t>(name, 0);
         if (process <= 0) continue;
-        const auto entry = ReadEntry(process);
+        const auto entry = ReadProcessStat(process);
         if (entry && !entry->HasEnded()) entries.push_back(*entry);
     }
     return entries;
@@ -73,8 +50,8 @@ std::vector<ProcessEntry> AllProcesses() {
 /// A process that was found in the tree; signals reach it or nobody.
 class Member {
 public:
-    explicit Member(const ProcessEntry& entry) : m_entry(entry), m_handle(OpenProcessDescriptor(entry.id)) {
-        const auto now = ReadEntry(entry.id);
+    explicit Member(const ProcessStat& entry) : m_entry(entry), m_handle(OpenProcessDescriptor(entry.id)) {
+        const auto now = ReadProcessStat(entry.id);
         m_isSame = now && now->startTime == entry.startTime;
     }
 
@@ -95,7 +72,7 @@ public:
     }
 
 private:
-    ProcessEntry m_entry;
+    ProcessStat m_entry;
     Handle<ObjectTraits> m_handle;
     bool m_isSame = false;
 };
@@ -104,14 +81,14 @@ private:
 class Tree {
 public:
     Tree(pid_t leader, std::string_view mark) : m_leader(leader), m_mark(mark), m_known{leader} {
-        if (const auto entry = ReadEntry(leader)) m_startTime = entry->startTime;
+        if (const auto entry = ReadProcessStat(leader)) m_startTime = entry->startTime;
     }
 
     /// Stops the descendants that this look at the process list finds new. True when
     /// another look is needed: a process may complete a fork until it has stopped.
     bool StopMore() {
         bool again = false;
-        for (const ProcessEntry& entry : AllProcesses()) {
+        for (const ProcessStat& entry : AllProcesses()) {
             if (!Contains(entry)) continue;
             again |= entry.IsRunnable();
             if (m_known.insert(entry.id).second) m_members.emplace_back(entry).Signal(SIGSTOP);
@@ -129,7 +106,7 @@ public:
     }
 
 private:
-    [[nodiscard]] bool Contains(const ProcessEntry& entry) const {
+    [[nodiscard]] bool Contains(const ProcessStat& entry) const {
         if (m_known.contains(entry.id) || entry.group == m_leader || m_known.contains(entry.parent))
             return true;
         return entry.startTime >= m_startTime &&
@@ -147,7 +124,7 @@ private:
 
 bool IsAlive(pid_t process) {
     if (process <= 0) return false;
-    const auto entry = ReadEntry(process);
+    const auto entry = ReadProcessStat(process);
     return entry ? !entry->HasEnded() : ::kill(process, 0) == 0 || errno == EPERM;
 }
 

@@ -1,10 +1,10 @@
 #include "platform/RegistryApi.h"
 
 #include <array>
-#include <fstream>
 #include <string_view>
 
 #include "platform/posix/KernelRelease.h"
+#include "platform/posix/OsRelease.h"
 #include "platform/simulated/Registry.h"
 
 namespace quillon::platform {
@@ -22,20 +22,6 @@ std::string NumberBytes(std::uint32_t number) {
 /// With the zero that a stored text ends with.
 std::string TextBytes(std::string text) { return text.append(1, '\0'); }
 
-/// NAME of a line NAME="..." or NAME=... .
-std::string DistributionName() {
-    constexpr std::string_view kName = "NAME=";
-    std::ifstream file("/etc/os-release");
-    for (std::string line; std::getline(file, line);) {
-        if (!line.starts_with(kName)) continue;
-        line.erase(0, kName.size());
-        if (line.size() >= 2 && line.front() == '"' && line.back() == '"')
-            return line.substr(1, line.size() - 2);
-        return line;
-    }
-    return "Linux";
-}
-
 }  // namespace
 
 void simulated::Seed(Registry& registry) {
@@ -45,7 +31,7 @@ void simulated::Seed(Registry& registry) {
     registry.SetValue(kCurrentVersion, "CurrentMinorVersionNumber", NumberBytes(release[1]));
     registry.SetValue(kCurrentVersion, "CurrentBuildNumber", TextBytes(std::to_string(release[2])));
     registry.SetValue(kCurrentVersion, "UBR", NumberBytes(release[3]));
-    registry.SetValue(kCurrentVersion, "ProductName", TextBytes(DistributionName()));
+    registry.SetValue(kCurrentVersion, "ProductName", TextBytes(OsReleaseValue("NAME").value_or("Linux")));
 }
 
 void RegistryTraits::Close(Type value) noexcept { LocalMachine().Close(value); }
