@@ -14,6 +14,8 @@
 
 namespace quillon {
 
+class WmiEnumeration;
+
 /// A client of Windows Management Instrumentation: one connection to one namespace,
 /// whose objects become rows. Outside Windows a repository with the machine's live
 /// facts answers in ROOT\CIMV2.
@@ -40,17 +42,18 @@ public:
         Text,   ///< its decimal text
     };
 
+    /// Without a logger nothing is logged.
     explicit WmiConnector(ICLogger* logger = ServiceLocator::Get<ICLogger>());
     ~WmiConnector();
     WmiConnector(const WmiConnector&) = delete;
     WmiConnector& operator=(const WmiConnector&) = delete;
 
     /// The longest that one of the following operations waits for the objects of its query;
-    /// 0, the default, is without limit. With one, Connect gives up after two minutes at most.
+    /// 0, the default, and less is without limit. With one, Connect gives up after two minutes at most.
     void SetDeadline(std::int32_t milliseconds);
     void SetUint64Policy(Uint64Policy policy);
 
-    /// Connects to a namespace path such as "ROOT\CIMV2", in UTF-8.
+    /// Connects to a namespace path such as "ROOT\CIMV2", in UTF-8, in place of the one before.
     bool Connect(const std::string& ns);
     bool Connect(const std::wstring& ns);
     /// For a namespace that may be absent: failures are Debug entries and no last
@@ -60,7 +63,7 @@ public:
     bool Disconnect();
 
     /// The rows replace those of `table`, as its default columns go too. Without the
-    /// system properties (__PATH, __CLASS, ...).
+    /// system properties (__PATH, __CLASS, ...). Here and below, a null table takes no rows.
     bool ExecuteQuery(const std::string& wql, DataTable* table);
     bool ExecuteQuery(const std::wstring& wql, DataTable* table);
     /// With the system properties.
@@ -71,8 +74,9 @@ public:
 
     /// Writes the first row's values to the properties that the columns of `updates`
     /// name, in the first object of the query or in all, and adds each object to
-    /// `results`. False, with an Error entry, when there is no first row or it has fewer values than
-    /// columns. A value of a kind that its property does not take throws std::invalid_argument.
+    /// `results`. False, with an Error entry, when there is no first row or it does not have a
+    /// value for each column. A value of a kind that its property does not take throws
+    /// std::invalid_argument, and null null_Variant.
     bool ExecuteUpdateFirst(const std::wstring& wql, const DataTable* updates, DataTable* results);
     bool ExecuteUpdateAll(const std::wstring& wql, const DataTable* updates, DataTable* results);
 
@@ -95,9 +99,17 @@ public:
 
 private:
     class Services;
-    class Waiting;
+    class Update;
     using PropertyVisitor = std::function<bool(wchar_t* const&, const _variant_t&, long)>;
+    /// Gets an object and its index in the batch; false ends the visit.
+    using ObjectVisitor = std::function<bool(const ATL::CComPtr<IWbemClassObject>&, unsigned int)>;
 
+    bool CheckConnected(const char* failure);
+    std::unique_ptr<WmiEnumeration> StartQuery(const std::wstring& wql);
+    bool VisitObjects(const std::wstring& wql, const ObjectVisitor& visit);
+    bool ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+                 bool returnQualifiers, VariantList& row) const;
+    void ReportUnread(unsigned int index) const;
     bool ExecuteQueryInternal(const std::wstring& wql, DataTable* table, bool returnQualifiers);
     bool AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* table,
                                   wchar_t* objectPath, bool returnQualifiers);
@@ -108,6 +120,9 @@ private:
     static bool CimScalarValueToVariant(const _variant_t* value, long cimType, Variant& out);
     bool ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTable* updates,
                                  const std::function<bool()>& continuationPolicy, DataTable* results);
+    bool StoreObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* results);
+    bool CallMethod(const std::wstring& className, const std::wstring& path, const std::wstring& methodName,
+                    const MethodParameters& params, DataTable* results, wchar_t* objectPath);
     bool ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>& object, const std::wstring& methodName,
                                        const MethodParameters& params, DataTable* results);
     bool SetWmiParametersFromUserParameters(const std::wstring& methodName,
@@ -121,7 +136,7 @@ private:
                                           const std::wstring& name, long cimType, const Variant& value) const;
     void HandleWbemError(const std::wstring& context, long hr) const;
 
-    ICLogger* m_logger;                    // not owned
+    ICLogger* m_logger;                    // not owned, never null
     std::unique_ptr<Services> m_services;  // holds no reference while not connected
     std::unique_ptr<std::wstring> m_lastError;
     std::int32_t m_deadline = 0;

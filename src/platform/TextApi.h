@@ -11,6 +11,7 @@ namespace quillon::platform {
 /// UTF-16 in the system's ANSI code page (Windows-1252 outside Windows); what the
 /// page does not have becomes the system's default character.
 std::string WideToAnsi(std::wstring_view text);
+std::wstring AnsiToWide(const std::string& text);
 
 /// The text of a BSTR by its own count, so with its embedded zeros; null is the empty text.
 std::wstring_view BstrText(BSTR text);

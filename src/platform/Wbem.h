@@ -40,6 +40,10 @@ std::optional<std::wstring> WbemMessage(HRESULT code);
 /// The system's message alone.
 std::optional<std::wstring> ComMessage(HRESULT code);
 
+/// Throws what the system's own variant and text helpers throw, which outside Windows is
+/// std::bad_alloc or std::runtime_error. On Windows it is a std::runtime_error too.
+[[noreturn]] void RaiseComError(HRESULT code);
+
 /// What stands behind the calls above.
 struct WbemCalls {
     std::function<HRESULT(CComPtr<IWbemLocator>&)> createLocator;

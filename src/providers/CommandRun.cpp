@@ -5,10 +5,10 @@
 #include <optional>
 #include <system_error>
 
+#include "providers/SilentLogger.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/IShutdownMonitor.h"
 #include "quillon/ServiceLocator.h"
-#include "quillon/StdoutLogger.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -140,16 +140,7 @@ void CommandWatch::Leave(std::thread& worker, End end) {
 
 }  // namespace
 
-ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props) {
-    if (props.logger != nullptr) return *props.logger;
-    // Never destroyed: a detached worker may outlive the static objects.
-    static StdoutLogger& silent = *[] {
-        auto* logger = new StdoutLogger;
-        logger->SetLevel(ICLogger::Level::Fatal);
-        return logger;
-    }();
-    return silent;
-}
+ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props) { return OrSilent(props.logger); }
 
 int RunCommand(const SharedProperties& props, const ThreadStarter& start) {
     ICLogger* registered = ServiceLocator::Get<ICLogger>();

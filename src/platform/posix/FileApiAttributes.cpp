@@ -6,8 +6,8 @@
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/TextApi.h"
 #include "platform/Utf.h"
-#include "platform/posix/AnsiText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
 #include "platform/posix/NativePath.h"

@@ -10,7 +10,6 @@
 #include <string>
 
 #include "platform/Utf.h"
-#include "platform/posix/AnsiText.h"
 
 namespace quillon::platform {
 

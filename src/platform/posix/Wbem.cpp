@@ -1,7 +1,11 @@
 #include "platform/Wbem.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <iterator>
+#include <new>
+#include <stdexcept>
 
 #include "platform/ErrorText.h"
 #include "platform/Utf.h"
@@ -52,6 +56,13 @@ std::optional<std::wstring> Find(HRESULT code) {
 }
 
 }  // namespace
+
+void RaiseComError(HRESULT code) {
+    if (code == E_OUTOFMEMORY) throw std::bad_alloc();
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "COM error 0x%08x", static_cast<std::uint32_t>(code));
+    throw std::runtime_error(text.data());
+}
 
 WbemCalls SystemWbemCalls() {
     return {

@@ -30,6 +30,15 @@ std::string WideToAnsi(std::wstring_view text) {
     return ansi;
 }
 
+std::wstring AnsiToWide(const std::string& text) {
+    const int bytes = static_cast<int>(text.size());
+    const int size = ::MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+    if (size <= 0) return {};
+    std::wstring wide(static_cast<std::size_t>(size), L'\0');
+    ::MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), size);
+    return wide;
+}
+
 std::wstring_view BstrText(BSTR text) { return {text, ::SysStringLen(text)}; }
 
 std::optional<std::string> ExpandEnvironment(const std::string& text) {

@@ -1,0 +1,166 @@
+#include "quillon/WmiConnector.h"
+
+#include <utility>
+
+#include "platform/TextApi.h"
+#include "platform/Utf.h"
+#include "providers/SilentLogger.h"
+#include "providers/WmiEnumeration.h"
+#include "providers/WmiServices.h"
+
+namespace quillon {
+
+WmiConnector::WmiConnector(ICLogger* logger)
+    : m_logger(&OrSilent(logger)),
+      m_services(std::make_unique<Services>()),
+      m_lastError(std::make_unique<std::wstring>()) {}
+
+WmiConnector::~WmiConnector() { Disconnect(); }
+
+void WmiConnector::SetDeadline(std::int32_t milliseconds) { m_deadline = milliseconds; }
+
+void WmiConnector::SetUint64Policy(Uint64Policy policy) { m_uint64Policy = policy; }
+
+const std::wstring& WmiConnector::LastWmiError() const { return *m_lastError; }
+
+// --- Connection ---
+
+bool WmiConnector::Connect(const std::string& ns) { return Connect(platform::ToWide(ns)); }
+
+bool WmiConnector::Connect(const std::wstring& ns) {
+    const auto [step, code] = m_services->Connect(ns, m_deadline > 0);
+    if (step != Services::Step::Connected) {
+        const bool isSecurity = step == Services::Step::Security;
+        HandleWbemError(isSecurity ? L"setting COM proxy blanket" : L"creating instance of IWbemLocator",
+                        code);
+        return false;
+    }
+    m_logger->Debug("Connected to WMI namespace \"%s\"", platform::ToUtf8(ns).c_str());
+    return true;
+}
+
+bool WmiConnector::TryConnect(const std::string& ns) {
+    const auto step = m_services->Connect(platform::AnsiToWide(ns), m_deadline > 0).step;
+    if (step == Services::Step::Locator) {
+        m_logger->Debug("Failed to create WbemLocator");
+    } else if (step == Services::Step::Namespace) {
+        m_logger->Debug("Failed to connect to WMI namespace \"%s\", but this is not an error", ns.c_str());
+    } else if (step == Services::Step::Connected) {
+        m_logger->Debug("Connected to WMI namespace \"%s\"", ns.c_str());
+    }
+    return step == Services::Step::Connected;
+}
+
+bool WmiConnector::Disconnect() {
+    m_services->reference.Release();
+    return true;
+}
+
+bool WmiConnector::CheckConnected(const char* failure) {
+    if (m_services->reference != nullptr) return true;
+    *m_lastError = L"Not connected to WMI";
+    m_logger->Error("%s", failure);
+    return false;
+}
+
+// --- Queries ---
+
+bool WmiConnector::ExecuteQuery(const std::string& wql, DataTable* table) {
+    return ExecuteQueryInternal(platform::ToWide(wql), table, false);
+}
+
+bool WmiConnector::ExecuteQuery(const std::wstring& wql, DataTable* table) {
+    return ExecuteQueryInternal(wql, table, false);
+}
+
+bool WmiConnector::ExecuteQueryReturnQualifiers(const std::string& wql, DataTable* table) {
+    return ExecuteQueryInternal(platform::ToWide(wql), table, true);
+}
+
+bool WmiConnector::ExecuteQuery(const std::string& wql,
+                                const std::function<bool(const VariantList&)>& visitor) {
+    const auto visit = [this, &visitor](const auto& object, unsigned int index) {
+        VariantList row;
+        if (!ReadRow(object, nullptr, false, row)) ReportUnread(index);
+        return row.Size() == 0 || visitor(row);
+    };
+    return VisitObjects(platform::ToWide(wql), visit);
+}
+
+bool WmiConnector::ExecuteQueryInternal(const std::wstring& wql, DataTable* table, bool returnQualifiers) {
+    if (table != nullptr) table->Clear(true);
+    const auto visit = [this, table, returnQualifiers](const auto& object, unsigned int index) {
+        if (!AccumulateWmiClassObject(object, table, nullptr, returnQualifiers)) ReportUnread(index);
+        return true;
+    };
+    return VisitObjects(wql, visit);
+}
+
+void WmiConnector::ReportUnread(unsigned int index) const {
+    m_logger->Debug("Couldn't accumulate class object %u", index);
+}
+
+bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& visit) {
+    if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
+    const auto objects = StartQuery(wql);
+    if (objects == nullptr) return false;
+    WmiObjects batch;
+    bool goesOn = true;
+    do {
+        const HRESULT result = objects->Next(WmiEnumeration::kBatch, batch);
+        if (!batch.empty()) {
+            m_logger->Trace("Processing %lu WMI objects", static_cast<unsigned long>(batch.size()));
+        }
+        for (unsigned int i = 0; goesOn && i < batch.size(); ++i) goesOn = visit(batch[i], i);
+        if (goesOn && FAILED(result)) {
+            HandleWbemError(L"enumerating WMI result", result);
+            return false;
+        }
+    } while (goesOn && batch.size() == WmiEnumeration::kBatch);
+    m_logger->Debug("Completed WMI query '%s'", platform::ToUtf8(wql).c_str());
+    return true;
+}
+
+std::unique_ptr<WmiEnumeration> WmiConnector::StartQuery(const std::wstring& wql) {
+    m_logger->Debug("Executing WMI query '%s'", platform::ToUtf8(wql).c_str());
+    auto objects = std::make_unique<WmiEnumeration>(m_deadline);
+    const HRESULT result = objects->Start(*m_services->reference, wql);
+    if (SUCCEEDED(result)) return objects;
+    HandleWbemError(L"executing WQL query", result);
+    return nullptr;
+}
+
+// --- One value ---
+
+namespace {
+
+const std::string* OnlyText(const DataTable& table, const char* className, const char* propertyName,
+                            ICLogger& logger) {
+    const std::string source = std::string(propertyName) + " FROM " + className;
+    const auto fail = [&](const char* before, const char* after = "") {
+        logger.Error("%s%s%s", before, source.c_str(), after);
+        return nullptr;
+    };
+    if (table.GetNumberOfRows() != 1) return fail("Expected a single ");
+    const VariantList& row = *table.begin();
+    if (row.Size() != 1) return fail("Expected a ");
+    const Variant* const value = row.Find(propertyName);
+    if (value == nullptr) return fail("No ");
+    if (!value->TypeIs(typeid(std::string))) return fail("", " is not a string");
+    return &value->GetStringValue();
+}
+
+}  // namespace
+
+std::string WmiConnector::GetStringFromWmi(const char* className, const char* propertyName,
+                                           const std::wstring& ns) {
+    WmiConnector connector;
+    DataTable table;
+    if (!connector.Connect(ns)) return {};
+    if (!connector.ExecuteQuery(std::string("SELECT ") + propertyName + " FROM " + className, &table))
+        return {};
+    const std::string* const text = OnlyText(table, className, propertyName, *connector.m_logger);
+    return text == nullptr ? std::string() : *text;
+}
+
+}  // namespace quillon

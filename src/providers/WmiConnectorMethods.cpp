@@ -1,0 +1,160 @@
+#include <optional>
+
+#include "platform/TextApi.h"
+#include "platform/Utf.h"
+#include "providers/WmiEnumeration.h"
+#include "providers/WmiOwners.h"
+#include "providers/WmiServices.h"
+#include "quillon/StringUtils.h"
+#include "quillon/WmiConnector.h"
+
+namespace quillon {
+
+namespace {
+
+using platform::CComPtr;
+using platform::ToUtf8;
+
+constexpr const char* kNotConnected = "Cannot execute WMI method as WmiConnector is not connected";
+
+/// A text of an object, empty when it holds none.
+HRESULT ReadText(IWbemClassObject& object, const wchar_t* property, std::wstring& text) {
+    _variant_t value;
+    const HRESULT result = object.Get(property, 0, &value, nullptr, nullptr);
+    if (SUCCEEDED(result) && value.vt == VT_BSTR) text = platform::BstrText(value.bstrVal);
+    return result;
+}
+
+bool IsSettable(long cimType) {
+    return cimType != CIM_OBJECT && cimType != CIM_REFERENCE && cimType != CIM_ILLEGAL &&
+           cimType != CIM_FLAG_ARRAY;
+}
+
+}  // namespace
+
+bool WmiConnector::ExecuteStaticMethod(const std::wstring& className, const std::wstring& methodName,
+                                       const MethodParameters& params, DataTable* results) {
+    m_logger->Debug("Executing static WMI method '%s' on '%s'", ToUtf8(methodName).c_str(),
+                    ToUtf8(className).c_str());
+    return CheckConnected(kNotConnected) &&
+           CallMethod(className, className, methodName, params, results, nullptr);
+}
+
+bool WmiConnector::ExecuteInstanceMethod(const std::wstring& wql, const std::wstring& methodName,
+                                         bool allResults, const MethodParameters& params,
+                                         DataTable* results) {
+    m_logger->Debug("Executing instance WMI method '%s' on %s of '%s'", ToUtf8(methodName).c_str(),
+                    allResults ? "all results" : "first result", ToUtf8(wql).c_str());
+    if (!CheckConnected(kNotConnected)) return false;
+    const auto objects = StartQuery(wql);
+    if (objects == nullptr) return false;
+    WmiObjects next;
+    do {
+        const HRESULT result = objects->Next(1, next);
+        if (FAILED(result)) {
+            HandleWbemError(L"enumerating WMI result", result);
+            return false;
+        }
+        if (next.empty()) return true;
+        if (!ExecuteInstanceMethodInternal(next.front(), methodName, params, results)) return false;
+    } while (allResults);
+    return true;
+}
+
+bool WmiConnector::ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>& object,
+                                                 const std::wstring& methodName,
+                                                 const MethodParameters& params, DataTable* results) {
+    std::wstring path, className;
+    HRESULT result = ReadText(*object, L"__PATH", path);
+    if (FAILED(result)) {
+        HandleWbemError(L"deriving __PATH property for target query result", result);
+        return false;
+    }
+    m_logger->Debug("Executing instance WMI method '%s' on object path '%s'", ToUtf8(methodName).c_str(),
+                    ToUtf8(path).c_str());
+    result = ReadText(*object, L"__CLASS", className);
+    if (FAILED(result)) {
+        HandleWbemError(L"deriving __CLASS property for target query result", result);
+        return false;
+    }
+    return CallMethod(className, path, methodName, params, results, path.data());
+}
+
+bool WmiConnector::CallMethod(const std::wstring& className, const std::wstring& path,
+                              const std::wstring& methodName, const MethodParameters& params,
+                              DataTable* results, wchar_t* objectPath) {
+    const auto check = [this](HRESULT result, const std::wstring& context) {
+        if (FAILED(result)) HandleWbemError(context, result);
+        return SUCCEEDED(result);
+    };
+    IWbemServices& services = *m_services->reference;
+    CComPtr<IWbemClassObject> definition, inDefinition, inInstance, output;
+    HRESULT result = services.GetObject(ToBstr(className).get(), 0, nullptr, &definition, nullptr);
+    if (!check(result, L"getting reference to class " + className)) return false;
+    result = definition->GetMethod(methodName.c_str(), 0, &inDefinition, nullptr);
+    if (!check(result, L"getting metadata for method " + methodName)) return false;
+    if (!SetWmiParametersFromUserParameters(methodName, inDefinition, inInstance, params)) return false;
+    result = services.ExecMethod(ToBstr(path).get(), ToBstr(methodName).get(), 0, nullptr, inInstance,
+                                 &output, nullptr);
+    if (!check(result, L"executing method " + methodName)) return false;
+    if (output != nullptr) AccumulateWmiClassObject(output, results, objectPath, false);
+    return true;
+}
+
+bool WmiConnector::SetWmiParametersFromUserParameters(const std::wstring& methodName,
+                                                      ATL::CComPtr<IWbemClassObject>& inDefinition,
+                                                      ATL::CComPtr<IWbemClassObject>& inInstance,
+                                                      const MethodParameters& params) const {
+    if (inDefinition == nullptr) return true;
+    HRESULT result = inDefinition->SpawnInstance(0, &inInstance);
+    if (FAILED(result)) {
+        HandleWbemError(L"instantiating input parameters for method " + methodName, result);
+        return false;
+    }
+    WmiNames names;
+    result = names.Read(*inDefinition, WBEM_FLAG_NONSYSTEM_ONLY);
+    if (FAILED(result)) {
+        HandleWbemError(L"retrieving input parameter definitions for method " + methodName, result);
+        return false;
+    }
+    for (LONG i = names.First(); i <= names.Last(); ++i) {
+        OwnedBstr name;
+        CIMTYPE type = CIM_EMPTY;
+        _variant_t unused;
+        if (FAILED(names.Get(i, name)) || name == nullptr) continue;
+        if (FAILED(inDefinition->Get(name.get(), 0, &unused, &type, nullptr))) continue;
+        m_logger->Trace("%s Parameter name is %s - CIM type is %d", " ->", ToUtf8(name.get()).c_str(),
+                        static_cast<int>(type));
+        SetWmiParameterFromUserParameters(inInstance, name.get(), type, params);
+    }
+    return true;
+}
+
+void WmiConnector::SetWmiParameterFromUserParameters(ATL::CComPtr<IWbemClassObject>& inInstance,
+                                                     const std::wstring& name, long cimType,
+                                                     const MethodParameters& params) const {
+    const std::string wanted = ToUtf8(name);
+    for (const Variant& value : params.scalars) {
+        if (!StringUtils::CompareCaseInsensitive(value.GetName(), wanted)) continue;
+        SetWmiParameterFromUserParameter(inInstance, name, cimType, value);
+        return;
+    }
+}
+
+void WmiConnector::SetWmiParameterFromUserParameter(ATL::CComPtr<IWbemClassObject>& inInstance,
+                                                    const std::wstring& name, long cimType,
+                                                    const Variant& value) const {
+    if (!IsSettable(cimType)) {
+        m_logger->Warn("Data-type for parameter '%s' is not supported for WMI method invocation; skipping",
+                       ToUtf8(name).c_str());
+        return;
+    }
+    const std::string text = value.AsString();
+    _variant_t converted = TextVariant(platform::ToWide(text));
+    if (FAILED(inInstance->Put(name.c_str(), 0, &converted, cimType))) {
+        m_logger->Warn("Could not apply parameter value of '%s' to parameter '%s'", ToUtf8(name).c_str(),
+                       text.c_str());
+    }
+}
+
+}  // namespace quillon

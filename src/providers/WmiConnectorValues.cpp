@@ -1,0 +1,247 @@
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "platform/Utf.h"
+#include "providers/SilentLogger.h"
+#include "providers/WmiCimTypes.h"
+#include "providers/WmiOwners.h"
+#include "providers/WmiValueText.h"
+#include "quillon/DateTimeUtils.h"
+#include "quillon/WmiConnector.h"
+
+namespace quillon {
+
+namespace {
+
+/// What needs no text on the way.
+std::optional<long long> HeldInteger(const VARIANT& value) {
+    switch (value.vt) {
+        case VT_I1:
+            return value.cVal;
+        case VT_UI1:
+            return value.bVal;
+        case VT_I2:
+            return value.iVal;
+        case VT_UI2:
+            return value.uiVal;
+        case VT_I4:
+            return value.lVal;
+        case VT_UI4:
+            return value.ulVal;
+        case VT_I8:
+            return value.llVal;
+        default:
+            return std::nullopt;
+    }
+}
+
+void SetInteger(const VARIANT& value, CIMTYPE type, Variant& out) {
+    if (const auto held = HeldInteger(value)) {
+        out.SetLongLongValue(*held);
+        return;
+    }
+    std::string text = VariantText(value);
+    long long number = 0;
+    const NumberState state = ReadInteger(text, number);
+    if (state == NumberState::NoNumber) throw std::invalid_argument("invalid stoll argument");
+    if (state == NumberState::Read) {
+        out.SetLongLongValue(number);
+    } else if (type == kUint64OrText) {
+        out.SetStringValue(std::move(text));
+    } else {
+        throw std::out_of_range("stoll argument out of range");
+    }
+}
+
+void SetReal(const VARIANT& value, Variant& out) {
+    double number = 0;
+    const NumberState state = ReadReal(VariantText(value), number);
+    if (state == NumberState::NoNumber) throw std::invalid_argument("invalid stod argument");
+    if (state == NumberState::OutOfRange) throw std::out_of_range("stod argument out of range");
+    out.SetDoubleValue(number);
+}
+
+void SetDateTime(const _variant_t* value, Variant& out) {
+    if (value == nullptr) {
+        out.SetStringValue(DateTimeUtils::JsonDateTimeEpoch);
+    } else {
+        out.SetStringValue(platform::ToUtf8(DateTimeUtils::CimDateTimeToJsonDateTime(*value)));
+    }
+}
+
+/// Whether elements of a type are read as they are.
+bool IsReadable(VARTYPE type) {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+        case VT_I2:
+        case VT_UI2:
+        case VT_I4:
+        case VT_UI4:
+        case VT_I8:
+        case VT_UI8:
+        case VT_R4:
+        case VT_R8:
+        case VT_BSTR:
+        case VT_VARIANT:
+        case VT_DECIMAL:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool FetchElement(SAFEARRAY* array, VARTYPE type, LONG index, _variant_t& element) {
+    if (type == VT_VARIANT) {
+        return SUCCEEDED(::SafeArrayGetElement(array, &index, static_cast<VARIANT*>(&element)));
+    }
+    void* target = &element.llVal;
+    if (type == VT_DECIMAL) target = &element.decVal;
+    const bool fetched = SUCCEEDED(::SafeArrayGetElement(array, &index, target));
+    // After it: a decimal is written over the whole variant.
+    element.vt = fetched ? type : static_cast<VARTYPE>(VT_EMPTY);
+    return fetched;
+}
+
+void ReportElement(const wchar_t* name, VARTYPE type, LONG index) {
+    const std::string typeText = type == VT_UNKNOWN ? "VT_UNKNOWN" : std::to_string(type);
+    OrSilent(ServiceLocator::Get<ICLogger>(true))
+        .Debug("Unexpected WMI object. Property name: %s Type: %s Index: %ld", platform::ToUtf8(name).c_str(),
+               typeText.c_str(), static_cast<long>(index));
+}
+
+/// An array's elements as texts, one after the other.
+class ArrayText {
+public:
+    using Converter = bool (*)(const _variant_t* value, long cimType, Variant& out);
+
+    ArrayText(SAFEARRAY* array, const wchar_t* name, CIMTYPE elementType, Converter convert)
+        : m_array(array), m_name(name), m_elementType(elementType), m_convert(convert) {
+        if (FAILED(::SafeArrayGetVartype(array, &m_type))) m_type = VT_EMPTY;
+    }
+
+    std::string Joined() const {
+        LONG first = 0, last = -1;
+        if (FAILED(::SafeArrayGetLBound(m_array, 1, &first)) ||
+            FAILED(::SafeArrayGetUBound(m_array, 1, &last))) {
+            return {};
+        }
+        std::string text;
+        for (LONG i = first; i <= last; ++i) {
+            if (i != first) text += ", ";
+            text += Element(i);
+        }
+        return text;
+    }
+
+private:
+    std::string Element(LONG index) const {
+        if (!IsReadable(m_type)) {
+            ReportElement(m_name, m_type, index);
+            return {};
+        }
+        _variant_t element;
+        if (!FetchElement(m_array, m_type, index, element)) return {};
+        // A variant may hold nothing.
+        const bool isGiven = element.vt != VT_EMPTY && element.vt != VT_NULL;
+        Variant converted;
+        m_convert(isGiven ? &element : nullptr, m_elementType, converted);
+        return converted.AsString();
+    }
+
+    SAFEARRAY* m_array;
+    const wchar_t* m_name;
+    CIMTYPE m_elementType;
+    Converter m_convert;
+    VARTYPE m_type = VT_EMPTY;
+};
+
+}  // namespace
+
+bool WmiConnector::ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+                           bool returnQualifiers, VariantList& row) const {
+    const unsigned long flags = returnQualifiers ? 0 : WBEM_FLAG_NONSYSTEM_ONLY;
+    const auto add = [this, &row](wchar_t* const& name, const _variant_t& value, long cimType) {
+        const bool mayBeText = m_uint64Policy == Uint64Policy::Text && ElementType(cimType) == CIM_UINT64;
+        return AddPropertyToRow(&row, name, value, mayBeText ? cimType | kUint64OrText : cimType);
+    };
+    return ExtractObjectProperties(object, objectPath, flags, add);
+}
+
+bool WmiConnector::AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* table,
+                                            wchar_t* objectPath, bool returnQualifiers) {
+    VariantList row;
+    const bool succeeded = ReadRow(object, objectPath, returnQualifiers, row);
+    if (row.Size() == 0 || table == nullptr) return succeeded;
+    if (objectPath != nullptr) row.Add("ObjectPath", platform::ToUtf8(objectPath));
+    table->AddRow(std::move(row));
+    return succeeded;
+}
+
+bool WmiConnector::ExtractObjectProperties(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t*,
+                                           unsigned long flags, const PropertyVisitor& visit) const {
+    WmiNames names;
+    const HRESULT listed = names.Read(*object, static_cast<LONG>(flags));
+    if (FAILED(listed)) {
+        HandleWbemError(L"enumerating WMI class object property names", listed);
+        return false;
+    }
+    for (LONG i = names.First(); i <= names.Last(); ++i) {
+        OwnedBstr name;
+        HRESULT result = names.Get(i, name);
+        if (FAILED(result)) {
+            HandleWbemError(L"accessing array element for WMI class object property names", result);
+            return false;
+        }
+        _variant_t value;
+        CIMTYPE type = CIM_EMPTY;
+        result = object->Get(name.get(), 0, &value, &type, nullptr);
+        if (FAILED(result)) {
+            HandleWbemError(L"reading WMI class object property value", result);
+            return false;
+        }
+        if (!visit(name.get(), value, type)) return false;
+    }
+    return true;
+}
+
+bool WmiConnector::AddPropertyToRow(VariantList* row, wchar_t* const& name, const _variant_t& value,
+                                    long cimType) {
+    Variant cell = Variant::NullVariant(platform::ToUtf8(name));
+    if (value.vt == VT_NULL) {
+        // stays null
+    } else if (!IsArray(cimType)) {
+        CimScalarValueToVariant(&value, cimType, cell);
+    } else if ((value.vt & VT_ARRAY) == 0) {
+        cell.SetStringValue("(array)");
+    } else {
+        cell.SetStringValue(
+            ArrayText(value.parray, name, ElementType(cimType), &CimScalarValueToVariant).Joined());
+    }
+    row->Add(std::move(cell));
+    return true;
+}
+
+bool WmiConnector::CimScalarValueToVariant(const _variant_t* value, long cimType, Variant& out) {
+    if (IsInteger(cimType)) {
+        value == nullptr ? out.SetLongLongValue(0) : SetInteger(*value, cimType, out);
+    } else if (IsReal(cimType)) {
+        value == nullptr ? out.SetDoubleValue(0) : SetReal(*value, out);
+    } else if (cimType == CIM_BOOLEAN) {
+        out.SetBoolValue(value != nullptr && value->vt == VT_BOOL && value->boolVal == VARIANT_TRUE);
+    } else if (cimType == CIM_DATETIME) {
+        SetDateTime(value, out);
+    } else if (cimType == CIM_REFERENCE) {
+        out.SetStringValue(value != nullptr && value->vt == VT_BSTR ? VariantText(*value) : "(reference)");
+    } else if (cimType == CIM_OBJECT) {
+        out.SetStringValue("(object)");
+    } else if (cimType == CIM_EMPTY || cimType == CIM_ILLEGAL) {
+        out.SetStringValue("");
+    } else {
+        out.SetStringValue(value == nullptr ? std::string() : VariantText(*value));
+    }
+    return true;
+}
+
+}  // namespace quillon
