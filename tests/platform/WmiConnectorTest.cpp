@@ -2,6 +2,7 @@
 #include <locale>
 
 #include "WmiFixture.h"
+#include "platform/Utf.h"
 #include "providers/WmiOwners.h"
 #include "support/ChildMain.h"
 
