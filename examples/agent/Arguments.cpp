@@ -116,4 +116,8 @@ bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMeta
     return true;
 }
 
+std::optional<Variant> ReadValue(const std::string& name, std::string_view type, const std::string& text) {
+    return ReadingOf(type).read(name, text);
+}
+
 }  // namespace quillon::agent

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quillon/IMethodMetadata.h"
@@ -18,5 +20,9 @@ namespace quillon::agent {
 /// stays, as a text: it is the method's binder that judges the call.
 bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMetadataReader& method,
                     MethodParameters& parameters, InvocationResult& result);
+
+/// One value of a type ("integer", "float", "boolean", "datetime"; else a text) as above;
+/// nothing when it cannot be read.
+std::optional<Variant> ReadValue(const std::string& name, std::string_view type, const std::string& text);
 
 }  // namespace quillon::agent

@@ -4,6 +4,7 @@
 #include "ProcessesModule.h"
 #include "StoreModule.h"
 #include "SystemModule.h"
+#include "WmiModule.h"
 
 namespace quillon::agent {
 
@@ -13,6 +14,7 @@ ModuleList MakeModules() {
     modules.push_back(std::make_unique<ProcessesModule>());
     modules.push_back(std::make_unique<StoreModule>());
     modules.push_back(std::make_unique<SystemModule>());
+    modules.push_back(std::make_unique<WmiModule>());
     return modules;
 }
 

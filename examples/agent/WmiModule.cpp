@@ -1,0 +1,193 @@
+#include "WmiModule.h"
+
+#include <functional>
+
+#include "Assignments.h"
+#include "ComThread.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/StringUtils.h"
+#include "quillon/WmiConnector.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kWmiFailed = 3;
+constexpr long long kLongestDeadline = 24 * 60 * 60;
+const char* const kDefaultNamespace = "ROOT\\CIMV2";
+
+/// The parameters of every method.
+struct WmiCall {
+    std::string ns = kDefaultNamespace;
+    long long deadline = 0;
+};
+
+void AddBindings(ParameterBinder& binder, WmiCall& call) {
+    binder.AddOptionalBinding("namespace", call.ns);
+    binder.AddOptionalBinding("deadline", call.deadline);
+}
+
+/// Connects and runs the operation. What fails ends the invocation with WMI's text.
+void Run(const WmiCall& call, InvocationResult& result, const std::function<bool(WmiConnector&)>& operation) {
+    if (call.deadline < 0 || call.deadline > kLongestDeadline) {
+        RefuseParameter("'deadline' parameter must be from 0 to " + std::to_string(kLongestDeadline), result);
+        return;
+    }
+    const ComThread com;
+    if (!com.IsReady()) {
+        Fail(kWmiFailed, "COM cannot be initialised", result);
+        return;
+    }
+    WmiConnector connector;
+    connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
+    connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));
+    if (!connector.Connect(call.ns) || !operation(connector))
+        Fail(kWmiFailed, StringUtils::WideStringToNarrow(connector.LastWmiError()), result);
+}
+
+void Query(const MethodParameters& parameters, InvocationResult& result) {
+    WmiCall call;
+    std::string wql;
+    bool qualifiers = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddMandatoryBinding("wql", wql);
+    binder.AddOptionalBinding("qualifiers", qualifiers);
+    if (!binder.Bind(result)) return;
+    Run(call, result, [&](WmiConnector& connector) {
+        return qualifiers ? connector.ExecuteQueryReturnQualifiers(wql, &result.resultTable)
+                          : connector.ExecuteQuery(wql, &result.resultTable);
+    });
+}
+
+void Update(const MethodParameters& parameters, InvocationResult& result) {
+    WmiCall call;
+    std::string wql, set;
+    bool all = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddMandatoryBinding("wql", wql);
+    binder.AddMandatoryBinding("set", set);
+    binder.AddOptionalBinding("all", all);
+    VariantList values;
+    if (!binder.Bind(result) || !ReadAssignments("set", set, values, result)) return;
+    const DataTable updates(values);
+    const std::wstring wide = StringUtils::NarrowStringToWide(wql);
+    Run(call, result, [&](WmiConnector& connector) {
+        return all ? connector.ExecuteUpdateAll(wide, &updates, &result.resultTable)
+                   : connector.ExecuteUpdateFirst(wide, &updates, &result.resultTable);
+    });
+}
+
+void Invoke(const MethodParameters& parameters, InvocationResult& result) {
+    WmiCall call;
+    std::string className, wql, method, arguments;
+    bool all = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddOptionalBinding("class", className);
+    binder.AddOptionalBinding("wql", wql);
+    binder.AddMandatoryBinding("method", method);
+    binder.AddOptionalBinding("arguments", arguments);
+    binder.AddOptionalBinding("all", all);
+    MethodParameters values;
+    if (!binder.Bind(result) || !ReadAssignments("arguments", arguments, values.scalars, result)) return;
+    if (className.empty() == wql.empty()) {
+        RefuseParameter("Either 'class' or 'wql' must be given", result);
+        return;
+    }
+    const auto wide = [](const std::string& text) { return StringUtils::NarrowStringToWide(text); };
+    Run(call, result, [&](WmiConnector& connector) {
+        return wql.empty()
+                   ? connector.ExecuteStaticMethod(wide(className), wide(method), values, &result.resultTable)
+                   : connector.ExecuteInstanceMethod(wide(wql), wide(method), all, values,
+                                                     &result.resultTable);
+    });
+}
+
+void AddText(IMethodMetadataBuilder& builder, const char* name, const char* description) {
+    builder.CreateParameter(name, typeid(std::string)).Description(description).BindParameter();
+}
+
+/// What every method declares last.
+void DescribeCall(IMethodMetadataBuilder& builder) {
+    builder.CreateParameter("namespace", typeid(std::string))
+        .Description("The namespace.")
+        .OptionalValue(kDefaultNamespace)
+        .BindParameter()
+        .CreateParameter("deadline", typeid(long long))
+        .Description("Seconds to wait for the objects of the query; 0 for no limit.")
+        .OptionalValue(0)
+        .BindParameter();
+}
+
+void AddAll(IMethodMetadataBuilder& builder) {
+    builder.CreateParameter("all", typeid(bool))
+        .Description("Every object of the query instead of the first.")
+        .OptionalValue(false)
+        .BindParameter();
+}
+
+void DescribeQuery(IMethodMetadataBuilder& builder) {
+    builder.Description("Runs a WQL query and answers with its objects, a row each.")
+        .Note("On Linux the namespace ROOT\\CIMV2 has some classes with the machine's live facts.")
+        .Example("quillon-agent run Wmi.Query wql=\"SELECT Name, ProcessId FROM Win32_Process\"")
+        .HasAdditionalColumns("The properties of the objects.");
+    AddText(builder, "wql", "The query.");
+    builder.CreateParameter("qualifiers", typeid(bool))
+        .Description("With the system properties, such as __PATH.")
+        .OptionalValue(false)
+        .BindParameter();
+    DescribeCall(builder);
+}
+
+void DescribeUpdate(IMethodMetadataBuilder& builder) {
+    builder.Flags({IMethodMetadata::MayModifySystemState})
+        .Description("Changes properties of objects and answers with the objects, a row each.")
+        .Note("Before a failure, objects may have been changed: their rows are in the answer.")
+        .Example(
+            "quillon-agent run Wmi.Update wql=\"SELECT * FROM Win32_LogicalDisk WHERE DeviceID = 'C:'\" "
+            "set=\"VolumeName=System\"")
+        .HasAdditionalColumns("The properties of the objects.");
+    AddText(builder, "wql", "The query for the objects.");
+    AddText(builder, "set",
+            "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
+            "property: text (the default, also for date-times), integer, float or boolean.");
+    AddAll(builder);
+    DescribeCall(builder);
+}
+
+void DescribeInvoke(IMethodMetadataBuilder& builder) {
+    builder.Flags({IMethodMetadata::MayModifySystemState})
+        .Description("Calls a method of a class or of objects and answers with its results, a row a call.")
+        .Note("An argument that the method does not have, or does not take, is left out.")
+        .Example(
+            "quillon-agent run Wmi.Invoke wql=\"SELECT * FROM Win32_Process WHERE ProcessId = 1\" "
+            "method=GetOwner")
+        .HasAdditionalColumns("What the method gives, and for an object its ObjectPath.");
+    AddText(builder, "method", "Name of the method.");
+    builder.CreateParameter("class", typeid(std::string))
+        .Description("The class of a static method.")
+        .OptionalValue("")
+        .BindParameter()
+        .CreateParameter("wql", typeid(std::string))
+        .Description("The query for the objects whose method it is.")
+        .OptionalValue("")
+        .BindParameter()
+        .CreateParameter("arguments", typeid(std::string))
+        .Description("NAME=VALUE, parted by ';' (a ';' of a value is written twice).")
+        .OptionalValue("")
+        .BindParameter();
+    AddAll(builder);
+    DescribeCall(builder);
+}
+
+}  // namespace
+
+WmiModule::WmiModule() {
+    m_methods.push_back(MakeMethod("Wmi.Query", IMethodMetadata::V5_0, &DescribeQuery, &Query));
+    m_methods.push_back(MakeMethod("Wmi.Update", IMethodMetadata::V5_0, &DescribeUpdate, &Update));
+    m_methods.push_back(MakeMethod("Wmi.Invoke", IMethodMetadata::V5_0, &DescribeInvoke, &Invoke));
+}
+
+}  // namespace quillon::agent
