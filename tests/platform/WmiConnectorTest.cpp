@@ -174,7 +174,7 @@ TEST_F(WmiConnectorTest, TheTextOfACodeHasThreeSources) {
         {true, 0x80049999, L"WMI error 0x80049999 - Unknown error"},
         {false, 0x80041003, L"WMI error 0x80041003 - Denied by the system"},
         {false, 0x80040201, L"WMI error 0x80040201 - IDispatch error #1"},
-        {false, 0x8004FFFF, L"WMI error 0x8004ffff - IDispatch error #64959"},
+        {false, 0x8004FFFF, L"WMI error 0x8004ffff - IDispatch error #65023"},
         {false, 0x80040200, L"WMI error 0x80040200 - Unknown error 0x80040200"},
         {false, 0x80050000, L"WMI error 0x80050000 - Unknown error 0x80050000"},
     };

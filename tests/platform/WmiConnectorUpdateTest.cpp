@@ -108,15 +108,17 @@ TEST_F(WmiConnectorUpdateTest, AFailureOrAnUnusableTableChangesNothing) {
         {&change, WmiCall::PutInstance, "(while failed to PutInstance after updates applied)", "Putting"},
         {&change, WmiCall::Next, "(while enumerating WMI result)", "Executing"},
         {&change, WmiCall::ExecQuery, "(while executing WQL query)", "Executing"},
-        {&noRow, {}, "a row of a value for each column", "Connected"},
-        {&fewValues, {}, "a row of a value for each column", "Connected"},
-        {nullptr, {}, "a row of a value for each column", "Connected"},
+        {&noRow, {}, "a row of a value for each column", nullptr},
+        {&fewValues, {}, "a row of a value for each column", nullptr},
+        {nullptr, {}, "a row of a value for each column", nullptr},
     };
     for (const auto& c : cases) {
+        log.Forget();
         if (c.failing) repository.FailNext(*c.failing, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
         EXPECT_FALSE(connector.ExecuteUpdateAll(L"SELECT * FROM Item", c.updates, &table));
         EXPECT_THAT(log.Lines(Level::Error).back(), testing::EndsWith(c.error));
-        EXPECT_THAT(log.Lines(Level::Debug).back(), testing::StartsWith(c.debug));
+        const std::vector<std::string> lines = log.Lines(Level::Debug);
+        EXPECT_TRUE(c.debug == nullptr ? lines.empty() : lines.back().starts_with(c.debug));
         EXPECT_EQ(NumberOf(0), -1);
     }
     EXPECT_TRUE(table.Empty());
