@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/Utf.h"
+#include "platform/simulated/WbemCode.h"
 #include "quillon/Wql.h"
 
 namespace quillon {
@@ -13,6 +14,7 @@ namespace quillon {
 namespace {
 
 using platform::ToWide;
+using platform::simulated::Code;
 using platform::simulated::WqlQuery;
 using testing::ElementsAre;
 
@@ -134,10 +136,11 @@ TEST_F(WqlQueryTest, WhatIsNoQueryIsRefusedAndLeavesNothing) {
                                  front + Repeat("(", 1'000'000),
                                  front + "a='" + Repeat("x", 1'000'000)};
     for (const std::string& c : cases) {
-        EXPECT_EQ(m_query.Parse(ToWide(c)), WBEM_E_INVALID_QUERY) << c.substr(0, 80);
+        EXPECT_EQ(m_query.Parse(ToWide(c)), Code(WBEM_E_INVALID_QUERY)) << c.substr(0, 80);
         EXPECT_EQ(m_query.ClassName(), L"");
     }
-    EXPECT_EQ(m_query.Parse(std::wstring(L"SELECT a") + wchar_t{0xD800} + L" FROM C"), WBEM_E_INVALID_QUERY);
+    EXPECT_EQ(m_query.Parse(std::wstring(L"SELECT a") + wchar_t{0xD800} + L" FROM C"),
+              Code(WBEM_E_INVALID_QUERY));
 }
 
 TEST_F(WqlQueryTest, TellsWhatIsAskedFor) {

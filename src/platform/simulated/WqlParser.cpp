@@ -2,6 +2,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/simulated/WbemCode.h"
 #include "platform/simulated/WqlLexer.h"
 #include "platform/simulated/WqlQuery.h"
 
@@ -207,11 +208,11 @@ HRESULT WqlQuery::Parse(std::wstring_view text) {
     *this = WqlQuery();
     try {
         auto query = WqlParser(text).Parse();
-        if (!query) return WBEM_E_INVALID_QUERY;
+        if (!query) return Code(WBEM_E_INVALID_QUERY);
         *this = std::move(*query);
-        return WBEM_S_NO_ERROR;
+        return S_OK;
     } catch (const std::bad_alloc&) {
-        return WBEM_E_OUT_OF_MEMORY;
+        return Code(WBEM_E_OUT_OF_MEMORY);
     }
 }
 
