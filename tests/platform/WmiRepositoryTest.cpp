@@ -17,6 +17,8 @@ using testing::IsEmpty;
 constexpr wchar_t kNamespace[] = L"ROOT\\Lab";
 constexpr LONG kLater = WBEM_FLAG_RETURN_IMMEDIATELY | WBEM_FLAG_FORWARD_ONLY;
 
+constexpr LONG kForEver = static_cast<LONG>(WBEM_INFINITE);
+
 HRESULT Failure(WBEMSTATUS status) { return static_cast<HRESULT>(status); }
 
 _variant_t Text(const wchar_t* text) { return TextVariant(text); }
@@ -113,7 +115,7 @@ protected:
     HRESULT Next(CComPtr<IWbemClassObject>& object) {
         ULONG count = 0;
         object.Release();
-        return enumerator->Next(WBEM_INFINITE, 1, &object, &count);
+        return enumerator->Next(kForEver, 1, &object, &count);
     }
     HRESULT Call(const wchar_t* path, const wchar_t* method, IWbemClassObject* in,
                  CComPtr<IWbemClassObject>& out) {
@@ -305,7 +307,7 @@ TEST_F(WmiRepositoryTest, AnEnumeratorThatHangsKeepsWhatItGave) {
     ASSERT_EQ(count, 1U);
     objects[0]->Release();
     repository->HangAfter(-1);
-    EXPECT_EQ(enumerator->Next(WBEM_INFINITE, 5, objects, &count), S_FALSE);
+    EXPECT_EQ(enumerator->Next(kForEver, 5, objects, &count), S_FALSE);
     ASSERT_EQ(count, 1U);
     EXPECT_EQ(Get(objects[0], L"No").text, L"4294967295");
     objects[0]->Release();

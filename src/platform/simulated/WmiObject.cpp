@@ -12,7 +12,8 @@ namespace {
 HRESULT Give(const VARIANT& value, VARIANT* target) {
     if (target == nullptr) return S_OK;
     VariantInit(target);
-    if (value.vt != VT_EMPTY) return VariantCopy(target, &value);
+    // Some of the system's headers declare the source as one that might change.
+    if (value.vt != VT_EMPTY) return VariantCopy(target, const_cast<VARIANT*>(&value));
     target->vt = VT_NULL;
     return S_OK;
 }
