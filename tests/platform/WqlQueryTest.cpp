@@ -74,13 +74,13 @@ TEST_F(WqlQueryTest, ConditionsThatHold) {
 }
 
 TEST_F(WqlQueryTest, ConditionsThatDoNot) {
-    const std::string cases[] = {"Name = 'abc'", "Name > 5", "Name <= 5", "Big = 18446744073709551614",
-                                 "Big = 18446744073709551616", "Big <= 9223372036854775807",
-                                 "Low > -9223372036854775807.5", "Count = 10.5", "Count < '9'", "On = 0",
-                                 "On < 'x'", "Count = 10 AND NOT Count = 10",
-                                 // Neither true nor false.
-                                 "Gone = 1", "Gone <> 1", "NOT Gone = 1", "NOT (Gone = 1 OR Count = 1)",
-                                 "Missing LIKE '%'", "Count LIKE '10'", "NOT Count < NULL", "List <> 'a'"};
+    const std::string cases[] = {
+        "Name = 'abc'", "Name > 5", "Name <= 5", "Big = 18446744073709551614", "Big = 18446744073709551616",
+        "Big <= 9223372036854775807", "Low > -9223372036854775807.5", "Count = 10.5", "Count < '9'", "On = 0",
+        "On < 'x'", "Count = 10 AND NOT Count = 10",
+        // Neither true nor false.
+        "Gone = 1", "Gone <> 1", "NOT Gone = 1", "NOT NOT Gone = 1", "NOT (Gone = 1 OR Count = 1)",
+        "Missing LIKE '%'", "Count LIKE '10'", "NOT Count < NULL", "List <> 'a'"};
     for (const std::string& c : cases) EXPECT_FALSE(Matches(c)) << c;
 }
 
@@ -125,6 +125,7 @@ TEST_F(WqlQueryTest, WhatIsNoQueryIsRefusedAndLeavesNothing) {
                                  front + "a='\\",
                                  front + std::string("a='\0'", 6),
                                  front + "a=1x",
+                                 front + "a=1AND b=2",
                                  front + "a=1e",
                                  front + "a=.5",
                                  front + "a=-",
@@ -173,6 +174,7 @@ TEST_F(WqlQueryTest, PatternsMatchAsDocumented) {
         {"-", "[a-]", true},
         {"b", "[a-]", false},
         {"^", "[^]", true},
+        {"x", "[^]", false},
         {"%_[", "[%][_][[]", true},
         {"x", "[%]", false},
         {"a]", "a]", true},
