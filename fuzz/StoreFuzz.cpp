@@ -104,9 +104,7 @@ bool SaysText(const Variant& read, const std::string& value) {
     if (const auto text = read.TryGet<std::string>()) return *text == value;
     if (const auto integer = read.TryGet<long long>()) return std::to_string(*integer) == value;
     char buffer[32];
-    const auto end =
-        std::to_chars(buffer, buffer + sizeof(buffer), *read.TryGet<double>(), std::chars_format::general)
-            .ptr;
+    const auto end = std::to_chars(buffer, buffer + sizeof(buffer), *read.TryGet<double>()).ptr;
     return std::string(buffer, end) == value || SaysInteger(read, std::atoll(value.c_str()));
 }
 

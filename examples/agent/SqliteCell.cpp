@@ -12,7 +12,6 @@ namespace quillon::agent {
 namespace {
 
 constexpr long long kLargestExact = 1LL << 53;  // in a double
-constexpr std::size_t kExactDigits = 15;        // SQLite reads that many right
 
 int BindText(sqlite3_stmt* statement, int index, std::string_view text, sqlite3_destructor_type lifetime) {
     return sqlite3_bind_text64(statement, index, text.data(), text.size(), lifetime, SQLITE_UTF8);
@@ -34,15 +33,23 @@ std::string ShortestText(double value) {
     return std::string(buffer, std::to_chars(buffer, buffer + sizeof(buffer), value).ptr);
 }
 
-/// Whether the number that the text becomes is written just like it.
-bool IsPlainNumber(const std::string& text, SqliteAffinity affinity) {
+int BindInteger(sqlite3_stmt* statement, int index, SqliteAffinity affinity, long long value) {
+    if (affinity == SqliteAffinity::Real && !IsExactReal(value))
+        return BindBlob(statement, index, std::to_string(value), SQLITE_TRANSIENT);
+    return sqlite3_bind_int64(statement, index, value);
+}
+
+/// A text that says no more than a number becomes the number: SQLite itself reads reals with errors.
+int BindNumberText(sqlite3_stmt* statement, int index, SqliteAffinity affinity, const std::string& text) {
     const char* const end = text.data() + text.size();
     long long integer = 0;
-    if (std::from_chars(text.data(), end, integer).ptr == end)
-        return std::to_string(integer) == text && (affinity != SqliteAffinity::Real || IsExactReal(integer));
     double real = 0;
-    if (text.size() > kExactDigits || text.find('.') == std::string::npos) return false;
-    return std::from_chars(text.data(), end, real).ptr == end && ShortestText(real) == text;
+    if (std::from_chars(text.data(), end, integer).ptr == end && std::to_string(integer) == text)
+        return BindInteger(statement, index, affinity, integer);
+    const bool isPlain = text.find('.') != std::string::npos && text.find('e') == std::string::npos;
+    if (isPlain && std::from_chars(text.data(), end, real).ptr == end && ShortestText(real) == text)
+        return sqlite3_bind_double(statement, index, real);
+    return BindBlob(statement, index, text, SQLITE_STATIC);
 }
 
 int BindString(sqlite3_stmt* statement, int index, SqliteAffinity affinity, const Variant& cell) {
@@ -50,15 +57,8 @@ int BindString(sqlite3_stmt* statement, int index, SqliteAffinity affinity, cons
     if (cell.TypeIs(typeid(TimePoint)))  // the text is shared by all of the row
         return BindText(statement, index, text, SQLITE_TRANSIENT);
     const bool isNumbers = affinity == SqliteAffinity::Integer || affinity == SqliteAffinity::Real;
-    if (isNumbers && MayBeNumber(text) && !IsPlainNumber(text, affinity))
-        return BindBlob(statement, index, text, SQLITE_STATIC);
+    if (isNumbers && MayBeNumber(text)) return BindNumberText(statement, index, affinity, text);
     return BindText(statement, index, text, SQLITE_STATIC);
-}
-
-int BindInteger(sqlite3_stmt* statement, int index, SqliteAffinity affinity, long long value) {
-    if (affinity == SqliteAffinity::Real && !IsExactReal(value))
-        return BindBlob(statement, index, std::to_string(value), SQLITE_TRANSIENT);
-    return sqlite3_bind_int64(statement, index, value);
 }
 
 int BindReal(sqlite3_stmt* statement, int index, SqliteAffinity affinity, double value) {
