@@ -27,25 +27,27 @@ std::vector<std::string> ColumnNames(sqlite3_stmt* statement) {
 }
 
 /// The bytes of a text or blob; none have no address.
-std::string Bytes(sqlite3_stmt* statement, int column) {
-    const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+std::string Bytes(sqlite3_value* value) {
+    const auto* const bytes = static_cast<const char*>(sqlite3_value_blob(value));
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
     return bytes != nullptr ? std::string(bytes, size) : std::string();
 }
 
-void AddCell(sqlite3_stmt* statement, int column, const std::string& name, VariantList& row) {
-    switch (sqlite3_column_type(statement, column)) {
+/// By the column's value: every call by its number would look the column up and lock anew. That
+/// needs a connection of one thread at a time.
+void AddCell(sqlite3_value* value, const std::string& name, VariantList& row) {
+    switch (sqlite3_value_type(value)) {
         case SQLITE_INTEGER:
-            row.Add(name, static_cast<long long>(sqlite3_column_int64(statement, column)));
+            row.Add(name, static_cast<long long>(sqlite3_value_int64(value)));
             break;
         case SQLITE_FLOAT:
-            row.Add(name, sqlite3_column_double(statement, column));
+            row.Add(name, sqlite3_value_double(value));
             break;
         case SQLITE_NULL:
             row.AddEmptyCell(name, typeid(long long));
             break;
         default:
-            row.Add(name, Bytes(statement, column));
+            row.Add(name, Bytes(value));
     }
 }
 
@@ -109,7 +111,8 @@ bool SqliteStatement::ReadRows(DataTable& table) const {
     for (; step == Row; step = Step()) {
         VariantList row;
         row.Reserve(names.size());
-        for (std::size_t i = 0; i < names.size(); ++i) AddCell(Get(), static_cast<int>(i), names[i], row);
+        int column = 0;
+        for (const std::string& name : names) AddCell(sqlite3_column_value(Get(), column++), name, row);
         rows.AddRow(std::move(row));
     }
     if (step == Failed) return false;
