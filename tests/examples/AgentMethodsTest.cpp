@@ -80,7 +80,8 @@ TEST(AgentMethods, AreListedAsJsonWhenDocumented) {
     std::vector<std::string> names;
     for (const auto& method : methods) names.push_back(method["name"]);
     EXPECT_THAT(names, ElementsAre("Commands.Run", "Commands.Table", "Processes.List", "Store.Save",
-                                   "Store.Query", "Store.List", "System.Info", "System.Metrics"));
+                                   "Store.Query", "Store.List", "System.Info", "System.Metrics", "Wmi.Query",
+                                   "Wmi.Update", "Wmi.Invoke"));
     const ordered_json& timeout = methods[0]["parameters"][1];
     EXPECT_EQ(timeout["name"], "timeout");
     EXPECT_EQ(timeout["type"], "integer");
