@@ -5,6 +5,7 @@
 
 #include "Module.h"
 #include "TableLayout.h"
+#include "quillon/MethodParameterValidation.h"
 #include "quillon/ProcessUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
@@ -13,18 +14,15 @@ namespace quillon::agent {
 
 namespace {
 
-bool InRange(const char* name, long long value, long long maximum, InvocationResult& result) {
-    if (value >= 0 && value <= maximum) return true;
-    return RefuseParameter(
-        std::string("'") + name + "' parameter must be from 0 to " + std::to_string(maximum), result);
-}
+using Validation = MethodParameterValidation;
+constexpr long long kNoLimit = std::numeric_limits<long long>::max();
 
 /// The runner takes an empty folder for the agent's own, and so it would text that cannot be converted.
 bool Check(const CommandCall& call, InvocationResult& result) {
     if (StringUtils::NarrowStringToWide(call.workingDirectory).empty() != call.workingDirectory.empty())
         return RefuseParameter("'workingDirectory' parameter must be UTF-8", result);
-    return InRange("timeout", call.timeout, std::numeric_limits<int>::max(), result) &&
-           InRange("maxOutput", call.maxOutput, std::numeric_limits<long long>::max(), result);
+    return Validation::InRange("timeout", call.timeout, 0, std::numeric_limits<int>::max(), result) &&
+           Validation::InRange("maxOutput", call.maxOutput, 0, kNoLimit, result);
 }
 
 std::shared_ptr<ProcessUtils::CmdProperties> ToProperties(const CommandCall& call, bool lines) {
@@ -49,17 +47,17 @@ std::string FailureText(const ProcessUtils::CmdProperties& properties) {
 
 }  // namespace
 
-void DescribeCommand(IMethodMetadataBuilder& builder) {
+void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional) {
     using Record = IMethodMetadata;
     builder.Flags({Record::ExecutesExternalProcess, Record::MayModifySystemState})
         .Warning("The command runs with all the rights of the agent.")
         .Note("A command that does not end with exit code 0 is a failed invocation with code 3.")
         .Note(
             "The command line is split by the Windows argument rules on every system; on Linux "
-            "\"cmd /c REST\" hands REST to /bin/sh.")
-        .CreateParameter("command", typeid(std::string))
-        .Description("The command line.")
-        .BindParameter()
+            "\"cmd /c REST\" hands REST to /bin/sh.");
+    auto& command = builder.CreateParameter("command", typeid(std::string)).Description("The command line.");
+    if (isOptional) command.OptionalValue("");
+    command.BindParameter()
         .CreateParameter("timeout", typeid(long long))
         .Description("Seconds after which the command is killed with all that it started; 0 for never.")
         .OptionalValue(ProcessUtils::DefaultTimeoutSecs)
@@ -86,8 +84,12 @@ void DescribeLayout(IMethodMetadataBuilder& builder) {
         .BindParameter();
 }
 
-void AddBindings(ParameterBinder& binder, CommandCall& call) {
-    binder.AddMandatoryBinding("command", call.command);
+void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional) {
+    if (isOptional) {
+        binder.AddOptionalBinding("command", call.command);
+    } else {
+        binder.AddMandatoryBinding("command", call.command);
+    }
     binder.AddOptionalBinding("timeout", call.timeout);
     binder.AddOptionalBinding("workingDirectory", call.workingDirectory);
     binder.AddOptionalBinding("maxOutput", call.maxOutput);
@@ -119,7 +121,7 @@ bool RunCommandTable(const CommandCall& call, const std::string& columns, long l
                      InvocationResult& result) {
     TableLayout layout;
     if (!layout.Read(columns, result)) return false;
-    if (!InRange("skip", skip, std::numeric_limits<long long>::max(), result)) return false;
+    if (!Validation::InRange("skip", skip, 0, kNoLimit, result)) return false;
     if (!RunCommand(call, false, result)) return false;
     const std::string output = result.resultTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue();
     result.resultTable = layout.Parse(output, skip);

@@ -19,8 +19,9 @@ struct CommandCall {
     long long maxOutput = kDefaultMaxOutput;
 };
 
-void DescribeCommand(IMethodMetadataBuilder& builder);
-void AddBindings(ParameterBinder& binder, CommandCall& call);
+/// `isOptional`: what the method runs may be something else.
+void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional = false);
+void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional = false);
 
 /// Runs the command and puts its output into the result, in one row or in lines. False
 /// when a parameter is out of its range or the command did not end with exit code 0;

@@ -5,6 +5,7 @@
 
 #include "CommandCall.h"
 #include "DatabaseFolder.h"
+#include "WmiCall.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 
@@ -45,8 +46,10 @@ bool WriteRows(const Target& target, DataTable& table, SqlApplicationDataStore& 
     return store.AddToTable(target.table, table);
 }
 
-/// All or nothing. The store's own transactions do not tell whether they succeed.
+/// All or nothing; a query without objects, which has not even columns, changes nothing. The store's own
+/// transactions do not tell whether they succeed.
 bool Write(const Target& target, DataTable& table, bool& existed) {
+    if (table.GetColumnNames().empty()) return existed = true;
     SqlApplicationDataStore store(target.database);
     if (!store.ExecuteNonQuery("BEGIN IMMEDIATE")) return false;
     if (WriteRows(target, table, store, existed) && store.ExecuteNonQuery("COMMIT")) return true;
@@ -80,22 +83,40 @@ void SaveResult(const Target& target, InvocationResult& result) {
     result.resultTable.AddRow(std::move(row));
 }
 
-void Save(const MethodParameters& parameters, InvocationResult& result) {
-    Target target;
-    CommandCall call;
+/// Where the rows come from: a command or a WMI query.
+struct Source {
+    CommandCall command;
     std::string columns;
     long long skip = 0;
+    WmiCall wmi;
+    std::string wql;
+};
+
+/// Puts the rows into the result's table; false when there are none to be had.
+bool Read(const Source& source, InvocationResult& result) {
+    if (source.command.command.empty() == source.wql.empty())
+        return RefuseParameter("Either 'command' or 'wql' must be given", result);
+    if (!source.wql.empty())
+        return RunWmi(source.wmi, result, [&](WmiConnector& connector) {
+            return connector.ExecuteQuery(source.wql, &result.resultTable);
+        });
+    return source.columns.empty() ? RunCommand(source.command, true, result)
+                                  : RunCommandTable(source.command, source.columns, source.skip, result);
+}
+
+void Save(const MethodParameters& parameters, InvocationResult& result) {
+    Target target;
+    Source source;
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("database", target.database);
     binder.AddMandatoryBinding("table", target.table);
     binder.AddOptionalBinding("replace", target.replace);
-    AddBindings(binder, call);
-    binder.AddOptionalBinding("columns", columns);
-    binder.AddOptionalBinding("skip", skip);
-    if (!binder.Bind(result) || !Check(target, result)) return;
-    const bool isRead =
-        columns.empty() ? RunCommand(call, true, result) : RunCommandTable(call, columns, skip, result);
-    if (isRead) SaveResult(target, result);
+    AddBindings(binder, source.command, true);
+    binder.AddOptionalBinding("columns", source.columns);
+    binder.AddOptionalBinding("skip", source.skip);
+    binder.AddOptionalBinding("wql", source.wql);
+    AddBindings(binder, source.wmi);
+    if (binder.Bind(result) && Check(target, result) && Read(source, result)) SaveResult(target, result);
 }
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {
@@ -157,13 +178,18 @@ void AddColumn(IMethodMetadataBuilder& builder, const char* name, const std::typ
 }
 
 void DescribeSave(IMethodMetadataBuilder& builder) {
-    builder.Description("Runs a command line and keeps what it wrote in a table of a database.")
+    builder
+        .Description(
+            "Keeps what a command line wrote, or the objects of a WQL query, in a table of a database.")
+        .Example(
+            "quillon-agent run Store.Save database=inventory table=services wql=\"SELECT Name, State FROM "
+            "Win32_Service\" replace=true")
         .Example(
             "quillon-agent run Store.Save database=inventory table=mounts command=\"df -Pk\" skip=1 "
             "columns=\"Device Blocks:integer*1024 Used:integer*1024 Free:integer*1024 Use Mount:text:rest\"")
         .Note(
             "The table is made with the columns of the rows when it is not there. Nothing is kept when "
-            "a row does not fit into it.");
+            "a row does not fit into it. A query without objects leaves the table as it is.");
     AddDatabaseParameter(builder, "It is made when it is not there.");
     builder.CreateParameter("table", typeid(std::string))
         .Description("Name of the table.")
@@ -172,12 +198,17 @@ void DescribeSave(IMethodMetadataBuilder& builder) {
         .Description("Puts the rows in the place of the table, instead of adding them to it.")
         .OptionalValue(false)
         .BindParameter();
-    DescribeCommand(builder);
+    DescribeCommand(builder, true);
     builder.CreateParameter("columns", typeid(std::string))
         .Description("The columns, parted by blanks; when empty, a row is kept for every line.")
         .OptionalValue("")
         .BindParameter();
     DescribeLayout(builder);
+    builder.CreateParameter("wql", typeid(std::string))
+        .Description("The query, in place of a command.")
+        .OptionalValue("")
+        .BindParameter();
+    DescribeWmi(builder);
     AddColumn(builder, "Database", typeid(std::string), "As given.");
     AddColumn(builder, "Table", typeid(std::string), "As given.");
     AddColumn(builder, "Rows", typeid(long long), "How many were written.");

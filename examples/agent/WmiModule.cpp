@@ -1,49 +1,12 @@
 #include "WmiModule.h"
 
-#include <functional>
-
 #include "Assignments.h"
-#include "ComThread.h"
-#include "quillon/ParameterBinder.h"
+#include "WmiCall.h"
 #include "quillon/StringUtils.h"
-#include "quillon/WmiConnector.h"
 
 namespace quillon::agent {
 
 namespace {
-
-constexpr std::int32_t kWmiFailed = 3;
-constexpr long long kLongestDeadline = 24 * 60 * 60;
-const char* const kDefaultNamespace = "ROOT\\CIMV2";
-
-/// The parameters of every method.
-struct WmiCall {
-    std::string ns = kDefaultNamespace;
-    long long deadline = 0;
-};
-
-void AddBindings(ParameterBinder& binder, WmiCall& call) {
-    binder.AddOptionalBinding("namespace", call.ns);
-    binder.AddOptionalBinding("deadline", call.deadline);
-}
-
-/// Connects and runs the operation. What fails ends the invocation with WMI's text.
-void Run(const WmiCall& call, InvocationResult& result, const std::function<bool(WmiConnector&)>& operation) {
-    if (call.deadline < 0 || call.deadline > kLongestDeadline) {
-        RefuseParameter("'deadline' parameter must be from 0 to " + std::to_string(kLongestDeadline), result);
-        return;
-    }
-    const ComThread com;
-    if (!com.IsReady()) {
-        Fail(kWmiFailed, "COM cannot be initialised", result);
-        return;
-    }
-    WmiConnector connector;
-    connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
-    connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));
-    if (!connector.Connect(call.ns) || !operation(connector))
-        Fail(kWmiFailed, StringUtils::WideStringToNarrow(connector.LastWmiError()), result);
-}
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {
     WmiCall call;
@@ -54,7 +17,7 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddMandatoryBinding("wql", wql);
     binder.AddOptionalBinding("qualifiers", qualifiers);
     if (!binder.Bind(result)) return;
-    Run(call, result, [&](WmiConnector& connector) {
+    RunWmi(call, result, [&](WmiConnector& connector) {
         return qualifiers ? connector.ExecuteQueryReturnQualifiers(wql, &result.resultTable)
                           : connector.ExecuteQuery(wql, &result.resultTable);
     });
@@ -73,7 +36,7 @@ void Update(const MethodParameters& parameters, InvocationResult& result) {
     if (!binder.Bind(result) || !ReadAssignments("set", set, values, result)) return;
     const DataTable updates(values);
     const std::wstring wide = StringUtils::NarrowStringToWide(wql);
-    Run(call, result, [&](WmiConnector& connector) {
+    RunWmi(call, result, [&](WmiConnector& connector) {
         return all ? connector.ExecuteUpdateAll(wide, &updates, &result.resultTable)
                    : connector.ExecuteUpdateFirst(wide, &updates, &result.resultTable);
     });
@@ -97,7 +60,7 @@ void Invoke(const MethodParameters& parameters, InvocationResult& result) {
         return;
     }
     const auto wide = [](const std::string& text) { return StringUtils::NarrowStringToWide(text); };
-    Run(call, result, [&](WmiConnector& connector) {
+    RunWmi(call, result, [&](WmiConnector& connector) {
         return wql.empty()
                    ? connector.ExecuteStaticMethod(wide(className), wide(method), values, &result.resultTable)
                    : connector.ExecuteInstanceMethod(wide(wql), wide(method), all, values,
@@ -107,18 +70,6 @@ void Invoke(const MethodParameters& parameters, InvocationResult& result) {
 
 void AddText(IMethodMetadataBuilder& builder, const char* name, const char* description) {
     builder.CreateParameter(name, typeid(std::string)).Description(description).BindParameter();
-}
-
-/// What every method declares last.
-void DescribeCall(IMethodMetadataBuilder& builder) {
-    builder.CreateParameter("namespace", typeid(std::string))
-        .Description("The namespace.")
-        .OptionalValue(kDefaultNamespace)
-        .BindParameter()
-        .CreateParameter("deadline", typeid(long long))
-        .Description("Seconds to wait for the objects of the query; 0 for no limit.")
-        .OptionalValue(0)
-        .BindParameter();
 }
 
 void AddAll(IMethodMetadataBuilder& builder) {
@@ -138,7 +89,7 @@ void DescribeQuery(IMethodMetadataBuilder& builder) {
         .Description("With the system properties, such as __PATH.")
         .OptionalValue(false)
         .BindParameter();
-    DescribeCall(builder);
+    DescribeWmi(builder);
 }
 
 void DescribeUpdate(IMethodMetadataBuilder& builder) {
@@ -154,7 +105,7 @@ void DescribeUpdate(IMethodMetadataBuilder& builder) {
             "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
             "property: text (the default, also for date-times), integer, float or boolean.");
     AddAll(builder);
-    DescribeCall(builder);
+    DescribeWmi(builder);
 }
 
 void DescribeInvoke(IMethodMetadataBuilder& builder) {
@@ -179,7 +130,7 @@ void DescribeInvoke(IMethodMetadataBuilder& builder) {
         .OptionalValue("")
         .BindParameter();
     AddAll(builder);
-    DescribeCall(builder);
+    DescribeWmi(builder);
 }
 
 }  // namespace

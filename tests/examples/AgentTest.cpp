@@ -61,7 +61,9 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
     const std::tuple<const char*, Arguments, const char*> cases[] = {
         {"Run", {print, "other=1"}, "Undefined parameter named 'other'"},
         {"Run", {print, "=1"}, "Anonymous parameters are not allowed for this method"},
-        {"Run", {print, "timeout=2147483648"}, "'timeout' parameter must be from 0 to 2147483647"},
+        {"Run",
+         {print, "timeout=2147483648"},
+         "'timeout' parameter must be between 0 and 2147483647, not 2147483648"},
         {"Run", {print, "lines"}, "'lines' is not of the form name=value"},
         {"Caf\xC3\xA9", {print}, "Unknown method 'Commands.Caf\xC3\xA9'"},
         {"Table", {print, "columns= "}, "'columns' parameter cannot be empty"},

@@ -315,6 +315,12 @@ TEST(StoreModule, SavesQueriesAndLists) {
     save[3] = "columns=N";
     EXPECT_EQ(run("Save", save), "3|Could not save table 'T x' in database 'Inv'");
     EXPECT_EQ(run("Query", {"database=none", query[1]}), "2|There is no database 'none'");
+    save[2] = "wql=SELECT Name FROM Win32_ComputerSystem";
+    save[3] = "replace=true";
+    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,1,true\n");
+    EXPECT_THAT(run("Query", query), StartsWith("0|Name\n"));
+    save[3] = "command=" + print;
+    EXPECT_EQ(run("Save", save), "2|Either 'command' or 'wql' must be given");
 }
 
 }  // namespace quillon::test

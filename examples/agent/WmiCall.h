@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "quillon/IMethodMetadataBuilder.h"
+#include "quillon/InvocationResult.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/WmiConnector.h"
+
+namespace quillon::agent {
+
+/// The parameters of every method that asks WMI.
+struct WmiCall {
+    static constexpr const char* kDefaultNamespace = "ROOT\\CIMV2";
+
+    std::string ns = kDefaultNamespace;
+    long long deadline = 0;
+};
+
+void DescribeWmi(IMethodMetadataBuilder& builder);
+void AddBindings(ParameterBinder& binder, WmiCall& call);
+
+/// Connects and runs the operation. False when a parameter is out of its range or one of
+/// the two failed; the result then says why, in WMI's words.
+bool RunWmi(const WmiCall& call, InvocationResult& result,
+            const std::function<bool(WmiConnector&)>& operation);
+
+}  // namespace quillon::agent
