@@ -1,0 +1,84 @@
+#include "quillon/WmiConnector.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "quillon/ProcessUtils.h"
+#include "support/ComThread.h"
+#include "support/RecordingLogger.h"
+
+// Against the system's own WMI, and what answers in its place outside Windows.
+
+namespace quillon::test {
+
+namespace {
+
+using testing::StartsWith;
+
+class SystemWmiTest : public testing::Test {
+protected:
+    SystemWmiTest() { EXPECT_TRUE(connector.Connect("ROOT\\CIMV2")); }
+
+    bool Query(const std::string& wql) { return connector.ExecuteQuery(wql, &table); }
+
+    const ComThread com;
+    RecordingLogger log;
+    WmiConnector connector;
+    DataTable table;
+};
+
+std::set<long long> ProcessIds() {
+    std::vector<unsigned long> ids;
+    ProcessUtils::EnumerateProcessIds(ids);
+    return {ids.begin(), ids.end()};
+}
+
+}  // namespace
+
+TEST_F(SystemWmiTest, TellsOfTheSystemAndItsDisks) {
+    ASSERT_TRUE(Query("SELECT Version, LastBootUpTime FROM Win32_OperatingSystem"));
+    ASSERT_EQ(table.GetNumberOfRows(), 1U);
+    EXPECT_THAT(table.begin()->Get("LastBootUpTime").GetStringValue(),
+                testing::MatchesRegex("20..-..-..T..:..:..\\....[-+Z].*"));
+    EXPECT_NE(WmiConnector::GetStringFromWmi("Win32_OperatingSystem", "Version", L"root\\cimv2"), "");
+    ASSERT_TRUE(Query("SELECT DeviceID, DriveType, Size FROM Win32_LogicalDisk WHERE DeviceID = 'C:'"));
+    ASSERT_EQ(table.GetNumberOfRows(), 1U);
+    EXPECT_GT(table.begin()->Get("Size").GetLongLongValue(), 0);
+}
+
+TEST_F(SystemWmiTest, ListsTheProcessesThatThereAre) {
+    const std::set<long long> before = ProcessIds();
+    ASSERT_TRUE(Query("SELECT ProcessId FROM Win32_Process"));
+    const std::set<long long> after = ProcessIds();
+    std::set<long long> listed;
+    for (const VariantList& row : table) listed.insert(row.Get("ProcessId").GetLongLongValue());
+    for (const long long id : before) EXPECT_TRUE(listed.contains(id) || !after.contains(id)) << id;
+    for (const long long id : listed) {
+        EXPECT_EQ(connector.ExecuteQuery(
+                      "SELECT Name FROM Win32_Process WHERE ProcessId = " + std::to_string(id), &table),
+                  true);
+        EXPECT_TRUE(table.GetNumberOfRows() == 1 || !ProcessIds().contains(id)) << id;
+    }
+}
+
+TEST_F(SystemWmiTest, CallsAMethodOfAProcess) {
+    EXPECT_TRUE(
+        connector.ExecuteInstanceMethod(L"SELECT * FROM Win32_Process", L"GetOwner", false, {}, &table));
+    ASSERT_EQ(table.GetNumberOfRows(), 1U);
+    EXPECT_NE(table.begin()->Get("User").GetStringValue(), "");
+    EXPECT_EQ(table.begin()->Get("ReturnValue"), Variant("ReturnValue", 0));
+    EXPECT_THAT(table.begin()->Get("ObjectPath").GetStringValue(),
+                testing::HasSubstr("Win32_Process.Handle="));
+}
+
+TEST_F(SystemWmiTest, RefusesWhatItDoesNotKnow) {
+    EXPECT_FALSE(Query("SELECT Name Win32_Process"));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error),
+                testing::ElementsAre(StartsWith("WMI error 0x80041017 - ")));
+    EXPECT_FALSE(connector.TryConnect("ROOT\\NoSuchNamespace"));
+    EXPECT_FALSE(connector.Connect("ROOT\\NoSuchNamespace"));
+    EXPECT_THAT(log.Lines().back(), StartsWith("WMI error 0x8004100e - "));
+}
+
+}  // namespace quillon::test

@@ -1,0 +1,9 @@
+#include "support/ComThread.h"
+
+namespace quillon::test {
+
+ComThread::ComThread() = default;
+
+ComThread::~ComThread() = default;
+
+}  // namespace quillon::test
