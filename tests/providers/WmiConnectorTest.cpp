@@ -40,7 +40,7 @@ TEST_F(SystemWmiTest, TellsOfTheSystemAndItsDisks) {
     ASSERT_TRUE(Query("SELECT Version, LastBootUpTime FROM Win32_OperatingSystem"));
     ASSERT_EQ(table.GetNumberOfRows(), 1U);
     EXPECT_THAT(table.begin()->Get("LastBootUpTime").GetStringValue(),
-                testing::MatchesRegex("20..-..-..T..:..:..\\....[-+Z].*"));
+                testing::MatchesRegex("20..-..-..T..:..:..\\.....*"));
     EXPECT_NE(WmiConnector::GetStringFromWmi("Win32_OperatingSystem", "Version", L"root\\cimv2"), "");
     ASSERT_TRUE(Query("SELECT DeviceID, DriveType, Size FROM Win32_LogicalDisk WHERE DeviceID = 'C:'"));
     ASSERT_EQ(table.GetNumberOfRows(), 1U);
@@ -52,7 +52,7 @@ TEST_F(SystemWmiTest, ListsTheProcessesThatThereAre) {
     ASSERT_TRUE(Query("SELECT ProcessId FROM Win32_Process"));
     const std::set<long long> after = ProcessIds();
     std::set<long long> listed;
-    for (const VariantList& row : table) listed.insert(row.Get("ProcessId").GetLongLongValue());
+    for (const VariantList& row : table) listed.insert(row.Get(0).GetLongLongValue());
     for (const long long id : before) EXPECT_TRUE(listed.contains(id) || !after.contains(id)) << id;
     for (const long long id : listed) {
         EXPECT_EQ(connector.ExecuteQuery(
