@@ -141,7 +141,7 @@ void QueryToVisitor(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kObjects);
 }
 
-double ResidentKilobytes() {
+double ResidentKibibytes() {
     std::ifstream file("/proc/self/statm");
     long long total = 0, resident = 0;
     file >> total >> resident;
@@ -158,12 +158,14 @@ void QueryRepeatedly(benchmark::State& state) {
     double early = 0;
     for (auto _ : state) {
         for (int i = 0; i < kQueries; ++i) {
-            connector.ExecuteQuery("SELECT * FROM Disk", &table);
-            if (i == kFirst) early = ResidentKilobytes();
+            if (!connector.ExecuteQuery("SELECT * FROM Disk", &table) || table.GetNumberOfRows() != 3) {
+                state.SkipWithError("rows are missing");
+            }
+            if (i == kFirst) early = ResidentKibibytes();
         }
     }
-    state.counters["early_kb"] = early;
-    state.counters["late_kb"] = ResidentKilobytes();
+    state.counters["early_KiB"] = early;
+    state.counters["end_KiB"] = ResidentKibibytes();
 }
 
 BENCHMARK(QueryByHand)->Name("wmi-query/baseline")->Unit(benchmark::kMillisecond);
