@@ -70,6 +70,27 @@ public:
     static std::string ReadSingleLineFromFile(const char* path);
     static std::string ReadSingleLineFromFile(const std::string& path);
 
+    // --- Version resources ---
+
+    /// Texts of a file's version resource, each empty when unknown. UTF-8.
+    struct VersionInformation {
+        std::string fileVersion;     ///< the fixed version, "1.2.3.4"
+        std::string productVersion;  ///< the same of the product
+        std::string fileDescription;
+        std::string productName;
+        std::string originalFilename;
+
+        bool operator==(const VersionInformation&) const = default;
+    };
+
+    /// `language` is four hexadecimal digits such as "0409", or empty for the first
+    /// language that has a text. Answers are kept for the process's life, by path and
+    /// language as they are given, while the file's modification time stays. A failure gives empty
+    /// texts, one log entry, and is not kept.
+    static VersionInformation GetVersionInformation(const std::string& filePath, const std::string& language);
+    /// Forgets all of them.
+    static void ClearVersionInformationCache();
+
     // --- Places ---
 
     /// With its trailing backslash; found once per process.
