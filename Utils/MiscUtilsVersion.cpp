@@ -3,6 +3,7 @@
 #include <mutex>
 #include <optional>
 
+#include "Utils/VersionText.h"
 #include "platform/Characters.h"
 #include "platform/ModuleApi.h"
 #include "platform/VersionResourceApi.h"
@@ -16,15 +17,6 @@ using platform::VersionResource;
 using platform::VersionTranslation;
 
 constexpr const char* kDefaultVersion = "1.2.3.4";
-
-/// Empty when the file has none in this language.
-std::string FindVersion(const VersionResource& resource, VersionTranslation translation) {
-    constexpr const char* kName = "FileVersion";
-    constexpr std::uint16_t kUsEnglish = 1033;
-    std::string text = resource.Text(translation, kName).value_or("");
-    if (!text.empty() || translation.language != 0) return text;
-    return resource.Text({kUsEnglish, translation.codePage}, kName).value_or("");
-}
 
 /// "1, 2, 3, 4" as "1.2.3.4".
 std::string Tidied(const std::string& text) {
@@ -40,11 +32,9 @@ std::string Tidied(const std::string& text) {
 std::string VersionTextOf(const std::string& path) {
     const auto resource = VersionResource::Load(path);
     if (!resource) return {};
-    for (const VersionTranslation translation : resource->Translations()) {
-        const std::string text = FindVersion(*resource, translation);
-        if (!text.empty()) return Tidied(text);
-    }
-    return {};
+    return Tidied(FirstText(*resource, [&](VersionTranslation translation) {
+        return resource->Text(translation, "FileVersion").value_or("");
+    }));
 }
 
 struct KeptVersion {

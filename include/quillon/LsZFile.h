@@ -13,10 +13,13 @@ class ICLogger;
 
 /// The list of a content package: every file with its length, time and checksum, and
 /// comments with the package's version and whether the list is complete. UTF-16
-/// little-endian with its mark, or UTF-8 with a warning. Lines end at a line feed or after 1,139
-/// units; an empty line ends the list. Read once, by the constructor, in one pass; what
-/// goes wrong is logged and ParsedOk() is false, and what was read before stays.
-/// Nothing throws. Names are the list's own and not to be trusted as paths.
+/// little-endian with its mark, or UTF-8 with a warning. Read once, by the constructor,
+/// in one pass; what goes wrong is logged and ParsedOk() is false, and what was read
+/// before stays. Nothing throws. Names are the list's own and not to be trusted as paths.
+///
+/// A line ends after its line feed or after 1,139 units (bytes of UTF-8), the line feed
+/// among them; an empty line ends the list. Numbers are read as the C library reads
+/// them, and past the range of their field are its end; of a version the low 16 bits count.
 class QUILLON_API LsZFile {
 public:
     struct FileFromLsZ {

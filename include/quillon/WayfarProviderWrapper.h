@@ -43,7 +43,7 @@ public:
 private:
     IProvider* GetWayfarProvider() const;
 
-    ICLogger* m_logger;
+    [[maybe_unused]] ICLogger* m_logger;
 };
 
 }  // namespace quillon

@@ -15,32 +15,6 @@ namespace {
 constexpr std::size_t kPieceSize = 128 * 1024;
 constexpr std::uint32_t kNotEnoughMemory = 8;
 
-/// Reads what a file holds when it is opened: one that grows faster than it is read
-/// would never end. A file that tells no size is read to its end.
-class BoundedReader {
-public:
-    explicit BoundedReader(const FileHandle& file) : m_file(file), m_limit(SizeNow()) {}
-
-    std::uint64_t Limit() const { return m_limit; }
-
-    std::optional<std::size_t> Read(char* buffer, std::size_t size) {
-        if (m_limit == 0 && m_done > 0) m_limit = SizeNow();  // it was empty, and grows
-        const std::uint64_t left = m_limit - std::min(m_limit, m_done);
-        if (m_limit > 0) size = static_cast<std::size_t>(std::min<std::uint64_t>(size, left));
-        if (size == 0) return 0;
-        const auto count = ReadSome(m_file, buffer, size);
-        m_done += count.value_or(0);
-        return count;
-    }
-
-private:
-    std::uint64_t SizeNow() const { return SizeOfOpenFile(m_file).value_or(0); }
-
-    const FileHandle& m_file;
-    std::uint64_t m_limit;
-    std::uint64_t m_done = 0;
-};
-
 std::optional<std::string> ReadAll(BoundedReader& reader) {
     std::string content(reader.Limit() > 0 ? static_cast<std::size_t>(reader.Limit()) : kPieceSize, '\0');
     std::size_t length = 0;
@@ -62,6 +36,20 @@ std::optional<std::string> FailForMemory() {
 }
 
 }  // namespace
+
+BoundedReader::BoundedReader(const FileHandle& file) : m_file(file), m_limit(SizeNow()) {}
+
+std::uint64_t BoundedReader::SizeNow() const { return SizeOfOpenFile(m_file).value_or(0); }
+
+std::optional<std::size_t> BoundedReader::Read(char* buffer, std::size_t size) {
+    if (m_limit == 0 && m_done > 0) m_limit = SizeNow();  // it was empty, and grows
+    const std::uint64_t left = m_limit - std::min(m_limit, m_done);
+    if (m_limit > 0) size = static_cast<std::size_t>(std::min<std::uint64_t>(size, left));
+    if (size == 0) return 0;
+    const auto count = ReadSome(m_file, buffer, size);
+    m_done += count.value_or(0);
+    return count;
+}
 
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit) {
     const FileHandle file = OpenForReading(path);

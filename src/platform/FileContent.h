@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,5 +18,24 @@ FileHandle OpenForReading(const std::string& path);
 /// Bytes read, which may be fewer than fit; 0 at the end.
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size);
 bool WriteAll(const FileHandle& file, std::string_view bytes);
+
+/// Reads what a file holds when it is opened: one that grows faster than it is read
+/// would never end. A file that tells no size is read to its end.
+class BoundedReader {
+public:
+    /// `file` is open and outlives the reader.
+    explicit BoundedReader(const FileHandle& file);
+
+    [[nodiscard]] std::uint64_t Limit() const { return m_limit; }
+    /// As ReadSome.
+    std::optional<std::size_t> Read(char* buffer, std::size_t size);
+
+private:
+    [[nodiscard]] std::uint64_t SizeNow() const;
+
+    const FileHandle& m_file;
+    std::uint64_t m_limit;
+    std::uint64_t m_done = 0;
+};
 
 }  // namespace quillon::platform

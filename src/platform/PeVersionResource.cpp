@@ -1,8 +1,6 @@
 #include "platform/PeVersionResource.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
 
 #include "platform/Characters.h"
 #include "platform/Utf.h"
@@ -121,7 +119,13 @@ std::optional<std::uint32_t> FindEntry(const Image& image, std::uint32_t directo
     return std::nullopt;
 }
 
-std::optional<Bytes> ReadVersionBlock(const Image& image) {
+/// Where a resource lies in the loaded image.
+struct Place {
+    std::uint32_t address = 0;
+    std::uint32_t size = 0;
+};
+
+std::optional<Place> FindVersionBlock(const Image& image) {
     auto target = FindEntry(image, 0, kVersionType);
     for (int level = 1; level < 3; ++level) {  // name, then language
         if (!target || (*target & kHighBit) == 0) return std::nullopt;
@@ -130,7 +134,7 @@ std::optional<Bytes> ReadVersionBlock(const Image& image) {
     if (!target || (*target & kHighBit) != 0) return std::nullopt;
     const auto data = image.At(std::uint64_t{image.Resources()} + *target, 16);
     if (!data) return std::nullopt;
-    return image.At(DoubleWord(*data, 0), std::min<std::size_t>(DoubleWord(*data, 4), kMaxBlock));
+    return Place{DoubleWord(*data, 0), DoubleWord(*data, 4)};
 }
 
 /// A node of the tree in a version block: lengths, a key, a value and children, each
@@ -144,15 +148,10 @@ struct Node {
 
 std::size_t Aligned(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
 
-/// UTF-16 up to a zero or the end.
-std::string TextAt(const Bytes& block, std::size_t at, std::size_t end) {
-    std::wstring text;
-    for (; at + 2 <= end; at += 2) {
-        const std::uint16_t unit = Word(block, at);
-        if (unit == 0) break;
-        text.push_back(static_cast<wchar_t>(unit));
-    }
-    return ToUtf8(text);
+std::wstring UnitsAt(const Bytes& block, std::size_t at, std::size_t end) {
+    std::wstring units;
+    for (; at + 2 <= end; at += 2) units.push_back(static_cast<wchar_t>(Word(block, at)));
+    return units;
 }
 
 std::optional<Node> NodeAt(const Bytes& block, std::size_t at, std::size_t limit) {
@@ -164,7 +163,7 @@ std::optional<Node> NodeAt(const Bytes& block, std::size_t at, std::size_t limit
     node.valueLength = Word(block, at + 2);
     std::size_t keyEnd = at + kHeaderSize;
     while (keyEnd + 2 <= node.end && Word(block, keyEnd) != 0) keyEnd += 2;
-    node.key = TextAt(block, at + kHeaderSize, keyEnd);
+    node.key = ToUtf8(UnitsAt(block, at + kHeaderSize, keyEnd));
     node.value = std::min(Aligned(keyEnd + 2), node.end);
     return node;
 }
@@ -180,23 +179,11 @@ void ForEachNode(const Bytes& block, std::size_t from, std::size_t limit, Visit 
     }
 }
 
-/// "040904b0": language and code page.
-std::optional<VersionTranslation> ParseTranslation(const std::string& key) {
-    std::uint32_t number = 0;
-    const char* const end = key.data() + key.size();
-    const auto [parsed, error] = std::from_chars(key.data(), end, number, 16);
-    if (key.size() != 8 || error != std::errc() || parsed != end) return std::nullopt;
-    return VersionTranslation{static_cast<std::uint16_t>(number >> 16), static_cast<std::uint16_t>(number)};
-}
-
 void ReadStringTables(const Bytes& block, const Node& parent, VersionTexts& result) {
     ForEachNode(block, parent.value, parent.end, [&](const Node& table) {
-        const auto translation = ParseTranslation(table.key);
-        if (!translation) return;
         ForEachNode(block, table.value, table.end, [&](const Node& entry) {
-            const bool isEmpty = entry.valueLength == 0;
-            result.texts.push_back(
-                {*translation, entry.key, isEmpty ? std::string() : TextAt(block, entry.value, entry.end)});
+            const std::size_t end = std::min(entry.end, entry.value + 2 * entry.valueLength);
+            result.Add(table.key, entry.key, UnitsAt(block, entry.value, end));
         });
     });
 }
@@ -211,10 +198,18 @@ void ReadTranslations(const Bytes& block, const Node& parent, VersionTexts& resu
     });
 }
 
+std::optional<FixedVersion> ReadFixed(const Bytes& block, const Node& root) {
+    constexpr std::size_t kSize = 52;
+    if (root.valueLength < kSize || root.value + kSize > root.end) return std::nullopt;
+    const auto field = [&](std::size_t index) { return DoubleWord(block, root.value + index * 4); };
+    return FixedVersion{field(0), field(2), field(3), field(4), field(5)};
+}
+
 VersionTexts ParseVersionBlock(const Bytes& block) {
     VersionTexts result;
     const auto root = NodeAt(block, 0, block.size());
     if (!root || root->key != "VS_VERSION_INFO") return result;
+    result.fixed = ReadFixed(block, *root);
     const std::size_t children = Aligned(root->value + root->valueLength);
     ForEachNode(block, children, root->end, [&](const Node& node) {
         if (node.key == "StringFileInfo") ReadStringTables(block, node, result);
@@ -223,22 +218,30 @@ VersionTexts ParseVersionBlock(const Bytes& block) {
     return result;
 }
 
-}  // namespace
-
-const std::string* VersionTexts::Find(VersionTranslation translation, const std::string& name) const {
-    const auto found = std::find_if(texts.begin(), texts.end(), [&](const VersionText& entry) {
-        return entry.translation == translation && EqualIgnoringCase<char>(entry.name, name);
-    });
-    return found == texts.end() ? nullptr : &found->text;
+std::string Lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), Lower<char>);
+    return text;
 }
 
-std::optional<VersionTexts> ReadPeVersion(const ReadBytesAt& read) {
+}  // namespace
+
+void VersionTexts::Add(const std::string& table, const std::string& name, std::wstring value) {
+    values.emplace(std::pair(Lowered(table), Lowered(name)), std::move(value));
+}
+
+const std::wstring* VersionTexts::Find(const std::string& table, const std::string& name) const {
+    const auto found = values.find({Lowered(table), Lowered(name)});
+    return found == values.end() ? nullptr : &found->second;
+}
+
+std::optional<VersionTexts> ReadPeVersion(const ReadBytesAt& read, bool& isThere) {
     const auto image = Image::Read(read);
-    const auto block = image ? ReadVersionBlock(*image) : std::nullopt;
+    const auto place = image ? FindVersionBlock(*image) : std::nullopt;
+    isThere = place && place->size > 0;
+    if (!isThere) return std::nullopt;
+    const auto block = image->At(place->address, std::min<std::size_t>(place->size, kMaxBlock));
     if (!block) return std::nullopt;
-    VersionTexts texts = ParseVersionBlock(*block);
-    if (texts.translations.empty() && texts.texts.empty()) return std::nullopt;
-    return texts;
+    return ParseVersionBlock(*block);
 }
 
 }  // namespace quillon::platform

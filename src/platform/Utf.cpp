@@ -223,16 +223,23 @@ std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consume
     return narrow;
 }
 
-}  // namespace
-
-std::optional<std::wstring> Utf8ToWide(std::string_view text) { return Decode<std::wstring>(text); }
-
-std::optional<std::string> WideToUtf8(std::wstring_view text) {
+template <class Unit>
+std::optional<std::string> Encode(std::basic_string_view<Unit> text) {
     std::size_t consumed = 0;
     std::string narrow = EncodePrefix(text, consumed);
     if (consumed != text.size()) return std::nullopt;
     return narrow;
 }
+
+}  // namespace
+
+std::optional<std::wstring> Utf8ToWide(std::string_view text) { return Decode<std::wstring>(text); }
+
+std::optional<std::u16string> Utf8ToUtf16(std::string_view text) { return Decode<std::u16string>(text); }
+
+std::optional<std::string> WideToUtf8(std::wstring_view text) { return Encode(text); }
+
+std::optional<std::string> Utf16ToUtf8(std::u16string_view text) { return Encode(text); }
 
 std::wstring ToWide(std::string_view text) {
     if (auto wide = Utf8ToWide(text)) return std::move(*wide);

@@ -6,6 +6,9 @@
 #include <cstring>
 #include <string_view>
 
+#include "platform/NumberText.h"
+#include "platform/Utf.h"
+
 namespace quillon::platform {
 
 namespace {
@@ -37,18 +40,38 @@ std::optional<std::string_view> FindNote(std::string_view notes) {
     return std::nullopt;
 }
 
+/// "1.2.3.4" in 16 bits each.
+std::uint64_t PackVersion(std::string_view text) {
+    std::uint64_t packed = 0;
+    for (int part = 0; part < 4; ++part) {
+        packed = packed << 16 | (TakeUnsigned(text).value_or(0) & 0xFFFF);
+        if (!text.empty()) text.remove_prefix(1);
+    }
+    return packed;
+}
+
+FixedVersion FixedOf(std::uint64_t file, std::uint64_t product) {
+    const auto high = [](std::uint64_t packed) { return static_cast<std::uint32_t>(packed >> 32); };
+    const auto low = [](std::uint64_t packed) { return static_cast<std::uint32_t>(packed); };
+    return {FixedVersion::kSignature, high(file), low(file), high(product), low(product)};
+}
+
 VersionTexts ParseNote(std::string_view content) {
     VersionTexts result;
+    std::uint64_t file = 0, product = 0;
     result.translations.push_back(kTranslation);
     while (!content.empty()) {
         const std::string_view line = content.substr(0, content.find('\0'));
-        const std::size_t equals = line.find('=');
-        if (equals != std::string_view::npos) {
-            result.texts.push_back(
-                {kTranslation, std::string(line.substr(0, equals)), std::string(line.substr(equals + 1))});
+        const std::string_view name = line.substr(0, line.find('='));
+        if (name.size() < line.size()) {
+            const std::string_view text = line.substr(name.size() + 1);
+            if (name == "FileVersion") file = PackVersion(text);
+            if (name == "ProductVersion") product = PackVersion(text);
+            result.Add(VersionTable(kTranslation), std::string(name), ToWide(text));
         }
         content.remove_prefix(std::min(line.size() + 1, content.size()));
     }
+    result.fixed = FixedOf(file, product);
     return result;
 }
 

@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "platform/ErrorText.h"
 #include "platform/FileContent.h"
 #include "platform/PeVersionResource.h"
 #include "platform/posix/ElfVersionNote.h"
@@ -11,6 +12,8 @@
 namespace quillon::platform {
 
 namespace {
+
+constexpr std::uint32_t kNoResourceData = 1812;
 
 bool ReadFully(const FileHandle& file, std::uint64_t offset, char* buffer, std::size_t size) {
     if (offset > std::numeric_limits<off_t>::max()) return false;
@@ -30,25 +33,31 @@ struct VersionResource::Content {
     VersionTexts texts;
 };
 
-std::optional<VersionResource> VersionResource::Load(const std::string& path) {
+std::optional<VersionResource> VersionResource::Load(const std::string& path, bool* isThere) {
+    bool found = false;
+    if (isThere != nullptr) *isThere = false;
     const FileHandle file = OpenForReading(path);
     if (!file) return std::nullopt;
     const ReadBytesAt read = [&file](std::uint64_t offset, void* buffer, std::size_t size) {
         return ReadFully(file, offset, static_cast<char*>(buffer), size);
     };
-    auto texts = ReadPeVersion(read);
-    if (!texts) texts = ReadElfVersion(read);
+    auto texts = ReadPeVersion(read, found);
+    if (!found) texts = ReadElfVersion(read);
+    if (isThere != nullptr) *isThere = found || texts;
+    if (found && !texts) SetLastErrorCode(kNoResourceData);
     if (!texts) return std::nullopt;
     return VersionResource(std::make_shared<const Content>(Content{std::move(*texts)}));
 }
+
+std::optional<FixedVersion> VersionResource::Fixed() const { return m_content->texts.fixed; }
 
 std::vector<VersionTranslation> VersionResource::Translations() const {
     return m_content->texts.translations;
 }
 
-std::optional<std::string> VersionResource::Text(VersionTranslation translation, const char* name) const {
-    const std::string* const text = m_content->texts.Find(translation, name);
-    return text == nullptr ? std::nullopt : std::optional(*text);
+std::optional<std::wstring> VersionResource::Value(const std::string& table, const char* name) const {
+    const std::wstring* const value = m_content->texts.Find(table, name);
+    return value == nullptr ? std::nullopt : std::optional(*value);
 }
 
 }  // namespace quillon::platform

@@ -1,7 +1,7 @@
 #include "platform/VersionResourceApi.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 
 #include "platform/Utf.h"
@@ -24,14 +24,25 @@ const void* FindValue(const std::vector<unsigned char>& block, const std::wstrin
 
 }  // namespace
 
-std::optional<VersionResource> VersionResource::Load(const std::string& path) {
+std::optional<VersionResource> VersionResource::Load(const std::string& path, bool* isThere) {
     const std::wstring widePath = ToWide(path);
     DWORD ignored = 0;
     const DWORD size = ::GetFileVersionInfoSizeW(widePath.c_str(), &ignored);
+    if (isThere != nullptr) *isThere = size != 0;
     if (size == 0) return std::nullopt;
     Content content{std::vector<unsigned char>(size)};
     if (::GetFileVersionInfoW(widePath.c_str(), 0, size, content.block.data()) == 0) return std::nullopt;
     return VersionResource(std::make_shared<const Content>(std::move(content)));
+}
+
+std::optional<FixedVersion> VersionResource::Fixed() const {
+    VS_FIXEDFILEINFO info{};
+    UINT bytes = 0;
+    const void* const value = FindValue(m_content->block, L"\\", bytes);
+    if (value == nullptr || bytes < sizeof info) return std::nullopt;
+    std::memcpy(&info, value, sizeof info);
+    return FixedVersion{info.dwSignature, info.dwFileVersionMS, info.dwFileVersionLS, info.dwProductVersionMS,
+                        info.dwProductVersionLS};
 }
 
 std::vector<VersionTranslation> VersionResource::Translations() const {
@@ -47,15 +58,16 @@ std::vector<VersionTranslation> VersionResource::Translations() const {
     return translations;
 }
 
-std::optional<std::string> VersionResource::Text(VersionTranslation translation, const char* name) const {
-    char table[9];
-    std::snprintf(table, sizeof table, "%04x%04x", translation.language, translation.codePage);
+std::optional<std::wstring> VersionResource::Value(const std::string& table, const char* name) const {
     UINT units = 0;
     const void* const value =
         FindValue(m_content->block, L"\\StringFileInfo\\" + ToWide(table) + L'\\' + ToWide(name), units);
     if (value == nullptr) return std::nullopt;
-    const std::wstring_view text(static_cast<const wchar_t*>(value), units);
-    return ToUtf8(text.substr(0, text.find(L'\0')));
+    // The file tells the length, which need not be true.
+    const auto* const end = m_content->block.data() + m_content->block.size();
+    const auto room =
+        static_cast<std::size_t>(end - static_cast<const unsigned char*>(value)) / sizeof(wchar_t);
+    return std::wstring(static_cast<const wchar_t*>(value), std::min<std::size_t>(units, room));
 }
 
 }  // namespace quillon::platform

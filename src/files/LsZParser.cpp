@@ -1,0 +1,227 @@
+#include "files/LsZParser.h"
+
+#include <bit>
+#include <cstring>
+#include <utility>
+
+#include "platform/AsciiRun.h"
+#include "platform/ErrorText.h"
+#include "platform/Utf.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+using View = std::u16string_view;
+
+static_assert(std::endian::native == std::endian::little, "lists are little-endian");
+
+/// Empty, with an Error entry, when the text is invalid.
+std::string ToNarrow(View text) {
+    if (auto narrow = platform::Utf16ToUtf8(text)) return std::move(*narrow);
+    return StringUtils::WideStringToNarrow(std::wstring(text.begin(), text.end()));
+}
+
+/// What is invalid is replaced.
+std::string ForLog(View text) { return platform::ToUtf8(std::wstring(text.begin(), text.end())); }
+
+/// What follows a beginning; nothing unless it is there and something follows.
+std::optional<View> After(View line, View beginning) {
+    if (!line.starts_with(beginning) || line.size() == beginning.size()) return std::nullopt;
+    return line.substr(beginning.size());
+}
+
+std::optional<LsZNumber> NumberAfter(View line, View beginning, unsigned base = 10) {
+    const auto rest = After(line, beginning);
+    const LsZNumber number = rest ? LsZNumber::Read(*rest, base) : LsZNumber();
+    return number.isThere ? std::optional(number) : std::nullopt;
+}
+
+/// The number at an offset of the text, 0 when the offset is none or past its end.
+LsZNumber NumberAt(View text, std::size_t at, unsigned base) {
+    return at <= text.size() ? LsZNumber::Read(text.substr(at), base) : LsZNumber();
+}
+
+}  // namespace
+
+LsZFile::Parser::Parser(LsZFile& file) : m_file(file), m_record(*file.m_record), m_reader(m_record.path) {}
+
+void LsZFile::Parser::Log(void (ICLogger::*write)(const char*, std::va_list), const char* format, ...) const {
+    if (m_file.m_logger == nullptr) return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    (m_file.m_logger->*write)(format, arguments);
+    va_end(arguments);
+}
+
+bool LsZFile::Parser::Parse() {
+    if (!OpenLsZFile()) return false;
+    ReadLines();
+    return Decide();
+}
+
+bool LsZFile::Parser::OpenLsZFile() {
+    if (!m_reader.IsOpen()) {
+        const auto code = static_cast<std::int32_t>(platform::LastError());
+        Log(&ICLogger::ErrorV, "Cannot open LSZ file '%s' because: %s", m_record.path.c_str(),
+            StringUtils::GetErrorAsString(code).c_str());
+        return false;
+    }
+    m_file.m_isUnicode = m_reader.IsUnicode();
+    if (m_file.m_isUnicode) return true;
+    Log(&ICLogger::WarnV, "LSZ file '%s' is not Unicode", m_record.path.c_str());
+    return true;
+}
+
+void LsZFile::Parser::ReadLines() {
+    unsigned count = 0;
+    for (; GetNextListLine(); ++count) {
+        if (m_line.front() == u';') {
+            if (!ParseHash(m_line)) ParseOtherCommentLine(m_line);
+            continue;
+        }
+        FileFromLsZ entry;
+        if (SplitListLine(m_line, entry)) m_record.files.push_back(std::move(entry));
+    }
+    Log(&ICLogger::DebugV, "Read %u lines from LSZ file", count);
+}
+
+bool LsZFile::Parser::GetNextListLine() {
+    const std::string_view bytes = m_reader.Next();
+    if (m_file.m_isUnicode) {
+        ReadLszUnicodeLine(bytes);
+    } else {
+        ReadNarrowLine(bytes);
+    }
+    const std::size_t last = m_line.find_last_not_of(u"\n\r\f");
+    m_line.resize(last == std::u16string::npos ? 0 : last + 1);
+    return !m_line.empty();
+}
+
+void LsZFile::Parser::ReadLszUnicodeLine(std::string_view bytes) {
+    m_line.resize(bytes.size() / 2);
+    if (!bytes.empty()) std::memcpy(m_line.data(), bytes.data(), bytes.size());
+    if (m_reader.HasFailed()) Log(&ICLogger::ErrorV, "%s", "Could not read from Unicode LsZ file");
+}
+
+void LsZFile::Parser::ReadNarrowLine(std::string_view bytes) {
+    m_line.resize(bytes.size());
+    const auto* const begin = reinterpret_cast<const unsigned char*>(bytes.data());
+    if (platform::WidenAscii(begin, bytes.size(), m_line.data()) == bytes.size()) return;
+    if (auto wide = platform::Utf8ToUtf16(bytes)) {
+        m_line = std::move(*wide);
+        return;
+    }
+    m_line.clear();
+    StringUtils::NarrowStringToWide(std::string(bytes));  // which logs it
+}
+
+bool LsZFile::Parser::ParseHash(View line) {
+    auto hash = After(line, u"; Hash ");
+    if (!hash) hash = After(line, u"; HashV4 ");
+    if (hash) m_record.overallHash = ToNarrow(*hash);
+    return hash.has_value();
+}
+
+void LsZFile::Parser::ParseOtherCommentLine(View line) {
+    if (const auto version = NumberAfter(line, u"; List Complete - ")) {
+        SetVersion(*version);
+        m_isComplete = true;
+    } else if (const auto packageVersion = NumberAfter(line, u"; Package Version = ")) {
+        SetVersion(*packageVersion);
+    } else if (line == u"; List Complete") {
+        m_isComplete = true;
+    } else if (const auto blockSize = NumberAfter(line, u"; BlockSize=", 16)) {
+        m_file.m_blockSize = blockSize->As<std::uint32_t>();
+    } else if (line.starts_with(u"; Wrong")) {
+        ParseWrongLine(line);
+    } else if (const auto currentVersion = NumberAfter(line, u"; Current Version ")) {
+        ParseCurrentVersion(*currentVersion);
+    } else if (line == u"; Error: Package hash does not match") {
+        Log(&ICLogger::DebugV, "LSZ comment: %s", ForLog(line).c_str());
+        m_hasHashError = m_isWrongVersion = true;
+    }
+}
+
+void LsZFile::Parser::ParseWrongLine(View line) {
+    Log(&ICLogger::InfoV, "LsZcomment: %s", ForLog(line).c_str());
+    (line == u"; Wrong Package Version" ? m_isWrongVersion : m_hasOtherError) = true;
+}
+
+void LsZFile::Parser::ParseCurrentVersion(const LsZNumber& number) {
+    SetVersion(number);
+    Log(&ICLogger::DebugV, "Current Version from \".Lst\" (%u)", unsigned{m_file.m_version});
+    m_isWrongVersion = true;
+}
+
+void LsZFile::Parser::SetVersion(const LsZNumber& number) {
+    m_file.m_version = static_cast<std::uint16_t>(number.As<std::uint32_t>());
+}
+
+bool LsZFile::Parser::SplitListLine(View line, FileFromLsZ& entry) const {
+    const std::size_t quote = line.find(u'"');
+    if (line.empty() || line.front() == u';' || quote == View::npos) return false;
+    entry.leadingValue = LsZNumber::Read(line, 10).As<std::uint32_t>();
+    View name = line.substr(quote + 1);
+    const std::size_t end = name.find(u'"');
+    const View text = end == View::npos ? View() : name.substr(end + 1);
+    name = name.substr(0, end);
+    const bool isFolder = end != View::npos && name.ends_with(u"\\.");
+    if (name.starts_with(u".\\")) {
+        name.remove_prefix(2);
+        entry.leadingValue = 1;
+    }
+    entry.name = ToNarrow(name);
+    const LsZFields fields = LsZFields::Find(text);
+    if (fields.length == LsZFields::kNone) {
+        entry.name.clear();
+        entry.isFolder = isFolder;
+        return isFolder;
+    }
+    SplitFields(text, fields, entry);
+    return true;
+}
+
+void LsZFile::Parser::SplitFields(View text, const LsZFields& fields, FileFromLsZ& entry) const {
+    constexpr std::size_t kHexPrefix = 2;  // skipped, whatever it is
+    const auto hexAfterPrefix = [text](std::size_t at) {
+        return at == LsZFields::kNone ? LsZNumber() : NumberAt(text, at + kHexPrefix, 16);
+    };
+    const bool isHex = fields.hexLength != LsZFields::kNone;
+    entry.length =
+        NumberAt(text, isHex ? fields.hexLength : fields.length, isHex ? 16 : 10).As<std::int64_t>();
+    entry.time = NumberAt(text, fields.time, 16).As<std::int64_t>();
+    if (fields.time == LsZFields::kNone) {
+        Log(&ICLogger::WarnV, "No dt= (time) part for '%s'", entry.name.c_str());
+    }
+    entry.from = hexAfterPrefix(fields.from).As<std::int64_t>();
+    entry.to = hexAfterPrefix(fields.to).As<std::int64_t>();
+    entry.rdc = NumberAt(text, fields.rdc, 10).As<std::int32_t>();
+    if (fields.crc != LsZFields::kNone) SplitChecksum(text.substr(fields.crc), entry);
+}
+
+void LsZFile::Parser::SplitChecksum(View text, FileFromLsZ& entry) const {
+    const std::size_t end = text.find(u' ');
+    entry.crc = ToNarrow(text.substr(0, end));
+    if (end == View::npos || end + 1 == text.size()) return;
+    const std::string extra = ForLog(text.substr(end + 1));
+    Log(&ICLogger::InfoV, "Extra \"%s\" %s", entry.name.c_str(), extra.c_str());
+    constexpr unsigned long long kNotFound = ~0ULL;
+    if (StringUtils::FindCaseInsensitive(extra, "(DodgyDates)") != kNotFound) entry.time = 0;
+}
+
+bool LsZFile::Parser::Decide() const {
+    if (!m_isComplete) {
+        const std::string& name = m_record.displayName.empty() ? m_record.path : m_record.displayName;
+        Log(&ICLogger::ErrorV, "LSZ file '%s' is not complete", name.c_str());
+        return false;
+    }
+    if (m_isWrongVersion) {
+        Log(&ICLogger::InfoV, "Current wrong version %s %u - but list is complete?", m_record.path.c_str(),
+            unsigned{m_file.m_version});
+    }
+    return !m_isWrongVersion && !m_hasOtherError && !m_hasHashError;
+}
+
+}  // namespace quillon

@@ -1,0 +1,7 @@
+#include "quillon/IAgentConfiguration.h"
+
+namespace quillon {
+
+IAgentConfiguration::~IAgentConfiguration() = default;
+
+}  // namespace quillon
