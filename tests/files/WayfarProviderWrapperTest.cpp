@@ -1,115 +1,99 @@
 #include "quillon/WayfarProviderWrapper.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <sstream>
 #include <stdexcept>
 
 #include "quillon/IProviderRegistry.h"
-#include "support/RecordingLogger.h"
+#include "quillon/ServiceLocator.h"
 
 namespace quillon::test {
 namespace {
 
-using Fill = std::function<void(InvocationResult&)>;
-
 /// A registry of one provider, which keeps its last call as text.
-class Registry final : public IProviderRegistry, public IProvider {
-public:
+struct Registry final : IProviderRegistry, IProvider {
     Registry() { ServiceLocator::Put<IProviderRegistry>(this); }
     ~Registry() override { ServiceLocator::Remove<IProviderRegistry>(); }
-    IProvider* GetProvider(const std::string& name) override {
-        return hasProvider && name == "Wayfar" ? this : nullptr;
-    }
+    IProvider* GetProvider(const std::string& name) override { return name == provider ? this : nullptr; }
     void InvokeMethod(const std::string& method, VariantList& parameters, InvocationResult& result,
                       void* reserved) override {
         std::ostringstream text;
         text << method << parameters << (reserved == nullptr);
-        if (!parameters.Contains("FileSize")) text << ' ' << result.errorMessage;
         call = text.str();
-        isInteger = parameters.Contains("FileSize") && parameters["FileSize"].TypeIs(typeid(long long));
+        isInteger = parameters.Size() == 4 && parameters.TypeIs(typeid(long long), 2);
         fill(result);
     }
 
-    bool hasProvider = true, isInteger = false;
-    Fill fill = [](InvocationResult&) {};
-    std::string call;
-};
-
-class WayfarProviderWrapperTest : public testing::Test {
-protected:
-    RecordingLogger log;
-    WayfarProviderWrapper wrapper;
-};
-
-TEST_F(WayfarProviderWrapperTest, AvailabilityIsTheFirstRowsBoolean) {
-    Registry registry;
-    const auto row = [](const Variant& value) {
-        return [value](InvocationResult& result) { result.resultTable.AddRow(VariantList(value)); };
+    std::string provider = "Wayfar", call;
+    bool isInteger = false;
+    std::function<void(InvocationResult&)> fill = [](InvocationResult& result) {
+        result.errorMessage = "no";
     };
+};
+
+std::string TextOf(const InvocationResult& result) {
+    return std::to_string(result.resultCode) + result.errorMessage;
+}
+
+TEST(WayfarProviderWrapper, AvailabilityIsTheFirstRowsBoolean) {
+    Registry registry;
+    WayfarProviderWrapper wrapper;
+    const std::string unusable = "5Unexpected result from Wayfar availability test";
     const struct {
-        const char* what;
-        Fill fill;
+        Variant answer;
         bool available, failed;
-        int code;
-    } cases[] = {{"yes", row(Variant("WayfarOkay", true)), true, false, 0},
-                 {"no", row(Variant("WayfarOkay", false)), false, false, 0},
-                 {"a number", row(Variant("WayfarOkay", 2)), true, false, 0},
-                 {"no row", [](InvocationResult& result) { result.resultCode = 9; }, false, true, 9},
-                 {"no column", row(Variant("Other", true)), false, true, 5},
-                 {"null", row(Variant("WayfarOkay", typeid(bool))), false, true, 5},
-                 {"a text", row(Variant("WayfarOkay", "true")), false, true, 5}};
+        std::string told;
+    } cases[] = {{Variant("WayfarOkay", true), true, false, "0"},
+                 {Variant("WayfarOkay", false), false, false, "0"},
+                 {Variant("WayfarOkay", 2), true, false, "0"},
+                 {Variant(), false, true, "0"},  // no row
+                 {Variant("Other", true), false, true, unusable},
+                 {Variant("WayfarOkay", typeid(bool)), false, true, unusable},
+                 {Variant("WayfarOkay", "true"), false, true, unusable}};
     for (const auto& c : cases) {
-        registry.fill = c.fill;
+        registry.fill = [&c](InvocationResult& result) {
+            if (c.answer != Variant()) result.resultTable.AddRow(VariantList(c.answer));
+        };
         InvocationResult result;
         bool failed = !c.failed, failedAlone = !c.failed;
-        EXPECT_EQ(wrapper.WayfarIsAvailable(failed, &result), c.available) << c.what;
-        EXPECT_EQ(wrapper.WayfarIsAvailable(failedAlone, nullptr), c.available) << c.what;
-        EXPECT_EQ(registry.call, "IsOkayForDownload{}1 ");
-        EXPECT_TRUE(failed == c.failed && failedAlone == c.failed) << c.what;
-        EXPECT_EQ(result.resultCode, c.code) << c.what;
-        EXPECT_EQ(result.errorMessage, c.code == 5 ? "Unexpected result from Wayfar availability test" : "");
+        EXPECT_EQ(wrapper.WayfarIsAvailable(failed, &result), c.available) << &c - cases;
+        EXPECT_EQ(wrapper.WayfarIsAvailable(failedAlone, nullptr), c.available) << &c - cases;
+        EXPECT_TRUE(failed == c.failed && failedAlone == c.failed) << &c - cases;
+        EXPECT_EQ(registry.call + TextOf(result), "IsOkayForDownload{}1" + c.told);
     }
 }
 
-TEST_F(WayfarProviderWrapperTest, DownloadsPassTheirParametersInOrder) {
+TEST(WayfarProviderWrapper, DownloadsPassTheirParametersInOrder) {
     Registry registry;
+    WayfarProviderWrapper wrapper;
     InvocationResult result;
-    result.errorMessage = "kept";
-    EXPECT_TRUE(wrapper.Download("lsz", "folder", "local", result));
+    EXPECT_TRUE(wrapper.Download("l", "f", "p", result));
     EXPECT_EQ(registry.call,
-              "DownloadFolderContent{RemoteContentFolderUrl=folder, RemoteLszUrl=lsz, "
-              "LocalFolderPath=local}1 kept");
-    EXPECT_TRUE(wrapper.Download("url", "path", ContentExpectation{1LL << 40, "hash"}));
-    EXPECT_TRUE(registry.isInteger);
-    EXPECT_EQ(registry.call,
-              "DownloadFileContent{RemoteContentFileUrl=url, FileHash=hash, FileSize=1099511627776, "
-              "LocalFilePath=path}1");
+              "DownloadFolderContent{RemoteContentFolderUrl=f, RemoteLszUrl=l, LocalFolderPath=p}1");
+    EXPECT_TRUE(wrapper.Download("u", "p", ContentExpectation{5LL << 30, "h"}) && registry.isInteger);
+    EXPECT_EQ(
+        registry.call,
+        "DownloadFileContent{RemoteContentFileUrl=u, FileHash=h, FileSize=5368709120, LocalFilePath=p}1");
     registry.fill = [](InvocationResult& r) { r.resultCode = 1; };
-    EXPECT_FALSE(wrapper.Download("lsz", "folder", "local", result));
-    EXPECT_FALSE(wrapper.Download("url", "path", ContentExpectation{}));
+    EXPECT_FALSE(wrapper.Download("l", "f", "p", result) || wrapper.Download("u", "p", {}));
     registry.fill = [](InvocationResult&) { throw std::runtime_error("broken"); };
-    EXPECT_THROW(wrapper.Download("url", "path", ContentExpectation{}), std::runtime_error);
+    EXPECT_THROW(wrapper.Download("u", "p", {}), std::runtime_error);
 }
 
-TEST_F(WayfarProviderWrapperTest, WithoutRegistryOrProviderNothingIsAsked) {
-    Registry registry;
-    registry.hasProvider = false;
-    for (const bool hasRegistry : {true, false}) {
-        if (!hasRegistry) ServiceLocator::Remove<IProviderRegistry>();
+TEST(WayfarProviderWrapper, WithoutRegistryOrProviderNothingIsAsked) {
+    auto registry = std::make_unique<Registry>();
+    registry->provider = "another";
+    for (int round = 0; round < 2; ++round, registry.reset()) {
+        WayfarProviderWrapper wrapper;
         InvocationResult asked, downloaded;
         bool failed = false;
         EXPECT_FALSE(wrapper.WayfarIsAvailable(failed, &asked) || wrapper.WayfarIsAvailable(failed, nullptr));
+        EXPECT_FALSE(wrapper.Download("l", "f", "p", downloaded) || wrapper.Download("u", "p", {}));
         EXPECT_TRUE(failed);
-        EXPECT_FALSE(wrapper.Download("lsz", "folder", "local", downloaded));
-        EXPECT_FALSE(wrapper.Download("url", "path", ContentExpectation{}));
-        for (const auto* result : {&asked, &downloaded}) {
-            EXPECT_EQ(std::to_string(result->resultCode) + result->errorMessage,
-                      "4Missing 'Wayfar' provider");
-        }
+        EXPECT_EQ(TextOf(asked) + TextOf(downloaded), "4Missing 'Wayfar' provider4Missing 'Wayfar' provider");
     }
     EXPECT_FALSE(WayfarProviderWrapper::WayfarIsEnabled());
-    ServiceLocator::Put<IProviderRegistry>(&registry);
 }
 
 }  // namespace
