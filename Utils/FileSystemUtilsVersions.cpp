@@ -161,10 +161,13 @@ void VersionLookup::LogKept(ICLogger& logger) const {
     logger.Trace("%s @ %i: '%s' is%s already in the cache", kFile, __LINE__, m_path.c_str(),
                  m_kept.isKnown ? "" : " not");
     if (!m_kept.isKnown) return;
-    logger.Trace("    File timestamp is %s, cached timestamp is %s",
-                 DateTimeUtils::FormatTimeAsISO8601(m_modificationTime).c_str(),
-                 DateTimeUtils::FormatTimeAsISO8601(m_kept.modificationTime).c_str());
-    if (m_modificationTime != m_kept.modificationTime) return;
+    const bool isSame = m_modificationTime == m_kept.modificationTime;
+    const std::string now = DateTimeUtils::FormatTimeAsISO8601(m_modificationTime);
+    const std::string then =
+        isSame ? std::string() : DateTimeUtils::FormatTimeAsISO8601(m_kept.modificationTime);
+    logger.Trace("    File timestamp is %s, cached timestamp is %s", now.c_str(),
+                 (isSame ? now : then).c_str());
+    if (!isSame) return;
     logger.Trace("%s @ %i: '%s' has not changed, so using the cached info", kFile, __LINE__, m_path.c_str());
     if (m_end != End::Kept) return;
     logger.Trace("%s @ %i: Info for language '%s' already in the cache", kFile, __LINE__, m_language.c_str());
@@ -204,9 +207,10 @@ FileSystemUtils::VersionInformation FileSystemUtils::GetVersionInformation(const
         if (logger != nullptr) logger->Debug("GetVersionInformation: empty filePath");
         return {};
     }
-    const bool isValid = language.empty() || !StringUtils::NarrowStringToWide(language).empty();
-    const std::string usable = isValid ? language : std::string();
-    VersionLookup lookup(filePath, usable);
+    static const std::string none;
+    const bool isValid = platform::FindInvalidUtf8(language) == std::string::npos;
+    if (!isValid) StringUtils::NarrowStringToWide(language);  // which logs it
+    VersionLookup lookup(filePath, isValid ? language : none);
     VersionInformation information = lookup.Run();
     if (logger != nullptr) lookup.Log(*logger);
     return information;

@@ -68,6 +68,19 @@ std::string NormaliseElements(const std::string& elements) {
     return result;
 }
 
+/// True for most paths that are as they should be: only backslashes, one at a time, and no
+/// element that begins with a point.
+bool IsSurelyNormal(std::string_view path) {
+    char before = PathUtils::PathSep;
+    for (const char c : path) {
+        const bool begins = before == PathUtils::PathSep;
+        if (c == '/' || (begins && c == PathUtils::PathSep)) return false;
+        if (c == '.' && (begins || before == ':')) return false;
+        before = c;
+    }
+    return before != PathUtils::PathSep;
+}
+
 std::string Normalised(const std::string& path) {
     std::string slashed = path;
     std::replace(slashed.begin(), slashed.end(), '\\', '/');
@@ -157,7 +170,7 @@ std::string PathUtils::FileName(const std::string& path) { return PartAfter(path
 std::wstring PathUtils::FileName(const std::wstring& path) { return PartAfter(path, wPathSep); }
 
 std::string& PathUtils::Normalise(std::string& path) {
-    if (!path.empty()) path = Normalised(path);
+    if (!path.empty() && !IsSurelyNormal(path)) path = Normalised(path);
     return path;
 }
 

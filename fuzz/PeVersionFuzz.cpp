@@ -15,11 +15,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (count > 0) std::memcpy(buffer, data + offset, count);
         return true;
     };
-    const auto version = quillon::platform::ReadPeVersion(read);
-    if (version) {
-        for (const auto& text : version->texts) {
-            if (version->Find(text.translation, text.name) == nullptr) std::abort();
-        }
+    bool isThere = false;
+    const auto version = quillon::platform::ReadPeVersion(read, isThere);
+    if (!version) return 0;
+    if (!isThere || version->translations.size() > size / 4) std::abort();
+    for (const auto& [key, value] : version->values) {
+        if (version->Find(key.first, key.second) != &value || 2 * value.size() > size) std::abort();
     }
     return 0;
 }

@@ -9,17 +9,37 @@ namespace {
 
 using View = std::u16string_view;
 
+/// Keys in lower case, told apart by the letter before "=".
 struct Key {
-    View name;  // in lower case
+    View name;
     std::size_t LsZFields::*value;
 };
-constexpr Key kKeys[] = {{u" ln=", &LsZFields::length}, {u" dt=", &LsZFields::time},
-                         {u"from=", &LsZFields::from},  {u"to=", &LsZFields::to},
-                         {u"rdc=", &LsZFields::rdc},    {u"crc=", &LsZFields::crc}};
+constexpr Key kLength{u" ln=", &LsZFields::length}, kTime{u" dt=", &LsZFields::time};
+constexpr Key kFrom{u"from=", &LsZFields::from}, kTo{u"to=", &LsZFields::to};
+constexpr Key kRdc{u"rdc=", &LsZFields::rdc}, kCrc{u"crc=", &LsZFields::crc};
 
 bool EndsWithKey(View text, View key) {
     return text.size() >= key.size() &&
            platform::EqualIgnoringCase<char16_t>(text.substr(text.size() - key.size()), key);
+}
+
+/// The key that the text ends in; null when there is none.
+const Key* KeyAtEnd(View text) {
+    const auto check = [text](const Key& key) { return EndsWithKey(text, key.name) ? &key : nullptr; };
+    switch (text.size() > 2 ? platform::Lower(text[text.size() - 2]) : u'\0') {
+        case u'n':
+            return check(kLength);
+        case u't':
+            return check(kTime);
+        case u'm':
+            return check(kFrom);
+        case u'o':
+            return check(kTo);
+        case u'c':
+            return EndsWithKey(text, kRdc.name) ? &kRdc : check(kCrc);
+        default:
+            return nullptr;
+    }
 }
 
 bool BeginsAsHex(View text) {
@@ -49,7 +69,8 @@ LsZNumber LsZNumber::Read(View text, unsigned base) {
         if (digit < 0) break;
         number.isThere = true;
         const auto added = static_cast<std::uint64_t>(digit);
-        const bool fits = number.magnitude <= (most - added) / base;
+        // The first comparison is enough for nearly all; the second divides.
+        const bool fits = number.magnitude < most / 32 || number.magnitude <= (most - added) / base;
         number.magnitude = fits ? number.magnitude * base + added : most;
     }
     return number;
@@ -59,13 +80,11 @@ LsZFields LsZFields::Find(View text) {
     LsZFields fields;
     for (std::size_t at = 0; (at = text.find(u'=', at)) != kNone;) {
         ++at;
-        const View before = text.substr(0, at);
-        if (fields.hexLength == kNone && EndsWithKey(before, kKeys[0].name) && BeginsAsHex(text.substr(at))) {
-            fields.hexLength = at + 2;
-        }
-        for (const Key& key : kKeys) {
-            if (fields.*key.value == kNone && EndsWithKey(before, key.name)) fields.*key.value = at;
-        }
+        const Key* const key = KeyAtEnd(text.substr(0, at));
+        if (key == nullptr) continue;
+        if (fields.*key->value == kNone) fields.*key->value = at;
+        const bool isHex = key == &kLength && fields.hexLength == kNone && BeginsAsHex(text.substr(at));
+        if (isHex) fields.hexLength = at + 2;
     }
     return fields;
 }

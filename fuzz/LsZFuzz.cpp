@@ -1,0 +1,75 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "files/LsZFields.h"
+#include "platform/Utf.h"
+#include "quillon/LsZFile.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StdoutLogger.h"
+
+// The input is a content list. A search for each key is the oracle of the one scan for all.
+
+namespace {
+
+using quillon::LsZFields;
+
+void Require(bool condition) {
+    if (!condition) std::abort();
+}
+
+void CheckFields(const std::u16string& text) {
+    std::u16string lower = text;
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char16_t unit) {
+        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+    });
+    const auto behind = [&lower](std::u16string_view key) {
+        const std::size_t at = lower.find(key);
+        return at == std::u16string::npos ? at : at + key.size();
+    };
+    const LsZFields fields = LsZFields::Find(text);
+    Require(fields.hexLength == behind(u" ln=0x") && fields.length == behind(u" ln="));
+    Require(fields.time == behind(u" dt=") && fields.from == behind(u"from=") && fields.to == behind(u"to="));
+    Require(fields.rdc == behind(u"rdc=") && fields.crc == behind(u"crc="));
+}
+
+/// A file of this process's own.
+const std::string& ListPath() {
+    static const std::string path =
+        (std::filesystem::temp_directory_path() / ("lsz-fuzz-" + std::to_string(std::random_device{}())))
+            .string();
+    return path;
+}
+
+void CheckList(const std::string& content) {
+    std::ofstream(ListPath(), std::ios::binary | std::ios::trunc) << content;
+    quillon::LsZFile list(ListPath(), nullptr);
+    Require(list.GetFileSize() == content.size());
+    for (const auto& file : list.GetFiles()) {
+        Require(quillon::platform::FindInvalidUtf8(file.name + file.crc) == std::string::npos);
+        Require(!file.isFolder || (file.name.empty() && file.length == 0 && file.time == 0));
+        Require(file.name.find('"') == std::string::npos && file.crc.find(' ') == std::string::npos);
+    }
+    std::filesystem::remove(ListPath());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static quillon::StdoutLogger logger;
+    if (!quillon::ServiceLocator::Contains<quillon::ICLogger>()) {
+        logger.SetLevel(quillon::ICLogger::Level::Fatal);
+        quillon::ServiceLocator::Put<quillon::ICLogger>(&logger);
+    }
+    std::u16string units;
+    for (std::size_t i = 0; i + 2 <= size; i += 2)
+        units.push_back(static_cast<char16_t>(data[i] | data[i + 1] << 8));
+    CheckFields(units);
+    CheckFields(std::u16string(data, data + size));
+    CheckList(std::string(reinterpret_cast<const char*>(data), size));
+    return 0;
+}
