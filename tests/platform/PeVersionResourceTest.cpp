@@ -56,19 +56,14 @@ TEST(PeVersionResource, GivesNumbersAndTheTextsOfEveryLanguage) {
     EXPECT_EQ(version->fixed, (FixedVersion{0xFEEF04BD, 0xA0000, 0x4A610001, 0x10002, 0xFFFF0004}));
     EXPECT_THAT(version->translations,
                 ElementsAre(VersionTranslation{0x409, 0x4B0}, VersionTranslation{0x407, 0x4E4}));
-    const struct {
-        const char *table, *name;
-        std::optional<std::wstring> expected;
-    } cases[] = {{"040904b0", "FileVersion", std::wstring(L"1, 2, 3, 4", 11)},
-                 {"040904B0", "fileVERSION", std::wstring(L"1, 2, 3, 4", 11)},
-                 {"040704e4", "FileVersion", std::wstring(L"5\0.6", 5)},
-                 {"040704e4", "Empty", std::wstring(1, L'\0')},
-                 {"040704e4", "ProductName", std::nullopt},
-                 {"040c04b0", "FileVersion", std::nullopt}};
-    for (const auto& c : cases) {
-        const std::wstring* const value = version->Find(c.table, c.name);
-        EXPECT_EQ(value != nullptr ? std::optional(*value) : std::nullopt, c.expected) << c.table << c.name;
-    }
+    const auto valueOf = [&](const char* table, const char* name) {
+        const std::wstring* const value = version->Find(table, name);
+        return value != nullptr ? *value : L"none";
+    };
+    EXPECT_EQ(valueOf("040904B0", "fileVERSION"), std::wstring(L"1, 2, 3, 4", 11));
+    EXPECT_EQ(valueOf("040704e4", "FileVersion"), std::wstring(L"5\0.6", 5));
+    EXPECT_EQ(valueOf("040704e4", "Empty"), std::wstring(1, L'\0'));
+    EXPECT_EQ(valueOf("040704e4", "ProductName") + valueOf("040c04b0", "FileVersion"), L"nonenone");
 }
 
 TEST(PeVersionResource, FilesThatContradictThemselvesGiveNothing) {
