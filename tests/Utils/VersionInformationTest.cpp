@@ -106,8 +106,8 @@ TEST_F(VersionInformationTest, TheTextOfALanguageIsFound) {
         const std::string file = dir.Write(number, PeFile(VersionBlock(c.tables, c.languages)));
         EXPECT_EQ(FS::GetVersionInformation(file, c.language).productName, c.expected) << number;
     }
-    std::string invalid = FileOf("\1");
-    invalid.replace(invalid.find(Units("\1")), 2, "\1\xD8");
+    std::string invalid = FileOf("~");
+    invalid.replace(invalid.find(Units("~")), 2, "\1\xD8");
     Write(invalid, 0);
     EXPECT_EQ(LogOf()[2], "Invalid wide string for conversion to narrow");
     EXPECT_EQ(answer.productName + answer.originalFilename, "x.exe");
