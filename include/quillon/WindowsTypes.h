@@ -28,6 +28,10 @@ using HINSTANCE = HINSTANCE__*;
 struct HKEY__;
 using HKEY = HKEY__*;
 using HANDLE = void*;
+struct _CERT_CONTEXT;
+using CERT_CONTEXT = struct _CERT_CONTEXT;
+struct _CRYPTOAPI_BLOB;
+using CRYPTOAPI_BLOB = struct _CRYPTOAPI_BLOB;
 
 #else
 
@@ -61,6 +65,30 @@ using HINSTANCE = struct HINSTANCE__*;
 using HKEY = struct HKEY__*;
 /// Of a process: what the seam's OpenProcess gave.
 using HANDLE = void*;
+
+/// Bytes that somebody else owns.
+struct CRYPTOAPI_BLOB {
+    std::uint32_t cbData;
+    std::uint8_t* pbData;
+};
+
+/// Parts of a certificate. Names are encoded in DER; the serial number has its least
+/// significant byte first.
+struct CERT_INFO {
+    CRYPTOAPI_BLOB SerialNumber;
+    CRYPTOAPI_BLOB Issuer;
+    CRYPTOAPI_BLOB Subject;
+    FILETIME NotBefore;
+    FILETIME NotAfter;
+};
+
+/// A certificate in DER and its parts; the seam's own.
+struct CERT_CONTEXT {
+    std::uint32_t dwCertEncodingType;  // 1: X.509
+    std::uint8_t* pbCertEncoded;
+    std::uint32_t cbCertEncoded;
+    CERT_INFO* pCertInfo;
+};
 
 /// Text with its length in front of it, so that it may hold zeros; null is the
 /// empty text.
