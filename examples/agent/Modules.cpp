@@ -1,6 +1,7 @@
 #include "Modules.h"
 
 #include "CommandsModule.h"
+#include "NetworkModule.h"
 #include "ProcessesModule.h"
 #include "StoreModule.h"
 #include "SystemModule.h"
@@ -11,6 +12,7 @@ namespace quillon::agent {
 ModuleList MakeModules() {
     ModuleList modules;
     modules.push_back(std::make_unique<CommandsModule>());
+    modules.push_back(std::make_unique<NetworkModule>());
     modules.push_back(std::make_unique<ProcessesModule>());
     modules.push_back(std::make_unique<StoreModule>());
     modules.push_back(std::make_unique<SystemModule>());

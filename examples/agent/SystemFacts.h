@@ -2,6 +2,10 @@
 
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
+
+struct addrinfo;
 
 namespace quillon::agent {
 
@@ -17,5 +21,8 @@ std::string ReadHostName();
 
 /// The account that the agent runs as; empty on failure.
 std::string ReadAccountName();
+
+/// The socket addresses of a look-up's result and their lengths, in its order.
+std::vector<std::pair<void*, unsigned long>> SocketAddresses(const addrinfo* list);
 
 }  // namespace quillon::agent

@@ -43,6 +43,7 @@ DataTable SelfMetrics() {
     AddFigure(table, "Threads", usage.threads, kCount);
     AddFigure(table, "Handles", usage.handles, kCount);
     AddFigure(table, "DroppedLogLines", static_cast<long long>(platform::DroppedLogLines()), kCount);
+    AddFigure(table, "LookupsUnderWay", platform::LookupsUnderWay(), kCount);
     for (const platform::CacheSize& cache : platform::CacheSizes()) {
         AddFigure(table, "Cache." + cache.name, static_cast<long long>(cache.entries), kCount);
     }

@@ -29,11 +29,20 @@ std::atomic<std::uint64_t>& Dropped() {
     return count;
 }
 
+std::atomic<std::int64_t>& Lookups() {
+    static std::atomic<std::int64_t> count{0};
+    return count;
+}
+
 }  // namespace
 
 void CountDroppedLogLine() { Dropped().fetch_add(1, std::memory_order_relaxed); }
 
 std::uint64_t DroppedLogLines() { return Dropped().load(std::memory_order_relaxed); }
+
+void CountLookups(int change) { Lookups().fetch_add(change, std::memory_order_relaxed); }
+
+std::int64_t LookupsUnderWay() { return Lookups().load(std::memory_order_relaxed); }
 
 void RegisterCache(const std::string& name, std::function<std::uint64_t()> entries) {
     Register& instance = TheRegister();

@@ -14,6 +14,10 @@ namespace quillon::platform {
 void CountDroppedLogLine();
 std::uint64_t DroppedLogLines();
 
+/// A look-up of a name begins (1) or ends (-1) in the background.
+void CountLookups(int change);
+std::int64_t LookupsUnderWay();
+
 struct CacheSize {
     std::string name;
     std::uint64_t entries = 0;

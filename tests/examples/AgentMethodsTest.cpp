@@ -122,6 +122,17 @@ TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {
     EXPECT_EQ(RunForJson({"run", "Processes.List", "pid=4294967296"}).dump(), "[]");
 }
 
+TEST(AgentNetwork, ResolvesAndTestsAddresses) {
+    EXPECT_EQ(RunForJson({"run", "Network.Resolve", "host=127.0.0.1"}).dump(),
+              R"([{"Address":"127.0.0.1","Family":"IPv4"}])");
+    EXPECT_EQ(RunForJson({"run", "Network.InRange", "address=10.0.0.5", "ranges=10.0.0.1-10.0.0.9"}).dump(),
+              R"([{"InRange":true}])");
+    EXPECT_EQ(RunForJson({"run", "Network.Cidr", "address=10.1.2.3", "mask=255.255.0.0"}).dump(),
+              R"([{"Cidr":"10.1.0.0/16"}])");
+    EXPECT_EQ(RunAgent({"run", "Network.Cidr", "address=10.1", "mask=255.255.0.0"}).exitCode, 2);
+    EXPECT_EQ(RunAgent({"run", "Network.Resolve", "host=256.1.1.1:"}).exitCode, 3);
+}
+
 TEST(AgentSystem, TellsWhereTheAgentRunsAndWhatItCosts) {
     const ordered_json info = RunForJson({"run", "System.Info"}).at(0);
     EXPECT_EQ(info["OsVersion"], MiscUtils::OsVersion().to_string());

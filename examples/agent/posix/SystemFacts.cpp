@@ -1,5 +1,6 @@
 #include "SystemFacts.h"
 
+#include <netdb.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -25,6 +26,13 @@ std::string ReadAccountName() {
     passwd* found = nullptr;
     if (::getpwuid_r(::geteuid(), &entry, texts.data(), texts.size(), &found) != 0) return {};
     return found == nullptr ? "" : found->pw_name;
+}
+
+std::vector<std::pair<void*, unsigned long>> SocketAddresses(const addrinfo* list) {
+    std::vector<std::pair<void*, unsigned long>> addresses;
+    for (; list != nullptr; list = list->ai_next)
+        addresses.emplace_back(list->ai_addr, static_cast<unsigned long>(list->ai_addrlen));
+    return addresses;
 }
 
 }  // namespace quillon::agent

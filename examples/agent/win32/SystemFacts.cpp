@@ -1,6 +1,9 @@
 #include "SystemFacts.h"
 
 #include <windows.h>
+#include <winsock2.h>
+// After <winsock2.h>:
+#include <ws2tcpip.h>
 
 #include <array>
 #include <memory>
@@ -40,6 +43,13 @@ std::string ReadAccountName() {
     std::array<wchar_t, 257> name{};
     DWORD size = static_cast<DWORD>(name.size());
     return ::GetUserNameW(name.data(), &size) ? StringUtils::WideStringToNarrow(name.data()) : "";
+}
+
+std::vector<std::pair<void*, unsigned long>> SocketAddresses(const addrinfo* list) {
+    std::vector<std::pair<void*, unsigned long>> addresses;
+    for (; list != nullptr; list = list->ai_next)
+        addresses.emplace_back(list->ai_addr, static_cast<unsigned long>(list->ai_addrlen));
+    return addresses;
 }
 
 }  // namespace quillon::agent

@@ -1,0 +1,89 @@
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <string>
+
+#include "platform/NetworkApi.h"
+#include "quillon/NetworkUtils.h"
+#include "quillon/WindowsSockets.h"
+
+namespace quillon {
+
+namespace {
+
+/// A text that is empty until it is found out.
+class Name {
+public:
+    const char* Text() const { return m_text.data(); }
+    bool IsKnown() const { return m_text.front() != '\0'; }
+    /// Cut to what fits, between characters.
+    void Set(const std::string& text) {
+        std::size_t length = std::min(text.size(), m_text.size() - 1);
+        const auto isInside = [&text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
+        while (length < text.size() && length > 0 && isInside(length)) --length;
+        std::copy_n(text.data(), length, m_text.data());
+        m_text[length] = '\0';
+    }
+
+private:
+    std::array<char, 255> m_text{};
+};
+
+struct Names {
+    std::mutex mutex;
+    Name host, fqdn, domain;
+};
+
+/// Never destroyed: the texts live as long as the process.
+Names& TheNames() {
+    static Names& instance = *new Names;
+    return instance;
+}
+
+/// A failure is logged, and an entry may ask for a name: not under the names' mutex.
+void StartSockets() { WindowsSockets::GetInstance()->InitializeSockets(); }
+
+/// The mutex is held.
+const Name& HostName(Names& names) {
+    if (names.host.IsKnown()) return names.host;
+    const std::string name = platform::HostName().value_or("unknown_host");
+    names.host.Set(name.substr(0, name.find('.')));
+    return names.host;
+}
+
+}  // namespace
+
+const char* NetworkUtils::GetHostName() {
+    Names& names = TheNames();
+    {
+        const std::lock_guard lock(names.mutex);
+        if (names.host.IsKnown()) return names.host.Text();
+    }
+    StartSockets();
+    const std::lock_guard lock(names.mutex);
+    return HostName(names).Text();
+}
+
+const char* NetworkUtils::GetFqdn() {
+    Names& names = TheNames();
+    {
+        const std::lock_guard lock(names.mutex);
+        if (!names.fqdn.IsKnown()) names.fqdn.Set(platform::FullyQualifiedName().value_or(""));
+        if (names.fqdn.IsKnown()) return names.fqdn.Text();
+    }
+    StartSockets();
+    const std::lock_guard lock(names.mutex);
+    if (names.fqdn.IsKnown()) return names.fqdn.Text();
+    const auto loopback = platform::LoopbackName();
+    names.fqdn.Set(loopback ? *loopback : HostName(names).Text());
+    return names.fqdn.Text();
+}
+
+const char* NetworkUtils::GetDomainName() {
+    Names& names = TheNames();
+    const std::lock_guard lock(names.mutex);
+    if (!names.domain.IsKnown()) names.domain.Set(platform::FlatDomainName().value_or("(unknown)"));
+    return names.domain.Text();
+}
+
+}  // namespace quillon

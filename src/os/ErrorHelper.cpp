@@ -1,0 +1,37 @@
+#include "quillon/ErrorHelper.h"
+
+#include "platform/ErrorText.h"
+#include "quillon/ICLogger.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::int32_t kSystemFailure = 3;
+constexpr unsigned long kOfflineRevocation = 0x1000000;
+constexpr unsigned long kRevocationStatusUnknown = 0x40;
+
+}  // namespace
+
+std::string ErrorHelper::GetErrorMessage(int code) { return StringUtils::GetErrorAsString(code); }
+
+void ErrorHelper::SetInvocationResultFromLastError(InvocationResult& result) {
+    result.errorMessage = GetErrorMessage(static_cast<int>(platform::LastError()));
+    result.resultCode = kSystemFailure;
+}
+
+bool ErrorHelper::AllowTrustError(IAgentConfiguration::CRLChecks crlChecks, unsigned long trustStatus) {
+    const bool isOffline = trustStatus == kOfflineRevocation;
+    if (crlChecks != IAgentConfiguration::Soft || (!isOffline && trustStatus != kRevocationStatusUnknown))
+        return false;
+    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+        logger->Debug(
+            "%s %s error ignored as soft CRLChecks are configured", " ->",
+            isOffline ? "CERT_TRUST_IS_OFFLINE_REVOCATION" : "CERT_TRUST_REVOCATION_STATUS_UNKNOWN");
+    }
+    return true;
+}
+
+}  // namespace quillon

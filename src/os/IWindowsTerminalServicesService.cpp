@@ -1,0 +1,7 @@
+#include "quillon/IWindowsTerminalServicesService.h"
+
+namespace quillon {
+
+IWindowsTerminalServicesService::~IWindowsTerminalServicesService() = default;
+
+}  // namespace quillon

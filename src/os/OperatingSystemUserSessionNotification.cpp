@@ -1,0 +1,124 @@
+#include "quillon/OperatingSystemUserSessionNotification.h"
+
+#include <cstring>
+#include <ctime>
+#include <exception>
+#include <iterator>
+#include <stdexcept>
+
+#include "quillon/ICLogger.h"
+#include "quillon/IWindowsTerminalServicesService.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon {
+
+namespace {
+
+using Type = OperatingSystemUserSessionNotification::UserSessionNotificationType;
+
+constexpr unsigned long kSessionControl = 14;  // SERVICE_CONTROL_SESSIONCHANGE
+constexpr const wchar_t* kUnknownUser = L"<unknown-user>";
+
+/// In the order of the enumeration. Event types are one higher.
+constexpr const char* kNames[] = {"LocalConnect",     "LocalDisconnect", "RemoteConnect",
+                                  "RemoteDisconnect", "UserLogOn",       "UserLogOff",
+                                  "Locked",           "Unlock",          "RemoteControl"};
+
+/// The system's record.
+struct SessionChange {
+    std::uint32_t size;
+    std::uint32_t sessionId;
+};
+
+Type TypeOf(unsigned long eventType, ICLogger* logger) {
+    if (eventType >= 1 && eventType <= std::size(kNames)) return static_cast<Type>(eventType - 1);
+    if (logger != nullptr) {
+        logger->Warn("OperatingSystemUserSessionNotification received eventType %d, which is unknown",
+                     static_cast<int>(eventType));
+    }
+    return Type::Unknown;
+}
+
+std::uint32_t SessionIdIn(const void* eventData) {
+    SessionChange record{};
+    if (eventData != nullptr) std::memcpy(&record, eventData, sizeof record);
+    return record.sessionId;
+}
+
+}  // namespace
+
+OperatingSystemUserSessionNotification::OperatingSystemUserSessionNotification(unsigned long control,
+                                                                               unsigned long eventType,
+                                                                               void* eventData, void* context)
+    : IOperatingSystemNotification(UserSession),
+      m_timestamp(std::time(nullptr)),
+      m_logger(ServiceLocator::Get<ICLogger>()) {
+    CreateFromServiceControlSessionNotification(control, eventType, eventData, context);
+}
+
+OperatingSystemUserSessionNotification::OperatingSystemUserSessionNotification(
+    const OperatingSystemUserSessionNotification&) = default;
+
+OperatingSystemUserSessionNotification::~OperatingSystemUserSessionNotification() = default;
+
+Type OperatingSystemUserSessionNotification::GetUserSessionNotificationType() const { return m_sessionType; }
+
+long long OperatingSystemUserSessionNotification::GetTimestamp() const { return m_timestamp; }
+
+unsigned long OperatingSystemUserSessionNotification::GetSessionId() const { return m_sessionId; }
+
+std::wstring OperatingSystemUserSessionNotification::GetSessionDomainUser(bool logErrors) const {
+    ICLogger* const errors = logErrors ? m_logger : nullptr;
+    if (m_sessionType != UserLogOn) {
+        if (errors != nullptr) errors->Warn("Cannot get domain user for a logged out user");
+        return kUnknownUser;
+    }
+    auto* const service = ServiceLocator::Get<IWindowsTerminalServicesService>();
+    if (m_logger != nullptr)
+        m_logger->Trace("windowsTerminalServicesService %p", static_cast<const void*>(service));
+    if (service == nullptr) {
+        if (errors != nullptr) errors->Warn("Unable to locate the windowsTerminalServicesService object");
+        return kUnknownUser;
+    }
+    try {
+        return service->GetDomainUserForSession(m_sessionId);
+    } catch (const std::exception& error) {
+        if (errors != nullptr) errors->Debug("exception [%s]", error.what());
+        return {};
+    }
+}
+
+std::string OperatingSystemUserSessionNotification::EventToString() const {
+    const auto index = static_cast<std::size_t>(m_sessionType);
+    return index < std::size(kNames) ? kNames[index] : "unknown";
+}
+
+std::shared_ptr<IOperatingSystemNotification> OperatingSystemUserSessionNotification::Clone() const {
+    return std::shared_ptr<IOperatingSystemNotification>(new OperatingSystemUserSessionNotification(*this));
+}
+
+void OperatingSystemUserSessionNotification::CreateFromServiceControlSessionNotification(
+    unsigned long control, unsigned long eventType, void* eventData, void*) {
+    if (control != kSessionControl) {
+        const std::string text =
+            "OperatingSystemLogonEvent was given an unexpected control code: " + std::to_string(control) +
+            " Event type: " + std::to_string(eventType);
+        if (m_logger != nullptr) m_logger->Debug("%s", text.c_str());
+        throw std::invalid_argument(text);
+    }
+    m_sessionType = TypeOf(eventType, m_logger);
+    m_sessionId = SessionIdIn(eventData);
+    if (m_logger != nullptr) {
+        m_logger->Debug("Session ID for SERVICE_CONTROL_SESSIONCHANGE event %lu is %lu", eventType,
+                        static_cast<unsigned long>(m_sessionId));
+    }
+    LogEvent();
+}
+
+void OperatingSystemUserSessionNotification::LogEvent() const {
+    if (m_logger != nullptr) {
+        m_logger->Debug("OperatingSystemUserSessionNotification %s occurred", EventToString().c_str());
+    }
+}
+
+}  // namespace quillon

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace quillon::platform {
+
+/// The network as the system knows it. Texts are UTF-8. Nothing, or false, on failure.
+
+/// Windows Sockets 2.2; elsewhere there is nothing to start.
+bool StartSockets();
+void StopSockets();
+
+/// At most 254 bytes.
+std::optional<std::string> HostName();
+/// May ask a name server outside Windows.
+std::optional<std::string> FullyQualifiedName();
+/// The name of 127.0.0.1; may ask a name server.
+std::optional<std::string> LoopbackName();
+/// Of the primary domain or the workgroup. Only Windows machines have one.
+std::optional<std::string> FlatDomainName();
+
+/// The families of addresses by the same numbers on every system. A socket address
+/// itself is the system's, and so is the number in it (10 for IPv6 on Linux).
+constexpr int kIpv4 = 2;
+constexpr int kIpv6 = 23;
+constexpr std::size_t kIpv4AddressSize = 16;
+constexpr std::size_t kIpv6AddressSize = 28;
+
+/// Reads a text into a socket address of the family's size, which a failure leaves
+/// alone. As Windows does, on every system: IPv4 as one to four numbers, decimal, octal
+/// ("010" is 8) or hexadecimal, the last one filling the rest ("10.1" is 10.0.0.1), and
+/// ":PORT"; IPv6 with "%SCOPE", or in brackets, and there with ":PORT". Outside
+/// Windows an IPv4 part of an IPv6 address has no leading zeros.
+bool TextToAddress(int family, const std::string& text, void* address);
+/// With its port and scope unless they are 0; empty on failure.
+std::string AddressToText(const void* address, std::size_t length);
+
+}  // namespace quillon::platform

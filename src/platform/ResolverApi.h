@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+
+struct addrinfo;
+
+namespace quillon::platform {
+
+/// A question to the system's resolver, with all that belongs to it.
+struct AddressQuery {
+    std::optional<std::string> node, service;
+    /// Flags, family, socket type and protocol; 1 when any of the other fields is set, which
+    /// Windows refuses, else 0.
+    std::optional<std::array<int, 5>> hints;
+
+    auto operator<=>(const AddressQuery&) const = default;
+};
+AddressQuery QueryOf(const char* node, const char* service, const addrinfo* hints);
+
+/// getaddrinfo() of the system, however long it takes.
+int AskSystem(const AddressQuery& query, addrinfo*& list) noexcept;
+
+/// Answers as getaddrinfo() does; a list that it gives is the system's.
+using Resolver = int (*)(const AddressQuery& query, addrinfo*& list);
+/// Puts a resolver in the system's place, which null puts back: the system's own
+/// cannot be told whom to ask. Any thread.
+void SetResolver(Resolver resolver);
+int ResolveAddresses(const AddressQuery& query, addrinfo*& list);
+/// What getaddrinfo() answers when the same may succeed later.
+int TryAgainCode();
+
+/// A list of our own, to be freed by FreeAddresses(); null of null.
+addrinfo* CopyAddresses(const addrinfo* list);
+/// Frees a list of the system's or of CopyAddresses(); null is ignored. Any thread,
+/// also while the process ends.
+void FreeAddresses(addrinfo* list);
+
+}  // namespace quillon::platform
