@@ -45,13 +45,13 @@ Lookups& TheLookups() {
 }
 
 void End(Lookup& lookup, const LookupResult& result) {
-    platform::CountLookups(-1);
     Lookups& all = TheLookups();
     {
         const std::lock_guard lock(all.mutex);
         lookup.result = result;
         lookup.hasEnded = true;
         all.underWay.erase(lookup.query);
+        platform::CountLookups(-1);
     }
     all.changed.notify_all();
 }
