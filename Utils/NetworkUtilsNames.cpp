@@ -40,6 +40,11 @@ Names& TheNames() {
     return instance;
 }
 
+bool IsKnown(const Name& name) {
+    const std::lock_guard lock(TheNames().mutex);
+    return name.IsKnown();
+}
+
 /// A failure is logged, and an entry may ask for a name: not under the names' mutex.
 void StartSockets() { WindowsSockets::GetInstance()->InitializeSockets(); }
 
@@ -55,34 +60,33 @@ const Name& HostName(Names& names) {
 
 const char* NetworkUtils::GetHostName() {
     Names& names = TheNames();
-    {
-        const std::lock_guard lock(names.mutex);
-        if (names.host.IsKnown()) return names.host.Text();
-    }
+    if (IsKnown(names.host)) return names.host.Text();
     StartSockets();
     const std::lock_guard lock(names.mutex);
     return HostName(names).Text();
 }
 
+// What may ask a server is asked without the mutex: the head of a log file needs the host's name now.
+
 const char* NetworkUtils::GetFqdn() {
     Names& names = TheNames();
-    {
-        const std::lock_guard lock(names.mutex);
-        if (!names.fqdn.IsKnown()) names.fqdn.Set(platform::FullyQualifiedName().value_or(""));
-        if (names.fqdn.IsKnown()) return names.fqdn.Text();
+    if (IsKnown(names.fqdn)) return names.fqdn.Text();
+    std::string name = platform::FullyQualifiedName().value_or("");
+    if (name.empty()) {
+        StartSockets();
+        name = platform::LoopbackName().value_or("");
     }
-    StartSockets();
     const std::lock_guard lock(names.mutex);
-    if (names.fqdn.IsKnown()) return names.fqdn.Text();
-    const auto loopback = platform::LoopbackName();
-    names.fqdn.Set(loopback ? *loopback : HostName(names).Text());
+    if (!names.fqdn.IsKnown()) names.fqdn.Set(name.empty() ? HostName(names).Text() : name);
     return names.fqdn.Text();
 }
 
 const char* NetworkUtils::GetDomainName() {
     Names& names = TheNames();
+    if (IsKnown(names.domain)) return names.domain.Text();
+    const std::string name = platform::FlatDomainName().value_or("(unknown)");
     const std::lock_guard lock(names.mutex);
-    if (!names.domain.IsKnown()) names.domain.Set(platform::FlatDomainName().value_or("(unknown)"));
+    if (!names.domain.IsKnown()) names.domain.Set(name);
     return names.domain.Text();
 }
 

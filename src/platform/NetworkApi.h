@@ -12,7 +12,6 @@ namespace quillon::platform {
 bool StartSockets();
 void StopSockets();
 
-/// At most 254 bytes.
 std::optional<std::string> HostName();
 /// May ask a name server outside Windows.
 std::optional<std::string> FullyQualifiedName();
