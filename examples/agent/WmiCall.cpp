@@ -1,7 +1,7 @@
 #include "WmiCall.h"
 
-#include "ComThread.h"
 #include "Module.h"
+#include "quillon/ComScope.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/StringUtils.h"
 
@@ -34,8 +34,8 @@ bool RunWmi(const WmiCall& call, InvocationResult& result,
             const std::function<bool(WmiConnector&)>& operation) {
     if (!MethodParameterValidation::InRange("deadline", call.deadline, 0, kLongestDeadline, result))
         return false;
-    const ComThread com;
-    if (!com.IsReady()) return Fail(kWmiFailed, "COM cannot be initialised", result);
+    const ComScope com;
+    if (!com) return Fail(kWmiFailed, "COM cannot be initialised", result);
     WmiConnector connector;
     connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
     connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));

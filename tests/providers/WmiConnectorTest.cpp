@@ -4,8 +4,8 @@
 
 #include <set>
 
+#include "quillon/ComScope.h"
 #include "quillon/ProcessUtils.h"
-#include "support/ComThread.h"
 #include "support/RecordingLogger.h"
 
 // Against the system's own WMI, and what answers in its place outside Windows.
@@ -22,7 +22,7 @@ protected:
 
     bool Query(const std::string& wql) { return connector.ExecuteQuery(wql, &table); }
 
-    const ComThread com;
+    const ComScope com;
     RecordingLogger log;
     WmiConnector connector;
     DataTable table;
