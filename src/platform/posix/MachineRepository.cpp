@@ -7,7 +7,7 @@ namespace quillon::platform::simulated {
 WmiRepository& MachineRepository() {
     // Never destroyed: threads may query while the process ends.
     static WmiRepository& repository = []() -> WmiRepository& {
-        auto& made = *new WmiRepository(ToWide(HostName()));
+        auto& made = *new WmiRepository(ToWide(NodeName()));
         AddMachineFacts(made);
         return made;
     }();

@@ -118,7 +118,7 @@ simulated::WmiClass LogicalDiskClass() {
              }},
             {L"Status", CIM_STRING},
             {L"SystemCreationClassName", CIM_STRING, [](V) { return "Win32_ComputerSystem"; }},
-            {L"SystemName", CIM_STRING, [](V) { return HostName(); }},
+            {L"SystemName", CIM_STRING, [](V) { return NodeName(); }},
             {L"VolumeDirty", CIM_BOOLEAN},
             {L"VolumeName", CIM_STRING},
             {L"VolumeSerialNumber", CIM_STRING},

@@ -1,6 +1,5 @@
 #include "platform/posix/WmiFacts.h"
-
-#include <sys/utsname.h>
+#include "platform/NetworkApi.h"
 
 #include <chrono>
 #include <cstdio>
@@ -56,10 +55,7 @@ void AddMachineFacts(simulated::WmiRepository& repository) {
     }
 }
 
-std::string HostName() {
-    utsname names{};
-    return ::uname(&names) == 0 ? names.nodename : std::string();
-}
+std::string NodeName() { return HostName().value_or(std::string()); }
 
 std::optional<std::string> ReadFact(const std::string& path) {
     auto content = ReadWholeFile(path);

@@ -99,7 +99,7 @@ void AddMachineFacts(simulated::WmiRepository& repository);
 
 // --- What several of them tell ---
 
-std::string HostName();
+std::string NodeName();
 /// A file of /proc or /sys without the line's end; nothing when it cannot be read or is empty.
 std::optional<std::string> ReadFact(const std::string& path);
 /// Of /proc/meminfo, in KiB; `label` includes the colon.

@@ -121,7 +121,7 @@ simulated::WmiClass NetworkAdapterClass() {
             {L"Speed", CIM_UINT64, [](A a) { return SpeedOf(a); }},
             {L"Status", CIM_STRING},
             {L"SystemCreationClassName", CIM_STRING, [](A) { return "Win32_ComputerSystem"; }},
-            {L"SystemName", CIM_STRING, [](A) { return HostName(); }},
+            {L"SystemName", CIM_STRING, [](A) { return NodeName(); }},
             {L"TimeOfLastReset", CIM_DATETIME},
         },
         ListAdapters);

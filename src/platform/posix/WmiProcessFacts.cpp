@@ -148,7 +148,7 @@ HRESULT GetOwner(const std::wstring& path, const WmiValues&, WmiValues& out) {
     if (!id || ::stat(("/proc/" + std::to_string(*id)).c_str(), &found) != 0) return WBEM_E_NOT_FOUND;
     const std::string user = UserName(found.st_uid).value_or(std::to_string(found.st_uid));
     out.emplace_back(L"User", WmiFact(user).As(CIM_STRING));
-    out.emplace_back(L"Domain", WmiFact(HostName()).As(CIM_STRING));
+    out.emplace_back(L"Domain", WmiFact(NodeName()).As(CIM_STRING));
     SetReturnValue(out, kSuccess);
     return S_OK;
 }
@@ -206,7 +206,7 @@ simulated::WmiClass ProcessClass() {
             {L"CreationClassName", CIM_STRING, [](P) { return "Win32_Process"; }},
             {L"CreationDate", CIM_DATETIME, [](P p) { return StartOf(p); }},
             {L"CSCreationClassName", CIM_STRING, [](P) { return "Win32_ComputerSystem"; }},
-            {L"CSName", CIM_STRING, [](P) { return HostName(); }},
+            {L"CSName", CIM_STRING, [](P) { return NodeName(); }},
             {L"Description", CIM_STRING, [](P p) { return p.stat.name; }},
             {L"ExecutablePath", CIM_STRING, [](P p) { return ExecutableOf(p); }},
             {L"ExecutionState", CIM_UINT16},

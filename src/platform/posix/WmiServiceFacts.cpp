@@ -164,7 +164,7 @@ simulated::WmiClass ServiceClass() {
             {L"State", CIM_STRING, [](S s) { return ProcessOf(s) ? "Running" : "Stopped"; }},
             {L"Status", CIM_STRING},
             {L"SystemCreationClassName", CIM_STRING, [](S) { return "Win32_ComputerSystem"; }},
-            {L"SystemName", CIM_STRING, [](S) { return HostName(); }},
+            {L"SystemName", CIM_STRING, [](S) { return NodeName(); }},
             {L"TagId", CIM_UINT32},
             {L"WaitHint", CIM_UINT32},
         },
