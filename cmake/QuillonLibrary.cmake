@@ -24,7 +24,7 @@ target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplu
                       Boost::filesystem Threads::Threads)
 if(WIN32)
   target_link_libraries(quillon_objects PUBLIC ws2_32 crypt32 wbemuuid ole32 oleaut32 version netapi32
-                        advapi32 shell32 shlwapi psapi rpcrt4 userenv)
+                        advapi32 secur32 shell32 shlwapi psapi rpcrt4 userenv)
 endif()
 
 add_library(quillon SHARED)

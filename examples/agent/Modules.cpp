@@ -1,6 +1,8 @@
 #include "Modules.h"
 
+#include "AuditModule.h"
 #include "CommandsModule.h"
+#include "EventLogModule.h"
 #include "NetworkModule.h"
 #include "ProcessesModule.h"
 #include "StoreModule.h"
@@ -13,6 +15,8 @@ ModuleList MakeModules() {
     ModuleList modules;
     modules.push_back(std::make_unique<CommandsModule>());
     modules.push_back(std::make_unique<NetworkModule>());
+    modules.push_back(std::make_unique<AuditModule>());
+    modules.push_back(std::make_unique<EventLogModule>());
     modules.push_back(std::make_unique<ProcessesModule>());
     modules.push_back(std::make_unique<StoreModule>());
     modules.push_back(std::make_unique<SystemModule>());

@@ -40,7 +40,7 @@ public:
                        unsigned long flags, unsigned long* returned);
 
     /// One more holder of a channel, whatever the case of its name; true when it is enabled. What was enabled
-    /// before is left alone.
+    /// before is left alone. False, too, for one more than 2^32 - 1.
     static bool EnableChannelIfRequired(const wchar_t* channel);
     /// One holder less; the last one disables what the proxy had enabled.
     static void DisableChannelIfRequired(const wchar_t* channel);

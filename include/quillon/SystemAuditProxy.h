@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
 #include <string>
 
 #include "quillon/Export.h"
@@ -15,26 +13,21 @@ class ICLogger;
 /// Turns success and failure auditing of sub-categories of the system's audit policy on
 /// for as long as somebody holds them, and puts it back on when policy turns it off meanwhile. Any
 /// thread. Everything is logged by the registered logger. Without the system's audit
-/// functions nothing can be held, which is logged once.
+/// functions nothing can be held, which is logged once. An operation logs when it is
+/// done, with no lock held, so that a logger may come back here.
 class QUILLON_API SystemAuditProxy {
 public:
     SystemAuditProxy() = delete;
 
-    /// One more holder; true when the sub-category is audited.
+    /// One more holder; true when the sub-category is audited. False, too, for one more than 2^32 - 1.
     static bool EnableAuditLogSubCategory(const UniqueIdentifier& subcategory);
     /// One holder less. The last one turns auditing off if the proxy had turned it on.
     static void DisableAuditLogSubCategory(const UniqueIdentifier& subcategory);
 
 private:
-    struct SubcategoryReference {
-        std::uint32_t referenceCount = 0;
-        bool enabledByProxy = false;
-    };
-    class State;
-    friend class State;
-
     static bool EnsureSystemAuditAvailable();
     static void AuditPolicyChangedCallback(void* context, unsigned char timedOut);
+    static void ReaffirmAuditPolicy();
     static void StartMonitoringAuditPolicyChanges();
     static void StopMonitoringAuditPolicyChanges();
     static bool GetAuditPolicyState(const GUID& subcategory, unsigned long* state, ICLogger* logger);

@@ -7,6 +7,7 @@
 
 #include "platform/CivilTime.h"
 #include "platform/FileApi.h"
+#include "platform/NetworkApi.h"
 #include "platform/TimeApi.h"
 #include "platform/Utf.h"
 #include "platform/posix/ProcFile.h"

@@ -23,10 +23,10 @@ bool Fail(DWORD code) {
 }
 
 /// True when the system adjusted it and says that nothing was left out.
-bool Adjust(const Token& token, TOKEN_PRIVILEGES& state, TOKEN_PRIVILEGES* previous) {
+bool Adjust(HANDLE token, TOKEN_PRIVILEGES& state, TOKEN_PRIVILEGES* previous) {
     DWORD size = sizeof(TOKEN_PRIVILEGES);
-    const BOOL adjusted = ::AdjustTokenPrivileges(token.Get(), FALSE, &state, size, previous,
-                                                  previous == nullptr ? nullptr : &size);
+    const BOOL adjusted =
+        ::AdjustTokenPrivileges(token, FALSE, &state, size, previous, previous == nullptr ? nullptr : &size);
     return adjusted != 0 && ::GetLastError() == ERROR_SUCCESS;
 }
 
@@ -48,11 +48,14 @@ LocalMemory ListForUser(PSID user) {
 }  // namespace
 
 bool SetPrivilege(const std::wstring& name, bool enable) {
+    const Token token = OpenToken(TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY);
+    return token && SetTokenPrivilege(token.Get(), name, enable);
+}
+
+bool SetTokenPrivilege(HANDLE token, const std::wstring& name, bool enable) {
     TOKEN_PRIVILEGES state{};
     state.PrivilegeCount = 1;
     if (::LookupPrivilegeValueW(nullptr, name.c_str(), &state.Privileges[0].Luid) == 0) return false;
-    const Token token = OpenToken(TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY);
-    if (!token) return false;
     TOKEN_PRIVILEGES previous{};
     if (!Adjust(token, state, &previous)) return false;
     // The system leaves the previous state empty when the privilege was off already.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/Handle.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -17,5 +19,8 @@ inline Token OpenToken(DWORD access) {
     HANDLE token = nullptr;
     return Token(::OpenProcessToken(::GetCurrentProcess(), access, &token) != 0 ? token : nullptr);
 }
+
+/// As SetPrivilege, on a token that may be queried and adjusted.
+bool SetTokenPrivilege(HANDLE token, const std::wstring& name, bool enable);
 
 }  // namespace quillon::platform

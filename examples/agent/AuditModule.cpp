@@ -1,0 +1,66 @@
+#include "AuditModule.h"
+
+#include "Waiting.h"
+#include "quillon/DestructorFunctor.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/SystemAuditProxy.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr long long kDefaultSeconds = 10;
+
+void Fail(InvocationResult& result, std::int32_t code, const std::string& message) {
+    result.resultCode = code;
+    result.errorMessage = message;
+}
+
+void Hold(const MethodParameters& parameters, InvocationResult& result) {
+    std::string text;
+    long long seconds = kDefaultSeconds;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("subcategory", text);
+    binder.AddOptionalBinding("seconds", seconds);
+    if (!binder.Bind(result) || !CheckSeconds(seconds, result)) return;
+    bool isIdentifier = false;
+    const auto subcategory = UniqueIdentifier::Parse(text, &isIdentifier);
+    if (!isIdentifier) return Fail(result, 2, "'subcategory' parameter must be a GUID");
+
+    if (!SystemAuditProxy::EnableAuditLogSubCategory(subcategory))
+        return Fail(result, 3,
+                    "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why");
+    const DestructorFunctor release([&] { SystemAuditProxy::DisableAuditLogSubCategory(subcategory); });
+    WaitSeconds(seconds);
+    result.resultTable.AddRow(
+        VariantList(Variant("Subcategory", subcategory.ToString()), Variant("Seconds", seconds)));
+}
+
+void DescribeHold(IMethodMetadataBuilder& builder) {
+    builder.Description("Keeps success and failure auditing of a sub-category switched on for a while.")
+        .Flags({IMethodMetadata::MayModifySystemState})
+        .Note("Outside Windows the audit policy is simulated, and lives only as long as the agent.")
+        .Note("Auditing that was on before stays on. Ending the agent by force leaves it on.")
+        .Example("quillon-agent run Audit.Hold subcategory=0cce922b-69ae-11d9-bed3-505054503030 seconds=60")
+        .CreateParameter("subcategory", typeid(std::string))
+        .Description("GUID of the sub-category; the example's is process creation.")
+        .BindParameter()
+        .CreateParameter("seconds", typeid(long long))
+        .Description("How long; less when the agent is asked to end.")
+        .OptionalValue(kDefaultSeconds)
+        .BindParameter()
+        .CreateColumn("Subcategory", typeid(std::string), false)
+        .Description("The sub-category that was held.")
+        .BindColumn()
+        .CreateColumn("Seconds", typeid(long long), false)
+        .Description("The time that was asked for.")
+        .BindColumn();
+}
+
+}  // namespace
+
+AuditModule::AuditModule() {
+    m_methods.push_back(MakeMethod("Audit.Hold", IMethodMetadata::V5_0, &DescribeHold, &Hold));
+}
+
+}  // namespace quillon::agent

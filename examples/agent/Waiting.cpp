@@ -1,0 +1,35 @@
+#include "Waiting.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "quillon/IShutdownMonitor.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr long long kLongest = 86'400;
+
+}  // namespace
+
+bool CheckSeconds(long long seconds, InvocationResult& result) {
+    if (seconds >= 0 && seconds <= kLongest) return true;
+    result.resultCode = 2;
+    result.errorMessage = "'seconds' parameter must be from 0 to " + std::to_string(kLongest);
+    return false;
+}
+
+void WaitSeconds(long long seconds) {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kLook(100);
+    auto* const monitor = ServiceLocator::Get<IShutdownMonitor>(true);
+    const auto end = Clock::now() + std::chrono::seconds(seconds);
+    while (Clock::now() < end && (monitor == nullptr || !monitor->IsShutdownRequested()))
+        std::this_thread::sleep_for(std::min<Clock::duration>(kLook, end - Clock::now()));
+}
+
+}  // namespace quillon::agent

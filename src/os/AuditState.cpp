@@ -1,0 +1,57 @@
+#include "os/AuditState.h"
+
+#include "platform/ErrorText.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const wchar_t* kPrivilege = L"SeSecurityPrivilege";
+
+}  // namespace
+
+AuditState& AuditState::Get() {
+    static AuditState& state = *new AuditState;
+    return state;
+}
+
+void AuditState::ForgetFunctions() {
+    const std::lock_guard lock(m_auditSync);
+    m_isInitialized = m_isAvailable = false;
+}
+
+AuditOperation::AuditOperation() : m_lock(AuditState::Get().m_auditSync) { AuditState::Get().log = &m_log; }
+
+AuditOperation::~AuditOperation() {
+    AuditState::Get().log = nullptr;
+    m_lock.unlock();
+    m_log.WriteTo(RegisteredLogger());
+}
+
+SecurityPrivilegeScope::SecurityPrivilegeScope(ICLogger& log) : m_log(log) {
+    OpenToken();
+    if (!m_token) {
+        m_log.Error("Failed to get effective token for process security adjustment");
+        return;
+    }
+    m_isActive = platform::Audit().setPrivilege(m_token.Get(), kPrivilege, true);
+    if (m_isActive) {
+        m_log.Trace("Enabled token privilege 'SeSecurityPrivilege'");
+    } else {
+        m_log.Error("Failed to enable 'SeSecurityPrivilege' for system audit policy interaction");
+    }
+}
+
+SecurityPrivilegeScope::~SecurityPrivilegeScope() {
+    if (!m_isActive) return;
+    platform::Audit().setPrivilege(m_token.Get(), kPrivilege, false);
+    m_log.Trace("Disabled token privilege 'SeSecurityPrivilege'");
+}
+
+void SecurityPrivilegeScope::OpenToken() {
+    constexpr std::uint32_t kNoToken = 1008;
+    m_token.Reset(platform::Audit().openThreadToken());
+    if (!m_token && platform::LastError() == kNoToken) m_token.Reset(platform::Audit().openProcessToken());
+}
+
+}  // namespace quillon

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/NumberText.h"
+#include "quillon/EventLogReader.h"
+
+namespace quillon {
+
+/// The place of an event in its channel: its number, and its time to tell it from one that got
+/// the same number after the channel was cleared.
+struct EventBookmark {
+    std::uint64_t recordId = 0;
+    TimePoint time;
+
+    /// Nothing when it is no bookmark, such as the empty text.
+    static std::optional<EventBookmark> Parse(std::string_view text) {
+        const auto recordId = platform::TakeUnsigned(text);
+        const auto ticks = platform::TakeUnsigned(text);
+        if (!recordId || !ticks || !text.empty()) return std::nullopt;
+        return EventBookmark{*recordId, TimePoint(TimePoint::duration(static_cast<std::int64_t>(*ticks)))};
+    }
+    std::string ToText() const {
+        return std::to_string(recordId) + ' ' + std::to_string(time.time_since_epoch().count());
+    }
+    bool IsOf(const LogEvent& event) const { return recordId == event.recordId && time == event.time; }
+};
+
+}  // namespace quillon

@@ -1,0 +1,122 @@
+#include <array>
+
+#include "os/DeferredLog.h"
+#include "os/EventLogState.h"
+#include "os/HolderCount.h"
+#include "platform/Handle.h"
+#include "platform/Utf.h"
+#include "quillon/EventLogProxy.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+using platform::EvtVariant;
+
+struct ConfigTraits {
+    using Type = void*;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type value) noexcept { EventLogProxy::EvtClose(value); }
+};
+using ChannelConfig = platform::Handle<ConfigTraits>;
+
+const platform::EvtFunctions& Functions() { return EventLogState::Get().functions; }
+
+std::string Name(const wchar_t* channel) { return channel == nullptr ? "" : platform::ToUtf8(channel); }
+
+ChannelConfig OpenConfig(const wchar_t* channel) {
+    return ChannelConfig(Functions().openChannelConfig(nullptr, channel, 0));
+}
+
+/// Nothing when the system does not tell.
+std::optional<bool> IsEnabled(const ChannelConfig& config) {
+    std::array<EvtVariant, 8> value;  // 128 bytes, as the system has always been given
+    unsigned long used = 0;
+    if (Functions().getChannelConfigProperty(config.Get(), platform::kEvtChannelConfigEnabled, 0,
+                                             sizeof value, value.data(), &used) == 0) {
+        return std::nullopt;
+    }
+    return value[0].boolean == 1;
+}
+
+bool SaveEnabled(const ChannelConfig& config, bool isEnabled) {
+    EvtVariant value;
+    value.boolean = isEnabled ? 1 : 0;
+    value.type = platform::EvtType::Boolean;
+    return Functions().setChannelConfigProperty(config.Get(), platform::kEvtChannelConfigEnabled, 0,
+                                                &value) != 0 &&
+           Functions().saveChannelConfig(config.Get(), 0) != 0;
+}
+
+/// With the channel lock held. True when the channel is enabled; `switchedOn` when it was not before.
+bool SwitchOn(const wchar_t* channel, bool& switchedOn, ICLogger& log) {
+    const ChannelConfig config = OpenConfig(channel);
+    if (!config) return false;
+    const auto isEnabled = IsEnabled(config);
+    if (!isEnabled) return false;
+    if (*isEnabled) return true;
+    switchedOn = SaveEnabled(config, true);
+    if (switchedOn) {
+        log.Debug("Enabled Windows Event Log channel '%s' for subscriptions", Name(channel).c_str());
+    } else {
+        log.Debug(
+            "Failed to enable Windows Event Log channel '%s' - subscriptions to this channel will not be "
+            "possible",
+            Name(channel).c_str());
+    }
+    return switchedOn;
+}
+
+void SwitchOff(const wchar_t* channel, ICLogger& log) {
+    const ChannelConfig config = OpenConfig(channel);
+    if (!config) return;
+    if (SaveEnabled(config, false)) {
+        log.Debug("Disabled Windows Event Log channel '%s' for subscriptions", Name(channel).c_str());
+    } else {
+        log.Warn(
+            "Failed to disable Windows Event Log channel '%s' - this channel should be disabled manually",
+            Name(channel).c_str());
+    }
+}
+
+bool AddChannelHolder(const wchar_t* channel, ICLogger& log) {
+    EventLogState& state = EventLogState::Get();
+    const std::string key = StringUtils::ToUppercase(Name(channel));
+    const std::lock_guard lock(state.channelLock);
+    if (const auto found = state.channels.find(key); found != state.channels.end())
+        return AddHolder(found->second);
+    bool switchedOn = false;
+    const bool isEnabled = SwitchOn(channel, switchedOn, log);
+    if (switchedOn) state.channels[key] = 1;
+    return isEnabled;
+}
+
+void RemoveChannelHolder(const wchar_t* channel, ICLogger& log) {
+    EventLogState& state = EventLogState::Get();
+    const std::string key = StringUtils::ToUppercase(Name(channel));
+    const std::lock_guard lock(state.channelLock);
+    const auto found = state.channels.find(key);
+    if (found == state.channels.end() || --found->second > 0) return;
+    SwitchOff(channel, log);
+    state.channels.erase(found);
+}
+
+}  // namespace
+
+bool EventLogProxy::EnableChannelIfRequired(const wchar_t* channel) {
+    if (!IsAvailable()) return false;
+    DeferredLog log;
+    const bool isEnabled = AddChannelHolder(channel, log);
+    log.WriteTo(RegisteredLogger());
+    return isEnabled;
+}
+
+void EventLogProxy::DisableChannelIfRequired(const wchar_t* channel) {
+    if (!IsAvailable()) return;
+    DeferredLog log;
+    RemoveChannelHolder(channel, log);
+    log.WriteTo(RegisteredLogger());
+}
+
+}  // namespace quillon

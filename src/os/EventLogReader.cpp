@@ -1,0 +1,149 @@
+#include "quillon/EventLogReader.h"
+
+#include <array>
+#include <exception>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "os/EventBookmark.h"
+#include "platform/ErrorText.h"
+#include "platform/EventLogTypes.h"
+#include "platform/Utf.h"
+#include "quillon/EvtHandle.h"
+#include "quillon/IApplicationDataStore.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+using Result = EventLogReader::Result;
+using Start = EventLogReader::Start;
+using Visitor = EventLogReader::Visitor;
+
+constexpr unsigned long kNoTimeout = 0xFFFFFFFF;
+
+/// The handles of one EvtNext, each owned as soon as it is there.
+struct Batch {
+    static constexpr unsigned long kSize = 32;
+    std::array<EvtHandle, kSize> events;
+    unsigned long count = 0;
+
+    bool Take(void* resultSet) {
+        std::array<void*, kSize> handles{};
+        count = 0;
+        if (EventLogProxy::EvtNext(resultSet, kSize, handles.data(), kNoTimeout, 0, &count) == 0)
+            return false;
+        for (unsigned long i = 0; i < count; ++i) events[i].Reset(handles[i]);
+        return true;
+    }
+};
+
+/// Visits what a query gives. 0 when it or the visitor came to an end, else the code of what failed.
+std::uint32_t VisitAll(const std::string& channel, const std::string& query, unsigned long direction,
+                       const Visitor& visitor) {
+    const EvtHandle results(EventLogProxy::EvtQuery(nullptr, platform::ToWide(channel).c_str(),
+                                                    platform::ToWide(query).c_str(),
+                                                    platform::kEvtChannelPath | direction));
+    if (!results) return platform::LastError();
+    Batch batch;
+    while (batch.Take(results.Get())) {
+        for (unsigned long i = 0; i < batch.count; ++i) {
+            LogEvent event;
+            if (!EventLogReader::Read(batch.events[i].Get(), event)) return platform::LastError();
+            if (!visitor(event)) return 0;
+        }
+    }
+    const std::uint32_t code = platform::LastError();
+    return code == platform::kNoMoreItems ? 0 : code;
+}
+
+/// Counts what it visits, and keeps the place of the last event that the visitor took.
+class Progress {
+public:
+    Progress(const Visitor& visitor, std::string& bookmark) : m_visitor(visitor), m_bookmark(bookmark) {}
+
+    bool Visit(const LogEvent& event) {
+        const bool goOn = m_visitor(event);
+        m_bookmark = EventBookmark{event.recordId, event.time}.ToText();
+        ++m_visited;
+        return goOn;
+    }
+    std::uint64_t Visited() const { return m_visited; }
+
+private:
+    const Visitor& m_visitor;
+    std::string& m_bookmark;
+    std::uint64_t m_visited = 0;
+};
+
+Result ReadFromOldest(const std::string& channel, Start start, const Visitor& visitor,
+                      std::string& bookmark) {
+    Progress progress(visitor, bookmark);
+    const std::uint32_t code = VisitAll(channel, "*", platform::kEvtForward,
+                                        [&](const LogEvent& event) { return progress.Visit(event); });
+    return {code, start, progress.Visited()};
+}
+
+/// Nothing when the event of the bookmark is not the first one of its number and above: it
+/// is gone, or another one has its number.
+std::optional<Result> ReadFromBookmark(const std::string& channel, const EventBookmark& from,
+                                       const Visitor& visitor, std::string& bookmark) {
+    Progress progress(visitor, bookmark);
+    bool isFound = false;
+    const auto visit = [&](const LogEvent& event) {
+        if (isFound) return progress.Visit(event);
+        isFound = from.IsOf(event);
+        return isFound;
+    };
+    const std::string query = "*[System[(EventRecordID>=" + std::to_string(from.recordId) + ")]]";
+    const std::uint32_t code = VisitAll(channel, query, platform::kEvtForward, visit);
+    if (!isFound && code == 0) return std::nullopt;
+    return Result{code, Start::Bookmark, progress.Visited()};
+}
+
+}  // namespace
+
+EventLogReader::EventLogReader(std::string channel, IApplicationDataStore& store)
+    : m_channel(std::move(channel)), m_store(store) {}
+
+Result EventLogReader::ReadNew(const Visitor& visitor) const {
+    std::string before;
+    m_store.GetDatabaseProperty(PropertyName(), before);
+    std::string bookmark = before;
+    const auto keep = [&] {
+        if (bookmark != before) m_store.SetDatabaseProperty(PropertyName(), bookmark);
+    };
+    try {
+        const Result result = Continue(bookmark, visitor);
+        keep();
+        return result;
+    } catch (...) {
+        keep();
+        throw;
+    }
+}
+
+Result EventLogReader::Continue(std::string& bookmark, const Visitor& visitor) const {
+    const auto from = EventBookmark::Parse(bookmark);
+    if (!from) return ReadFromOldest(m_channel, Start::Oldest, visitor, bookmark);
+    if (const auto result = ReadFromBookmark(m_channel, *from, visitor, bookmark)) return *result;
+    bookmark.clear();  // a cleared channel's gap is told once, also while it is empty
+    return ReadFromOldest(m_channel, Start::Gap, visitor, bookmark);
+}
+
+std::string EventLogReader::PropertyName() const {
+    return "EventLogBookmark." + StringUtils::ToUppercase(m_channel);
+}
+
+Result EventLogReader::Query(const std::string& channel, const std::string& query, const Visitor& visitor) {
+    Result result;
+    result.errorCode = VisitAll(channel, query, platform::kEvtReverse, [&](const LogEvent& event) {
+        ++result.visited;
+        return visitor(event);
+    });
+    return result;
+}
+
+}  // namespace quillon

@@ -1,0 +1,121 @@
+#include <cstddef>
+#include <vector>
+
+#include "platform/CivilTime.h"
+#include "platform/ErrorText.h"
+#include "platform/EventLogTypes.h"
+#include "platform/Utf.h"
+#include "quillon/DateTimeUtils.h"
+#include "quillon/EventLogReader.h"
+#include "quillon/EvtHandle.h"
+
+namespace quillon {
+
+namespace {
+
+using platform::EvtType;
+using platform::EvtVariant;
+
+/// Variants and the texts behind them, or a text.
+using Rendered = std::vector<EvtVariant>;
+
+/// Empty on failure, see the last error.
+Rendered Render(void* context, void* event, unsigned long flags, unsigned long& propertyCount) {
+    Rendered buffer(128);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const std::size_t size = buffer.size() * sizeof(EvtVariant);
+        unsigned long used = 0;
+        if (EventLogProxy::EvtRender(context, event, flags, static_cast<unsigned long>(size), buffer.data(),
+                                     &used, &propertyCount) != 0) {
+            return buffer;
+        }
+        if (platform::LastError() != platform::kInsufficientBuffer) break;
+        buffer.resize(used / sizeof(EvtVariant) + 1);
+    }
+    return {};
+}
+
+std::string Text(const EvtVariant& value) {
+    return value.type == EvtType::String && value.text != nullptr ? platform::ToUtf8(value.text) : "";
+}
+
+/// A number in the width that its type has: the system leaves the other bytes undefined.
+std::uint64_t Number(const EvtVariant& value) {
+    switch (value.type) {
+        case EvtType::Byte:
+            return value.byte;
+        case EvtType::UInt16:
+            return value.uint16;
+        case EvtType::UInt64:
+        case EvtType::FileTime:
+            return value.number;
+        default:
+            return 0;
+    }
+}
+
+TimePoint Time(const EvtVariant& value) {
+    constexpr std::int64_t kBefore1970 =
+        -platform::DaysFromCivil(1601, 1, 1) * platform::kSecondsPerDay * platform::kTicksPerSecond;
+    return TimePoint(TimePoint::duration(static_cast<std::int64_t>(Number(value)) - kBefore1970));
+}
+
+bool ReadValues(void* event, LogEvent& result) {
+    const EvtHandle context(EventLogProxy::EvtCreateRenderContext(0, nullptr, platform::kEvtContextSystem));
+    if (!context) return false;
+    unsigned long count = 0;
+    const Rendered values = Render(context.Get(), event, platform::kEvtRenderValues, count);
+    if (values.empty()) return false;
+    if (count < platform::EvtSystemPropertyCount) {
+        constexpr std::uint32_t kInvalidData = 13;
+        platform::SetLastErrorCode(kInvalidData);
+        return false;
+    }
+    result.provider = Text(values[platform::EvtProviderName]);
+    result.eventId = static_cast<std::uint32_t>(Number(values[platform::EvtEventId]));
+    result.level = static_cast<std::uint32_t>(Number(values[platform::EvtLevel]));
+    result.time = Time(values[platform::EvtTimeCreated]);
+    result.recordId = Number(values[platform::EvtRecordId]);
+    result.channel = Text(values[platform::EvtChannel]);
+    result.computer = Text(values[platform::EvtComputer]);
+    return true;
+}
+
+}  // namespace
+
+bool EventLogReader::Read(void* event, LogEvent& result) {
+    if (!ReadValues(event, result)) return false;
+    unsigned long count = 0;
+    const Rendered text = Render(nullptr, event, platform::kEvtRenderXml, count);
+    if (text.empty()) return false;
+    result.xml = platform::ToUtf8(reinterpret_cast<const wchar_t*>(text.data()));
+    return true;
+}
+
+DataTable EventLogReader::MakeTable() {
+    DataTable table;
+    table.AddLongLongCol("RecordId");
+    table.AddStringCol("Time");
+    table.AddStringCol("Provider");
+    table.AddLongLongCol("EventId");
+    table.AddLongLongCol("Level");
+    table.AddStringCol("Channel");
+    table.AddStringCol("Computer");
+    table.AddStringCol("Xml");
+    return table;
+}
+
+VariantList EventLogReader::ToRow(const LogEvent& event) {
+    VariantList row;
+    row.Add("RecordId", static_cast<long long>(event.recordId));
+    row.Add("Time", DateTimeUtils::FormatTimeAsISO8601(event.time));
+    row.Add("Provider", event.provider);
+    row.Add("EventId", event.eventId);
+    row.Add("Level", event.level);
+    row.Add("Channel", event.channel);
+    row.Add("Computer", event.computer);
+    row.Add("Xml", event.xml);
+    return row;
+}
+
+}  // namespace quillon

@@ -1,0 +1,133 @@
+#include "quillon/SystemAuditProxy.h"
+
+#include "os/AuditState.h"
+#include "os/EntryPointBinder.h"
+#include "os/HolderCount.h"
+#include "platform/ErrorText.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+using platform::kAuditBoth;
+
+/// Binds the functions; the reason when one is missing, else empty.
+std::string BindFunctions(AuditState& state) {
+    if (!IsAtLeastVersion60()) return kTooOldSystem;
+    const HINSTANCE module = platform::Procedures().loadedModule("Advapi32.dll");
+    if (module == nullptr) return "Failed to get a reference to advapi32.dll";
+    return EntryPointBinder(module)
+        .Bind("AuditQuerySystemPolicy", state.AuditQuerySystemPolicy)
+        .Bind("AuditSetSystemPolicy", state.AuditSetSystemPolicy)
+        .Bind("AuditFree", state.AuditFree)
+        .Reason();
+}
+
+bool IncludesBoth(unsigned long bits) { return (bits & kAuditBoth) == kAuditBoth; }
+
+bool SetBits(const GUID& subcategory, std::uint32_t bits) {
+    const platform::AuditPolicyRecord record{subcategory, bits, subcategory};
+    return AuditState::Get().AuditSetSystemPolicy(&record, 1) != 0;
+}
+
+/// Switches off what the proxy had switched on.
+bool ClearBits(const UniqueIdentifier& subcategory, ICLogger& log) {
+    const SecurityPrivilegeScope scope(log);
+    if (!scope.IsActive()) return false;
+    if (SetBits(subcategory.ToMsGuid(), platform::kAuditNone)) {
+        log.Debug("Disabled success + failure auditing on audit sub-category '%s'",
+                  subcategory.ToString().c_str());
+        return true;
+    }
+    log.Error("Failed to disable success + failure auditing on audit sub-category '%s' - %s",
+              subcategory.ToString().c_str(), StringUtils::GetLastErrorAsString().c_str());
+    return false;
+}
+
+}  // namespace
+
+bool SystemAuditProxy::EnsureSystemAuditAvailable() {
+    AuditOperation operation;
+    AuditState& state = AuditState::Get();
+    if (state.m_isInitialized) return state.m_isAvailable;
+    const std::string reason = BindFunctions(state);
+    state.m_isAvailable = reason.empty();
+    if (state.m_isAvailable) {
+        operation.Log().Debug(
+            "Initialized SystemAuditProxy - system audit policy functionality is available");
+    } else {
+        operation.Log().Warn("%s - system audit policy functionality will not be available", reason.c_str());
+    }
+    state.m_isInitialized = true;
+    return state.m_isAvailable;
+}
+
+bool SystemAuditProxy::EnableAuditLogSubCategory(const UniqueIdentifier& subcategory) {
+    if (!EnsureSystemAuditAvailable()) return false;
+    AuditOperation operation;
+    auto& held = AuditState::Get().m_auditReferenceCounts;
+    if (const auto found = held.find(subcategory); found != held.end())
+        return AddHolder(found->second.referenceCount);
+
+    const SecurityPrivilegeScope scope(operation.Log());
+    const GUID guid = subcategory.ToMsGuid();
+    unsigned long bits = 0;
+    if (!scope.IsActive() || !GetAuditPolicyState(guid, &bits, &operation.Log())) return false;
+    const bool wasEmpty = held.empty();
+    const bool isNew = !IncludesBoth(bits);
+    if (isNew && !SetAuditPolicyState(guid, kAuditBoth, &operation.Log())) return false;
+    held[subcategory] = {1, isNew};
+    if (wasEmpty) StartMonitoringAuditPolicyChanges();
+    return true;
+}
+
+void SystemAuditProxy::DisableAuditLogSubCategory(const UniqueIdentifier& subcategory) {
+    if (!EnsureSystemAuditAvailable()) return;
+    AuditOperation operation;
+    auto& held = AuditState::Get().m_auditReferenceCounts;
+    const auto found = held.find(subcategory);
+    if (found == held.end() || --found->second.referenceCount > 0) return;
+
+    const bool enabledByProxy = found->second.enabledByProxy;
+    held.erase(found);
+    if (enabledByProxy && !ClearBits(subcategory, operation.Log())) {
+        operation.Log().Warn(
+            "The Agent enabled extended security auditing on this machine, but could not disable it");
+        operation.Log().Warn(
+            "The audit configuration policy for this machine may have to be reviewed with auditpol.exe");
+    }
+    if (held.empty()) StopMonitoringAuditPolicyChanges();
+}
+
+bool SystemAuditProxy::GetAuditPolicyState(const GUID& subcategory, unsigned long* state, ICLogger* logger) {
+    const AuditState& proxy = AuditState::Get();
+    platform::AuditPolicyRecord* record = nullptr;
+    if (proxy.AuditQuerySystemPolicy(&subcategory, 1, &record) == 0) {
+        logger->Error("Failed to query system audit policy - %s",
+                      StringUtils::GetLastErrorAsString().c_str());
+        return false;
+    }
+    *state = record->auditing;
+    proxy.AuditFree(record);
+    return true;
+}
+
+bool SystemAuditProxy::SetAuditPolicyState(const GUID& subcategory, const unsigned long& state,
+                                           ICLogger* logger) {
+    if (SetBits(subcategory, static_cast<std::uint32_t>(state))) {
+        logger->Debug("Enabled success + failure auditing on audit sub-category '%s'",
+                      GUIDToString(subcategory).c_str());
+        return true;
+    }
+    const std::string reason = StringUtils::GetLastErrorAsString();
+    logger->Error("Failed to enable success + failure auditing on audit sub-category '%s' - %s",
+                  GUIDToString(subcategory).c_str(), reason.c_str());
+    return false;
+}
+
+std::string SystemAuditProxy::GUIDToString(const GUID& guid) {
+    return '{' + StringUtils::ToUppercase(UniqueIdentifier(guid).ToString()) + '}';
+}
+
+}  // namespace quillon

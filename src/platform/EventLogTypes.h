@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+
+namespace quillon::platform {
+
+/// The part of the system's event log interface that the library uses, in its layout.
+
+enum class EvtType : std::uint32_t {
+    Null = 0,
+    String = 1,
+    Byte = 4,
+    UInt16 = 6,
+    UInt64 = 10,
+    Boolean = 13,
+    FileTime = 17
+};
+
+struct EvtVariant {
+    union {
+        std::uint64_t number = 0;  // also what has fewer bits
+        std::int32_t boolean;
+        std::uint16_t uint16;
+        std::uint8_t byte;
+        const wchar_t* text;
+    };
+    std::uint32_t count = 0;
+    EvtType type = EvtType::Null;
+};
+static_assert(sizeof(EvtVariant) == 16);
+
+inline constexpr int kEvtChannelConfigEnabled = 0;
+
+// EvtSubscribe
+inline constexpr unsigned long kEvtToFutureEvents = 1;
+inline constexpr unsigned long kEvtFromOldest = 2;
+inline constexpr unsigned long kEvtAfterBookmark = 3;
+inline constexpr unsigned long kEvtOriginMask = 3;
+inline constexpr unsigned long kEvtStrict = 0x10000;
+// EvtQuery
+inline constexpr unsigned long kEvtChannelPath = 0x1;
+inline constexpr unsigned long kEvtForward = 0x100;
+inline constexpr unsigned long kEvtReverse = 0x200;
+// EvtRender and its contexts
+inline constexpr unsigned long kEvtRenderValues = 0;
+inline constexpr unsigned long kEvtRenderXml = 1;
+inline constexpr unsigned long kEvtRenderBookmark = 2;
+inline constexpr unsigned long kEvtContextSystem = 1;
+/// What a context of the system's properties renders, by position.
+enum EvtSystemProperty : unsigned {
+    EvtProviderName = 0,
+    EvtEventId = 2,
+    EvtLevel = 4,
+    EvtTimeCreated = 8,
+    EvtRecordId = 9,
+    EvtChannel = 14,
+    EvtComputer = 15,
+    EvtSystemPropertyCount = 18
+};
+
+inline constexpr std::uint32_t kInvalidParameter = 87;
+inline constexpr std::uint32_t kInsufficientBuffer = 122;
+inline constexpr std::uint32_t kNoMoreItems = 259;
+
+/// The entry points of wevtapi.dll. A null handle or 0 is a failure; see LastError().
+struct EvtFunctions {
+    using SubscribeCallback = unsigned long (*)(int action, void* context, void* event);
+
+    void* (*subscribe)(void* session, void* signalEvent, const wchar_t* channelPath, const wchar_t* query,
+                       void* bookmark, void* context, SubscribeCallback callback,
+                       unsigned long flags) = nullptr;
+    int (*close)(void* handle) = nullptr;
+    void* (*createRenderContext)(unsigned long count, const wchar_t** valuePaths,
+                                 unsigned long flags) = nullptr;
+    int (*render)(void* context, void* fragment, unsigned long flags, unsigned long bufferSize, void* buffer,
+                  unsigned long* bufferUsed, unsigned long* propertyCount) = nullptr;
+    void* (*createBookmark)(const wchar_t* bookmarkXml) = nullptr;
+    int (*updateBookmark)(void* bookmark, void* event) = nullptr;
+    void* (*query)(void* session, const wchar_t* path, const wchar_t* query, unsigned long flags) = nullptr;
+    int (*next)(void* resultSet, unsigned long count, void** events, unsigned long timeout,
+                unsigned long flags, unsigned long* returned) = nullptr;
+    void* (*openChannelConfig)(void* session, const wchar_t* channelPath, unsigned long flags) = nullptr;
+    int (*getChannelConfigProperty)(void* config, int property, unsigned long flags, unsigned long bufferSize,
+                                    EvtVariant* value, unsigned long* used) = nullptr;
+    int (*setChannelConfigProperty)(void* config, int property, unsigned long flags,
+                                    const EvtVariant* value) = nullptr;
+    int (*saveChannelConfig)(void* config, unsigned long flags) = nullptr;
+};
+
+}  // namespace quillon::platform
