@@ -5,7 +5,6 @@
 
 #include "Waiting.h"
 #include "quillon/DestructorFunctor.h"
-#include "quillon/ErrorHelper.h"
 #include "quillon/EventLogReader.h"
 #include "quillon/EvtHandle.h"
 #include "quillon/ICLogger.h"
@@ -104,7 +103,7 @@ void Follow(const MethodParameters& parameters, InvocationResult& result) {
     Deliveries::Get().TakeAll();
     EvtHandle subscription(EventLogProxy::EvtSubscribe(nullptr, nullptr, wide.c_str(), L"*", nullptr, nullptr,
                                                        &Deliveries::Take, kToFutureEvents));
-    if (!subscription) return ErrorHelper::SetInvocationResultFromLastError(result);
+    if (!subscription) return Fail(result, kSystemError, StringUtils::GetLastErrorAsString());
     WaitSeconds(seconds);
     subscription.Reset();
     result.resultTable = Deliveries::Get().TakeAll();

@@ -133,6 +133,21 @@ TEST(AgentNetwork, ResolvesAndTestsAddresses) {
     EXPECT_EQ(RunAgent({"run", "Network.Resolve", "host=256.1.1.1:"}).exitCode, 3);
 }
 
+TEST(AgentEventLog, ReadsAndFollowsTheSimulatedChannel) {
+    if (kWindows) GTEST_SKIP() << "the emulator's event log ends the process";
+    const ordered_json events = RunForJson({"run", "EventLog.Query", "channel=quillon", "max=1"});
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0]["Channel"], "Quillon");
+    EXPECT_EQ(events[0]["RecordId"], 2);
+    EXPECT_EQ(RunForJson({"run", "EventLog.Follow", "channel=Quillon", "seconds=0"}).at(0)["EventId"], 3);
+    EXPECT_EQ(RunAgent({"run", "EventLog.Query", "channel=none"}).exitCode, 3);
+    EXPECT_EQ(RunAgent({"run", "EventLog.Follow", "channel=Quillon", "seconds=86401"}).exitCode, 2);
+}
+
+TEST(AgentAudit, HoldRefusesWhatIsNoSubcategory) {
+    EXPECT_THAT(RunAgent({"run", "Audit.Hold", "subcategory=x"}).errors, HasSubstr("must be a GUID"));
+}
+
 TEST(AgentSystem, TellsWhereTheAgentRunsAndWhatItCosts) {
     const ordered_json info = RunForJson({"run", "System.Info"}).at(0);
     EXPECT_EQ(info["OsVersion"], MiscUtils::OsVersion().to_string());
