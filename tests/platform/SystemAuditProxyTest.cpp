@@ -51,9 +51,9 @@ void Disable(const std::string& id = kId) { SystemAuditProxy::DisableAuditLogSub
 class SystemAuditProxyTest : public testing::Test {
 protected:
     SystemAuditProxyTest() {
+        platform::ReplaceAuditCalls(policy.Calls());
         policy.Reset();
         policy.Mute(true);
-        platform::ReplaceAuditCalls(policy.Calls());
         Bind();
     }
     ~SystemAuditProxyTest() override {
@@ -76,10 +76,8 @@ protected:
         policy.SetState(Id(id).ToMsGuid(), bits);
     }
     void Notify() {
-        policy.Mute(false);
         policy.NotifyChange();
         policy.GetWaits().AwaitQuiet();
-        policy.Mute(true);
     }
 
     AuditPolicy& policy = AuditPolicy::Machine();
@@ -231,7 +229,7 @@ TEST_F(SystemAuditProxyTest, WorksWithoutNotifications) {
 TEST_F(SystemAuditProxyTest, StopsWhileACallbackWaitsForIt) {
     Enable();
     log.Forget();
-    policy.Mute(false);
+    policy.Mute(false);  // switching off notifies
     policy.AfterSet([this] { policy.GetWaits().AwaitCallback(); });
     Disable();
     policy.GetWaits().AwaitQuiet();

@@ -87,8 +87,14 @@ void AuditPolicy::SetState(const GUID& subcategory, std::uint32_t bits) {
     {
         const std::lock_guard lock(m_mutex);
         m_states[KeyOf(subcategory)] = bits & kAuditBoth;
+        if (m_isMuted) return;
     }
     NotifyChange();
+}
+
+void AuditPolicy::Mute(bool isMuted) {
+    const std::lock_guard lock(m_mutex);
+    m_isMuted = isMuted;
 }
 
 std::uint32_t AuditPolicy::State(const GUID& subcategory) {
@@ -100,7 +106,7 @@ void AuditPolicy::NotifyChange() {
     std::vector<HANDLE> notified;
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_isMuted) notified = m_notified;
+        notified = m_notified;
     }
     for (const HANDLE event : notified) m_waits.Signal(event);
 }

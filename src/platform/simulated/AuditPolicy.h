@@ -32,8 +32,8 @@ public:
     void SetState(const GUID& subcategory, std::uint32_t bits);
     std::uint32_t State(const GUID& subcategory);
     void NotifyChange();
-    /// Whether changes notify at all; they do.
-    void Mute(bool isMuted) { m_isMuted = isMuted; }
+    /// Whether changes notify by themselves; they do.
+    void Mute(bool isMuted);
     /// Lets the next call fail with a code, once. `call` is an entry point or a member of AuditCalls.
     void FailNext(const std::string& call, std::uint32_t code);
     /// Who knows whether the caller has SeSecurityPrivilege switched on, without which
