@@ -60,14 +60,12 @@ TimePoint Time(const EvtVariant& value) {
     return TimePoint(TimePoint::duration(static_cast<std::int64_t>(Number(value)) - kBefore1970));
 }
 
-bool ReadValues(void* event, LogEvent& result) {
-    const EvtHandle context(EventLogProxy::EvtCreateRenderContext(0, nullptr, platform::kEvtContextSystem));
-    if (!context) return false;
+bool ReadValues(void* context, void* event, LogEvent& result) {
+    constexpr std::uint32_t kInvalidData = 13;
     unsigned long count = 0;
-    const Rendered values = Render(context.Get(), event, platform::kEvtRenderValues, count);
+    const Rendered values = Render(context, event, platform::kEvtRenderValues, count);
     if (values.empty()) return false;
     if (count < platform::EvtSystemPropertyCount) {
-        constexpr std::uint32_t kInvalidData = 13;
         platform::SetLastErrorCode(kInvalidData);
         return false;
     }
@@ -81,15 +79,23 @@ bool ReadValues(void* event, LogEvent& result) {
     return true;
 }
 
-}  // namespace
-
-bool EventLogReader::Read(void* event, LogEvent& result) {
-    if (!ReadValues(event, result)) return false;
+bool ReadXml(void* event, LogEvent& result) {
     unsigned long count = 0;
     const Rendered text = Render(nullptr, event, platform::kEvtRenderXml, count);
     if (text.empty()) return false;
     result.xml = platform::ToUtf8(reinterpret_cast<const wchar_t*>(text.data()));
     return true;
+}
+
+}  // namespace
+
+bool EventLogReader::Read(void* event, LogEvent& result) {
+    EvtHandle context(EventLogProxy::EvtCreateRenderContext(0, nullptr, platform::kEvtContextSystem));
+    const bool isRead = context && ReadValues(context.Get(), event, result) && ReadXml(event, result);
+    const std::uint32_t code = platform::LastError();
+    context.Reset();
+    platform::SetLastErrorCode(code);
+    return isRead;
 }
 
 DataTable EventLogReader::MakeTable() {
