@@ -2,6 +2,7 @@
 
 #include "Waiting.h"
 #include "quillon/DestructorFunctor.h"
+#include "quillon/MethodParameterValidation.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/SystemAuditProxy.h"
 
@@ -22,7 +23,9 @@ void Hold(const MethodParameters& parameters, InvocationResult& result) {
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("subcategory", text);
     binder.AddOptionalBinding("seconds", seconds);
-    if (!binder.Bind(result) || !CheckSeconds(seconds, result)) return;
+    if (!binder.Bind(result) ||
+        !MethodParameterValidation::InRange("seconds", seconds, 0, kLongestWait, result))
+        return;
     bool isIdentifier = false;
     const auto subcategory = UniqueIdentifier::Parse(text, &isIdentifier);
     if (!isIdentifier) return Fail(result, 2, "'subcategory' parameter must be a GUID");

@@ -1,5 +1,6 @@
 #include "EventLogModule.h"
 
+#include <limits>
 #include <mutex>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "quillon/EventLogReader.h"
 #include "quillon/EvtHandle.h"
 #include "quillon/ICLogger.h"
+#include "quillon/MethodParameterValidation.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
@@ -39,9 +41,11 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddMandatoryBinding("channel", channel);
     binder.AddOptionalBinding("query", query);
     binder.AddOptionalBinding("max", max);
-    if (!binder.Bind(result)) return;
-    if (max < 1) return Fail(result, 2, "'max' parameter must be 1 or more");
-    if (!HasEventLog(result)) return;
+    if (!binder.Bind(result) ||
+        !MethodParameterValidation::InRange("max", max, 1, std::numeric_limits<long long>::max(), result) ||
+        !HasEventLog(result)) {
+        return;
+    }
 
     DataTable table = EventLogReader::MakeTable();
     const auto outcome = EventLogReader::Query(channel, query, [&](const LogEvent& event) {
@@ -94,7 +98,10 @@ void Follow(const MethodParameters& parameters, InvocationResult& result) {
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("channel", channel);
     binder.AddOptionalBinding("seconds", seconds);
-    if (!binder.Bind(result) || !CheckSeconds(seconds, result) || !HasEventLog(result)) return;
+    if (!binder.Bind(result) ||
+        !MethodParameterValidation::InRange("seconds", seconds, 0, kLongestWait, result) ||
+        !HasEventLog(result))
+        return;
 
     const std::wstring wide = StringUtils::NarrowStringToWide(channel);
     if (!EventLogProxy::EnableChannelIfRequired(wide.c_str()))

@@ -2,26 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <string>
 #include <thread>
 
 #include "quillon/IShutdownMonitor.h"
 #include "quillon/ServiceLocator.h"
 
 namespace quillon::agent {
-
-namespace {
-
-constexpr long long kLongest = 86'400;
-
-}  // namespace
-
-bool CheckSeconds(long long seconds, InvocationResult& result) {
-    if (seconds >= 0 && seconds <= kLongest) return true;
-    result.resultCode = 2;
-    result.errorMessage = "'seconds' parameter must be from 0 to " + std::to_string(kLongest);
-    return false;
-}
 
 void WaitSeconds(long long seconds) {
     using Clock = std::chrono::steady_clock;
