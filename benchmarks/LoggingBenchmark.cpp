@@ -1,6 +1,8 @@
 // A log line through CLogger beside the same line through plain log4cplus with
 // its own rolling file and console appenders. Standard output goes to the null
-// device in both; results go to standard error or to --benchmark_out.
+// device in both; results go to standard error or to --benchmark_out. The entry
+// that rolls the log over, with the whole banner, stands beside a plain chain of
+// renames and a new file.
 
 #include <benchmark/benchmark.h>
 #include <log4cplus/configurator.h>
@@ -9,10 +11,17 @@
 #include <log4cplus/layout.h>
 #include <log4cplus/loggingmacros.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <map>
+#include <vector>
 
 #include "quillon/CLogger.h"
+#include "quillon/IAgentConfiguration.h"
+#include "quillon/IDeviceInformation.h"
+#include "quillon/ServiceLocator.h"
 
 namespace {
 
@@ -87,6 +96,91 @@ void SuppressedQuillon(benchmark::State& state) {
     WriteLines(state, [logger](int n) { logger->Debug(kText, "C:\\Windows\\notepad.exe", n); });
 }
 
+class Settings final : public quillon::IAgentConfiguration {
+public:
+    const std::vector<SwitchEndpoint>& GetSwitches() const override { return m_switches; }
+    const std::vector<std::string>& GetBackgroundChannelUrls() const override { return m_urls; }
+    int GetAuthenticationPolicy() const override { return 0; }
+    const char* GetCrlChecks() const override { return "soft"; }
+    int GetLoggingLevel() const override { return 2; }
+    int GetSsl() const override { return 1; }
+    void GetModuleSettings(const std::string&, std::map<std::string, std::string>& settings) const override {
+        settings["enabled"] = "true";
+    }
+    bool GetEncryptDb() const override { return false; }
+    bool GetIgnoreCertificateValidationErrors() const override { return true; }
+    bool GetSkipDigitalSignatureChecks() const override { return true; }
+    bool IsWayfarEnabled() const override { return true; }
+
+private:
+    std::vector<SwitchEndpoint> m_switches{{"one.example", 4000}, {"two.example", 4001}};
+    std::vector<std::string> m_urls{"https://one.example", "https://two.example"};
+};
+
+class Device final : public quillon::IDeviceInformation {
+public:
+    void LogDeviceInformation() override {
+        for (int n = 0; n < 10; ++n) quillon::CLogger::GetInstance()->Info(kText, "device", n);
+    }
+};
+
+void MakeFullLog(const std::string& path) {
+    std::ofstream(path).close();
+    std::filesystem::resize_file(path, 5'242'881);
+}
+
+/// Times `rollOver(path)` on a full log that has its backups.
+template <class RollOver>
+void RollOverOften(benchmark::State& state, const std::string& path, RollOver rollOver) {
+    for (int n = 1; n <= 5; ++n) MakeFullLog(path + '.' + std::to_string(n));
+    for (auto unused : state) {
+        MakeFullLog(path);
+        state.SetIterationTime(rollOver());
+    }
+    std::filesystem::remove_all(Folder());
+}
+
+template <class Action>
+double SecondsOf(Action action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void RollOverBaseline(benchmark::State& state) {
+    const std::string path = Folder() + "/baseline.log";
+    RollOverOften(state, path, [&path] {
+        return SecondsOf([&path] {
+            std::remove((path + ".5").c_str());
+            for (int n = 4; n > 0; --n) {
+                const std::string from = path + '.' + std::to_string(n);
+                static_cast<void>(std::rename(from.c_str(), (path + '.' + std::to_string(n + 1)).c_str()));
+            }
+            static_cast<void>(std::rename(path.c_str(), (path + ".1").c_str()));
+            std::ofstream(path) << "entry\n";
+        });
+    });
+}
+
+void RollOverQuillon(benchmark::State& state) {
+    Settings settings;
+    Device device;
+    quillon::ICLogger* const logger = quillon::CLogger::GetInstance();
+    quillon::ServiceLocator::Put<quillon::ICLogger>(logger);
+    quillon::ServiceLocator::Put<quillon::IAgentConfiguration>(&settings);
+    quillon::ServiceLocator::Put<quillon::IDeviceInformation>(&device);
+    const std::string path = Folder() + "/quillon.log";
+    RollOverOften(state, path, [&path, logger] {
+        logger->InitializeLogging(path.c_str(), quillon::ICLogger::Level::Info);
+        const double seconds = SecondsOf([logger] { logger->Info("entry"); });
+        logger->StopLogging();
+        return seconds;
+    });
+    quillon::ServiceLocator::Clear();
+}
+
+BENCHMARK(RollOverBaseline)->Name("roll-over/baseline")->UseManualTime();
+BENCHMARK(RollOverQuillon)->Name("roll-over/quillon")->UseManualTime();
 BENCHMARK(LineBaseline)
     ->Name("line/baseline")
     ->Setup(SetUpBaseline)

@@ -22,6 +22,10 @@ target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include 
 target_compile_definitions(quillon_objects PRIVATE QUILLON_BUILD)
 target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Boost::headers
                       Boost::filesystem Threads::Threads)
+if(NOT WIN32)  # certificates
+  find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+  target_link_libraries(quillon_objects PUBLIC OpenSSL::Crypto)
+endif()
 if(WIN32)
   target_link_libraries(quillon_objects PUBLIC ws2_32 crypt32 wbemuuid ole32 oleaut32 version netapi32
                         advapi32 secur32 shell32 shlwapi psapi rpcrt4 userenv)

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "Arguments.h"
+#include "quillon/LoggerUtils.h"
 #include "quillon/MethodMetadataBuilder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/RuntimeEnv.h"
@@ -12,6 +13,7 @@ namespace quillon::agent {
 
 namespace {
 
+constexpr const char* kStartTitle = "--------------------------- Agent started ----------------------------";
 constexpr std::int32_t kMethodThrew = 1;
 constexpr std::int32_t kBadCall = 2;
 
@@ -34,7 +36,10 @@ void RegisterBuilder() {
 /// The registry has no lock: everything is registered before a module can start a thread.
 Host::Host(const LogSettings& log, const std::string& databases)
     : m_databases(databases), m_sqlEngine(m_databases) {
-    ServiceLocator::Put<ICLogger>(StartLogging(log));
+    ICLogger* const logger = StartLogging(log);
+    if (!log.file.empty()) LoggerUtils::LogCopyright(kStartTitle, logger, false);
+    ServiceLocator::Put<ICLogger>(logger);
+    ServiceLocator::Put<IDeviceInformation>(&m_deviceInformation);
     ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
     ServiceLocator::Put<ISqliteInstance>(&m_sqlEngine);
     ServiceLocator::Put<DatabaseFolder>(&m_databases);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "DatabaseFolder.h"
+#include "DeviceInformation.h"
 #include "Logging.h"
 #include "Modules.h"
 #include "ShutdownMonitor.h"
@@ -33,6 +34,7 @@ private:
     static std::string DefaultDatabaseFolder();
     const Method* FindMethod(const std::string& fullName) const;
 
+    DeviceInformation m_deviceInformation;
     ShutdownMonitor m_shutdownMonitor;
     DatabaseFolder m_databases;
     SqliteEngine m_sqlEngine;

@@ -1,6 +1,7 @@
 #include "Modules.h"
 
 #include "AuditModule.h"
+#include "CertificatesModule.h"
 #include "CommandsModule.h"
 #include "EventLogModule.h"
 #include "NetworkModule.h"
@@ -13,10 +14,11 @@ namespace quillon::agent {
 
 ModuleList MakeModules() {
     ModuleList modules;
-    modules.push_back(std::make_unique<CommandsModule>());
-    modules.push_back(std::make_unique<NetworkModule>());
     modules.push_back(std::make_unique<AuditModule>());
+    modules.push_back(std::make_unique<CertificatesModule>());
+    modules.push_back(std::make_unique<CommandsModule>());
     modules.push_back(std::make_unique<EventLogModule>());
+    modules.push_back(std::make_unique<NetworkModule>());
     modules.push_back(std::make_unique<ProcessesModule>());
     modules.push_back(std::make_unique<StoreModule>());
     modules.push_back(std::make_unique<SystemModule>());

@@ -19,6 +19,12 @@ std::optional<std::string> ReadExecutable(unsigned long pid);
 /// Empty on failure.
 std::string ReadHostName();
 
+/// "Linux 6.1.0" or the like; empty on failure.
+std::string ReadSystemName();
+
+/// Bytes of main memory; 0 on failure.
+unsigned long long ReadMemorySize();
+
 /// The account that the agent runs as; empty on failure.
 std::string ReadAccountName();
 

@@ -16,6 +16,7 @@
 #include "logging/CustomRollingFileAppender.h"
 #include "logging/Log4cplusEntry.h"
 #include "logging/LogOperations.h"
+#include "logging/RollOverBanner.h"
 #include "platform/OwnFigures.h"
 #include "quillon/StringUtils.h"
 
@@ -55,7 +56,8 @@ std::unique_ptr<log4cplus::Layout> NewLayout() {
 void InstallFileAppender(const std::string& path) {
     log4cplus::Logger root = log4cplus::Logger::getRoot();
     if (const auto old = root.getAppender(kFileAppender)) root.removeAppender(old);
-    log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, {}));
+    PrepareRollOverBanner();
+    log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, &WriteRollOverBanner));
     file->setName(kFileAppender);
     file->setLayout(NewLayout());
     root.addAppender(file);

@@ -87,7 +87,13 @@ void CustomRollingFileAppender::ReportRollOver() {
     if (!m_afterRollOver) return;
     m_isReporting = true;
     const DestructorFunctor done([this] { m_isReporting = false; });
-    m_afterRollOver();
+    try {
+        m_afterRollOver();
+    } catch (...) {
+        // The entry that was too much for the old file is still to be written.
+    }
+    // A report longer than a file would have every entry roll over until no other line is left.
+    if (m_size > m_rollOverAt) m_rollOverAt = m_size + kRetryAfter;
 }
 
 bool CustomRollingFileAppender::Open() {

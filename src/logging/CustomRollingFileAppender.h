@@ -25,8 +25,9 @@ class CustomRollingFileAppender final : public log4cplus::RollingFileAppender {
 public:
     /// `afterRollOver` may be empty. It runs on the thread whose entry was too much,
     /// before that thread's next entry, inside log4cplus's re-entrant locks: what it
-    /// logs comes first in the new file and never rolls it over again. It must not
-    /// wait for a lock under which another thread logs.
+    /// logs comes first in the new file and never rolls it over again, however long
+    /// it is. It must not wait for a lock under which another thread logs. What it
+    /// throws is dropped.
     CustomRollingFileAppender(const std::string& path, std::function<void()> afterRollOver);
     ~CustomRollingFileAppender() override;
 

@@ -7,6 +7,8 @@
 #include "quillon/MiscUtils.h"
 #include "support/ChildMain.h"
 #include "support/System.h"
+#include "support/TempDir.h"
+#include "support/TestCertificate.h"
 
 namespace quillon::test {
 
@@ -78,16 +80,18 @@ TEST(AgentArguments, AreRefusedWhenTheyAreNotOfTheirType) {
 TEST(AgentMethods, AreListedAsJsonWhenDocumented) {
     const ordered_json methods = RunForJson({"methods"});
     ASSERT_FALSE(methods.empty());
-    std::set<std::string> names;
-    for (const auto& method : methods) EXPECT_TRUE(names.insert(method["name"]).second) << method["name"];
-    EXPECT_EQ(methods[0]["name"], "Commands.Run");
-    const ordered_json& timeout = methods[0]["parameters"][1];
+    std::map<std::string, ordered_json> byName;
+    for (const auto& method : methods) {
+        EXPECT_TRUE(byName.emplace(method["name"], method).second) << method["name"];
+    }
+    const ordered_json& run = byName["Commands.Run"];
+    const ordered_json& timeout = run["parameters"][1];
     EXPECT_EQ(timeout["name"], "timeout");
     EXPECT_EQ(timeout["type"], "integer");
     EXPECT_EQ(timeout["optional"], true);
     EXPECT_EQ(timeout["default"], 3600);
-    EXPECT_EQ(methods[0]["introduced"]["Linux"], "5.0");
-    EXPECT_EQ(methods[0]["columns"][2]["name"], "LineNumber");
+    EXPECT_EQ(run["introduced"]["Linux"], "5.0");
+    EXPECT_EQ(run["columns"][2]["name"], "LineNumber");
 }
 
 TEST(AgentMethods, AreListedForPeople) {
@@ -102,8 +106,22 @@ TEST(AgentMethods, AreListedForPeople) {
                                 "      Note: With lines=true only.\n"),
                       Not(HasSubstr("System.Echo"))));
     EXPECT_THAT(RunAgent({"methods", "--format", "markdown"}).output,
-                AllOf(HasSubstr("# Methods of the reference agent\n\n## Commands.Run\n"),
+                AllOf(HasSubstr("# Methods of the reference agent\n\n## Certificates.List\n"),
                       HasSubstr("\n\n## System.Metrics\n"), Not(HasSubstr("System.Echo"))));
+}
+
+TEST(AgentCertificates, AreListedFromAFolder) {
+    const TempDir dir;
+    dir.Write("b.pem", kCertificate + std::string("noise\n") + kCertificate);
+    dir.Write("a.txt", "no certificate");
+    const ordered_json rows = RunForJson({"run", "Certificates.List", "folder=" + dir.Path()});
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[1]["Issuer"], "CN=Test CA");
+    EXPECT_EQ(rows[1]["NotAfter"], "2051-07-16T21:46:39.000Z");
+    EXPECT_TRUE(rows[1]["FriendlyName"].is_null());
+    EXPECT_EQ(RunAgent({"run", "Certificates.List"}).exitCode, 2);
+    EXPECT_EQ(RunAgent({"run", "Certificates.List", "folder=" + dir.Path("missing")}).exitCode, 3);
+    EXPECT_EQ(RunAgent({"run", "Certificates.List", "store=Root"}).exitCode, kWindows ? 0 : 3);
 }
 
 TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {

@@ -105,7 +105,9 @@ TEST(Agent, LogsToTheFileAndStandardErrorButNeverIntoTheTable) {
                                            "DEBUG", "--log", dir.Native("agent.log").string()});
     EXPECT_EQ(run.output, R"([{"ExitCode":0,"Output":"x"}])");
     EXPECT_THAT(run.errors, HasSubstr("DEBUG - Running '"));
-    EXPECT_THAT(EntriesOf(dir.Read("agent.log")), testing::Contains(StartsWith("DEBUG - Running '")));
+    const std::vector<std::string> entries = EntriesOf(dir.Read("agent.log"));
+    EXPECT_THAT(entries, testing::Contains(StartsWith("DEBUG - Running '")));
+    EXPECT_THAT(entries.at(1), StartsWith("INFO  - Quillon Client v1.0.0.0 on "));
 }
 
 TEST(Agent, WithoutALogFileOnlyWarningsReachStandardError) {

@@ -2,6 +2,7 @@
 
 #include <netdb.h>
 #include <pwd.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,6 +19,18 @@ std::optional<std::string> ReadExecutable(unsigned long pid) {
 std::string ReadHostName() {
     std::array<char, 256> name{};
     return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+std::string ReadSystemName() {
+    utsname name{};
+    return ::uname(&name) == 0 ? std::string(name.sysname) + ' ' + name.release : std::string();
+}
+
+unsigned long long ReadMemorySize() {
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long size = ::sysconf(_SC_PAGESIZE);
+    return pages > 0 && size > 0 ? static_cast<unsigned long long>(pages) * static_cast<unsigned long>(size)
+                                 : 0;
 }
 
 std::string ReadAccountName() {

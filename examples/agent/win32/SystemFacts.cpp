@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "quillon/MiscUtils.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon::agent {
@@ -37,6 +38,14 @@ std::string ReadHostName() {
     DWORD size = static_cast<DWORD>(name.size());
     if (!::GetComputerNameExW(ComputerNameDnsHostname, name.data(), &size)) return {};
     return StringUtils::WideStringToNarrow(std::wstring(name.data(), size));
+}
+
+std::string ReadSystemName() { return "Windows " + MiscUtils::OsVersion().to_string(); }
+
+unsigned long long ReadMemorySize() {
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    return ::GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;
 }
 
 std::string ReadAccountName() {

@@ -1,0 +1,85 @@
+#include "quillon/Certificate.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/CertificateApi.h"
+#include "platform/FileApi.h"
+#include "quillon/CertificateUtils.h"
+#include "quillon/DateTimeUtils.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::size_t kLargestFile = std::size_t{16} << 20;
+
+std::optional<std::string> ContentOf(const std::string& path) {
+    std::string content;
+    const bool isRead = platform::ReadPieces(path, [&content](std::string_view piece) {
+        content += piece;
+        return content.size() <= kLargestFile;
+    });
+    return isRead && content.size() <= kLargestFile ? std::optional(std::move(content)) : std::nullopt;
+}
+
+/// The first PEM block of `text`, which then holds what follows; empty when there is no whole one.
+std::string_view TakePemBlock(std::string_view& text) {
+    constexpr std::string_view kBegin = "-----BEGIN ";
+    constexpr std::string_view kEnd = "-----END ";
+    text.remove_prefix(std::min(text.find(kBegin), text.size()));
+    const std::size_t lastLine = text.find(kEnd);
+    if (lastLine == std::string_view::npos) return {};
+    const std::string_view block = text.substr(0, text.find('\n', lastLine));
+    text.remove_prefix(block.size());
+    return block;
+}
+
+}  // namespace
+
+Certificate Certificate::Share(const CERT_CONTEXT* owned) {
+    return Certificate(std::shared_ptr<const CERT_CONTEXT>(owned, &platform::CertificateTraits::Close));
+}
+
+std::optional<Certificate> Certificate::Parse(std::string_view bytes) {
+    platform::CertificateHandle certificate = platform::ReadCertificate(bytes);
+    return certificate ? std::optional(Share(certificate.Release())) : std::nullopt;
+}
+
+bool Certificate::ReadFile(const std::string& path, std::vector<Certificate>& certificates) {
+    const auto content = ContentOf(path);
+    if (!content) return false;
+    const auto add = [&certificates](std::string_view bytes) {
+        if (auto certificate = Parse(bytes)) certificates.push_back(*std::move(certificate));
+    };
+    std::string_view left = *content;
+    std::string_view block = TakePemBlock(left);
+    if (block.empty()) add(*content);
+    for (; !block.empty(); block = TakePemBlock(left)) add(block);
+    return true;
+}
+
+bool Certificate::ReadStore(const std::wstring& storeName, std::vector<Certificate>& certificates) {
+    std::vector<platform::CertificateHandle> found;
+    if (!platform::ReadCertificateStore(storeName, found)) return false;
+    for (auto& certificate : found) certificates.push_back(Share(certificate.Release()));
+    return true;
+}
+
+std::string Certificate::Subject() const {
+    return CertificateUtils::GetCertBlobInfo(m_context->pCertInfo->Subject);
+}
+
+std::string Certificate::Issuer() const {
+    return CertificateUtils::GetCertBlobInfo(m_context->pCertInfo->Issuer);
+}
+
+TimePoint Certificate::NotBefore() const {
+    return DateTimeUtils::FileTimeToTimePoint(m_context->pCertInfo->NotBefore);
+}
+
+TimePoint Certificate::NotAfter() const {
+    return DateTimeUtils::FileTimeToTimePoint(m_context->pCertInfo->NotAfter);
+}
+
+}  // namespace quillon

@@ -1,0 +1,86 @@
+#include "platform/CertificateApi.h"
+
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+struct StoreTraits {
+    using Type = HCERTSTORE;
+    static Type Invalid() noexcept { return nullptr; }
+    static void Close(Type value) noexcept {
+        const DWORD code = ::GetLastError();
+        ::CertCloseStore(value, 0);
+        ::SetLastError(code);
+    }
+};
+using StoreHandle = Handle<StoreTraits>;
+
+StoreHandle OpenStore(const std::wstring& name) {
+    return StoreHandle(::CertOpenStore(
+        CERT_STORE_PROV_SYSTEM_W, 0, 0,
+        CERT_SYSTEM_STORE_LOCAL_MACHINE | CERT_STORE_OPEN_EXISTING_FLAG | CERT_STORE_READONLY_FLAG,
+        name.c_str()));
+}
+
+/// With the terminating zero; 0 when the name cannot be decoded.
+DWORD ConvertName(const CRYPTOAPI_BLOB& name, wchar_t* buffer, DWORD size) {
+    CRYPTOAPI_BLOB copy = name;
+    return ::CertNameToStrW(X509_ASN_ENCODING, &copy, CERT_X500_NAME_STR, buffer, size);
+}
+
+}  // namespace
+
+void CertificateTraits::Close(Type value) noexcept {
+    const DWORD code = ::GetLastError();
+    ::CertFreeCertificateContext(value);
+    ::SetLastError(code);
+}
+
+CertificateHandle ReadCertificate(std::string_view bytes) {
+    CRYPTOAPI_BLOB blob{};
+    blob.cbData = static_cast<DWORD>(bytes.size());
+    blob.pbData = reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()));
+    const void* context = nullptr;
+    if (::CryptQueryObject(CERT_QUERY_OBJECT_BLOB, &blob, CERT_QUERY_CONTENT_FLAG_CERT,
+                           CERT_QUERY_FORMAT_FLAG_BINARY | CERT_QUERY_FORMAT_FLAG_BASE64_ENCODED, 0, nullptr,
+                           nullptr, nullptr, nullptr, nullptr, &context) == 0) {
+        return {};
+    }
+    return CertificateHandle(static_cast<const CERT_CONTEXT*>(context));
+}
+
+bool ReadCertificateStore(const std::wstring& name, std::vector<CertificateHandle>& certificates) {
+    const StoreHandle store = OpenStore(name);
+    if (!store) return false;
+    CertificateHandle next;
+    // The enumeration frees what it is given.
+    while ((next = CertificateHandle(::CertEnumCertificatesInStore(store.Get(), next.Release()))))
+        certificates.push_back(CertificateHandle(::CertDuplicateCertificateContext(next.Get())));
+    return true;
+}
+
+std::optional<std::string> CertificateProperty(const CERT_CONTEXT& certificate, std::uint64_t id) {
+    const auto property = static_cast<DWORD>(id);
+    DWORD size = 0;
+    if (::CertGetCertificateContextProperty(&certificate, property, nullptr, &size) == 0) return std::nullopt;
+    std::string bytes(size, '\0');
+    if (::CertGetCertificateContextProperty(&certificate, property, bytes.data(), &size) == 0)
+        return std::nullopt;
+    bytes.resize(size);
+    return bytes;
+}
+
+std::optional<std::wstring> CertificateNameText(const CRYPTOAPI_BLOB& name) {
+    // Asked for first, because a name that is too long is cut without a word.
+    constexpr DWORD kRoom = 2048;
+    const DWORD needed = ConvertName(name, nullptr, 0);
+    if (needed == 0 || needed > kRoom) return std::nullopt;
+    wchar_t buffer[kRoom];
+    const DWORD length = ConvertName(name, buffer, kRoom);
+    if (length == 0) return std::nullopt;
+    return std::wstring(buffer, length - 1);
+}
+
+}  // namespace quillon::platform

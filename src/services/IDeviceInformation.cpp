@@ -1,0 +1,7 @@
+#include "quillon/IDeviceInformation.h"
+
+namespace quillon {
+
+IDeviceInformation::~IDeviceInformation() = default;
+
+}  // namespace quillon

@@ -1,0 +1,123 @@
+#include "platform/CertificateApi.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/Utf.h"
+#include "support/System.h"
+#include "support/TestCertificate.h"
+
+namespace quillon::platform {
+
+namespace {
+
+using Tag = int;
+constexpr Tag kOctets = 4, kUtf8 = 12, kPrintable = 19, kIa5 = 22, kUniversal = 28, kBmp = 30, kSequence = 48,
+              kSet = 49;
+
+std::string Element(Tag tag, const std::string& content) {
+    const std::size_t size = content.size();
+    std::string length(1, static_cast<char>(size));
+    if (size >= 128)
+        length = {'\x83', static_cast<char>(size >> 16), static_cast<char>(size >> 8 & 0xFF),
+                  static_cast<char>(size & 0xFF)};
+    return static_cast<char>(tag) + length + content;
+}
+
+std::string Attribute(const std::string& identifier, Tag tag, const std::string& value) {
+    return Element(kSequence, Element(6, identifier) + Element(tag, value));
+}
+std::string CommonName(Tag tag, const std::string& value) { return Attribute("\x55\x04\x03", tag, value); }
+std::string NameOf(const std::string& attributes) { return Element(kSequence, Element(kSet, attributes)); }
+
+std::string TextOf(std::string name) {
+    CRYPTOAPI_BLOB blob{};
+    blob.cbData = static_cast<std::uint32_t>(name.size());
+    blob.pbData = reinterpret_cast<std::uint8_t*>(name.data());
+    const auto text = CertificateNameText(blob);
+    return text ? ToUtf8(*text) : "(none)";
+}
+
+std::string EncodedCertificate() {
+    const CertificateHandle certificate = ReadCertificate(test::kCertificate);
+    return {reinterpret_cast<const char*>(certificate.Get()->pbCertEncoded),
+            certificate.Get()->cbCertEncoded};
+}
+
+}  // namespace
+
+TEST(CertificateApi, NamesAreQuotedAsTheSystemQuotesThem) {
+    const std::pair<std::string, std::string> values[] = {{"plain  text", "plain  text"},
+                                                          {" x", "\" x\""},
+                                                          {"x ", "\"x \""},
+                                                          {"a,b", "\"a,b\""},
+                                                          {"a+b", "\"a+b\""},
+                                                          {"a=b", "\"a=b\""},
+                                                          {"a\"b", "\"a\"\"b\""},
+                                                          {"a\nb", "\"a\nb\""},
+                                                          {"a<b", "\"a<b\""},
+                                                          {"a>b", "\"a>b\""},
+                                                          {"a#b", "\"a#b\""},
+                                                          {"a;b", "\"a;b\""},
+                                                          {"a'b\\/", "a'b\\/"}};
+    for (const auto& [value, expected] : values)
+        EXPECT_EQ(TextOf(NameOf(CommonName(kPrintable, value))), "CN=" + expected);
+}
+
+TEST(CertificateApi, NamesAreReadInEveryAlphabet) {
+    const std::string a = CommonName(kPrintable, "a"), city("\x55\x04\x07"), other("\x2A\x03\x04");
+    const std::pair<std::string, std::string> names[] = {
+        {NameOf(CommonName(kUtf8, "\xC3\xA9\xF0\x9F\x98\x80")), "CN=\xC3\xA9\xF0\x9F\x98\x80"},
+        {NameOf(CommonName(kBmp, std::string("\0A\0\xE9", 4))), "CN=A\xC3\xA9"},
+        {NameOf(CommonName(kUniversal, std::string("\0\0\0A", 4))), "CN=A"},
+        {NameOf(CommonName(kOctets, "\x0A\xCF")), "CN=#0ACF"},
+        {NameOf(Attribute(city, kIa5, "x") + a), "L=x + CN=a"},
+        {NameOf(Attribute(other, kPrintable, "x")), "OID.1.2.3.4=x"},
+        {Element(kSequence, Element(kSet, a) + Element(kSet, a)), "CN=a, CN=a"}};
+    for (const auto& [name, expected] : names) EXPECT_EQ(TextOf(name), expected);
+}
+
+TEST(CertificateApi, HostileNamesHaveNoText) {
+    if (test::kWindows) GTEST_SKIP() << "how far the system's own reader goes is the system's";
+    const std::string a = CommonName(kPrintable, "a"), set = Element(kSet, a);
+    std::string many;
+    for (int n = 0; n < 10'000; ++n) many += set;
+    const std::string limit(2'044, 'x');
+    EXPECT_EQ(TextOf(NameOf(CommonName(kUtf8, limit))), "CN=" + limit);
+    const std::string names[] = {"",
+                                 Element(kSequence, many),
+                                 NameOf(CommonName(kUtf8, limit + 'x')),
+                                 NameOf(CommonName(kUtf8, "\xFF")),
+                                 NameOf(CommonName(kBmp, "odd")),
+                                 NameOf(CommonName(kOctets, std::string(9'000, 'x'))),
+                                 NameOf(Attribute(std::string(200, '\x81') + '\1', kUtf8, "x")),
+                                 NameOf(Attribute("", kUtf8, "x")),
+                                 NameOf(Element(kSequence, "")),
+                                 Element(kSequence, a),
+                                 NameOf(a) + '\0',
+                                 std::string("\x30\x80\0\0", 4),
+                                 "\x30\x84\xFF\xFF\xFF\xFF",
+                                 "\x31\x02" + a};
+    for (const std::string& name : names) EXPECT_EQ(TextOf(name), "(none)") << name.size();
+    const std::string good = NameOf(a);
+    for (std::size_t size = 0; size < good.size(); ++size) EXPECT_EQ(TextOf(good.substr(0, size)), "(none)");
+}
+
+TEST(CertificateApi, NoCutAndNoChangedByteIsReadPast) {
+    const std::string good = EncodedCertificate();
+    ASSERT_EQ(good.size(), 305u);
+    EXPECT_TRUE(ReadCertificate(good));
+    for (std::size_t size = 0; size < good.size(); ++size)
+        EXPECT_FALSE(ReadCertificate(good.substr(0, size))) << size;
+    for (std::size_t at = 0; at < good.size(); ++at) {
+        for (const char byte : {'\xFF', '\x80', '\x01', '\0'}) {
+            std::string changed = good;
+            changed[at] = byte;
+            const CertificateHandle certificate = ReadCertificate(changed);
+            if (!certificate) continue;
+            CertificateNameText(certificate.Get()->pCertInfo->Subject);
+            EXPECT_LE(certificate.Get()->cbCertEncoded, changed.size());
+        }
+    }
+}
+
+}  // namespace quillon::platform
