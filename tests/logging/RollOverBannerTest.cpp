@@ -123,7 +123,7 @@ const ChildMode flood("banner-flood", [](const std::vector<std::string>& a) {
             for (int n = 0; n < std::stoi(a[2]); ++n) {
                 log.Info("%d %d %s", t, n, padding.c_str());
                 const std::lock_guard lock(settings.mutex);  // what the banner asks under its own
-                static_cast<void>(MiscUtils::GetVersionNumber(&log) + NetworkUtils::GetHostName());
+                static_cast<void>(MiscUtils::GetVersionNumber(nullptr) + NetworkUtils::GetHostName());
             }
         });
     }
@@ -253,8 +253,7 @@ TEST(LoggerUtils, BlockIsNotWrittenTwiceInARow) {
     static_cast<void>(MiscUtils::GetVersionNumber(nullptr));
     const Lines block = write(false);
     EXPECT_EQ(WithoutBuild(block), Identification("title"));
-    EXPECT_THAT(block,
-                ElementsAre(_, _, _, testing::ContainsRegex("created [A-Z][a-z][a-z] [ 0-9][0-9] 20.. "), _));
+    EXPECT_THAT(block, ElementsAre(_, _, _, testing::ContainsRegex("created ... .. 20.. ..:..:..$"), _));
     EXPECT_THAT(write(true), ElementsAre("title"));
     EXPECT_EQ(write(true), block);
     EXPECT_EQ(write(true), block);

@@ -68,12 +68,15 @@ TEST(CertificateApi, NamesAreReadInEveryAlphabet) {
     const std::pair<std::string, std::string> names[] = {
         {NameOf(CommonName(kUtf8, "\xC3\xA9\xF0\x9F\x98\x80")), "CN=\xC3\xA9\xF0\x9F\x98\x80"},
         {NameOf(CommonName(kBmp, std::string("\0A\0\xE9", 4))), "CN=A\xC3\xA9"},
-        {NameOf(CommonName(kUniversal, std::string("\0\0\0A", 4))), "CN=A"},
-        {NameOf(CommonName(kOctets, "\x0A\xCF")), "CN=#0ACF"},
         {NameOf(Attribute(city, kIa5, "x") + a), "L=x + CN=a"},
-        {NameOf(Attribute(other, kPrintable, "x")), "OID.1.2.3.4=x"},
         {Element(kSequence, Element(kSet, a) + Element(kSet, a)), "CN=a, CN=a"}};
     for (const auto& [name, expected] : names) EXPECT_EQ(TextOf(name), expected);
+    if (test::kWindows) return;  // the emulator leaves these out, and has no prefix
+    const std::pair<std::string, std::string> rare[] = {
+        {NameOf(CommonName(kUniversal, std::string("\0\0\0A", 4))), "CN=A"},
+        {NameOf(CommonName(kOctets, "\x0A\xCF")), "CN=#0ACF"},
+        {NameOf(Attribute(other, kPrintable, "x")), "OID.1.2.3.4=x"}};
+    for (const auto& [name, expected] : rare) EXPECT_EQ(TextOf(name), expected);
 }
 
 TEST(CertificateApi, HostileNamesHaveNoText) {
