@@ -64,7 +64,7 @@ TEST_F(VersionInformationTest, EveryStepIsLoggedInItsOrder) {
                                      "Caching version info about 'P' for language ''", "1"));
     EXPECT_EQ(answer, (FS::VersionInformation{"10.0.19041.1", "1.2.65535.4", "", "old", "x.exe"}));
     const std::string stamps = LogOf()[1];
-    EXPECT_THAT(stamps, testing::MatchesRegex("    File timestamp is (\\S+), cached timestamp is \\S+Z"));
+    EXPECT_THAT(stamps, testing::MatchesRegex("    File timestamp is .+Z, cached timestamp is .+Z"));
     EXPECT_THAT(LogOf(),
                 ElementsAre(known, stamps, unchanged, "@ Info for language '' already in the cache", "1"));
     EXPECT_THAT(LogOf("0409"), ElementsAre(known, stamps, unchanged, getting,
@@ -134,7 +134,7 @@ TEST_F(VersionInformationTest, FilesWithoutOneAreKeptThoseThatCannotBeReadAreNot
 }
 
 TEST_F(VersionInformationTest, EightThreadsAskForManyPaths) {
-    constexpr unsigned kThreads = 8, kPaths = 100'000 / QUILLON_TEST_SLOWDOWN;
+    constexpr unsigned kThreads = 8, kPaths = (kWindows ? 10'000 : 100'000) / QUILLON_TEST_SLOWDOWN;
     ServiceLocator::Remove<ICLogger>();  // it would keep half a million lines
     Write(FileOf("x"), 0);
     if (!kWindows) fs::resize_file(dir.Native("x.exe"), 5ULL << 30);  // the emulator's are not sparse

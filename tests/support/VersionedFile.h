@@ -25,15 +25,16 @@ inline std::string Padded(std::string bytes, std::size_t multiple = 4) {
     return bytes;
 }
 
-/// One node of a version block, padded.
-inline std::string VersionNode(const std::string& key, std::size_t valueLength, const std::string& content) {
+/// One node of a version block, padded; `type` is 1 for a text.
+inline std::string VersionNode(const std::string& key, std::size_t valueLength, const std::string& content,
+                               std::size_t type = 0) {
     const std::string rest =
-        Padded(Word(0) + Word(valueLength) + Word(1) + Units(key + '\0')).substr(2) + content;
+        Padded(Word(0) + Word(valueLength) + Word(type) + Units(key + '\0')).substr(2) + content;
     return Padded(Word(rest.size() + 2) + rest);
 }
 
 inline std::string VersionText(const std::string& name, const std::string& text) {
-    return VersionNode(name, text.size() + 1, Units(text + '\0'));
+    return VersionNode(name, text.size() + 1, Units(text + '\0'), 1);
 }
 
 /// `languages` is the content of the translation table.
