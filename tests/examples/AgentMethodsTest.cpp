@@ -106,7 +106,7 @@ TEST(AgentMethods, AreListedForPeople) {
                                 "      Note: With lines=true only.\n"),
                       Not(HasSubstr("System.Echo"))));
     EXPECT_THAT(RunAgent({"methods", "--format", "markdown"}).output,
-                AllOf(HasSubstr("# Methods of the reference agent\n\n## Certificates.List\n"),
+                AllOf(HasSubstr("# Methods of the reference agent\n\n## Audit.Hold\n"),
                       HasSubstr("\n\n## System.Metrics\n"), Not(HasSubstr("System.Echo"))));
 }
 
