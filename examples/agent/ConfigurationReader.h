@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quillon/IAgentConfiguration.h"
+
+namespace quillon::agent {
+
+/// The settings. What no file says stays safe: connections are authenticated and
+/// encrypted, checks are made, and content is not downloaded.
+struct AgentSettings {
+    using ModuleSettings = std::map<std::string, std::string>;
+
+    std::vector<IAgentConfiguration::SwitchEndpoint> switches;
+    std::vector<std::string> backgroundChannelUrls;
+    int authenticationPolicy = 2;
+    std::string crlChecks = "hard";
+    int loggingLevel = 3;
+    int ssl = 1;
+    bool encryptDb = true;
+    bool ignoreCertificateValidationErrors = false;
+    bool skipDigitalSignatureChecks = false;
+    bool wayfarEnabled = false;
+    std::map<std::string, ModuleSettings> modules;
+};
+
+/// Reads a document (JSON in UTF-8) into `settings`. Every fault adds a text "line N:
+/// 'key' ..." to `faults`: a setting that is unknown, given twice, of another type, out of its
+/// range or incomplete, and what is no JSON, which ends the reading, as does the hundredth fault.
+/// False when there is any; `settings` then is of no use.
+bool ReadSettings(std::string_view document, AgentSettings& settings, std::vector<std::string>& faults);
+
+}  // namespace quillon::agent
