@@ -18,6 +18,9 @@ std::vector<std::string> GetArguments(int argc, char** argv);
 /// error. Null on failure, see errno. The caller closes the stream.
 std::FILE* TakeStandardOutput();
 
+/// Whether somebody watches standard error.
+bool IsErrorTerminal();
+
 /// Called at each request to end the process: Ctrl-C, or the system's other ways
 /// to ask for it. False ends the process at once. It may interrupt any code at any
 /// point, so it must restrict itself to lock-free atomics.

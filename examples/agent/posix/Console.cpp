@@ -34,6 +34,8 @@ std::FILE* TakeStandardOutput() {
     return stream;
 }
 
+bool IsErrorTerminal() { return ::isatty(STDERR_FILENO) == 1; }
+
 void OnInterrupt(InterruptHandler handler) {
     Handler() = handler;
     struct sigaction action = {};

@@ -62,6 +62,8 @@ std::FILE* TakeStandardOutput() {
     return stream;
 }
 
+bool IsErrorTerminal() { return ::_isatty(::_fileno(stderr)) != 0; }
+
 void OnInterrupt(InterruptHandler handler) {
     Handler() = handler;
     ::SetConsoleCtrlHandler(&HandleControl, TRUE);

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillon::agent {
+
+// The files of a download; implemented once in posix/ and once in win32/. Paths are the
+// library's, in UTF-8. Faults are texts for people, empty when there is none.
+
+/// A file that is read from its beginning to its end. Only regular files can be opened:
+/// a pipe could block for ever.
+class SourceFile {
+public:
+    SourceFile();
+    ~SourceFile();
+    SourceFile(const SourceFile&) = delete;
+    SourceFile& operator=(const SourceFile&) = delete;
+
+    std::string Open(const std::string& path);
+    /// `count` is the room, and then how much was read: 0 at the end.
+    std::string Read(char* bytes, std::size_t& count);
+
+private:
+    struct State;
+
+    std::unique_ptr<State> m_state;
+};
+
+/// A file under a temporary name, which goes with the object unless it was committed.
+class NewFile {
+public:
+    virtual ~NewFile() = default;
+
+    virtual std::string Write(const char* bytes, std::size_t count) = 0;
+    /// Puts the file, once it is safe on the disk, in the place of one of its own name. A
+    /// link there is replaced, not followed.
+    virtual std::string Commit() = 0;
+};
+
+/// Where content goes. Nothing below the folder is written through a link: one that
+/// stands for a folder on the way is a fault.
+class DestinationFolder {
+public:
+    DestinationFolder();
+    ~DestinationFolder();
+    DestinationFolder(const DestinationFolder&) = delete;
+    DestinationFolder& operator=(const DestinationFolder&) = delete;
+
+    /// Makes the folder, and those above it, when it is not there. It may be reached
+    /// through links.
+    std::string Open(const std::string& path);
+    /// Starts the file whose name has these components, making the folders on the way;
+    /// they are names, and checked. The file holds on to its folder, not to this.
+    std::string Create(const std::vector<std::string>& components, std::unique_ptr<NewFile>& file);
+
+private:
+    struct State;
+
+    std::unique_ptr<State> m_state;
+};
+
+}  // namespace quillon::agent

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quillon::agent {
+
+/// A file's name as a content list gives it, with '\' or '/' between folders.
+struct RemoteName {
+    std::vector<std::string> components;
+    const char* fault = "";  ///< what is wrong with the name; empty when nothing is
+};
+
+/// Takes only names that are those of a plain file below a folder on Windows and on
+/// Linux, whichever runs: nothing absolute, with a drive, a stream, a device, "..",
+/// a wildcard or a control character, or that a system would trim. Nothing is logged but
+/// an Error entry of what is not UTF-8.
+RemoteName ReadRemoteName(const std::string& name);
+
+/// The same for every name that may be the same file: ASCII letters in lower case.
+std::string KeyOf(const RemoteName& name);
+
+}  // namespace quillon::agent
