@@ -15,7 +15,8 @@ constexpr int kBadCommandLine = 2;
 
 const char* const kExitCodes =
     "Exit codes of 'run' are the invocation's result codes: 0 success; 2 a bad call, also an\n"
-    "unknown method or a malformed command line; 3 a failed, timed-out or aborted command.\n"
+    "unknown method or a malformed command line; 3 a failed, timed-out or aborted command;\n"
+    "6 a content list that is of no use, 7 content that is not as listed.\n"
     "1 means that the agent itself failed.";
 
 template <class T>
@@ -59,7 +60,9 @@ CLI::App* AddRun(CLI::App& app, RunCommand& command) {
     AddChoice(*run, "--format", command.format, kTableFormats, "Form of the table (default text)");
     run->add_option("--log", command.log.file, "Log to this file, and to standard error")->type_name("FILE");
     AddChoice(*run, "--level", command.log.level, kLevels,
-              "Lowest level to log (default info with --log, else warn)");
+              "Lowest level to log (default: the configuration's; info with --log, else warn)");
+    run->add_option("--config", command.configuration, "Settings of the agent, a JSON file")
+        ->type_name("FILE");
     return run;
 }
 

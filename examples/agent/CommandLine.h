@@ -16,6 +16,7 @@ struct RunCommand {
     std::vector<std::string> arguments;  ///< "name=value", each with its '='
     Format format = Format::Text;
     LogSettings log;
+    std::string configuration;  ///< a file; empty: settings that are safe
 };
 
 /// "quillon-agent methods ..."

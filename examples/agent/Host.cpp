@@ -34,13 +34,16 @@ void RegisterBuilder() {
 }  // namespace
 
 /// The registry has no lock: everything is registered before a module can start a thread.
-Host::Host(const LogSettings& log, const std::string& databases)
-    : m_databases(databases), m_sqlEngine(m_databases) {
+Host::Host(const LogSettings& log, const std::string& databases, const AgentConfiguration& configuration)
+    : m_configuration(configuration), m_databases(databases), m_sqlEngine(m_databases) {
     ICLogger* const logger = StartLogging(log);
     if (!log.file.empty()) LoggerUtils::LogCopyright(kStartTitle, logger, false);
     ServiceLocator::Put<ICLogger>(logger);
+    ServiceLocator::Put<IAgentConfiguration>(&m_configuration);
     ServiceLocator::Put<IDeviceInformation>(&m_deviceInformation);
     ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
+    m_providers.Add("Wayfar", m_contentProvider);
+    ServiceLocator::Put<IProviderRegistry>(&m_providers);
     ServiceLocator::Put<ISqliteInstance>(&m_sqlEngine);
     ServiceLocator::Put<DatabaseFolder>(&m_databases);
     RegisterBuilder<IMethodMetadataBuilder, MethodMetadataBuilder>();

@@ -3,10 +3,13 @@
 #include <string>
 #include <vector>
 
+#include "AgentConfiguration.h"
+#include "ContentProvider.h"
 #include "DatabaseFolder.h"
 #include "DeviceInformation.h"
 #include "Logging.h"
 #include "Modules.h"
+#include "ProviderRegistry.h"
 #include "ShutdownMonitor.h"
 #include "SqliteEngine.h"
 #include "quillon/InvocationResult.h"
@@ -18,10 +21,13 @@ namespace quillon::agent {
 class Host {
 public:
     /// The databases are in a folder, by default "Stores" in the agent's data folder; a library path.
-    explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder());
+    explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder(),
+                  const AgentConfiguration& configuration = AgentConfiguration());
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
+
+    static std::string DefaultDatabaseFolder();
 
     const ModuleList& GetModules() const { return m_modules; }
 
@@ -31,11 +37,13 @@ public:
     InvocationResult Run(const std::string& method, const std::vector<std::string>& arguments) const;
 
 private:
-    static std::string DefaultDatabaseFolder();
     const Method* FindMethod(const std::string& fullName) const;
 
     DeviceInformation m_deviceInformation;
+    AgentConfiguration m_configuration;
     ShutdownMonitor m_shutdownMonitor;
+    ContentProvider m_contentProvider;
+    ProviderRegistry m_providers;
     DatabaseFolder m_databases;
     SqliteEngine m_sqlEngine;
     ModuleList m_modules;

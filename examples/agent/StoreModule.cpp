@@ -5,6 +5,7 @@
 
 #include "CommandCall.h"
 #include "DatabaseFolder.h"
+#include "Describe.h"
 #include "WmiCall.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
@@ -170,11 +171,6 @@ void AddDatabaseParameter(IMethodMetadataBuilder& builder, const char* note) {
         .Description("Name of the database; the case of ASCII letters does not matter.")
         .Note(note)
         .BindParameter();
-}
-
-void AddColumn(IMethodMetadataBuilder& builder, const char* name, const std::type_info& type,
-               const char* description) {
-    builder.CreateColumn(name, type, false).Description(description).BindColumn();
 }
 
 void DescribeSave(IMethodMetadataBuilder& builder) {

@@ -3,6 +3,7 @@
 #include <utility>
 #include <variant>
 
+#include "AgentConfiguration.h"
 #include "CommandLine.h"
 #include "Console.h"
 #include "Host.h"
@@ -14,8 +15,17 @@ namespace {
 
 constexpr int kAgentFailed = 1;
 
+AgentConfiguration Configure(const RunCommand& command) {
+    return command.configuration.empty() ? AgentConfiguration()
+                                         : AgentConfiguration::Load(command.configuration);
+}
+
 int Execute(const RunCommand& command, Output& output) {
-    const Host host(command.log);
+    const AgentConfiguration configuration = Configure(command);
+    LogSettings log = command.log;
+    if (!command.configuration.empty() && !log.level)
+        log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
+    const Host host(log, Host::DefaultDatabaseFolder(), configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
     output.Write(Render(result.resultTable, command.format));
     if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", result.errorMessage.c_str());

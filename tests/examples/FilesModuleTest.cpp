@@ -1,0 +1,39 @@
+#include <gmock/gmock.h>
+
+#include "Host.h"
+#include "quillon/DataTableIO.h"
+#include "quillon/StringUtils.h"
+#include "support/ChildMain.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+#include "support/VersionedFile.h"
+
+namespace quillon::test {
+
+TEST(FilesModule, FindsFilesTheirTextAndTheirVersions) {
+    const TempDir dir;
+    const agent::Host host({"", ICLogger::Level::Fatal}, dir.Path("stores"));
+    const auto run = [&](const std::string& method, std::vector<std::string> arguments) {
+        const InvocationResult result = host.Run("Files." + method, arguments);
+        std::string text = ToCsv(result.resultTable);
+        std::erase(text, '\r');
+        StringUtils::ReplaceStringInPlace(text, dir.Path() + '\\', "", false);
+        return std::to_string(result.resultCode) + '|' + text;
+    };
+    const std::string wide = "path=" + dir.Write("wide.txt", "\xFF\xFE" + Units("one\r\ntwo\n"));
+    dir.Write("plain.bin", "x");
+    EXPECT_EQ(run("Encoding", {"path=" + dir.Path("*.txt")}), "0|File,Encoding\nwide.txt,UTF16LE\n");
+    EXPECT_EQ(run("Read", {wide, "lines=true"}),
+              "0|Encoding,Text,LineNumber\nUTF16LE,one,0\nUTF16LE,two,1\n");
+    EXPECT_EQ(run("Read", {wide, "maxSize=19"}), "3|");
+    EXPECT_EQ(run("Read", {wide, "encoding=UTF9"}), "2|");
+    EXPECT_EQ(run("Read", {"path=" + dir.Path("missing")}), "3|");
+    EXPECT_EQ(run("Find", {"path=" + dir.Path("none*")}), "0|File,Size,Modified\n");
+    EXPECT_THAT(run("Find", {"path=" + dir.Path("p*")}),
+                testing::StartsWith("0|File,Size,Modified\nplain.bin,1,2"));
+    const std::string agent = ToLibraryPath(ProgramFolder() / "quillon-agent");
+    EXPECT_THAT(run("Versions", {"path=" + agent + (kWindows ? ".exe" : "")}),
+                testing::HasSubstr(",1.0.0.0,1.0.0.0,Quillon reference agent,Quillon Client,quillon-agent"));
+}
+
+}  // namespace quillon::test
