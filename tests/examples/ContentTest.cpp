@@ -82,7 +82,7 @@ struct DisabledContentTest : ContentTest {
 
 TEST(ContentNames, AreTakenOnlyWhenTheyAreThoseOfAPlainFileOnBothSystems) {
     const RecordingLogger log;
-    const std::string longest(255, 'n');
+    const std::string longest(255, 'n'), tooLong(256, 'n');
     for (const std::string name :
          {"a", "sub\\b.bin", "a/b\\c", "..a", "a..b", ".hidden", "a b", "com", "com10", "console", "nula.txt",
           "\xC3\xA9", "COM\xC2\xB4", longest.c_str()})
@@ -137,7 +137,7 @@ TEST(ContentNames, AreTakenOnlyWhenTheyAreThoseOfAPlainFileOnBothSystems) {
                                    "a\xC3",
                                    "\xC0\xAE\xC0\xAE\\a",
                                    "\xED\xA0\x80",
-                                   (longest + 'n').c_str()})
+                                   tooLong.c_str()})
         EXPECT_STRNE(agent::ReadRemoteName(name).fault, "") << name;
     EXPECT_STRNE(agent::ReadRemoteName(std::string("a\0b", 3)).fault, "");
     std::string deep = "a";
