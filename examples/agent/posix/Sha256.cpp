@@ -8,7 +8,7 @@ namespace quillon::agent {
 
 struct Sha256::State {
     struct Closer {
-        void operator()(EVP_MD_CTX* context) const { ::EVP_MD_CTX_free(context); }
+        void operator()(EVP_MD_CTX* owned) const { ::EVP_MD_CTX_free(owned); }
     };
 
     std::unique_ptr<EVP_MD_CTX, Closer> context{::EVP_MD_CTX_new()};
