@@ -1,5 +1,6 @@
 #include "AuditModule.h"
 
+#include "Describe.h"
 #include "Waiting.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/MethodParameterValidation.h"
@@ -10,12 +11,8 @@ namespace quillon::agent {
 
 namespace {
 
+constexpr std::int32_t kNotAudited = 3;
 constexpr long long kDefaultSeconds = 10;
-
-void Fail(InvocationResult& result, std::int32_t code, const std::string& message) {
-    result.resultCode = code;
-    result.errorMessage = message;
-}
 
 void Hold(const MethodParameters& parameters, InvocationResult& result) {
     std::string text;
@@ -28,11 +25,15 @@ void Hold(const MethodParameters& parameters, InvocationResult& result) {
         return;
     bool isIdentifier = false;
     const auto subcategory = UniqueIdentifier::Parse(text, &isIdentifier);
-    if (!isIdentifier) return Fail(result, 2, "'subcategory' parameter must be a GUID");
-
-    if (!SystemAuditProxy::EnableAuditLogSubCategory(subcategory))
-        return Fail(result, 3,
-                    "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why");
+    if (!isIdentifier) {
+        RefuseParameter("'subcategory' parameter must be a GUID", result);
+        return;
+    }
+    if (!SystemAuditProxy::EnableAuditLogSubCategory(subcategory)) {
+        Fail(kNotAudited, "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why",
+             result);
+        return;
+    }
     const DestructorFunctor release([&] { SystemAuditProxy::DisableAuditLogSubCategory(subcategory); });
     WaitSeconds(seconds);
     result.resultTable.AddRow(
@@ -51,13 +52,9 @@ void DescribeHold(IMethodMetadataBuilder& builder) {
         .CreateParameter("seconds", typeid(long long))
         .Description("How long; less when the agent is asked to end.")
         .OptionalValue(kDefaultSeconds)
-        .BindParameter()
-        .CreateColumn("Subcategory", typeid(std::string), false)
-        .Description("The sub-category that was held.")
-        .BindColumn()
-        .CreateColumn("Seconds", typeid(long long), false)
-        .Description("The time that was asked for.")
-        .BindColumn();
+        .BindParameter();
+    AddColumn(builder, "Subcategory", typeid(std::string), "The sub-category that was held.");
+    AddColumn(builder, "Seconds", typeid(long long), "The time that was asked for.");
 }
 
 }  // namespace

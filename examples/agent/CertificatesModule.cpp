@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Describe.h"
 #include "quillon/Certificate.h"
 #include "quillon/CertificateUtils.h"
 #include "quillon/FileSystemUtils.h"
@@ -16,18 +17,12 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kBadParameter = 2;
 constexpr std::int32_t kSystemError = 3;
 constexpr unsigned long kSha1Property = 3;
 constexpr unsigned long kFriendlyNameProperty = 11;
 constexpr unsigned long kSha256Property = 107;
 
 using Certificates = std::vector<Certificate>;
-
-void Fail(InvocationResult& result, std::int32_t code, const std::string& message) {
-    result.resultCode = code;
-    result.errorMessage = message;
-}
 
 DataTable NoCertificates() {
     VariantList columns;
@@ -88,37 +83,33 @@ void List(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddOptionalBinding("folder", folder);
     binder.AddOptionalBinding("store", store);
     if (!binder.Bind(result)) return;
-    if (folder.empty() == store.empty())
-        return Fail(result, kBadParameter, "Give either 'folder' or 'store'");
+    if (folder.empty() == store.empty()) {
+        RefuseParameter("Give either 'folder' or 'store'", result);
+        return;
+    }
 
     Certificates certificates;
     const bool isRead = store.empty() ? ReadFolder(folder, certificates) : ReadStore(store, certificates);
     if (!isRead) {
-        return Fail(result, kSystemError,
-                    store.empty() ? "Could not list the folder '" + folder + '\''
-                                  : "There is no certificate store '" + store + '\'');
+        Fail(kSystemError,
+             store.empty() ? "Could not list the folder '" + folder + '\''
+                           : "There is no certificate store '" + store + '\'',
+             result);
+        return;
     }
     result.resultTable = NoCertificates();
     for (const Certificate& certificate : certificates) result.resultTable.AddRow(Describe(certificate));
 }
 
-void AddColumn(IMethodMetadataBuilder& builder, const char* name, const std::type_info& type,
-               const char* description) {
-    builder.CreateColumn(name, type, false).Description(description).BindColumn();
-}
-
 void DescribeList(IMethodMetadataBuilder& builder) {
     builder.Description("Lists certificates, a row each, of files or of a store of the system.")
         .Note("Nothing is checked: neither signatures nor dates nor revocation.")
-        .Example("quillon-agent run Certificates.List folder=/etc/ssl/certs")
-        .CreateParameter("folder", typeid(std::string))
-        .Description("Folder of files in DER or PEM; files without a certificate are left out.")
-        .OptionalValue("")
-        .BindParameter()
-        .CreateParameter("store", typeid(std::string))
-        .Description("Store of the computer by its name (Root) or friendly name; there are none on Linux.")
-        .OptionalValue("")
-        .BindParameter();
+        .Example("quillon-agent run Certificates.List folder=/etc/ssl/certs");
+    AddOptionalParameter(builder, "folder",
+                         "Folder of files in DER or PEM; files without a certificate are left out.");
+    AddOptionalParameter(
+        builder, "store",
+        "Store of the computer by its name (Root) or friendly name; there are none on Linux.");
     const auto add = [&builder](const char* name, const char* description) {
         AddColumn(builder, name, typeid(std::string), description);
     };

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <utility>
 
+#include "Describe.h"
 #include "Waiting.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/EventLogReader.h"
@@ -22,16 +23,10 @@ constexpr std::int32_t kSystemError = 3;
 constexpr long long kDefaultMax = 100;
 constexpr long long kDefaultSeconds = 10;
 
-void Fail(InvocationResult& result, std::int32_t code, const std::string& message) {
-    result.resultCode = code;
-    result.errorMessage = message;
-}
-
 bool HasEventLog(InvocationResult& result) {
     EventLogProxy::Initialize(*ServiceLocator::Get<ICLogger>());
     if (EventLogProxy::IsAvailable()) return true;
-    Fail(result, kSystemError, "The system has no event log");
-    return false;
+    return Fail(kSystemError, "The system has no event log", result);
 }
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {
@@ -54,7 +49,7 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     });
     result.resultTable = std::move(table);
     if (outcome.errorCode != 0)
-        Fail(result, kSystemError, StringUtils::GetErrorAsString(static_cast<int>(outcome.errorCode)));
+        Fail(kSystemError, StringUtils::GetErrorAsString(static_cast<int>(outcome.errorCode)), result);
 }
 
 /// Takes what a subscription delivers. It outlives every subscription: a last event may come
@@ -104,44 +99,34 @@ void Follow(const MethodParameters& parameters, InvocationResult& result) {
         return;
 
     const std::wstring wide = StringUtils::NarrowStringToWide(channel);
-    if (!EventLogProxy::EnableChannelIfRequired(wide.c_str()))
-        return Fail(result, kSystemError, "Channel '" + channel + "' cannot be enabled");
+    if (!EventLogProxy::EnableChannelIfRequired(wide.c_str())) {
+        Fail(kSystemError, "Channel '" + channel + "' cannot be enabled", result);
+        return;
+    }
     const DestructorFunctor release([&] { EventLogProxy::DisableChannelIfRequired(wide.c_str()); });
     Deliveries::Get().TakeAll();
     EvtHandle subscription(EventLogProxy::EvtSubscribe(nullptr, nullptr, wide.c_str(), L"*", nullptr, nullptr,
                                                        &Deliveries::Take, kToFutureEvents));
-    if (!subscription) return Fail(result, kSystemError, StringUtils::GetLastErrorAsString());
+    if (!subscription) {
+        Fail(kSystemError, StringUtils::GetLastErrorAsString(), result);
+        return;
+    }
     WaitSeconds(seconds);
     subscription.Reset();
     result.resultTable = Deliveries::Get().TakeAll();
 }
 
 void DescribeEvents(IMethodMetadataBuilder& builder) {
-    builder.Note("Outside Windows the event log is simulated: its one channel, Quillon, holds a few events.")
-        .CreateColumn("RecordId", typeid(long long), false)
-        .Description("Number of the event in its channel.")
-        .BindColumn()
-        .CreateColumn("Time", typeid(std::string), false)
-        .Description("When it was logged, UTC.")
-        .BindColumn()
-        .CreateColumn("Provider", typeid(std::string), false)
-        .Description("Who logged it.")
-        .BindColumn()
-        .CreateColumn("EventId", typeid(long long), false)
-        .Description("Which of the provider's events it is.")
-        .BindColumn()
-        .CreateColumn("Level", typeid(long long), false)
-        .Description("1 critical, 2 error, 3 warning, 4 information, 5 verbose, 0 always.")
-        .BindColumn()
-        .CreateColumn("Channel", typeid(std::string), false)
-        .Description("The channel's own name.")
-        .BindColumn()
-        .CreateColumn("Computer", typeid(std::string), false)
-        .Description("Where it was logged.")
-        .BindColumn()
-        .CreateColumn("Xml", typeid(std::string), false)
-        .Description("The whole event.")
-        .BindColumn();
+    builder.Note("Outside Windows the event log is simulated: its one channel, Quillon, holds a few events.");
+    AddColumn(builder, "RecordId", typeid(long long), "Number of the event in its channel.");
+    AddColumn(builder, "Time", typeid(std::string), "When it was logged, UTC.");
+    AddColumn(builder, "Provider", typeid(std::string), "Who logged it.");
+    AddColumn(builder, "EventId", typeid(long long), "Which of the provider's events it is.");
+    AddColumn(builder, "Level", typeid(long long),
+              "1 critical, 2 error, 3 warning, 4 information, 5 verbose, 0 always.");
+    AddColumn(builder, "Channel", typeid(std::string), "The channel's own name.");
+    AddColumn(builder, "Computer", typeid(std::string), "Where it was logged.");
+    AddColumn(builder, "Xml", typeid(std::string), "The whole event.");
 }
 
 void DescribeQuery(IMethodMetadataBuilder& builder) {

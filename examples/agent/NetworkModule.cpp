@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "Describe.h"
 #include "SystemFacts.h"
 #include "quillon/NetworkUtils.h"
 #include "quillon/ParameterBinder.h"
@@ -14,16 +15,10 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kBadCall = 2;
 constexpr std::int32_t kFailed = 3;
 constexpr int kTimedOut = -1;
 constexpr long long kUsualTimeout = 10;
 constexpr long long kLongestTimeout = std::numeric_limits<int>::max();
-
-void Fail(InvocationResult& result, std::int32_t code, const std::string& message) {
-    result.resultCode = code;
-    result.errorMessage = message;
-}
 
 /// The look-up answers once for every kind of socket; an address is listed once.
 void AddAddresses(const addrinfo* found, DataTable& table) {
@@ -53,10 +48,11 @@ void Resolve(const MethodParameters& parameters, InvocationResult& result) {
     const int code =
         NetworkUtils::getaddrinfo_OrTimeout(host.c_str(), nullptr, nullptr, found, static_cast<int>(timeout));
     if (code == kTimedOut)
-        return Fail(result, kFailed, "No answer for '" + host + "' within " + std::to_string(timeout) + " s");
-    if (code != 0)
-        return Fail(result, kFailed, "Cannot resolve '" + host + "': code " + std::to_string(code));
-    AddAddresses(found.get(), result.resultTable);
+        Fail(kFailed, "No answer for '" + host + "' within " + std::to_string(timeout) + " s", result);
+    else if (code != 0)
+        Fail(kFailed, "Cannot resolve '" + host + "': code " + std::to_string(code), result);
+    else
+        AddAddresses(found.get(), result.resultTable);
 }
 
 void InRange(const MethodParameters& parameters, InvocationResult& result) {
@@ -76,12 +72,11 @@ void Cidr(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddMandatoryBinding("mask", mask);
     if (!binder.Bind(result)) return;
     const std::string cidr = NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(address, mask);
-    if (cidr.empty()) return Fail(result, kBadCall, "Address and mask are each four numbers: 10.1.2.3");
-    result.resultTable.AddRow(VariantList(Variant("Cidr", cidr)));
-}
-
-void AddParameter(IMethodMetadataBuilder& builder, const char* name, const char* description) {
-    builder.CreateParameter(name, typeid(std::string)).Description(description).BindParameter();
+    if (cidr.empty()) {
+        RefuseParameter("Address and mask are each four numbers: 10.1.2.3", result);
+    } else {
+        result.resultTable.AddRow(VariantList(Variant("Cidr", cidr)));
+    }
 }
 
 void DescribeResolve(IMethodMetadataBuilder& builder) {
@@ -92,13 +87,9 @@ void DescribeResolve(IMethodMetadataBuilder& builder) {
     builder.CreateParameter("timeout", typeid(long long))
         .Description("Seconds, at least 1.")
         .OptionalValue(kUsualTimeout)
-        .BindParameter()
-        .CreateColumn("Address", typeid(std::string), false)
-        .Description("In the order of the system's answer, each once.")
-        .BindColumn()
-        .CreateColumn("Family", typeid(std::string), false)
-        .Description("IPv4 or IPv6.")
-        .BindColumn();
+        .BindParameter();
+    AddColumn(builder, "Address", typeid(std::string), "In the order of the system's answer, each once.");
+    AddColumn(builder, "Family", typeid(std::string), "IPv4 or IPv6.");
 }
 
 void DescribeInRange(IMethodMetadataBuilder& builder) {
@@ -108,9 +99,7 @@ void DescribeInRange(IMethodMetadataBuilder& builder) {
             "quillon-agent run Network.InRange address=10.0.0.5 ranges=10.0.0.1-10.0.0.9,10.1.0.0-10.1.0.9");
     AddParameter(builder, "address", "An IPv4 address.");
     AddParameter(builder, "ranges", "Separated by commas; each two addresses with a dash between them.");
-    builder.CreateColumn("InRange", typeid(bool), false)
-        .Description("Both ends belong to a range.")
-        .BindColumn();
+    AddColumn(builder, "InRange", typeid(bool), "Both ends belong to a range.");
 }
 
 void DescribeCidr(IMethodMetadataBuilder& builder) {
@@ -118,7 +107,7 @@ void DescribeCidr(IMethodMetadataBuilder& builder) {
         .Example("quillon-agent run Network.Cidr address=10.1.2.3 mask=255.255.255.0");
     AddParameter(builder, "address", "Four numbers with dots between them.");
     AddParameter(builder, "mask", "The same. Only its lowest bit that is set counts for the length.");
-    builder.CreateColumn("Cidr", typeid(std::string), false).Description("Such as 10.1.2.0/24.").BindColumn();
+    AddColumn(builder, "Cidr", typeid(std::string), "Such as 10.1.2.0/24.");
 }
 
 }  // namespace

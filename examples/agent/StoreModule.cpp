@@ -187,23 +187,13 @@ void DescribeSave(IMethodMetadataBuilder& builder) {
             "The table is made with the columns of the rows when it is not there. Nothing is kept when "
             "a row does not fit into it. A query without objects leaves the table as it is.");
     AddDatabaseParameter(builder, "It is made when it is not there.");
-    builder.CreateParameter("table", typeid(std::string))
-        .Description("Name of the table.")
-        .BindParameter()
-        .CreateParameter("replace", typeid(bool))
-        .Description("Puts the rows in the place of the table, instead of adding them to it.")
-        .OptionalValue(false)
-        .BindParameter();
+    AddParameter(builder, "table", "Name of the table.");
+    AddFlag(builder, "replace", "Puts the rows in the place of the table, instead of adding them to it.");
     DescribeCommand(builder, true);
-    builder.CreateParameter("columns", typeid(std::string))
-        .Description("The columns, parted by blanks; when empty, a row is kept for every line.")
-        .OptionalValue("")
-        .BindParameter();
+    AddOptionalParameter(builder, "columns",
+                         "The columns, parted by blanks; when empty, a row is kept for every line.");
     DescribeLayout(builder);
-    builder.CreateParameter("wql", typeid(std::string))
-        .Description("The query, in place of a command.")
-        .OptionalValue("")
-        .BindParameter();
+    AddOptionalParameter(builder, "wql", "The query, in place of a command.");
     DescribeWmi(builder);
     AddColumn(builder, "Database", typeid(std::string), "As given.");
     AddColumn(builder, "Table", typeid(std::string), "As given.");

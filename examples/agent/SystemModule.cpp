@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "Describe.h"
 #include "SystemFacts.h"
 #include "quillon/MethodMetadata.h"
 #include "quillon/MiscUtils.h"
@@ -60,20 +61,20 @@ void Echo(const MethodParameters& parameters, InvocationResult& result) {
     }
 }
 
-void AddColumn(IMethodMetadataBuilder& builder, const char* name, const char* description) {
-    builder.CreateColumn(name, typeid(std::string), false).Description(description).BindColumn();
+void AddText(IMethodMetadataBuilder& builder, const char* name, const char* description) {
+    AddColumn(builder, name, typeid(std::string), description);
 }
 
 void DescribeInfo(IMethodMetadataBuilder& builder) {
     builder.Description("Tells where the agent runs, in one row.").Example("quillon-agent run System.Info");
-    AddColumn(builder, "OsVersion", "Four numbers; on Linux those of the kernel.");
-    AddColumn(builder, "HostName", "Name of the machine, without its domain on Windows.");
-    AddColumn(builder, "AgentVersion", "Version that the agent's file carries.");
-    AddColumn(builder, "LibraryVersion", "Version of the library that the agent was built with.");
-    AddColumn(builder, "User", "Account that the agent runs as; null when it has no name.");
-    AddColumn(builder, "WorkingDirectory", "In the system's own form.");
-    AddColumn(builder, "DataFolder", "Where the agent keeps what changes; it need not exist.");
-    AddColumn(builder, "RuntimeEnvironment", "Kind of the process: AgentEngine.");
+    AddText(builder, "OsVersion", "Four numbers; on Linux those of the kernel.");
+    AddText(builder, "HostName", "Name of the machine, without its domain on Windows.");
+    AddText(builder, "AgentVersion", "Version that the agent's file carries.");
+    AddText(builder, "LibraryVersion", "Version of the library that the agent was built with.");
+    AddText(builder, "User", "Account that the agent runs as; null when it has no name.");
+    AddText(builder, "WorkingDirectory", "In the system's own form.");
+    AddText(builder, "DataFolder", "Where the agent keeps what changes; it need not exist.");
+    AddText(builder, "RuntimeEnvironment", "Kind of the process: AgentEngine.");
 }
 
 void DescribeMetrics(IMethodMetadataBuilder& builder) {

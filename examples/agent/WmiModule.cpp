@@ -1,6 +1,7 @@
 #include "WmiModule.h"
 
 #include "Assignments.h"
+#include "Describe.h"
 #include "WmiCall.h"
 #include "quillon/StringUtils.h"
 
@@ -68,15 +69,8 @@ void Invoke(const MethodParameters& parameters, InvocationResult& result) {
     });
 }
 
-void AddText(IMethodMetadataBuilder& builder, const char* name, const char* description) {
-    builder.CreateParameter(name, typeid(std::string)).Description(description).BindParameter();
-}
-
 void AddAll(IMethodMetadataBuilder& builder) {
-    builder.CreateParameter("all", typeid(bool))
-        .Description("Every object of the query instead of the first.")
-        .OptionalValue(false)
-        .BindParameter();
+    AddFlag(builder, "all", "Every object of the query instead of the first.");
 }
 
 void DescribeQuery(IMethodMetadataBuilder& builder) {
@@ -84,11 +78,8 @@ void DescribeQuery(IMethodMetadataBuilder& builder) {
         .Note("On Linux the namespace ROOT\\CIMV2 has some classes with the machine's live facts.")
         .Example("quillon-agent run Wmi.Query wql=\"SELECT Name, ProcessId FROM Win32_Process\"")
         .HasAdditionalColumns("The properties of the objects.");
-    AddText(builder, "wql", "The query.");
-    builder.CreateParameter("qualifiers", typeid(bool))
-        .Description("With the system properties, such as __PATH.")
-        .OptionalValue(false)
-        .BindParameter();
+    AddParameter(builder, "wql", "The query.");
+    AddFlag(builder, "qualifiers", "With the system properties, such as __PATH.");
     DescribeWmi(builder);
 }
 
@@ -100,10 +91,10 @@ void DescribeUpdate(IMethodMetadataBuilder& builder) {
             "quillon-agent run Wmi.Update wql=\"SELECT * FROM Win32_LogicalDisk WHERE DeviceID = 'C:'\" "
             "set=\"VolumeName=System\"")
         .HasAdditionalColumns("The properties of the objects.");
-    AddText(builder, "wql", "The query for the objects.");
-    AddText(builder, "set",
-            "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
-            "property: text (the default, also for date-times), integer, float or boolean.");
+    AddParameter(builder, "wql", "The query for the objects.");
+    AddParameter(builder, "set",
+                 "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
+                 "property: text (the default, also for date-times), integer, float or boolean.");
     AddAll(builder);
     DescribeWmi(builder);
 }
@@ -116,19 +107,11 @@ void DescribeInvoke(IMethodMetadataBuilder& builder) {
             "quillon-agent run Wmi.Invoke wql=\"SELECT * FROM Win32_Process WHERE ProcessId = 1\" "
             "method=GetOwner")
         .HasAdditionalColumns("What the method gives, and for an object its ObjectPath.");
-    AddText(builder, "method", "Name of the method.");
-    builder.CreateParameter("class", typeid(std::string))
-        .Description("The class of a static method.")
-        .OptionalValue("")
-        .BindParameter()
-        .CreateParameter("wql", typeid(std::string))
-        .Description("The query for the objects whose method it is.")
-        .OptionalValue("")
-        .BindParameter()
-        .CreateParameter("arguments", typeid(std::string))
-        .Description("NAME=VALUE, parted by ';' (a ';' of a value is written twice).")
-        .OptionalValue("")
-        .BindParameter();
+    AddParameter(builder, "method", "Name of the method.");
+    AddOptionalParameter(builder, "class", "The class of a static method.");
+    AddOptionalParameter(builder, "wql", "The query for the objects whose method it is.");
+    AddOptionalParameter(builder, "arguments",
+                         "NAME=VALUE, parted by ';' (a ';' of a value is written twice).");
     AddAll(builder);
     DescribeWmi(builder);
 }
