@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <set>
 #include <thread>
 
@@ -153,7 +154,9 @@ TEST(WmiFacts, TheMachineIsAsTheSystemCallsTell) {
         EXPECT_EQ(disk.at("Size"), std::to_string(space.f_blocks * space.f_frsize));
     }
     std::map<std::string, std::string> interfaces, found;
-    for (auto* each = ::if_nameindex(); each->if_index != 0; ++each) {
+    const std::unique_ptr<struct if_nameindex, decltype(&::if_freenameindex)> list(::if_nameindex(),
+                                                                                   &::if_freenameindex);
+    for (const auto* each = list.get(); each->if_index != 0; ++each) {
         interfaces[each->if_name] = std::to_string(each->if_index);
     }
     for (const Row& adapter : Query(NetworkAdapterClass(), {L"Name"}))
