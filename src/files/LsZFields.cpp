@@ -7,48 +7,46 @@ namespace quillon {
 
 namespace {
 
-using View = std::u16string_view;
+using View = std::string_view;
 
 /// Keys in lower case, told apart by the letter before "=".
 struct Key {
     View name;
     std::size_t LsZFields::*value;
 };
-constexpr Key kLength{u" ln=", &LsZFields::length}, kTime{u" dt=", &LsZFields::time};
-constexpr Key kFrom{u"from=", &LsZFields::from}, kTo{u"to=", &LsZFields::to};
-constexpr Key kRdc{u"rdc=", &LsZFields::rdc}, kCrc{u"crc=", &LsZFields::crc};
+constexpr Key kLength{" ln=", &LsZFields::length}, kTime{" dt=", &LsZFields::time};
+constexpr Key kFrom{"from=", &LsZFields::from}, kTo{"to=", &LsZFields::to};
+constexpr Key kRdc{"rdc=", &LsZFields::rdc}, kCrc{"crc=", &LsZFields::crc};
 
 bool EndsWithKey(View text, View key) {
     return text.size() >= key.size() &&
-           platform::EqualIgnoringCase<char16_t>(text.substr(text.size() - key.size()), key);
+           platform::EqualIgnoringCase<char>(text.substr(text.size() - key.size()), key);
 }
 
 /// The key that the text ends in; null when there is none.
 const Key* KeyAtEnd(View text) {
     const auto check = [text](const Key& key) { return EndsWithKey(text, key.name) ? &key : nullptr; };
-    switch (text.size() > 2 ? platform::Lower(text[text.size() - 2]) : u'\0') {
-        case u'n':
+    switch (text.size() > 2 ? platform::Lower(text[text.size() - 2]) : '\0') {
+        case 'n':
             return check(kLength);
-        case u't':
+        case 't':
             return check(kTime);
-        case u'm':
+        case 'm':
             return check(kFrom);
-        case u'o':
+        case 'o':
             return check(kTo);
-        case u'c':
+        case 'c':
             return EndsWithKey(text, kRdc.name) ? &kRdc : check(kCrc);
         default:
             return nullptr;
     }
 }
 
-bool BeginsAsHex(View text) {
-    return text.size() >= 2 && text[0] == u'0' && platform::Lower(text[1]) == u'x';
-}
+bool BeginsAsHex(View text) { return text.size() >= 2 && text[0] == '0' && platform::Lower(text[1]) == 'x'; }
 
-/// Negative when the unit is no digit of the base.
-int DigitOf(char16_t unit, unsigned base) {
-    const int digit = unit < 0x80 ? platform::HexDigit(static_cast<char>(unit)) : -1;
+/// Negative when it is no digit of the base.
+int DigitOf(char c, unsigned base) {
+    const int digit = platform::HexDigit(c);
     return digit < static_cast<int>(base) ? digit : -1;
 }
 
@@ -58,14 +56,14 @@ LsZNumber LsZNumber::Read(View text, unsigned base) {
     constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
     LsZNumber number;
     while (!text.empty() && platform::IsSpace(text.front())) text.remove_prefix(1);
-    if (!text.empty() && (text.front() == u'-' || text.front() == u'+')) {
-        number.isNegative = text.front() == u'-';
+    if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
+        number.isNegative = text.front() == '-';
         text.remove_prefix(1);
     }
     const bool hasPrefix = base == 16 && BeginsAsHex(text) && text.size() > 2 && DigitOf(text[2], base) >= 0;
     if (hasPrefix) text.remove_prefix(2);
-    for (const char16_t unit : text) {
-        const int digit = DigitOf(unit, base);
+    for (const char c : text) {
+        const int digit = DigitOf(c, base);
         if (digit < 0) break;
         number.isThere = true;
         const auto added = static_cast<std::uint64_t>(digit);
@@ -78,7 +76,7 @@ LsZNumber LsZNumber::Read(View text, unsigned base) {
 
 LsZFields LsZFields::Find(View text) {
     LsZFields fields;
-    for (std::size_t at = 0; (at = text.find(u'=', at)) != kNone;) {
+    for (std::size_t at = 0; (at = text.find('=', at)) != kNone;) {
         ++at;
         const Key* const key = KeyAtEnd(text.substr(0, at));
         if (key == nullptr) continue;

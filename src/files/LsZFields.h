@@ -15,7 +15,7 @@ struct LsZNumber {
     bool isNegative = false;
     std::uint64_t magnitude = 0;  ///< the largest when the number is larger
 
-    static LsZNumber Read(std::u16string_view text, unsigned base);
+    static LsZNumber Read(std::string_view text, unsigned base);
 
     /// As strtol, past the range its end; unsigned as strtoul, a minus negating.
     template <class Number>
@@ -32,7 +32,7 @@ struct LsZNumber {
 /// Where the values begin in the text behind a name, by the first occurrence of each key in
 /// any case; kNone when it has none.
 struct LsZFields {
-    static constexpr std::size_t kNone = std::u16string_view::npos;
+    static constexpr std::size_t kNone = std::string_view::npos;
 
     std::size_t hexLength = kNone;  ///< " ln=0x"
     std::size_t length = kNone;     ///< " ln="
@@ -43,7 +43,7 @@ struct LsZFields {
     std::size_t crc = kNone;        ///< "CRC="
 
     /// One pass over the text.
-    static LsZFields Find(std::u16string_view text);
+    static LsZFields Find(std::string_view text);
 };
 
 }  // namespace quillon

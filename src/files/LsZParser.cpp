@@ -13,18 +13,12 @@ namespace quillon {
 
 namespace {
 
-using View = std::u16string_view;
+using View = std::string_view;
 
 static_assert(std::endian::native == std::endian::little, "lists are little-endian");
 
-/// Empty, with an Error entry, when the text is invalid.
-std::string ToNarrow(View text) {
-    if (auto narrow = platform::Utf16ToUtf8(text)) return std::move(*narrow);
-    return StringUtils::WideStringToNarrow(std::wstring(text.begin(), text.end()));
-}
-
 /// What is invalid is replaced.
-std::string ForLog(View text) { return platform::ToUtf8(std::wstring(text.begin(), text.end())); }
+std::string ForLog(View text) { return platform::RepairUtf8(text); }
 
 /// What follows a beginning; nothing unless it is there and something follows.
 std::optional<View> After(View line, View beginning) {
@@ -77,7 +71,7 @@ bool LsZFile::Parser::OpenLsZFile() {
 void LsZFile::Parser::ReadLines() {
     unsigned count = 0;
     for (; GetNextListLine(); ++count) {
-        if (m_line.front() == u';') {
+        if (m_line.front() == ';') {
             if (!ParseHash(m_line)) ParseOtherCommentLine(m_line);
             continue;
         }
@@ -94,51 +88,74 @@ bool LsZFile::Parser::GetNextListLine() {
     } else {
         ReadNarrowLine(bytes);
     }
-    const std::size_t last = m_line.find_last_not_of(u"\n\r\f");
-    m_line.resize(last == std::u16string::npos ? 0 : last + 1);
+    m_line = m_line.substr(0, m_line.find_last_not_of("\n\r\f") + 1);
     return !m_line.empty();
 }
 
 void LsZFile::Parser::ReadLszUnicodeLine(std::string_view bytes) {
-    m_line.resize(bytes.size() / 2);
-    if (!bytes.empty()) std::memcpy(m_line.data(), bytes.data(), bytes.size());
+    m_units.resize(bytes.size() / 2);
+    if (!bytes.empty()) std::memcpy(m_units.data(), bytes.data(), bytes.size());
+    m_narrow.resize(m_units.size());
+    m_hasInvalid = false;
+    if (platform::NarrowAscii(m_units.data(), m_units.size(), m_narrow.data()) != m_units.size())
+        NarrowUnits();
+    m_line = m_narrow;
     if (m_reader.HasFailed()) Log(&ICLogger::ErrorV, "%s", "Could not read from Unicode LsZ file");
 }
 
-void LsZFile::Parser::ReadNarrowLine(std::string_view bytes) {
-    m_line.resize(bytes.size());
-    const auto* const begin = reinterpret_cast<const unsigned char*>(bytes.data());
-    if (platform::WidenAscii(begin, bytes.size(), m_line.data()) == bytes.size()) return;
-    if (auto wide = platform::Utf8ToUtf16(bytes)) {
-        m_line = std::move(*wide);
+void LsZFile::Parser::NarrowUnits() {
+    auto narrow = platform::Utf16ToUtf8(m_units);
+    m_hasInvalid = !narrow;
+    if (narrow) {
+        m_narrow = std::move(*narrow);
         return;
     }
-    m_line.clear();
+    m_narrow.clear();
+    const std::u16string_view units = m_units;
+    for (std::size_t at = 0, length = 1; at < units.size(); at += length) {
+        auto character = platform::Utf16ToUtf8(units.substr(at, 1));
+        const bool isAlone = character.has_value();
+        if (!isAlone) character = platform::Utf16ToUtf8(units.substr(at, 2));
+        length = isAlone || !character ? 1 : 2;
+        m_narrow += character.value_or(std::string(1, kInvalid));
+    }
+}
+
+void LsZFile::Parser::ReadNarrowLine(std::string_view bytes) {
+    m_line = bytes;
+    if (platform::FindInvalidUtf8(bytes) == std::string_view::npos) return;
+    m_line = {};
     StringUtils::NarrowStringToWide(std::string(bytes));  // which logs it
 }
 
+std::string LsZFile::Parser::ToNarrow(View text) const {
+    if (!m_hasInvalid || text.find(kInvalid) == View::npos) return std::string(text);
+    constexpr wchar_t kLoneSurrogate = 0xD800;
+    return StringUtils::WideStringToNarrow(std::wstring(1, kLoneSurrogate));  // which logs it
+}
+
 bool LsZFile::Parser::ParseHash(View line) {
-    auto hash = After(line, u"; Hash ");
-    if (!hash) hash = After(line, u"; HashV4 ");
+    auto hash = After(line, "; Hash ");
+    if (!hash) hash = After(line, "; HashV4 ");
     if (hash) m_record.overallHash = ToNarrow(*hash);
     return hash.has_value();
 }
 
 void LsZFile::Parser::ParseOtherCommentLine(View line) {
-    if (const auto version = NumberAfter(line, u"; List Complete - ")) {
+    if (const auto version = NumberAfter(line, "; List Complete - ")) {
         SetVersion(*version);
         m_isComplete = true;
-    } else if (const auto packageVersion = NumberAfter(line, u"; Package Version = ")) {
+    } else if (const auto packageVersion = NumberAfter(line, "; Package Version = ")) {
         SetVersion(*packageVersion);
-    } else if (line == u"; List Complete") {
+    } else if (line == "; List Complete") {
         m_isComplete = true;
-    } else if (const auto blockSize = NumberAfter(line, u"; BlockSize=", 16)) {
+    } else if (const auto blockSize = NumberAfter(line, "; BlockSize=", 16)) {
         m_file.m_blockSize = blockSize->As<std::uint32_t>();
-    } else if (line.starts_with(u"; Wrong")) {
+    } else if (line.starts_with("; Wrong")) {
         ParseWrongLine(line);
-    } else if (const auto currentVersion = NumberAfter(line, u"; Current Version ")) {
+    } else if (const auto currentVersion = NumberAfter(line, "; Current Version ")) {
         ParseCurrentVersion(*currentVersion);
-    } else if (line == u"; Error: Package hash does not match") {
+    } else if (line == "; Error: Package hash does not match") {
         Log(&ICLogger::DebugV, "LSZ comment: %s", ForLog(line).c_str());
         m_hasHashError = m_isWrongVersion = true;
     }
@@ -146,7 +163,7 @@ void LsZFile::Parser::ParseOtherCommentLine(View line) {
 
 void LsZFile::Parser::ParseWrongLine(View line) {
     Log(&ICLogger::InfoV, "LsZcomment: %s", ForLog(line).c_str());
-    (line == u"; Wrong Package Version" ? m_isWrongVersion : m_hasOtherError) = true;
+    (line == "; Wrong Package Version" ? m_isWrongVersion : m_hasOtherError) = true;
 }
 
 void LsZFile::Parser::ParseCurrentVersion(const LsZNumber& number) {
@@ -160,15 +177,15 @@ void LsZFile::Parser::SetVersion(const LsZNumber& number) {
 }
 
 bool LsZFile::Parser::SplitListLine(View line, FileFromLsZ& entry) const {
-    const std::size_t quote = line.find(u'"');
-    if (line.empty() || line.front() == u';' || quote == View::npos) return false;
+    const std::size_t quote = line.find('"');
+    if (line.empty() || line.front() == ';' || quote == View::npos) return false;
     entry.leadingValue = LsZNumber::Read(line, 10).As<std::uint32_t>();
     View name = line.substr(quote + 1);
-    const std::size_t end = name.find(u'"');
+    const std::size_t end = name.find('"');
     const View text = end == View::npos ? View() : name.substr(end + 1);
     name = name.substr(0, end);
-    const bool isFolder = end != View::npos && name.ends_with(u"\\.");
-    if (name.starts_with(u".\\")) {
+    const bool isFolder = end != View::npos && name.ends_with("\\.");
+    if (name.starts_with(".\\")) {
         name.remove_prefix(2);
         entry.leadingValue = 1;
     }
@@ -202,7 +219,7 @@ void LsZFile::Parser::SplitFields(View text, const LsZFields& fields, FileFromLs
 }
 
 void LsZFile::Parser::SplitChecksum(View text, FileFromLsZ& entry) const {
-    const std::size_t end = text.find(u' ');
+    const std::size_t end = text.find(' ');
     entry.crc = ToNarrow(text.substr(0, end));
     if (end == View::npos || end + 1 == text.size()) return;
     const std::string extra = ForLog(text.substr(end + 1));

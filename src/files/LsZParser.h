@@ -27,18 +27,23 @@ public:
     bool Parse();
 
 private:
-    using View = std::u16string_view;
+    using View = std::string_view;
+
+    static constexpr char kInvalid = '\xFF';  // which UTF-8 never has
 
     bool OpenLsZFile();
     void ReadLines();
     bool GetNextListLine();
     void ReadLszUnicodeLine(std::string_view bytes);
+    void NarrowUnits();
     void ReadNarrowLine(std::string_view bytes);
     bool ParseHash(View line);
     void ParseOtherCommentLine(View line);
     void ParseWrongLine(View line);
     void ParseCurrentVersion(const LsZNumber& number);
     void SetVersion(const LsZNumber& number);
+    /// Empty, with an Error entry, when the text is invalid.
+    std::string ToNarrow(View text) const;
     bool SplitListLine(View line, FileFromLsZ& entry) const;
     void SplitFields(View text, const LsZFields& fields, FileFromLsZ& entry) const;
     void SplitChecksum(View text, FileFromLsZ& entry) const;
@@ -50,7 +55,11 @@ private:
     LsZFile& m_file;
     Record& m_record;
     LsZLineReader m_reader;
-    std::u16string m_line;
+    std::u16string m_units;
+    std::string m_narrow;
+    /// UTF-8, with kInvalid for each unit that is none of UTF-16. In m_narrow or the reader's buffer.
+    std::string_view m_line;
+    bool m_hasInvalid = false;
     bool m_isComplete = false;
     bool m_isWrongVersion = false;
     bool m_hasHashError = false;

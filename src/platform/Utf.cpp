@@ -235,8 +235,6 @@ std::optional<std::string> Encode(std::basic_string_view<Unit> text) {
 
 std::optional<std::wstring> Utf8ToWide(std::string_view text) { return Decode<std::wstring>(text); }
 
-std::optional<std::u16string> Utf8ToUtf16(std::string_view text) { return Decode<std::u16string>(text); }
-
 std::optional<std::string> WideToUtf8(std::wstring_view text) { return Encode(text); }
 
 std::optional<std::string> Utf16ToUtf8(std::u16string_view text) { return Encode(text); }

@@ -14,7 +14,6 @@ namespace quillon::platform {
 
 std::optional<std::wstring> Utf8ToWide(std::string_view text);
 std::optional<std::string> WideToUtf8(std::wstring_view text);
-std::optional<std::u16string> Utf8ToUtf16(std::string_view text);
 std::optional<std::string> Utf16ToUtf8(std::u16string_view text);
 
 /// For system calls and texts that must not fail: an invalid sequence becomes U+FFFD.
