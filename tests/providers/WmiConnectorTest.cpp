@@ -6,7 +6,9 @@
 
 #include "quillon/ComScope.h"
 #include "quillon/ProcessUtils.h"
+#include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
+#include "support/TempDir.h"
 
 // Against the system's own WMI, and what answers in its place outside Windows.
 
@@ -79,6 +81,21 @@ TEST_F(SystemWmiTest, CallsAMethodOfAProcess) {
     EXPECT_EQ(table.begin()->Get("ReturnValue"), Variant("ReturnValue", 0));
     EXPECT_THAT(table.begin()->Get("ObjectPath").GetStringValue(),
                 testing::HasSubstr("Win32_Process.Handle="));
+}
+
+TEST_F(SystemWmiTest, CallsAMethodOfAClass) {
+    const TempDir dir;
+    const auto started = dir.Native("started"), go = dir.Native("go");
+    MethodParameters parameters;
+    parameters.scalars.Add("commandline", ChildCommand("await", {started.string(), go.string()}));
+    ASSERT_TRUE(connector.ExecuteStaticMethod(L"Win32_Process", L"Create", parameters, &table));
+    ASSERT_EQ(table.GetNumberOfRows(), 1U);
+    EXPECT_EQ(table.begin()->Get("ReturnValue"), Variant("ReturnValue", 0));
+    EXPECT_TRUE(AwaitFile(started));
+    const std::string id = std::to_string(table.begin()->Get("ProcessId").GetLongLongValue());
+    EXPECT_TRUE(Query("SELECT Name FROM Win32_Process WHERE ProcessId = " + id));
+    EXPECT_EQ(table.GetNumberOfRows(), 1U);
+    dir.Write("go", "");
 }
 
 TEST_F(SystemWmiTest, RefusesWhatItDoesNotKnow) {
