@@ -7,6 +7,7 @@
 #include <string>
 
 #include "files/LsZFields.h"
+#include "platform/Characters.h"
 #include "platform/Utf.h"
 #include "quillon/LsZFile.h"
 #include "quillon/ServiceLocator.h"
@@ -22,19 +23,17 @@ void Require(bool condition) {
     if (!condition) std::abort();
 }
 
-void CheckFields(const std::u16string& text) {
-    std::u16string lower = text;
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char16_t unit) {
-        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-    });
-    const auto behind = [&lower](std::u16string_view key) {
+void CheckFields(const std::string& text) {
+    std::string lower = text;
+    std::transform(lower.begin(), lower.end(), lower.begin(), &quillon::platform::Lower<char>);
+    const auto behind = [&lower](std::string_view key) {
         const std::size_t at = lower.find(key);
-        return at == std::u16string::npos ? at : at + key.size();
+        return at == std::string::npos ? at : at + key.size();
     };
     const LsZFields fields = LsZFields::Find(text);
-    Require(fields.hexLength == behind(u" ln=0x") && fields.length == behind(u" ln="));
-    Require(fields.time == behind(u" dt=") && fields.from == behind(u"from=") && fields.to == behind(u"to="));
-    Require(fields.rdc == behind(u"rdc=") && fields.crc == behind(u"crc="));
+    Require(fields.hexLength == behind(" ln=0x") && fields.length == behind(" ln="));
+    Require(fields.time == behind(" dt=") && fields.from == behind("from=") && fields.to == behind("to="));
+    Require(fields.rdc == behind("rdc=") && fields.crc == behind("crc="));
 }
 
 /// A file of this process's own.
@@ -65,11 +64,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         logger.SetLevel(quillon::ICLogger::Level::Fatal);
         quillon::ServiceLocator::Put<quillon::ICLogger>(&logger);
     }
-    std::u16string units;
-    for (std::size_t i = 0; i + 2 <= size; i += 2)
-        units.push_back(static_cast<char16_t>(data[i] | data[i + 1] << 8));
-    CheckFields(units);
-    CheckFields(std::u16string(data, data + size));
-    CheckList(std::string(reinterpret_cast<const char*>(data), size));
+    const std::string content(reinterpret_cast<const char*>(data), size);
+    CheckFields(content);
+    CheckList(content);
     return 0;
 }
