@@ -15,7 +15,8 @@ constexpr std::string_view kLineEnd = "\r\n";
 void AppendField(std::string& output, std::string_view text) {
     std::string buffer;
     const std::string_view valid = ValidUtf8(text, buffer);
-    if (!valid.empty() && valid.find_first_of(",\"\r\n") == std::string_view::npos) {
+    const bool hasMark = WithoutByteOrderMark(valid).size() < valid.size();  // an import would skip it
+    if (!valid.empty() && !hasMark && valid.find_first_of(",\"\r\n") == std::string_view::npos) {
         output += valid;
         return;
     }
