@@ -119,7 +119,6 @@ private:
     static void Delete(Record* record) noexcept;
     Record& Own();
     const std::vector<Variant>& Elements() const noexcept;
-    const_iterator FindName(const std::string& name) const;
     void AddAll(std::initializer_list<const Variant*> values);
     bool Erase(const_iterator position);
     bool SimilarByPairs(const VariantList& other) const;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "data/DumpWriter.h"
+#include "data/NameMarks.h"
 #include "data/VariantRecord.h"
 #include "quillon/StringUtils.h"
 
@@ -38,11 +39,39 @@ bool PairUp(Left left, Left leftEnd, Right right, Right rightEnd, Equal equal) {
 
 struct VariantList::Record {
     Record() = default;
-    Record(const Record& other) : elements(other.elements) {}
+    Record(const Record& other) : elements(other.elements) { MarkAll(); }
     Record& operator=(const Record&) = delete;
+
+    template <class... Arguments>
+    void Add(Arguments&&... arguments) {
+        elements.emplace_back(std::forward<Arguments>(arguments)...);
+        marks.Set(elements.size() - 1, elements.back().GetName());
+    }
+
+    void MarkAll() noexcept {
+        marks.Clear();
+        for (std::size_t i = 0; i < std::min(elements.size(), NameMarks::kCapacity); ++i) {
+            marks.Set(i, elements[i].GetName());
+        }
+    }
+
+    const Variant* Find(const std::string& name) const noexcept {
+        const Variant* found = nullptr;
+        const auto matches = [&](std::size_t index) {
+            const bool equal = EqualNames(elements[index].Get().name, name);
+            if (equal) found = &elements[index];
+            return equal;
+        };
+        if (!renamable && marks.AnyOf(name, matches)) return found;
+        std::size_t index = renamable ? 0 : NameMarks::kCapacity;
+        while (index < elements.size() && !matches(index)) ++index;
+        return found;
+    }
 
     std::vector<Variant> elements;
     std::size_t cursor = std::numeric_limits<std::size_t>::max();  // of GetFirst and GetNext; unset at first
+    NameMarks marks;
+    bool renamable = false;  // an element was handed out, so the marks may be stale
 };
 
 // Inline, as every look-up comes by here.
@@ -50,16 +79,6 @@ inline const std::vector<Variant>& VariantList::Elements() const noexcept {
     if (m_record) return m_record->elements;
     static const std::vector<Variant> none;
     return none;
-}
-
-/// The last character tells most names apart, where a call of memcmp costs more.
-inline VariantList::const_iterator VariantList::FindName(const std::string& name) const {
-    const auto& elements = Elements();
-    return std::find_if(elements.begin(), elements.end(), [&name](const Variant& element) {
-        const std::string& own = element.Get().name;
-        if (own.size() != name.size()) return false;
-        return own.empty() || (own.back() == name.back() && own == name);
-    });
 }
 
 VariantList::VariantList() = default;
@@ -99,28 +118,25 @@ VariantList& VariantList::operator=(const VariantList& other) {
     return *this;
 }
 
-void VariantList::Add(const Variant& value) { Own().elements.push_back(value); }
-void VariantList::Add(Variant&& value) { Own().elements.push_back(std::move(value)); }
+void VariantList::Add(const Variant& value) { Own().Add(value); }
+void VariantList::Add(Variant&& value) { Own().Add(std::move(value)); }
 void VariantList::Add(const Variant* value) { Add(*value); }
-void VariantList::Add(const std::string& name, const char* value) {
-    Own().elements.emplace_back(name, value);
-}
-void VariantList::Add(const std::string& name, const std::string& value) {
-    Own().elements.emplace_back(name, value);
-}
-void VariantList::Add(const std::string& name, std::string&& value) {
-    Own().elements.emplace_back(name, std::move(value));
-}
-void VariantList::Add(const std::string& name, long long value) { Own().elements.emplace_back(name, value); }
-void VariantList::Add(const std::string& name, bool value) { Own().elements.emplace_back(name, value); }
-void VariantList::Add(const std::string& name, double value) { Own().elements.emplace_back(name, value); }
+void VariantList::Add(const std::string& name, const char* value) { Own().Add(name, value); }
+void VariantList::Add(const std::string& name, const std::string& value) { Own().Add(name, value); }
+void VariantList::Add(const std::string& name, std::string&& value) { Own().Add(name, std::move(value)); }
+void VariantList::Add(const std::string& name, long long value) { Own().Add(name, value); }
+void VariantList::Add(const std::string& name, bool value) { Own().Add(name, value); }
+void VariantList::Add(const std::string& name, double value) { Own().Add(name, value); }
 void VariantList::AddEmptyCell(const std::string& name, const std::type_index& type) {
-    Own().elements.emplace_back(name, type);
+    Own().Add(name, type);
 }
 
 void VariantList::Reserve(std::size_t count) { Own().elements.reserve(count); }
 
-bool VariantList::Remove(const std::string& name) { return Erase(FindName(name)); }
+bool VariantList::Remove(const std::string& name) {
+    const Variant* const found = Find(name);
+    return found != nullptr && Erase(begin() + (found - Elements().data()));
+}
 
 bool VariantList::Remove(const Variant& value) { return Erase(std::find(begin(), end(), value)); }
 
@@ -146,8 +162,7 @@ const Variant& VariantList::Get(const std::string& name) const { return (*this)[
 bool VariantList::Contains(const std::string& name) const { return Find(name) != nullptr; }
 
 const Variant* VariantList::Find(const std::string& name) const {
-    const auto found = FindName(name);
-    return found != Elements().end() ? &*found : nullptr;
+    return m_record ? m_record->Find(name) : nullptr;
 }
 
 bool VariantList::TypeIs(const std::type_info& type, int index) const {
@@ -164,6 +179,7 @@ Variant* VariantList::GetFirst() {
 
 Variant* VariantList::GetNext() {
     if (!m_record || m_record->cursor >= m_record->elements.size()) return nullptr;
+    m_record->renamable = true;
     return &m_record->elements[m_record->cursor++];
 }
 
@@ -251,6 +267,7 @@ void VariantList::AddAll(std::initializer_list<const Variant*> values) {
 bool VariantList::Erase(const_iterator position) {
     if (position == end()) return false;
     m_record->elements.erase(position);
+    m_record->MarkAll();
     m_record->cursor = std::numeric_limits<std::size_t>::max();
     return true;
 }

@@ -24,6 +24,41 @@ TEST(VariantList, LookUpsFindTheFirstOfAName) {
     EXPECT_TRUE(list.TypeIs(typeid(std::string), 0));
 }
 
+TEST(VariantList, FindsEveryNameAfterChanges) {
+    // Names of all lengths up to past two words; many share their first and last character.
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < 40; ++i)
+        names.push_back("c" + std::to_string(i) + std::string(i % 20, '_') + "x");
+    names.insert(names.begin() + 3, "");
+    const auto expectAll = [&names](const VariantList& list) {
+        ASSERT_EQ(list.Size(), names.size());
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            EXPECT_EQ(list.Find(names[i]), &list[static_cast<int>(i)]) << names[i];
+            EXPECT_FALSE(list.Contains(names[i] + '_')) << names[i];
+        }
+    };
+    VariantList list;
+    for (std::size_t i = 0; i < names.size(); ++i) list.Add(names[i], static_cast<long long>(i));
+    expectAll(list);
+    for (const std::size_t erased : {0U, 5U, 20U}) {
+        EXPECT_TRUE(list.Remove(names[erased]));
+        names.erase(names.begin() + erased);
+        expectAll(list);
+    }
+    Variant* const kept = list.GetFirst();
+    for (const char* name : {"renamed", "renamed again"}) {  // the second time by the pointer that was kept
+        EXPECT_TRUE(list.Contains(names[0]));
+        kept->SetName(names[0] = name);
+        expectAll(list);
+        expectAll(VariantList(list));
+    }
+    EXPECT_TRUE(list.Remove(names[1]));
+    names.erase(names.begin() + 1);
+    kept->SetName(names[0] = "after a removal");
+    expectAll(list);
+    expectAll(VariantList(std::move(list)));
+}
+
 TEST(VariantList, RefusesWhatIsNotThere) {
     const VariantList list(Variant("n", 1), Variant("m", 2));
     const std::string longName(300, 'n');
