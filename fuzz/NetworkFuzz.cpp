@@ -4,6 +4,7 @@
 #include <regex>
 #include <string>
 
+#include "ExpandedText.h"
 #include "Utils/NetworkPatterns.h"
 #include "quillon/NetworkUtils.h"
 
@@ -15,18 +16,8 @@ namespace {
 
 using quillon::NetworkUtils;
 
-std::string Expanded(const std::uint8_t* data, std::size_t size) {
-    static const char* const parts[] = {"10.0.0.1", "255.", "-", "1.2.3.4-5.6.7.8", "[", "]",
-                                        "::",       "fe80", "0", "host.example",    ",", "%1"};
-    constexpr std::size_t kParts = sizeof parts / sizeof *parts;
-    constexpr std::size_t kFirst = 0x0E;  // white space stays
-    std::string text;
-    for (std::size_t i = 0; i < size; ++i) {
-        const std::size_t part = data[i] - kFirst;
-        text += data[i] >= kFirst && part < kParts ? parts[part] : std::string(1, static_cast<char>(data[i]));
-    }
-    return text;
-}
+constexpr const char* kParts[] = {"10.0.0.1", "255.", "-", "1.2.3.4-5.6.7.8", "[", "]",
+                                  "::",       "fe80", "0", "host.example",    ",", "%1"};
 
 void Check(bool holds) {
     if (!holds) std::abort();
@@ -69,7 +60,7 @@ void CheckText(int family, const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::size_t kLongestForRegex = 300;  // it recurses on its input
-    const std::string text = Expanded(data, size);
+    const std::string text = quillon::ExpandedText(data, size, kParts);
     CheckText(2, text);
     CheckText(23, text);
     CheckEnds(text);

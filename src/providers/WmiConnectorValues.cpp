@@ -1,8 +1,10 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <variant>
 
 #include "platform/Utf.h"
+#include "platform/VariantNumber.h"
 #include "providers/SilentLogger.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiOwners.h"
@@ -16,24 +18,10 @@ namespace {
 
 /// What needs no text on the way.
 std::optional<long long> HeldInteger(const VARIANT& value) {
-    switch (value.vt) {
-        case VT_I1:
-            return value.cVal;
-        case VT_UI1:
-            return value.bVal;
-        case VT_I2:
-            return value.iVal;
-        case VT_UI2:
-            return value.uiVal;
-        case VT_I4:
-            return value.lVal;
-        case VT_UI4:
-            return value.ulVal;
-        case VT_I8:
-            return value.llVal;
-        default:
-            return std::nullopt;
-    }
+    if (value.vt == VT_EMPTY || value.vt == VT_BOOL || value.vt == VT_BSTR) return std::nullopt;
+    const auto number = platform::VariantNumberOf(value);
+    const long long* const integer = number ? std::get_if<long long>(&*number) : nullptr;
+    return integer != nullptr ? std::optional(*integer) : std::nullopt;
 }
 
 void SetInteger(const VARIANT& value, CIMTYPE type, Variant& out) {

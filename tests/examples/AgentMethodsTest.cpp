@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "Assignments.h"
 #include "examples/RunAgent.h"
 #include "quillon/MiscUtils.h"
 #include "support/ChildMain.h"
@@ -160,6 +161,35 @@ TEST(AgentEventLog, ReadsAndFollowsTheSimulatedChannel) {
     EXPECT_EQ(RunForJson({"run", "EventLog.Follow", "channel=Quillon", "seconds=0"}).at(0)["EventId"], 3);
     EXPECT_EQ(RunAgent({"run", "EventLog.Query", "channel=none"}).exitCode, 3);
     EXPECT_EQ(RunAgent({"run", "EventLog.Follow", "channel=Quillon", "seconds=86401"}).exitCode, 2);
+}
+
+TEST(AgentWmi, ReadsTheValuesToSet) {
+    VariantList values;
+    InvocationResult result;
+    EXPECT_TRUE(agent::ReadAssignments("set", "a=x=1;;2; b :text=;n:integer=-3;f:float=0.5;t:boolean=true",
+                                       values, result));
+    EXPECT_EQ(values, VariantList(Variant("a", "x=1;2"), Variant(" b ", ""), Variant("n", -3),
+                                  Variant("f", 0.5), Variant("t", true)));
+    for (const char* text : {"a", "=x", "a:=x", "a:word=x", "a:integer=x", "a=1;", ";a=1"}) {
+        EXPECT_FALSE(agent::ReadAssignments("set", text, values, result)) << text;
+        EXPECT_THAT(result.errorMessage, HasSubstr("'set' parameter cannot be read at '")) << text;
+    }
+}
+
+TEST(AgentWmi, QueriesAndSaysWhatCannotBeChanged) {
+    const std::string wql = "wql=SELECT * FROM Win32_OperatingSystem";
+    const ordered_json rows =
+        RunForJson({"run", "Wmi.Query", "wql=SELECT Version FROM Win32_OperatingSystem"});
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_FALSE(rows[0]["Version"].get<std::string>().empty());
+
+    const AgentRun update = RunAgent({"run", "Wmi.Update", wql, "set=Description=text"});
+    EXPECT_EQ(update.exitCode, 3);
+    EXPECT_THAT(update.errors, HasSubstr("WMI error 0x"));
+    EXPECT_THAT(RunAgent({"run", "Wmi.Update", wql, "set=NoSuch=1", "all=true"}).errors,
+                HasSubstr("WMI error 0x80041002"));
+    EXPECT_EQ(RunAgent({"run", "Wmi.Update", wql, "set=Description:word=text"}).exitCode, 2);
+    EXPECT_EQ(RunAgent({"run", "Wmi.Invoke", wql, "class=Win32_Process", "method=Create"}).exitCode, 2);
 }
 
 TEST(AgentAudit, HoldRefusesWhatIsNoSubcategory) {
