@@ -1,5 +1,6 @@
 #include "ConfigurationReader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -203,6 +204,12 @@ private:
 
 bool ReadSettings(std::string_view document, AgentSettings& settings, std::vector<std::string>& faults) {
     const std::size_t before = faults.size();
+    // JSON has it nowhere, but the parser would take it for the end.
+    if (const std::size_t zero = document.find('\0'); zero != std::string_view::npos) {
+        const auto line = 1 + std::ranges::count(document.substr(0, zero), '\n');
+        faults.push_back("line " + std::to_string(line) + ": not JSON (a zero byte)");
+        return false;
+    }
     LineCount lines;
     SettingsHandler handler(lines, settings, faults);
     const char* const begin = document.data();

@@ -105,7 +105,8 @@ public:
     bool operator!=(const DataTable& other) const;
     bool Similar(const DataTable& other, bool ignoreColumns) const;
     bool NotSimilar(const DataTable& other) const;
-    /// Debug lines, indented by up to 40 blanks. A null logger means the registered one.
+    /// Debug lines, indented by up to 40 blanks. A null logger means the registered one,
+    /// else standard error.
     void Dump(const char* title, ICLogger* logger, unsigned int indent) const;
 
 private:

@@ -13,7 +13,7 @@ public:
 
     /// Writes the block that identifies the agent at Info: the title, version and host name,
     /// rights, the build, the title. With `skipIfJustWritten` only the title when the last call wrote
-    /// the block and asked for no skipping. `title` is a format and holds no '%'.
+    /// the block and asked for no skipping.
     static void LogCopyright(const char* title, ICLogger* logger, bool skipIfJustWritten);
 };
 

@@ -67,12 +67,16 @@ public:
     }
 
     /// A new object; when its last reference goes, the recycler that is registered
-    /// at that moment takes it back. One that is missing or throws loses the object.
+    /// at that moment takes it back. One that is missing or throws loses the object, with a Fatal entry.
     template <class T>
     static std::shared_ptr<T> GetInstance() {
         const std::string id = T::__InterfaceId();
-        return std::shared_ptr<T>(static_cast<T*>(GetInstanceInternal(id)),
-                                  [id](T* object) { RecycleInternal(id, object); });
+        // Before the object, which nobody would release if making this failed.
+        auto recycle = [key = std::string(id)](T* object) {
+            if (object != nullptr) RecycleInternal(key, object);
+        };
+        T* const object = static_cast<T*>(GetInstanceInternal(id));
+        return std::shared_ptr<T>(object, std::move(recycle));
     }
 
     /// Removes the pair and returns it, factory first.

@@ -72,6 +72,8 @@ public:
     Variant(const std::string& name, T value) : Variant(name, static_cast<long long>(value)) {}
     /// Pointers would silently become booleans.
     template <class T>
+    requires(!std::same_as<std::remove_cv_t<T>, char>) explicit Variant(T* value) = delete;
+    template <class T>
     requires(!std::same_as<std::remove_cv_t<T>, char>) Variant(const std::string& name, T* value)
     = delete;
 

@@ -59,6 +59,8 @@ public:
     void Add(const std::string& name, T value) {
         Add(name, static_cast<long long>(value));
     }
+    template <class T>
+    requires(!std::same_as<std::remove_cv_t<T>, char>) void Add(const std::string& name, T* value) = delete;
     /// A null placeholder of that type.
     void AddEmptyCell(const std::string& name, const std::type_index& type);
     /// Room for this many elements without another allocation.
@@ -102,7 +104,8 @@ public:
     /// Every value in quotes; with `optionsUnquoted`, texts that begin with '-' are
     /// not. Quotes inside a value are not escaped.
     std::string ToDelimitedStrings(char delimiter, char quote, bool optionsUnquoted) const;
-    /// Debug lines, indented by up to 40 blanks. A null logger means the registered one.
+    /// Debug lines, indented by up to 40 blanks. A null logger means the registered one,
+    /// else standard error.
     void Dump(const char* title, ICLogger* logger, unsigned int indent) const;
 
 private:

@@ -269,9 +269,10 @@ void DataTable::RationaliseFirstRow() {
     if (m_rows.size() >= 2) {
         const ColumnTypes columns = FindColumnTypes(m_rows);
         VariantList& first = *GetFirstRow();
-        const auto addMissing = [&first](std::string_view name, const std::type_info& type) {
-            const std::string column(name);
-            if (!first.Contains(column)) first.AddEmptyCell(column, type);
+        std::set<std::string_view> present;
+        for (const Variant& cell : std::as_const(first)) present.insert(cell.GetName());
+        const auto addMissing = [&](std::string_view name, const std::type_info& type) {
+            if (present.insert(name).second) first.AddEmptyCell(std::string(name), type);
         };
         for (const auto& [name, type] : columns.typed) addMissing(name, *type);
         for (const auto name : columns.untyped) addMissing(name, typeid(std::string));
@@ -326,13 +327,14 @@ bool DataTable::NotSimilar(const DataTable& other) const {
 
 void DataTable::Dump(const char* title, ICLogger* logger, unsigned int indent) const {
     ICLogger* const target = LoggerOrRegistered(logger);
-    const std::string prefix = DumpIndent(indent), inner = DumpIndent(indent + 1);
+    const std::string prefix = DumpIndent(indent), inner = DumpIndent(InnerIndent(indent));
     const std::string shownTitle = title != nullptr ? title : "";
     WriteDumpLine(target, prefix + "Start of DataTable dump with " + std::to_string(GetNumberOfRows()) +
                               " row(s): " + shownTitle);
     WriteDumpLine(target, inner + "IsUndefined == " + (IsUndefined() ? "true" : "false"));
     WriteDumpLine(target, inner + "Column names: " + ColumnNames().ToString(", ", nullptr));
-    for (const VariantList& row : std::as_const(m_rows)) row.Dump("DataTable row", target, indent + 1);
+    for (const VariantList& row : std::as_const(m_rows))
+        row.Dump("DataTable row", target, InnerIndent(indent));
     WriteDumpLine(target, prefix + "End of DataTable dump: " + shownTitle);
 }
 

@@ -97,6 +97,11 @@ private:
     std::vector<std::string> m_keys;
 };
 
+/// `byte` counts from 1.
+[[noreturn]] void FailAt(std::size_t byte) {
+    throw TableFormatError("JSON: cannot be read at byte " + std::to_string(byte));
+}
+
 /// Receives the events of a parser that keeps its own stack, so that hostile
 /// nesting costs no call stack, and makes rows of the objects at one depth.
 class RowReader final : public nlohmann::json_sax<nlohmann::json> {
@@ -169,7 +174,7 @@ public:
     }
 
     bool parse_error(std::size_t position, const std::string&, const nlohmann::detail::exception&) override {
-        throw TableFormatError("JSON: cannot be read at byte " + std::to_string(m_offset + position));
+        FailAt(m_offset + position);
     }
 
 private:
@@ -256,6 +261,8 @@ std::string ToJsonLines(const DataTable& table) {
 DataTable FromJson(std::string_view json) {
     std::string buffer;
     const std::string_view text = WithoutByteOrderMark(ValidUtf8(json, buffer));
+    // JSON has it nowhere, but the parser would take it for the end.
+    if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) FailAt(zero + 1);
     DataTable table;
     const std::size_t start = text.find_first_not_of(kWhiteSpace);
     if (start != std::string_view::npos && text[start] == '[') {

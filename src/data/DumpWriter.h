@@ -15,6 +15,9 @@ inline std::string DumpIndent(unsigned int blanks) {
     return std::string(std::min(blanks, kMaximumDumpIndent), ' ');
 }
 
+/// For what stands inside.
+inline unsigned int InnerIndent(unsigned int blanks) { return std::min(blanks, kMaximumDumpIndent) + 1; }
+
 /// `logger`, else the registered one; null when there is none.
 inline ICLogger* LoggerOrRegistered(ICLogger* logger) {
     return logger != nullptr ? logger : ServiceLocator::Get<ICLogger>(true);

@@ -133,8 +133,9 @@ void Variant::SetToNull() { Own().null = true; }
 
 void Variant::SetName(const std::string& name) {
     Record& record = Own();
-    record.bindName = Record::BindName(name);
+    auto bindName = Record::BindName(name);
     record.name = name;
+    record.bindName = std::move(bindName);  // last, as the name given may be the old one
 }
 
 bool Variant::IsNull() const { return Get().null; }

@@ -248,7 +248,7 @@ void VariantList::Dump(const char* title, ICLogger* logger, unsigned int indent)
     const std::string prefix = DumpIndent(indent), shownTitle(TextOrEmpty(title));
     WriteDumpLine(target, prefix + "Start of VariantList dump with " + std::to_string(Size()) +
                               " column(s): " + shownTitle);
-    for (const Variant& element : Elements()) element.Dump(target, indent + 1);
+    for (const Variant& element : Elements()) element.Dump(target, InnerIndent(indent));
     WriteDumpLine(target, prefix + "End of VariantList dump: " + shownTitle);
 }
 

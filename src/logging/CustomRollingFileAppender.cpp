@@ -62,10 +62,10 @@ void CustomRollingFileAppender::close() {
 }
 
 void CustomRollingFileAppender::append(const log4cplus::spi::InternalLoggingEvent& event) {
-    if (IsRollOverDue()) {
+    if (IsRollOverDue() || m_isReportDue) {
         // What is logged after the roll-over reuses this thread's event and buffer.
         const std::string line = formatEvent(event);
-        RollOver();
+        IsRollOverDue() ? RollOver() : ReportRollOver();
         Write(line);
     } else {
         Write(formatEvent(event));
@@ -76,15 +76,21 @@ void CustomRollingFileAppender::append(const log4cplus::spi::InternalLoggingEven
 bool CustomRollingFileAppender::IsRollOverDue() const { return m_size > m_rollOverAt && !m_isReporting; }
 
 void CustomRollingFileAppender::RollOver() {
+    const bool isDevice = m_file && !platform::IsDiskFile(m_file);
     m_file.Reset();
-    const bool isMoved = MoveAside(filename, maxBackupIndex);
-    IsOpenAgain();
+    const bool isMoved = !isDevice && MoveAside(filename, maxBackupIndex);
+    if (isMoved) {
+        m_size = 0;
+        m_isLineTorn = false;
+        m_isReportDue = true;
+    }
     m_rollOverAt = isMoved ? kMaxFileSize : std::max<std::uint64_t>(kMaxFileSize, m_size + kRetryAfter);
-    if (isMoved) ReportRollOver();
+    ReportRollOver();
 }
 
 void CustomRollingFileAppender::ReportRollOver() {
-    if (!m_afterRollOver) return;
+    // A new file that cannot be opened yet begins with its report all the same, later.
+    if (!IsOpenAgain() || !std::exchange(m_isReportDue, false) || !m_afterRollOver) return;
     m_isReporting = true;
     const DestructorFunctor done([this] { m_isReporting = false; });
     try {

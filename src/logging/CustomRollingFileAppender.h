@@ -50,6 +50,7 @@ private:
     std::uint64_t m_size = 0;    ///< of the file, counted by what is written
     std::uint64_t m_rollOverAt;  ///< the size past which the file is moved aside
     bool m_isLineTorn = false;   ///< the file ends in a part of a line
+    bool m_isReportDue = false;  ///< the file is new and its report not yet written
     bool m_isReporting = false;
     std::chrono::steady_clock::time_point m_openAgainAt;
     std::function<void()> m_afterRollOver;

@@ -13,8 +13,10 @@ namespace quillon::platform {
 
 /// Opens a log file for appending; one that is missing is made, for its owner to
 /// write and its group to read. Others may read and write it meanwhile. No child
-/// inherits it.
+/// inherits it. Pipes and sockets are refused.
 FileHandle OpenLogFile(const std::string& path);
+/// Not a device, which must not be moved aside.
+bool IsDiskFile(const FileHandle& file);
 
 struct Appended {
     std::uint64_t bytes = 0;  ///< in the file, line ends as the system writes them

@@ -140,8 +140,14 @@ ServiceLocator::Recycler ServiceLocator::GetRecyclerInternal(const std::string& 
 /// Runs while a shared pointer is destroyed, where an exception ends the process.
 void ServiceLocator::RecycleInternal(const std::string& id, void* object) noexcept {
     try {
-        GetRecyclerInternal(id)(object);
-    } catch (...) {  // a missing recycler is logged already
+        const Recycler recycler = GetRecyclerInternal(id);  // which logs one that is missing
+        try {
+            recycler(object);
+        } catch (...) {
+            CLogger::GetInstance()->Fatal("The ServiceLocator recycler for %s failed: its object is lost",
+                                          id.c_str());
+        }
+    } catch (...) {
     }
 }
 

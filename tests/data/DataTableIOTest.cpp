@@ -125,6 +125,7 @@ TEST(DataTableIO, RefusesWhatIsHostileOrMalformed) {
         {FromJson, "[{},5]", "JSON row 2: not an object"},
         {FromJson, "{\"a\":1}\n\"text\"", "JSON row 2: not an object"},
         {FromJson, "{\"a\":1}\n{\"a\" 1}", "JSON: cannot be read at byte 14"},
+        {FromJson, std::string("[{\"a\":1}]\0", 10), "JSON: cannot be read at byte 10"},
         {FromCsv, "a,b\n1\n", "CSV record 2: 1 fields instead of 2"},
         {FromCsv, "a\n1,2\n", "CSV record 2: 2 fields instead of 1"},
         {FromCsv, "a\n\"open\n\n", "CSV record 2: a quote is not closed"},

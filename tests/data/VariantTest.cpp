@@ -144,6 +144,10 @@ TEST(Variant, SurvivesMovesAndItself) {
     value.SetStringValue(value.GetStringValue());
     value.SetName(value.GetName());
     EXPECT_EQ(value, target);
+    value.SetName("a-name-that-is-too-long-for-the-object-itself");
+    value.SetName(value.GetBindName());
+    EXPECT_EQ(value.GetName(), "a_name_that_is_too_long_for_the_object_itself");
+    EXPECT_EQ(value.GetBindName(), value.GetName());
     EXPECT_EQ(Variant(static_cast<const char*>(nullptr)).GetStringValue(), "");
 }
 

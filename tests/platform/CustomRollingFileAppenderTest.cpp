@@ -105,6 +105,18 @@ TEST_F(CustomRollingFileAppenderTest, WritesAgainOnceTheDeviceTakesData) {
     EXPECT_EQ(dir.Read("log"), Line("kept"));
 }
 
+TEST_F(CustomRollingFileAppenderTest, NeitherWaitsForAPipeNorMovesADevice) {
+    if (kWindows) GTEST_SKIP() << "pipes and devices are no files there";
+    ASSERT_EQ(std::system(("mkfifo " + dir.Native("pipe").string()).c_str()), 0);
+    RollingLog(dir.Path("pipe")).Write("lost");
+
+    fs::create_symlink("/dev/null", dir.Native("device"));
+    const RollingLog log(dir.Path("device"));
+    for (int megabyte = 0; megabyte < 7; ++megabyte) log.Write(std::string(1'000'000, 'x'));
+    EXPECT_TRUE(fs::is_symlink(dir.Native("device")));
+    EXPECT_FALSE(fs::exists(dir.Native("device.1")));
+}
+
 TEST_F(CustomRollingFileAppenderTest, FullDiskTearsNoLaterLine) {
     const std::string mountPoint = dir.Native().string();
     if (kWindows ||

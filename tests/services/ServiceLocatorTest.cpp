@@ -114,6 +114,16 @@ TEST_F(ServiceLocatorTest, InstancesGoToTheRecyclerRegisteredWhenTheyAreReleased
     late.reset();
     EXPECT_EQ(first, 7);
     EXPECT_EQ(second, 7);
+
+    static Gadget lost;
+    ServiceLocator::AddFactory<Gadget>([] { return &lost; }, {});
+    EXPECT_THAT(m_processLines, IsEmpty());
+    ServiceLocator::GetInstance<Gadget>().reset();
+    EXPECT_THAT(m_processLines,
+                ElementsAre("5 The ServiceLocator recycler for VntItf_Gadget failed: its object is lost"));
+    ServiceLocator::RemoveFactory<Gadget>();
+    ServiceLocator::AddFactory<Gadget>([]() -> Gadget* { return nullptr; }, [](Gadget*) { FAIL(); });
+    EXPECT_EQ(ServiceLocator::GetInstance<Gadget>(), nullptr);
 }
 
 TEST_F(ServiceLocatorTest, FactoryMisuseIsLoggedAndThrownWithTheIdentifier) {

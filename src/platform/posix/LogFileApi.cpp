@@ -1,22 +1,46 @@
 #include "platform/LogFileApi.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "platform/ErrorText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
+namespace {
+
+constexpr std::uint32_t kInvalidParameter = 87;
+
+/// 0 when it cannot be told.
+mode_t ModeOf(const FileHandle& file) {
+    struct ::stat status {};
+    return ::fstat(file.Get(), &status) == 0 ? status.st_mode : 0;
+}
+
+}  // namespace
+
 FileHandle OpenLogFile(const std::string& path) {
     constexpr mode_t kOwnerWritesGroupReads = S_IRUSR | S_IWUSR | S_IRGRP;
-    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY;
+    // A pipe that nobody reads would hold the caller up for ever.
+    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerWritesGroupReads));
-    if (!file) FailWithErrno();
+    if (!file) {
+        FailWithErrno();
+    } else if (const mode_t mode = ModeOf(file); !S_ISREG(mode) && !S_ISCHR(mode)) {
+        file.Reset();
+        SetLastErrorCode(kInvalidParameter);
+    } else {
+        ::fcntl(file.Get(), F_SETFL, O_APPEND);
+    }
     return file;
 }
+
+bool IsDiskFile(const FileHandle& file) { return S_ISREG(ModeOf(file)); }
 
 Appended AppendToLogFile(const FileHandle& file, std::string_view text) {
     std::size_t done = 0;

@@ -23,9 +23,16 @@ std::string WithCrLf(std::string_view text) {
 
 FileHandle OpenLogFile(const std::string& path) {
     const DWORD access = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
-    return FileHandle(::CreateFileW(ToWide(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle file(::CreateFileW(ToWide(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                  OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file && ::GetFileType(file.Get()) == FILE_TYPE_PIPE) {
+        file.Reset();
+        ::SetLastError(ERROR_INVALID_PARAMETER);
+    }
+    return file;
 }
+
+bool IsDiskFile(const FileHandle& file) { return ::GetFileType(file.Get()) == FILE_TYPE_DISK; }
 
 Appended AppendToLogFile(const FileHandle& file, std::string_view text) {
     const std::string bytes = WithCrLf(text);
