@@ -18,13 +18,16 @@ using platform::VersionTranslation;
 
 constexpr const char* kDefaultVersion = "1.2.3.4";
 
-/// "1, 2, 3, 4" as "1.2.3.4".
+/// "1, 2, 3, 4" as "1.2.3.4", 20 characters at most.
 std::string Tidied(const std::string& text) {
-    constexpr std::size_t kLongest = 20;
+    constexpr int kLongest = 20;
+    int length = 0;
     std::string tidied;
     for (const char c : text) {
-        if (tidied.size() == kLongest) break;
-        if (c != ' ') tidied.push_back(c == ',' ? '.' : c);
+        const bool isContinuation = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+        if (c == ' ') continue;
+        if (!isContinuation && length++ == kLongest) break;
+        tidied.push_back(c == ',' ? '.' : c);
     }
     return tidied;
 }

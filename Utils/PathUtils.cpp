@@ -101,7 +101,8 @@ std::string FolderOf(const std::string& file) {
     return folder;
 }
 
-/// A folder beside the executable, found once.
+/// A folder beside the executable, found once. Never destroyed: threads may ask while
+/// the process ends.
 class CachedFolder {
 public:
     explicit CachedFolder(const char* name) : m_name(name) {}
@@ -201,12 +202,12 @@ std::string PathUtils::BuildFilenameRelativeToExecutableDirectory(const std::str
 }
 
 std::string PathUtils::GetLibraryLocation() {
-    static CachedFolder folder("Extensibility");
+    static CachedFolder& folder = *new CachedFolder("Extensibility");
     return folder.Get();
 }
 
 std::string PathUtils::GetSSLCertsDirectory() {
-    static CachedFolder folder("SSLCerts");
+    static CachedFolder& folder = *new CachedFolder("SSLCerts");
     return folder.Get();
 }
 

@@ -95,7 +95,9 @@ std::string TimeZoneMapper::Map(const std::string& name) {
 }
 
 std::string DateTimeUtils::MapWindowsTimezoneToIana(const std::string& name) {
-    static TimeZoneMapper mapper([] { return platform::EmbeddedResource("XML", 103); });
+    // Never destroyed: threads may ask while the process ends.
+    static TimeZoneMapper& mapper =
+        *new TimeZoneMapper([] { return platform::EmbeddedResource("XML", 103); });
     return mapper.Map(name);
 }
 

@@ -164,6 +164,8 @@ public:
     /// is always the detected encoding; `forced`, unless NOTSET, decides how to
     /// read. A file that cannot be opened gives the empty text.
     static std::string ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced);
+    /// What ReadFile gives for a file of this content, with the encoding that is detected.
+    static std::string DecodeContent(std::string content, FileEncoding& detected);
     static std::string ReadANSIFile(const std::string& path, FileEncoding& detected);
     static std::string ReadUtf8File(const std::string& path, FileEncoding& detected);
     static std::string ReadUtf16LeFile(const std::string& path, FileEncoding& detected);

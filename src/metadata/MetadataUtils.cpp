@@ -1,3 +1,5 @@
+#include <array>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
@@ -37,7 +39,9 @@ void MetadataUtils::ThrowAlreadyDeprecated(const char* name) {
 
 void MetadataUtils::ThrowPlatformAlreadyOverridden(IMethodMetadataReader::MetadataPlatform platform) {
     std::stringstream message;
-    message << "Platform " << IMethodMetadataReader::m_platforms[platform] << " has already been overridden";
+    message << "Platform "
+            << std::to_array(IMethodMetadataReader::m_platforms).at(static_cast<std::size_t>(platform))
+            << " has already been overridden";
     LogThenThrow(message);
 }
 

@@ -27,7 +27,9 @@ const char* const IMethodMetadataReader::m_flagNames[6] = {"Executes external pr
                                                            "May modify system state",
                                                            "Performs network activity",
                                                            "Not recommended in production environment"};
-const char* const MethodMetadata::m_empty = "";
+// Not a literal, which the linker may give the address of another.
+static constexpr char kEmpty[1] = {};
+const char* const MethodMetadata::m_empty = kEmpty;
 
 IMethodMetadataReader::~IMethodMetadataReader() = default;
 IMethodMetadata::~IMethodMetadata() = default;

@@ -66,6 +66,7 @@ IMethodMetadataBuilder& MethodMetadataBuilder::Description(const char* text) {
 
 IMethodParameterBuilder& MethodMetadataBuilder::CreateParameter(const char* name,
                                                                 const std::type_info& type) {
+    m_state->Record();  // throws after the end
     m_state->parameterBuilder = NewBuilder<IMethodParameterBuilder>();
     IMethodParameterBuilder& builder = *m_state->parameterBuilder;
     builder.MetadataBuilder(*this);
@@ -81,6 +82,7 @@ IMethodMetadataBuilder& MethodMetadataBuilder::HasAdditionalParameters(const cha
 
 IMethodColumnBuilder& MethodMetadataBuilder::CreateColumn(const char* name, const std::type_info& type,
                                                           bool alternative) {
+    m_state->Record();  // throws after the end
     m_state->columnBuilder = NewBuilder<IMethodColumnBuilder>();
     IMethodColumnBuilder& builder = *m_state->columnBuilder;
     builder.MetadataBuilder(*this);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,8 +58,9 @@ bool CopyFileOver(const std::string& from, const std::string& to);
 
 /// The content as it is when the file is opened, and whatever size the system
 /// reports; what is appended meanwhile is left out. The file may be open for writing
-/// elsewhere. 8 when there is no memory for it.
-std::optional<std::string> ReadWholeFile(const std::string& path);
+/// elsewhere. At most its first `most` bytes. 8 when there is no memory for it.
+std::optional<std::string> ReadWholeFile(const std::string& path,
+                                         std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 /// The same, one piece after the other, until `visit` returns false. False when the
 /// file cannot be opened or read.
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
@@ -83,8 +85,8 @@ bool IsFixedDrive(const std::string& root);
 /// The NT device name of a drive such as "C:".
 std::optional<std::string> DeviceNameOfDrive(const std::string& drive);
 
-/// A new or truncated file for writing that other handles may write too; a child
-/// gets it only when it is listed for it.
+/// A new or truncated file for writing that others may read, write and delete; a
+/// child gets it only when it is listed for it.
 FileHandle OpenForCapture(const std::string& path);
 /// Size of an open file.
 std::optional<std::uint64_t> SizeOfOpenFile(const FileHandle& file);

@@ -37,9 +37,10 @@ std::optional<std::string> FailForMemory() {
 
 }  // namespace
 
-BoundedReader::BoundedReader(const FileHandle& file) : m_file(file), m_limit(SizeNow()) {}
+BoundedReader::BoundedReader(const FileHandle& file, std::uint64_t most)
+    : m_file(file), m_most(most), m_limit(SizeNow()) {}
 
-std::uint64_t BoundedReader::SizeNow() const { return SizeOfOpenFile(m_file).value_or(0); }
+std::uint64_t BoundedReader::SizeNow() const { return std::min(SizeOfOpenFile(m_file).value_or(0), m_most); }
 
 std::optional<std::size_t> BoundedReader::Read(char* buffer, std::size_t size) {
     if (m_limit == 0 && m_done > 0) m_limit = SizeNow();  // it was empty, and grows
@@ -63,10 +64,10 @@ bool ReadPieces(const std::string& path, const std::function<bool(std::string_vi
     }
 }
 
-std::optional<std::string> ReadWholeFile(const std::string& path) {
+std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t most) {
     const FileHandle file = OpenForReading(path);
     if (!file) return std::nullopt;
-    BoundedReader reader(file);
+    BoundedReader reader(file, most);
     try {
         return ReadAll(reader);
     } catch (const std::bad_alloc&) {

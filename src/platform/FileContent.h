@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,12 +20,14 @@ FileHandle OpenForReading(const std::string& path);
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size);
 bool WriteAll(const FileHandle& file, std::string_view bytes);
 
-/// Reads what a file holds when it is opened: one that grows faster than it is read
-/// would never end. A file that tells no size is read to its end.
+/// Reads what a file holds when it is opened, `most` bytes of it: one that grows faster
+/// than it is read would never end. A file that tells no size is read to its end.
 class BoundedReader {
 public:
+    static constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
+
     /// `file` is open and outlives the reader.
-    explicit BoundedReader(const FileHandle& file);
+    explicit BoundedReader(const FileHandle& file, std::uint64_t most = kNoLimit);
 
     [[nodiscard]] std::uint64_t Limit() const { return m_limit; }
     /// As ReadSome.
@@ -34,6 +37,7 @@ private:
     [[nodiscard]] std::uint64_t SizeNow() const;
 
     const FileHandle& m_file;
+    std::uint64_t m_most;
     std::uint64_t m_limit;
     std::uint64_t m_done = 0;
 };

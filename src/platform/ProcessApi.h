@@ -48,8 +48,9 @@ constexpr std::uint32_t kWaitTimeout = 0x102;
 constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
 
 /// A process started by this one. It inherits the handles that its request names,
-/// and nothing else; it has no console window and default signal handling. A child
-/// that is let go before its end goes on running and leaves no zombie behind.
+/// and nothing else; it has no console window and default signal handling. Its
+/// identifier is nobody else's while the object lives. A child that is let go before
+/// its end goes on running and leaves no zombie behind.
 class ChildProcess {
 public:
     /// Nothing when the program cannot be started: 2 when it does not exist, 267
@@ -65,13 +66,13 @@ public:
     [[nodiscard]] std::uint32_t Wait(const EventHandle& event,
                                      std::optional<std::chrono::milliseconds> limit) const;
     /// Of a process that has ended: what it exited with, what KillProcess ended it
-    /// with, or 128 and the number of the signal that ended it. Asked once.
-    std::optional<std::int32_t> ExitStatus();
+    /// with, or 128 and the number of the signal that ended it.
+    [[nodiscard]] std::optional<std::int32_t> ExitStatus() const;
 
 private:
     ChildProcess(std::uint32_t id, ObjectTraits::Type handle) : m_id(id), m_handle(handle) {}
 
-    std::uint32_t m_id = 0;
+    std::uint32_t m_id = 0;  // 0 after a move
     /// Empty on a kernel that has no handles for processes.
     Handle<ObjectTraits> m_handle;
 };

@@ -1,12 +1,10 @@
 #include "providers/CommandOutput.h"
 
 #include <algorithm>
-#include <chrono>
+#include <optional>
 #include <string_view>
-#include <thread>
 #include <utility>
 
-#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/ProcessApi.h"
 #include "quillon/FileSystemUtils.h"
@@ -16,20 +14,6 @@
 namespace quillon {
 
 namespace {
-
-using std::chrono::milliseconds;
-
-constexpr std::uint32_t kSharingViolation = 32;
-constexpr milliseconds kUnlockLimit{1000};
-constexpr milliseconds kUnlockInterval{5};
-
-void AwaitUnlocked(const std::string& path) {
-    const auto deadline = std::chrono::steady_clock::now() + kUnlockLimit;
-    while (!platform::SizeOfFile(path) && platform::LastError() == kSharingViolation &&
-           std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(kUnlockInterval);
-    }
-}
 
 std::string_view WithoutLineEnd(std::string_view line) {
     const auto last = line.find_last_not_of("\n\f\r");
@@ -56,7 +40,11 @@ void AddLineRows(std::string_view text, int exitCode, DataTable& table) {
 
 CommandOutput::~CommandOutput() {
     m_file.Reset();
-    Erase();
+    try {
+        Erase();
+    } catch (...) {
+        // A logger of the host may throw.
+    }
 }
 
 bool CommandOutput::Open() {
@@ -70,16 +58,18 @@ std::uint64_t CommandOutput::Size() const { return platform::SizeOfOpenFile(m_fi
 std::uint64_t CommandOutput::Close(std::uint64_t limit) {
     if (!m_file) return 0;
     if (limit > 0) platform::CutOpenFile(m_file, limit);
-    const std::uint64_t size = Size();
+    m_size = limit > 0 ? std::min(Size(), limit) : Size();
     m_file.Reset();
-    return size;
+    return m_size;
 }
 
 std::string CommandOutput::Read() const {
-    if (m_path.empty()) return {};
-    AwaitUnlocked(m_path);
+    if (m_size == 0) return {};
+    // Not by name and whole: a descendant may be writing on.
+    std::optional<std::string> content = platform::ReadWholeFile(m_path, m_size);
+    if (!content) return {};
     auto encoding = FileSystemUtils::NOTSET;
-    std::string text = FileSystemUtils::ReadFile(m_path, encoding, FileSystemUtils::NOTSET);
+    std::string text = FileSystemUtils::DecodeContent(*std::move(content), encoding);
     StringUtils::RightTrim(text);
     return text;
 }

@@ -23,14 +23,15 @@ public:
     [[nodiscard]] std::uint64_t Size() const;
     /// Closes the file, cut to `limit` bytes unless that is 0, and returns its size.
     std::uint64_t Close(std::uint64_t limit);
-    /// The closed file's text in UTF-8, without trailing white space. Waits a moment
-    /// for a file that its last writer's console host still holds.
+    /// The text in UTF-8 of what the file held when it was closed, without trailing
+    /// white space.
     [[nodiscard]] std::string Read() const;
     void Erase();
 
 private:
     std::string m_path;
     platform::FileHandle m_file;
+    std::uint64_t m_size = 0;  // when it was closed
 };
 
 /// Appends the rows of an output: one with the whole text, or one a line.

@@ -34,7 +34,7 @@ private:
     int RunWorker(const ThreadStarter& start);
     End Watch();
     std::optional<End> Settle(bool shutdown);
-    void Leave(std::thread& worker, End end);
+    bool Leave(std::thread& worker, End end);
     void LogCompleted();
 
     SharedProperties m_props;
@@ -79,11 +79,12 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
     });
     if (m_props->timeoutSecs > 0) m_deadline = Clock::now() + std::chrono::seconds(m_props->timeoutSecs);
     const End end = Watch();
-    Leave(worker, end);
+    const bool isFinal = Leave(worker, end);
     if (end == End::Aborted) {
         m_logger.Info("Aborting command due to shutdown: '%s'", m_props->command.c_str());
         return kAborted;
     }
+    if (!isFinal) return kTimedOut;
     const std::lock_guard lock(m_synch->mutex);
     return m_props->resultCode;
 }
@@ -126,16 +127,18 @@ void CommandWatch::LogCompleted() {
     }
 }
 
-void CommandWatch::Leave(std::thread& worker, End end) {
+/// Whether the worker has ended; else it goes on by itself.
+bool CommandWatch::Leave(std::thread& worker, End end) {
     if (end == End::TimedOut) {
         m_logger.Info("Command '%s' timed out after %i seconds", m_props->command.c_str(),
                       m_props->timeoutSecs);
     }
     if (end == End::Completed || (m_props->killOnTimeout && ProcessUtils::KillCommandProcess(m_props))) {
         worker.join();
-    } else {
-        worker.detach();
+        return true;
     }
+    worker.detach();
+    return false;
 }
 
 }  // namespace
@@ -143,8 +146,12 @@ void CommandWatch::Leave(std::thread& worker, End end) {
 ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props) { return OrSilent(props.logger); }
 
 int RunCommand(const SharedProperties& props, const ThreadStarter& start) {
-    ICLogger* registered = ServiceLocator::Get<ICLogger>();
-    return CommandWatch(props, registered != nullptr ? *registered : LoggerOf(*props)).Run(start);
+    try {
+        ICLogger* registered = ServiceLocator::Get<ICLogger>();
+        return CommandWatch(props, registered != nullptr ? *registered : LoggerOf(*props)).Run(start);
+    } catch (...) {
+        return kNotRun;  // a logger of the host may throw, and there was nothing else to tell by
+    }
 }
 
 }  // namespace quillon

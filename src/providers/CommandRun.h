@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "platform/ProcessApi.h"
@@ -28,6 +29,9 @@ struct tRunCmdSynch {
     /// Guarded by the mutex, as are the outcome members of the run's properties.
     bool completed = false;
     platform::EventHandle abort;
+    /// Set by the worker. Kept until nobody can kill it any more, so that its identifier
+    /// is not given to another process meanwhile.
+    std::optional<platform::ChildProcess> process;
 };
 
 using SharedProperties = std::shared_ptr<ProcessUtils::CmdProperties>;

@@ -18,10 +18,13 @@ constexpr std::uint32_t kNoUnicodeTranslation = 1113;
 constexpr std::chrono::milliseconds kSizeInterval{25};
 constexpr unsigned long long kLoggedOutput = 1000;
 
+bool IsText(const std::string& text) {
+    return text.find('\0') == std::string::npos && platform::FindInvalidUtf8(text) == std::string::npos;
+}
+
 bool IsVariable(const std::string& name, const std::string& value) {
     // Windows keeps the folders of drives in variables that begin with '='.
-    return !name.empty() && name.find('=', 1) == std::string::npos && name.find('\0') == std::string::npos &&
-           value.find('\0') == std::string::npos;
+    return !name.empty() && name.find('=', 1) == std::string::npos && IsText(name) && IsText(value);
 }
 
 /// Refuses what the systems would misread in different ways.
@@ -30,7 +33,8 @@ bool CheckRequest(const ProcessUtils::CmdProperties& props) {
         platform::SetLastErrorCode(kNoUnicodeTranslation);
         return false;
     }
-    bool valid = props.command.find('\0') == std::string::npos;
+    bool valid = props.command.find('\0') == std::string::npos &&
+                 props.workingDirectory.find(L'\0') == std::wstring::npos;
     if (props.environment) {
         for (const auto& [name, value] : *props.environment) valid = valid && IsVariable(name, value);
     }
@@ -48,16 +52,16 @@ void TrimCutCharacter(std::string& text) {
 /// One run, on the worker's thread.
 class CommandWorker {
 public:
-    CommandWorker(const SharedProperties& props, const platform::EventHandle& abort)
-        : m_shared(props), m_props(*props), m_logger(LoggerOf(*props)), m_abort(abort) {}
+    CommandWorker(const SharedProperties& props, tRunCmdSynch& synch)
+        : m_shared(props), m_props(*props), m_logger(LoggerOf(*props)), m_synch(synch) {}
 
     int Run();
 
 private:
     int Execute();
     std::optional<platform::ChildProcess> Start();
-    int AwaitEnd(platform::ChildProcess& process);
-    int CodeOf(platform::ChildProcess& process, std::uint32_t waitResult);
+    int AwaitEnd(const platform::ChildProcess& process);
+    int CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult);
     void CheckSize();
     void CollectOutput(int code);
     /// `format` takes the command and the text of the last error.
@@ -66,7 +70,7 @@ private:
     const SharedProperties& m_shared;
     ProcessUtils::CmdProperties& m_props;
     ICLogger& m_logger;
-    const platform::EventHandle& m_abort;
+    tRunCmdSynch& m_synch;
     CommandOutput m_output;
     bool m_watchesSize = false;
 };
@@ -88,14 +92,15 @@ int CommandWorker::Execute() {
         LogFailure("Could not open temporary output file for command '%s' because: %s");
         return kNotStarted;
     }
-    std::optional<platform::ChildProcess> process = Start();
-    if (!process) {
+    if (auto started = Start()) {
+        m_synch.process.emplace(*std::move(started));
+    } else {
         LogFailure("Could not run command '%s' because: %s");
         return kNotStarted;
     }
-    std::atomic_ref(m_props.processId).store(process->Id());
+    std::atomic_ref(m_props.processId).store(m_synch.process->Id());
     m_watchesSize = m_props.captureOutput && m_props.maxOutputBytes > 0;
-    return AwaitEnd(*process);
+    return AwaitEnd(*m_synch.process);
 }
 
 std::optional<platform::ChildProcess> CommandWorker::Start() {
@@ -115,16 +120,16 @@ std::optional<platform::ChildProcess> CommandWorker::Start() {
     return platform::ChildProcess::Start(request);
 }
 
-int CommandWorker::AwaitEnd(platform::ChildProcess& process) {
+int CommandWorker::AwaitEnd(const platform::ChildProcess& process) {
     for (;;) {
         const std::optional limit = m_watchesSize ? std::optional(kSizeInterval) : std::nullopt;
-        const std::uint32_t result = process.Wait(m_abort, limit);
+        const std::uint32_t result = process.Wait(m_synch.abort, limit);
         if (result != platform::kWaitTimeout || !m_watchesSize) return CodeOf(process, result);
         CheckSize();
     }
 }
 
-int CommandWorker::CodeOf(platform::ChildProcess& process, std::uint32_t waitResult) {
+int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult) {
     switch (waitResult) {
         case platform::kWaitProcess: {
             const std::optional<std::int32_t> status = process.ExitStatus();
@@ -177,7 +182,7 @@ void LogException(const ProcessUtils::CmdProperties& props, const char* what) no
 void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunCmdSynch>& synch) noexcept {
     int code = kNotRun;
     try {
-        code = CommandWorker(props, synch->abort).Run();
+        code = CommandWorker(props, *synch).Run();
     } catch (const std::exception& error) {
         LogException(*props, error.what());
     } catch (...) {

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "platform/ModuleApi.h"
 #include "platform/ProcessFactsApi.h"
 #include "providers/ProcessFacts.h"
@@ -22,7 +24,9 @@ bool ProcessUtils::IsSystemProcess(unsigned long pid) { return pid == 0 || pid =
 bool ProcessUtils::GetCommandLineForProcess(unsigned long pid, std::string& commandLine) {
     commandLine.clear();
     if (IsSystemProcess(pid)) return true;
-    const auto text = platform::CommandLineOf(static_cast<std::uint32_t>(pid));
+    const auto text = std::in_range<std::uint32_t>(pid)
+                          ? platform::CommandLineOf(static_cast<std::uint32_t>(pid))
+                          : std::nullopt;
     if (text) commandLine = StringUtils::WideStringToNarrow(*text);
     return text.has_value();
 }
@@ -34,8 +38,10 @@ long long ProcessUtils::GetPrivateWorkingSetForProcess(const HANDLE& process) {
 }
 
 long long ProcessUtils::GetPrivateWorkingSetForProcess(const long& pid) {
-    const auto process = platform::OpenReadableProcess(static_cast<std::uint32_t>(pid));
-    if (process) return platform::PrivateWorkingSet(process.Get());
+    if (std::in_range<std::uint32_t>(pid)) {
+        const auto process = platform::OpenReadableProcess(static_cast<std::uint32_t>(pid));
+        if (process) return platform::PrivateWorkingSet(process.Get());
+    }
     if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
         logger->Debug("Unable to get a VM_READ handle for pid %ld", pid);
     }

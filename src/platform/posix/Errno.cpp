@@ -26,6 +26,7 @@ std::uint32_t WindowsCode(int errnoValue) {
         case ENOMEM:
             return 8;  // ERROR_NOT_ENOUGH_MEMORY
         case E2BIG:
+            return 206;  // ERROR_FILENAME_EXCED_RANGE, also for a command line
         case ENOEXEC:
             return 193;  // ERROR_BAD_EXE_FORMAT
         case EXDEV:

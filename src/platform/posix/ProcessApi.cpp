@@ -129,17 +129,15 @@ std::uint32_t ChildProcess::Wait(const EventHandle& event, std::optional<millise
     }
 }
 
-std::optional<std::int32_t> ChildProcess::ExitStatus() {
+std::optional<std::int32_t> ChildProcess::ExitStatus() const {
     ChildTable& table = Children();
     const std::lock_guard lock(table.mutex);
-    const auto child = table.children.extract(static_cast<pid_t>(std::exchange(m_id, 0)));
     siginfo_t end{};
     int result = -1;
     do {
-        result =
-            child ? ::waitid(P_PID, static_cast<id_t>(child.key()), &end, WEXITED) : (errno = ECHILD, -1);
+        result = ::waitid(P_PID, static_cast<id_t>(m_id), &end, WEXITED | WNOWAIT);
     } while (result != 0 && errno == EINTR);
-    if (result == 0) return StatusOfEnd(end, child.mapped().killedWith);
+    if (result == 0) return StatusOfEnd(end, table.children.at(static_cast<pid_t>(m_id)).killedWith);
     FailWithErrno();
     return std::nullopt;
 }

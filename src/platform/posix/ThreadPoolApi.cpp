@@ -7,6 +7,8 @@
 #include <thread>
 #include <utility>
 
+#include "quillon/DestructorFunctor.h"
+
 namespace quillon {
 
 bool platform::RunInBackground(std::function<void()> task) {
@@ -14,14 +16,13 @@ bool platform::RunInBackground(std::function<void()> task) {
     sigset_t all, before;
     sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, &before);
-    bool hasStarted = true;
+    const DestructorFunctor restore([&before] { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); });
     try {
         std::thread(std::move(task)).detach();
     } catch (const std::system_error&) {
-        hasStarted = false;
+        return false;
     }
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return hasStarted;
+    return true;
 }
 
 }  // namespace quillon

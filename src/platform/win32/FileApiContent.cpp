@@ -9,6 +9,8 @@ namespace quillon::platform {
 
 namespace {
 
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 /// One call transfers at most what a DWORD counts.
 DWORD OneTransfer(std::size_t size) {
     constexpr std::size_t kMost = std::size_t{1} << 30;
@@ -28,7 +30,6 @@ FileHandle OpenForWriting(const std::string& path, WriteMode mode) {
 }  // namespace
 
 FileHandle OpenForReading(const std::string& path) {
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     return FileHandle(::CreateFileW(ToWide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
 }
@@ -56,9 +57,9 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
 }
 
 FileHandle OpenForCapture(const std::string& path) {
-    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    return FileHandle(::CreateFileW(ToWide(path).c_str(), GENERIC_WRITE, FILE_SHARE_WRITE, &inheritable,
-                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // A descendant that outlives its command must keep nobody from reading and deleting the file.
+    return FileHandle(::CreateFileW(ToWide(path).c_str(), GENERIC_WRITE, kShareAll, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 }  // namespace quillon::platform

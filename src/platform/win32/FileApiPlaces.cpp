@@ -80,7 +80,8 @@ std::optional<std::string> CommonDataFolder() {
     PathBuffer folder;
     const HRESULT result =
         ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
-    if (FAILED(result)) return std::nullopt;
+    // S_FALSE: the folder is known, but not there.
+    if (result != S_OK || folder[0] == L'\0') return std::nullopt;
     return ToUtf8(folder);
 }
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/FileApi.h"
 #include "platform/FileContent.h"
+#include "platform/Utf.h"
 #include "platform/win32/Jobs.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -10,19 +12,17 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr wchar_t kInputPrefix[] = L"vnt";
+constexpr const char* kInputPrefix = "vnt";
 
-/// A new file that goes with its last handle.
+/// A new file of the current user alone that goes with its last handle.
 FileHandle CreateScratchFile() {
-    wchar_t folder[MAX_PATH + 1];
-    wchar_t path[MAX_PATH + 1];
-    if (::GetTempPathW(MAX_PATH + 1, folder) == 0 || ::GetTempFileNameW(folder, kInputPrefix, 0, path) == 0) {
-        return FileHandle();
-    }
-    FileHandle file(::CreateFileW(path, GENERIC_READ | GENERIC_WRITE | DELETE,
-                                  FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_ALWAYS,
+    const auto folder = TemporaryFolder();
+    const auto path = folder ? CreateTemporaryFile(*folder, kInputPrefix) : std::nullopt;
+    if (!path) return FileHandle();
+    FileHandle file(::CreateFileW(ToWide(*path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+                                  FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
-    if (!file) ::DeleteFileW(path);
+    if (!file) RemoveFile(*path);
     return file;
 }
 
@@ -66,7 +66,7 @@ std::uint32_t ChildProcess::Wait(const EventHandle& event,
     return ::WaitForMultipleObjects(2, waited, FALSE, limit ? static_cast<DWORD>(limit->count()) : INFINITE);
 }
 
-std::optional<std::int32_t> ChildProcess::ExitStatus() {
+std::optional<std::int32_t> ChildProcess::ExitStatus() const {
     DWORD status = 0;
     if (::GetExitCodeProcess(m_handle.Get(), &status) == 0) return std::nullopt;
     return static_cast<std::int32_t>(status);
@@ -75,6 +75,11 @@ std::optional<std::int32_t> ChildProcess::ExitStatus() {
 KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scope) {
     const Handle<ObjectTraits> process(::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
     if (!process) return KillResult::NotOpened;
+    // A job of ended processes would let itself be ended.
+    if (::WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) {
+        ::SetLastError(ERROR_ACCESS_DENIED);
+        return KillResult::NotKilled;
+    }
     const auto status = static_cast<UINT>(exitStatus);
     JobTable& table = Jobs();
     const std::lock_guard lock(table.mutex);

@@ -103,6 +103,29 @@ bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_IN
                directory.empty() ? nullptr : directory.c_str(), &start.StartupInfo, &created) != 0;
 }
 
+/// Ends a process that was never let run, unless it is dismissed. Keeps the last error.
+class SuspendedProcess {
+public:
+    explicit SuspendedProcess(HANDLE process) : m_process(process) {}
+    SuspendedProcess(const SuspendedProcess&) = delete;
+    SuspendedProcess& operator=(const SuspendedProcess&) = delete;
+    ~SuspendedProcess() {
+        if (m_process == nullptr) return;
+        const DWORD error = ::GetLastError();
+        ::TerminateProcess(m_process, 1);
+        ::SetLastError(error);
+    }
+
+    bool Resume(HANDLE thread) {
+        if (::ResumeThread(thread) == static_cast<DWORD>(-1)) return false;
+        m_process = nullptr;
+        return true;
+    }
+
+private:
+    HANDLE m_process;
+};
+
 /// Puts a suspended process into a job of its own before its first instruction.
 bool EnterJob(const PROCESS_INFORMATION& created) {
     ObjectHandle job(::CreateJobObjectW(nullptr, nullptr));
@@ -123,10 +146,8 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
     ChildProcess child(created.dwProcessId, created.hProcess);
     const ObjectHandle thread(created.hThread);
     if (!request.killableAsTree) return child;
-    if (EnterJob(created) && ::ResumeThread(thread.Get()) != static_cast<DWORD>(-1)) return child;
-    const DWORD error = ::GetLastError();
-    ::TerminateProcess(created.hProcess, 1);
-    ::SetLastError(error);
+    SuspendedProcess suspended(created.hProcess);
+    if (EnterJob(created) && suspended.Resume(thread.Get())) return child;
     return std::nullopt;
 }
 

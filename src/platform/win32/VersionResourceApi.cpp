@@ -16,10 +16,21 @@ struct VersionResource::Content {
 
 namespace {
 
-/// A value by its path in the block; `length` in the value's units. Null when there is none.
-const void* FindValue(const std::vector<unsigned char>& block, const std::wstring& path, UINT& length) {
+struct FoundValue {
+    const unsigned char* data;
+    std::size_t bytes;
+};
+
+/// A value by its path in the block. The file tells its length, in units of `unit`
+/// bytes, which need not be true.
+std::optional<FoundValue> FindValue(const std::vector<unsigned char>& block, const std::wstring& path,
+                                    std::size_t unit) {
     void* value = nullptr;
-    return ::VerQueryValueW(block.data(), path.c_str(), &value, &length) != 0 ? value : nullptr;
+    UINT length = 0;
+    if (::VerQueryValueW(block.data(), path.c_str(), &value, &length) == 0 || value == nullptr) return {};
+    const auto* const data = static_cast<const unsigned char*>(value);
+    const auto room = static_cast<std::size_t>(block.data() + block.size() - data);
+    return FoundValue{data, std::min(length * unit, room)};
 }
 
 }  // namespace
@@ -37,37 +48,30 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
 
 std::optional<FixedVersion> VersionResource::Fixed() const {
     VS_FIXEDFILEINFO info{};
-    UINT bytes = 0;
-    const void* const value = FindValue(m_content->block, L"\\", bytes);
-    if (value == nullptr || bytes < sizeof info) return std::nullopt;
-    std::memcpy(&info, value, sizeof info);
+    const auto value = FindValue(m_content->block, L"\\", 1);
+    if (!value || value->bytes < sizeof info) return std::nullopt;
+    std::memcpy(&info, value->data, sizeof info);
     return FixedVersion{info.dwSignature, info.dwFileVersionMS, info.dwFileVersionLS, info.dwProductVersionMS,
                         info.dwProductVersionLS};
 }
 
 std::vector<VersionTranslation> VersionResource::Translations() const {
-    UINT bytes = 0;
-    const void* const value = FindValue(m_content->block, L"\\VarFileInfo\\Translation", bytes);
-    if (value == nullptr) return {};
-    std::vector<VersionTranslation> translations(bytes / sizeof(VersionTranslation));
+    const auto value = FindValue(m_content->block, L"\\VarFileInfo\\Translation", 1);
+    if (!value) return {};
+    std::vector<VersionTranslation> translations(value->bytes / sizeof(VersionTranslation));
     for (std::size_t i = 0; i < translations.size(); ++i) {
         std::array<std::uint16_t, 2> pair{};
-        std::memcpy(pair.data(), static_cast<const char*>(value) + i * sizeof pair, sizeof pair);
+        std::memcpy(pair.data(), value->data + i * sizeof pair, sizeof pair);
         translations[i] = {pair[0], pair[1]};
     }
     return translations;
 }
 
 std::optional<std::wstring> VersionResource::Value(const std::string& table, const char* name) const {
-    UINT units = 0;
-    const void* const value =
-        FindValue(m_content->block, L"\\StringFileInfo\\" + ToWide(table) + L'\\' + ToWide(name), units);
-    if (value == nullptr) return std::nullopt;
-    // The file tells the length, which need not be true.
-    const auto* const end = m_content->block.data() + m_content->block.size();
-    const auto room =
-        static_cast<std::size_t>(end - static_cast<const unsigned char*>(value)) / sizeof(wchar_t);
-    return std::wstring(static_cast<const wchar_t*>(value), std::min<std::size_t>(units, room));
+    const auto value = FindValue(
+        m_content->block, L"\\StringFileInfo\\" + ToWide(table) + L'\\' + ToWide(name), sizeof(wchar_t));
+    if (!value) return std::nullopt;
+    return std::wstring(reinterpret_cast<const wchar_t*>(value->data), value->bytes / sizeof(wchar_t));
 }
 
 }  // namespace quillon::platform
