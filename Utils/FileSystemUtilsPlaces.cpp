@@ -9,21 +9,20 @@ namespace quillon {
 
 namespace {
 
-template <class Text>
-bool StartsWithNoCase(const Text& text, const Text& start) {
-    using View = std::basic_string_view<typename Text::value_type>;
-    return text.size() >= start.size() &&
-           platform::EqualIgnoringCase(View(text).substr(0, start.size()), View(start));
+template <class View>
+bool StartsWithNoCase(View text, View start) {
+    return text.size() >= start.size() && platform::EqualIgnoringCase(text.substr(0, start.size()), start);
 }
 
-bool LiesOnDevice(const std::string& ntPath, const std::string& device) {
+bool LiesOnDevice(std::string_view ntPath, std::string_view device) {
     return StartsWithNoCase(ntPath, device) && ntPath.size() > device.size() && ntPath[device.size()] == '\\';
 }
 
 }  // namespace
 
 const std::string& FileSystemUtils::GetSystemTempPath() {
-    static const std::string path = platform::TemporaryFolder().value_or("");
+    // Never destroyed: threads may ask while the process ends.
+    static const std::string& path = *new std::string(platform::TemporaryFolder().value_or(""));
     return path;
 }
 
@@ -34,8 +33,8 @@ bool FileSystemUtils::SetWorkingDirectory(const std::string& path) {
 }
 
 void FileSystemUtils::DeviceNameToVolumeNameFormat(std::wstring& path) {
-    static const std::wstring prefix = L"\\Device\\";
-    if (StartsWithNoCase(path, prefix)) path.replace(0, prefix.size(), L"\\\\?\\");
+    static constexpr std::wstring_view prefix = L"\\Device\\";
+    if (StartsWithNoCase(std::wstring_view(path), prefix)) path.replace(0, prefix.size(), L"\\\\?\\");
 }
 
 std::string FileSystemUtils::TranslateNtPathToWin32Path(const std::string& ntPath) {

@@ -44,8 +44,12 @@ SecurityPrivilegeScope::SecurityPrivilegeScope(ICLogger& log) : m_log(log) {
 
 SecurityPrivilegeScope::~SecurityPrivilegeScope() {
     if (!m_isActive) return;
-    platform::Audit().setPrivilege(m_token.Get(), kPrivilege, false);
-    m_log.Trace("Disabled token privilege 'SeSecurityPrivilege'");
+    try {
+        platform::Audit().setPrivilege(m_token.Get(), kPrivilege, false);
+        m_log.Trace("Disabled token privilege 'SeSecurityPrivilege'");
+    } catch (...) {
+        // There is no memory for the entry, and nobody else to tell.
+    }
 }
 
 void SecurityPrivilegeScope::OpenToken() {

@@ -22,11 +22,13 @@ using Result = EventLogReader::Result;
 using Start = EventLogReader::Start;
 using Visitor = EventLogReader::Visitor;
 
+constexpr std::uint32_t kInvalidData = 13;
 constexpr unsigned long kNoTimeout = 0xFFFFFFFF;
 
 /// The handles of one EvtNext, each owned as soon as it is there.
 struct Batch {
-    static constexpr unsigned long kSize = 32;
+    /// Some systems refuse (1734) what is more than 2 MiB, and an event may have 64 KiB.
+    static constexpr unsigned long kSize = 16;
     std::array<EvtHandle, kSize> events;
     unsigned long count = 0;
 
@@ -51,7 +53,10 @@ std::uint32_t VisitAll(const std::string& channel, const std::string& query, uns
     while (batch.Take(results.Get())) {
         for (unsigned long i = 0; i < batch.count; ++i) {
             LogEvent event;
-            if (!EventLogReader::Read(batch.events[i].Get(), event)) return platform::LastError();
+            if (!EventLogReader::Read(batch.events[i].Get(), event)) {
+                const std::uint32_t code = platform::LastError();
+                return code != 0 ? code : kInvalidData;
+            }
             if (!visitor(event)) return 0;
         }
     }

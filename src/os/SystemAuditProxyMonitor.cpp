@@ -15,7 +15,7 @@ constexpr const char* kIndent = " ->";
 /// None when the system has no event to give, or no wait for it.
 AuditWait RegisterWait(const AuditEvent& event, platform::AuditCalls::WaitCallback callback) {
     HANDLE wait = nullptr;
-    if (event.Get() == nullptr || !Audit().registerWait(wait, event.Get(), callback)) return AuditWait();
+    if (!event || !Audit().registerWait(wait, event.Get(), callback)) return AuditWait();
     return AuditWait(wait);
 }
 
@@ -23,7 +23,8 @@ AuditWait RegisterWait(const AuditEvent& event, platform::AuditCalls::WaitCallba
 
 void SystemAuditProxy::StartMonitoringAuditPolicyChanges() {
     AuditState& state = AuditState::Get();
-    AuditEvent event(Audit().makeEvent());
+    HANDLE made = Audit().makeEvent();
+    AuditEvent event(made != nullptr ? made : platform::AuditEventTraits::Invalid());
     AuditWait wait = RegisterWait(event, &AuditPolicyChangedCallback);
     if (!wait) {
         state.log->Warn("Cannot monitor for changes to audit policy - failed to register wait on handle");

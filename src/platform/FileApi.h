@@ -17,7 +17,7 @@ namespace quillon::platform {
 
 struct FileAttributes {
     bool isDirectory = false;  ///< also a link to one
-    bool isLink = false;       ///< symbolic link or other reparse point
+    bool isLink = false;       ///< symbolic link or junction
     bool isReadOnly = false;
 };
 
@@ -29,7 +29,7 @@ struct FileStatus {
 struct DirectoryEntry {
     std::string name;          ///< UTF-8, without the folder
     bool isDirectory = false;  ///< also a link to one
-    bool isLink = false;       ///< symbolic link or other reparse point
+    bool isLink = false;       ///< symbolic link or junction
 };
 
 std::optional<FileAttributes> AttributesOf(const std::string& path);
@@ -40,7 +40,7 @@ std::optional<FileStatus> StatusOf(const std::string& path);
 std::optional<std::uint64_t> SizeOfFile(const std::string& path);
 /// Calls `visit` for what matches a wildcard pattern in its last element, "." and
 /// ".." included, in the system's order, until it returns false. False when
-/// nothing matches.
+/// nothing matches (2), or when the search broke off.
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit);
 
 /// Removes a file or a link to a file, never a folder.

@@ -7,7 +7,8 @@ namespace quillon::platform {
 namespace {
 
 WbemCalls& Calls() {
-    static WbemCalls calls = SystemWbemCalls();
+    // Never destroyed: threads may ask while the process ends.
+    static WbemCalls& calls = *new WbemCalls(SystemWbemCalls());
     return calls;
 }
 

@@ -80,10 +80,14 @@ SqlApplicationDataStore::SqlApplicationDataStore(const std::string& databaseName
 }
 
 SqlApplicationDataStore::~SqlApplicationDataStore() {
-    CloseDatabase();
-    if (m_logger == nullptr) return;
-    for (const std::string& name : m_tempTables) {
-        m_logger->Warn("%s database leaked temporary table '%s'", m_databaseName.c_str(), name.c_str());
+    try {
+        CloseDatabase();
+        if (m_logger == nullptr) return;
+        for (const std::string& name : m_tempTables) {
+            m_logger->Warn("%s database leaked temporary table '%s'", m_databaseName.c_str(), name.c_str());
+        }
+    } catch (...) {
+        // An engine or a logger of the host may throw.
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
 #include <thread>
@@ -91,6 +92,27 @@ TEST_F(FileSystemChangesTest, DeepTreeNeedsNoStack) {
     EXPECT_TRUE(FS::GetAllFilesWithin(test::ToLibraryPath(tree), files));
     EXPECT_TRUE(FS::EraseDirectory(test::ToLibraryPath(tree)));
     EXPECT_FALSE(fs::exists(tree));
+}
+
+TEST_F(FileSystemChangesTest, TreesGoOnPastTheLongestPath) {
+    const std::string prefix = test::kWindows ? R"(\\?\)" : "";
+    fs::path folder = prefix + dir.Native("tree").string();
+    for (int depth = 0; depth < 40; ++depth, folder /= "step-of-ten")
+        ASSERT_TRUE(fs::create_directory(folder));
+    std::ofstream(folder.parent_path() / "file") << "12345";
+    EXPECT_EQ(FS::GetDirectorySizeInBytes(dir.Path("tree"), true), 5u);
+    std::vector<std::string> files;
+    EXPECT_TRUE(FS::GetAllFilesWithin(dir.Path("tree"), files));
+    ASSERT_EQ(files.size(), 1u);
+    EXPECT_GT(files[0].size(), 260u);
+    EXPECT_TRUE(files[0].starts_with(dir.Path("tree"))) << files[0];
+    if (test::kWindows) {
+        fs::remove(folder.parent_path() / "file");
+        for (int depth = 0; depth < 40; ++depth) fs::remove(folder = folder.parent_path());
+        GTEST_SKIP() << "the emulator does not tell where a file of so long a path is, which erasing asks";
+    }
+    EXPECT_TRUE(FS::EraseDirectory(dir.Path("tree")));
+    EXPECT_FALSE(dir.Exists("tree"));
 }
 
 TEST_F(FileSystemChangesTest, MakeDirectoriesMakesAncestorsOnly) {

@@ -26,23 +26,30 @@ bool Unlink(int folder, const char* name, int flags) {
     return ::unlinkat(folder, name, flags) == 0 || FailWithErrno();
 }
 
+bool IsFree(const char* path) {
+    struct ::stat status {};
+    if (::lstat(path, &status) != 0) return true;
+    errno = EEXIST;
+    return FailWithErrno();
+}
+
 bool MoveToOtherVolume(const std::string& from, const std::string& to) {
     const auto attributes = AttributesOf(from);
     if (!attributes || attributes->isDirectory || attributes->isLink) {
         errno = EXDEV;
         return FailWithErrno();
     }
-    return CopyFileOver(from, to) && RemoveFile(from);
+    const std::string source = NativePath(from), target = NativePath(to);
+    if (!IsFree(target.c_str()) || !CopyFileOver(from, to)) return false;
+    if (::unlink(source.c_str()) == 0) return true;
+    FailWithErrno();
+    ::unlink(target.c_str());
+    return false;
 }
 
 /// For file systems that cannot rename without replacing.
 bool MoveToFreeName(const char* from, const char* to) {
-    struct ::stat status {};
-    if (::lstat(to, &status) == 0) {
-        errno = EEXIST;
-        return FailWithErrno();
-    }
-    return ::rename(from, to) == 0 || FailWithErrno();
+    return IsFree(to) && (::rename(from, to) == 0 || FailWithErrno());
 }
 
 }  // namespace

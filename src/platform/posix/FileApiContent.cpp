@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::size_t kPieceSize = 128 * 1024;
 constexpr mode_t kAsTheProcessLets = 0666;
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 constexpr std::uint32_t kSharingViolation = 32;
 
 bool Deny() {
@@ -25,9 +26,9 @@ bool Deny() {
 }
 
 /// Opens a regular file: a pipe or device could block for ever or never end.
-FileHandle OpenRegular(const std::string& path, int flags, struct ::stat& status) {
-    FileHandle file(
-        ::open(NativePath(path).c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kAsTheProcessLets));
+FileHandle OpenRegular(const std::string& path, int flags, struct ::stat& status,
+                       mode_t mode = kAsTheProcessLets) {
+    FileHandle file(::open(NativePath(path).c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode));
     if (!file || ::fstat(file.Get(), &status) != 0) {
         FailWithErrno();
         return {};
@@ -97,7 +98,8 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
     struct ::stat target {};
     const FileHandle reader = OpenRegular(from, O_RDONLY, source);
     if (!reader) return false;
-    FileHandle writer = OpenRegular(to, O_WRONLY | O_CREAT, target);
+    // What only some may read is not for others while it is copied.
+    FileHandle writer = OpenRegular(to, O_WRONLY | O_CREAT, target, kOwnerOnly);
     if (!writer) return false;
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) {
         SetLastErrorCode(kSharingViolation);
@@ -109,7 +111,6 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
 }
 
 FileHandle OpenForCapture(const std::string& path) {
-    constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW;
     FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerOnly));
     if (!file) FailWithErrno();

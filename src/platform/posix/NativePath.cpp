@@ -12,7 +12,8 @@ constexpr std::string_view kNowhere = "/nonexistent/";
 constexpr std::string_view kVolumeName = "HarddiskVolume1\\";
 
 std::string& VolumeRoot() {
-    static std::string root;
+    // Never destroyed: threads may open files while the process ends.
+    static std::string& root = *new std::string;
     return root;
 }
 

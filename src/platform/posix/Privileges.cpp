@@ -20,7 +20,7 @@ struct Privilege {
 class Token {
 public:
     static Token& OfProcess() {
-        static Token token;
+        static Token& token = *new Token;  // threads may ask while the process ends
         return token;
     }
 

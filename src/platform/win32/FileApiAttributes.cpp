@@ -1,14 +1,25 @@
 #include "platform/FileApi.h"
+#include "platform/TextApi.h"
 #include "platform/Utf.h"
+#include "platform/win32/ReparsePoint.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
 
 namespace {
 
-std::optional<FileAttributes> ToAttributes(DWORD bits) {
+bool LeadsElsewhere(const std::wstring& path) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const FileHandle file(::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    return !file || IsLink(file);
+}
+
+std::optional<FileAttributes> AttributesOfWidePath(const std::wstring& path) {
+    const DWORD bits = ::GetFileAttributesW(path.c_str());
     if (bits == INVALID_FILE_ATTRIBUTES) return std::nullopt;
-    return FileAttributes{(bits & FILE_ATTRIBUTE_DIRECTORY) != 0, (bits & FILE_ATTRIBUTE_REPARSE_POINT) != 0,
+    return FileAttributes{(bits & FILE_ATTRIBUTE_DIRECTORY) != 0,
+                          (bits & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && LeadsElsewhere(path),
                           (bits & FILE_ATTRIBUTE_READONLY) != 0};
 }
 
@@ -22,11 +33,11 @@ long long UnixSeconds(const FILETIME& time) {
 }  // namespace
 
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
-    return ToAttributes(::GetFileAttributesW(ToWide(path).c_str()));
+    return AttributesOfWidePath(ToWide(path));
 }
 
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
-    return ToAttributes(::GetFileAttributesA(path));
+    return AttributesOfWidePath(AnsiToWide(path));
 }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {

@@ -11,6 +11,9 @@ namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
+/// The server of a pipe must not act as the agent.
+constexpr DWORD kNoImpersonation = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+
 /// One call transfers at most what a DWORD counts.
 DWORD OneTransfer(std::size_t size) {
     constexpr std::size_t kMost = std::size_t{1} << 30;
@@ -20,18 +23,28 @@ DWORD OneTransfer(std::size_t size) {
 /// A delayed write may fail only here.
 bool CloseWritten(FileHandle file) { return ::CloseHandle(file.Release()) != 0; }
 
+/// Serial lines and pipes would be waited for without an end.
+FileHandle OnlyDiskFile(FileHandle file) {
+    if (file && ::GetFileType(file.Get()) != FILE_TYPE_DISK) {
+        file.Reset();
+        ::SetLastError(ERROR_ACCESS_DENIED);
+    }
+    return file;
+}
+
 FileHandle OpenForWriting(const std::string& path, WriteMode mode) {
     const bool appends = mode == WriteMode::Append;
-    return FileHandle(::CreateFileW(ToWide(path).c_str(), appends ? FILE_APPEND_DATA : GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    appends ? OPEN_ALWAYS : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return OnlyDiskFile(FileHandle(::CreateFileW(
+        ToWide(path).c_str(), appends ? FILE_APPEND_DATA : GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+        nullptr, appends ? OPEN_ALWAYS : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | kNoImpersonation, nullptr)));
 }
 
 }  // namespace
 
 FileHandle OpenForReading(const std::string& path) {
-    return FileHandle(::CreateFileW(ToWide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    return OnlyDiskFile(FileHandle(
+        ::CreateFileW(ToWide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN | kNoImpersonation, nullptr)));
 }
 
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size) {

@@ -47,6 +47,8 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
     SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
     const std::wstring wideFolder = ToWide(folder);
     const std::wstring widePrefix = ToWide(prefix);
+    constexpr int kMostDenied = 16;
+    int denied = 0;
     const UINT start = StartNumber();
     for (UINT i = 0; i < kNumbers; ++i) {
         // With a number of ours the system only makes the name; the file is made
@@ -58,7 +60,9 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
         const FileHandle file(
             ::CreateFileW(name, GENERIC_WRITE, 0, &attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (file) return ToUtf8(name);
-        if (::GetLastError() != ERROR_FILE_EXISTS) break;
+        // A name whose file is being deleted is denied; so is a folder, for every name.
+        const DWORD error = ::GetLastError();
+        if (error != ERROR_FILE_EXISTS && (error != ERROR_ACCESS_DENIED || ++denied > kMostDenied)) break;
     }
     return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #include "platform/FileApi.h"
 #include "platform/Utf.h"
+#include "platform/win32/ReparsePoint.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -18,7 +19,7 @@ struct SearchTraits {
 
 DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
     return {ToUtf8(found.cFileName), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-            (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
+            IsLink(found.dwFileAttributes, found.dwReserved0)};
 }
 
 }  // namespace
@@ -28,9 +29,9 @@ bool EnumerateMatches(const std::string& pattern, const std::function<bool(const
     const Handle<SearchTraits> search(::FindFirstFileW(ToWide(pattern).c_str(), &found));
     if (!search) return false;
     do {
-        if (!visit(ToEntry(found))) break;
+        if (!visit(ToEntry(found))) return true;
     } while (::FindNextFileW(search.Get(), &found) != 0);
-    return true;
+    return ::GetLastError() == ERROR_NO_MORE_FILES;
 }
 
 }  // namespace quillon::platform

@@ -3,11 +3,15 @@
 #include <vector>
 
 #include "platform/Utf.h"
+#include "platform/win32/ReparsePoint.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
 
 namespace {
+
+/// FileDispositionInfoEx, which the headers of MinGW hide.
+constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 
 bool Fail(DWORD code) {
     ::SetLastError(code);
@@ -23,18 +27,19 @@ FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, boo
         ::CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, share, nullptr, OPEN_EXISTING, flags, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
     if (!folder || ::GetFileInformationByHandle(folder.Get(), &information) == 0) return {};
-    const DWORD kind =
-        information.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
-    if (kind == FILE_ATTRIBUTE_DIRECTORY) return folder;
+    const bool isFolder = (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const bool isReparsePoint = (information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (isFolder && (throughLink || !isReparsePoint || !IsLink(folder))) return folder;
     Fail(ERROR_DIRECTORY);
     return {};
 }
 
-std::wstring FinalPath(const FileHandle& file) {
+/// With the volume named by its drive, or as the kernel names it. Empty when it has none of this kind.
+std::wstring FinalPath(const FileHandle& file, DWORD volumeName) {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
-        const DWORD length = ::GetFinalPathNameByHandleW(file.Get(), path.data(),
-                                                         static_cast<DWORD>(path.size()), VOLUME_NAME_DOS);
+        const DWORD length =
+            ::GetFinalPathNameByHandleW(file.Get(), path.data(), static_cast<DWORD>(path.size()), volumeName);
         const bool fits = length < path.size();
         path.resize(length);
         if (fits) return path;
@@ -43,6 +48,10 @@ std::wstring FinalPath(const FileHandle& file) {
 
 /// Removes what is open, be it a file, a folder or a link to one.
 bool RemoveOpen(const FileHandle& file) {
+    // The name is free at once, whoever else has the file open; not every file system knows it.
+    FILE_DISPOSITION_INFO_EX atOnce{FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS};
+    if (::SetFileInformationByHandle(file.Get(), kFileDispositionInfoEx, &atOnce, sizeof atOnce) != 0)
+        return true;
     FILE_DISPOSITION_INFO disposition{};
     disposition.DeleteFile = TRUE;
     return ::SetFileInformationByHandle(file.Get(), FileDispositionInfo, &disposition, sizeof(disposition)) !=
@@ -54,7 +63,7 @@ bool RemoveOpen(const FileHandle& file) {
 struct FolderWalk::State {
     struct Level {
         FileHandle handle;
-        std::wstring finalPath;  ///< with its trailing backslash
+        std::wstring finalPath;  ///< with its trailing backslash; empty when it is not told
         std::size_t pathLength = 0;
     };
 
@@ -62,17 +71,25 @@ struct FolderWalk::State {
     bool Remove(const std::string& name, bool isDirectory);
 
     Purpose purpose;
-    std::wstring path;  ///< with its trailing backslash
+    DWORD volumeName = VOLUME_NAME_DOS;  ///< of final paths; the kernel's where the volume has no drive
+    std::wstring path;                   ///< with its trailing backslash
     std::vector<Level> levels;
 };
 
 bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
     Level level{OpenFolder(folder, purpose, throughLink), {}, path.size()};
     if (!level.handle) return false;
-    level.finalPath = FinalPath(level.handle);
-    if (level.finalPath.empty()) return false;
-    if (!level.finalPath.ends_with(L'\\')) level.finalPath.push_back(L'\\');
-    path = folder;
+    level.finalPath = FinalPath(level.handle, volumeName);
+    if (level.finalPath.empty() && levels.empty()) {
+        volumeName = VOLUME_NAME_NT;
+        level.finalPath = FinalPath(level.handle, volumeName);
+    }
+    // Only what is removed needs it.
+    if (level.finalPath.empty() && purpose == Purpose::ToErase) return false;
+    if (!level.finalPath.empty() && !level.finalPath.ends_with(L'\\')) level.finalPath.push_back(L'\\');
+    // The start's path by its drive has no limit of 260 characters, nor what is below it.
+    const bool isUnlimited = levels.empty() && level.finalPath.starts_with(L"\\\\?\\");
+    path = isUnlimited ? level.finalPath : folder;
     if (!path.ends_with(L'\\') && !path.ends_with(L'/')) path.push_back(L'\\');
     levels.push_back(std::move(level));
     return true;
@@ -91,7 +108,7 @@ bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
     if (((information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) != isDirectory) {
         return Fail(isDirectory ? ERROR_DIRECTORY : ERROR_ACCESS_DENIED);
     }
-    if (FinalPath(file) != levels.back().finalPath + wideName) return Fail(ERROR_ACCESS_DENIED);
+    if (FinalPath(file, volumeName) != levels.back().finalPath + wideName) return Fail(ERROR_ACCESS_DENIED);
     return RemoveOpen(file);
 }
 
@@ -101,7 +118,7 @@ FolderWalk& FolderWalk::operator=(FolderWalk&&) noexcept = default;
 FolderWalk::~FolderWalk() = default;
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
-    auto state = std::make_unique<State>(State{purpose, {}, {}});
+    auto state = std::make_unique<State>(State{purpose, VOLUME_NAME_DOS, {}, {}});
     std::wstring path = ToWide(folder);
     if (path.ends_with(L':')) path.push_back(L'\\');  // a drive's root, not its current folder
     if (!state->Push(path, purpose == Purpose::ToList)) return std::nullopt;

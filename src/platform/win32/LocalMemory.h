@@ -8,7 +8,11 @@ namespace quillon::platform {
 struct LocalMemoryTraits {
     using Type = void*;
     static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type value) noexcept { ::LocalFree(value); }
+    static void Close(Type value) noexcept {
+        const DWORD code = ::GetLastError();
+        ::LocalFree(value);
+        ::SetLastError(code);
+    }
 };
 /// What the system allocated with LocalAlloc.
 using LocalMemory = Handle<LocalMemoryTraits>;

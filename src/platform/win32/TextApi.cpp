@@ -1,5 +1,7 @@
 #include "platform/TextApi.h"
 
+#include <algorithm>
+
 #include "platform/win32/WindowsHeaders.h"
 
 #include <oleauto.h>  // after <windows.h>
@@ -50,7 +52,8 @@ std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {
 }
 
 bool LooksLikeUtf16(std::string_view bytes) {
-    return ::IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), nullptr) != 0;
+    constexpr std::size_t kSample = 1 << 30;
+    return ::IsTextUnicode(bytes.data(), static_cast<int>(std::min(bytes.size(), kSample)), nullptr) != 0;
 }
 
 }  // namespace quillon::platform

@@ -25,9 +25,19 @@ HRESULT SetProxyBlanket(IWbemServices* services) {
                                RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
 }
 
+/// From its own folder, which need not be among those that are searched.
+HMODULE LoadMessages() {
+    wchar_t folder[MAX_PATH];
+    const UINT length = ::GetSystemDirectoryW(folder, MAX_PATH);
+    const std::wstring path = std::wstring(folder, length < MAX_PATH ? length : 0) + L"\\wbem\\WmiUtils.dll";
+    if (const HMODULE module = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE))
+        return module;
+    return ::LoadLibraryExW(L"WmiUtils.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+}
+
 /// Never freed: messages are asked for until the process ends.
 HMODULE MessageModule() {
-    static const HMODULE module = ::LoadLibraryExW(L"WmiUtils.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    static const HMODULE module = LoadMessages();
     return module;
 }
 
