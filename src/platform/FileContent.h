@@ -20,7 +20,7 @@ FileHandle OpenForReading(const std::string& path);
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size);
 bool WriteAll(const FileHandle& file, std::string_view bytes);
 
-/// Reads what a file holds when it is opened, `most` bytes of it: one that grows faster
+/// Reads what a file holds when it is opened, `most` bytes at most: one that grows faster
 /// than it is read would never end. A file that tells no size is read to its end.
 class BoundedReader {
 public:

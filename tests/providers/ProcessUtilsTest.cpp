@@ -146,6 +146,15 @@ TEST_F(ProcessUtilsRun, EndsWhatWritesTooMuch) {
                 ElementsAre("Command '" + props->command + "' has written more than 1000 bytes"));
 }
 
+TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitThoughADescendantWritesOn) {
+    const std::string writes = ChildCommand("print", {"round and round|", "0", "10000000"});
+    const auto props = CommandOf("CMD.exe /C " + writes + " && " + writes, m_log);
+    props->maxOutputBytes = 1000;
+    EXPECT_EQ(ProcessUtils::RunCliCommand(props), -5);
+    EXPECT_EQ(props->outputBytes, 1000u);
+    EXPECT_LE(FirstOutput(props).size(), 1000u);
+}
+
 TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitOfWhatEndedItself) {
     const std::tuple<std::string, std::uint64_t, std::string, bool> cases[] = {
         {"12345", 5, "12345", false}, {"12345", 4, "1234", true}, {"ab~", 3, "ab", true}};
