@@ -17,30 +17,34 @@ std::string DecodeUtf16(std::string_view bytes) {
     return platform::Utf16BytesToUtf8(bytes.substr(marked ? 2 : 0), !littleEndian);
 }
 
-/// Of a leading mark, whichever it is; 0 without one.
-std::size_t BomLength(std::string_view content) {
-    auto ignored = FileSystemUtils::NOTSET;
-    if (!FileSystemUtils::CheckBufferForBom(content.data(), content.size(), ignored)) return 0;
-    return content.starts_with('\xEF') ? 3 : 2;
-}
-
-/// As UTF-8 without its mark; ANSI stays as it is. `encoding` is one of files.
+/// As UTF-8, a mark included; ANSI stays as it is. `encoding` is one of files.
 std::string Decoded(std::string content, FileSystemUtils::FileEncoding encoding) {
-    if (encoding == FileSystemUtils::ANSI) return content;
-    if (encoding == FileSystemUtils::UTF16LENOBOM) {
-        content = platform::Utf16BytesToUtf8(content, false);
-    } else if (encoding == FileSystemUtils::UTF16LE || encoding == FileSystemUtils::UTF16BE) {
-        content = DecodeUtf16(content);
+    switch (encoding) {
+        case FileSystemUtils::UTF16LENOBOM:
+            return platform::Utf16BytesToUtf8(content, false);
+        case FileSystemUtils::UTF16LE:
+        case FileSystemUtils::UTF16BE:
+            return DecodeUtf16(content);
+        default:
+            return content;
     }
-    content.erase(0, BomLength(content));
-    return content;
 }
 
 }  // namespace
 
-bool FileSystemUtils::HasBom(std::string_view text) { return BomLength(text) != 0; }
-std::string_view FileSystemUtils::StripBom(std::string_view text) { return text.substr(BomLength(text)); }
-void FileSystemUtils::StripBom(std::string& text) { text.erase(0, BomLength(text)); }
+bool FileSystemUtils::HasBom(std::string_view text) {
+    FileEncoding ignored = NOTSET;
+    return CheckBufferForBom(text.data(), text.size(), ignored);
+}
+
+std::string_view FileSystemUtils::StripBom(std::string_view text) {
+    if (!HasBom(text)) return text;
+    return text.substr(text.starts_with('\xEF') ? 3 : 2);
+}
+
+void FileSystemUtils::StripBom(std::string& text) {
+    text.erase(0, text.size() - StripBom(std::string_view(text)).size());
+}
 
 std::string FileSystemUtils::ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced) {
     const std::uint64_t size = GetFileSizeInBytes(path);
@@ -53,12 +57,16 @@ std::string FileSystemUtils::ReadFile(const std::string& path, FileEncoding& det
         LogUnsupportedEncoding(effective, 2311);
         return {};
     }
-    return Decoded(*std::move(content), effective);
+    std::string text = Decoded(*std::move(content), effective);
+    if (effective != ANSI) StripBom(text);
+    return text;
 }
 
 std::string FileSystemUtils::DecodeContent(std::string content, FileEncoding& detected) {
     detected = DetectEncoding(content, content.size());
-    return Decoded(std::move(content), detected);
+    std::string text = Decoded(std::move(content), detected);
+    StripBom(text);  // what is detected as ANSI has none
+    return text;
 }
 
 std::string FileSystemUtils::ReadANSIFile(const std::string& path, FileEncoding& detected) {

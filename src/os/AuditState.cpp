@@ -1,5 +1,6 @@
 #include "os/AuditState.h"
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 
 namespace quillon {
@@ -53,9 +54,9 @@ SecurityPrivilegeScope::~SecurityPrivilegeScope() {
 }
 
 void SecurityPrivilegeScope::OpenToken() {
-    constexpr std::uint32_t kNoToken = 1008;
     m_token.Reset(platform::Audit().openThreadToken());
-    if (!m_token && platform::LastError() == kNoToken) m_token.Reset(platform::Audit().openProcessToken());
+    if (!m_token && platform::LastError() == platform::kNoToken)
+        m_token.Reset(platform::Audit().openProcessToken());
 }
 
 }  // namespace quillon

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "os/EventBookmark.h"
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/EventLogTypes.h"
 #include "platform/Utf.h"
@@ -22,7 +23,6 @@ using Result = EventLogReader::Result;
 using Start = EventLogReader::Start;
 using Visitor = EventLogReader::Visitor;
 
-constexpr std::uint32_t kInvalidData = 13;
 constexpr unsigned long kNoTimeout = 0xFFFFFFFF;
 
 /// The handles of one EvtNext, each owned as soon as it is there.
@@ -55,7 +55,7 @@ std::uint32_t VisitAll(const std::string& channel, const std::string& query, uns
             LogEvent event;
             if (!EventLogReader::Read(batch.events[i].Get(), event)) {
                 const std::uint32_t code = platform::LastError();
-                return code != 0 ? code : kInvalidData;
+                return code != 0 ? code : platform::kInvalidData;
             }
             if (!visitor(event)) return 0;
         }

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "platform/CivilTime.h"
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/EventLogTypes.h"
 #include "platform/Utf.h"
@@ -61,12 +62,11 @@ TimePoint Time(const EvtVariant& value) {
 }
 
 bool ReadValues(void* context, void* event, LogEvent& result) {
-    constexpr std::uint32_t kInvalidData = 13;
     unsigned long count = 0;
     const Rendered values = Render(context, event, platform::kEvtRenderValues, count);
     if (values.empty()) return false;
     if (count < platform::EvtSystemPropertyCount) {
-        platform::SetLastErrorCode(kInvalidData);
+        platform::SetLastErrorCode(platform::kInvalidData);
         return false;
     }
     result.provider = Text(values[platform::EvtProviderName]);

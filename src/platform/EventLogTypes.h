@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/ErrorCodes.h"
+
 namespace quillon::platform {
 
 /// The part of the system's event log interface that the library uses, in its layout.
@@ -57,10 +59,6 @@ enum EvtSystemProperty : unsigned {
     EvtComputer = 15,
     EvtSystemPropertyCount = 18
 };
-
-inline constexpr std::uint32_t kInvalidParameter = 87;
-inline constexpr std::uint32_t kInsufficientBuffer = 122;
-inline constexpr std::uint32_t kNoMoreItems = 259;
 
 /// The entry points of wevtapi.dll. A null handle or 0 is a failure; see LastError().
 struct EvtFunctions {

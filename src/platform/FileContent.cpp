@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 
@@ -13,7 +14,6 @@ namespace quillon::platform {
 namespace {
 
 constexpr std::size_t kPieceSize = 128 * 1024;
-constexpr std::uint32_t kNotEnoughMemory = 8;
 
 std::optional<std::string> ReadAll(BoundedReader& reader) {
     std::string content(reader.Limit() > 0 ? static_cast<std::size_t>(reader.Limit()) : kPieceSize, '\0');

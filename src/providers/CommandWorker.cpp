@@ -2,6 +2,7 @@
 #include <exception>
 #include <optional>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/Utf.h"
 #include "providers/CommandOutput.h"
@@ -12,8 +13,6 @@ namespace quillon {
 
 namespace {
 
-constexpr std::uint32_t kInvalidParameter = 87;
-constexpr std::uint32_t kNoUnicodeTranslation = 1113;
 /// Between two looks at the size of an output that is limited.
 constexpr std::chrono::milliseconds kSizeInterval{25};
 constexpr unsigned long long kLoggedOutput = 1000;
@@ -30,7 +29,7 @@ bool IsVariable(const std::string& name, const std::string& value) {
 /// Refuses what the systems would misread in different ways.
 bool CheckRequest(const ProcessUtils::CmdProperties& props) {
     if (platform::FindInvalidUtf8(props.command) != std::string::npos) {
-        platform::SetLastErrorCode(kNoUnicodeTranslation);
+        platform::SetLastErrorCode(platform::kNoUnicodeTranslation);
         return false;
     }
     bool valid = props.command.find('\0') == std::string::npos &&
@@ -38,7 +37,7 @@ bool CheckRequest(const ProcessUtils::CmdProperties& props) {
     if (props.environment) {
         for (const auto& [name, value] : *props.environment) valid = valid && IsVariable(name, value);
     }
-    if (!valid) platform::SetLastErrorCode(kInvalidParameter);
+    if (!valid) platform::SetLastErrorCode(platform::kInvalidParameter);
     return valid;
 }
 

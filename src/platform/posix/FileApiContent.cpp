@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
@@ -18,7 +19,6 @@ namespace {
 constexpr std::size_t kPieceSize = 128 * 1024;
 constexpr mode_t kAsTheProcessLets = 0666;
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-constexpr std::uint32_t kSharingViolation = 32;
 
 bool Deny() {
     SetLastErrorCode(kAccessDenied);

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/posix/Errno.h"
@@ -25,7 +26,6 @@ DirectoryEntry ToEntry(int folder, const ::dirent& found) {
 }
 
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit) {
-    constexpr std::uint32_t kFileNotFound = 2;
     const std::string native = NativePath(pattern);
     const std::size_t name = native.rfind('/') + 1;  // 0 when there is none
     const OpenFolder folder(::opendir(name == 0 ? "." : native.substr(0, name).c_str()));

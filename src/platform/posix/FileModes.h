@@ -5,10 +5,11 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/ErrorCodes.h"
+
 namespace quillon::platform {
 
 /// ERROR_ACCESS_DENIED.
-constexpr std::uint32_t kAccessDenied = 5;
 
 /// What takes the part of the read-only attribute: a file its owner may not write.
 inline bool IsReadOnly(const struct ::stat& status) {

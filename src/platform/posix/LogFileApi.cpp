@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/NativePath.h"
@@ -13,8 +14,6 @@
 namespace quillon::platform {
 
 namespace {
-
-constexpr std::uint32_t kInvalidParameter = 87;
 
 /// 0 when it cannot be told.
 mode_t ModeOf(const FileHandle& file) {

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <limits>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileContent.h"
 #include "platform/posix/Children.h"
@@ -25,8 +26,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr std::uint32_t kAccessDenied = 5;
-constexpr std::uint32_t kInvalidParameter = 87;
 /// Between two looks at a child that cannot be polled for.
 constexpr milliseconds kLookInterval{10};
 

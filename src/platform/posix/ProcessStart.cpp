@@ -11,6 +11,7 @@
 
 #include "platform/Characters.h"
 #include "platform/CommandLine.h"
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/ProcessApi.h"
 #include "platform/posix/Children.h"
@@ -21,7 +22,6 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::uint32_t kInvalidParameter = 87;
 constexpr std::uint32_t kNoSuchDirectory = 267;
 
 class FileActions {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/NativePath.h"
@@ -47,7 +48,6 @@ bool WriteAccessList(const std::string& native, const std::string& list) {
 
 std::nullopt_t Fail() {
     if (errno == ERANGE) {
-        constexpr std::uint32_t kInsufficientBuffer = 122;
         SetLastErrorCode(kInsufficientBuffer);
     } else {
         FailWithErrno();

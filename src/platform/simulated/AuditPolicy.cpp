@@ -4,13 +4,13 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 
 namespace quillon::platform::simulated {
 
 namespace {
 
-constexpr std::uint32_t kNoToken = 1008;
 constexpr std::uint32_t kNoSuchPrivilege = 1313;
 constexpr std::uint32_t kPrivilegeNotHeld = 1314;
 

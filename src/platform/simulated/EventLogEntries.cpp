@@ -3,6 +3,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/NumberText.h"
 #include "platform/Utf.h"
@@ -12,7 +13,6 @@ namespace quillon::platform::simulated {
 
 namespace {
 
-constexpr std::uint32_t kInvalidHandle = 6;
 constexpr std::uint32_t kNotSupported = 50;
 constexpr std::uint32_t kNotFound = 1168;
 constexpr std::uint32_t kInvalidQuery = 15001;

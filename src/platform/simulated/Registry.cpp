@@ -5,15 +5,12 @@
 #include <utility>
 
 #include "platform/Characters.h"
+#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 
 namespace quillon::platform::simulated {
 
 namespace {
-
-constexpr std::uint32_t kNotFound = 2;
-constexpr std::uint32_t kInvalidHandle = 6;
-constexpr std::uint32_t kMoreData = 234;
 
 std::string Folded(std::string name) {
     std::transform(name.begin(), name.end(), name.begin(), Lower<char>);
@@ -35,7 +32,7 @@ HKEY Registry::Open(const std::string& path) {
             return reinterpret_cast<HKEY>(m_lastHandle);
         }
     }
-    SetLastErrorCode(code != 0 ? code : kNotFound);
+    SetLastErrorCode(code != 0 ? code : kFileNotFound);
     return nullptr;
 }
 
@@ -54,9 +51,9 @@ std::uint32_t Registry::Read(HKEY key, const std::string& name, void* buffer, st
     const auto open = m_open.find(NumberOf(key));
     if (open == m_open.end()) return kInvalidHandle;
     const auto values = m_keys.find(open->second);
-    if (values == m_keys.end()) return kNotFound;
+    if (values == m_keys.end()) return kFileNotFound;
     const auto value = values->second.find(Folded(name));
-    if (value == values->second.end()) return kNotFound;
+    if (value == values->second.end()) return kFileNotFound;
 
     const std::string& bytes = value->second;
     const std::uint32_t room = std::exchange(size, static_cast<std::uint32_t>(bytes.size()));

@@ -2,6 +2,7 @@
 #include "platform/TextApi.h"
 #include "platform/Utf.h"
 #include "platform/win32/ReparsePoint.h"
+#include "platform/win32/ShareModes.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -9,7 +10,6 @@ namespace quillon::platform {
 namespace {
 
 bool LeadsElsewhere(const std::wstring& path) {
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const FileHandle file(::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     return !file || IsLink(file);
@@ -41,7 +41,6 @@ std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
 }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const FileHandle file(::CreateFileW(ToWide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
                                         OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};

@@ -3,13 +3,12 @@
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
 #include "platform/Utf.h"
+#include "platform/win32/ShareModes.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
 
 namespace {
-
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// The server of a pipe must not act as the agent.
 constexpr DWORD kNoImpersonation = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;

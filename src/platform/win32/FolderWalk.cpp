@@ -4,6 +4,7 @@
 
 #include "platform/Utf.h"
 #include "platform/win32/ReparsePoint.h"
+#include "platform/win32/ShareModes.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -98,7 +99,6 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
 /// By handle, and only when it lies in the open folder: that may have been turned
 /// into a link in place, which holding it open does not prevent.
 bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const std::wstring wideName = ToWide(name);
     const FileHandle file(::CreateFileW((path + wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
                                         nullptr, OPEN_EXISTING,
