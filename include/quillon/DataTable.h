@@ -11,17 +11,37 @@
 
 namespace quillon {
 
-/// The result and parameter table of the agent: rows of named cells and optional
-/// column definitions. Rows are free-form; nothing checks them against the
-/// columns. A table is undefined until it gets a row or a column. Rows never move:
-/// a pointer to one stays valid while others are added. A move leaves the source
-/// undefined. One table is used by one thread at a time; concurrent readers use
-/// the walks that keep no state in the table.
+/// Keeps the agent's table of results and parameters: rows of named cells (VariantList) and, if
+/// wanted, column definitions, whose values tell the columns' types.
+///
+/// Rows are free-form: nothing checks them against the columns, and a row may lack cells.
+/// Column names are compared byte by byte, case-sensitively. A table is undefined until it gets
+/// a row or a column, and stays defined when it is emptied; a caller can so tell "no answer"
+/// from "no rows". Rows never move in memory: a pointer to one stays valid while others are
+/// added, until the row itself is removed. Copies are deep; a move leaves the source undefined.
+/// Operations log nothing, Dump() and RationaliseFirstRow() excepted.
+///
+/// One table is used by one thread at a time. Several threads may read one table at once if
+/// they use the walks that keep no position in it: cGetFirstRow(), EnumerateRows(), begin().
+///
+/// @code
+/// DataTable table;
+/// table.AddStringCol("name");
+/// table.AddLongLongCol("bytes");
+/// VariantList row;
+/// row.Add("name", "agent.log");
+/// row.Add("bytes", 2048);
+/// table.AddRow(std::move(row));
+/// for (const VariantList& each : table) std::cout << each["name"].GetStringValue() << '\n';
+/// std::cout << table;  // a heading, a rule and one line a row
+/// @endcode
 class QUILLON_API DataTable {
 public:
     using const_iterator = std::list<VariantList>::const_iterator;
 
+    /// Makes an undefined table: no rows, no columns, not promoted from a scalar.
     DataTable();
+    /// Makes a table of copies of one to six or of ten rows, in the order of the arguments.
     explicit DataTable(const VariantList& r1);
     DataTable(const VariantList& r1, const VariantList& r2);
     DataTable(const VariantList& r1, const VariantList& r2, const VariantList& r3);
@@ -33,6 +53,7 @@ public:
     DataTable(const VariantList& r1, const VariantList& r2, const VariantList& r3, const VariantList& r4,
               const VariantList& r5, const VariantList& r6, const VariantList& r7, const VariantList& r8,
               const VariantList& r9, const VariantList& r10);
+    /// Copies rows, columns and flags; the copy's own walk (GetFirstRow()) is at its end.
     DataTable(const DataTable& other);
     DataTable& operator=(const DataTable& other);
     DataTable(DataTable&& other) noexcept;
@@ -41,72 +62,112 @@ public:
 
     // --- Columns ---
 
-    /// False, and no change, when the table has rows. Duplicate names are allowed.
+    /// Appends a column of the named type; a null column has none. Returns false, and changes
+    /// nothing, when the table has rows already. A name that exists is added a second time.
     bool AddNullCol(const std::string& name);
     bool AddStringCol(const std::string& name);
     bool AddLongLongCol(const std::string& name);
     bool AddBoolCol(const std::string& name);
     bool AddDoubleCol(const std::string& name);
+    /// Replaces the column definitions by a copy of the list: each element's name is a column's
+    /// name, its kind the type. Rows stay as they are. An undefined table becomes defined when
+    /// the list is not empty, and undefined again when such a table loses its columns.
     void SetDefaultColumns(const VariantList& columns);
+    /// Replaces the column definitions by one without a type for each name. Rows stay.
     void SetDefaultColumnNames(const std::vector<std::string>& names);
+    /// Returns whether there is a column definition.
     bool DefaultColumnsExist() const;
+    /// Returns the definitions' names in order; empty when there are none.
     std::vector<std::string> GetDefaultColumnNames() const;
-    /// The column definitions' names, else the first row's.
+    /// Returns the definitions' names, else the names of the first row's cells, else nothing.
+    /// Columns that only later rows have are not among them, see RationaliseFirstRow().
     std::vector<std::string> GetColumnNames() const;
-    /// GetColumnNames() as texts, each named after its column.
+    /// Returns GetColumnNames() as texts, each named after its column.
     VariantList ColumnNames() const;
-    /// The renamed column moves to the end, in the definitions and in every row.
+    /// Renames a column in the definitions and in every row, where it moves to the end. A row,
+    /// or the definitions, without the old name or with the new one already stay as they are.
     void RenameColumn(const std::string& oldName, const std::string& newName);
 
     // --- Rows ---
 
+    /// Appends a copy of the row, or the row itself from an rvalue.
     void AddRow(const VariantList& row);
     void AddRow(VariantList&& row);
-    /// An index past the end changes nothing.
+    /// Removes the row at an index from 0 and ends the walk of GetFirstRow(). An index past the
+    /// end changes nothing. The cost grows with the index.
     void RemoveRow(unsigned long long index);
-    /// Removes the rows, and with `alsoColumns` the definitions; a defined table stays defined.
+    /// Removes the rows, and with `alsoColumns` the definitions too. A table that was defined
+    /// by a row or an added column stays defined.
     void Clear(bool alsoColumns);
-    /// Copies at most `maximum` of the other's rows, not its definitions.
+    /// Copies at most `maximum` of the other's rows, in order, to the end; its definitions are
+    /// not taken. A null pointer, or a table without rows, changes nothing. `other` may be this
+    /// table.
     void Append(const DataTable* other, unsigned int maximum);
+    /// Appends copies of all the other's rows.
     DataTable& operator+=(const DataTable& other);
-    /// Moves the other's rows over.
+    /// Moves the other's rows to the end without copying one; the other becomes undefined.
     DataTable& operator+=(DataTable&& other);
+    /// Returns a copy of this table followed by the other's rows; undefined when both are.
     DataTable operator+(const DataTable& other) const;
+    /// Returns whether there are no rows; there may be columns.
     bool Empty() const;
+    /// Returns the number of rows; it is kept, not counted.
     unsigned long long GetNumberOfRows() const;
 
-    /// A walk whose position is kept in the table; null or false at the end.
+    /// Start a walk over rows that may be changed, and take its next step; null at the end, and
+    /// for GetNextRow() before a first GetFirstRow(). The table keeps the position, so two
+    /// walks cannot be nested, nor run on two threads. The table owns the rows.
     VariantList* GetFirstRow() const;
     VariantList* GetNextRow() const;
+    /// Take the same walk, but copy the row into `row`; false, and `row` unchanged, at the end.
     bool GetFirstRow(VariantList& row) const;
     bool GetNextRow(VariantList& row) const;
-    /// The same with the caller's own position.
+    /// Walk with a position that the caller keeps; null at the end. The position stays valid
+    /// while rows are added.
     const VariantList* cGetFirstRow(const_iterator& position) const;
     const VariantList* cGetNextRow(const_iterator& position) const;
-    /// Calls the function in order until it returns false.
+    /// Calls the visitor with each row in order until it returns false. An empty visitor throws
+    /// std::bad_function_call unless there are no rows.
     void EnumerateRows(const std::function<bool(const VariantList&)>& visitor) const;
+    /// Return the range for a `for` loop and for algorithms.
     const_iterator begin() const;
     const_iterator end() const;
 
-    /// Gives the first row a null cell for every column that only later rows have.
+    /// Adds to the first row a null cell for every column that only other rows have, so that
+    /// the first row alone names them all (and GetColumnNames() too, if there are no
+    /// definitions): first, by name, the columns of which some cell tells the type, then the
+    /// others as texts, by appearance. Other rows stay. A column of time points logs the Error
+    /// entry of Variant's placeholder and still gets its cell. The walk of GetFirstRow() then
+    /// stands behind the first row.
     void RationaliseFirstRow();
 
     // --- State and comparison ---
 
+    /// Returns whether nothing was ever put into the table; see the class.
     bool IsUndefined() const;
+    /// Marks the table as made from a single value. The mark is only kept and told by
+    /// WasPromotedFromScalar(); copies and moves take it along.
     void MarkAsPromotedFromScalar();
     bool WasPromotedFromScalar() const;
-    /// Rows only, position by position; `Similar` rows may order their cells differently.
+    /// Compares rows only, position by position. ContentSimilar() allows the cells of a row to
+    /// have another order (VariantList::Similar()).
     bool ContentEqual(const DataTable& other) const;
     bool ContentSimilar(const DataTable& other) const;
-    /// Rows and column names. An undefined table and one that was emptied are equal
-    /// and also unequal; the same goes for Similar and NotSimilar.
+    /// Compares rows as ContentEqual() does, and GetColumnNames() in order. An undefined table
+    /// and one that was emptied, columns included, are equal and also unequal; the same goes
+    /// for Similar() and NotSimilar().
     bool operator==(const DataTable& other) const;
     bool operator!=(const DataTable& other) const;
+    /// Compares rows as ContentSimilar() does and, unless `ignoreColumns`, the column names in
+    /// any order.
     bool Similar(const DataTable& other, bool ignoreColumns) const;
+    /// Returns the opposite of Similar() with columns, except for the pair of tables named
+    /// above.
     bool NotSimilar(const DataTable& other) const;
-    /// Debug lines, indented by up to 40 blanks. A null logger means the registered one,
-    /// else standard error.
+    /// Writes Debug lines: a start line with the number of rows, whether the table is
+    /// undefined, the column names, VariantList::Dump() of each row, and an end line. `indent`
+    /// is at most 40 blanks. A null logger means the registered one, and standard error when
+    /// there is none.
     void Dump(const char* title, ICLogger* logger, unsigned int indent) const;
 
 private:
@@ -123,7 +184,7 @@ private:
     bool m_promotedFromScalar = false;
 };
 
-/// As ToText() of DataTableIO.h gives it.
+/// Writes the table as ToText() of DataTableIO.h gives it.
 QUILLON_API std::ostream& operator<<(std::ostream& stream, const DataTable& table);
 
 }  // namespace quillon

@@ -9,41 +9,48 @@
 
 namespace quillon {
 
-/// Tables as text. Columns are those of GetColumnNames(), followed by the columns
-/// that only later rows have, in order of appearance; the first of several cells
-/// of one name counts. Output is always valid UTF-8: an invalid sequence becomes
-/// U+FFFD. Time points are ISO 8601 texts.
-
-/// Text that FromJson or FromCsv cannot read; the message tells where.
+/// Reports text that FromJson() or FromCsv() cannot read. The message tells the place and the
+/// reason, such as "JSON: cannot be read at byte 12", "JSON row 3: not an object" or "CSV
+/// record 4: a quote is not closed"; bytes, rows and records count from 1.
 class QUILLON_API TableFormatError : public std::runtime_error {
 public:
+    /// Takes the message that what() returns.
     explicit TableFormatError(const std::string& message);
     TableFormatError(const TableFormatError&) = default;
     TableFormatError& operator=(const TableFormatError&) = default;
     ~TableFormatError() override;
 };
 
-/// A heading, a rule and one line a row, the columns aligned by character count
-/// and parted by two blanks; integers and doubles to the right. Line ends and
-/// other control characters inside a cell are written as escapes. A null or
-/// missing cell is blank. No column gives the empty text.
+/// Returns the table for people: a heading, a rule of '-' and one line a row, ended by LF, the
+/// columns aligned by code points and separated by two blanks; integers and doubles stand to
+/// the right. Control characters inside a cell are written as JSON escapes such as \n or
+/// \u001B, so that no cell can steer a terminal. A null or missing cell is blank. A table
+/// without columns gives the empty text.
 QUILLON_API std::string ToText(const DataTable& table);
-/// An array of objects, one a row, keys in column order (RFC 8259). Null and
-/// missing cells are null, as are doubles that JSON has no number for.
+/// Returns an array of objects, one a row, keys in column order, on one line (RFC 8259). Null
+/// and missing cells become null, as do the infinities and NaN, for which JSON has no number. A
+/// double always has a point or an exponent, so that it is read back as one; it has as many
+/// digits as it takes to read back the same value.
 QUILLON_API std::string ToJson(const DataTable& table);
-/// One object a line, no array around them.
+/// Returns the same objects one a line, each ended by LF, without an array around them; a table
+/// without rows gives the empty text.
 QUILLON_API std::string ToJsonLines(const DataTable& table);
-/// A heading line and one line a row, ended by CR LF (RFC 4180). Null is an empty
-/// field, the empty text a quoted one.
+/// Returns a heading line and one line a row, each ended by CR LF (RFC 4180). Null and missing
+/// cells become an empty field, the empty text becomes two quotes. Fields with a comma, a quote
+/// or a line end are quoted. A table without columns gives the empty text.
 QUILLON_API std::string ToCsv(const DataTable& table);
 
-/// Reads an array of objects, or one object a line. Integers become integers
-/// exactly (out of the 64-bit range: doubles), other numbers doubles; arrays and
-/// objects as values become their JSON text. Throws TableFormatError.
+/// Reads an array of objects, or one object a line; a byte-order mark is skipped and invalid
+/// UTF-8 becomes U+FFFD. Integers become integers (outside the signed 64-bit range: doubles),
+/// other numbers doubles; an array or object as a value becomes its JSON text, and may be
+/// nested at most 64 deep. The table gets no column definitions; a text without objects gives
+/// an undefined table. Throws TableFormatError.
 QUILLON_API DataTable FromJson(std::string_view json);
-/// Reads RFC 4180 text whose first record names the columns. Every field is a
-/// text, an empty unquoted one null. Records end with CR LF or LF. Throws
-/// TableFormatError (a record of another length, a quote that is not closed).
+/// Reads RFC 4180 text whose first record names the columns, which become definitions without a
+/// type. Every field becomes a text, an empty unquoted one null. Records end with CR LF or LF;
+/// a byte-order mark is skipped and invalid UTF-8 becomes U+FFFD. An empty text gives an
+/// undefined table. Throws TableFormatError for a record whose number of fields differs, a
+/// quote that is not closed or stands inside an unquoted field, and text after a closing quote.
 QUILLON_API DataTable FromCsv(std::string_view csv);
 
 }  // namespace quillon
