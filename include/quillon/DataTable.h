@@ -114,22 +114,23 @@ public:
     /// Returns the number of rows; it is kept, not counted.
     unsigned long long GetNumberOfRows() const;
 
-    /// Start a walk over rows that may be changed, and take its next step; null at the end, and
-    /// for GetNextRow() before a first GetFirstRow(). The table keeps the position, so two
+    /// Starts a walk over rows that may be changed, or takes its next step; null at the end,
+    /// and for GetNextRow() before a first GetFirstRow(). The table keeps the position, so two
     /// walks cannot be nested, nor run on two threads. The table owns the rows.
     VariantList* GetFirstRow() const;
     VariantList* GetNextRow() const;
-    /// Take the same walk, but copy the row into `row`; false, and `row` unchanged, at the end.
+    /// Takes the same walk, but copies the row into `row`; false, and `row` unchanged, at the
+    /// end.
     bool GetFirstRow(VariantList& row) const;
     bool GetNextRow(VariantList& row) const;
-    /// Walk with a position that the caller keeps; null at the end. The position stays valid
+    /// Walks with a position that the caller keeps; null at the end. The position stays valid
     /// while rows are added.
     const VariantList* cGetFirstRow(const_iterator& position) const;
     const VariantList* cGetNextRow(const_iterator& position) const;
     /// Calls the visitor with each row in order until it returns false. An empty visitor throws
     /// std::bad_function_call unless there are no rows.
     void EnumerateRows(const std::function<bool(const VariantList&)>& visitor) const;
-    /// Return the range for a `for` loop and for algorithms.
+    /// Returns the range for a `for` loop and for algorithms.
     const_iterator begin() const;
     const_iterator end() const;
 

@@ -9,6 +9,22 @@
 
 namespace quillon {
 
+/// Tables as text. Columns are those of GetColumnNames(), followed by the columns that only
+/// later rows have, in order of appearance; of several cells of one name in a row the first
+/// counts. Output is always valid UTF-8 without a byte-order mark: an invalid sequence becomes
+/// U+FFFD. Time points are written as ISO 8601 texts, and read back as texts. Nothing is
+/// logged. The functions are thread-safe as long as no other thread changes the table.
+///
+/// @code
+/// const DataTable table = FromCsv("name,size\na.log,10\n");
+/// std::cout << ToJson(table);  // [{"name":"a.log","size":"10"}]
+/// try {
+///     FromJson("[1]");
+/// } catch (const TableFormatError& error) {
+///     std::cout << error.what();  // JSON row 1: not an object
+/// }
+/// @endcode
+
 /// Reports text that FromJson() or FromCsv() cannot read. The message tells the place and the
 /// reason, such as "JSON: cannot be read at byte 12", "JSON row 3: not an object" or "CSV
 /// record 4: a quote is not closed"; bytes, rows and records count from 1.

@@ -109,7 +109,7 @@ public:
     /// "TypeIs index 7 out of range".
     bool TypeIs(const std::type_info& type, int index) const;
 
-    /// Starts a walk over elements that may be changed, and takes its next step. The list keeps
+    /// Starts a walk over elements that may be changed, or takes its next step. The list keeps
     /// the position, so two walks cannot be nested. Both return null at the end, and GetNext()
     /// also before a first GetFirst(). The caller may rename what is handed out, so look-ups by
     /// name are slower from then on.
@@ -122,7 +122,7 @@ public:
     /// Calls the visitor with each element in order until it returns false. An empty visitor
     /// throws std::bad_function_call unless the list is empty.
     void VisitItems(const std::function<bool(const Variant&)>& visitor) const;
-    /// Return the range for a `for` loop and for algorithms.
+    /// Returns the range for a `for` loop and for algorithms.
     const_iterator begin() const;
     const_iterator end() const;
 
