@@ -7,19 +7,31 @@
 
 namespace quillon {
 
-/// Threads as debuggers and the system know them.
+/// Names and identifies threads as debuggers and the system know them. Every operation is
+/// thread-safe; nothing is logged.
+///
+/// @code
+/// std::thread worker([] {
+///     ThreadUtils::SetThreadName("Collector");  // "Vantora-Collector"
+///     ThreadUtils::ThreadSleepMs(50);
+/// });
+/// worker.join();
+/// @endcode
 class QUILLON_API ThreadUtils {
 public:
     ThreadUtils() = delete;
 
-    /// Names the current thread "Vantora-NAME" for whoever looks at it from outside;
-    /// an empty name changes nothing. The system may cut it (Linux: 15 bytes).
+    /// Names the current thread "Vantora-NAME", at most 127 bytes, for whoever looks at it from
+    /// outside: on Windows for a debugger that is attached, on Linux for the system, which
+    /// keeps 15 bytes. An empty name changes nothing. A failure is not reported.
     static void SetThreadName(const std::string& name);
-    /// Does nothing: another thread cannot be named.
+    /// Does nothing: the system lets a thread only name itself. Call the other form from the
+    /// thread's own function.
     static void SetThreadName(const std::thread& thread, const std::string& name);
-    /// The system's id of the current thread.
+    /// Returns the system's number of the current thread, as logs and debuggers show it; it may
+    /// be given to another thread after this one has ended.
     static unsigned long GetThreadId();
-    /// Returns at once for 0 or less.
+    /// Blocks the calling thread for `ms` milliseconds; returns at once for 0 or less.
     static void ThreadSleepMs(long long ms);
 };
 

@@ -7,21 +7,40 @@
 
 namespace quillon {
 
-/// A URL reduced to scheme, host, port and path. A plain value.
+/// Holds a URL reduced to scheme, host, port and path. It is a plain value: copies share
+/// nothing, and different objects may be used on different threads.
+///
+/// Parse() never fails and never throws; IsValid() tells whether the library could use the
+/// result. User information, IPv6 literals, queries and fragments are not told apart: the first
+/// stay in the host, the last two in the path.
+///
+/// @code
+/// const Url url = Url::Parse("HTTPS://server.example/a b");
+/// if (url.IsValid()) std::cout << url.ToString() << '\n';  // HTTPS://server.example:443/a%20b
+/// std::cout << url.Host() << ':' << url.Port() << '\n';    // server.example:443
+/// @endcode
 class QUILLON_API Url {
 public:
-    /// Text that is no URL at all gives one that is not valid and prints as it was
-    /// given. A port that is not written is 80 for http, 443 for https, else 0; blanks
-    /// in the path become %20, an empty path "/". User information and IPv6 literals
-    /// are not understood. Valid: http or https (any case), a host, a port that is not 0.
+    /// Takes a text "scheme://host[:port][/path]" apart. Without a port it is 80 for http, 443
+    /// for https (in any case), else 0; one that is not a number is 0. Blanks in the path
+    /// become "%20", other characters stay; an empty path becomes "/". Any other text, one
+    /// whose host ends in ':' included, gives an invalid Url whose parts are empty and whose
+    /// ToString() is the text itself.
     static Url Parse(const std::string& text);
 
+    /// Returns the part as it was written, nothing decoded and the case kept; empty for a text
+    /// that could not be parsed. The reference is valid as long as the object.
     const std::string& Scheme() const;
     const std::string& Host() const;
     const std::string& Path() const;
+    /// Returns the port that was written or follows from the scheme, 0 when there is none. The
+    /// range is not checked: a port may exceed 65535.
     unsigned int Port() const;
+    /// Returns whether the scheme is http or https, in any case, the host is not empty and the
+    /// port is not 0.
     bool IsValid() const;
-    /// scheme://host:port/path, the port always written.
+    /// Returns "scheme://host:port/path" with the port always written, or the text itself when
+    /// it could not be parsed.
     std::string ToString() const;
 
 private:
