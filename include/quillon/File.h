@@ -10,32 +10,55 @@
 
 namespace quillon {
 
-/// A path (UTF-8) and the encoding of the text file there. Touches the disk only
-/// in its operations, each of which opens and closes the file itself.
+/// Reads and writes one text file and remembers its encoding.
+///
+/// It holds a path (UTF-8) and an encoding, no handle: each operation opens and closes the file
+/// itself. It is a plain value; one object is used by one thread at a time. What
+/// FileSystemUtils says of the encodings holds here too. Invalid UTF-8 that is to be written as
+/// UTF-16 throws std::range_error.
+///
+/// @code
+/// File file = File::Open("C:\\data\\list.txt");
+/// for (const std::string& line : file.ReadByLine()) std::cout << line << '\n';
+/// if (!file.Append("one more\r\n")) std::cout << "cannot append" << '\n';
+/// File::Create("C:\\data\\copy.txt").Write(file.Read(), FileSystemUtils::UTF16LE);
+/// @endcode
 class QUILLON_API File {
 public:
     using FileEncoding = FileSystemUtils::FileEncoding;
 
-    /// A File of unknown encoding; the disk is not touched.
+    /// Makes a File of unknown encoding. Neither touches the disk, and both do the same: the
+    /// names say what the caller is about to do.
     static File Create(const std::string& path);
     static File Open(const std::string& path);
 
-    /// The content as UTF-8; the detected encoding is stored.
+    /// Returns the content as UTF-8 without a mark; the encoding is detected anew and stored. A
+    /// file that cannot be opened gives the empty text and leaves the stored encoding.
     std::string Read();
-    /// Read() without trailing white space, as the text of `value`.
+    /// Sets `value` to Read() without white space at its end, as a text; its name stays.
     void ReadToVariant(Variant& value);
-    /// Lines end at CR LF only; a final one gives a last, empty line.
+    /// Returns the pieces of Read() between CR LF; a lone LF ends no line. A CR LF at the end
+    /// gives a last, empty line, and an empty or missing file gives one empty line.
     std::vector<std::string> ReadByLine();
-    /// `encoding`, else the stored one; with neither, an Error entry and false.
+    /// Writes the file anew in `encoding`, else in the stored one, which stays. With neither,
+    /// returns false and writes the Error entry "No file encoding supplied to File::Write()".
     bool Write(const std::string& text, FileEncoding encoding = FileSystemUtils::NOTSET);
-    /// A missing or empty file of unknown encoding becomes UTF-8 without a mark.
+    /// Appends in `encoding`, else in the stored one, else in the detected one, which is then
+    /// stored. A missing or empty file of unknown encoding becomes UTF8NOBOM. Returns false
+    /// when it cannot be written.
     bool Append(const std::string& text, FileEncoding encoding = FileSystemUtils::NOTSET);
+    /// Deletes the file; a failure is not logged and leaves the system's last error.
     bool Delete();
+    /// Returns whether anything of that name exists, a directory included.
     bool Exists() const;
+    /// Returns the size in bytes; 0 also for a file that is missing or open for writing
+    /// elsewhere.
     std::uint64_t Size() const;
-    /// The stored encoding, else the detected one (not stored), else NOTSET.
+    /// Returns the stored encoding, else the detected one, which is not stored; NOTSET for a
+    /// file that is missing or cannot be opened.
     FileEncoding GetEncoding() const;
-    /// A change is logged at Debug.
+    /// Stores an encoding for Write() and Append(), and logs the old and the new one at Debug
+    /// unless both are NOTSET. The file on disk does not change.
     void SetEncoding(FileEncoding encoding);
 
 private:

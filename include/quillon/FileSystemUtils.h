@@ -11,68 +11,108 @@
 
 namespace quillon {
 
-/// The file system: tests, listings, changes, security, and text files in any
-/// encoding. Narrow paths are UTF-8. Operations report failure by their result
-/// (false, 0 or an empty text) and, unless they say so, log nothing. Any thread.
+/// Asks and changes the file system, and reads and writes text files in any encoding.
+///
+/// Narrow paths are UTF-8 unless an operation says otherwise, wide ones UTF-16; paths past 260
+/// characters work. Failure is reported by the result (false, 0 or an empty text); where a code
+/// is named below, the system's last error holds it. Nothing is logged and nothing thrown
+/// unless it is said. Entries go to the registered logger. Every operation is thread-safe as
+/// far as the file system is: between a test and a change another process may step in.
+///
+/// @code
+/// const std::string directory = FileSystemUtils::GetSystemTempPath() + "logs";
+/// FileSystemUtils::MakeDirectory(directory);
+/// const std::string path = directory + "\\a.txt";
+/// if (FileSystemUtils::WriteUtf8File(path, "first\r\n")) {
+///     FileSystemUtils::FileEncoding detected = FileSystemUtils::NOTSET;
+///     std::cout << FileSystemUtils::ReadFile(path, detected, FileSystemUtils::NOTSET);
+///     std::cout << FileSystemUtils::FileEncodingToString(detected) << '\n';  // UTF8
+/// }
+/// FileSystemUtils::EraseDirectory(directory);
+/// @endcode
 class QUILLON_API FileSystemUtils {
 public:
     FileSystemUtils() = delete;
 
     // --- Tests and sizes ---
 
+    /// Returns whether there is a file, a directory or a link of that name; a link counts
+    /// though its target is missing. The pointer must not be null.
     static bool Exists(const char* path);
     static bool Exists(const std::string& path);
-    /// A path whose attributes cannot be read is logged at Debug.
+    /// Returns the same, and writes the Debug entry "Cannot get attributes of 'X' because: ..."
+    /// for a path whose attributes cannot be read, a missing one included.
     static bool Exists(const wchar_t* path);
     static bool Exists(const std::wstring& path);
-    /// Also tells what it is and, unless null, when it was changed (whole seconds
-    /// since 1970, UTC). On failure both stay as they were.
+    /// Tells also what it is and, unless `modificationTime` is null, when it was last changed,
+    /// in whole seconds since 1970, UTC. Links are followed, and the path is normalised first
+    /// (PathUtils::Normalise()). When false is returned, both stay as they were.
     static bool Exists(const char* path, bool& isDirectory, long long* modificationTime);
     static bool Exists(const std::string& path, bool& isDirectory, long long* modificationTime);
-    /// `path` is in the system's ANSI code page.
+    /// Returns whether the path, which is in the system's ANSI code page, leads to a directory
+    /// or to a link to one.
     static bool IsDirectory(const char* path);
+    /// Returns the same of a UTF-16 or UTF-8 path, which is normalised first.
     static bool IsDirectory(const wchar_t* path);
     static bool IsDirectory(const std::string& path);
     static bool IsDirectory(const std::wstring& path);
-    /// 0 for a file that is missing, a directory, or open for writing elsewhere.
+    /// Returns the size of a file; 0 for one that is missing, a directory, not readable or, on
+    /// Windows, open for writing elsewhere, so a 0 does not prove that it is empty. A path that
+    /// begins with "\Device\" is taken too.
     static std::uint64_t GetFileSizeInBytes(const std::string& path);
+    /// Returns the sum of the sizes of the directory's files, and with `recursive` of all below
+    /// it; links to directories are not entered. What cannot be read counts 0, and a directory
+    /// that cannot be listed ends the sum.
     static std::uint64_t GetDirectorySizeInBytes(const std::string& directory, bool recursive);
-    /// Always false.
+    /// Returns false always; ProcessUtils::IsOsProcess() tells by a product's name.
     static bool IsOperatingSystemProcess(const std::string& path);
 
     // --- Listings: results are appended ---
 
-    /// Files, not directories, that match a wildcard pattern, as paths. The vector
-    /// may be null. Returns their number.
+    /// Appends the paths of the files, not directories, that match a pattern with '*' and '?'
+    /// in its last element, in the system's order, and returns their number; the vector may be
+    /// null. 0 means that nothing matches or that the search failed. A pattern without a
+    /// directory is matched in the working directory, but each result is then a backslash and
+    /// the name.
     static std::uint32_t FindFiles(const char* pattern, std::vector<std::string>* files);
     static std::uint32_t FindFiles(const std::string& pattern, std::vector<std::string>* files);
     static std::uint32_t FindFiles(const wchar_t* pattern, std::vector<std::wstring>* files);
     static std::uint32_t FindFiles(const std::wstring& pattern, std::vector<std::wstring>* files);
+    /// Expands %NAME% references in the pattern, then does the same. The narrow form expands in
+    /// the ANSI code page and so needs a pattern and values in ASCII; the wide form takes any
+    /// text.
     static std::uint32_t FindFilesExpandingEnvVars(const std::string& pattern,
                                                    std::vector<std::string>* files);
     static std::uint32_t FindFilesExpandingEnvVars(const std::wstring& pattern,
                                                    std::vector<std::wstring>* files);
-    /// Paths of all files below the directory: a directory's files, then its
-    /// subdirectories'.
+    /// Appends the paths of all files below the directory: a directory's own files first, then
+    /// its subdirectories' one after the other. Links to directories are not entered. Returns
+    /// false when some directory cannot be listed; the paths found until then stay in `files`.
     static bool GetAllFilesWithin(const std::string& directory, std::vector<std::string>& files);
-    /// Names, not paths.
+    /// Appends the names, not the paths, of the directory's files or subdirectories ("." and
+    /// ".." are left out). Returns false when it cannot be listed.
     static bool GetImmediateFilesWithin(const std::string& directory, std::vector<std::string>& names);
     static bool GetImmediateDirectoriesWithin(const std::string& directory, std::vector<std::string>& names);
-    /// Roots of the fixed disks, as "C:".
+    /// Appends the roots of the fixed disks as "C:", without a backslash. Returns false when
+    /// the system tells no drives at all.
     static bool GetFixedDisks(std::vector<std::wstring>& disks);
 
     // --- Plain reading: text mode, no detection of encodings ---
 
+    /// Returns the bytes in text mode, whatever their encoding: CR LF becomes LF, and the byte
+    /// 0x1A ends the text. The empty text for a file that cannot be read.
     static std::string ReadContentsOfFile(const std::string& path);
-    /// Lines without their line feeds; a text that ends with one gives a last, empty
-    /// line. Reading ends with a line of more than 32,767 characters, cut there.
+    /// Replaces the content of `lines` by the lines of that text without their line feeds; a
+    /// text that ends with one gives a last, empty line, an empty text no line. Reading ends
+    /// with a line of more than 32,767 bytes, which is cut there.
     static void ReadContentsOfFile(const std::string& path, std::vector<std::string>& lines);
+    /// Returns the first of these lines; no more of the file is read than it takes.
     static std::string ReadSingleLineFromFile(const char* path);
     static std::string ReadSingleLineFromFile(const std::string& path);
 
     // --- Version resources ---
 
-    /// Texts of a file's version resource, each empty when unknown. UTF-8.
+    /// Keeps texts of a file's version resource in UTF-8, each empty when it is not known.
     struct VersionInformation {
         std::string fileVersion;     ///< the fixed version, "1.2.3.4"
         std::string productVersion;  ///< the same of the product
@@ -83,59 +123,98 @@ public:
         bool operator==(const VersionInformation&) const = default;
     };
 
-    /// `language` is four hexadecimal digits such as "0409", or empty for the first
-    /// language that has a text. Answers are kept for the process's life, by path and
-    /// language as they are given, while the file's modification time stays. A failure gives empty
-    /// texts, one log entry, and is not kept.
+    /// Returns the texts of a file's version resource. `language` is four hexadecimal digits
+    /// such as "0409", or empty for the first language that has a text. Control characters are
+    /// left out.
+    ///
+    /// Answers are kept for the process's life, by path and language as they are given, while
+    /// the file's modification time stays; so is the answer that a file has no resource.
+    /// Callers that ask for one path at once read it once. Empty texts, not kept, are returned
+    /// for a missing file (logged at Trace), a resource that cannot be read (Warn "Could not
+    /// get version of 'X' because: ..."), one without the fixed part or its signature (Debug),
+    /// and an empty path (Debug). What the cache does is logged at Trace and Debug.
     static VersionInformation GetVersionInformation(const std::string& filePath, const std::string& language);
-    /// Forgets all of them.
+    /// Forgets all answers that are kept.
     static void ClearVersionInformationCache();
 
     // --- Places ---
 
-    /// With its trailing backslash; found once per process.
+    /// Returns the temporary directory with its trailing backslash, found once per process;
+    /// empty when the system does not tell it. The reference stays valid for the process's
+    /// life.
     static const std::string& GetSystemTempPath();
+    /// Returns the process's current directory; empty on failure.
     static std::string GetWorkingDirectory();
+    /// Changes the current directory of the whole process, all threads included.
     static bool SetWorkingDirectory(const std::string& path);
-    /// "\Device\X" becomes "\\?\X", in place; any other text stays.
+    /// Changes "\Device\X", in any case, to "\\?\X" in place; any other text stays.
     static void DeviceNameToVolumeNameFormat(std::wstring& path);
-    /// "\Device\HarddiskVolume3\a" becomes "C:\a"; no match gives the input.
+    /// Returns "C:\a" for "\Device\HarddiskVolume3\a", devices being compared
+    /// case-insensitively; the input itself when no drive has that device.
     static std::string TranslateNtPathToWin32Path(const std::string& ntPath);
 
     // --- Changes ---
 
-    /// Deletes one file. A failure is logged at Error unless `quiet` and leaves the
-    /// system's last error for the caller.
+    /// Deletes one file, or a link itself, never a directory. On failure returns false, leaves
+    /// the system's last error for the caller and, unless `quiet`, writes the Error entry
+    /// "Cannot delete 'X' because: ...". A read-only file is not deleted (5,
+    /// ERROR_ACCESS_DENIED).
     static bool EraseFile(const char* path, bool quiet);
     static bool EraseFile(const std::string& path, bool quiet);
-    /// Deletes a tree. Links and junctions are removed, never followed; read-only
-    /// files stop it. The first failure ends it, logged as by EraseFile.
+    /// Deletes a directory with all that is in it. Links and junctions are removed, never
+    /// followed, also when `directory` is one. The first failure ends it with false: what was
+    /// deleted stays deleted, and a file that cannot be is logged as by EraseFile(). False,
+    /// without an entry, when there is no such directory.
     static bool EraseDirectory(const std::string& directory);
-    /// Makes the missing ancestors of a path, not the path itself.
+    /// Makes the missing ancestors of a path, not the path itself; true when none was missing.
+    /// On failure those already made stay.
     static bool MakeDirectories(const std::string& path);
-    /// Makes the path and its ancestors; false when it exists already.
+    /// Makes the ancestors and the path; false when it exists already (183,
+    /// ERROR_ALREADY_EXISTS).
     static bool MakeDirectory(const std::string& path);
-    /// Sets errno to the system's code on failure.
+    /// Moves a file or directory. With `overwrite` an existing target, also a whole directory,
+    /// is deleted first, so it is gone even if the move then fails; without it, an existing
+    /// target gives false. A failed deletion is logged as by EraseFile(). When the move fails,
+    /// errno is set to the system's code, such as 2 (ERROR_FILE_NOT_FOUND).
     static bool RenameFile(const std::string& from, const std::string& to, bool overwrite);
-    /// Shifts path to path.1, path.1 to path.2 and so on; path.N goes.
+    /// Renames path.(N-1) to path.N, and so on down to path to path.1, after deleting path.N, N
+    /// being `generations`; a gap in the numbers ends the row. Returns false at the first move
+    /// that fails, with errno as by RenameFile(), and with an Error entry when `generations` is
+    /// 0.
     static bool RenameGenerations(const std::string& path, std::uint32_t generations);
+    /// Copies a file's content over `to`, which is made or replaced; its security is the target
+    /// directory's. A read-only target is a failure.
     static bool DuplicateFile(const std::string& from, const std::string& to);
-    /// True when both the file and its security were copied. Throws
-    /// std::filesystem::filesystem_error when the file cannot be copied.
+    /// Copies the content as DuplicateFile() does, then the security as CopyFileAcl() does;
+    /// true when both succeeded. Returns false for a source that does not exist, and throws
+    /// std::filesystem::filesystem_error ("copy(p1, p2): invalid arguments") when the content
+    /// cannot be copied.
     static bool FileCopy(const std::string& source, const std::string& destination);
-    /// Copies owner, group and both access lists; needs the privileges to do so,
-    /// which are left disabled.
+    /// Copies owner, group and both access lists. For that it enables SeSecurityPrivilege and
+    /// SeRestorePrivilege in the process and disables both afterwards, also when they were
+    /// enabled before. Returns false when the process was not given one or the security takes
+    /// more than 260 bytes, and with an Error entry when it cannot be written; no code is left.
     static bool CopyFileAcl(const std::string& source, const std::string& destination);
-    /// Leaves the file to the current user alone.
+    /// Leaves the file to the user that the process runs as, with every right and without
+    /// inheritance; nobody else keeps access.
     static bool SecureFile(const std::string& path);
+    /// Enables or disables a privilege of the whole process by its name, such as
+    /// L"SeBackupPrivilege". Returns false for an unknown name (1313, ERROR_NO_SUCH_PRIVILEGE)
+    /// and for one that the process was not given (1300, ERROR_NOT_ALL_ASSIGNED).
     static bool SetProcessPrivilege(const wchar_t* name, bool enable);
-    /// A new, empty file "vntXXXX.tmp" in the temporary folder, made exclusively and
-    /// readable by its owner only; empty on failure.
+    /// Makes a new, empty file "vntXXXX.tmp" in the temporary directory, which no other caller
+    /// gets and only its owner may read, and returns its path; empty on failure. The caller
+    /// deletes it.
     static std::string GetTemporaryFile();
+    /// Returns the path of a directory that is made under the name of such a file; on Linux
+    /// only for its owner. The name is free for a moment, and a directory that could not be
+    /// made is not reported: where it matters, check IsDirectory(). The caller deletes it.
     static std::string GetTemporaryDirectory();
 
     // --- Text files in any encoding ---
 
+    /// Names how the text of a file is stored. The numbers are fixed; NOTSET means "to be
+    /// detected".
     enum FileEncoding : std::int32_t {
         NOTSET = 0,
         ANSI = 1,  ///< bytes in the system's code page
@@ -146,39 +225,59 @@ public:
         UTF16BE = 6        ///< with the mark FE FF
     };
 
-    /// The enumerator's name, "*** out of range ***" for any other value.
+    /// Returns the enumerator's name, "*** out of range ***" for any other value; a static
+    /// text.
     static const char* FileEncodingToString(FileEncoding encoding);
-    /// True, and the encoding set, when the bytes begin with a mark.
+    /// Returns whether the bytes begin with a byte-order mark, and then sets UTF8, UTF16LE or
+    /// UTF16BE; else `encoding` stays.
     static bool CheckBufferForBom(const char* buffer, std::size_t length, FileEncoding& encoding);
-    /// True, and UTF8NOBOM, when the stream holds one well-formed multi-byte sequence.
+    /// Reads the stream from its start and returns whether it holds a multi-byte UTF-8
+    /// sequence; then sets UTF8NOBOM and leaves the stream behind the first one. Overlong forms
+    /// count.
     static bool CheckForUTF8Sequences(std::istream& stream, FileEncoding& encoding);
-    /// Sets UTF16LENOBOM when the system's statistical test takes the text for UTF-16.
+    /// Sets UTF16LENOBOM when the system's statistical test (IsTextUnicode on Windows) takes
+    /// the stream's first `sampleSize` bytes for UTF-16; else `encoding` stays.
     static void CheckForUTF16WithoutBom(std::istream& stream, FileEncoding& encoding,
                                         std::uint64_t sampleSize);
-    /// Mark, else UTF-8 sequence, else UTF-16 by the system's test, else ANSI.
+    /// Detects the encoding of a stream at its start: a mark, else a UTF-8 sequence, else
+    /// UTF-16 by the system's test, else ANSI; pure ASCII is ANSI. `size` is that of the
+    /// content in bytes; below 2 no mark is looked for. Never returns NOTSET.
     static FileEncoding GetFileEncoding(std::istream& stream, std::uint64_t size);
-    /// NOTSET when the file cannot be opened.
+    /// Detects the encoding of a file in the same way; NOTSET when it cannot be opened. The
+    /// path is not changed.
     static FileEncoding GetFileEncoding(std::string& path);
 
-    /// The content as UTF-8 without a mark (ANSI: the bytes as they are). `detected`
-    /// is always the detected encoding; `forced`, unless NOTSET, decides how to
-    /// read. A file that cannot be opened gives the empty text.
+    /// Returns the content as UTF-8 without a mark; ANSI content as its bytes. `detected` is
+    /// always the detected encoding; `forced`, unless NOTSET, decides how to read instead.
+    /// UTF-16 takes the byte order of its mark, and without one is big-endian, except as
+    /// UTF16LENOBOM; decoding ends before the first invalid code unit. A file that cannot be
+    /// opened gives the empty text and leaves `detected`. A value of `forced` that is no
+    /// enumerator gives the empty text and an Error entry.
     static std::string ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced);
-    /// What ReadFile gives for a file of this content, with the encoding that is detected.
+    /// Returns what ReadFile() gives for a file of this content, with the encoding that is
+    /// detected; touches no file.
     static std::string DecodeContent(std::string content, FileEncoding& detected);
+    /// Returns ReadFile() with the encoding of the name forced.
     static std::string ReadANSIFile(const std::string& path, FileEncoding& detected);
     static std::string ReadUtf8File(const std::string& path, FileEncoding& detected);
     static std::string ReadUtf16LeFile(const std::string& path, FileEncoding& detected);
     static std::string ReadUtf16BeFile(const std::string& path, FileEncoding& detected);
-    /// `text` is UTF-8 (for ANSI: as it stands); a mark at its start is dropped.
-    /// Invalid UTF-8 for a UTF-16 file throws std::range_error and leaves the file.
+    /// Writes a file anew in `encoding`, with the mark that belongs to it. `text` is UTF-8 (for
+    /// ANSI: bytes as they stand); a mark at its start is dropped. Returns whether every byte
+    /// was written and the file closed without error. Invalid UTF-8 for UTF-16 throws
+    /// std::range_error; NOTSET or no enumerator gives false and an Error entry; both leave the
+    /// file alone. The file is not replaced at once: a failure midway leaves a part.
     static bool WriteFile(const std::string& path, const std::string& text, FileEncoding encoding);
+    /// Writes as WriteFile() does, in the encoding of the name.
     static bool WriteUtf8File(const std::string& path, const std::string& text);
     static bool WriteUtf8NoBomFile(const std::string& path, const std::string& text);
     static bool WriteUtf16LeFile(const std::string& path, const std::string& text);
     static bool WriteUtf16BeFile(const std::string& path, const std::string& text);
-    /// Appends without a mark in `requested`, else `current`, else the detected
-    /// encoding, which `current` then tells.
+    /// Appends without a mark, making a missing file, in `requested`, else in `current`, else
+    /// in the detected encoding; `current` then tells which. Returns false for a file that
+    /// cannot be opened or detected. Invalid UTF-8 for UTF-16 throws std::range_error and
+    /// leaves the file; a value that is no enumerator makes the file and gives an Error entry
+    /// and false.
     static bool AppendToFile(const std::string& path, const std::string& text, FileEncoding& current,
                              FileEncoding requested);
 
@@ -187,7 +286,7 @@ private:
     static void StripBom(std::string& text);
     static std::string_view StripBom(std::string_view text);
     static std::string EncodeUtf16(std::string_view text, FileEncoding encoding);
-    /// Swaps the bytes of every 16-bit unit.
+    /// Swaps the bytes of every 16-bit unit in place; an odd last byte stays.
     static void FlipEndianness(std::string& units);
 };
 

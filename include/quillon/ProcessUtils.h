@@ -15,9 +15,26 @@
 
 namespace quillon {
 
-/// Runs command lines under a time-out and the host's shutdown monitor, turns their
-/// output into tables, and tells facts of other processes. Static operations only;
-/// any thread.
+/// Runs command lines under a time-out and the host's shutdown monitor, turns their output into
+/// tables, and tells facts of other processes.
+///
+/// Every operation is thread-safe; any number of commands may run at once, each with one worker
+/// thread of its own. Nothing is thrown.
+///
+/// @code
+/// const auto props = std::make_shared<ProcessUtils::CmdProperties>();
+/// props->command = "ipconfig /all";  // CommandLineBuilder quotes arguments
+/// props->captureOutput = props->outputAsLines = true;
+/// props->timeoutSecs = 30;
+/// props->killOnTimeout = true;
+/// const int code = ProcessUtils::RunCliCommand(props);
+/// InvocationResult result;
+/// if (code == 0) {
+///     result.resultTable = std::move(props->outputTable);
+/// } else {
+///     ProcessUtils::SetSpecialErrorData(props.get(), result, "ipconfig failed");
+/// }
+/// @endcode
 class QUILLON_API ProcessUtils {
 public:
     ProcessUtils() = delete;
@@ -25,13 +42,13 @@ public:
     static const char* const OutputColName;      ///< "Output"
     static const char* const ExitCodeColName;    ///< "ExitCode"
     static const char* const LineNumberColName;  ///< "LineNumber"
-    /// Offered to callers; the runner never substitutes it.
+    /// Is offered to callers as a time-out in seconds; the runner never substitutes it.
     static const int DefaultTimeoutSecs;  ///< 3600
 
-    /// What to run, and how it ended. One record serves one run. The caller's thread
-    /// may read the outcome once RunCliCommand has returned, unless the run timed
-    /// out or was aborted without the process being killed: a worker may then still
-    /// be writing to it.
+    /// Says what to run, and tells how it ended. One record serves one run. The caller's thread
+    /// may read the outcome once RunCliCommand() has returned, unless the run timed out or was
+    /// aborted without the process being killed (-2 or -6): a detached worker may then still be
+    /// writing to it.
     struct CmdProperties {
         // What to run.
         std::string command;            ///< the whole command line, UTF-8
@@ -56,42 +73,65 @@ public:
         std::uint64_t maxOutputBytes = 0;  ///< captured output past this ends the command; 0: no limit
         bool outputTruncated = false;      ///< out: maxOutputBytes was reached
         std::uint64_t outputBytes = 0;     ///< out: bytes captured
-        /// The whole environment (UTF-8) instead of the caller's.
+        /// Replaces the caller's whole environment (UTF-8); nothing: it is inherited. A name
+        /// that is empty or holds '=', or a text with a NUL, makes the start fail.
         std::optional<std::map<std::string, std::string>> environment;
-        /// Bytes fed to the command's standard input, which then ends.
+        /// Is fed to the command's standard input, which then ends; nothing: there is none.
         std::optional<std::string> standardInput;
     };
 
-    /// Runs a command to its end, its time-out or the host's shutdown. Returns the
-    /// program's exit code; 1 also when it could not be started; -2 timed out; -3 not
-    /// run; -5 killed; -6 shutdown. Every failure is logged; nothing is thrown.
+    /// Runs a command to its end, its time-out or the host's shutdown, and blocks the caller
+    /// meanwhile; the shutdown monitor is asked at least every 100 ms. Output goes through a
+    /// temporary file, is read whatever its encoding, and loses the white space at its end; the
+    /// table gets one row, or one a line, numbered from 0, and without any row its columns.
+    ///
+    /// Returns the program's exit code, or: 1, also when it could not be started; -2 timed out
+    /// and not killed; -3 not run or not watched; -5 killed; -6 host shutdown. A process that
+    /// is not killed goes on running. `props` is shared with the worker and must not be null.
+    ///
+    /// Logs the start and the end at Debug, a time-out and a shutdown at Info, too much output
+    /// at Warn, and every failure at Error with the system's text, such as "Could not run
+    /// command 'X' because: ..."; the caller's thread logs to the registered logger, the worker
+    /// to `props->logger` (null: not at all). The output of a command that failed is logged at
+    /// Debug, up to 1,000 bytes.
     static int RunCliCommand(std::shared_ptr<CmdProperties> props);
-    /// Ends the process of a run with exit status -5.
+    /// Ends the process of a run with exit status -5, and with `killTree` its descendants; may
+    /// be called from any thread while the run lasts. Returns false, with an Error entry, when
+    /// it has not started, or cannot be opened or ended; success is an Info entry.
     static bool KillCommandProcess(const std::shared_ptr<CmdProperties>& props);
 
-    /// The result of a timed-out command: code 3, a message, and a table of one row.
+    /// Replaces the result's table by one row (ExitCode -2 and the text "Timed out after N
+    /// seconds"), sets that text as its message, and 3 as its code.
     static void SetCliTimedOutInvocationResult(int timeoutSecs, InvocationResult& result);
-    /// The same for a command that the host's shutdown ended.
+    /// Does the same with -6 and "Aborted due to Agent shutdown".
     static void SetCliShutdownAbortInvocationResult(InvocationResult& result);
-    /// Code 3 unless a code is set; the text of the run's special code, else
-    /// `fallback`, unless a message is set.
+    /// Completes the result of a failed run: code 3 unless a code is set, and unless a message
+    /// is set the text of the special code in `props`, such as "Timed out" for -2, or
+    /// `fallback` for a program's own code and for a null `props`. The table is not touched.
     static void SetSpecialErrorData(const CmdProperties* props, InvocationResult& result,
                                     const std::string& fallback);
 
-    /// The system's own idle and kernel processes (0 and 4 on Windows).
+    /// Returns whether the id is that of Windows's idle (0) or kernel (4) process.
     static bool IsSystemProcess(unsigned long pid);
-    /// Whether a product name is the operating system's own.
+    /// Returns whether a product name is the operating system's own: the text contains
+    /// "Microsoft Windows Operating System", the first letter of each word in either case and
+    /// up to four other characters after each.
     static bool IsOsProcess(const std::string& productName);
-    /// Of a process as it was started, UTF-8; empty and true for a system process,
-    /// empty and false for one that may not or cannot be read.
+    /// Sets `commandLine` to the command line of a process as it was started, in UTF-8. A
+    /// system process gives the empty text and true; one that is gone or may not be read gives
+    /// the empty text and false.
     static bool GetCommandLineForProcess(unsigned long pid, std::string& commandLine);
-    /// Full path, UTF-8; empty on failure.
+    /// Returns the full path of this process's executable, in UTF-8; empty on failure.
     static std::string GetCurrentProcessExecutable();
-    /// Bytes of memory that the process shares with no other; 0 when they cannot be
-    /// told. Whoever may not look into the process by its id gets a Debug entry.
+    /// Returns the bytes of resident memory that the process shares with no other; 0 when they
+    /// cannot be told. The handle must allow queries and reading memory, and stays the
+    /// caller's.
     static long long GetPrivateWorkingSetForProcess(const HANDLE& process);
+    /// Returns the same by id; for a process that cannot be opened, 0 and the Debug entry
+    /// "Unable to get a VM_READ handle for pid N".
     static long long GetPrivateWorkingSetForProcess(const long& pid);
-    /// Appends the ids of all processes; on failure nothing is appended.
+    /// Appends the ids of all processes, 0 included where the system lists it, in the system's
+    /// order; on failure nothing is appended.
     static void EnumerateProcessIds(std::vector<unsigned long>& ids);
 };
 

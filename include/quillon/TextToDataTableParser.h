@@ -11,49 +11,74 @@
 
 namespace quillon {
 
-/// Knows how far one column extends on a line.
+/// Knows how far one column extends on a line. Derive from it for columns that neither of the
+/// two fields below reads; the parser calls it on the thread that parses.
 class QUILLON_API IParsableField {
 public:
+    /// Makes a field without state; the parser that it is given to deletes it.
     IParsableField();
     virtual ~IParsableField();
-    /// Appends one field, starting at `*cursor` in a zero-terminated line, to
-    /// `value` and moves the cursor to where the next field starts.
+    /// Appends one field, which starts at `*cursor` in a NUL-terminated line without its line
+    /// feed, to `value`, and moves the cursor to where the next field starts, at most to the
+    /// NUL. The result is not looked at.
     virtual bool Parse(const char** cursor, std::string& value) = 0;
 };
 
-/// Ends at the next space (not tab); the spaces after it are skipped.
+/// Reads a field that ends at the next space (not at a tab); the spaces after it are skipped. A
+/// line that begins with spaces gives an empty first field.
 class QUILLON_API SpaceSeparatedField : public IParsableField {
 public:
     SpaceSeparatedField();
     ~SpaceSeparatedField() override;
+    /// Appends the characters up to a space or the end, and skips the spaces; returns true.
     bool Parse(const char** cursor, std::string& value) override;
 };
 
-/// The rest of the line: for a last column that may contain spaces.
+/// Reads the rest of the line: for a last column that may contain spaces. Every field that
+/// follows is empty.
 class QUILLON_API NullSeparatedField : public IParsableField {
 public:
     NullSeparatedField();
     ~NullSeparatedField() override;
+    /// Appends the characters up to the end; returns true.
     bool Parse(const char** cursor, std::string& value) override;
 };
 
-/// Turns column-oriented text, one record a line, into rows of a table. Declare
-/// the columns in order, then parse any number of texts.
+/// Turns column-oriented text, one record a line, into rows of a table, as for the output of a
+/// console program. Declare the columns in order, then parse any number of texts.
+///
+/// Declaring is for one thread; afterwards several threads may parse at once, each into a table
+/// of its own, if fields of the caller's own allow it. Nothing is logged.
+///
+/// @code
+/// TextToDataTableParser parser;
+/// parser.AddField<std::string>("name", new SpaceSeparatedField, 0);
+/// parser.AddField<long long>("bytes", new SpaceSeparatedField, 1024);  // the text counts kibibytes
+/// parser.AddField<std::string>("note", new NullSeparatedField, 0);
+/// DataTable table;
+/// parser.Parse("a.log  12 rolled over\nb.log 3\n", table);
+/// std::cout << table.GetNumberOfRows() << '\n';  // 2; the second row has no "note"
+/// @endcode
 class QUILLON_API TextToDataTableParser {
 public:
+    /// Makes a parser without columns; it deletes its fields when it ends, and cannot be
+    /// copied.
     TextToDataTableParser();
     ~TextToDataTableParser();
     TextToDataTableParser(const TextToDataTableParser&) = delete;
     TextToDataTableParser& operator=(const TextToDataTableParser&) = delete;
 
-    /// T is std::string, long long (decimal, times `multiplier` unless that is 0;
-    /// what is out of range becomes the range's end) or bool ("1" or "true"). Takes
-    /// ownership of `field`; a null one throws std::invalid_argument.
+    /// Adds a column. T is std::string; long long, a decimal number with an optional sign, 0
+    /// without digits, times `multiplier` unless that is 0, held at the range's end when it is
+    /// too large; or bool, true for "1" and for "true" in any case. Takes ownership of `field`,
+    /// also when it throws; a null one throws std::invalid_argument.
     template <class T>
     void AddField(const std::string& name, IParsableField* field, long long multiplier);
 
-    /// Appends a row for every line that yields a value; a field that reads only
-    /// white space gives no cell.
+    /// Appends a row for every line that yields a value; lines end at LF, and a CR before it is
+    /// white space. White space at the ends of a field is removed, and a field of nothing else
+    /// gives no cell, so that rows may have fewer cells than there are columns. A text without
+    /// lines leaves the table alone.
     void Parse(const std::string& text, DataTable& table) const;
 
 private:

@@ -16,84 +16,111 @@ namespace quillon {
 
 class WmiEnumeration;
 
-/// A client of Windows Management Instrumentation: one connection to one namespace,
-/// whose objects become rows. Outside Windows a repository with the machine's live
-/// facts answers in ROOT\CIMV2.
+/// Asks and changes objects of Windows Management Instrumentation through one connection to one
+/// namespace, and turns each object into a row. Outside Windows a repository with the machine's
+/// live facts answers in ROOT\CIMV2.
 ///
-/// Every failing call logs one Error entry "WMI error 0x%08lx - ... (while ...)", keeps
-/// the text before the bracket for LastWmiError(), and makes the operation return
-/// false; rows that were added stay. A connector is used by one thread at a time, on
-/// which COM is initialised; it never initialises COM itself.
+/// Every failing call logs one Error entry "WMI error 0x%08x - ... (while ...)", keeps the text
+/// before the bracket for LastWmiError(), and makes the operation return false; rows that were
+/// added stay. Without a connection the text is "Not connected to WMI". What is done is logged
+/// at Debug and Trace. A connector is used by one thread at a time, on which COM is initialised
+/// (ComScope.h); it never initialises COM itself.
 ///
-/// A property becomes a Variant by its CIM type: integers a 64-bit integer, reals a
-/// double, booleans a bool, date-times their JSON text in UTC, everything else a text;
-/// an array is its elements' texts joined by ", ". NULL is a null Variant. A number
-/// that cannot be one throws std::invalid_argument or, past the signed 64-bit range,
-/// std::out_of_range.
+/// A property becomes a Variant by its CIM type: integers a 64-bit integer, reals a double,
+/// booleans a bool, date-times their JSON text with the zone that they have, everything else a
+/// text; an array is its elements' texts joined by ", ". NULL is a null Variant. A number that
+/// cannot be read as one throws std::invalid_argument or, past its range, std::out_of_range. An
+/// object with a property that cannot be read gives an Error entry and the part of a row before
+/// it, and the query goes on.
 ///
-/// A wait for an object is cut into slices of at most 500 ms. After a slice without
-/// an answer the wait ends when the host is shutting down (code 0x800704c7) or the
-/// deadline is over (0x800705b4).
+/// A wait for objects is cut into slices of at most 500 ms. After a slice without an answer the
+/// wait ends when the host is shutting down (0x800704C7, ERROR_CANCELLED as an HRESULT) or the
+/// deadline is over (0x800705B4, ERROR_TIMEOUT).
+///
+/// @code
+/// const ComScope com;  // #include "quillon/ComScope.h"
+/// WmiConnector wmi;
+/// DataTable table;
+/// wmi.SetDeadline(30'000);
+/// if (wmi.Connect("ROOT\\CIMV2") &&
+///     wmi.ExecuteQuery("SELECT Name, ProcessId FROM Win32_Process", &table)) {
+///     std::cout << table;
+/// } else {
+///     std::wcout << wmi.LastWmiError() << L'\n';
+/// }
+/// @endcode
 class QUILLON_API WmiConnector {
 public:
-    /// What becomes of an unsigned 64-bit value past the signed range.
+    /// Says what becomes of an unsigned 64-bit value past the signed range.
     enum class Uint64Policy {
         Raise,  ///< std::out_of_range "stoll argument out of range"
         Text,   ///< its decimal text
     };
 
-    /// Without a logger nothing is logged.
+    /// Makes a connector without a connection. The logger is not owned and must live as long;
+    /// null means that nothing is logged.
     explicit WmiConnector(ICLogger* logger = ServiceLocator::Get<ICLogger>());
+    /// Disconnects. A connector cannot be copied.
     ~WmiConnector();
     WmiConnector(const WmiConnector&) = delete;
     WmiConnector& operator=(const WmiConnector&) = delete;
 
-    /// The longest that one of the following operations waits for the objects of its query;
-    /// 0, the default, and less is without limit. With one, Connect gives up after two minutes at most.
+    /// Limits how long one of the following operations waits, in all, for the objects of its
+    /// query, in milliseconds; 0, the default, and less is without limit. With a limit,
+    /// Connect() gives up after two minutes at most.
     void SetDeadline(std::int32_t milliseconds);
+    /// Replaces the policy; the default is Raise.
     void SetUint64Policy(Uint64Policy policy);
 
-    /// Connects to a namespace path such as "ROOT\CIMV2", in UTF-8, in place of the one before.
+    /// Connects to a namespace path such as "ROOT\CIMV2" (the narrow form is UTF-8) as the
+    /// current user, in place of the connection before, which ends also when this fails.
     bool Connect(const std::string& ns);
     bool Connect(const std::wstring& ns);
-    /// For a namespace that may be absent: failures are Debug entries and no last
-    /// error. The path is in the system's ANSI code page.
+    /// Connects in the same way to a namespace that may be absent: failures are Debug entries
+    /// and no last error. `ns` is in the system's ANSI code page.
     bool TryConnect(const std::string& ns);
-    /// Always true.
+    /// Releases the connection; true always.
     bool Disconnect();
 
-    /// The rows replace those of `table`, as its default columns go too. Without the
-    /// system properties (__PATH, __CLASS, ...). Here and below, a null table takes no rows.
+    /// Replaces the table's rows and columns by the objects of a query, one row each, without
+    /// the system properties (__PATH, __CLASS, ...). The narrow form is UTF-8; put foreign text
+    /// in by Wql.h. A null table, here and below, takes no rows.
     bool ExecuteQuery(const std::string& wql, DataTable* table);
     bool ExecuteQuery(const std::wstring& wql, DataTable* table);
-    /// With the system properties.
+    /// Does the same with the system properties.
     bool ExecuteQueryReturnQualifiers(const std::string& wql, DataTable* table);
-    /// Hands each row over instead of keeping it, until the visitor returns false: the
-    /// result is true then. What the visitor throws reaches the caller.
+    /// Hands each row to the visitor, on this thread, instead of keeping it, until the visitor
+    /// returns false: the result is true then. What the visitor throws reaches the caller.
     bool ExecuteQuery(const std::string& wql, const std::function<bool(const VariantList&)>& visitor);
 
-    /// Writes the first row's values to the properties that the columns of `updates`
-    /// name, in the first object of the query or in all, and adds each object to
-    /// `results`. False, with an Error entry, when there is no first row or it does not have a
-    /// value for each column. A value of a kind that its property does not take throws
-    /// std::invalid_argument, and null null_Variant.
+    /// Writes the first row's values to the properties that the columns of `updates` name, in
+    /// the first object of the query or in all, stores each object, and appends it to
+    /// `results`. A query without objects is no failure. Returns false, with an Error entry,
+    /// when there is no first row or it does not have a value for each column; objects stored
+    /// before a failure stay changed. A value of a kind that its property does not take throws
+    /// std::invalid_argument, and a null null_Variant, before anything is stored.
     bool ExecuteUpdateFirst(const std::wstring& wql, const DataTable* updates, DataTable* results);
     bool ExecuteUpdateAll(const std::wstring& wql, const DataTable* updates, DataTable* results);
 
-    /// Calls a method of a class, or of the first object of the query or all. Its
-    /// parameters are those scalars of `params` that have their names, whatever the
-    /// case, as texts that WMI converts; one that cannot be applied is left out with a
-    /// Warn entry. What a call gives is added to `results` as a row; that of an object
-    /// ends with its ObjectPath.
+    /// Calls a method of a class, or of the first object of the query or of all. Its parameters
+    /// are those of `params.scalars` that have their names, case-insensitively, given as texts
+    /// that WMI converts; one that cannot be applied is left out with a Warn entry. What a call
+    /// gives, ReturnValue included, is appended to `results` as a row; that of an object ends
+    /// with its ObjectPath. Whether ReturnValue means success is for the caller to judge. The
+    /// first failure ends the calls.
     bool ExecuteStaticMethod(const std::wstring& className, const std::wstring& methodName,
                              const MethodParameters& params, DataTable* results);
     bool ExecuteInstanceMethod(const std::wstring& wql, const std::wstring& methodName, bool allResults,
                                const MethodParameters& params, DataTable* results);
 
+    /// Returns the text of the last failure, in UTF-16; empty before the first. Success does
+    /// not clear it. The reference is valid as long as the connector.
     const std::wstring& LastWmiError() const;
 
-    /// The one text value of the one object of a class; empty, with an Error entry, when
-    /// it is anything else.
+    /// Returns the one text value of the one object of a class, over a connection of its own,
+    /// logging to the registered logger. The empty text, with an Error entry, when connecting
+    /// or the query fails, or there is any other number of objects or kind of value. The names
+    /// go into the query as they are: never pass foreign text.
     static std::string GetStringFromWmi(const char* className, const char* propertyName,
                                         const std::wstring& ns);
 
