@@ -3,14 +3,20 @@
 #include <bit>
 #include <charconv>
 #include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <optional>
 #include <random>
 #include <thread>
 
+#include "Utils/internal/VersionText.h"
+#include "base/Characters.h"
 #include "platform/EnvironmentApi.h"
 #include "platform/ErrorText.h"
 #include "platform/ModuleApi.h"
 #include "platform/RegistryApi.h"
 #include "platform/SystemVersionApi.h"
+#include "platform/VersionResourceApi.h"
 #include "quillon/RegistryUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
@@ -32,6 +38,44 @@ unsigned long ReadBuildNumber(const RegKey& key) {
     unsigned long number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
+}
+
+using base::VersionTranslation;
+using platform::VersionResource;
+
+constexpr const char* kDefaultVersion = "1.2.3.4";
+
+/// "1, 2, 3, 4" as "1.2.3.4", 20 characters at most.
+std::string Tidied(const std::string& text) {
+    constexpr int kLongest = 20;
+    int length = 0;
+    std::string tidied;
+    for (const char c : text) {
+        const bool isContinuation = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+        if (c == ' ') continue;
+        if (!isContinuation && length++ == kLongest) break;
+        tidied.push_back(c == ',' ? '.' : c);
+    }
+    return tidied;
+}
+
+std::string VersionTextOf(const std::string& path) {
+    const auto resource = VersionResource::Load(path);
+    if (!resource) return {};
+    return Tidied(FirstText(*resource, [&](VersionTranslation translation) {
+        return resource->Text(translation, "FileVersion").value_or("");
+    }));
+}
+
+struct KeptVersion {
+    std::mutex mutex;
+    std::optional<std::string> text;
+};
+
+/// Never destroyed: threads may log while the process ends.
+KeptVersion& ProcessVersion() {
+    static KeptVersion& kept = *new KeptVersion;
+    return kept;
 }
 
 }  // namespace
@@ -99,6 +143,39 @@ bool MiscUtils::IsLittleEndian() { return std::endian::native == std::endian::li
 
 void MiscUtils::ThreadSleepMs(long long ms) {
     if (ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+std::string MiscUtils::GetFileVersionNumber(const std::string& path) { return VersionTextOf(path); }
+
+std::string MiscUtils::GetVersionNumber(ICLogger* logger) {
+    KeptVersion& kept = ProcessVersion();
+    {
+        const std::lock_guard lock(kept.mutex);
+        if (kept.text) return *kept.text;
+        kept.text = VersionTextOf(platform::ExecutablePath().value_or(""));
+        if (!kept.text->empty()) return *kept.text;
+        kept.text = kDefaultVersion;
+    }
+    // Outside the lock: an entry may roll the log over, which asks for the version.
+    if (logger != nullptr) logger->Error("Could not get version; defaulting to '%s'", kDefaultVersion);
+    return kDefaultVersion;
+}
+
+std::string MiscUtils::PackVersionNumberString(const std::string& version) {
+    constexpr int kParts = 4;
+    const char* text = version.data();
+    const char* const end = text + version.size();
+    std::uint64_t parts[kParts] = {};
+    for (int i = 0; i < kParts && text < end; ++i) {
+        if (i > 0) ++text;  // one separator, whatever it is
+        while (text < end && base::IsSpace(*text)) ++text;
+        const auto [next, error] = std::from_chars(text, end, parts[i]);
+        if (error != std::errc()) break;
+        text = next;
+    }
+    std::uint64_t packed = 0;
+    for (const std::uint64_t part : parts) packed = (packed << 16) + part;
+    return std::to_string(packed);
 }
 
 }  // namespace quillon

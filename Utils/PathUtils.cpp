@@ -5,10 +5,10 @@
 #include <mutex>
 #include <string_view>
 
-#include "platform/Characters.h"
+#include "base/Characters.h"
+#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/ModuleApi.h"
-#include "platform/Utf.h"
 
 namespace quillon {
 
@@ -44,7 +44,7 @@ Text WithBackslashes(Text path) {
 }
 
 bool StartsWithDrive(std::string_view path) {
-    return path.size() >= 2 && platform::IsLetter(path[0]) && path[1] == ':';
+    return path.size() >= 2 && base::IsLetter(path[0]) && path[1] == ':';
 }
 
 /// Length of what is not part of the elements: "C:", "//server", "//?/C:".
@@ -176,7 +176,7 @@ std::string& PathUtils::Normalise(std::string& path) {
 }
 
 std::wstring& PathUtils::Normalise(std::wstring& path) {
-    if (!path.empty()) path = platform::ToWide(Normalised(platform::ToUtf8(path)));
+    if (!path.empty()) path = base::ToWide(Normalised(base::ToUtf8(path)));
     return path;
 }
 
@@ -187,7 +187,7 @@ std::wstring PathUtils::HomogeniseSlashesForOs(const std::wstring& path) { retur
 std::string PathUtils::SanitizeTextForFilename(const std::string& text) {
     std::string result = text.substr(0, text.find('\0'));
     for (char& c : result) {
-        if (!platform::IsLetter(c) && !platform::IsDigit(c)) c = '_';
+        if (!base::IsLetter(c) && !base::IsDigit(c)) c = '_';
     }
     return result;
 }

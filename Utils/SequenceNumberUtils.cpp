@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "platform/NumberText.h"
+#include "base/NumberText.h"
 
 namespace quillon {
 
@@ -22,7 +22,7 @@ void SequenceNumberUtils::SequenceNumberCsvToList(const std::string& text,
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t comma = std::min(text.find(',', start), text.size());
         std::string_view piece(text.data() + start, comma - start);
-        if (const unsigned long long number = platform::TakeUnsigned(piece).value_or(0); number != 0)
+        if (const unsigned long long number = base::TakeUnsigned(piece).value_or(0); number != 0)
             list.push_back(number);
         start = comma + 1;
     }

@@ -6,19 +6,19 @@
 #include <ostream>
 #include <string_view>
 
-#include "platform/Characters.h"
-#include "platform/HexDigits.h"
+#include "base/Characters.h"
+#include "base/HexDigits.h"
 #include "platform/IdentifierApi.h"
-#include "platform/OleTypes.h"
+#include "platform/ole/OleTypes.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
 
-using platform::HexDigit;
-using platform::IsSpace;
-using platform::kLowerDigits;
+using base::HexDigit;
+using base::IsSpace;
+using base::kLowerDigits;
 
 constexpr std::size_t kLength = 36;
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/Characters.h"
-#include "platform/NumberText.h"
+#include "base/Characters.h"
+#include "base/NumberText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kSchemeEnd = "://";
 
-bool IsWordCharacter(char c) { return platform::IsDigit(c) || platform::IsLetter(c) || c == '_'; }
+bool IsWordCharacter(char c) { return base::IsDigit(c) || base::IsLetter(c) || c == '_'; }
 
 /// What "." does not match.
 bool HasLineEnd(std::string_view text) {
@@ -64,7 +64,7 @@ Url Url::Parse(const std::string& text) {
     }
     if (colon + 1 == authority.size()) return Url(text);
     return Url(std::move(scheme), std::string(authority.substr(0, colon)), PathOf(rest),
-               static_cast<std::uint32_t>(platform::ReadSigned<int>(authority.substr(colon + 1))));
+               static_cast<std::uint32_t>(base::ReadSigned<int>(authority.substr(colon + 1))));
 }
 
 const std::string& Url::Scheme() const { return m_scheme; }

@@ -18,6 +18,17 @@ bool ReportNoMemory(const std::function<void(std::string)>& onError, const char*
     return false;
 }
 
+/// Both parts may be empty, and neither holds a separator of either kind.
+std::tuple<bool, std::string, std::string> SplitAt(char separator, const std::string& text) {
+    const char other = separator == '@' ? '\\' : '@';
+    const std::size_t place = text.find(separator);
+    if (place == std::string::npos || text.find(separator, place + 1) != std::string::npos ||
+        text.find(other) != std::string::npos) {
+        return {};
+    }
+    return {true, text.substr(0, place), text.substr(place + 1)};
+}
+
 }  // namespace
 
 bool UserUtils::IsUser(const std::wstring& sid, const std::function<void(std::string)>& onError) {
@@ -39,6 +50,14 @@ std::string UserUtils::LuidToString(const LUID& luid) {
 
 bool UserUtils::SameLuid(const LUID& first, const LUID& second) {
     return platform::PartsOf(first) == platform::PartsOf(second);
+}
+
+std::tuple<bool, std::string, std::string> UserUtils::SplitDownLevelLogonName(const std::string& text) {
+    return SplitAt('\\', text);
+}
+
+std::tuple<bool, std::string, std::string> UserUtils::SplitUserPrincipalName(const std::string& text) {
+    return SplitAt('@', text);
 }
 
 }  // namespace quillon

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "platform/NumberText.h"
+#include "base/NumberText.h"
 
 namespace quillon {
 
@@ -21,7 +21,7 @@ Version::Version(const std::string& text) {
     std::string_view rest = text;
     std::ptrdiff_t read = 0;
     while (read < 4) {
-        const std::optional<std::uint64_t> number = platform::TakeUnsigned(rest);
+        const std::optional<std::uint64_t> number = base::TakeUnsigned(rest);
         if (!number) break;
         m_parts[read++] = static_cast<std::uint32_t>(*number);
         if (!rest.starts_with('.')) break;

@@ -6,16 +6,16 @@
 #include <mutex>
 #include <string>
 
-#include "platform/simulated/EventLog.h"
 #include "quillon/EventLogProxy.h"
 #include "quillon/StdoutLogger.h"
 #include "quillon/StringUtils.h"
+#include "simulation/eventlog/EventLog.h"
 
 namespace {
 
 using quillon::EventLogProxy;
 using quillon::StringUtils;
-using quillon::platform::simulated::EventLog;
+using quillon::simulation::EventLog;
 
 constexpr int kPairs = 100'000;
 const std::array<std::wstring, 4> kChannels{L"Maker-Windows-Part/Operational", L"Maker-Windows-Other/Debug",

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/simulated/WqlQuery.h"
+#include "simulation/wql/WqlQuery.h"
 
 // Queries of WMI before they are run.
 namespace {
@@ -31,7 +31,7 @@ void ParseBaseline(benchmark::State& state) {
 
 void ParseQuillon(benchmark::State& state) {
     for (auto _ : state) {
-        quillon::platform::simulated::WqlQuery query;
+        quillon::simulation::WqlQuery query;
         benchmark::DoNotOptimize(query.Parse(Query()));
     }
 }

@@ -7,16 +7,16 @@
 #include <vector>
 
 #include "platform/Wbem.h"
-#include "platform/simulated/WmiRepository.h"
 #include "providers/WmiOwners.h"
 #include "quillon/WmiConnector.h"
+#include "simulation/wmi/WmiRepository.h"
 
 namespace {
 
 using quillon::DataTable;
 using quillon::WmiConnector;
 using quillon::platform::CComPtr;
-using quillon::platform::simulated::WmiRepository;
+using quillon::simulation::WmiRepository;
 
 constexpr int kObjects = 10'000;
 constexpr const char* kNamespace = "ROOT\\benchmark";

@@ -1,19 +1,28 @@
 # quillon: the shared library. quillon_internal: the same objects as a static
-# library, for the tests of the seam, the fuzzers and whatever else needs to
-# reach behind the exported interface.
+# library, for the tests of the internals, the fuzzers and whatever else needs to
+# reach behind the exported interface. quillon_simulation: Windows facilities in
+# memory, which Linux links into the library and the tests of both systems use.
 file(GLOB quillon_sources CONFIGURE_DEPENDS
-     ${PROJECT_SOURCE_DIR}/src/data/*.cpp ${PROJECT_SOURCE_DIR}/src/logging/*.cpp
+     ${PROJECT_SOURCE_DIR}/src/base/*.cpp ${PROJECT_SOURCE_DIR}/src/data/*.cpp ${PROJECT_SOURCE_DIR}/src/logging/*.cpp
      ${PROJECT_SOURCE_DIR}/src/services/*.cpp ${PROJECT_SOURCE_DIR}/src/metadata/*.cpp
      ${PROJECT_SOURCE_DIR}/src/providers/*.cpp ${PROJECT_SOURCE_DIR}/src/files/*.cpp
-     ${PROJECT_SOURCE_DIR}/src/os/*.cpp ${PROJECT_SOURCE_DIR}/Utils/*.cpp
+     ${PROJECT_SOURCE_DIR}/src/os/*.cpp ${PROJECT_SOURCE_DIR}/Utils/*.cpp ${PROJECT_SOURCE_DIR}/Utils/*/*.cpp
      ${PROJECT_SOURCE_DIR}/src/platform/*.cpp)
+set(platform_dir ${PROJECT_SOURCE_DIR}/src/platform)
 if(WIN32)
-  file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/win32/*.cpp)
+  file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${platform_dir}/win32/*.cpp)
+  list(APPEND quillon_platform_sources ${platform_dir}/ole/VariantNumber.cpp)  # the rest of OLE is the system's
 else()
-  file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/posix/*.cpp
-       ${PROJECT_SOURCE_DIR}/src/platform/simulated/*.cpp)
+  file(GLOB quillon_platform_sources CONFIGURE_DEPENDS ${platform_dir}/posix/*.cpp ${platform_dir}/native/*.cpp
+       ${platform_dir}/ole/*.cpp)
   quillon_embed_file(zone_document quillon_windows_zones ${PROJECT_SOURCE_DIR}/resources/windowsZones.xml)
   list(APPEND quillon_platform_sources ${zone_document})
+endif()
+
+file(GLOB quillon_simulation_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/simulation/*.cpp
+     ${PROJECT_SOURCE_DIR}/src/simulation/*/*.cpp)
+if(WIN32)  # the machine's facts are Linux's
+  list(FILTER quillon_simulation_sources EXCLUDE REGEX /machine/)
 endif()
 
 add_library(quillon_objects OBJECT ${quillon_sources} ${quillon_platform_sources})
@@ -31,9 +40,19 @@ if(WIN32)
                         advapi32 secur32 shell32 shlwapi psapi rpcrt4 userenv)
 endif()
 
+# The library calls the simulation on Linux, the simulation the seam: whoever links
+# both statically asks for quillon_internal_with_simulation.
+add_library(quillon_simulation STATIC EXCLUDE_FROM_ALL ${quillon_simulation_sources})
+target_include_directories(quillon_simulation PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+target_compile_definitions(quillon_simulation PRIVATE QUILLON_STATIC)
+target_link_libraries(quillon_simulation PUBLIC quillon_options Threads::Threads)
+
 add_library(quillon SHARED)
 add_library(quillon::quillon ALIAS quillon)
 target_link_libraries(quillon PRIVATE quillon_objects)
+if(NOT WIN32)
+  target_link_libraries(quillon PRIVATE quillon_simulation)
+endif()
 target_compile_features(quillon PUBLIC cxx_std_20)
 target_include_directories(quillon PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
                            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -48,3 +67,7 @@ endif()
 add_library(quillon_internal STATIC EXCLUDE_FROM_ALL)
 target_link_libraries(quillon_internal PUBLIC quillon_objects)
 target_compile_definitions(quillon_internal INTERFACE QUILLON_STATIC)
+
+add_library(quillon_internal_with_simulation INTERFACE)
+target_link_libraries(quillon_internal_with_simulation INTERFACE
+                      "$<LINK_GROUP:RESCAN,quillon_internal,quillon_simulation>")

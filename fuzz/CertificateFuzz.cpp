@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "base/Utf.h"
 #include "platform/CertificateApi.h"
-#include "platform/Utf.h"
 #include "quillon/CertificateUtils.h"
 
 namespace {
@@ -13,7 +13,7 @@ using namespace quillon;
 void CheckName(const CRYPTOAPI_BLOB& name) {
     const auto text = platform::CertificateNameText(name);
     if (text && text->size() > 2047) std::abort();
-    if (text && !platform::WideToUtf8(*text)) std::abort();
+    if (text && !base::WideToUtf8(*text)) std::abort();
 }
 
 bool Lies(const CRYPTOAPI_BLOB& part, const CERT_CONTEXT& whole) {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/CommandLine.h"
+#include "base/CommandLine.h"
 #include "quillon/CommandLineBuilder.h"
 #include "quillon/StringUtils.h"
 
@@ -24,7 +24,7 @@ void RoundTrip(const std::vector<std::string>& arguments) {
     if (program.find('"') != std::string::npos || IsBatchFile(program)) return;
     CommandLineBuilder builder(program);
     for (std::size_t i = 1; i < arguments.size(); ++i) builder.Add(arguments[i]);
-    if (platform::SplitCommandLine(builder.Get()) != arguments) std::abort();
+    if (base::SplitCommandLine(builder.Get()) != arguments) std::abort();
 }
 
 }  // namespace
@@ -35,6 +35,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::string> arguments;
     StringUtils::SplitByChar(text, '\n', arguments);
     RoundTrip(arguments);
-    if (!text.empty()) RoundTrip(platform::SplitCommandLine(text));
+    if (!text.empty()) RoundTrip(base::SplitCommandLine(text));
     return 0;
 }

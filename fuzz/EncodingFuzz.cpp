@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/Utf.h"
 #include "platform/FileApi.h"
-#include "platform/Utf.h"
 #include "quillon/FileSystemUtils.h"
 
 // Bytes as a file: detection never fails and is the same for a stream, every way
@@ -39,13 +39,13 @@ void ReadInEveryWay(const std::string& bytes) {
         Require(detected == expected);
         const Encoding effective = forced == FS::NOTSET ? detected : static_cast<Encoding>(forced);
         if (effective == FS::ANSI) Require(text == bytes);
-        if (IsUtf16(effective)) Require(quillon::platform::FindInvalidUtf8(text) == std::string::npos);
+        if (IsUtf16(effective)) Require(quillon::base::FindInvalidUtf8(text) == std::string::npos);
     }
 }
 
 /// `bytes` as a text: valid UTF-8 comes back from every Unicode encoding.
 void WriteAndReadBack(const std::string& bytes) {
-    const bool valid = quillon::platform::FindInvalidUtf8(bytes) == std::string::npos;
+    const bool valid = quillon::base::FindInvalidUtf8(bytes) == std::string::npos;
     Encoding ignored = FS::NOTSET;
     const bool marked = FS::CheckBufferForBom(bytes.data(), bytes.size(), ignored);
     for (const Encoding encoding : {FS::UTF8, FS::UTF16LE, FS::UTF16LENOBOM, FS::UTF16BE}) {

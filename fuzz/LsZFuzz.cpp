@@ -6,9 +6,9 @@
 #include <random>
 #include <string>
 
+#include "base/Characters.h"
+#include "base/Utf.h"
 #include "files/LsZFields.h"
-#include "platform/Characters.h"
-#include "platform/Utf.h"
 #include "quillon/LsZFile.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StdoutLogger.h"
@@ -25,7 +25,7 @@ void Require(bool condition) {
 
 void CheckFields(const std::string& text) {
     std::string lower = text;
-    std::transform(lower.begin(), lower.end(), lower.begin(), &quillon::platform::Lower<char>);
+    std::transform(lower.begin(), lower.end(), lower.begin(), &quillon::base::Lower<char>);
     const auto behind = [&lower](std::string_view key) {
         const std::size_t at = lower.find(key);
         return at == std::string::npos ? at : at + key.size();
@@ -49,7 +49,7 @@ void CheckList(const std::string& content) {
     quillon::LsZFile list(ListPath(), nullptr);
     Require(list.GetFileSize() == content.size());
     for (const auto& file : list.GetFiles()) {
-        Require(quillon::platform::FindInvalidUtf8(file.name + file.crc) == std::string::npos);
+        Require(quillon::base::FindInvalidUtf8(file.name + file.crc) == std::string::npos);
         Require(!file.isFolder || (file.name.empty() && file.length == 0 && file.time == 0));
         Require(file.name.find('"') == std::string::npos && file.crc.find(' ') == std::string::npos);
     }

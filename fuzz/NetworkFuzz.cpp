@@ -5,7 +5,7 @@
 #include <string>
 
 #include "ExpandedText.h"
-#include "Utils/NetworkPatterns.h"
+#include "Utils/internal/NetworkPatterns.h"
 #include "quillon/NetworkUtils.h"
 
 // The linear matchers against the patterns that they stand for, on texts short enough

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/PeVersionResource.h"
+#include "base/PeVersionResource.h"
 
 // The input is a PE file. Whatever it says, only bytes that it has are read, and no
 // more of them than some hundred kilobytes.
@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return true;
     };
     bool isThere = false;
-    const auto version = quillon::platform::ReadPeVersion(read, isThere);
+    const auto version = quillon::base::ReadPeVersion(read, isThere);
     if (!version) return 0;
     if (!isThere || version->translations.size() > size / 4) std::abort();
     for (const auto& [key, value] : version->values) {

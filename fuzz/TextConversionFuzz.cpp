@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 
 // The conversions against the standard library's, which takes surrogates in UTF-8
 // for characters: a text that holds one is invalid whatever it says.
@@ -60,23 +60,23 @@ bool HoldsLoneSurrogate(const std::wstring& text) {
 }
 
 void CheckNarrow(const std::string& text) {
-    const auto wide = platform::Utf8ToWide(text);
+    const auto wide = base::Utf8ToWide(text);
     Require(wide == OracleWide(text));
-    const std::size_t invalid = platform::FindInvalidUtf8(text);
+    const std::size_t invalid = base::FindInvalidUtf8(text);
     Require(wide.has_value() == (invalid == std::string::npos));
-    Require(platform::Utf8ToWide(text.substr(0, invalid)).has_value());
+    Require(base::Utf8ToWide(text.substr(0, invalid)).has_value());
 
-    const std::string repaired = platform::RepairUtf8(text);
-    Require(platform::FindInvalidUtf8(repaired) == std::string::npos);
+    const std::string repaired = base::RepairUtf8(text);
+    Require(base::FindInvalidUtf8(repaired) == std::string::npos);
     Require(repaired.compare(0, invalid, text, 0, invalid) == 0);
-    Require(platform::ToUtf8(platform::ToWide(text)) == repaired);
+    Require(base::ToUtf8(base::ToWide(text)) == repaired);
     if (!wide) return;
     Require(repaired == text);
-    Require(platform::WideToUtf8(*wide) == text);
+    Require(base::WideToUtf8(*wide) == text);
     for (const bool bigEndian : {false, true}) {
-        const auto bytes = platform::Utf8ToUtf16Bytes(text, bigEndian);
+        const auto bytes = base::Utf8ToUtf16Bytes(text, bigEndian);
         Require(bytes && bytes->size() == 2 * wide->size());
-        Require(platform::Utf16BytesToUtf8(*bytes, bigEndian) == text);
+        Require(base::Utf16BytesToUtf8(*bytes, bigEndian) == text);
     }
 }
 
@@ -88,15 +88,15 @@ void CheckWide(const std::string& bytes) {
         };
         wide.push_back(static_cast<wchar_t>(byte(i) | byte(i + 1) << 8));
     }
-    const auto narrow = platform::WideToUtf8(wide);
+    const auto narrow = base::WideToUtf8(wide);
     Require(narrow.has_value() == !HoldsLoneSurrogate(wide));
-    const std::string prefix = platform::Utf16BytesToUtf8(bytes, false);
-    Require(platform::FindInvalidUtf8(prefix) == std::string::npos);
-    Require(platform::ToUtf8(wide).compare(0, prefix.size(), prefix) == 0);
+    const std::string prefix = base::Utf16BytesToUtf8(bytes, false);
+    Require(base::FindInvalidUtf8(prefix) == std::string::npos);
+    Require(base::ToUtf8(wide).compare(0, prefix.size(), prefix) == 0);
     if (!narrow) return;
     Require(narrow == OracleNarrow(wide));
     Require(prefix == *narrow);
-    Require(platform::Utf8ToWide(*narrow) == wide);
+    Require(base::Utf8ToWide(*narrow) == wide);
 }
 
 }  // namespace

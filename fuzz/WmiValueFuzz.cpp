@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "platform/Wbem.h"
-#include "platform/simulated/WmiRepository.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiOwners.h"
 #include "quillon/WmiConnector.h"
+#include "simulation/wmi/WmiRepository.h"
 
 // The input is a CIM type, a variant type, whether it is an array, and what the value or its elements hold.
 // Whatever a provider answers, a query gives one cell of the kind that the type says, or one of the errors
@@ -79,7 +79,7 @@ void Check(CIMTYPE type, const _variant_t& value, const Variant& cell) {
     Require(IsInteger(type) ? cell.TypeIs(typeid(long long)) || (type == CIM_UINT64 && isText) : isText);
 }
 
-void Query(platform::simulated::WmiRepository& repository, CIMTYPE type, const _variant_t& value) {
+void Query(simulation::WmiRepository& repository, CIMTYPE type, const _variant_t& value) {
     repository.AddClass(L"ROOT\\fuzz", {L"One", {{L"V", type, value}}, {}});
     repository.AddInstance(L"ROOT\\fuzz", L"One", {});
     WmiConnector connector(nullptr);
@@ -99,7 +99,7 @@ void Query(platform::simulated::WmiRepository& repository, CIMTYPE type, const _
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static platform::simulated::WmiRepository& repository = *new platform::simulated::WmiRepository;
+    static simulation::WmiRepository& repository = *new simulation::WmiRepository;
     static const bool isReplaced = (platform::ReplaceWbemCalls(repository.Calls()), true);
     if (size < 3 || !isReplaced) return 0;
     const CIMTYPE type = Pick(kTypes, data[0]) | ((data[2] & 1) != 0 ? kArrayFlag : 0);

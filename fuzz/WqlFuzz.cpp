@@ -4,18 +4,18 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Utf.h"
-#include "platform/simulated/WqlPattern.h"
-#include "platform/simulated/WqlQuery.h"
+#include "base/Utf.h"
 #include "quillon/Wql.h"
+#include "simulation/wql/WqlPattern.h"
+#include "simulation/wql/WqlQuery.h"
 
 // Any text as a query, as a condition and as a value. Conditions are held against the laws of logic, quoting
 // against the parser, and patterns without sets against a table of all their beginnings.
 
 namespace {
 
-using quillon::platform::simulated::MatchesLike;
-using quillon::platform::simulated::WqlQuery;
+using quillon::simulation::MatchesLike;
+using quillon::simulation::WqlQuery;
 
 constexpr std::size_t kLongestForTable = 200;
 
@@ -25,7 +25,7 @@ void Require(bool condition) {
 
 /// UTF-8, or where it is none with surrogates for what is not ASCII.
 std::wstring Units(const std::string& text) {
-    if (auto wide = quillon::platform::Utf8ToWide(text)) return *wide;
+    if (auto wide = quillon::base::Utf8ToWide(text)) return *wide;
     std::wstring units;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
@@ -61,17 +61,17 @@ bool Matches(const std::string& condition, const std::wstring& value) {
     constant.vt = VT_BSTR;
     constant.bstrVal = SysAllocStringLen(value.data(), static_cast<unsigned int>(value.size()));
     WqlQuery query;
-    Require(query.Parse(quillon::platform::ToWide("SELECT * FROM C WHERE V " + condition)) == 0);
+    Require(query.Parse(quillon::base::ToWide("SELECT * FROM C WHERE V " + condition)) == 0);
     return query.Matches([&constant](std::wstring_view) { return &constant; });
 }
 
 void CheckQuoting(const std::string& text, const std::string& other) {
-    const std::wstring value = quillon::platform::ToWide(text);
+    const std::wstring value = quillon::base::ToWide(text);
     const std::string pattern = "LIKE '" + quillon::WqlLikeEscape(text) + '\'';
     Require(Matches("= " + quillon::WqlQuote(text), value));
     Require(Matches(pattern, value));
     Require(!Matches(pattern, value + L'x') && !Matches(pattern, L'x' + value));
-    const std::wstring otherValue = quillon::platform::ToWide(other);
+    const std::wstring otherValue = quillon::base::ToWide(other);
     Require(Matches(pattern, otherValue) == Matches("= " + quillon::WqlQuote(text), otherValue));
 }
 
@@ -111,6 +111,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string second = cut == std::string::npos ? first : bytes.substr(cut + 1);
     CheckPattern(Units(first), Units(second));
     if (bytes.find('\0') != std::string::npos) return 0;
-    CheckQuoting(quillon::platform::RepairUtf8(first), quillon::platform::RepairUtf8(second));
+    CheckQuoting(quillon::base::RepairUtf8(first), quillon::base::RepairUtf8(second));
     return 0;
 }

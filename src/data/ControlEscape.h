@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/HexDigits.h"
+#include "base/HexDigits.h"
 
 namespace quillon {
 
@@ -20,8 +20,8 @@ inline void AppendControlEscape(std::string& output, unsigned char control) {
             break;
         default:
             output += "\\u00";
-            output += platform::kUpperDigits[control >> 4];
-            output += platform::kUpperDigits[control & 15];
+            output += base::kUpperDigits[control >> 4];
+            output += base::kUpperDigits[control & 15];
     }
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 
 namespace quillon {
 namespace {
@@ -59,8 +59,8 @@ void AppendInteger(std::string& output, long long value) {
 }
 
 std::string_view ValidUtf8(std::string_view text, std::string& buffer) {
-    if (platform::FindInvalidUtf8(text) == std::string_view::npos) return text;
-    buffer = platform::RepairUtf8(text);
+    if (base::FindInvalidUtf8(text) == std::string_view::npos) return text;
+    buffer = base::RepairUtf8(text);
     return buffer;
 }
 

@@ -1,7 +1,7 @@
 #include "files/LsZFields.h"
 
-#include "platform/Characters.h"
-#include "platform/HexDigits.h"
+#include "base/Characters.h"
+#include "base/HexDigits.h"
 
 namespace quillon {
 
@@ -20,13 +20,13 @@ constexpr Key kRdc{"rdc=", &LsZFields::rdc}, kCrc{"crc=", &LsZFields::crc};
 
 bool EndsWithKey(View text, View key) {
     return text.size() >= key.size() &&
-           platform::EqualIgnoringCase<char>(text.substr(text.size() - key.size()), key);
+           base::EqualIgnoringCase<char>(text.substr(text.size() - key.size()), key);
 }
 
 /// The key that the text ends in; null when there is none.
 const Key* KeyAtEnd(View text) {
     const auto check = [text](const Key& key) { return EndsWithKey(text, key.name) ? &key : nullptr; };
-    switch (text.size() > 2 ? platform::Lower(text[text.size() - 2]) : '\0') {
+    switch (text.size() > 2 ? base::Lower(text[text.size() - 2]) : '\0') {
         case 'n':
             return check(kLength);
         case 't':
@@ -42,11 +42,11 @@ const Key* KeyAtEnd(View text) {
     }
 }
 
-bool BeginsAsHex(View text) { return text.size() >= 2 && text[0] == '0' && platform::Lower(text[1]) == 'x'; }
+bool BeginsAsHex(View text) { return text.size() >= 2 && text[0] == '0' && base::Lower(text[1]) == 'x'; }
 
 /// Negative when it is no digit of the base.
 int DigitOf(char c, unsigned base) {
-    const int digit = platform::HexDigit(c);
+    const int digit = base::HexDigit(c);
     return digit < static_cast<int>(base) ? digit : -1;
 }
 
@@ -55,7 +55,7 @@ int DigitOf(char c, unsigned base) {
 LsZNumber LsZNumber::Read(View text, unsigned base) {
     constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
     LsZNumber number;
-    while (!text.empty() && platform::IsSpace(text.front())) text.remove_prefix(1);
+    while (!text.empty() && base::IsSpace(text.front())) text.remove_prefix(1);
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
         number.isNegative = text.front() == '-';
         text.remove_prefix(1);

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/AsciiRun.h"
+#include "base/AsciiRun.h"
+#include "base/Utf.h"
 #include "platform/ErrorText.h"
-#include "platform/Utf.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -18,7 +18,7 @@ using View = std::string_view;
 static_assert(std::endian::native == std::endian::little, "lists are little-endian");
 
 /// What is invalid is replaced.
-std::string ForLog(View text) { return platform::RepairUtf8(text); }
+std::string ForLog(View text) { return base::RepairUtf8(text); }
 
 /// What follows a beginning; nothing unless it is there and something follows.
 std::optional<View> After(View line, View beginning) {
@@ -97,14 +97,13 @@ void LsZFile::Parser::ReadLszUnicodeLine(std::string_view bytes) {
     if (!bytes.empty()) std::memcpy(m_units.data(), bytes.data(), bytes.size());
     m_narrow.resize(m_units.size());
     m_hasInvalid = false;
-    if (platform::NarrowAscii(m_units.data(), m_units.size(), m_narrow.data()) != m_units.size())
-        NarrowUnits();
+    if (base::NarrowAscii(m_units.data(), m_units.size(), m_narrow.data()) != m_units.size()) NarrowUnits();
     m_line = m_narrow;
     if (m_reader.HasFailed()) Log(&ICLogger::ErrorV, "%s", "Could not read from Unicode LsZ file");
 }
 
 void LsZFile::Parser::NarrowUnits() {
-    auto narrow = platform::Utf16ToUtf8(m_units);
+    auto narrow = base::Utf16ToUtf8(m_units);
     m_hasInvalid = !narrow;
     if (narrow) {
         m_narrow = std::move(*narrow);
@@ -113,9 +112,9 @@ void LsZFile::Parser::NarrowUnits() {
     m_narrow.clear();
     const std::u16string_view units = m_units;
     for (std::size_t at = 0, length = 1; at < units.size(); at += length) {
-        auto character = platform::Utf16ToUtf8(units.substr(at, 1));
+        auto character = base::Utf16ToUtf8(units.substr(at, 1));
         const bool isAlone = character.has_value();
-        if (!isAlone) character = platform::Utf16ToUtf8(units.substr(at, 2));
+        if (!isAlone) character = base::Utf16ToUtf8(units.substr(at, 2));
         length = isAlone || !character ? 1 : 2;
         m_narrow += character.value_or(std::string(1, kInvalid));
     }
@@ -123,7 +122,7 @@ void LsZFile::Parser::NarrowUnits() {
 
 void LsZFile::Parser::ReadNarrowLine(std::string_view bytes) {
     m_line = bytes;
-    if (platform::FindInvalidUtf8(bytes) == std::string_view::npos) return;
+    if (base::FindInvalidUtf8(bytes) == std::string_view::npos) return;
     m_line = {};
     StringUtils::NarrowStringToWide(std::string(bytes));  // which logs it
 }

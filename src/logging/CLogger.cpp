@@ -12,12 +12,12 @@
 #include <mutex>
 #include <utility>
 
+#include "base/OwnFigures.h"
 #include "logging/CallbackLogger.h"
 #include "logging/CustomRollingFileAppender.h"
 #include "logging/Log4cplusEntry.h"
 #include "logging/LogOperations.h"
 #include "logging/RollOverBanner.h"
-#include "platform/OwnFigures.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -164,7 +164,7 @@ void CLogger::MsgFmt(Level level, const char* format, std::va_list arguments) co
         WriteEntry(m_impl->logger, level, StringUtils::Format(format, arguments));
     } catch (...) {
         // An entry that cannot be written must not fail the operation that reports by it.
-        platform::CountDroppedLogLine();
+        base::CountDroppedLogLine();
     }
 }
 

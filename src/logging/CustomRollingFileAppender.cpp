@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/OwnFigures.h"
 #include "platform/FileApi.h"
 #include "platform/LogFileApi.h"
-#include "platform/OwnFigures.h"
 #include "quillon/DestructorFunctor.h"
 
 namespace quillon {
@@ -125,7 +125,7 @@ bool CustomRollingFileAppender::IsOpenAgain() {
 }
 
 void CustomRollingFileAppender::Write(std::string_view line) {
-    if (!IsWritten(line)) platform::CountDroppedLogLine();
+    if (!IsWritten(line)) base::CountDroppedLogLine();
 }
 
 bool CustomRollingFileAppender::IsWritten(std::string_view line) {

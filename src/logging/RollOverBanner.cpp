@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Characters.h"
 #include "logging/BannerFacts.h"
-#include "platform/Characters.h"
 #include "quillon/IAgentConfiguration.h"
 #include "quillon/ICLogger.h"
 #include "quillon/IDeviceInformation.h"
@@ -63,8 +63,8 @@ void ReportAuthenticationPolicy(ICLogger& log, int policy) {
 }
 
 const char* TruthOf(std::string_view text) {
-    if (text == "1" || platform::EqualIgnoringCase<char>(text, "true")) return "true";
-    if (text == "0" || platform::EqualIgnoringCase<char>(text, "false")) return "false";
+    if (text == "1" || base::EqualIgnoringCase<char>(text, "true")) return "true";
+    if (text == "0" || base::EqualIgnoringCase<char>(text, "false")) return "false";
     return kUndefined;
 }
 

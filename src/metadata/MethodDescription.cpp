@@ -4,8 +4,8 @@
 #include <typeinfo>
 #include <utility>
 
+#include "base/Utf.h"
 #include "metadata/TextOrEmpty.h"
-#include "platform/Utf.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/MethodMetadata.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Text(const char* text) { return platform::RepairUtf8(TextOrEmpty(text)); }
+std::string Text(const char* text) { return base::RepairUtf8(TextOrEmpty(text)); }
 
 template <class Item>
 void DescribeRemarks(Json& object, const Item& item) {
@@ -43,7 +43,7 @@ Json ScalarValue(const Variant& value) {
     if (value.TypeIs(typeid(long long))) return value.GetLongLongValue();
     if (value.TypeIs(typeid(bool))) return value.GetBoolValue();
     if (value.TypeIs(typeid(double))) return value.GetDoubleValue();
-    return platform::RepairUtf8(value.AsString());
+    return base::RepairUtf8(value.AsString());
 }
 
 Json DefaultValue(const MethodParameter& parameter) {

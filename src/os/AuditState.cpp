@@ -1,6 +1,6 @@
 #include "os/AuditState.h"
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 
 namespace quillon {
@@ -55,7 +55,7 @@ SecurityPrivilegeScope::~SecurityPrivilegeScope() {
 
 void SecurityPrivilegeScope::OpenToken() {
     m_token.Reset(platform::Audit().openThreadToken());
-    if (!m_token && platform::LastError() == platform::kNoToken)
+    if (!m_token && platform::LastError() == base::kNoToken)
         m_token.Reset(platform::Audit().openProcessToken());
 }
 

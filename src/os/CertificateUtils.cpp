@@ -2,10 +2,10 @@
 
 #include <cstddef>
 
+#include "base/Characters.h"
+#include "base/HexDigits.h"
+#include "base/Utf.h"
 #include "platform/CertificateApi.h"
-#include "platform/Characters.h"
-#include "platform/HexDigits.h"
-#include "platform/Utf.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -32,7 +32,7 @@ std::wstring UnitsOf(const std::string& bytes) {
 std::string CertificateUtils::GetContextPropertyString(const CERT_CONTEXT* const& certificate,
                                                        const unsigned long& propertyId) {
     const auto bytes = PropertyOf(certificate, propertyId);
-    return bytes ? platform::WideToUtf8(UnitsOf(*bytes)).value_or("") : "";
+    return bytes ? base::WideToUtf8(UnitsOf(*bytes)).value_or("") : "";
 }
 
 std::string CertificateUtils::GetContextPropertyHash(const CERT_CONTEXT* const& certificate,
@@ -44,7 +44,7 @@ std::string CertificateUtils::GetContextPropertyHash(const CERT_CONTEXT* const& 
 
 std::string CertificateUtils::GetCertBlobInfo(CRYPTOAPI_BLOB encodedName) {
     const auto text = platform::CertificateNameText(encodedName);
-    return text ? platform::WideToUtf8(*text).value_or("") : "";
+    return text ? base::WideToUtf8(*text).value_or("") : "";
 }
 
 std::string CertificateUtils::GetSerialNumberHexString(const CERT_CONTEXT* const& certificate) {
@@ -53,7 +53,7 @@ std::string CertificateUtils::GetSerialNumberHexString(const CERT_CONTEXT* const
     std::string text;
     for (std::size_t left = serial.cbData; left > 0; --left) {
         const unsigned char byte = serial.pbData[left - 1];
-        text += {platform::kLowerDigits[byte >> 4], platform::kLowerDigits[byte & 0xF]};
+        text += {base::kLowerDigits[byte >> 4], base::kLowerDigits[byte & 0xF]};
     }
     return text;
 }
@@ -61,8 +61,8 @@ std::string CertificateUtils::GetSerialNumberHexString(const CERT_CONTEXT* const
 std::string CertificateUtils::GetFriendlyNameFromStoreName(std::wstring storeName) {
     const auto& names = GetAvailableStoreNames();
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (platform::EqualIgnoringCase<wchar_t>(names[i], storeName))
-            return platform::ToUtf8(GetAvailableFriendlyNames()[i]);
+        if (base::EqualIgnoringCase<wchar_t>(names[i], storeName))
+            return base::ToUtf8(GetAvailableFriendlyNames()[i]);
     }
     return {};
 }
@@ -70,7 +70,7 @@ std::string CertificateUtils::GetFriendlyNameFromStoreName(std::wstring storeNam
 std::wstring CertificateUtils::GetStoreNameFromFriendlyName(const std::string& friendlyName) {
     const auto& names = GetAvailableFriendlyNames();
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (friendlyName.find(platform::ToUtf8(names[i])) != std::string::npos)
+        if (friendlyName.find(base::ToUtf8(names[i])) != std::string::npos)
             return GetAvailableStoreNames()[i];
     }
     return {};

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/NumberText.h"
+#include "base/NumberText.h"
 #include "quillon/EventLogReader.h"
 
 namespace quillon {
@@ -18,8 +18,8 @@ struct EventBookmark {
 
     /// Nothing when it is no bookmark, such as the empty text.
     static std::optional<EventBookmark> Parse(std::string_view text) {
-        const auto recordId = platform::TakeUnsigned(text);
-        const auto ticks = platform::TakeUnsigned(text);
+        const auto recordId = base::TakeUnsigned(text);
+        const auto ticks = base::TakeUnsigned(text);
         if (!recordId || !ticks || !text.empty()) return std::nullopt;
         return EventBookmark{*recordId, TimePoint(TimePoint::duration(static_cast<std::int64_t>(*ticks)))};
     }

@@ -1,10 +1,10 @@
 #include <array>
 
+#include "base/Utf.h"
 #include "os/DeferredLog.h"
 #include "os/EventLogState.h"
 #include "os/HolderCount.h"
 #include "platform/Handle.h"
-#include "platform/Utf.h"
 #include "quillon/EventLogProxy.h"
 #include "quillon/StringUtils.h"
 
@@ -23,7 +23,7 @@ using ChannelConfig = platform::Handle<ConfigTraits>;
 
 const platform::EvtFunctions& Functions() { return EventLogState::Get().functions; }
 
-std::string Name(const wchar_t* channel) { return channel == nullptr ? "" : platform::ToUtf8(channel); }
+std::string Name(const wchar_t* channel) { return channel == nullptr ? "" : base::ToUtf8(channel); }
 
 ChannelConfig OpenConfig(const wchar_t* channel) {
     return ChannelConfig(Functions().openChannelConfig(nullptr, channel, 0));

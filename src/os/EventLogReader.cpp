@@ -6,11 +6,11 @@
 #include <string_view>
 #include <utility>
 
+#include "base/ErrorCodes.h"
+#include "base/Utf.h"
 #include "os/EventBookmark.h"
-#include "platform/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/EventLogTypes.h"
-#include "platform/Utf.h"
 #include "quillon/EvtHandle.h"
 #include "quillon/IApplicationDataStore.h"
 #include "quillon/StringUtils.h"
@@ -45,8 +45,8 @@ struct Batch {
 /// Visits what a query gives. 0 when it or the visitor came to an end, else the code of what failed.
 std::uint32_t VisitAll(const std::string& channel, const std::string& query, unsigned long direction,
                        const Visitor& visitor) {
-    const EvtHandle results(EventLogProxy::EvtQuery(nullptr, platform::ToWide(channel).c_str(),
-                                                    platform::ToWide(query).c_str(),
+    const EvtHandle results(EventLogProxy::EvtQuery(nullptr, base::ToWide(channel).c_str(),
+                                                    base::ToWide(query).c_str(),
                                                     platform::kEvtChannelPath | direction));
     if (!results) return platform::LastError();
     Batch batch;
@@ -55,13 +55,13 @@ std::uint32_t VisitAll(const std::string& channel, const std::string& query, uns
             LogEvent event;
             if (!EventLogReader::Read(batch.events[i].Get(), event)) {
                 const std::uint32_t code = platform::LastError();
-                return code != 0 ? code : platform::kInvalidData;
+                return code != 0 ? code : base::kInvalidData;
             }
             if (!visitor(event)) return 0;
         }
     }
     const std::uint32_t code = platform::LastError();
-    return code == platform::kNoMoreItems ? 0 : code;
+    return code == base::kNoMoreItems ? 0 : code;
 }
 
 /// Counts what it visits, and keeps the place of the last event that the visitor took.

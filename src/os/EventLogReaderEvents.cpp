@@ -1,11 +1,11 @@
 #include <cstddef>
 #include <vector>
 
-#include "platform/CivilTime.h"
-#include "platform/ErrorCodes.h"
+#include "base/CivilTime.h"
+#include "base/ErrorCodes.h"
+#include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/EventLogTypes.h"
-#include "platform/Utf.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/EventLogReader.h"
 #include "quillon/EvtHandle.h"
@@ -30,14 +30,14 @@ Rendered Render(void* context, void* event, unsigned long flags, unsigned long& 
                                      &used, &propertyCount) != 0) {
             return buffer;
         }
-        if (platform::LastError() != platform::kInsufficientBuffer) break;
+        if (platform::LastError() != base::kInsufficientBuffer) break;
         buffer.resize(used / sizeof(EvtVariant) + 1);
     }
     return {};
 }
 
 std::string Text(const EvtVariant& value) {
-    return value.type == EvtType::String && value.text != nullptr ? platform::ToUtf8(value.text) : "";
+    return value.type == EvtType::String && value.text != nullptr ? base::ToUtf8(value.text) : "";
 }
 
 /// A number in the width that its type has: the system leaves the other bytes undefined.
@@ -57,7 +57,7 @@ std::uint64_t Number(const EvtVariant& value) {
 
 TimePoint Time(const EvtVariant& value) {
     constexpr std::int64_t kBefore1970 =
-        -platform::DaysFromCivil(1601, 1, 1) * platform::kSecondsPerDay * platform::kTicksPerSecond;
+        -base::DaysFromCivil(1601, 1, 1) * base::kSecondsPerDay * base::kTicksPerSecond;
     return TimePoint(TimePoint::duration(static_cast<std::int64_t>(Number(value)) - kBefore1970));
 }
 
@@ -66,7 +66,7 @@ bool ReadValues(void* context, void* event, LogEvent& result) {
     const Rendered values = Render(context, event, platform::kEvtRenderValues, count);
     if (values.empty()) return false;
     if (count < platform::EvtSystemPropertyCount) {
-        platform::SetLastErrorCode(platform::kInvalidData);
+        platform::SetLastErrorCode(base::kInvalidData);
         return false;
     }
     result.provider = Text(values[platform::EvtProviderName]);
@@ -83,7 +83,7 @@ bool ReadXml(void* event, LogEvent& result) {
     unsigned long count = 0;
     const Rendered text = Render(nullptr, event, platform::kEvtRenderXml, count);
     if (text.empty()) return false;
-    result.xml = platform::ToUtf8(reinterpret_cast<const wchar_t*>(text.data()));
+    result.xml = base::ToUtf8(reinterpret_cast<const wchar_t*>(text.data()));
     return true;
 }
 

@@ -5,7 +5,7 @@
 #include <typeinfo>
 #include <utility>
 
-#include "platform/OwnFigures.h"
+#include "base/OwnFigures.h"
 #include "platform/ProcessFactsApi.h"
 
 namespace quillon {
@@ -42,9 +42,9 @@ DataTable SelfMetrics() {
     AddFigure(table, "KernelTime", usage.kernelMilliseconds, kMilliseconds);
     AddFigure(table, "Threads", usage.threads, kCount);
     AddFigure(table, "Handles", usage.handles, kCount);
-    AddFigure(table, "DroppedLogLines", static_cast<long long>(platform::DroppedLogLines()), kCount);
-    AddFigure(table, "LookupsUnderWay", platform::LookupsUnderWay(), kCount);
-    for (const platform::CacheSize& cache : platform::CacheSizes()) {
+    AddFigure(table, "DroppedLogLines", static_cast<long long>(base::DroppedLogLines()), kCount);
+    AddFigure(table, "LookupsUnderWay", base::LookupsUnderWay(), kCount);
+    for (const base::CacheSize& cache : base::CacheSizes()) {
         AddFigure(table, "Cache." + cache.name, static_cast<long long>(cache.entries), kCount);
     }
     return table;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/Handle.h"
-#include "platform/OleTypes.h"
+#include "platform/ole/OleTypes.h"
 #include "quillon/WindowsTypes.h"
 
 namespace quillon::platform {

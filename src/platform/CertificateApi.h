@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/Handle.h"
-#include "platform/OleTypes.h"
+#include "platform/ole/OleTypes.h"
 #ifdef _WIN32
 #include <wincrypt.h>
 #endif

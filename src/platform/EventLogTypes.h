@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 
 namespace quillon::platform {
 

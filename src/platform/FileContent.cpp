@@ -5,7 +5,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 
@@ -31,7 +31,7 @@ std::optional<std::string> ReadAll(BoundedReader& reader) {
 }
 
 std::optional<std::string> FailForMemory() {
-    SetLastErrorCode(kNotEnoughMemory);
+    SetLastErrorCode(base::kNotEnoughMemory);
     return std::nullopt;
 }
 

@@ -16,10 +16,10 @@
 #include <oleauto.h>
 #include <wbemidl.h>
 #else
-#include "platform/posix/WbemTypes.h"
+#include "platform/ole/WbemTypes.h"
 #endif
 
-#include "platform/ComPtr.h"
+#include "platform/ole/ComPtr.h"
 #include "quillon/WindowsTypes.h"
 
 namespace quillon::platform {

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform/CommandLine.h"
+#include "base/CommandLine.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -35,13 +35,13 @@ CommandLineBuilder::CommandLineBuilder(const std::string& program) : m_isBatchFi
         throw std::invalid_argument("A program's name cannot hold a quote: " + program);
     }
     if (m_isBatchFile) CheckForInterpreter(program);
-    m_commandLine = platform::JoinCommandLine({program});
+    m_commandLine = base::JoinCommandLine({program});
 }
 
 CommandLineBuilder& CommandLineBuilder::Add(const std::string& argument) {
     CheckForZero(argument);
     if (m_isBatchFile) CheckForInterpreter(argument);
-    m_commandLine.append(" ").append(platform::QuoteArgument(argument));
+    m_commandLine.append(" ").append(base::QuoteArgument(argument));
     return *this;
 }
 

@@ -2,9 +2,9 @@
 #include <exception>
 #include <optional>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
+#include "base/Utf.h"
 #include "platform/ErrorText.h"
-#include "platform/Utf.h"
 #include "providers/CommandOutput.h"
 #include "providers/CommandRun.h"
 #include "quillon/StringUtils.h"
@@ -18,7 +18,7 @@ constexpr std::chrono::milliseconds kSizeInterval{25};
 constexpr unsigned long long kLoggedOutput = 1000;
 
 bool IsText(const std::string& text) {
-    return text.find('\0') == std::string::npos && platform::FindInvalidUtf8(text) == std::string::npos;
+    return text.find('\0') == std::string::npos && base::FindInvalidUtf8(text) == std::string::npos;
 }
 
 bool IsVariable(const std::string& name, const std::string& value) {
@@ -28,8 +28,8 @@ bool IsVariable(const std::string& name, const std::string& value) {
 
 /// Refuses what the systems would misread in different ways.
 bool CheckRequest(const ProcessUtils::CmdProperties& props) {
-    if (platform::FindInvalidUtf8(props.command) != std::string::npos) {
-        platform::SetLastErrorCode(platform::kNoUnicodeTranslation);
+    if (base::FindInvalidUtf8(props.command) != std::string::npos) {
+        platform::SetLastErrorCode(base::kNoUnicodeTranslation);
         return false;
     }
     bool valid = props.command.find('\0') == std::string::npos &&
@@ -37,14 +37,14 @@ bool CheckRequest(const ProcessUtils::CmdProperties& props) {
     if (props.environment) {
         for (const auto& [name, value] : *props.environment) valid = valid && IsVariable(name, value);
     }
-    if (!valid) platform::SetLastErrorCode(platform::kInvalidParameter);
+    if (!valid) platform::SetLastErrorCode(base::kInvalidParameter);
     return valid;
 }
 
 /// Removes a character whose end was cut off.
 void TrimCutCharacter(std::string& text) {
     constexpr std::size_t kLongestCut = 3;
-    const std::size_t invalid = platform::FindInvalidUtf8(text);
+    const std::size_t invalid = base::FindInvalidUtf8(text);
     if (invalid != std::string::npos && text.size() - invalid <= kLongestCut) text.resize(invalid);
 }
 
@@ -106,7 +106,7 @@ std::optional<platform::ChildProcess> CommandWorker::Start() {
     if (!CheckRequest(m_props)) return std::nullopt;
     platform::ProcessRequest request;
     request.command = m_props.command;
-    request.workingDirectory = platform::ToUtf8(m_props.workingDirectory);
+    request.workingDirectory = base::ToUtf8(m_props.workingDirectory);
     if (m_props.environment) request.environment = &*m_props.environment;
     if (m_props.captureOutput) request.output = &m_output.File();
     request.killableAsTree = m_props.killTree;

@@ -6,15 +6,15 @@
 #include <string_view>
 #include <typeinfo>
 
-#include "platform/Characters.h"
-#include "platform/NumberText.h"
+#include "base/Characters.h"
+#include "base/NumberText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 
 namespace {
 
-using platform::IsSpace;
+using base::IsSpace;
 
 std::string_view Trimmed(std::string_view text) {
     while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
@@ -102,7 +102,7 @@ TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<long long>
                                                                                  long long multiplier) {
     const long long factor = multiplier == 0 ? 1 : multiplier;
     return [name, factor](std::string_view text, VariantList& row) {
-        row.Add(name, SaturatingProduct(platform::ReadSigned<long long>(text), factor));
+        row.Add(name, SaturatingProduct(base::ReadSigned<long long>(text), factor));
     };
 }
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "base/Utf.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
 #include "providers/SilentLogger.h"
 #include "providers/WmiEnumeration.h"
 #include "providers/WmiServices.h"
@@ -25,7 +25,7 @@ const std::wstring& WmiConnector::LastWmiError() const { return *m_lastError; }
 
 // --- Connection ---
 
-bool WmiConnector::Connect(const std::string& ns) { return Connect(platform::ToWide(ns)); }
+bool WmiConnector::Connect(const std::string& ns) { return Connect(base::ToWide(ns)); }
 
 bool WmiConnector::Connect(const std::wstring& ns) {
     const auto [step, code] = m_services->Connect(ns, m_deadline > 0);
@@ -35,7 +35,7 @@ bool WmiConnector::Connect(const std::wstring& ns) {
                         code);
         return false;
     }
-    m_logger->Debug("Connected to WMI namespace \"%s\"", platform::ToUtf8(ns).c_str());
+    m_logger->Debug("Connected to WMI namespace \"%s\"", base::ToUtf8(ns).c_str());
     return true;
 }
 
@@ -66,7 +66,7 @@ bool WmiConnector::CheckConnected(const char* failure) {
 // --- Queries ---
 
 bool WmiConnector::ExecuteQuery(const std::string& wql, DataTable* table) {
-    return ExecuteQueryInternal(platform::ToWide(wql), table, false);
+    return ExecuteQueryInternal(base::ToWide(wql), table, false);
 }
 
 bool WmiConnector::ExecuteQuery(const std::wstring& wql, DataTable* table) {
@@ -74,7 +74,7 @@ bool WmiConnector::ExecuteQuery(const std::wstring& wql, DataTable* table) {
 }
 
 bool WmiConnector::ExecuteQueryReturnQualifiers(const std::string& wql, DataTable* table) {
-    return ExecuteQueryInternal(platform::ToWide(wql), table, true);
+    return ExecuteQueryInternal(base::ToWide(wql), table, true);
 }
 
 bool WmiConnector::ExecuteQuery(const std::string& wql,
@@ -84,7 +84,7 @@ bool WmiConnector::ExecuteQuery(const std::string& wql,
         if (!ReadRow(object, nullptr, false, row)) ReportUnread(index);
         return row.Size() == 0 || visitor(row);
     };
-    return VisitObjects(platform::ToWide(wql), visit);
+    return VisitObjects(base::ToWide(wql), visit);
 }
 
 bool WmiConnector::ExecuteQueryInternal(const std::wstring& wql, DataTable* table, bool returnQualifiers) {
@@ -117,12 +117,12 @@ bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& vi
             return false;
         }
     } while (goesOn && batch.size() == WmiEnumeration::kBatch);
-    m_logger->Debug("Completed WMI query '%s'", platform::ToUtf8(wql).c_str());
+    m_logger->Debug("Completed WMI query '%s'", base::ToUtf8(wql).c_str());
     return true;
 }
 
 std::unique_ptr<WmiEnumeration> WmiConnector::StartQuery(const std::wstring& wql) {
-    m_logger->Debug("Executing WMI query '%s'", platform::ToUtf8(wql).c_str());
+    m_logger->Debug("Executing WMI query '%s'", base::ToUtf8(wql).c_str());
     auto objects = std::make_unique<WmiEnumeration>(m_deadline);
     const HRESULT result = objects->Start(*m_services->reference, wql);
     if (SUCCEEDED(result)) return objects;

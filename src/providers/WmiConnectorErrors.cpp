@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/Wbem.h"
 #include "quillon/StringUtils.h"
 #include "quillon/WmiConnector.h"
@@ -19,7 +19,7 @@ constexpr std::uint32_t kLastDispatchError = 0x8004FFFF;
 std::wstring Hex(const char* format, std::uint32_t number) {
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), format, number);
-    return platform::ToWide(text.data());
+    return base::ToWide(text.data());
 }
 
 std::wstring MessageWithoutModule(HRESULT code) {
@@ -45,7 +45,7 @@ void WmiConnector::HandleWbemError(const std::wstring& context, long hr) const {
     std::wstring text =
         L"WMI error " + Hex("0x%08x", static_cast<std::uint32_t>(code)) + L" - " + MessageOf(code);
     StringUtils::Trim(text);
-    m_logger->Error("%s (while %s)", platform::ToUtf8(text).c_str(), platform::ToUtf8(context).c_str());
+    m_logger->Error("%s (while %s)", base::ToUtf8(text).c_str(), base::ToUtf8(context).c_str());
     *m_lastError = std::move(text);
 }
 

@@ -1,7 +1,7 @@
 #include <optional>
 
+#include "base/Utf.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
 #include "providers/WmiEnumeration.h"
 #include "providers/WmiOwners.h"
 #include "providers/WmiServices.h"
@@ -12,8 +12,8 @@ namespace quillon {
 
 namespace {
 
+using base::ToUtf8;
 using platform::CComPtr;
-using platform::ToUtf8;
 
 constexpr const char* kNotConnected = "Cannot execute WMI method as WmiConnector is not connected";
 
@@ -150,7 +150,7 @@ void WmiConnector::SetWmiParameterFromUserParameter(ATL::CComPtr<IWbemClassObjec
         return;
     }
     const std::string text = value.AsString();
-    _variant_t converted = TextVariant(platform::ToWide(text));
+    _variant_t converted = TextVariant(base::ToWide(text));
     if (FAILED(inInstance->Put(name.c_str(), 0, &converted, cimType))) {
         m_logger->Warn("Could not apply parameter value of '%s' to parameter '%s'", ToUtf8(name).c_str(),
                        text.c_str());

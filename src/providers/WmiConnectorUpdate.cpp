@@ -1,5 +1,5 @@
+#include "base/Utf.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiEnumeration.h"
 #include "providers/WmiOwners.h"
@@ -18,7 +18,7 @@ std::string Describe(const _variant_t& value, CIMTYPE type) {
             return "real64:" + Variant(value.dblVal).AsString();
         case CIM_STRING:
         case CIM_DATETIME:
-            return platform::ToUtf8(platform::BstrText(value.bstrVal));
+            return base::ToUtf8(platform::BstrText(value.bstrVal));
         case CIM_BOOLEAN:
             return std::string("bool:") + StringUtils::BoolValAsString(value.boolVal == VARIANT_TRUE);
         case CIM_SINT64:
@@ -51,7 +51,7 @@ bool WmiConnector::Update::Prepare(IWbemClassObject& object) {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         _variant_t old;
         CIMTYPE type = CIM_EMPTY;
-        const HRESULT result = object.Get(platform::ToWide(m_columns[i]).c_str(), 0, &old, &type, nullptr);
+        const HRESULT result = object.Get(base::ToWide(m_columns[i]).c_str(), 0, &old, &type, nullptr);
         if (FAILED(result)) {
             m_connector.m_logger->Debug(
                 "could not find update property [%s] on the first object retrieved from the query",
@@ -68,7 +68,7 @@ WmiConnector::Update::Change WmiConnector::Update::MakeChange(const std::string&
                                                               const Variant& value) const {
     ICLogger& logger = *m_connector.m_logger;
     const char* const name = label.c_str();
-    Change change{label, platform::ToWide(label), _variant_t(), type};
+    Change change{label, base::ToWide(label), _variant_t(), type};
     if (IsInteger(type)) {
         change.value.llVal = value.GetLongLongValue();
         change.value.vt = VT_I8;
@@ -82,7 +82,7 @@ WmiConnector::Update::Change WmiConnector::Update::MakeChange(const std::string&
         logger.Debug("Updating property [%s] CIM_REAL64 = value VT_R8[%f]", name, change.value.dblVal);
     } else if (type == CIM_STRING || type == CIM_DATETIME) {
         const std::string& text = value.GetStringValue();
-        change.value = TextVariant(platform::ToWide(text));
+        change.value = TextVariant(base::ToWide(text));
         logger.Debug("Updating property [%s] %s = value VT_BSTR[%s]", name,
                      type == CIM_STRING ? "CIM_STRING" : "CIM_DATETIME", text.c_str());
     } else if (type == CIM_BOOLEAN) {
@@ -130,7 +130,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
     if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
     if (!Update::IsUsable(updates)) {
         *m_lastError = L"Cannot execute WMI update without a row of a value for each column";
-        m_logger->Error("%s", platform::ToUtf8(*m_lastError).c_str());
+        m_logger->Error("%s", base::ToUtf8(*m_lastError).c_str());
         return false;
     }
     const auto objects = StartQuery(wql);

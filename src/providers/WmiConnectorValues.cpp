@@ -3,8 +3,8 @@
 #include <string>
 #include <variant>
 
-#include "platform/Utf.h"
-#include "platform/VariantNumber.h"
+#include "base/Utf.h"
+#include "platform/ole/VariantNumber.h"
 #include "providers/SilentLogger.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiOwners.h"
@@ -54,7 +54,7 @@ void SetDateTime(const _variant_t* value, Variant& out) {
     if (value == nullptr) {
         out.SetStringValue(DateTimeUtils::JsonDateTimeEpoch);
     } else {
-        out.SetStringValue(platform::ToUtf8(DateTimeUtils::CimDateTimeToJsonDateTime(*value)));
+        out.SetStringValue(base::ToUtf8(DateTimeUtils::CimDateTimeToJsonDateTime(*value)));
     }
 }
 
@@ -95,7 +95,7 @@ bool FetchElement(SAFEARRAY* array, VARTYPE type, LONG index, _variant_t& elemen
 void ReportElement(const wchar_t* name, VARTYPE type, LONG index) {
     const std::string typeText = type == VT_UNKNOWN ? "VT_UNKNOWN" : std::to_string(type);
     OrSilent(ServiceLocator::Get<ICLogger>(true))
-        .Debug("Unexpected WMI object. Property name: %s Type: %s Index: %ld", platform::ToUtf8(name).c_str(),
+        .Debug("Unexpected WMI object. Property name: %s Type: %s Index: %ld", base::ToUtf8(name).c_str(),
                typeText.c_str(), static_cast<long>(index));
 }
 
@@ -162,7 +162,7 @@ bool WmiConnector::AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>
     VariantList row;
     const bool succeeded = ReadRow(object, objectPath, returnQualifiers, row);
     if (row.Size() == 0 || table == nullptr) return succeeded;
-    if (objectPath != nullptr) row.Add("ObjectPath", platform::ToUtf8(objectPath));
+    if (objectPath != nullptr) row.Add("ObjectPath", base::ToUtf8(objectPath));
     table->AddRow(std::move(row));
     return succeeded;
 }
@@ -196,7 +196,7 @@ bool WmiConnector::ExtractObjectProperties(const ATL::CComPtr<IWbemClassObject>&
 
 bool WmiConnector::AddPropertyToRow(VariantList* row, wchar_t* const& name, const _variant_t& value,
                                     long cimType) {
-    Variant cell = Variant::NullVariant(platform::ToUtf8(name));
+    Variant cell = Variant::NullVariant(base::ToUtf8(name));
     if (value.vt == VT_NULL) {
         // stays null
     } else if (!IsArray(cimType)) {

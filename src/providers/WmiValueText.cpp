@@ -3,9 +3,9 @@
 #include <charconv>
 #include <system_error>
 
-#include "platform/NumberText.h"
+#include "base/NumberText.h"
+#include "base/Utf.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
 
 namespace quillon {
 
@@ -13,7 +13,7 @@ namespace {
 
 template <class Number>
 NumberState ReadNumber(std::string_view text, Number& number) {
-    platform::SkipSpace(text);
+    base::SkipSpace(text);
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     const std::errc error = std::from_chars(text.data(), text.data() + text.size(), number).ec;
     if (error == std::errc::invalid_argument) return NumberState::NoNumber;
@@ -23,13 +23,13 @@ NumberState ReadNumber(std::string_view text, Number& number) {
 }  // namespace
 
 std::string VariantText(const VARIANT& value) {
-    if (value.vt == VT_BSTR) return platform::ToUtf8(platform::BstrText(value.bstrVal));
+    if (value.vt == VT_BSTR) return base::ToUtf8(platform::BstrText(value.bstrVal));
     _variant_t text;
     // Some of the system's headers forget that the source does not change.
     auto* const source = const_cast<VARIANT*>(&value);
     const HRESULT result = ::VariantChangeTypeEx(&text, source, LOCALE_INVARIANT, 0, VT_BSTR);
     if (FAILED(result)) platform::RaiseComError(result);
-    return platform::ToUtf8(platform::BstrText(text.bstrVal));
+    return base::ToUtf8(platform::BstrText(text.bstrVal));
 }
 
 NumberState ReadInteger(std::string_view text, long long& number) { return ReadNumber(text, number); }

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "support/System.h"
 #include "support/TestCertificate.h"
 
@@ -34,7 +34,7 @@ std::string TextOf(std::string name) {
     blob.cbData = static_cast<std::uint32_t>(name.size());
     blob.pbData = reinterpret_cast<std::uint8_t*>(name.data());
     const auto text = CertificateNameText(blob);
-    return text ? ToUtf8(*text) : "(none)";
+    return text ? base::ToUtf8(*text) : "(none)";
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/ErrorText.h"
-#include "platform/OleTypes.h"
+#include "platform/ole/OleTypes.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon::platform {

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <tuple>
 
-#include "platform/OleTypes.h"
+#include "platform/ole/OleTypes.h"
 #include "quillon/DateTimeUtils.h"
 #include "support/ChildMain.h"
 #include "support/System.h"

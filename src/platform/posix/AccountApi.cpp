@@ -3,9 +3,9 @@
 #include <charconv>
 #include <cstdint>
 
+#include "base/Utf.h"
 #include "platform/ErrorText.h"
-#include "platform/Utf.h"
-#include "platform/posix/UserName.h"
+#include "platform/native/UserName.h"
 
 namespace quillon::platform {
 
@@ -61,7 +61,7 @@ std::uint32_t SubAuthorityOf(const Sid& sid, std::size_t index) {
 }  // namespace
 
 std::optional<Sid> ParseSid(const std::wstring& text) {
-    const std::string narrow = ToUtf8(text);
+    const std::string narrow = base::ToUtf8(text);
     const bool isSid = narrow.starts_with("S-") || narrow.starts_with("s-");
     auto sid = isSid ? ParseNumbers(std::string_view(narrow).substr(1)) : std::nullopt;
     if (!sid) SetLastErrorCode(kInvalidSid);

@@ -8,8 +8,8 @@
 #include <ctime>
 #include <limits>
 
-#include "platform/CivilTime.h"
-#include "platform/Utf.h"
+#include "base/CivilTime.h"
+#include "base/Utf.h"
 #include "platform/posix/OpenSsl.h"
 
 namespace quillon::platform {
@@ -85,8 +85,8 @@ std::string FriendlyNameOf(X509* certificate) {
     int size = 0;
     const unsigned char* const alias = ::X509_alias_get0(certificate, &size);
     if (alias == nullptr) return {};
-    const std::string text = RepairUtf8(AsText(alias, static_cast<std::size_t>(size)));
-    return Utf8ToUtf16Bytes(text + '\0', false).value_or("");
+    const std::string text = base::RepairUtf8(AsText(alias, static_cast<std::size_t>(size)));
+    return base::Utf8ToUtf16Bytes(text + '\0', false).value_or("");
 }
 
 /// 1601 for what is no date.
@@ -94,9 +94,11 @@ FILETIME FileTimeOf(const ASN1_TIME* time) {
     std::tm utc{};
     if (::ASN1_TIME_to_tm(time, &utc) == 0) return {};
     constexpr std::int64_t kDaysTo1970 = 134'774;
-    const std::int64_t days = DaysFromCivil(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday) + kDaysTo1970;
-    const std::int64_t seconds = days * kSecondsPerDay + utc.tm_hour * 3600 + utc.tm_min * 60 + utc.tm_sec;
-    const auto ticks = static_cast<std::uint64_t>(std::max<std::int64_t>(seconds, 0) * kTicksPerSecond);
+    const std::int64_t days =
+        base::DaysFromCivil(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday) + kDaysTo1970;
+    const std::int64_t seconds =
+        days * base::kSecondsPerDay + utc.tm_hour * 3600 + utc.tm_min * 60 + utc.tm_sec;
+    const auto ticks = static_cast<std::uint64_t>(std::max<std::int64_t>(seconds, 0) * base::kTicksPerSecond);
     return {static_cast<std::uint32_t>(ticks), static_cast<std::uint32_t>(ticks >> 32)};
 }
 

@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <memory>
 
+#include "base/Characters.h"
+#include "base/HexDigits.h"
+#include "base/Utf.h"
 #include "platform/CertificateApi.h"
-#include "platform/Characters.h"
-#include "platform/HexDigits.h"
-#include "platform/Utf.h"
 #include "platform/posix/OpenSsl.h"
 
 namespace quillon::platform {
@@ -87,7 +87,7 @@ std::optional<std::wstring> KeyOf(std::string_view identifier) {
         return std::nullopt;
     const auto* const known =
         std::ranges::find(kKeys, std::string_view(text.data()), &AttributeKey::identifier);
-    return known != std::end(kKeys) ? known->key : L"OID." + ToWide(text.data());
+    return known != std::end(kKeys) ? known->key : L"OID." + base::ToWide(text.data());
 }
 
 bool IsText(int tag) {
@@ -99,7 +99,7 @@ bool IsText(int tag) {
 
 /// A text of any of ASN.1's alphabets.
 std::optional<std::wstring> Decode(const Element& value) {
-    if (value.tag == V_ASN1_UTF8STRING) return Utf8ToWide(value.content);
+    if (value.tag == V_ASN1_UTF8STRING) return base::Utf8ToWide(value.content);
     const OpenSslPointer<ASN1_STRING, ::ASN1_STRING_free> string(::ASN1_STRING_type_new(value.tag));
     const auto length = static_cast<int>(value.content.size());
     if (string == nullptr || ::ASN1_STRING_set(string.get(), value.content.data(), length) == 0)
@@ -108,11 +108,11 @@ std::optional<std::wstring> Decode(const Element& value) {
     const int size = ::ASN1_STRING_to_UTF8(&utf8, string.get());
     if (size < 0) return std::nullopt;
     const OpenSslPointer<unsigned char, FreeOpenSslMemory> owner(utf8);
-    return Utf8ToWide(AsText(utf8, static_cast<std::size_t>(size)));
+    return base::Utf8ToWide(AsText(utf8, static_cast<std::size_t>(size)));
 }
 
 std::wstring Quoted(const std::wstring& text) {
-    const bool isPlain = !text.empty() && !IsSpace(text.front()) && !IsSpace(text.back()) &&
+    const bool isPlain = !text.empty() && !base::IsSpace(text.front()) && !base::IsSpace(text.back()) &&
                          text.find_first_of(L",+=\"\n<>#;") == std::wstring::npos;
     if (isPlain) return text;
     std::wstring quoted = L"\"";
@@ -124,8 +124,8 @@ std::wstring Hexadecimal(std::string_view bytes) {
     std::wstring text = L"#";
     for (const char c : bytes) {
         const auto byte = static_cast<unsigned char>(c);
-        text +=
-            {static_cast<wchar_t>(kUpperDigits[byte >> 4]), static_cast<wchar_t>(kUpperDigits[byte & 0xF])};
+        text += {static_cast<wchar_t>(base::kUpperDigits[byte >> 4]),
+                 static_cast<wchar_t>(base::kUpperDigits[byte & 0xF])};
     }
     return text;
 }

@@ -6,19 +6,19 @@
 #include <cstring>
 #include <string_view>
 
-#include "platform/NumberText.h"
-#include "platform/Utf.h"
+#include "base/NumberText.h"
+#include "base/Utf.h"
 
 namespace quillon::platform {
 
 namespace {
 
 constexpr std::size_t kMaxNotes = std::size_t{1} << 16;
-constexpr VersionTranslation kTranslation{0x0409, 0x04B0};
+constexpr base::VersionTranslation kTranslation{0x0409, 0x04B0};
 constexpr std::string_view kOwner("Quillon", 8);
 
 template <class T>
-bool Read(const ReadBytesAt& read, std::uint64_t offset, T& value) {
+bool Read(const base::ReadBytesAt& read, std::uint64_t offset, T& value) {
     return read(offset, &value, sizeof value);
 }
 
@@ -44,20 +44,20 @@ std::optional<std::string_view> FindNote(std::string_view notes) {
 std::uint64_t PackVersion(std::string_view text) {
     std::uint64_t packed = 0;
     for (int part = 0; part < 4; ++part) {
-        packed = packed << 16 | (TakeUnsigned(text).value_or(0) & 0xFFFF);
+        packed = packed << 16 | (base::TakeUnsigned(text).value_or(0) & 0xFFFF);
         if (!text.empty()) text.remove_prefix(1);
     }
     return packed;
 }
 
-FixedVersion FixedOf(std::uint64_t file, std::uint64_t product) {
+base::FixedVersion FixedOf(std::uint64_t file, std::uint64_t product) {
     const auto high = [](std::uint64_t packed) { return static_cast<std::uint32_t>(packed >> 32); };
     const auto low = [](std::uint64_t packed) { return static_cast<std::uint32_t>(packed); };
-    return {FixedVersion::kSignature, high(file), low(file), high(product), low(product)};
+    return {base::FixedVersion::kSignature, high(file), low(file), high(product), low(product)};
 }
 
-VersionTexts ParseNote(std::string_view content) {
-    VersionTexts result;
+base::VersionTexts ParseNote(std::string_view content) {
+    base::VersionTexts result;
     std::uint64_t file = 0, product = 0;
     result.translations.push_back(kTranslation);
     while (!content.empty()) {
@@ -67,7 +67,7 @@ VersionTexts ParseNote(std::string_view content) {
             const std::string_view text = line.substr(name.size() + 1);
             if (name == "FileVersion") file = PackVersion(text);
             if (name == "ProductVersion") product = PackVersion(text);
-            result.Add(VersionTable(kTranslation), std::string(name), ToWide(text));
+            result.Add(base::VersionTable(kTranslation), std::string(name), base::ToWide(text));
         }
         content.remove_prefix(std::min(line.size() + 1, content.size()));
     }
@@ -77,7 +77,7 @@ VersionTexts ParseNote(std::string_view content) {
 
 }  // namespace
 
-std::optional<VersionTexts> ReadElfVersion(const ReadBytesAt& read) {
+std::optional<base::VersionTexts> ReadElfVersion(const base::ReadBytesAt& read) {
     Elf64_Ehdr header{};
     if (!Read(read, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
         header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_ident[EI_DATA] != ELFDATA2LSB) {

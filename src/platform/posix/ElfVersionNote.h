@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/PeVersionResource.h"
+#include "base/PeVersionResource.h"
 
 namespace quillon::platform {
 
@@ -10,6 +10,6 @@ namespace quillon::platform {
 /// "NAME=TEXT" lines that end with a zero each. They have one language, 0409 04b0;
 /// the fixed versions are those of the texts "FileVersion" and "ProductVersion".
 /// Bounded and checked as ReadPeVersion. Nothing when the file has no such note.
-std::optional<VersionTexts> ReadElfVersion(const ReadBytesAt& read);
+std::optional<base::VersionTexts> ReadElfVersion(const base::ReadBytesAt& read);
 
 }  // namespace quillon::platform

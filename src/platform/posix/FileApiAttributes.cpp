@@ -4,13 +4,13 @@
 
 #include <cerrno>
 
+#include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
@@ -35,7 +35,7 @@ std::optional<FileAttributes> AttributesOf(const std::string& path) {
 }
 
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
-    return AttributesOf(ToUtf8(AnsiToWide(path)));
+    return AttributesOf(base::ToUtf8(AnsiToWide(path)));
 }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
@@ -61,7 +61,7 @@ std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name) {
     const bool isDenied =
         (status.st_mode & kAllRead) != kAllRead && ::faccessat(folder, name, R_OK, AT_EACCESS) != 0;
     if (S_ISDIR(status.st_mode) || isDenied) {
-        SetLastErrorCode(kAccessDenied);
+        SetLastErrorCode(base::kAccessDenied);
         return std::nullopt;
     }
     return static_cast<std::uint64_t>(status.st_size);

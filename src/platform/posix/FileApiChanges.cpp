@@ -5,13 +5,13 @@
 
 #include <cerrno>
 
+#include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
@@ -58,7 +58,7 @@ bool RemoveFileAt(int folder, const char* name) {
     struct ::stat status {};
     if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
     if (IsReadOnly(status) || LeadsToFolder(folder, name)) {
-        SetLastErrorCode(kAccessDenied);
+        SetLastErrorCode(base::kAccessDenied);
         return false;
     }
     return Unlink(folder, name, 0);
@@ -83,7 +83,7 @@ bool MakeOneDirectory(const std::string& path) {
 }
 
 bool MakeTemporaryDirectoryAnsi(const std::string& path) {
-    return ::mkdir(NativePath(ToUtf8(AnsiToWide(path))).c_str(), S_IRWXU) == 0 || FailWithErrno();
+    return ::mkdir(NativePath(base::ToUtf8(AnsiToWide(path))).c_str(), S_IRWXU) == 0 || FailWithErrno();
 }
 
 bool MovePath(const std::string& from, const std::string& to) {

@@ -4,13 +4,13 @@
 
 #include <cerrno>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
@@ -21,7 +21,7 @@ constexpr mode_t kAsTheProcessLets = 0666;
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
 bool Deny() {
-    SetLastErrorCode(kAccessDenied);
+    SetLastErrorCode(base::kAccessDenied);
     return false;
 }
 
@@ -102,7 +102,7 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
     FileHandle writer = OpenRegular(to, O_WRONLY | O_CREAT, target, kOwnerOnly);
     if (!writer) return false;
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) {
-        SetLastErrorCode(kSharingViolation);
+        SetLastErrorCode(base::kSharingViolation);
         return false;
     }
     if (IsReadOnly(target)) return Deny();

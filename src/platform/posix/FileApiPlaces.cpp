@@ -9,8 +9,8 @@
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 

@@ -4,12 +4,12 @@
 
 #include <cerrno>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FolderEntry.h"
-#include "platform/posix/NativePath.h"
 #include "platform/posix/Wildcards.h"
 
 namespace quillon::platform {
@@ -37,7 +37,7 @@ bool EnumerateMatches(const std::string& pattern, const std::function<bool(const
         hasMatch = true;
         if (!visit(ToEntry(::dirfd(folder.get()), *found))) break;
     }
-    if (!hasMatch) SetLastErrorCode(kFileNotFound);
+    if (!hasMatch) SetLastErrorCode(base::kFileNotFound);
     return hasMatch;
 }
 

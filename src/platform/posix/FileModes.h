@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 
 namespace quillon::platform {
 

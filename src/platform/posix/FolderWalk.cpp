@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <vector>
 
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FileModes.h"
 #include "platform/posix/FolderEntry.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 

@@ -6,10 +6,10 @@
 
 #include <cerrno>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
@@ -32,7 +32,7 @@ FileHandle OpenLogFile(const std::string& path) {
         FailWithErrno();
     } else if (const mode_t mode = ModeOf(file); !S_ISREG(mode) && !S_ISCHR(mode)) {
         file.Reset();
-        SetLastErrorCode(kInvalidParameter);
+        SetLastErrorCode(base::kInvalidParameter);
     } else {
         ::fcntl(file.Get(), F_SETFL, O_APPEND);
     }

@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "platform/ErrorText.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "platform/Ipv4Text.h"
+#include "base/Ipv4Text.h"
 #include "platform/NetworkApi.h"
 
 namespace quillon {
@@ -14,8 +14,8 @@ namespace quillon {
 namespace {
 
 bool ReadIpv4(std::string_view text, void* address) {
-    const auto host = platform::TakeIpv4(text);
-    const auto port = host ? platform::ReadPort(text) : std::nullopt;
+    const auto host = base::TakeIpv4(text);
+    const auto port = host ? base::ReadPort(text) : std::nullopt;
     if (!port) return false;
     sockaddr_in result{};
     result.sin_family = AF_INET;
@@ -47,7 +47,7 @@ bool ReadIpv6(std::string_view text, void* address) {
         text = text.substr(1, bracket - 1);
     }
     sockaddr_in6 result{};
-    const auto port = ReadHost(text, result) ? platform::ReadPort(rest) : std::nullopt;
+    const auto port = ReadHost(text, result) ? base::ReadPort(rest) : std::nullopt;
     if (!port) return false;
     result.sin6_family = AF_INET6;
     result.sin6_port = htons(*port);

@@ -8,29 +8,18 @@
 #include <array>
 #include <memory>
 
-#include "platform/simulated/Network.h"
-
 namespace quillon {
-
-using platform::simulated::TheNetwork;
-
-bool platform::StartSockets() {
-    ++TheNetwork().socketStarts;
-    return !TheNetwork().hasNoSockets;
-}
-
-void platform::StopSockets() {}
 
 std::optional<std::string> platform::HostName() {
     std::array<char, 255> name{};
-    if (TheNetwork().hasNoHostName || ::gethostname(name.data(), name.size()) != 0) return std::nullopt;
+    if (::gethostname(name.data(), name.size()) != 0) return std::nullopt;
     name.back() = '\0';  // a name that is cut need not end
     return name.data();
 }
 
 std::optional<std::string> platform::FullyQualifiedName() {
     const auto host = HostName();
-    if (!host || TheNetwork().hasNoQualifiedName) return std::nullopt;
+    if (!host) return std::nullopt;
     if (host->find('.') != std::string::npos) return host;
     addrinfo hints{};
     hints.ai_flags = AI_CANONNAME;
@@ -43,7 +32,6 @@ std::optional<std::string> platform::FullyQualifiedName() {
 }
 
 std::optional<std::string> platform::LoopbackName() {
-    if (TheNetwork().hasNoLoopbackName) return std::nullopt;
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);

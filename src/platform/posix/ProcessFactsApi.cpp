@@ -9,11 +9,11 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/CommandLine.h"
-#include "platform/Utf.h"
+#include "base/CommandLine.h"
+#include "base/Utf.h"
+#include "platform/native/ProcFile.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FolderEntry.h"
-#include "platform/posix/ProcFile.h"
 
 namespace quillon::platform {
 
@@ -74,7 +74,7 @@ ReadableProcess OpenReadableProcess(std::uint32_t id) {
 
 std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
     const auto text = ReadProcessFile(static_cast<pid_t>(id), "cmdline");
-    if (text) return ToWide(JoinCommandLine(Arguments(*text)));
+    if (text) return base::ToWide(base::JoinCommandLine(Arguments(*text)));
     FailWithErrno();
     return std::nullopt;
 }

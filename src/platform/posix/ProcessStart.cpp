@@ -9,14 +9,14 @@
 #include <csignal>
 #include <vector>
 
-#include "platform/Characters.h"
-#include "platform/CommandLine.h"
-#include "platform/ErrorCodes.h"
+#include "base/Characters.h"
+#include "base/CommandLine.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/ProcessApi.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
@@ -81,11 +81,11 @@ std::string AfterSwitch(const std::string& command) {
 }
 
 std::vector<std::string> ArgumentsOf(const std::string& command) {
-    std::vector<std::string> arguments = SplitCommandLine(command);
-    const bool isShell =
-        arguments.size() > 1 &&
-        (EqualIgnoringCase<char>(arguments[0], "cmd") || EqualIgnoringCase<char>(arguments[0], "cmd.exe")) &&
-        EqualIgnoringCase<char>(arguments[1], "/c");
+    std::vector<std::string> arguments = base::SplitCommandLine(command);
+    const bool isShell = arguments.size() > 1 &&
+                         (base::EqualIgnoringCase<char>(arguments[0], "cmd") ||
+                          base::EqualIgnoringCase<char>(arguments[0], "cmd.exe")) &&
+                         base::EqualIgnoringCase<char>(arguments[1], "/c");
     if (isShell) return {"/bin/sh", "-c", AfterSwitch(command)};
     if (!arguments.empty()) arguments[0] = NativePath(arguments[0]);
     return arguments;
@@ -168,7 +168,7 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
     const std::string directory =
         request.workingDirectory.empty() ? std::string() : NativePath(request.workingDirectory);
     if (arguments.empty() || arguments[0].empty()) {
-        SetLastErrorCode(kInvalidParameter);
+        SetLastErrorCode(base::kInvalidParameter);
         return std::nullopt;
     }
     if (!directory.empty() && !IsDirectory(directory)) {

@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "platform/ProcessApi.h"
+#include "platform/native/ProcFile.h"
+#include "platform/native/ProcessStat.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/ProcFile.h"
-#include "platform/posix/ProcessStat.h"
 
 namespace quillon::platform {
 

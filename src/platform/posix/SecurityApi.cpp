@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <cstring>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
+#include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/NativePath.h"
 
 namespace quillon::platform {
 
@@ -48,7 +48,7 @@ bool WriteAccessList(const std::string& native, const std::string& list) {
 
 std::nullopt_t Fail() {
     if (errno == ERANGE) {
-        SetLastErrorCode(kInsufficientBuffer);
+        SetLastErrorCode(base::kInsufficientBuffer);
     } else {
         FailWithErrno();
     }

@@ -1,6 +1,6 @@
 #include "platform/SystemVersionApi.h"
 
-#include "platform/posix/KernelRelease.h"
+#include "platform/native/KernelRelease.h"
 
 namespace quillon::platform {
 

@@ -9,7 +9,7 @@
 #include <map>
 #include <string>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 
 namespace quillon::platform {
 
@@ -38,7 +38,7 @@ public:
     }
 
     const char* Find(std::wstring_view name) const {
-        const auto found = m_values.find(Key(ToUtf8(name)));
+        const auto found = m_values.find(Key(base::ToUtf8(name)));
         return found == m_values.end() ? nullptr : found->second;
     }
 
@@ -91,7 +91,7 @@ std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {
             open = close;  // which may open the next reference
             continue;
         }
-        expanded.append(input.substr(copied, open - copied)).append(ToWide(value));
+        expanded.append(input.substr(copied, open - copied)).append(base::ToWide(value));
         copied = close + 1;
         open = input.find(L'%', copied);
     }

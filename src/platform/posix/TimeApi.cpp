@@ -5,34 +5,34 @@
 #include <cwchar>
 #include <limits>
 
-#include "platform/CivilTime.h"
+#include "base/CivilTime.h"
 
 namespace quillon {
 
+using base::kSecondsPerDay;
+using base::kTicksPerSecond;
 using platform::CalendarTime;
 using platform::CimDate;
-using platform::kSecondsPerDay;
-using platform::kTicksPerSecond;
 
 namespace {
 
-constexpr std::int64_t kDaysOf1601 = platform::DaysFromCivil(1601, 1, 1);
-constexpr std::int64_t kDaysOf1899 = platform::DaysFromCivil(1899, 12, 30);  // where OLE dates begin
-constexpr double kFirstOleDate = -657'434;                                   // 0100-01-01
-constexpr double kEndOfOleDates = 2'958'466;                                 // 10000-01-01
+constexpr std::int64_t kDaysOf1601 = base::DaysFromCivil(1601, 1, 1);
+constexpr std::int64_t kDaysOf1899 = base::DaysFromCivil(1899, 12, 30);  // where OLE dates begin
+constexpr double kFirstOleDate = -657'434;                               // 0100-01-01
+constexpr double kEndOfOleDates = 2'958'466;                             // 10000-01-01
 constexpr auto kEndOfFileTimes = std::uint64_t{1} << 63;
 
 bool IsCalendarTime(const CalendarTime& time, int firstYear, int lastYear) {
     return time.year >= firstYear && time.year <= lastYear && time.month >= 1 && time.month <= 12 &&
            time.day >= 1 && time.hour >= 0 && time.hour < 24 && time.minute >= 0 && time.minute < 60 &&
            time.second >= 0 && time.second < 60 && time.millisecond >= 0 && time.millisecond < 1000 &&
-           platform::CivilFromDays(platform::DaysFromCivil(time.year, time.month, time.day)).day == time.day;
+           base::CivilFromDays(base::DaysFromCivil(time.year, time.month, time.day)).day == time.day;
 }
 
 int SecondOfDay(const CalendarTime& time) { return (time.hour * 60 + time.minute) * 60 + time.second; }
 
 CalendarTime ToCalendar(std::int64_t days, std::int64_t secondOfDay, int millisecond) {
-    const platform::CivilDate date = platform::CivilFromDays(days);
+    const base::CivilDate date = base::CivilFromDays(days);
     const auto second = static_cast<int>(secondOfDay);
     return {static_cast<int>(date.year),
             date.month,
@@ -93,7 +93,7 @@ std::optional<CalendarTime> platform::FileTimeToCalendar(std::uint64_t fileTime)
 
 std::optional<std::uint64_t> platform::CalendarToFileTime(const CalendarTime& time) {
     if (!IsCalendarTime(time, 1601, 30'827)) return std::nullopt;
-    const std::int64_t days = DaysFromCivil(time.year, time.month, time.day) - kDaysOf1601;
+    const std::int64_t days = base::DaysFromCivil(time.year, time.month, time.day) - kDaysOf1601;
     const std::int64_t milliseconds = (days * kSecondsPerDay + SecondOfDay(time)) * 1000 + time.millisecond;
     return static_cast<std::uint64_t>(milliseconds * 10'000);
 }
@@ -109,7 +109,7 @@ std::optional<std::uint64_t> platform::FileTimeToLocal(std::uint64_t fileTime) {
 
 std::optional<double> platform::CalendarToOleDate(const CalendarTime& time) {
     if (!IsCalendarTime(time, 100, 9999)) return std::nullopt;
-    const auto days = static_cast<double>(DaysFromCivil(time.year, time.month, time.day) - kDaysOf1899);
+    const auto days = static_cast<double>(base::DaysFromCivil(time.year, time.month, time.day) - kDaysOf1899);
     const double fraction = SecondOfDay(time) / static_cast<double>(kSecondsPerDay);
     return days < 0 ? days - fraction : days + fraction;
 }

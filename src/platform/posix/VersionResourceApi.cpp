@@ -4,9 +4,9 @@
 
 #include <limits>
 
+#include "base/PeVersionResource.h"
 #include "platform/ErrorText.h"
 #include "platform/FileContent.h"
-#include "platform/PeVersionResource.h"
 #include "platform/posix/ElfVersionNote.h"
 
 namespace quillon::platform {
@@ -30,7 +30,7 @@ bool ReadFully(const FileHandle& file, std::uint64_t offset, char* buffer, std::
 }  // namespace
 
 struct VersionResource::Content {
-    VersionTexts texts;
+    base::VersionTexts texts;
 };
 
 std::optional<VersionResource> VersionResource::Load(const std::string& path, bool* isThere) {
@@ -38,10 +38,10 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     if (isThere != nullptr) *isThere = false;
     const FileHandle file = OpenForReading(path);
     if (!file) return std::nullopt;
-    const ReadBytesAt read = [&file](std::uint64_t offset, void* buffer, std::size_t size) {
+    const base::ReadBytesAt read = [&file](std::uint64_t offset, void* buffer, std::size_t size) {
         return ReadFully(file, offset, static_cast<char*>(buffer), size);
     };
-    auto texts = ReadPeVersion(read, found);
+    auto texts = base::ReadPeVersion(read, found);
     if (!found) texts = ReadElfVersion(read);
     if (isThere != nullptr) *isThere = found || texts;
     if (found && !texts) SetLastErrorCode(kNoResourceData);
@@ -49,9 +49,9 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     return VersionResource(std::make_shared<const Content>(Content{std::move(*texts)}));
 }
 
-std::optional<FixedVersion> VersionResource::Fixed() const { return m_content->texts.fixed; }
+std::optional<base::FixedVersion> VersionResource::Fixed() const { return m_content->texts.fixed; }
 
-std::vector<VersionTranslation> VersionResource::Translations() const {
+std::vector<base::VersionTranslation> VersionResource::Translations() const {
     return m_content->texts.translations;
 }
 

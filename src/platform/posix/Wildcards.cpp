@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 
 namespace quillon::platform {
 
@@ -102,8 +102,8 @@ private:
 
 bool MatchesWildcards(std::string_view name, std::string_view pattern) {
     if (pattern == "*" || pattern == "*.*") return true;
-    const std::wstring expected = Upper(Rewritten(ToWide(pattern)));
-    const std::wstring units = Upper(ToWide(name));
+    const std::wstring expected = Upper(Rewritten(base::ToWide(pattern)));
+    const std::wstring units = Upper(base::ToWide(name));
     const std::size_t lastDot = units.rfind(L'.');
     Positions positions(expected);
     for (std::size_t i = 0; i < units.size(); ++i) positions.Advance(units[i], i == lastDot);

@@ -1,6 +1,6 @@
 #include "platform/ErrorText.h"
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 #include "quillon/DestructorFunctor.h"
 
@@ -20,7 +20,7 @@ std::optional<std::string> MessageText(DWORD flags, HMODULE module, DWORD code) 
         ::SetLastError(error);
     });
     if (length == 0 || buffer == nullptr) return std::nullopt;
-    return ToUtf8({buffer, length});
+    return base::ToUtf8({buffer, length});
 }
 
 }  // namespace

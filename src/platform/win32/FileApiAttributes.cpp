@@ -1,6 +1,6 @@
+#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
-#include "platform/Utf.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WindowsHeaders.h"
@@ -24,16 +24,16 @@ std::optional<FileAttributes> AttributesOfWidePath(const std::wstring& path) {
 }
 
 long long UnixSeconds(const FILETIME& time) {
-    constexpr long long kTicksPerSecond = 10'000'000;
+    constexpr long long base::kTicksPerSecond = 10'000'000;
     constexpr long long kSecondsFrom1601To1970 = 11'644'473'600;
     const auto ticks = (static_cast<unsigned long long>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-    return static_cast<long long>(ticks) / kTicksPerSecond - kSecondsFrom1601To1970;
+    return static_cast<long long>(ticks) / base::kTicksPerSecond - kSecondsFrom1601To1970;
 }
 
 }  // namespace
 
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
-    return AttributesOfWidePath(ToWide(path));
+    return AttributesOfWidePath(base::ToWide(path));
 }
 
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
@@ -41,7 +41,7 @@ std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
 }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
-    const FileHandle file(::CreateFileW(ToWide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+    const FileHandle file(::CreateFileW(base::ToWide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
                                         OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
     if (!file || ::GetFileInformationByHandle(file.Get(), &information) == 0) return std::nullopt;
@@ -50,7 +50,7 @@ std::optional<FileStatus> StatusOf(const std::string& path) {
 }
 
 std::optional<std::uint64_t> SizeOfFile(const std::string& path) {
-    const FileHandle file(::CreateFileW(ToWide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+    const FileHandle file(::CreateFileW(base::ToWide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     return file ? SizeOfOpenFile(file) : std::nullopt;
 }

@@ -1,5 +1,5 @@
+#include "base/Utf.h"
 #include "platform/FileApi.h"
-#include "platform/Utf.h"
 #include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/WindowsHeaders.h"
@@ -37,7 +37,7 @@ std::optional<std::string> TemporaryFolder() {
     PathBuffer folder;
     const DWORD length = ::GetTempPathW(MAX_PATH, folder);
     if (length == 0 || length > MAX_PATH) return std::nullopt;
-    return ToUtf8({folder, length});
+    return base::ToUtf8({folder, length});
 }
 
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
@@ -45,8 +45,8 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
     const LocalMemory security = CurrentUserOnly();
     if (!security) return std::nullopt;
     SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
-    const std::wstring wideFolder = ToWide(folder);
-    const std::wstring widePrefix = ToWide(prefix);
+    const std::wstring wideFolder = base::ToWide(folder);
+    const std::wstring widePrefix = base::ToWide(prefix);
     constexpr int kMostDenied = 16;
     int denied = 0;
     const UINT start = StartNumber();
@@ -59,7 +59,7 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
             return std::nullopt;
         const FileHandle file(
             ::CreateFileW(name, GENERIC_WRITE, 0, &attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-        if (file) return ToUtf8(name);
+        if (file) return base::ToUtf8(name);
         // A name whose file is being deleted is denied; so is a folder, for every name.
         const DWORD error = ::GetLastError();
         if (error != ERROR_FILE_EXISTS && (error != ERROR_ACCESS_DENIED || ++denied > kMostDenied)) break;
@@ -73,12 +73,14 @@ std::optional<std::string> CurrentFolder() {
         folder.resize(needed);
         needed = ::GetCurrentDirectoryW(needed, folder.data());
         if (needed == 0) return std::nullopt;
-        if (needed < folder.size()) return ToUtf8(std::wstring_view(folder).substr(0, needed));
+        if (needed < folder.size()) return base::ToUtf8(std::wstring_view(folder).substr(0, needed));
     }
     return std::nullopt;
 }
 
-bool SetCurrentFolder(const std::string& path) { return ::SetCurrentDirectoryW(ToWide(path).c_str()) != 0; }
+bool SetCurrentFolder(const std::string& path) {
+    return ::SetCurrentDirectoryW(base::ToWide(path).c_str()) != 0;
+}
 
 std::optional<std::string> CommonDataFolder() {
     PathBuffer folder;
@@ -86,7 +88,7 @@ std::optional<std::string> CommonDataFolder() {
         ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
     // S_FALSE: the folder is known, but not there.
     if (result != S_OK || folder[0] == L'\0') return std::nullopt;
-    return ToUtf8(folder);
+    return base::ToUtf8(folder);
 }
 
 std::vector<std::string> LogicalDrives() {
@@ -95,17 +97,19 @@ std::vector<std::string> LogicalDrives() {
     if (length == 0 || length >= 519) return {};
     std::vector<std::string> drives;
     for (const wchar_t* root = roots; *root != L'\0'; root += drives.back().size() + 1) {
-        drives.push_back(ToUtf8(root));
+        drives.push_back(base::ToUtf8(root));
     }
     return drives;
 }
 
-bool IsFixedDrive(const std::string& root) { return ::GetDriveTypeW(ToWide(root).c_str()) == DRIVE_FIXED; }
+bool IsFixedDrive(const std::string& root) {
+    return ::GetDriveTypeW(base::ToWide(root).c_str()) == DRIVE_FIXED;
+}
 
 std::optional<std::string> DeviceNameOfDrive(const std::string& drive) {
     PathBuffer name;
-    if (::QueryDosDeviceW(ToWide(drive).c_str(), name, MAX_PATH) == 0) return std::nullopt;
-    return ToUtf8(name);
+    if (::QueryDosDeviceW(base::ToWide(drive).c_str(), name, MAX_PATH) == 0) return std::nullopt;
+    return base::ToUtf8(name);
 }
 
 }  // namespace quillon::platform

@@ -1,5 +1,5 @@
+#include "base/Utf.h"
 #include "platform/FileApi.h"
-#include "platform/Utf.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -18,7 +18,7 @@ struct SearchTraits {
 };
 
 DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
-    return {ToUtf8(found.cFileName), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+    return {base::ToUtf8(found.cFileName), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
             IsLink(found.dwFileAttributes, found.dwReserved0)};
 }
 
@@ -26,7 +26,7 @@ DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
 
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit) {
     WIN32_FIND_DATAW found{};
-    const Handle<SearchTraits> search(::FindFirstFileW(ToWide(pattern).c_str(), &found));
+    const Handle<SearchTraits> search(::FindFirstFileW(base::ToWide(pattern).c_str(), &found));
     if (!search) return false;
     do {
         if (!visit(ToEntry(found))) return true;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WindowsHeaders.h"
@@ -99,7 +99,7 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
 /// By handle, and only when it lies in the open folder: that may have been turned
 /// into a link in place, which holding it open does not prevent.
 bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
-    const std::wstring wideName = ToWide(name);
+    const std::wstring wideName = base::ToWide(name);
     const FileHandle file(::CreateFileW((path + wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
                                         nullptr, OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
@@ -119,14 +119,14 @@ FolderWalk::~FolderWalk() = default;
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
     auto state = std::make_unique<State>(State{purpose, VOLUME_NAME_DOS, {}, {}});
-    std::wstring path = ToWide(folder);
+    std::wstring path = base::ToWide(folder);
     if (path.ends_with(L':')) path.push_back(L'\\');  // a drive's root, not its current folder
     if (!state->Push(path, purpose == Purpose::ToList)) return std::nullopt;
     return FolderWalk(std::move(state));
 }
 
 bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
-    const bool found = EnumerateMatches(ToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
+    const bool found = EnumerateMatches(base::ToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
         if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
         return true;
     });
@@ -134,14 +134,16 @@ bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
 }
 
 std::optional<std::uint64_t> FolderWalk::SizeOf(const std::string& name) const {
-    return SizeOfFile(ToUtf8(m_state->path) + name);
+    return SizeOfFile(base::ToUtf8(m_state->path) + name);
 }
 
 bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(name, false); }
 
 bool FolderWalk::RemoveEmptyDirectory(const std::string& name) { return m_state->Remove(name, true); }
 
-bool FolderWalk::Enter(const std::string& name) { return m_state->Push(m_state->path + ToWide(name), false); }
+bool FolderWalk::Enter(const std::string& name) {
+    return m_state->Push(m_state->path + base::ToWide(name), false);
+}
 
 bool FolderWalk::Leave() {
     if (m_state->levels.size() < 2) return Fail(ERROR_PATH_NOT_FOUND);

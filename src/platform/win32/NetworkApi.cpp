@@ -3,8 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include "base/Utf.h"
 #include "platform/Handle.h"
-#include "platform/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <dsrole.h>

@@ -1,6 +1,6 @@
 #include "platform/ProcedureApi.h"
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -20,16 +20,16 @@ bool IsSystemAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t ser
                                 conditions) != 0;
 }
 
-HINSTANCE LoadedModule(const std::string& name) { return ::GetModuleHandleW(ToWide(name).c_str()); }
+HINSTANCE LoadedModule(const std::string& name) { return ::GetModuleHandleW(base::ToWide(name).c_str()); }
 
 std::optional<std::string> SystemFolder() {
     std::wstring path(MAX_PATH + 1, L'\0');
     const UINT length = ::GetSystemDirectoryW(path.data(), static_cast<UINT>(path.size()));
     if (length == 0 || length > MAX_PATH) return std::nullopt;
-    return ToUtf8(std::wstring_view(path).substr(0, length));
+    return base::ToUtf8(std::wstring_view(path).substr(0, length));
 }
 
-HINSTANCE LoadLibraryAt(const std::string& path) { return ::LoadLibraryW(ToWide(path).c_str()); }
+HINSTANCE LoadLibraryAt(const std::string& path) { return ::LoadLibraryW(base::ToWide(path).c_str()); }
 
 Procedure FindProcedure(HINSTANCE module, const char* name) {
     return reinterpret_cast<Procedure>(::GetProcAddress(module, name));

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <span>
 
-#include "platform/WorkingSet.h"
+#include "base/WorkingSet.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <psapi.h>
@@ -90,7 +90,7 @@ std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
 }
 
 long long PrivateWorkingSet(HANDLE process) {
-    return CountPrivateBytes([process](std::span<std::uint64_t> buffer) -> std::uint32_t {
+    return base::CountPrivateBytes([process](std::span<std::uint64_t> buffer) -> std::uint32_t {
         const auto size = static_cast<DWORD>(buffer.size_bytes());
         return ::QueryWorkingSet(process, buffer.data(), size) != 0 ? ERROR_SUCCESS : ::GetLastError();
     });

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/Utf.h"
 #include "platform/ProcessApi.h"
-#include "platform/Utf.h"
 #include "platform/win32/Jobs.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -66,7 +66,7 @@ bool PrecedesIgnoringCase(const std::wstring& a, const std::wstring& b) {
 /// more zero.
 std::wstring EnvironmentBlock(const std::map<std::string, std::string>& variables) {
     std::vector<std::pair<std::wstring, std::wstring>> sorted;
-    for (const auto& [name, value] : variables) sorted.emplace_back(ToWide(name), ToWide(value));
+    for (const auto& [name, value] : variables) sorted.emplace_back(base::ToWide(name), base::ToWide(value));
     std::sort(sorted.begin(), sorted.end(),
               [](const auto& a, const auto& b) { return PrecedesIgnoringCase(a.first, b.first); });
     std::wstring block;
@@ -91,8 +91,8 @@ STARTUPINFOEXW StartUpInformation(const ProcessRequest& request, InheritedHandle
 
 bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_INFORMATION& created) {
     STARTUPINFOEXW start = StartUpInformation(request, handles);
-    std::wstring command = ToWide(request.command);
-    const std::wstring directory = ToWide(request.workingDirectory);
+    std::wstring command = base::ToWide(request.command);
+    const std::wstring directory = base::ToWide(request.workingDirectory);
     std::wstring environment;
     if (request.environment != nullptr) environment = EnvironmentBlock(*request.environment);
     const DWORD suspended = request.killableAsTree ? CREATE_SUSPENDED : 0;

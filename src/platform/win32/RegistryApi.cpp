@@ -1,6 +1,6 @@
 #include "platform/RegistryApi.h"
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -9,7 +9,8 @@ void RegistryTraits::Close(Type value) noexcept { ::RegCloseKey(value); }
 
 RegistryKey OpenMachineKey(const std::string& path) {
     HKEY key = nullptr;
-    const LSTATUS code = ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, ToWide(path).c_str(), 0, KEY_ALL_ACCESS, &key);
+    const LSTATUS code =
+        ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, base::ToWide(path).c_str(), 0, KEY_ALL_ACCESS, &key);
     if (code == ERROR_SUCCESS) return RegistryKey(key);
     ::SetLastError(static_cast<DWORD>(code));
     return RegistryKey();

@@ -1,6 +1,6 @@
 #include "platform/ResourceApi.h"
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon {

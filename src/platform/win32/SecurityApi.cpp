@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/Token.h"
@@ -69,7 +69,7 @@ bool SetTokenPrivilege(HANDLE token, const std::wstring& name, bool enable) {
 std::optional<std::string> ReadSecurity(const std::string& path, std::size_t limit) {
     std::string security(limit, '\0');
     DWORD needed = 0;
-    if (::GetFileSecurityW(ToWide(path).c_str(), kAllParts, security.data(), static_cast<DWORD>(limit),
+    if (::GetFileSecurityW(base::ToWide(path).c_str(), kAllParts, security.data(), static_cast<DWORD>(limit),
                            &needed) == 0) {
         return std::nullopt;
     }
@@ -78,7 +78,7 @@ std::optional<std::string> ReadSecurity(const std::string& path, std::size_t lim
 
 bool WriteSecurity(const std::string& path, const std::string& security) {
     std::string copy = security;
-    return ::SetFileSecurityW(ToWide(path).c_str(), kAllParts, copy.data()) != 0;
+    return ::SetFileSecurityW(base::ToWide(path).c_str(), kAllParts, copy.data()) != 0;
 }
 
 bool RestrictToCurrentUser(const std::string& path) {
@@ -86,7 +86,7 @@ bool RestrictToCurrentUser(const std::string& path) {
     if (user.empty()) return false;
     const LocalMemory list = ListForUser(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid);
     if (!list) return false;
-    std::wstring name = ToWide(path);
+    std::wstring name = base::ToWide(path);
     const DWORD code = ::SetNamedSecurityInfoW(
         name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, nullptr,
         nullptr, static_cast<PACL>(list.Get()), nullptr);

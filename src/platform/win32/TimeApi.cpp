@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "platform/Handle.h"
-#include "platform/OleTypes.h"
+#include "platform/ole/OleTypes.h"
 // After <windows.h>:
 #include <wbemdisp.h>
 

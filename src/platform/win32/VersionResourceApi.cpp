@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/Utf.h"
+#include "base/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -36,7 +36,7 @@ std::optional<FoundValue> FindValue(const std::vector<unsigned char>& block, con
 }  // namespace
 
 std::optional<VersionResource> VersionResource::Load(const std::string& path, bool* isThere) {
-    const std::wstring widePath = ToWide(path);
+    const std::wstring widePath = base::ToWide(path);
     DWORD ignored = 0;
     const DWORD size = ::GetFileVersionInfoSizeW(widePath.c_str(), &ignored);
     if (isThere != nullptr) *isThere = size != 0;
@@ -46,19 +46,19 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     return VersionResource(std::make_shared<const Content>(std::move(content)));
 }
 
-std::optional<FixedVersion> VersionResource::Fixed() const {
+std::optional<base::FixedVersion> VersionResource::Fixed() const {
     VS_FIXEDFILEINFO info{};
     const auto value = FindValue(m_content->block, L"\\", 1);
     if (!value || value->bytes < sizeof info) return std::nullopt;
     std::memcpy(&info, value->data, sizeof info);
-    return FixedVersion{info.dwSignature, info.dwFileVersionMS, info.dwFileVersionLS, info.dwProductVersionMS,
-                        info.dwProductVersionLS};
+    return base::FixedVersion{info.dwSignature, info.dwFileVersionMS, info.dwFileVersionLS,
+                              info.dwProductVersionMS, info.dwProductVersionLS};
 }
 
-std::vector<VersionTranslation> VersionResource::Translations() const {
+std::vector<base::VersionTranslation> VersionResource::Translations() const {
     const auto value = FindValue(m_content->block, L"\\VarFileInfo\\Translation", 1);
     if (!value) return {};
-    std::vector<VersionTranslation> translations(value->bytes / sizeof(VersionTranslation));
+    std::vector<base::VersionTranslation> translations(value->bytes / sizeof(base::VersionTranslation));
     for (std::size_t i = 0; i < translations.size(); ++i) {
         std::array<std::uint16_t, 2> pair{};
         std::memcpy(pair.data(), value->data + i * sizeof pair, sizeof pair);
@@ -68,8 +68,9 @@ std::vector<VersionTranslation> VersionResource::Translations() const {
 }
 
 std::optional<std::wstring> VersionResource::Value(const std::string& table, const char* name) const {
-    const auto value = FindValue(
-        m_content->block, L"\\StringFileInfo\\" + ToWide(table) + L'\\' + ToWide(name), sizeof(wchar_t));
+    const auto value =
+        FindValue(m_content->block, L"\\StringFileInfo\\" + base::ToWide(table) + L'\\' + base::ToWide(name),
+                  sizeof(wchar_t));
     if (!value) return std::nullopt;
     return std::wstring(reinterpret_cast<const wchar_t*>(value->data), value->bytes / sizeof(wchar_t));
 }

@@ -1,4 +1,4 @@
-#include "platform/posix/NativePath.h"
+#include "platform/native/NativePath.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #include "platform/SecurityApi.h"
+#include "simulation/token/ProcessToken.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -8,7 +9,6 @@
 #include <string>
 
 #include "platform/ErrorText.h"
-#include "platform/posix/Privileges.h"
 #include "quillon/FileSystemUtils.h"
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
@@ -16,17 +16,19 @@
 namespace quillon::platform {
 namespace {
 
+using simulation::ProcessToken;
+
 constexpr const wchar_t* kSecurity = L"SeSecurityPrivilege";
 constexpr const wchar_t* kRestore = L"SeRestorePrivilege";
 
 class SecurityApi : public test::TempDirTest {
 protected:
     SecurityApi() { Give(true, true); }
-    ~SecurityApi() override { Give(::geteuid() == 0, ::geteuid() == 0); }
+    ~SecurityApi() override { Give(true, true); }
 
     static void Give(bool security, bool restore) {
-        SetPrivilegeHeld(kSecurity, security);
-        SetPrivilegeHeld(kRestore, restore);
+        ProcessToken::Process().Hold(kSecurity, security);
+        ProcessToken::Process().Hold(kRestore, restore);
     }
 
     struct ::stat StatusOfFile(const char* name) const {
@@ -41,9 +43,9 @@ protected:
 
 TEST_F(SecurityApi, PrivilegesAreUnknownMissingOrSwitched) {
     EXPECT_TRUE(SetPrivilege(kSecurity, true));
-    EXPECT_TRUE(IsPrivilegeEnabled(kSecurity));
+    EXPECT_TRUE(ProcessToken::Process().IsEnabled(kSecurity));
     EXPECT_TRUE(SetPrivilege(kSecurity, false));
-    EXPECT_FALSE(IsPrivilegeEnabled(kSecurity));
+    EXPECT_FALSE(ProcessToken::Process().IsEnabled(kSecurity));
     Give(false, true);
     EXPECT_FALSE(SetPrivilege(kSecurity, true));
     EXPECT_EQ(LastError(), 1300u);
@@ -67,8 +69,8 @@ TEST_F(SecurityApi, CopyTakesModeAndAccessListAlong) {
     EXPECT_EQ(::getxattr(dir.Native("target").c_str(), "system.posix_acl_access", copy.data(), copy.size()),
               static_cast<::ssize_t>(sizeof(list)));
     EXPECT_EQ(copy, std::string(reinterpret_cast<const char*>(list), sizeof(list)));
-    EXPECT_FALSE(IsPrivilegeEnabled(kSecurity));
-    EXPECT_FALSE(IsPrivilegeEnabled(kRestore));
+    EXPECT_FALSE(ProcessToken::Process().IsEnabled(kSecurity));
+    EXPECT_FALSE(ProcessToken::Process().IsEnabled(kRestore));
     EXPECT_TRUE(FileSystemUtils::SecureFile(target));
     EXPECT_EQ(::getxattr(dir.Native("target").c_str(), "system.posix_acl_access", nullptr, 0), -1);
     EXPECT_EQ(StatusOfFile("target").st_mode & 0777U, 0700U);
@@ -91,7 +93,7 @@ TEST_F(SecurityApi, WithoutEitherPrivilegeTheFileIsCopiedAndFalseReturned) {
         EXPECT_FALSE(FileSystemUtils::FileCopy(source, target));
         EXPECT_EQ(dir.Read("target"), "x");
         EXPECT_THAT(log.Lines(), testing::IsEmpty());
-        EXPECT_FALSE(IsPrivilegeEnabled(kSecurity));
+        EXPECT_FALSE(ProcessToken::Process().IsEnabled(kSecurity));
         EXPECT_TRUE(FileSystemUtils::EraseFile(target, false));
     }
 }
@@ -104,8 +106,8 @@ TEST_F(SecurityApi, FailureToWriteIsLoggedAndToReadIsNot) {
     EXPECT_THAT(log.Lines(ICLogger::Level::Error),
                 testing::ElementsAre("Unable to copy file security and ownership to '" + target +
                                      "' despite process SE_SECURITY_NAME, SE_RESTORE_NAME privileges."));
-    EXPECT_FALSE(IsPrivilegeEnabled(kSecurity));
-    EXPECT_FALSE(IsPrivilegeEnabled(kRestore));
+    EXPECT_FALSE(ProcessToken::Process().IsEnabled(kSecurity));
+    EXPECT_FALSE(ProcessToken::Process().IsEnabled(kRestore));
     EXPECT_FALSE(ReadSecurity(source, 8));
     EXPECT_EQ(LastError(), 122u);
     EXPECT_FALSE(WriteSecurity(source, "short"));

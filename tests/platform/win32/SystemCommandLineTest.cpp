@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "platform/CommandLine.h"
-#include "platform/Utf.h"
+#include "base/CommandLine.h"
+#include "base/Utf.h"
 
 namespace quillon::platform {
 namespace {
 
 std::vector<std::string> SplitBySystem(const std::string& line) {
     int count = 0;
-    wchar_t** const arguments = ::CommandLineToArgvW(ToWide(line).c_str(), &count);
+    wchar_t** const arguments = ::CommandLineToArgvW(base::ToWide(line).c_str(), &count);
     std::vector<std::string> narrow;
-    for (int i = 0; i < count; ++i) narrow.push_back(ToUtf8(arguments[i]));
+    for (int i = 0; i < count; ++i) narrow.push_back(base::ToUtf8(arguments[i]));
     ::LocalFree(arguments);
     return narrow;
 }
@@ -30,7 +30,8 @@ TEST(CommandLine, IsCutAsTheSystemCutsIt) {
         for (const char c : alphabet) lines.push_back(lines[i] + c);
     }
     lines.erase(lines.begin());  // the system answers an empty line with the program's path
-    for (const std::string& line : lines) ASSERT_EQ(SplitCommandLine(line), SplitBySystem(line)) << line;
+    for (const std::string& line : lines)
+        ASSERT_EQ(base::SplitCommandLine(line), SplitBySystem(line)) << line;
 }
 
 }  // namespace

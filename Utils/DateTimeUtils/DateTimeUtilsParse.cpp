@@ -1,0 +1,139 @@
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+#include "Utils/internal/DateTimeParts.h"
+#include "base/Characters.h"
+#include "quillon/DateTimeUtils.h"
+
+namespace quillon {
+namespace {
+
+using base::IsDigit;
+using base::IsSpace;
+
+constexpr std::int64_t kIntLimit = std::numeric_limits<int>::max();
+
+/// Reads what "%d" and literal characters of a scanf pattern read, and stays on
+/// the first character that does not match.
+class Scanner {
+public:
+    explicit Scanner(std::string_view text) : m_next(text.data()), m_end(text.data() + text.size()) {}
+
+    bool Literal(char expected) {
+        if (m_next == m_end || *m_next != expected) return false;
+        ++m_next;
+        return true;
+    }
+
+    /// White space, a sign and digits. Values past the range of an int become its limit.
+    bool Number(std::int64_t& value) {
+        while (m_next != m_end && IsSpace(*m_next)) ++m_next;
+        const bool isNegative = Literal('-');
+        if (!isNegative) Literal('+');
+        if (m_next == m_end || !IsDigit(*m_next)) return false;
+        value = isNegative ? -Digits(kIntLimit + 1) : Digits(kIntLimit);
+        return true;
+    }
+
+    /// 0 when there is none; no more than `limit`.
+    std::int64_t Digits(std::int64_t limit = kIntLimit) {
+        std::int64_t value = 0;
+        for (; m_next != m_end && IsDigit(*m_next); ++m_next) {
+            value = std::min(value * 10 + (*m_next - '0'), limit);
+        }
+        return value;
+    }
+
+private:
+    const char* m_next;
+    const char* m_end;
+};
+
+struct JsonTime {
+    std::int64_t seconds;
+    std::int64_t milliseconds;
+};
+
+/// "%d-%d-%dT%d:%d:%d"
+bool ScanFields(std::string_view text, UtcFields& fields) {
+    Scanner scanner(text);
+    return scanner.Number(fields.year) && scanner.Literal('-') && scanner.Number(fields.month) &&
+           scanner.Literal('-') && scanner.Number(fields.day) && scanner.Literal('T') &&
+           scanner.Number(fields.hour) && scanner.Literal(':') && scanner.Number(fields.minute) &&
+           scanner.Literal(':') && scanner.Number(fields.second);
+}
+
+std::int64_t ReadMilliseconds(std::string_view text) {
+    const std::size_t point = text.find('.');
+    return point == std::string_view::npos ? 0 : Scanner(text.substr(point + 1)).Digits();
+}
+
+/// Minutes east of UTC; 0 without a readable designator.
+std::int64_t ReadZoneOffset(std::string_view text) {
+    if (text.back() == 'Z' || text.back() == 'z') return 0;
+    const std::size_t sign = text.find_last_of("+-");
+    if (sign == std::string_view::npos) return 0;
+    Scanner scanner(text.substr(sign));
+    std::int64_t hours = 0;
+    std::int64_t minutes = 0;
+    if (!scanner.Number(hours) || !scanner.Literal(':') || !scanner.Number(minutes)) return 0;
+    // The sign's own character: "-00:30" is west of Greenwich although its hours are 0.
+    return text[sign] == '-' ? hours * 60 - minutes : hours * 60 + minutes;
+}
+
+std::optional<JsonTime> ReadJsonTime(std::string_view text) {
+    constexpr std::size_t shortest = std::string_view("1970-01-01T00:00:00").size();
+    UtcFields fields{};
+    if (text.size() < shortest || !ScanFields(text, fields)) return std::nullopt;
+    return JsonTime{UtcFieldsToEpoch(fields) - ReadZoneOffset(text) * 60, ReadMilliseconds(text)};
+}
+
+/// A field of an X.509 time: its leading digits, at least one.
+bool ReadDigits(std::string_view field, std::int64_t& value) {
+    if (!IsDigit(field.front())) return false;
+    value = Scanner(field).Digits();
+    return true;
+}
+
+bool ReadX509Time(std::string_view text, UtcFields& fields) {
+    if (text.size() != 12 && text.size() != 14) return false;
+    const std::size_t yearLength = text.size() - 10;
+    if (!ReadDigits(text.substr(0, yearLength), fields.year)) return false;
+    if (yearLength == 2) fields.year += fields.year < 50 ? 2000 : 1900;
+    const std::array rest{&fields.month, &fields.day, &fields.hour, &fields.minute, &fields.second};
+    for (std::size_t i = 0; i < rest.size(); ++i) {
+        if (!ReadDigits(text.substr(yearLength + 2 * i, 2), *rest[i])) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool DateTimeUtils::ParseX509TimeString(const char* text, long long* epochSeconds) {
+    *epochSeconds = 0;
+    if (text == nullptr) return false;
+    const std::string_view whole(text);
+    UtcFields fields{};
+    if (!ReadX509Time(whole.substr(0, whole.find_first_of("+-Z")), fields)) return false;
+    *epochSeconds = UtcFieldsToEpoch(fields);
+    return true;
+}
+
+long long DateTimeUtils::JsonDateTimeToEpochTime(const std::string& text) {
+    const auto time = ReadJsonTime(text);
+    if (!time) return 0;
+    return time->seconds + (time->milliseconds >= 500 ? 1 : 0);
+}
+
+TimePoint DateTimeUtils::JsonDateTimeToTimePoint(const std::string& text) {
+    const auto time = ReadJsonTime(text);
+    const auto second = time ? ToTimePoint(time->seconds) : std::nullopt;
+    if (!second) return {};
+    const TimePoint::duration fraction(time->milliseconds * 10'000);
+    return *second > TimePoint::max() - fraction ? TimePoint() : *second + fraction;
+}
+
+}  // namespace quillon

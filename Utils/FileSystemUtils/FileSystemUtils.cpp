@@ -1,0 +1,112 @@
+#include "quillon/FileSystemUtils.h"
+
+#include "Utils/internal/TreeWalk.h"
+#include "base/Utf.h"
+#include "platform/FileApi.h"
+#include "quillon/ICLogger.h"
+#include "quillon/PathUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+using platform::FolderWalk;
+
+bool LeadsToDirectory(const std::optional<platform::FileAttributes>& attributes) {
+    return attributes && attributes->isDirectory;
+}
+
+/// A device path is opened by the name that the system's file functions take.
+std::string ForOpening(const std::string& path) {
+    const std::wstring given = base::ToWide(path);
+    std::wstring name = given;
+    FileSystemUtils::DeviceNameToVolumeNameFormat(name);
+    return name == given ? path : base::ToUtf8(name);
+}
+
+class SizeSum final : public ITreeVisitor {
+public:
+    bool OnFile(FolderWalk& walk, const std::string&, const std::string& name) override {
+        m_bytes += walk.SizeOf(name).value_or(0);
+        return true;
+    }
+    bool OnFolderLink(FolderWalk&, const std::string&) override { return true; }
+    bool AfterFolder(FolderWalk&, const std::string&) override { return true; }
+
+    std::uint64_t Bytes() const { return m_bytes; }
+
+private:
+    std::uint64_t m_bytes = 0;
+};
+
+std::uint64_t SizeOfImmediateFiles(const std::string& directory) {
+    auto walk = FolderWalk::Open(directory, FolderWalk::Purpose::ToList);
+    std::uint64_t bytes = 0;
+    if (!walk) return bytes;
+    walk->List([&](platform::DirectoryEntry&& entry) {
+        if (!entry.isDirectory) bytes += walk->SizeOf(entry.name).value_or(0);
+    });
+    return bytes;
+}
+
+}  // namespace
+
+bool FileSystemUtils::Exists(const char* path) { return platform::AttributesOf(path).has_value(); }
+
+bool FileSystemUtils::Exists(const std::string& path) { return platform::AttributesOf(path).has_value(); }
+
+bool FileSystemUtils::Exists(const wchar_t* path) { return Exists(std::wstring(path)); }
+
+bool FileSystemUtils::Exists(const std::wstring& path) {
+    const std::string narrow = base::ToUtf8(path);
+    if (platform::AttributesOf(narrow)) return true;
+    const std::string reason = StringUtils::GetLastErrorAsString();  // logging overwrites it
+    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+        logger->Debug("Cannot get attributes of '%s' because: %s", narrow.c_str(), reason.c_str());
+    }
+    return false;
+}
+
+bool FileSystemUtils::Exists(const char* path, bool& isDirectory, long long* modificationTime) {
+    return Exists(std::string(path), isDirectory, modificationTime);
+}
+
+bool FileSystemUtils::Exists(const std::string& path, bool& isDirectory, long long* modificationTime) {
+    std::string normalised = path;
+    const auto status = platform::StatusOf(PathUtils::Normalise(normalised));
+    if (!status) return false;
+    isDirectory = status->isDirectory;
+    if (modificationTime != nullptr) *modificationTime = status->modificationTime;
+    return true;
+}
+
+bool FileSystemUtils::IsDirectory(const char* path) {
+    return LeadsToDirectory(platform::AttributesOfAnsiPath(path));
+}
+
+bool FileSystemUtils::IsDirectory(const wchar_t* path) { return IsDirectory(std::wstring(path)); }
+
+bool FileSystemUtils::IsDirectory(const std::string& path) {
+    std::string normalised = path;
+    return LeadsToDirectory(platform::AttributesOf(PathUtils::Normalise(normalised)));
+}
+
+bool FileSystemUtils::IsDirectory(const std::wstring& path) { return IsDirectory(base::ToUtf8(path)); }
+
+std::uint64_t FileSystemUtils::GetFileSizeInBytes(const std::string& path) {
+    return platform::SizeOfFile(ForOpening(path)).value_or(0);
+}
+
+std::uint64_t FileSystemUtils::GetDirectorySizeInBytes(const std::string& directory, bool recursive) {
+    if (directory.empty()) return 0;
+    if (!recursive) return SizeOfImmediateFiles(directory);
+    SizeSum sum;
+    WalkTree(directory, FolderWalk::Purpose::ToList, sum);
+    return sum.Bytes();
+}
+
+bool FileSystemUtils::IsOperatingSystemProcess(const std::string&) { return false; }
+
+}  // namespace quillon

@@ -1,0 +1,119 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "Utils/internal/NetworkPatterns.h"
+#include "base/Characters.h"
+#include "base/HexDigits.h"
+#include "base/NumberText.h"
+#include "platform/NetworkApi.h"
+#include "quillon/NetworkUtils.h"
+
+namespace quillon {
+
+namespace {
+
+using Octets = std::array<std::uint32_t, 4>;
+
+std::string Dotted(const Octets& octets) {
+    std::string text;
+    for (const std::uint32_t octet : octets) {
+        if (!text.empty()) text += '.';
+        text += std::to_string(octet);
+    }
+    return text;
+}
+
+/// As scanf's "%u.%u.%u.%u": each number may have blanks and a sign in front, the rest
+/// of the text does not matter, and 32 bits of a number count.
+std::optional<Octets> ReadOctets(std::string_view text) {
+    Octets octets{};
+    for (std::uint32_t& octet : octets) {
+        if (&octet != &octets.front()) {
+            if (!text.starts_with('.')) return std::nullopt;
+            text.remove_prefix(1);
+        }
+        const auto number = base::TakeUnsigned(text);
+        if (!number) return std::nullopt;
+        octet = static_cast<std::uint32_t>(*number);
+    }
+    return octets;
+}
+
+/// The bytes of an address in network order; nothing when the text has a port, a scope or brackets too.
+std::vector<unsigned char> AddressBytes(const std::string& text) {
+    const auto isIpv6Character = [](char c) { return c == ':' || c == '.' || base::HexDigit(c) >= 0; };
+    constexpr std::ptrdiff_t kIpv4Field = 4, kIpv6Field = 8;
+    std::array<unsigned char, platform::kIpv6AddressSize> address{};
+    const auto at = address.begin();
+    if (ReadDottedQuad(text) && platform::TextToAddress(platform::kIpv4, text, address.data()))
+        return {at + kIpv4Field, at + kIpv4Field + 4};
+    if (std::all_of(text.begin(), text.end(), isIpv6Character) &&
+        platform::TextToAddress(platform::kIpv6, text, address.data())) {
+        return {at + kIpv6Field, at + kIpv6Field + 16};
+    }
+    return {};
+}
+
+std::optional<std::size_t> ReadPrefixLength(std::string_view text, std::size_t most) {
+    std::size_t length = 0;
+    const char* const end = text.data() + text.size();
+    const auto [at, error] = std::from_chars(text.data(), end, length);
+    return error == std::errc() && at == end && length <= most ? std::optional(length) : std::nullopt;
+}
+
+bool HasSamePrefix(const unsigned char* a, const unsigned char* b, std::size_t bits) {
+    for (; bits >= 8; bits -= 8) {
+        if (*a++ != *b++) return false;
+    }
+    return bits == 0 || (*a ^ *b) >> (8 - bits) == 0;
+}
+
+}  // namespace
+
+bool NetworkUtils::IpInCidr(const std::string& address, const std::string& cidr) {
+    const std::size_t slash = cidr.find('/');
+    if (slash == std::string::npos) return false;
+    const auto wanted = AddressBytes(address);
+    const auto network = AddressBytes(cidr.substr(0, slash));
+    if (wanted.empty() || wanted.size() != network.size()) return false;
+    const auto length = ReadPrefixLength(std::string_view(cidr).substr(slash + 1), network.size() * 8);
+    return length && HasSamePrefix(wanted.data(), network.data(), *length);
+}
+
+std::string NetworkUtils::FormatIpV4AddressAsString(unsigned long address) {
+    return Dotted(
+        {static_cast<std::uint32_t>(address & 0xFF), static_cast<std::uint32_t>(address >> 8 & 0xFF),
+         static_cast<std::uint32_t>(address >> 16 & 0xFF), static_cast<std::uint32_t>(address >> 24 & 0xFF)});
+}
+
+std::string NetworkUtils::FormatMacAddressAsString(unsigned long length, unsigned char* bytes) {
+    std::string text;
+    for (unsigned long i = 0; i < length; ++i) {
+        if (i > 0) text += '-';
+        text += base::kLowerDigits[bytes[i] >> 4];
+        text += base::kLowerDigits[bytes[i] & 0xF];
+    }
+    return text;
+}
+
+std::string NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(const std::string& address,
+                                                                  const std::string& mask) {
+    auto network = ReadOctets(address);
+    const auto maskOctets = ReadOctets(mask);
+    if (!network || !maskOctets) return {};
+    std::uint32_t maskValue = 0;
+    for (std::size_t i = 0; i < network->size(); ++i) {
+        (*network)[i] &= (*maskOctets)[i];
+        maskValue = maskValue << 8 | (*maskOctets)[i];
+    }
+    return Dotted(*network) + '/' + std::to_string(32 - std::countr_zero(maskValue));
+}
+
+}  // namespace quillon

@@ -1,0 +1,108 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+
+#include "Utils/internal/NetworkPatterns.h"
+#include "platform/NetworkApi.h"
+#include "quillon/ICLogger.h"
+#include "quillon/NetworkUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+/// Where the number lies in a sockaddr_in, on every system.
+constexpr std::size_t kIpv4AddressField = 4;
+
+/// As it is stored.
+std::uint32_t AddressField(const void* address) {
+    std::uint32_t field = 0;
+    std::memcpy(&field, static_cast<const char*>(address) + kIpv4AddressField, sizeof field);
+    return field;
+}
+
+std::uint32_t HostOrder(const unsigned char* bytes) {
+    std::uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) value = value << 8 | bytes[i];
+    return value;
+}
+
+std::string WithoutSpaces(std::string_view text) {
+    std::string copy(text);
+    StringUtils::TrimAllSpaces(copy);
+    return copy;
+}
+
+bool HasColon(std::string_view text) { return text.find(':') != std::string_view::npos; }
+
+/// In host byte order; what is wrong with it is logged.
+std::optional<std::uint32_t> ReadWanted(const std::string& text) {
+    const std::string trimmed = WithoutSpaces(text);
+    std::array<unsigned char, platform::kIpv4AddressSize> address{};
+    const bool isIpv6 = HasColon(trimmed);
+    if (!isIpv6 && platform::TextToAddress(platform::kIpv4, trimmed, address.data()))
+        return HostOrder(&address[kIpv4AddressField]);
+    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+        if (isIpv6) {
+            logger->Warn("Unsupported IPv6 address supplied to IpInRange(): '%s'", text.c_str());
+        } else {
+            logger->Error("IP address supplied to IpInRange() is not a valid IPv4 address: '%s'",
+                          text.c_str());
+        }
+    }
+    return std::nullopt;
+}
+
+enum class Piece { Range, Ipv6, Malformed };
+
+/// What is wrong with it is logged.
+Piece ReadPiece(std::string_view piece, Ipv4Range& range) {
+    auto read = ReadIpv4Range(piece);  // most have no spaces
+    std::string trimmed;
+    if (!read) read = ReadIpv4Range(trimmed = WithoutSpaces(piece));
+    if (read) {
+        range = *read;
+        return Piece::Range;
+    }
+    ICLogger* const logger = ServiceLocator::Get<ICLogger>();
+    const bool isIpv6 = HasColon(trimmed);
+    if (logger != nullptr && isIpv6) logger->Warn("Unsupported IPv6 range found: '%s'", trimmed.c_str());
+    if (logger != nullptr && !isIpv6) logger->Error("Unexpected IP range found: '%s'", trimmed.c_str());
+    return isIpv6 ? Piece::Ipv6 : Piece::Malformed;
+}
+
+}  // namespace
+
+bool NetworkUtils::IpInRange(const std::string& address, const std::string& ranges) {
+    const auto wanted = ReadWanted(address);
+    if (!wanted) return false;
+    bool hasRange = false, isInside = false;
+    for (std::size_t start = 0; start <= ranges.size();) {
+        const std::size_t end = std::min(ranges.find(',', start), ranges.size());
+        Ipv4Range range;
+        const Piece piece = ReadPiece(std::string_view(ranges).substr(start, end - start), range);
+        if (piece == Piece::Malformed) return false;  // even when a range before it holds the address
+        hasRange |= piece == Piece::Range;
+        isInside |= range.Holds(*wanted);
+        start = end + 1;
+    }
+    if (!hasRange) {
+        if (ICLogger* const logger = ServiceLocator::Get<ICLogger>())
+            logger->Error("No IP ranges found in string supplied to IpInRange(): '%s'", ranges.c_str());
+    }
+    return isInside;
+}
+
+bool NetworkUtils::IsIpv4AddressIsHigher(const void* a, const void* b) {
+    return AddressField(a) > AddressField(b);
+}
+
+bool NetworkUtils::IsIpv4InRange(const void* address, const void* low, const void* high) {
+    const std::uint32_t field = AddressField(address);
+    return AddressField(low) <= field && field <= AddressField(high);
+}
+
+}  // namespace quillon

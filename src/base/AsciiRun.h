@@ -1,0 +1,88 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <type_traits>
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define QUILLON_SSE2 1
+#include <emmintrin.h>
+#endif
+
+namespace quillon::base {
+
+/// Runs of ASCII between bytes and wider units (2 or 4 bytes each), sixteen at a
+/// time where the processor can. Both copy until the first unit that is not ASCII
+/// and return how many that were; `to` has room for `count`.
+
+#ifdef QUILLON_SSE2
+template <class Unit>
+void StoreWidened(__m128i bytes, Unit* to) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i low = _mm_unpacklo_epi8(bytes, zero);
+    const __m128i high = _mm_unpackhi_epi8(bytes, zero);
+    auto* const target = reinterpret_cast<__m128i*>(to);
+    if constexpr (sizeof(Unit) == 2) {
+        _mm_storeu_si128(target, low);
+        _mm_storeu_si128(target + 1, high);
+    } else {
+        _mm_storeu_si128(target, _mm_unpacklo_epi16(low, zero));
+        _mm_storeu_si128(target + 1, _mm_unpackhi_epi16(low, zero));
+        _mm_storeu_si128(target + 2, _mm_unpacklo_epi16(high, zero));
+        _mm_storeu_si128(target + 3, _mm_unpackhi_epi16(high, zero));
+    }
+}
+
+/// Sixteen units as bytes; false, and nothing stored, when one of them is not ASCII.
+template <class Unit>
+bool NarrowBlock(const Unit* from, char* to) {
+    const auto load = [from](int i) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from) + i); };
+    __m128i low = load(0), high = load(1), all = _mm_or_si128(low, high);
+    __m128i excess = _mm_set1_epi16(static_cast<short>(0xFF80));
+    if constexpr (sizeof(Unit) == 4) {
+        const __m128i third = load(2), fourth = load(3);
+        all = _mm_or_si128(all, _mm_or_si128(third, fourth));
+        low = _mm_packs_epi32(low, high);
+        high = _mm_packs_epi32(third, fourth);
+        excess = _mm_set1_epi32(~0x7F);
+    }
+    const __m128i beyond = _mm_cmpeq_epi8(_mm_and_si128(all, excess), _mm_setzero_si128());
+    if (_mm_movemask_epi8(beyond) != 0xFFFF) return false;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(low, high));
+    return true;
+}
+#endif
+
+template <class Unit>
+std::size_t WidenAscii(const unsigned char* from, std::size_t count, Unit* to) {
+    std::size_t done = 0;
+#ifdef QUILLON_SSE2
+    for (; count - done >= 16; done += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + done));
+        const auto beyond = static_cast<unsigned>(_mm_movemask_epi8(bytes));
+        if (beyond != 0) {
+            count = done + static_cast<std::size_t>(std::countr_zero(beyond));
+            break;
+        }
+        StoreWidened(bytes, to + done);
+    }
+#endif
+    for (; done < count && from[done] < 0x80; ++done) {
+        to[done] = static_cast<Unit>(from[done]);
+    }
+    return done;
+}
+
+template <class Unit>
+std::size_t NarrowAscii(const Unit* from, std::size_t count, char* to) {
+    std::size_t done = 0;
+#ifdef QUILLON_SSE2
+    while (count - done >= 16 && NarrowBlock(from + done, to + done)) done += 16;
+#endif
+    for (; done < count && static_cast<std::make_unsigned_t<Unit>>(from[done]) < 0x80; ++done) {
+        to[done] = static_cast<char>(from[done]);
+    }
+    return done;
+}
+
+}  // namespace quillon::base

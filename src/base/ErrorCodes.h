@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+namespace quillon::base {
+
+/// Windows error codes that the library tells or asks for on both systems (winerror.h).
+inline constexpr std::uint32_t kFileNotFound = 2;
+inline constexpr std::uint32_t kAccessDenied = 5;
+inline constexpr std::uint32_t kInvalidHandle = 6;
+inline constexpr std::uint32_t kNotEnoughMemory = 8;
+inline constexpr std::uint32_t kInvalidData = 13;
+inline constexpr std::uint32_t kSharingViolation = 32;
+inline constexpr std::uint32_t kInvalidParameter = 87;
+inline constexpr std::uint32_t kInsufficientBuffer = 122;
+inline constexpr std::uint32_t kMoreData = 234;
+inline constexpr std::uint32_t kNoMoreItems = 259;
+inline constexpr std::uint32_t kNoToken = 1008;
+inline constexpr std::uint32_t kNoUnicodeTranslation = 1113;
+
+}  // namespace quillon::base

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quillon::base {
+
+/// Figures that parts of the library keep of themselves, for whoever reports what the
+/// process costs. Any thread.
+
+/// A log entry could not be written.
+void CountDroppedLogLine();
+std::uint64_t DroppedLogLines();
+
+/// A look-up of a name begins (1) or ends (-1) in the background.
+void CountLookups(int change);
+std::int64_t LookupsUnderWay();
+
+struct CacheSize {
+    std::string name;
+    std::uint64_t entries = 0;
+};
+
+/// Adds a cache to CacheSizes(), once, when it comes into being. `entries` is called on
+/// any thread, with no lock held, until the process ends.
+void RegisterCache(const std::string& name, std::function<std::uint64_t()> entries);
+std::vector<CacheSize> CacheSizes();
+
+}  // namespace quillon::base

@@ -1,0 +1,312 @@
+#include "base/Utf.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "base/AsciiRun.h"
+
+namespace quillon::base {
+
+namespace {
+
+using Byte = unsigned char;
+
+constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
+constexpr wchar_t kWideReplacement = 0xFFFD;
+
+bool IsContinuation(Byte byte) { return (byte & 0xC0) == 0x80; }
+bool IsHighSurrogate(std::uint32_t unit) { return (unit & 0xFFFFFC00) == 0xD800; }
+bool IsLowSurrogate(std::uint32_t unit) { return (unit & 0xFFFFFC00) == 0xDC00; }
+bool IsSurrogate(std::uint32_t unit) { return (unit & 0xFFFFF800) == 0xD800; }
+
+/// The smallest and largest second byte that a lead byte allows (Unicode, table 3-7).
+bool IsSecondByte(Byte lead, Byte second) {
+    const Byte least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const Byte most = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    return second >= least && second <= most;
+}
+
+/// The length of the maximal subpart, at least one byte, of the invalid sequence at `p`.
+std::size_t SubpartLength(const Byte* p, std::size_t available) {
+    const Byte lead = p[0];
+    if (lead < 0xC2 || lead > 0xF4 || available < 2 || !IsSecondByte(lead, p[1])) return 1;
+    const std::size_t most = std::min<std::size_t>(lead < 0xF0 ? 2 : 3, available);
+    std::size_t length = 2;
+    while (length < most && IsContinuation(p[length])) ++length;
+    return length;
+}
+
+std::uint64_t LoadWord(const void* p) {
+    std::uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    return word;
+}
+
+/// Exactly the units that valid UTF-8 becomes; of invalid text never fewer than its
+/// valid beginning becomes. Eight bytes at a time: one unit for every byte that is no
+/// continuation, and a second one for leads of four bytes.
+std::size_t CountUnits(std::string_view text) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const auto sum = [](std::uint64_t bytes) { return static_cast<std::size_t>(bytes * ones >> 56); };
+    std::size_t units = text.size();
+    std::size_t i = 0;
+    for (; text.size() - i >= 8; i += 8) {
+        const std::uint64_t word = LoadWord(text.data() + i);
+        const std::uint64_t top = word >> 7 & ones;
+        if (top == 0) continue;
+        units -= sum(top & ~(word >> 6));
+        units += sum(top & word >> 6 & word >> 5 & word >> 4);
+    }
+    for (; i < text.size(); ++i) {
+        const auto byte = static_cast<Byte>(text[i]);
+        units -= static_cast<std::size_t>(IsContinuation(byte));
+        units += static_cast<std::size_t>(byte >= 0xF0);
+    }
+    return units;
+}
+
+constexpr std::uint32_t kInvalid = 0xFFFFFFFF;
+
+/// The character, not an ASCII one, at `p`, which is moved past it; or kInvalid, `p`
+/// being of no use then.
+inline std::uint32_t TakeSequence(const Byte*& p, const Byte* end) {
+    const std::uint32_t lead = p[0];
+    const auto available = end - p;
+    const auto bits = [&p](int i) { return p[i] & 0x3FU; };
+    const auto excess = [&p](int i) { return p[i] ^ 0x80U; };  // 0x40 or more: no continuation
+    if (lead < 0xE0) {
+        if (lead < 0xC2 || available < 2 || excess(1) >= 0x40) return kInvalid;
+        const std::uint32_t character = (lead & 0x1F) << 6 | bits(1);
+        p += 2;
+        return character;
+    }
+    if (lead < 0xF0) {
+        if (available < 3 || (excess(1) | excess(2)) >= 0x40) return kInvalid;
+        const std::uint32_t character = (lead & 0x0F) << 12 | bits(1) << 6 | bits(2);
+        p += 3;
+        return character < 0x800 || IsSurrogate(character) ? kInvalid : character;
+    }
+    if (available < 4 || (excess(1) | excess(2) | excess(3)) >= 0x40) return kInvalid;
+    const std::uint32_t character = (lead & 0x0F) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
+    p += 4;
+    return character < 0x10000 || character > 0x10FFFF ? kInvalid : character;
+}
+
+template <class Unit>
+Unit* PutUnits(std::uint32_t character, Unit* out) {
+    if (character < 0x10000) {
+        *out++ = static_cast<Unit>(character);
+        return out;
+    }
+    *out++ = static_cast<Unit>(0xD7C0 + (character >> 10));
+    *out++ = static_cast<Unit>(0xDC00 + (character & 0x3FF));
+    return out;
+}
+
+/// The whole text in UTF-16, or nothing when it is invalid.
+template <class String>
+std::optional<String> Decode(std::string_view text) {
+    String wide(CountUnits(text), 0);
+    auto* out = wide.data();
+    const auto* p = reinterpret_cast<const Byte*>(text.data());
+    const Byte* const end = p + text.size();
+    while (p != end) {
+        const std::size_t ascii = WidenAscii(p, static_cast<std::size_t>(end - p), out);
+        p += ascii;
+        out += ascii;
+        // Characters of the same kind come in runs.
+        while (p != end && *p >= 0x80) {
+            const std::uint32_t character = TakeSequence(p, end);
+            if (character == kInvalid) return std::nullopt;
+            out = PutUnits(character, out);
+        }
+    }
+    return wide;
+}
+
+template <class Unit>
+std::uint32_t Value(Unit unit) {
+    return static_cast<std::make_unsigned_t<Unit>>(unit);
+}
+
+/// How many bytes a unit becomes; either half of a pair counts two.
+template <class Unit>
+constexpr Unit BytesOf(Unit unit) {
+    const auto value = static_cast<std::make_unsigned_t<Unit>>(unit);
+    const auto surrogate = static_cast<Unit>((value & 0xF800) == 0xD800);
+    return static_cast<Unit>(1 + (value >= 0x80) + (value >= 0x800) - surrogate);
+}
+
+/// Exactly the bytes that valid UTF-16 becomes; of invalid text never fewer than
+/// its valid beginning becomes.
+template <class Unit>
+std::size_t CountBytes(std::basic_string_view<Unit> text) {
+    constexpr std::size_t block = 16;  // a fixed count, which compilers turn into vectors
+    std::size_t bytes = 0, i = 0;
+    for (; text.size() - i >= block; i += block) {
+        Unit sum = 0;
+        for (std::size_t j = 0; j < block; ++j) sum = static_cast<Unit>(sum + BytesOf(text[i + j]));
+        bytes += static_cast<std::size_t>(sum);
+    }
+    for (; i < text.size(); ++i) bytes += static_cast<std::size_t>(BytesOf(text[i]));
+    return bytes;
+}
+
+/// Puts a character's bytes, of which ASCII has its own faster way.
+inline char* PutBytes(std::uint32_t character, char* out) {
+    const auto tail = [character](unsigned shift) {
+        return static_cast<char>(0x80 | (character >> shift & 0x3F));
+    };
+    if (character < 0x800) {
+        out[0] = static_cast<char>(0xC0 | character >> 6);
+        out[1] = tail(0);
+        return out + 2;
+    }
+    if (character < 0x10000) {
+        out[0] = static_cast<char>(0xE0 | character >> 12);
+        out[1] = tail(6);
+        out[2] = tail(0);
+        return out + 3;
+    }
+    out[0] = static_cast<char>(0xF0 | character >> 18);
+    out[1] = tail(12);
+    out[2] = tail(6);
+    out[3] = tail(0);
+    return out + 4;
+}
+
+/// The character at `p`, which is moved past it; or kInvalid, `p` staying.
+template <class Unit>
+std::uint32_t TakeUnits(const Unit*& p, const Unit* end) {
+    const std::uint32_t first = Value(p[0]);
+    if (!IsSurrogate(first)) {
+        if (first > 0xFFFF) return kInvalid;
+        ++p;
+        return first;
+    }
+    if (!IsHighSurrogate(first) || end - p < 2 || !IsLowSurrogate(Value(p[1]))) return kInvalid;
+    const std::uint32_t character = 0x10000 + ((first & 0x3FF) << 10) + (Value(p[1]) & 0x3FF);
+    p += 2;
+    return character;
+}
+
+/// The longest valid beginning in UTF-8; `consumed` tells how many units that are.
+template <class Unit>
+std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consumed) {
+    const Unit* p = text.data();
+    const Unit* const end = p + text.size();
+    // Most texts are ASCII and need no counting; what begins otherwise is counted at once.
+    const bool ascii = !text.empty() && Value(text.front()) < 0x80;
+    std::string narrow(ascii ? text.size() : 0, '\0');
+    const std::size_t prefix = NarrowAscii(p, narrow.size(), narrow.data());
+    narrow.resize(prefix + CountBytes(text.substr(prefix)));
+    char* out = narrow.data() + prefix;
+    p += prefix;
+    while (p != end) {
+        const std::size_t run = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
+        p += run;
+        out += run;
+        while (p != end && Value(*p) >= 0x80) {
+            const std::uint32_t character = TakeUnits(p, end);
+            if (character == kInvalid) {
+                narrow.resize(static_cast<std::size_t>(out - narrow.data()));
+                consumed = static_cast<std::size_t>(p - text.data());
+                return narrow;
+            }
+            out = PutBytes(character, out);
+        }
+    }
+    consumed = text.size();
+    return narrow;
+}
+
+template <class Unit>
+std::optional<std::string> Encode(std::basic_string_view<Unit> text) {
+    std::size_t consumed = 0;
+    std::string narrow = EncodePrefix(text, consumed);
+    if (consumed != text.size()) return std::nullopt;
+    return narrow;
+}
+
+}  // namespace
+
+std::optional<std::wstring> Utf8ToWide(std::string_view text) { return Decode<std::wstring>(text); }
+
+std::optional<std::string> WideToUtf8(std::wstring_view text) { return Encode(text); }
+
+std::optional<std::string> Utf16ToUtf8(std::u16string_view text) { return Encode(text); }
+
+std::wstring ToWide(std::string_view text) {
+    if (auto wide = Utf8ToWide(text)) return std::move(*wide);
+    return *Utf8ToWide(RepairUtf8(text));
+}
+
+std::string ToUtf8(std::wstring_view text) {
+    if (auto narrow = WideToUtf8(text)) return std::move(*narrow);
+    std::wstring repaired(text);
+    const wchar_t* p = repaired.data();
+    const wchar_t* const end = p + repaired.size();
+    while (p != end) {
+        const auto at = static_cast<std::size_t>(p - repaired.data());
+        if (TakeUnits(p, end) != kInvalid) continue;
+        repaired[at] = kWideReplacement;
+        ++p;
+    }
+    return *WideToUtf8(repaired);
+}
+
+std::size_t FindInvalidUtf8(std::string_view text) {
+    const auto* const begin = reinterpret_cast<const Byte*>(text.data());
+    const Byte* const end = begin + text.size();
+    for (const Byte* p = begin; p != end;) {
+        if (end - p >= 8 && (LoadWord(p) & 0x8080808080808080) == 0) {
+            p += 8;
+        } else if (*p < 0x80) {
+            ++p;
+        } else if (const Byte* const start = p; TakeSequence(p, end) == kInvalid) {
+            return static_cast<std::size_t>(start - begin);
+        }
+    }
+    return std::string_view::npos;
+}
+
+std::string RepairUtf8(std::string_view text) {
+    std::string repaired;
+    repaired.reserve(text.size());
+    for (;;) {
+        const std::size_t invalid = FindInvalidUtf8(text);
+        repaired.append(text.substr(0, invalid));
+        if (invalid == std::string_view::npos) return repaired;
+        repaired.append(kReplacement);
+        text.remove_prefix(invalid);
+        text.remove_prefix(SubpartLength(reinterpret_cast<const Byte*>(text.data()), text.size()));
+    }
+}
+
+std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {
+    std::u16string units(bytes.size() / 2, u'\0');
+    const unsigned first = bigEndian ? 8 : 0;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const auto byte = [&](std::size_t at) { return static_cast<unsigned>(static_cast<Byte>(bytes[at])); };
+        units[i] = static_cast<char16_t>(byte(2 * i) << first | byte(2 * i + 1) << (8 - first));
+    }
+    std::size_t consumed = 0;
+    return EncodePrefix(std::u16string_view(units), consumed);
+}
+
+std::optional<std::string> Utf8ToUtf16Bytes(std::string_view text, bool bigEndian) {
+    const auto units = Decode<std::u16string>(text);
+    if (!units) return std::nullopt;
+    std::string bytes(2 * units->size(), '\0');
+    const unsigned first = bigEndian ? 8 : 0;
+    for (std::size_t i = 0; i < units->size(); ++i) {
+        bytes[2 * i] = static_cast<char>((*units)[i] >> first);
+        bytes[2 * i + 1] = static_cast<char>((*units)[i] >> (8 - first));
+    }
+    return bytes;
+}
+
+}  // namespace quillon::base

@@ -1,0 +1,159 @@
+#include "Utils/internal/NetworkLookup.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+#include "base/OwnFigures.h"
+#include "platform/AddrInfo.h"
+#include "platform/NetworkApi.h"
+#include "quillon/DestructorFunctor.h"
+#include "quillon/NetworkUtils.h"
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
+
+namespace quillon {
+
+namespace {
+
+using Level = ICLogger::Level;
+constexpr int kMost = kMostLookups;
+using Result = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
+
+// A resolver that answers nobody until it is opened; then it asks the system.
+std::atomic<bool> g_isOpen{false};
+std::atomic<int> g_asked{0};
+
+int AskBehindTheGate(const platform::AddressQuery& query, addrinfo*& list) {
+    ++g_asked;
+    g_isOpen.wait(false);
+    return platform::AskSystem(query, list);
+}
+
+void Open() {
+    g_isOpen = true;
+    g_isOpen.notify_all();
+}
+
+void AwaitQuestions(int count) {
+    while (g_asked < count) std::this_thread::yield();
+}
+
+int Ask(const std::string& node, Result& result, int seconds = 60, addrinfo* hints = nullptr) {
+    return NetworkUtils::getaddrinfo_OrTimeout(node.c_str(), "80", hints, result, seconds);
+}
+
+/// Every address, its canonical name in front.
+std::string TextOf(const addrinfo* list) {
+    std::string text;
+    for (; list != nullptr; list = list->ai_next) {
+        if (list->ai_canonname != nullptr) text += list->ai_canonname;
+        text += ' ' + platform::AddressToText(list->ai_addr, list->ai_addrlen);
+    }
+    return text;
+}
+
+/// No look-up reaches into the next test.
+void AwaitTheEnd() {
+    Open();
+    while (base::LookupsUnderWay() != 0) std::this_thread::yield();
+}
+
+class NetworkLookup : public testing::Test {
+protected:
+    NetworkLookup() {
+        EXPECT_TRUE(platform::StartSockets());
+        g_isOpen = false;
+        g_asked = 0;
+        platform::SetResolver(&AskBehindTheGate);
+    }
+    ~NetworkLookup() override {
+        AwaitTheEnd();
+        platform::SetResolver(nullptr);
+    }
+
+    test::RecordingLogger m_log;
+};
+
+const test::ChildMode lookupAtEnd("lookup-at-end", [](const std::vector<std::string>&) {
+    static const DestructorFunctor last([] {  // after all that the library makes from here on
+        AwaitTheEnd();
+        std::fputs("ended", stdout);
+    });
+    platform::StartSockets();
+    platform::SetResolver(&AskBehindTheGate);
+    Result result(nullptr, &::freeaddrinfo);
+    return Ask("127.0.0.1", result, 1) == -1 ? 0 : 1;
+});
+
+}  // namespace
+
+TEST_F(NetworkLookup, GivesUpAfterASecondAndTheRestEndsByItself) {
+    static int freed;
+    freed = 0;
+    addrinfo old{};
+    Result result(&old, [](addrinfo*) { ++freed; });
+    EXPECT_EQ(Ask("127.0.0.1", result, -5), -1);
+    EXPECT_TRUE(result == nullptr && freed == 1);
+    EXPECT_THAT(m_log.Lines(Level::Warn),
+                testing::ElementsAre(" -> DNS resolution of 127.0.0.1 has timed out after 1 seconds"));
+    AwaitQuestions(1);
+    EXPECT_EQ(Ask("127.0.0.1", result, 1), -1);
+    EXPECT_EQ(g_asked, 1);
+    EXPECT_EQ(base::LookupsUnderWay(), 1);  // the sanitizers see whether its end is clean
+}
+
+TEST_F(NetworkLookup, GivesEveryAskerItsOwnAnswer) {
+    std::vector<std::string> texts(8);
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        threads.emplace_back([&text = texts[i], i] {
+            addrinfo hints{};
+            hints.ai_flags = AI_CANONNAME;
+            Result result(nullptr, &::freeaddrinfo);
+            Ask("127.0.0.1", result, 60, &hints);
+            text = TextOf(result.get());
+            if (i < 4) NetworkUtils::FreeAddrInfoRobust(result.release());
+        });
+    }
+    Result late(nullptr, &::freeaddrinfo);
+    EXPECT_EQ(Ask("127.0.0.1", late, 1), -1);  // without hints: another question
+    AwaitQuestions(2);
+    Open();
+    for (auto& thread : threads) thread.join();
+    EXPECT_THAT(texts[0], testing::StartsWith("127.0.0.1 127.0.0.1:80 127.0.0.1:80"));
+    EXPECT_THAT(texts, testing::Each(texts[0]));
+    EXPECT_THAT(m_log.Lines(Level::Debug),
+                testing::Each(" -> DNS resolution of 127.0.0.1 has returned within 60 seconds"));
+    addrinfo numeric{};
+    numeric.ai_flags = AI_NUMERICHOST;
+    EXPECT_EQ(Ask("no number", late, 60, &numeric), EAI_NONAME);
+    EXPECT_NE(NetworkUtils::getaddrinfo_OrTimeout(nullptr, nullptr, nullptr, late, 60), 0);
+}
+
+TEST_F(NetworkLookup, NoMoreThanTheMostAreUnderWay) {
+    std::vector<std::thread> threads;
+    std::atomic<int> good{0};
+    const auto ask = [&good](int i) {
+        Result result(nullptr, &::freeaddrinfo);
+        good += Ask("127.0.0." + std::to_string(i), result) == 0;
+    };
+    for (int i = 1; i <= kMost; ++i) threads.emplace_back(ask, i);
+    AwaitQuestions(kMost);
+    Result result(nullptr, &::freeaddrinfo);
+    EXPECT_EQ(Ask("127.0.0.100", result, 1), -1);
+    EXPECT_EQ(g_asked, kMost);
+    threads.emplace_back(ask, 100);  // waits for a place
+    Open();
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(good, kMost + 1);
+}
+
+TEST(NetworkLookupAtExit, MayEndWhileTheProcessDoes) {
+    const test::ChildOutput child = test::RunChild("lookup-at-end");
+    EXPECT_TRUE(child.succeeded);
+    EXPECT_EQ(child.out, "ended");
+}
+
+}  // namespace quillon

@@ -1,0 +1,94 @@
+#include "Utils/internal/TimeZoneMapper.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+#include <vector>
+
+#include "support/RecordingLogger.h"
+
+namespace quillon {
+namespace {
+
+using test::RecordingLogger;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+std::optional<std::string_view> g_document;
+int g_loads = 0;
+
+std::optional<std::string_view> Document() {
+    ++g_loads;
+    return g_document;
+}
+
+TEST(TimeZoneMapper, UnusableDocumentsAreReportedOnceAndLeaveTheMapEmpty) {
+    const std::pair<std::optional<std::string_view>, std::string> cases[] = {
+        {std::nullopt, "Cannot load embedded resource for Windows timezone mappings"},
+        {"<a><b x=1/></a>", "Error parsing timezone mapping document: expected ' or \" at 1/></a>"},
+        {"<a>", "Error parsing timezone mapping document: unexpected end of data at "},
+        {"", "Timezone mapping document does not contain 'supplementalData'"},
+        {"<SupplementalData/>", "Timezone mapping document does not contain 'supplementalData'"},
+        {"<supplementalData/>",
+         "Timezone mapping document 'supplementalData' does not contain 'windowsZones'"},
+        {"<supplementalData><windowsZones/></supplementalData>",
+         "Timezone mapping document 'windowsZones' does not contain 'mapTimezones'"},
+        {"<supplementalData><windowsZones><mapTimezones/></windowsZones></supplementalData>",
+         "Timezone mapping document 'mapTimezone' does not contain any 'mapZone'"},
+    };
+    for (const auto& [document, expected] : cases) {
+        SCOPED_TRACE(expected);
+        RecordingLogger log;
+        g_document = document;
+        g_loads = 0;
+        TimeZoneMapper mapper(Document);
+        EXPECT_EQ(mapper.Map("A%d"), "");
+        EXPECT_THAT(log.Lines(), ElementsAre(expected, "TimeZoneMapper does not contain the string 'A%d'"));
+        const auto level = document ? ICLogger::Level::Error : ICLogger::Level::Warn;
+        EXPECT_THAT(log.Lines(level), testing::Contains(expected));
+        EXPECT_EQ(mapper.Map("B"), "");
+        EXPECT_THAT(log.Lines(), SizeIs(3));
+        EXPECT_EQ(g_loads, 1);
+    }
+}
+
+TEST(TimeZoneMapper, TakesTheFirstWorldEntryOfEachZone) {
+    g_document =
+        "\xEF\xBB\xBF<?xml version='1.0'?><!-- c --><supplementalData><windowsZones><x/><mapTimezones>"
+        "<mapZone other='Local' territory='AF' type='x'/>"
+        "<mapZone territory='001' type='x'/><mapZone other='None' territory='001'/><mapZone other='B' "
+        "type='x'/>"
+        "<mapZone other='A' territory='001' type='first'/><other other='B' territory='001' type='x'/>"
+        "<mapZone other='A' territory='001' type='second'/><MapZone other='B' territory='001' type='x'/>"
+        "<mapZone type='R&amp;D' Other='x' territory='001' other='C &lt;'/>"
+        "</mapTimezones></windowsZones></supplementalData>";
+    RecordingLogger log;
+    TimeZoneMapper mapper(Document);
+    EXPECT_EQ(mapper.Map("A"), "first");
+    EXPECT_EQ(mapper.Map("C <"), "R&D");
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
+    for (const char* name : {"Local", "None", "B", "a", ""}) EXPECT_EQ(mapper.Map(name), "") << name;
+    EXPECT_THAT(log.Lines(ICLogger::Level::Warn), SizeIs(5));
+}
+
+TEST(TimeZoneMapper, ConcurrentFirstCallsLoadOnce) {
+    g_document =
+        "<supplementalData><windowsZones><mapTimezones><mapZone other='A' territory='001' type='a'/>"
+        "</mapTimezones></windowsZones></supplementalData>";
+    g_loads = 0;
+    RecordingLogger log;
+    TimeZoneMapper mapper(Document);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&mapper] {
+            EXPECT_EQ(mapper.Map("A"), "a");
+            EXPECT_EQ(mapper.Map("B"), "");
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(g_loads, 1);
+    EXPECT_THAT(log.Lines(), SizeIs(4));
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,79 @@
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+#include "quillon/NetworkUtils.h"
+#include "quillon/WindowsSockets.h"
+#include "simulation/sockets/Sockets.h"
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
+#include "support/posix/FailingCalls.h"
+
+namespace quillon {
+
+namespace {
+
+using simulation::Sockets;
+
+/// Asks for names when an entry is written, as the head of a log file does.
+struct AskingLogger final : StdoutLogger {
+    QUILLON_PRINTF(2, 3) void Error(const char* format, ...) override {
+        if (++m_depth == 1)
+            std::printf("%s %s %s\n", format, NetworkUtils::GetHostName(), NetworkUtils::GetFqdn());
+    }
+    int m_depth = 0;
+};
+
+/// network-names FAULTS: of the host's name, the qualified name, the loopback's name, sockets.
+const test::ChildMode networkNames("network-names", [](const std::vector<std::string>& arguments) {
+    const auto has = [&](char fault) { return arguments[0].find(fault) != std::string::npos; };
+    test::FailingCalls& failing = test::TheFailingCalls();
+    failing.hostName = has('h');
+    failing.addressInfo = has('q');
+    failing.nameInfo = has('l');
+    Sockets::Process().FailStarts(has('s'));
+    AskingLogger log;
+    ServiceLocator::Put<ICLogger>(&log);
+    const char* const fqdn = NetworkUtils::GetFqdn();
+    std::printf("%s %s %s", fqdn, NetworkUtils::GetHostName(), NetworkUtils::GetDomainName());
+    return 0;
+});
+
+}  // namespace
+
+// Found out once a process: each case is one. Only here can they be made to fail.
+TEST(NetworkNames, FallBackFromOneToTheNext) {
+    char text[256] = "";
+    ::gethostname(text, sizeof text - 1);
+    const std::string own = std::string(text).substr(0, std::string(text).find('.'));
+    const std::pair<const char*, std::string> cases[] = {
+        {"ql", own + ' ' + own + " (unknown)"},
+        {"hql", "unknown_host unknown_host (unknown)"},
+        {"h", "localhost unknown_host (unknown)"},
+        {"hqls", "WSAStartup failed unknown_host unknown_host\nunknown_host unknown_host (unknown)"},
+    };
+    for (const auto& [faults, expected] : cases)
+        EXPECT_EQ(test::RunChild("network-names", {faults}).out, expected) << faults;
+}
+
+TEST(NetworkNames, SocketsStartOnceForAllThreadsAndAgainAfterAFailure) {
+    const test::RecordingLogger log;
+    WindowsSockets& sockets = *WindowsSockets::GetInstance();
+    sockets.ReleaseSockets();
+    Sockets::Process().FailStarts(true);
+    EXPECT_FALSE(sockets.InitializeSockets());
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error), testing::ElementsAre("WSAStartup failed"));
+    Sockets::Process().FailStarts(false);
+    const int before = Sockets::Process().CountStarts();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 16; ++i)
+        threads.emplace_back(
+            [&] { EXPECT_TRUE(sockets.InitializeSockets() && *NetworkUtils::GetFqdn() != 0); });
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(Sockets::Process().CountStarts() - before, 1);
+}
+
+}  // namespace quillon

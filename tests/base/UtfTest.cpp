@@ -1,0 +1,83 @@
+#include "base/Utf.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+
+namespace quillon::base {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kBad = "\xEF\xBF\xBD";
+
+TEST(Utf, ConvertsBothWaysAtEveryBoundaryOfLength) {
+    const std::tuple<const char*, std::string, std::wstring> cases[] = {
+        {"empty", "", L""},
+        {"embedded zero", "a\0b"s, L"a\0b"s},
+        {"last of one byte, first of two", "\x7F\xC2\x80", L"\x7F\x80"},
+        {"last of two bytes, first of three", "\xDF\xBF\xE0\xA0\x80", {0x7FF, 0x800}},
+        {"around the surrogates", "\xED\x9F\xBF\xEE\x80\x80", {0xD7FF, 0xE000}},
+        {"last of three bytes", "\xEF\xBF\xBF", {0xFFFF}},
+        {"first and last pair", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", {0xD800, 0xDC00, 0xDBFF, 0xDFFF}},
+    };
+    for (const auto& [what, narrow, wide] : cases) {
+        EXPECT_EQ(Utf8ToWide(narrow), wide) << what;
+        EXPECT_EQ(WideToUtf8(wide), narrow) << what;
+        EXPECT_EQ(RepairUtf8(narrow), narrow) << what;
+    }
+}
+
+// Blocks of sixteen are taken at once: a character of two bytes at every place
+// around one finds a block that is cut wrongly.
+TEST(Utf, FindsEveryPlaceInABlock) {
+    for (std::size_t before = 0; before < 34; ++before) {
+        for (const std::size_t after : {0U, 1U, 15U, 16U, 17U}) {
+            const std::string narrow = std::string(before, 'x') + "\xC3\xA9" + std::string(after, 'y');
+            const std::wstring wide = std::wstring(before, L'x') + L'\xE9' + std::wstring(after, L'y');
+            ASSERT_EQ(Utf8ToWide(narrow), wide) << before;
+            ASSERT_EQ(WideToUtf8(wide), narrow) << before;
+        }
+    }
+}
+
+TEST(Utf, RejectsAndRepairsInvalidUtf8) {
+    const std::tuple<const char*, std::string, std::size_t, std::string> cases[] = {
+        {"stray continuation", "a\x80z", 1, "a" + kBad + "z"},
+        {"never a lead byte", "\xC0\x80\xC1\xF5\xFF", 0, kBad + kBad + kBad + kBad + kBad},
+        {"overlong of three", "\xE0\x9F\xBF", 0, kBad + kBad + kBad},
+        {"overlong of four", "\xF0\x8F\xBF\xBF", 0, kBad + kBad + kBad + kBad},
+        {"surrogate", "\xED\xA0\x80", 0, kBad + kBad + kBad},
+        {"past the last character", "\xF4\x90\x80\x80", 0, kBad + kBad + kBad + kBad},
+        {"cut at the end", "ok\xE2\x82", 2, "ok" + kBad},
+        {"cut by another character", "\xF0\x9F\x98Z", 0, kBad + "Z"},
+        {"cut by a lead byte", "\xE2\xC3\xA9", 0, kBad + "\xC3\xA9"},
+        {"after a block", std::string(40, 'x') + "\xFF", 40, std::string(40, 'x') + kBad},
+    };
+    for (const auto& [what, text, invalidAt, repaired] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(Utf8ToWide(text), std::nullopt);
+        EXPECT_EQ(Utf8ToUtf16Bytes(text, false), std::nullopt);
+        EXPECT_EQ(FindInvalidUtf8(text), invalidAt);
+        EXPECT_EQ(RepairUtf8(text), repaired);
+        EXPECT_EQ(ToUtf8(ToWide(text)), repaired);
+    }
+}
+
+TEST(Utf, RejectsAndRepairsLoneSurrogates) {
+    const std::tuple<const char*, std::wstring, std::string> cases[] = {
+        {"high at the end", {L'a', 0xD800}, "a" + kBad},
+        {"low alone", {0xDC00, L'z'}, kBad + "z"},
+        {"wrong order", {0xDC00, 0xD800}, kBad + kBad},
+        {"high before a pair", {0xD83D, 0xD83D, 0xDE00}, kBad + "\xF0\x9F\x98\x80"},
+        {"after a block", std::wstring(20, L'x') + std::wstring{0xDBFF}, std::string(20, 'x') + kBad},
+    };
+    for (const auto& [what, text, repaired] : cases) {
+        EXPECT_EQ(WideToUtf8(text), std::nullopt) << what;
+        EXPECT_EQ(ToUtf8(text), repaired) << what;
+    }
+}
+
+}  // namespace
+}  // namespace quillon::base

@@ -1,0 +1,87 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <numeric>
+
+#include "base/WorkingSet.h"
+#include "providers/ProcessFacts.h"
+
+namespace quillon {
+
+namespace {
+
+using testing::IsEmpty;
+
+constexpr std::uint64_t kShared = 0x100;
+
+/// A working set of every third page shared, which grows by a page a query until `growths` are over.
+struct GrowingSet {
+    int growths;
+    std::uint64_t pages = 3;
+    int queries = 0;
+
+    std::uint32_t operator()(std::span<std::uint64_t> buffer) {
+        if (++queries > 1 && growths-- > 0) ++pages;
+        buffer[0] = pages;
+        if (buffer.size() <= pages) return base::kBadLength;
+        for (std::uint64_t i = 0; i < pages; ++i) buffer[i + 1] = i % 3 == 0 ? kShared | 0xFFF001 : 0xFFFE00F;
+        return 0;
+    }
+};
+
+}  // namespace
+
+TEST(PrivateWorkingSet, FollowsASetThatGrowsForTwelveQueries) {
+    const struct {
+        int growths, queries;
+        long long expected;
+    } cases[] = {{0, 2, 2 * 4096}, {1, 3, 2 * 4096}, {11, 13, 9 * 4096}, {12, 13, 0}, {1000, 13, 0}};
+    for (const auto& c : cases) {
+        GrowingSet set{c.growths};
+        EXPECT_EQ(base::CountPrivateBytes(std::ref(set)), c.expected) << c.growths;
+        EXPECT_EQ(set.queries, c.queries) << c.growths;
+    }
+}
+
+TEST(PrivateWorkingSet, WhatTheProbeOrTheQueryCannotTellIsZero) {
+    const struct {
+        const char* what;
+        std::uint32_t probe, count, query;
+        long long expected;
+    } cases[] = {{"the probe succeeds", 0, 1, 0, 0},
+                 {"the probe fails otherwise", 5, 1, 0, 0},
+                 {"no entries", 24, 0, 0, 0},
+                 {"the query fails otherwise", 24, 1, 5, 0},
+                 {"one page", 24, 1, 0, 4096}};
+    for (const auto& c : cases) {
+        bool isProbe = true;
+        const auto query = [&](std::span<std::uint64_t> buffer) {
+            buffer[0] = c.count;
+            return std::exchange(isProbe, false) ? c.probe : c.query;
+        };
+        EXPECT_EQ(base::CountPrivateBytes(query), c.expected) << c.what;
+    }
+}
+
+TEST(ProcessIds, RoomIsDoubledUntilTheAnswerLeavesSome) {
+    for (const std::size_t processes : {1UL, 1023UL, 1024UL, 5000UL}) {
+        const auto query = [&](std::uint32_t* ids, std::size_t room) {
+            const std::size_t count = std::min(processes, room);
+            std::iota(ids, ids + count, 0U);
+            return std::optional(count);
+        };
+        std::vector<unsigned long> ids{7};
+        AppendIds(query, ids);
+        ASSERT_EQ(ids.size(), processes + 1);
+        EXPECT_EQ(ids.front(), 7U);
+        EXPECT_EQ(ids.back(), processes - 1);
+    }
+    std::vector<unsigned long> ids;
+    int left = 1;
+    AppendIds(
+        [&](std::uint32_t*, std::size_t room) { return left-- > 0 ? std::optional(room) : std::nullopt; },
+        ids);
+    EXPECT_THAT(ids, IsEmpty());
+}
+
+}  // namespace quillon

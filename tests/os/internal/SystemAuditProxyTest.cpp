@@ -1,0 +1,296 @@
+#include "quillon/SystemAuditProxy.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <limits>
+#include <thread>
+
+#include "logging/internal/RollingLog.h"
+#include "os/AuditState.h"
+#include "os/HolderCount.h"
+#include "quillon/StringUtils.h"
+#include "simulation/audit/AuditPolicy.h"
+#include "support/RecordingLogger.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+namespace {
+
+using simulation::AuditPolicy;
+using simulation::Modules;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string kId = "0cce922b-69ae-11d9-bed3-505054503030";
+const std::string kGuid = "{0CCE922B-69AE-11D9-BED3-505054503030}";
+const std::string kOtherId = "0cce9210-69ae-11d9-bed3-505054503030";
+const std::string kOn = "Enabled token privilege 'SeSecurityPrivilege'";
+const std::string kOff = "Disabled token privilege 'SeSecurityPrivilege'";
+const std::string kEnabled = "Enabled success + failure auditing on audit sub-category '" + kGuid + "'";
+const std::string kDisabled = "Disabled success + failure auditing on audit sub-category '" + kId + "'";
+const std::string kStarted = "Started to monitor for audit policy change notifications";
+const std::string kStopped = "Stopped monitoring for audit policy change notifications";
+const std::string kReview[] = {
+    "The Agent enabled extended security auditing on this machine, but could not disable it",
+    "The audit configuration policy for this machine may have to be reviewed with auditpol.exe"};
+const std::string kNoToken = "Failed to get effective token for process security adjustment";
+const std::string kNoPrivilege = "Failed to enable 'SeSecurityPrivilege' for system audit policy interaction";
+constexpr std::uint32_t kCode = 5;
+
+UniqueIdentifier Id(const std::string& text) {
+    bool ok = false;
+    return UniqueIdentifier::Parse(text, &ok);
+}
+
+bool Enable(const std::string& id = kId) { return SystemAuditProxy::EnableAuditLogSubCategory(Id(id)); }
+void Disable(const std::string& id = kId) { SystemAuditProxy::DisableAuditLogSubCategory(Id(id)); }
+
+/// The simulated policy, which notifies only when a test wants it to.
+class SystemAuditProxyTest : public testing::Test {
+protected:
+    SystemAuditProxyTest() {
+        platform::ReplaceAuditCalls(policy.Calls());
+        policy.Reset();
+        policy.Mute(true);
+        Bind();
+    }
+    ~SystemAuditProxyTest() override {
+        policy.GetWaits().AwaitQuiet();
+        EXPECT_EQ(policy.CountLeftOver() + policy.GetWaits().CountEvents() + policy.GetWaits().CountWaits(),
+                  0u);
+        EXPECT_FALSE(policy.IsPrivilegeEnabled());
+        platform::ReplaceAuditCalls(platform::SystemAuditCalls());
+        platform::ReplaceProcedureCalls(platform::SystemProcedureCalls());
+        AuditState::Get().ForgetFunctions();
+    }
+
+    void Bind() {
+        modules.Set("advapi32.dll", AuditPolicy::Exports());
+        platform::ReplaceProcedureCalls(modules.Calls());
+        AuditState::Get().ForgetFunctions();
+    }
+    std::uint32_t State(const std::string& id = kId) { return policy.State(Id(id).ToMsGuid()); }
+    void SetState(std::uint32_t bits, const std::string& id = kId) {
+        policy.SetState(Id(id).ToMsGuid(), bits);
+    }
+    void Notify() {
+        policy.NotifyChange();
+        policy.GetWaits().AwaitQuiet();
+    }
+
+    AuditPolicy& policy = AuditPolicy::Machine();
+    Modules modules;
+    RecordingLogger log;
+};
+
+}  // namespace
+
+TEST_F(SystemAuditProxyTest, LastHolderSwitchesOffWhatTheProxySwitchedOn) {
+    EXPECT_TRUE(Enable());
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("Initialized SystemAuditProxy - system audit policy functionality is available",
+                            kOn, kEnabled, kStarted, kOff));
+    log.Forget();
+    EXPECT_TRUE(Enable());
+    Disable();
+    Disable(kOtherId);
+    EXPECT_EQ(State(), 3u);
+    EXPECT_THAT(log.Lines(), IsEmpty());
+    Disable();
+    EXPECT_EQ(State(), 0u);
+    EXPECT_THAT(log.Lines(), ElementsAre(kOn, kDisabled, kOff, kStopped));
+}
+
+TEST_F(SystemAuditProxyTest, WhatWasAuditedBeforeIsLeftAlone) {
+    for (const std::uint32_t before : {1u, 2u, 3u}) {
+        SetState(before);
+        EXPECT_TRUE(Enable());
+        EXPECT_EQ(State(), 3u);
+        Disable();
+        EXPECT_EQ(State(), before == 3 ? 3u : 0u) << before;
+    }
+}
+
+TEST_F(SystemAuditProxyTest, WhatPolicySwitchedOffIsSwitchedOnAgainAndBelongsToTheProxyThen) {
+    SetState(3);
+    Enable();
+    Enable(kOtherId);
+    SetState(1);
+    log.Forget();
+    Notify();
+    const std::string reaffirm = " -> Reaffirming audit policy for subcategory ";
+    EXPECT_THAT(
+        log.Lines(),
+        ElementsAre("Detected change of system audit policy", kOn,
+                    reaffirm + kOtherId + " (have 1 references)", reaffirm + kId + " (have 1 references)",
+                    " -> Reapplying success + failure audit policy for subcategory " + kId, kEnabled,
+                    "Re-applied success + failure auditing on 1 subcategories (which had been "
+                    "disabled by local or group policy refresh)",
+                    kOff));
+    log.Forget();
+    policy.FailNext("openThreadToken", kCode);
+    Notify();
+    EXPECT_THAT(log.Lines(), ElementsAre("Detected change of system audit policy", kNoToken));
+    Disable();
+    Disable(kOtherId);
+    EXPECT_EQ(State(), 0u);
+}
+
+TEST_F(SystemAuditProxyTest, WhatTheSystemLacksIsToldOnce) {
+    const auto without = [this](const char* name) { modules.RemoveEntryPoint("Advapi32.dll", name); };
+    const struct {
+        std::function<void()> remove;
+        std::string reason;
+    } cases[] = {
+        {[&] {
+             auto calls = modules.Calls();
+             calls.isSystemAtLeast = [](std::uint32_t major, std::uint32_t minor, std::uint32_t servicePack) {
+                 return std::tuple(major, minor, servicePack) < std::tuple(6u, 0u, 0u);
+             };
+             platform::ReplaceProcedureCalls(calls);
+         },
+         "Detected Windows XP or below"},
+        {[&] { modules.Remove("advapi32.dll"); }, "Failed to get a reference to advapi32.dll"},
+        {[&] { without("AuditQuerySystemPolicy"); }, "Entry-point for AuditQuerySystemPolicy was not found"},
+        {[&] { without("AuditSetSystemPolicy"); }, "Entry-point for AuditSetSystemPolicy was not found"},
+        {[&] { without("AuditFree"); }, "Entry-point for AuditFree was not found"},
+    };
+    for (const auto& c : cases) {
+        Bind();
+        c.remove();
+        EXPECT_FALSE(Enable());
+        EXPECT_FALSE(Enable());
+        Disable();
+        EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
+                    ElementsAre(c.reason + " - system audit policy functionality will not be available"));
+        EXPECT_EQ(log.Lines().size(), 1u);
+        log.Forget();
+    }
+}
+
+TEST_F(SystemAuditProxyTest, FailuresToEnableHoldNothing) {
+    const std::string text = StringUtils::GetErrorAsString(kCode);
+    const struct {
+        const char* call;
+        std::vector<std::string> errors;
+    } cases[] = {
+        {"openThreadToken", {kNoToken}},
+        {"openProcessToken", {kNoToken}},
+        {"setPrivilege", {kNoPrivilege}},
+        {"AuditQuerySystemPolicy", {"Failed to query system audit policy - " + text}},
+        {"AuditSetSystemPolicy",
+         {"Failed to enable success + failure auditing on audit sub-category '" + kGuid + "' - " + text}},
+    };
+    for (const auto& c : cases) {
+        policy.FailNext(c.call, kCode);
+        EXPECT_FALSE(Enable()) << c.call;
+        EXPECT_EQ(log.Lines(ICLogger::Level::Error), c.errors);
+        EXPECT_EQ(policy.GetWaits().CountWaits(), 0u);
+        log.Forget();
+    }
+}
+
+TEST_F(SystemAuditProxyTest, FailuresToDisableLetGoAndAskForAReview) {
+    for (const char* const call : {"openThreadToken", "AuditSetSystemPolicy"}) {
+        Enable();
+        log.Forget();
+        policy.FailNext(call, kCode);
+        Disable();
+        EXPECT_EQ(State(), 3u);
+        EXPECT_THAT(log.Lines(ICLogger::Level::Warn), ElementsAre(kReview[0], kReview[1]));
+        EXPECT_EQ(log.Lines().back(), kStopped);
+        SetState(0);
+    }
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error),
+                ElementsAre("Failed to disable success + failure auditing on audit sub-category '" + kId +
+                            "' - " + StringUtils::GetErrorAsString(kCode)));
+}
+
+TEST_F(SystemAuditProxyTest, WorksWithoutNotifications) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"makeEvent", "failed to register wait on handle"},
+        {"registerWait", "failed to register wait on handle"},
+        {"registerPolicyChange", "failed to register for change notifications"}};
+    for (const auto& [call, reason] : cases) {
+        policy.FailNext(call, kCode);
+        EXPECT_TRUE(Enable());
+        EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
+                    ElementsAre("Cannot monitor for changes to audit policy - " + reason));
+        policy.GetWaits().AwaitQuiet();
+        EXPECT_EQ(policy.CountLeftOver() + policy.GetWaits().CountEvents(), 0u) << call;
+        Disable();
+        EXPECT_EQ(State(), 0u);
+        log.Forget();
+    }
+}
+
+TEST_F(SystemAuditProxyTest, StopsWhileACallbackWaitsForIt) {
+    Enable();
+    log.Forget();
+    policy.Mute(false);  // switching off notifies
+    policy.AfterSet([this] { policy.GetWaits().AwaitCallback(); });
+    Disable();
+    policy.GetWaits().AwaitQuiet();
+    EXPECT_EQ(State(), 0u);
+    EXPECT_THAT(log.Lines(ICLogger::Level::Info), ElementsAre("Detected change of system audit policy"));
+}
+
+TEST_F(SystemAuditProxyTest, ThreadsShareSubcategories) {
+    policy.Mute(false);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([t] {
+            for (int n = 0; n < 200 / QUILLON_TEST_SLOWDOWN; ++n) {
+                const std::string& id = (n + t) % 2 == 0 ? kId : kOtherId;
+                EXPECT_TRUE(Enable(id));
+                Disable(id);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(State() + State(kOtherId), 0u);
+}
+
+namespace {
+
+/// Writes the entries of Info to a file that rolls over.
+class RollingLogger final : public StdoutLogger {
+public:
+    explicit RollingLogger(const RollingLog& file) : m_file(file) {}
+    void Info(const char*, ...) override { m_file.Write("entry"); }
+
+private:
+    const RollingLog& m_file;
+};
+
+}  // namespace
+
+TEST_F(SystemAuditProxyTest, LogMayRollOverAndComeBackWhileACallbackReports) {
+    const TempDir dir;
+    dir.Write("log", std::string(5'242'881, 'x'));
+    int rolled = 0;
+    const RollingLog file(dir.Path("log"), [&rolled] {
+        ++rolled;
+        EXPECT_TRUE(Enable());
+        Disable();
+    });
+    RollingLogger logger(file);
+    Enable();
+    ServiceLocator::Remove<ICLogger>();
+    ServiceLocator::Put<ICLogger>(&logger);
+    Notify();
+    ServiceLocator::Remove<ICLogger>();
+    EXPECT_EQ(rolled, 1);
+    Disable();
+}
+
+TEST(HolderCount, EndsAtTheLargest) {
+    std::uint32_t count = std::numeric_limits<std::uint32_t>::max() - 1;
+    EXPECT_TRUE(AddHolder(count));
+    EXPECT_FALSE(AddHolder(count));
+    EXPECT_EQ(count, std::numeric_limits<std::uint32_t>::max());
+}
+
+}  // namespace quillon::test
