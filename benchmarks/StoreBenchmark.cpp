@@ -9,12 +9,12 @@
 #include <utility>
 #include <vector>
 
-#include "SqliteEngine.h"
-#include "SystemPath.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "quillon/StdoutLogger.h"
+#include "sql/SqliteEngine.h"
+#include "system/SystemPath.h"
 
 /// 100,000 rows of six columns into a temporary table and back, beside SQLite's own
 /// calls with one prepared statement and a vector of structs; and what many small

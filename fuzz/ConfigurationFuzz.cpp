@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ConfigurationReader.h"
+#include "host/ConfigurationReader.h"
 #include "quillon/Url.h"
 
 // The input is a configuration file. It is refused, with faults that name their lines, or

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "SqliteEngine.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "quillon/StdoutLogger.h"
+#include "sql/SqliteEngine.h"
 
 // The input is a table of any names and values. Written into a temporary and into a
 // permanent table of SQLite, it is refused or reads back with the same values, though

@@ -3,11 +3,11 @@
 #include <utility>
 #include <variant>
 
-#include "AgentConfiguration.h"
-#include "CommandLine.h"
-#include "Console.h"
-#include "Host.h"
-#include "Output.h"
+#include "cli/CommandLine.h"
+#include "cli/Output.h"
+#include "host/AgentConfiguration.h"
+#include "host/Host.h"
+#include "system/Console.h"
 
 namespace quillon::agent {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "AgentConfiguration.h"
 #include "examples/RunAgent.h"
+#include "host/AgentConfiguration.h"
 #include "support/TempDir.h"
 
 namespace quillon::test {

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "Assignments.h"
 #include "examples/RunAgent.h"
+#include "modules/Assignments.h"
 #include "quillon/MiscUtils.h"
 #include "support/ChildMain.h"
 #include "support/System.h"

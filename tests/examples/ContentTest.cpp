@@ -1,15 +1,15 @@
 #include <gmock/gmock.h>
 
-#include "FileUrl.h"
-#include "Host.h"
-#include "RemoteName.h"
-#include "Sha256.h"
+#include "content/FileUrl.h"
+#include "content/RemoteName.h"
+#include "host/Host.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/StringUtils.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "system/Sha256.h"
 
 namespace quillon::test {
 

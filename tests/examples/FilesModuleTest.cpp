@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "Host.h"
+#include "host/Host.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/StringUtils.h"
 #include "support/ChildMain.h"

@@ -5,10 +5,10 @@
 #include <limits>
 #include <optional>
 
-#include "Host.h"
-#include "SqliteEngine.h"
+#include "host/Host.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/SqlApplicationDataStore.h"
+#include "sql/SqliteEngine.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"

@@ -13,7 +13,7 @@
 #include <csignal>
 #include <limits>
 
-#include "platform/ErrorCodes.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileContent.h"
 #include "platform/posix/Children.h"
@@ -61,7 +61,7 @@ void ReapLetGo(ChildTable& table) {
 
 KillResult KillStranger(pid_t process) {
     if (!IsAlive(process)) {
-        SetLastErrorCode(kInvalidParameter);
+        SetLastErrorCode(base::kInvalidParameter);
         return KillResult::NotOpened;
     }
     if (::kill(process, SIGKILL) == 0) return KillResult::Killed;
@@ -100,9 +100,6 @@ bool HasChildEnded(pid_t child) {
 }
 
 int OpenProcessDescriptor(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); }
-
-ChildProcess::ChildProcess(ChildProcess&& other) noexcept
-    : m_id(std::exchange(other.m_id, 0)), m_handle(std::move(other.m_handle)) {}
 
 ChildProcess::~ChildProcess() {
     if (m_id == 0) return;
@@ -149,7 +146,7 @@ KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scop
     const auto child = table.children.find(process);
     if (child == table.children.end()) return KillStranger(process);
     if (child->second.killedWith || HasChildEnded(process)) {
-        SetLastErrorCode(kAccessDenied);
+        SetLastErrorCode(base::kAccessDenied);
         return KillResult::NotKilled;
     }
     const bool tree = scope == KillScope::Tree && !child->second.treeMark.empty();

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
-#include "platform/Utf.h"
 #include "platform/win32/Jobs.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -19,7 +19,7 @@ FileHandle CreateScratchFile() {
     const auto folder = TemporaryFolder();
     const auto path = folder ? CreateTemporaryFile(*folder, kInputPrefix) : std::nullopt;
     if (!path) return FileHandle();
-    FileHandle file(::CreateFileW(ToWide(*path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+    FileHandle file(::CreateFileW(base::ToWide(*path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
                                   FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
     if (!file) RemoveFile(*path);
@@ -42,9 +42,6 @@ JobTable& Jobs() {
     static JobTable& table = *new JobTable;
     return table;
 }
-
-ChildProcess::ChildProcess(ChildProcess&& other) noexcept
-    : m_id(std::exchange(other.m_id, 0)), m_handle(std::move(other.m_handle)) {}
 
 ChildProcess::~ChildProcess() {
     if (m_id == 0) return;

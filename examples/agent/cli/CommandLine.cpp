@@ -1,0 +1,103 @@
+#include "cli/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr int kBadCommandLine = 2;
+
+const char* const kExitCodes =
+    "Exit codes of 'run' are the invocation's result codes: 0 success; 2 a bad call, also an\n"
+    "unknown method or a malformed command line; 3 a failed, timed-out or aborted command;\n"
+    "6 a content list that is of no use, 7 content that is not as listed.\n"
+    "1 means that the agent itself failed.";
+
+template <class T>
+using Choices = std::vector<std::pair<std::string, T>>;
+
+const Choices<ListFormat> kListFormats = {
+    {"text", ListFormat::Text}, {"json", ListFormat::Json}, {"markdown", ListFormat::Markdown}};
+const Choices<Format> kTableFormats = {{"text", Format::Text}, {"json", Format::Json}, {"csv", Format::Csv}};
+const Choices<ICLogger::Level> kLevels = {
+    {"trace", ICLogger::Level::Trace}, {"debug", ICLogger::Level::Debug}, {"info", ICLogger::Level::Info},
+    {"warn", ICLogger::Level::Warn},   {"error", ICLogger::Level::Error}, {"fatal", ICLogger::Level::Fatal}};
+
+std::string CheckArgument(const std::string& argument) {
+    if (argument.find('=') != std::string::npos) return {};
+    return "'" + argument + "' is not of the form name=value";
+}
+
+/// Adds an option whose value is one of the choices' names, in any case.
+template <class T, class Target>
+void AddChoice(CLI::App& app, const std::string& option, Target& target, const Choices<T>& choices,
+               const std::string& text) {
+    const auto choose = [&target, &choices](const std::string& given) {
+        for (const auto& [name, value] : choices) {
+            if (StringUtils::CompareCaseInsensitive(name, given)) target = value;
+        }
+    };
+    std::string names;
+    for (const auto& choice : choices) names += (names.empty() ? "" : "|") + choice.first;
+    app.add_option_function<std::string>(option, choose, text)
+        ->check(CLI::IsMember(choices, CLI::ignore_case).description(""))
+        ->type_name(names);
+}
+
+CLI::App* AddRun(CLI::App& app, RunCommand& command) {
+    CLI::App* const run =
+        app.add_subcommand("run", "Runs a method and prints the table that it answers with");
+    run->add_option("method", command.method, "Module.Method")->required();
+    run->add_option("arguments", command.arguments, "Parameters of the method")
+        ->check(CheckArgument)
+        ->type_name("name=value");
+    AddChoice(*run, "--format", command.format, kTableFormats, "Form of the table (default text)");
+    run->add_option("--log", command.log.file, "Log to this file, and to standard error")->type_name("FILE");
+    AddChoice(*run, "--level", command.log.level, kLevels,
+              "Lowest level to log (default: the configuration's; info with --log, else warn)");
+    run->add_option("--config", command.configuration, "Settings of the agent, a JSON file")
+        ->type_name("FILE");
+    return run;
+}
+
+CLI::App* AddMethods(CLI::App& app, MethodsCommand& command) {
+    CLI::App* const methods =
+        app.add_subcommand("methods", "Lists every method with its parameters and columns");
+    AddChoice(*methods, "--format", command.format, kListFormats, "Form of the list (default text)");
+    return methods;
+}
+
+UsageMessage ToMessage(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream text;
+    const int code = app.exit(error, text, text);
+    return {code == 0 ? 0 : kBadCommandLine, text.str()};
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(std::vector<std::string> arguments) {
+    CLI::App app("Runs methods of the agent's modules, without an agent.", "quillon-agent");
+    app.footer(kExitCodes);
+    app.require_subcommand(1);
+    app.allow_windows_style_options(false);
+    RunCommand runCommand;
+    MethodsCommand methodsCommand;
+    const CLI::App* const run = AddRun(app, runCommand);
+    AddMethods(app, methodsCommand);
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        return ToMessage(app, error);
+    }
+    if (run->parsed()) return runCommand;
+    return methodsCommand;
+}
+
+}  // namespace quillon::agent

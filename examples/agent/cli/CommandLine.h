@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "cli/MethodList.h"
+#include "cli/Output.h"
+#include "host/Logging.h"
+
+namespace quillon::agent {
+
+/// "quillon-agent run ..."
+struct RunCommand {
+    std::string method;                  ///< "Module.Method"
+    std::vector<std::string> arguments;  ///< "name=value", each with its '='
+    Format format = Format::Text;
+    LogSettings log;
+    std::string configuration;  ///< a file; empty: settings that are safe
+};
+
+/// "quillon-agent methods ..."
+struct MethodsCommand {
+    ListFormat format = ListFormat::Text;
+};
+
+/// Nothing to do but to say something: help that was asked for (code 0), or what
+/// is wrong with the command line (code 2, as for any bad call).
+struct UsageMessage {
+    int exitCode = 0;
+    std::string text;
+};
+
+using CommandLine = std::variant<RunCommand, MethodsCommand, UsageMessage>;
+
+/// `arguments` are those after the program's name.
+CommandLine ParseCommandLine(std::vector<std::string> arguments);
+
+}  // namespace quillon::agent

@@ -1,0 +1,144 @@
+#include "cli/MethodList.h"
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+#include "quillon/MetadataExport.h"
+#include "quillon/MethodMetadata.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::size_t kNameWidth = 20;
+constexpr std::size_t kKindWidth = 26;
+constexpr std::size_t kLineWidth = 100;
+
+std::string Padded(std::string text, std::size_t width) {
+    text.resize(std::max(width, text.size() + 1), ' ');
+    return text;
+}
+
+/// Broken at blanks into lines that begin with the indent.
+std::string Wrapped(const std::string& indent, const std::string& text) {
+    std::istringstream words(text);
+    std::string lines, line;
+    for (std::string word; words >> word; line += ' ' + word) {
+        if (line.empty() || indent.size() + line.size() + word.size() <= kLineWidth) continue;
+        lines += indent + line.substr(1) + '\n';
+        line.clear();
+    }
+    return line.empty() ? lines : lines + indent + line.substr(1) + '\n';
+}
+
+void Join(std::string& list, const std::string& item) { list += (list.empty() ? "" : ", ") + item; }
+
+/// "5.0 (Windows, Linux), no (Android)": every version with its platforms.
+template <class Item>
+std::string Versions(const Item& item) {
+    std::vector<std::pair<std::string, std::string>> groups;
+    item.VisitIntroduced([&groups](const char* platform, const char* version) {
+        const auto isSame = [version](const auto& group) { return group.first == version; };
+        auto group = std::find_if(groups.begin(), groups.end(), isSame);
+        if (group == groups.end()) group = groups.insert(group, {version, ""});
+        Join(group->second, platform);
+    });
+    std::string text;
+    for (const auto& [version, platforms] : groups) Join(text, version + " (" + platforms + ")");
+    return text;
+}
+
+/// What methods, parameters and columns alike may say of themselves.
+template <class Item>
+std::string Remarks(const std::string& indent, const Item& item) {
+    std::string text;
+    const std::string versions = Versions(item);
+    if (!versions.empty()) text += Wrapped(indent, "Introduced: " + versions);
+    item.VisitDeprecated([&](const char* version, const char* reason) {
+        text += Wrapped(indent, std::string("Deprecated since ") + version + ": " + reason);
+    });
+    item.VisitWarning(
+        [&](const char* warning) { text += Wrapped(indent, std::string("Warning: ") + warning); });
+    item.VisitNote([&](const char* note) { text += Wrapped(indent, std::string("Note: ") + note); });
+    return text;
+}
+
+std::string Default(const MethodParameter& parameter) {
+    if (parameter.OptionalTable() != nullptr) return ", optional";
+    Variant value;
+    if (!parameter.GetOptionalValue(value)) return ", mandatory";
+    const bool isText = value.TypeIs(typeid(std::string));
+    return ", default " + (isText ? '"' + value.GetStringValue() + '"' : value.AsString());
+}
+
+/// One parameter or column, followed by its remarks.
+template <class Item>
+std::string Line(const char* name, const std::string& kind, const Item& item) {
+    const char* const description = item.Description();
+    return "    " + Padded(name, kNameWidth) + Padded(kind, kKindWidth) +
+           (description == nullptr ? "" : description) + '\n' + Remarks("      ", item);
+}
+
+std::string Flags(const IMethodMetadataReader& method) {
+    std::string flags;
+    method.VisitFlag([&flags](const char* flag) { Join(flags, flag); });
+    return flags.empty() ? "" : Wrapped("  ", "Flags: " + flags);
+}
+
+std::string Parameters(const IMethodMetadataReader& method) {
+    std::string text;
+    method.VisitParameter([&text](const char* name, const MethodParameter& parameter) {
+        text += Line(name, parameter.Type() + Default(parameter), parameter);
+    });
+    if (method.HasAdditionalParameters()) text += Wrapped("    ", method.AdditionalParametersDescription());
+    return text.empty() ? "" : "  Parameters:\n" + text;
+}
+
+std::string Columns(const IMethodMetadataReader& method) {
+    std::string text;
+    method.VisitColumn([&text](const char* name, const MethodColumn& column) {
+        text +=
+            Line(name, std::string(column.Type()) + (column.Alternative() ? ", alternative" : ""), column);
+    });
+    if (method.HasAdditionalColumns()) text += Wrapped("    ", method.AdditionalColumnsDescription());
+    return text.empty() ? "" : "  Columns:\n" + text;
+}
+
+std::string ToText(const IMethodMetadataReader& method) {
+    const std::string example = method.Example();
+    return std::string(method.MethodName()) + '\n' + Wrapped("  ", method.Description()) +
+           Remarks("  ", method) + Flags(method) + Parameters(method) + Columns(method) +
+           (example.empty() ? "" : "  Example:\n    " + example + '\n');
+}
+
+/// Each documented method in a form, with `separator` between them.
+template <class Form>
+std::string Documented(const ModuleList& modules, const char* separator, const Form& form) {
+    std::string text;
+    for (const auto& module : modules) {
+        for (const Method& method : module->GetMethods()) {
+            if (method.metadata->IsUndocumented()) continue;
+            if (!text.empty()) text += separator;
+            text += form(*method.metadata);
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string DescribeMethods(const ModuleList& modules, ListFormat format) {
+    const auto toJson = [](const IMethodMetadataReader& method) { return ToJson(method); };
+    switch (format) {
+        case ListFormat::Json:
+            return '[' + Documented(modules, ",\n", toJson) + "]\n";
+        case ListFormat::Markdown:
+            return "# Methods of the reference agent\n\n" + Documented(modules, "\n", &ToMarkdown);
+        case ListFormat::Text:
+            break;
+    }
+    return Documented(modules, "\n", &ToText);
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,159 @@
+#include "content/ContentProvider.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "cli/ShownText.h"
+#include "content/ContentCopy.h"
+#include "content/ContentList.h"
+#include "content/FileUrl.h"
+#include "content/RemoteName.h"
+#include "modules/Module.h"
+#include "quillon/ICLogger.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/PathUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+#include "quillon/WayfarProviderWrapper.h"
+
+namespace quillon::agent {
+
+namespace {
+
+bool TakeUrl(const char* parameter, const std::string& url, std::string& path, InvocationResult& result) {
+    path = PathOfFileUrl(url);
+    return !path.empty() ||
+           RefuseParameter('\'' + std::string(parameter) + "' parameter is no URL of a file", result);
+}
+
+bool OpenDestination(const std::string& path, DestinationFolder& folder, InvocationResult& result) {
+    if (path.empty()) return RefuseParameter("The local path cannot be empty", result);
+    const std::string fault = folder.Open(path);
+    return fault.empty() || Fail(kContentFailed, "Cannot open folder '" + path + "': " + fault, result);
+}
+
+/// The sizes are a list's: their sum may be past the range.
+std::int64_t SizeOf(const std::vector<ContentItem>& items) {
+    std::int64_t size = 0;
+    for (const ContentItem& item : items)
+        size += std::min(item.size, std::numeric_limits<std::int64_t>::max() - size);
+    return size;
+}
+
+VariantList RowOf(const ContentItem& item, const std::string& name, const CopyOutcome& outcome) {
+    return VariantList(Variant("Name", name), Variant("Size", static_cast<long long>(item.size)),
+                       Variant::StringOrNullVariant("Fault", outcome.fault));
+}
+
+/// The first fault gives the code.
+void CopyAll(const std::vector<ContentItem>& items, DestinationFolder& destination,
+             InvocationResult& result) {
+    Progress progress(SizeOf(items));
+    std::size_t failures = 0;
+    std::string first;
+    for (const ContentItem& item : items) {
+        const CopyOutcome outcome = CopyContent(item, destination, progress);
+        if (outcome.isAborted) {
+            Fail(outcome.code, outcome.fault, result);
+            return;
+        }
+        const std::string name = StringUtils::StringVecToString(item.components, PathUtils::PathSep);
+        result.resultTable.AddRow(RowOf(item, name, outcome));
+        if (outcome.code == 0 || ++failures > 1) continue;
+        result.resultCode = outcome.code;
+        first = '\'' + ShownText(name) + "' " + outcome.fault;
+    }
+    if (failures == 0) return;
+    Fail(result.resultCode,
+         std::to_string(failures) + " of " + std::to_string(items.size()) +
+             " files could not be downloaded; the first: " + first,
+         result);
+}
+
+void DownloadFolder(const MethodParameters& parameters, InvocationResult& result) {
+    std::string folderUrl, listUrl, local, folder, list;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("RemoteContentFolderUrl", folderUrl);
+    binder.AddMandatoryBinding("RemoteLszUrl", listUrl);
+    binder.AddMandatoryBinding("LocalFolderPath", local);
+    if (!binder.Bind(result) || !TakeUrl("RemoteContentFolderUrl", folderUrl, folder, result) ||
+        !TakeUrl("RemoteLszUrl", listUrl, list, result))
+        return;
+    result.resultTable.SetDefaultColumnNames({"Name", "Size", "Fault"});
+    std::vector<ContentItem> items;
+    DestinationFolder destination;
+    if (ReadContentList(list, listUrl, folder, items, result) &&
+        OpenDestination(PathUtils::HomogeniseSlashesForOs(local), destination, result))
+        CopyAll(items, destination, result);
+}
+
+/// Where a file goes: its folder and its name.
+bool SplitLocal(const std::string& local, std::string& folder, ContentItem& item, InvocationResult& result) {
+    const std::string path = PathUtils::HomogeniseSlashesForOs(local);
+    RemoteName name = ReadRemoteName(PathUtils::FileName(path));
+    if (*name.fault != '\0')
+        return RefuseParameter(std::string("The file's name in 'LocalFilePath' ") + name.fault, result);
+    folder = PathUtils::DirName(path, PathUtils::PathSep);
+    if (folder.find(PathUtils::PathSep) == std::string::npos) folder += PathUtils::PathSep;  // a root
+    item.components = std::move(name.components);
+    return true;
+}
+
+void DownloadFile(const MethodParameters& parameters, InvocationResult& result) {
+    std::string url, hash, local, folder;
+    long long size = 0;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("RemoteContentFileUrl", url);
+    binder.AddMandatoryBinding("FileHash", hash);
+    binder.AddMandatoryBinding("FileSize", size);
+    binder.AddMandatoryBinding("LocalFilePath", local);
+    ContentItem item;
+    if (!binder.Bind(result) || !TakeUrl("RemoteContentFileUrl", url, item.source, result) ||
+        !SplitLocal(local, folder, item, result))
+        return;
+    if (size < 0 || !IsSha256(hash)) {
+        RefuseParameter("The expectation is no size in bytes and SHA-256", result);
+        return;
+    }
+    item.size = size;
+    item.sha256 = StringUtils::ToLowercase(hash);
+    DestinationFolder destination;
+    if (!OpenDestination(folder, destination, result)) return;
+    Progress progress(size);
+    const CopyOutcome outcome = CopyContent(item, destination, progress);
+    if (outcome.code != 0) Fail(outcome.code, '\'' + ShownText(url) + "' " + outcome.fault, result);
+}
+
+bool CheckEnabled(InvocationResult& result) {
+    return WayfarProviderWrapper::WayfarIsEnabled() ||
+           Fail(kContentFailed, "Downloads are not enabled in the agent's configuration", result);
+}
+
+void Invoke(const std::string& method, const MethodParameters& parameters, InvocationResult& result) {
+    if (method == "IsOkayForDownload") {
+        const bool isOkay = WayfarProviderWrapper::WayfarIsEnabled() && !IsEnding();
+        result.resultTable.AddRow(VariantList(Variant("WayfarOkay", isOkay)));
+    } else if (method == "DownloadFolderContent") {
+        if (CheckEnabled(result)) DownloadFolder(parameters, result);
+    } else if (method == "DownloadFileContent") {
+        if (CheckEnabled(result)) DownloadFile(parameters, result);
+    } else {
+        RefuseParameter("The provider has no method '" + ShownText(method) + '\'', result);
+    }
+}
+
+}  // namespace
+
+void ContentProvider::InvokeMethod(const std::string& method, VariantList& parameters,
+                                   InvocationResult& result, void*) {
+    MethodParameters call;
+    call.scalars = parameters;
+    Invoke(method, call, result);
+    if (result.resultCode == 0) return;
+    if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
+        logger->Error("Provider's method '%s' failed: %s", method.c_str(), result.errorMessage.c_str());
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,90 @@
+#include "host/Host.h"
+
+#include <exception>
+
+#include "modules/Arguments.h"
+#include "quillon/LoggerUtils.h"
+#include "quillon/MethodMetadataBuilder.h"
+#include "quillon/PathUtils.h"
+#include "quillon/RuntimeEnv.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr const char* kStartTitle = "--------------------------- Agent started ----------------------------";
+constexpr std::int32_t kMethodThrew = 1;
+constexpr std::int32_t kBadCall = 2;
+
+InvocationResult Failure(std::int32_t code, const std::string& message) {
+    InvocationResult result;
+    result.resultCode = code;
+    result.errorMessage = message;
+    return result;
+}
+
+/// A builder describes one item: each is made afresh.
+template <class Interface, class Builder>
+void RegisterBuilder() {
+    ServiceLocator::AddFactory<Interface>([] { return new Builder; },
+                                          [](Interface* builder) { delete builder; });
+}
+
+}  // namespace
+
+/// The registry has no lock: everything is registered before a module can start a thread.
+Host::Host(const LogSettings& log, const std::string& databases, const AgentConfiguration& configuration)
+    : m_configuration(configuration), m_databases(databases), m_sqlEngine(m_databases) {
+    ICLogger* const logger = StartLogging(log);
+    if (!log.file.empty()) LoggerUtils::LogCopyright(kStartTitle, logger, false);
+    ServiceLocator::Put<ICLogger>(logger);
+    ServiceLocator::Put<IAgentConfiguration>(&m_configuration);
+    ServiceLocator::Put<IDeviceInformation>(&m_deviceInformation);
+    ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
+    m_providers.Add("Wayfar", m_contentProvider);
+    ServiceLocator::Put<IProviderRegistry>(&m_providers);
+    ServiceLocator::Put<ISqliteInstance>(&m_sqlEngine);
+    ServiceLocator::Put<DatabaseFolder>(&m_databases);
+    RegisterBuilder<IMethodMetadataBuilder, MethodMetadataBuilder>();
+    RegisterBuilder<IMethodParameterBuilder, MethodParameterBuilder>();
+    RegisterBuilder<IMethodColumnBuilder, MethodColumnBuilder>();
+    RuntimeEnv::GetInstance()->setEnvType(IRuntimeEnv::AgentEngine);
+    m_modules = MakeModules();
+}
+
+std::string Host::DefaultDatabaseFolder() {
+    return PathUtils::BuildFilenameRelativeToDynamicDataDirectory("Stores");
+}
+
+Host::~Host() {
+    m_modules.clear();
+    ServiceLocator::Clear();
+    RuntimeEnv::ReleaseInstance();
+    EndLogging();
+}
+
+InvocationResult Host::Run(const std::string& method, const std::vector<std::string>& arguments) const {
+    const Method* const found = FindMethod(method);
+    if (found == nullptr) return Failure(kBadCall, "Unknown method '" + method + "'");
+    try {
+        MethodParameters parameters;
+        InvocationResult result;
+        if (ReadParameters(arguments, *found->metadata, parameters, result)) found->run(parameters, result);
+        return result;
+    } catch (const std::exception& error) {
+        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(), error.what());
+        return Failure(kMethodThrew, "Method '" + method + "' threw: " + error.what());
+    }
+}
+
+const Method* Host::FindMethod(const std::string& fullName) const {
+    for (const auto& module : m_modules) {
+        for (const Method& method : module->GetMethods()) {
+            if (fullName == method.metadata->MethodName()) return &method;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "content/ContentProvider.h"
+#include "host/AgentConfiguration.h"
+#include "host/DeviceInformation.h"
+#include "host/Logging.h"
+#include "host/ProviderRegistry.h"
+#include "host/ShutdownMonitor.h"
+#include "modules/Modules.h"
+#include "quillon/InvocationResult.h"
+#include "sql/DatabaseFolder.h"
+#include "sql/SqliteEngine.h"
+
+namespace quillon::agent {
+
+/// What surrounds the modules: the logger, the services that the library and the
+/// modules find through ServiceLocator, and the way to a method. One at a time.
+class Host {
+public:
+    /// The databases are in a folder, by default "Stores" in the agent's data folder; a library path.
+    explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder(),
+                  const AgentConfiguration& configuration = AgentConfiguration());
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    static std::string DefaultDatabaseFolder();
+
+    const ModuleList& GetModules() const { return m_modules; }
+
+    /// Runs "Module.Method" with "name=value" texts. An unknown method and a value that
+    /// is not of its parameter's type give code 2, like any other bad call; a method
+    /// that throws gives code 1.
+    InvocationResult Run(const std::string& method, const std::vector<std::string>& arguments) const;
+
+private:
+    const Method* FindMethod(const std::string& fullName) const;
+
+    DeviceInformation m_deviceInformation;
+    AgentConfiguration m_configuration;
+    ShutdownMonitor m_shutdownMonitor;
+    ContentProvider m_contentProvider;
+    ProviderRegistry m_providers;
+    DatabaseFolder m_databases;
+    SqliteEngine m_sqlEngine;
+    ModuleList m_modules;
+};
+
+}  // namespace quillon::agent

@@ -1,0 +1,68 @@
+#include "modules/Modules.h"
+
+#include "modules/Describe.h"
+#include "modules/Waiting.h"
+#include "quillon/DestructorFunctor.h"
+#include "quillon/MethodParameterValidation.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/SystemAuditProxy.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kNotAudited = 3;
+constexpr long long kDefaultSeconds = 10;
+
+void Hold(const MethodParameters& parameters, InvocationResult& result) {
+    std::string text;
+    long long seconds = kDefaultSeconds;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("subcategory", text);
+    binder.AddOptionalBinding("seconds", seconds);
+    if (!binder.Bind(result) ||
+        !MethodParameterValidation::InRange("seconds", seconds, 0, kLongestWait, result))
+        return;
+    bool isIdentifier = false;
+    const auto subcategory = UniqueIdentifier::Parse(text, &isIdentifier);
+    if (!isIdentifier) {
+        RefuseParameter("'subcategory' parameter must be a GUID", result);
+        return;
+    }
+    if (!SystemAuditProxy::EnableAuditLogSubCategory(subcategory)) {
+        Fail(kNotAudited, "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why",
+             result);
+        return;
+    }
+    const DestructorFunctor release([&] { SystemAuditProxy::DisableAuditLogSubCategory(subcategory); });
+    WaitSeconds(seconds);
+    result.resultTable.AddRow(
+        VariantList(Variant("Subcategory", subcategory.ToString()), Variant("Seconds", seconds)));
+}
+
+void DescribeHold(IMethodMetadataBuilder& builder) {
+    builder.Description("Keeps success and failure auditing of a sub-category switched on for a while.")
+        .Flags({IMethodMetadata::MayModifySystemState})
+        .Note("Outside Windows the audit policy is simulated, and lives only as long as the agent.")
+        .Note("Auditing that was on before stays on. Ending the agent by force leaves it on.")
+        .Example("quillon-agent run Audit.Hold subcategory=0cce922b-69ae-11d9-bed3-505054503030 seconds=60")
+        .CreateParameter("subcategory", typeid(std::string))
+        .Description("GUID of the sub-category; the example's is process creation.")
+        .BindParameter()
+        .CreateParameter("seconds", typeid(long long))
+        .Description("How long; less when the agent is asked to end.")
+        .OptionalValue(kDefaultSeconds)
+        .BindParameter();
+    AddColumn(builder, "Subcategory", typeid(std::string), "The sub-category that was held.");
+    AddColumn(builder, "Seconds", typeid(long long), "The time that was asked for.");
+}
+
+}  // namespace
+
+std::unique_ptr<IModule> MakeAuditModule() {
+    std::vector<Method> methods;
+    methods.push_back(MakeMethod("Audit.Hold", IMethodMetadata::V5_0, &DescribeHold, &Hold));
+    return MakeModule(std::move(methods));
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,131 @@
+#include "modules/CommandCall.h"
+
+#include <limits>
+#include <memory>
+
+#include "modules/Module.h"
+#include "modules/TableLayout.h"
+#include "quillon/MethodParameterValidation.h"
+#include "quillon/ProcessUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+using Validation = MethodParameterValidation;
+constexpr long long kNoLimit = std::numeric_limits<long long>::max();
+
+/// The runner takes an empty folder for the agent's own, and so it would text that cannot be converted.
+bool Check(const CommandCall& call, InvocationResult& result) {
+    if (StringUtils::NarrowStringToWide(call.workingDirectory).empty() != call.workingDirectory.empty())
+        return RefuseParameter("'workingDirectory' parameter must be UTF-8", result);
+    return Validation::InRange("timeout", call.timeout, 0, std::numeric_limits<int>::max(), result) &&
+           Validation::InRange("maxOutput", call.maxOutput, 0, kNoLimit, result);
+}
+
+std::shared_ptr<ProcessUtils::CmdProperties> ToProperties(const CommandCall& call, bool lines) {
+    auto properties = std::make_shared<ProcessUtils::CmdProperties>();
+    properties->command = call.command;
+    properties->logger = ServiceLocator::Get<ICLogger>();
+    properties->outputAsLines = lines;
+    properties->captureOutput = true;
+    properties->timeoutSecs = static_cast<int>(call.timeout);
+    properties->killOnTimeout = true;
+    properties->killTree = true;
+    properties->maxOutputBytes = static_cast<std::uint64_t>(call.maxOutput);
+    properties->workingDirectory = StringUtils::NarrowStringToWide(call.workingDirectory);
+    return properties;
+}
+
+/// The reason for a run that has no special code.
+std::string FailureText(const ProcessUtils::CmdProperties& properties) {
+    if (properties.processId == 0) return "Could not run command '" + properties.command + "'";
+    return "Command ended with exit code " + std::to_string(properties.resultCode);
+}
+
+}  // namespace
+
+void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional) {
+    using Record = IMethodMetadata;
+    builder.Flags({Record::ExecutesExternalProcess, Record::MayModifySystemState})
+        .Warning("The command runs with all the rights of the agent.")
+        .Note("A command that does not end with exit code 0 is a failed invocation with code 3.")
+        .Note(
+            "The command line is split by the Windows argument rules on every system; on Linux "
+            "\"cmd /c REST\" hands REST to /bin/sh.");
+    auto& command = builder.CreateParameter("command", typeid(std::string)).Description("The command line.");
+    if (isOptional) command.OptionalValue("");
+    command.BindParameter()
+        .CreateParameter("timeout", typeid(long long))
+        .Description("Seconds after which the command is killed with all that it started; 0 for never.")
+        .OptionalValue(ProcessUtils::DefaultTimeoutSecs)
+        .BindParameter()
+        .CreateParameter("workingDirectory", typeid(std::string))
+        .Description("Folder to run in; empty for the agent's own.")
+        .OptionalValue("")
+        .BindParameter()
+        .CreateParameter("maxOutput", typeid(long long))
+        .Description("Bytes of output after which the command is killed; 0 for no limit.")
+        .OptionalValue(CommandCall::kDefaultMaxOutput)
+        .BindParameter();
+}
+
+void DescribeLayout(IMethodMetadataBuilder& builder) {
+    builder
+        .Note(
+            "A column is NAME[:TYPE[*FACTOR]][:EXTENT]: TYPE is text (the default), integer or boolean; "
+            "FACTOR multiplies an integer; EXTENT is space (the default, up to the next blank) or, for "
+            "the last column, rest (of the line).")
+        .CreateParameter("skip", typeid(long long))
+        .Description("Header lines to leave out.")
+        .OptionalValue(0)
+        .BindParameter();
+}
+
+void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional) {
+    if (isOptional) {
+        binder.AddOptionalBinding("command", call.command);
+    } else {
+        binder.AddMandatoryBinding("command", call.command);
+    }
+    binder.AddOptionalBinding("timeout", call.timeout);
+    binder.AddOptionalBinding("workingDirectory", call.workingDirectory);
+    binder.AddOptionalBinding("maxOutput", call.maxOutput);
+}
+
+bool RunCommand(const CommandCall& call, bool lines, InvocationResult& result) {
+    if (!Check(call, result)) return false;
+    const auto properties = ToProperties(call, lines);
+    const int code = ProcessUtils::RunCliCommand(properties);
+    // First the endings after which a worker may still be writing to the properties.
+    if (properties->abortedOnShutdown) {
+        ProcessUtils::SetCliShutdownAbortInvocationResult(result);
+        return false;
+    }
+    if (properties->timedOut) {
+        ProcessUtils::SetCliTimedOutInvocationResult(properties->timeoutSecs, result);
+        return false;
+    }
+    result.resultTable = std::move(properties->outputTable);
+    if (code == 0 && !properties->outputTruncated) return true;
+    properties->resultCode = code;  // also of a run that never got to a worker
+    if (properties->outputTruncated)
+        result.errorMessage = "Output reached the limit of " + std::to_string(call.maxOutput) + " bytes";
+    ProcessUtils::SetSpecialErrorData(properties.get(), result, FailureText(*properties));
+    return false;
+}
+
+bool RunCommandTable(const CommandCall& call, const std::string& columns, long long skip,
+                     InvocationResult& result) {
+    TableLayout layout;
+    if (!layout.Read(columns, result)) return false;
+    if (!Validation::InRange("skip", skip, 0, kNoLimit, result)) return false;
+    if (!RunCommand(call, false, result)) return false;
+    const std::string output = result.resultTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue();
+    result.resultTable = layout.Parse(output, skip);
+    return true;
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,123 @@
+#include "modules/Modules.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "modules/Describe.h"
+#include "quillon/NetworkUtils.h"
+#include "quillon/ParameterBinder.h"
+#include "quillon/WindowsSockets.h"
+#include "system/SystemFacts.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kFailed = 3;
+constexpr int kTimedOut = -1;
+constexpr long long kUsualTimeout = 10;
+constexpr long long kLongestTimeout = std::numeric_limits<int>::max();
+
+/// The look-up answers once for every kind of socket; an address is listed once.
+void AddAddresses(const addrinfo* found, DataTable& table) {
+    std::vector<std::string> texts;
+    for (const auto& [address, length] : SocketAddresses(found)) {
+        std::string text = NetworkUtils::XpFriendlyAddressToIpString(0, address, length);
+        if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(std::move(text));
+    }
+    for (const std::string& text : texts) {
+        const char* const family = text.find(':') == std::string::npos ? "IPv4" : "IPv6";
+        table.AddRow(VariantList(Variant("Address", text), Variant("Family", family)));
+    }
+}
+
+void Resolve(const MethodParameters& parameters, InvocationResult& result) {
+    std::string host;
+    long long timeout = kUsualTimeout;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("host", host);
+    binder.AddOptionalBinding("timeout", timeout);
+    if (!binder.Bind(result)) return;
+    timeout = std::clamp<long long>(timeout, 1, kLongestTimeout);
+    result.resultTable.AddStringCol("Address");
+    result.resultTable.AddStringCol("Family");
+    WindowsSockets::GetInstance()->InitializeSockets();
+    std::unique_ptr<addrinfo, void (*)(addrinfo*)> found(nullptr, &NetworkUtils::FreeAddrInfoRobust);
+    const int code =
+        NetworkUtils::getaddrinfo_OrTimeout(host.c_str(), nullptr, nullptr, found, static_cast<int>(timeout));
+    if (code == kTimedOut)
+        Fail(kFailed, "No answer for '" + host + "' within " + std::to_string(timeout) + " s", result);
+    else if (code != 0)
+        Fail(kFailed, "Cannot resolve '" + host + "': code " + std::to_string(code), result);
+    else
+        AddAddresses(found.get(), result.resultTable);
+}
+
+void InRange(const MethodParameters& parameters, InvocationResult& result) {
+    std::string address, ranges;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("address", address);
+    binder.AddMandatoryBinding("ranges", ranges);
+    if (!binder.Bind(result)) return;
+    WindowsSockets::GetInstance()->InitializeSockets();
+    result.resultTable.AddRow(VariantList(Variant("InRange", NetworkUtils::IpInRange(address, ranges))));
+}
+
+void Cidr(const MethodParameters& parameters, InvocationResult& result) {
+    std::string address, mask;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("address", address);
+    binder.AddMandatoryBinding("mask", mask);
+    if (!binder.Bind(result)) return;
+    const std::string cidr = NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(address, mask);
+    if (cidr.empty()) {
+        RefuseParameter("Address and mask are each four numbers: 10.1.2.3", result);
+    } else {
+        result.resultTable.AddRow(VariantList(Variant("Cidr", cidr)));
+    }
+}
+
+void DescribeResolve(IMethodMetadataBuilder& builder) {
+    builder.Description("Looks a name up, a row an address.")
+        .Note("A name that has no address, or none in time, is a failed invocation with code 3.")
+        .Example("quillon-agent run Network.Resolve host=localhost timeout=5");
+    AddParameter(builder, "host", "A name or an address.");
+    builder.CreateParameter("timeout", typeid(long long))
+        .Description("Seconds, at least 1.")
+        .OptionalValue(kUsualTimeout)
+        .BindParameter();
+    AddColumn(builder, "Address", typeid(std::string), "In the order of the system's answer, each once.");
+    AddColumn(builder, "Family", typeid(std::string), "IPv4 or IPv6.");
+}
+
+void DescribeInRange(IMethodMetadataBuilder& builder) {
+    builder.Description("Tells whether an IPv4 address lies in one of the ranges.")
+        .Note("What is malformed is logged, and the answer is then false.")
+        .Example(
+            "quillon-agent run Network.InRange address=10.0.0.5 ranges=10.0.0.1-10.0.0.9,10.1.0.0-10.1.0.9");
+    AddParameter(builder, "address", "An IPv4 address.");
+    AddParameter(builder, "ranges", "Separated by commas; each two addresses with a dash between them.");
+    AddColumn(builder, "InRange", typeid(bool), "Both ends belong to a range.");
+}
+
+void DescribeCidr(IMethodMetadataBuilder& builder) {
+    builder.Description("Writes the network of an address as NETWORK/LENGTH.")
+        .Example("quillon-agent run Network.Cidr address=10.1.2.3 mask=255.255.255.0");
+    AddParameter(builder, "address", "Four numbers with dots between them.");
+    AddParameter(builder, "mask", "The same. Only its lowest bit that is set counts for the length.");
+    AddColumn(builder, "Cidr", typeid(std::string), "Such as 10.1.2.0/24.");
+}
+
+}  // namespace
+
+std::unique_ptr<IModule> MakeNetworkModule() {
+    std::vector<Method> methods;
+    methods.push_back(MakeMethod("Network.Resolve", IMethodMetadata::V5_0, &DescribeResolve, &Resolve));
+    methods.push_back(MakeMethod("Network.InRange", IMethodMetadata::V5_0, &DescribeInRange, &InRange));
+    methods.push_back(MakeMethod("Network.Cidr", IMethodMetadata::V5_0, &DescribeCidr, &Cidr));
+    return MakeModule(std::move(methods));
+}
+
+}  // namespace quillon::agent

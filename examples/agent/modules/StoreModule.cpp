@@ -1,0 +1,234 @@
+#include "modules/Modules.h"
+
+#include <map>
+#include <utility>
+
+#include "modules/CommandCall.h"
+#include "modules/Describe.h"
+#include "modules/WmiCall.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/SqlApplicationDataStore.h"
+#include "sql/DatabaseFolder.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kStoreFailed = 3;
+using Columns = std::map<std::string, IApplicationDataStore::ColumnDataType>;
+
+/// Where a table goes, and how.
+struct Target {
+    std::string database, table;
+    bool replace = false;
+};
+
+IApplicationDataStore::ColumnDataType TypeOf(const Variant& value) {
+    if (value.TypeIs(typeid(long long)) || value.TypeIs(typeid(bool))) return IApplicationDataStore::Integer;
+    return value.TypeIs(typeid(double)) ? IApplicationDataStore::Real : IApplicationDataStore::Text;
+}
+
+/// A column's first value that is not null tells its type; without one it holds text.
+Columns ColumnsOf(const DataTable& table) {
+    Columns columns;
+    for (const VariantList& row : table) {
+        for (const Variant& cell : row) {
+            if (!cell.IsNull()) columns.emplace(cell.GetName(), TypeOf(cell));
+        }
+    }
+    for (const std::string& name : table.GetColumnNames()) columns.emplace(name, IApplicationDataStore::Text);
+    return columns;
+}
+
+bool WriteRows(const Target& target, DataTable& table, SqlApplicationDataStore& store, bool& existed) {
+    const std::string quoted = store.QuoteTableName(target.table);
+    if (target.replace && !store.ExecuteNonQuery("DROP TABLE IF EXISTS " + quoted)) return false;
+    store.EnsureTableExists(target.table, ColumnsOf(table), {}, existed);
+    return store.AddToTable(target.table, table);
+}
+
+/// All or nothing; a query without objects, which has not even columns, changes nothing. The store's own
+/// transactions do not tell whether they succeed.
+bool Write(const Target& target, DataTable& table, bool& existed) {
+    if (table.GetColumnNames().empty()) return existed = true;
+    SqlApplicationDataStore store(target.database);
+    if (!store.ExecuteNonQuery("BEGIN IMMEDIATE")) return false;
+    if (WriteRows(target, table, store, existed) && store.ExecuteNonQuery("COMMIT")) return true;
+    store.RollbackTransaction();
+    return false;
+}
+
+bool Check(const Target& target, InvocationResult& result) {
+    if (!ServiceLocator::Get<DatabaseFolder>()->FileOf(target.database))
+        return RefuseParameter("'database' parameter is empty or too long", result);
+    if (target.table.empty()) return RefuseParameter("'table' parameter cannot be empty", result);
+    if (target.table.starts_with("temp."))
+        return RefuseParameter("'table' parameter names a temporary table, which would not last", result);
+    return true;
+}
+
+/// Puts the result's table into the store and a row about that in its place.
+void SaveResult(const Target& target, InvocationResult& result) {
+    DataTable table = std::exchange(result.resultTable, {});
+    bool existed = false;
+    if (!Write(target, table, existed)) {
+        Fail(kStoreFailed,
+             "Could not save table '" + target.table + "' in database '" + target.database + '\'', result);
+        return;
+    }
+    VariantList row;
+    row.Add("Database", target.database);
+    row.Add("Table", target.table);
+    row.Add("Rows", static_cast<long long>(table.GetNumberOfRows()));
+    row.Add("Created", !existed);
+    result.resultTable.AddRow(std::move(row));
+}
+
+/// Where the rows come from: a command or a WMI query.
+struct Source {
+    CommandCall command;
+    std::string columns;
+    long long skip = 0;
+    WmiCall wmi;
+    std::string wql;
+};
+
+/// Puts the rows into the result's table; false when there are none to be had.
+bool Read(const Source& source, InvocationResult& result) {
+    if (source.command.command.empty() == source.wql.empty())
+        return RefuseParameter("Either 'command' or 'wql' must be given", result);
+    if (!source.wql.empty())
+        return RunWmi(source.wmi, result, [&](WmiConnector& connector) {
+            return connector.ExecuteQuery(source.wql, &result.resultTable);
+        });
+    return source.columns.empty() ? RunCommand(source.command, true, result)
+                                  : RunCommandTable(source.command, source.columns, source.skip, result);
+}
+
+void Save(const MethodParameters& parameters, InvocationResult& result) {
+    Target target;
+    Source source;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("database", target.database);
+    binder.AddMandatoryBinding("table", target.table);
+    binder.AddOptionalBinding("replace", target.replace);
+    AddBindings(binder, source.command, true);
+    binder.AddOptionalBinding("columns", source.columns);
+    binder.AddOptionalBinding("skip", source.skip);
+    binder.AddOptionalBinding("wql", source.wql);
+    AddBindings(binder, source.wmi);
+    if (binder.Bind(result) && Check(target, result) && Read(source, result)) SaveResult(target, result);
+}
+
+void Query(const MethodParameters& parameters, InvocationResult& result) {
+    std::string database, sql;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("database", database);
+    binder.AddMandatoryBinding("sql", sql);
+    if (!binder.Bind(result)) return;
+    if (!ServiceLocator::Get<DatabaseFolder>()->Contains(database)) {
+        RefuseParameter("There is no database '" + database + '\'', result);
+        return;
+    }
+    SqlApplicationDataStore store(database);
+    if (!store.ExecuteQuery(sql, result.resultTable))
+        Fail(kStoreFailed, "The statement failed in database '" + database + '\'', result);
+}
+
+void AddListRow(const std::string& database, Variant&& name, Variant&& rows, DataTable& list) {
+    VariantList row(Variant("Database", database));
+    row.Add(std::move(name));
+    row.Add(std::move(rows));
+    list.AddRow(std::move(row));
+}
+
+/// A database that cannot be read, and one without tables, has a row with nulls.
+void ListTables(const std::string& database, DataTable& list) {
+    SqlApplicationDataStore store(database);
+    DataTable tables, count;
+    store.ExecuteQuery("SELECT name AS \"Table\" FROM sqlite_master WHERE type = 'table' ORDER BY name",
+                       tables);
+    for (const VariantList& table : tables) {
+        const Variant& name = table.Get(0);
+        const bool isCounted = store.ExecuteQuery(
+            "SELECT count(*) AS \"Rows\" FROM " + store.QuoteTableName(name.GetStringValue()), count);
+        AddListRow(database, Variant(name),
+                   isCounted ? Variant(count.begin()->Get(0)) : Variant::NullVariant("Rows"), list);
+    }
+    if (tables.Empty())
+        AddListRow(database, Variant::NullVariant("Table"), Variant::NullVariant("Rows"), list);
+}
+
+void List(const MethodParameters& parameters, InvocationResult& result) {
+    if (!ParameterBinder(parameters, false, false).Bind(result)) return;
+    result.resultTable.SetDefaultColumnNames({"Database", "Table", "Rows"});
+    for (const std::string& database : ServiceLocator::Get<DatabaseFolder>()->GetNames())
+        ListTables(database, result.resultTable);
+}
+
+void AddDatabaseParameter(IMethodMetadataBuilder& builder, const char* note) {
+    builder.CreateParameter("database", typeid(std::string))
+        .Description("Name of the database; the case of ASCII letters does not matter.")
+        .Note(note)
+        .BindParameter();
+}
+
+void DescribeSave(IMethodMetadataBuilder& builder) {
+    builder
+        .Description(
+            "Keeps what a command line wrote, or the objects of a WQL query, in a table of a database.")
+        .Example(
+            "quillon-agent run Store.Save database=inventory table=services wql=\"SELECT Name, State FROM "
+            "Win32_Service\" replace=true")
+        .Example(
+            "quillon-agent run Store.Save database=inventory table=mounts command=\"df -Pk\" skip=1 "
+            "columns=\"Device Blocks:integer*1024 Used:integer*1024 Free:integer*1024 Use Mount:text:rest\"")
+        .Note(
+            "The table is made with the columns of the rows when it is not there. Nothing is kept when "
+            "a row does not fit into it. A query without objects leaves the table as it is.");
+    AddDatabaseParameter(builder, "It is made when it is not there.");
+    AddParameter(builder, "table", "Name of the table.");
+    AddFlag(builder, "replace", "Puts the rows in the place of the table, instead of adding them to it.");
+    DescribeCommand(builder, true);
+    AddOptionalParameter(builder, "columns",
+                         "The columns, parted by blanks; when empty, a row is kept for every line.");
+    DescribeLayout(builder);
+    AddOptionalParameter(builder, "wql", "The query, in place of a command.");
+    DescribeWmi(builder);
+    AddColumn(builder, "Database", typeid(std::string), "As given.");
+    AddColumn(builder, "Table", typeid(std::string), "As given.");
+    AddColumn(builder, "Rows", typeid(long long), "How many were written.");
+    AddColumn(builder, "Created", typeid(bool), "Whether the table was made.");
+}
+
+void DescribeQuery(IMethodMetadataBuilder& builder) {
+    builder.Flags({IMethodMetadata::MayModifySystemState})
+        .Description("Runs one SQL statement in a database and answers with its rows.")
+        .Example("quillon-agent run Store.Query database=inventory sql=\"SELECT * FROM mounts\"")
+        .HasAdditionalColumns("Those of the statement.");
+    AddDatabaseParameter(builder, "It must be there.");
+    builder.CreateParameter("sql", typeid(std::string))
+        .Description("The statement, in the words of SQLite; only one. It reaches no other file.")
+        .BindParameter();
+}
+
+void DescribeList(IMethodMetadataBuilder& builder) {
+    builder.Description("Lists the tables of all databases, a row each.")
+        .Note("A database without tables, or one that cannot be read, has a row with nulls.")
+        .Example("quillon-agent run Store.List");
+    AddColumn(builder, "Database", typeid(std::string), "In lower case.");
+    AddColumn(builder, "Table", typeid(std::string), "Name of the table.");
+    AddColumn(builder, "Rows", typeid(long long), "How many it has; null when that cannot be read.");
+}
+
+}  // namespace
+
+std::unique_ptr<IModule> MakeStoreModule() {
+    std::vector<Method> methods;
+    methods.push_back(MakeMethod("Store.Save", IMethodMetadata::V5_0, &DescribeSave, &Save));
+    methods.push_back(MakeMethod("Store.Query", IMethodMetadata::V5_0, &DescribeQuery, &Query));
+    methods.push_back(MakeMethod("Store.List", IMethodMetadata::V5_0, &DescribeList, &List));
+    return MakeModule(std::move(methods));
+}
+
+}  // namespace quillon::agent

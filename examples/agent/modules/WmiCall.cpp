@@ -1,0 +1,46 @@
+#include "modules/WmiCall.h"
+
+#include "modules/Module.h"
+#include "quillon/ComScope.h"
+#include "quillon/MethodParameterValidation.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::int32_t kWmiFailed = 3;
+constexpr long long kLongestDeadline = 24 * 60 * 60;
+
+}  // namespace
+
+void DescribeWmi(IMethodMetadataBuilder& builder) {
+    builder.CreateParameter("namespace", typeid(std::string))
+        .Description("The namespace.")
+        .OptionalValue(WmiCall::kDefaultNamespace)
+        .BindParameter()
+        .CreateParameter("deadline", typeid(long long))
+        .Description("Seconds to wait for the objects of the query; 0 for no limit.")
+        .OptionalValue(0)
+        .BindParameter();
+}
+
+void AddBindings(ParameterBinder& binder, WmiCall& call) {
+    binder.AddOptionalBinding("namespace", call.ns);
+    binder.AddOptionalBinding("deadline", call.deadline);
+}
+
+bool RunWmi(const WmiCall& call, InvocationResult& result,
+            const std::function<bool(WmiConnector&)>& operation) {
+    if (!MethodParameterValidation::InRange("deadline", call.deadline, 0, kLongestDeadline, result))
+        return false;
+    const ComScope com;
+    if (!com) return Fail(kWmiFailed, "COM cannot be initialised", result);
+    WmiConnector connector;
+    connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
+    connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));
+    if (connector.Connect(call.ns) && operation(connector)) return true;
+    return Fail(kWmiFailed, StringUtils::WideStringToNarrow(connector.LastWmiError()), result);
+}
+
+}  // namespace quillon::agent

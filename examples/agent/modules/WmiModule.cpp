@@ -1,0 +1,129 @@
+#include "modules/Modules.h"
+
+#include "modules/Assignments.h"
+#include "modules/Describe.h"
+#include "modules/WmiCall.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+void Query(const MethodParameters& parameters, InvocationResult& result) {
+    WmiCall call;
+    std::string wql;
+    bool qualifiers = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddMandatoryBinding("wql", wql);
+    binder.AddOptionalBinding("qualifiers", qualifiers);
+    if (!binder.Bind(result)) return;
+    RunWmi(call, result, [&](WmiConnector& connector) {
+        return qualifiers ? connector.ExecuteQueryReturnQualifiers(wql, &result.resultTable)
+                          : connector.ExecuteQuery(wql, &result.resultTable);
+    });
+}
+
+void Update(const MethodParameters& parameters, InvocationResult& result) {
+    WmiCall call;
+    std::string wql, set;
+    bool all = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddMandatoryBinding("wql", wql);
+    binder.AddMandatoryBinding("set", set);
+    binder.AddOptionalBinding("all", all);
+    VariantList values;
+    if (!binder.Bind(result) || !ReadAssignments("set", set, values, result)) return;
+    const DataTable updates(values);
+    const std::wstring wide = StringUtils::NarrowStringToWide(wql);
+    RunWmi(call, result, [&](WmiConnector& connector) {
+        return all ? connector.ExecuteUpdateAll(wide, &updates, &result.resultTable)
+                   : connector.ExecuteUpdateFirst(wide, &updates, &result.resultTable);
+    });
+}
+
+void Invoke(const MethodParameters& parameters, InvocationResult& result) {
+    WmiCall call;
+    std::string className, wql, method, arguments;
+    bool all = false;
+    ParameterBinder binder(parameters, false, false);
+    AddBindings(binder, call);
+    binder.AddOptionalBinding("class", className);
+    binder.AddOptionalBinding("wql", wql);
+    binder.AddMandatoryBinding("method", method);
+    binder.AddOptionalBinding("arguments", arguments);
+    binder.AddOptionalBinding("all", all);
+    MethodParameters values;
+    if (!binder.Bind(result) || !ReadAssignments("arguments", arguments, values.scalars, result)) return;
+    if (className.empty() == wql.empty()) {
+        RefuseParameter("Either 'class' or 'wql' must be given", result);
+        return;
+    }
+    const auto wide = [](const std::string& text) { return StringUtils::NarrowStringToWide(text); };
+    RunWmi(call, result, [&](WmiConnector& connector) {
+        return wql.empty()
+                   ? connector.ExecuteStaticMethod(wide(className), wide(method), values, &result.resultTable)
+                   : connector.ExecuteInstanceMethod(wide(wql), wide(method), all, values,
+                                                     &result.resultTable);
+    });
+}
+
+void AddAll(IMethodMetadataBuilder& builder) {
+    AddFlag(builder, "all", "Every object of the query instead of the first.");
+}
+
+void DescribeQuery(IMethodMetadataBuilder& builder) {
+    builder.Description("Runs a WQL query and answers with its objects, a row each.")
+        .Note("On Linux the namespace ROOT\\CIMV2 has some classes with the machine's live facts.")
+        .Example("quillon-agent run Wmi.Query wql=\"SELECT Name, ProcessId FROM Win32_Process\"")
+        .HasAdditionalColumns("The properties of the objects.");
+    AddParameter(builder, "wql", "The query.");
+    AddFlag(builder, "qualifiers", "With the system properties, such as __PATH.");
+    DescribeWmi(builder);
+}
+
+void DescribeUpdate(IMethodMetadataBuilder& builder) {
+    builder.Flags({IMethodMetadata::MayModifySystemState})
+        .Description("Changes properties of objects and answers with the objects, a row each.")
+        .Note("Before a failure, objects may have been changed: their rows are in the answer.")
+        .Example(
+            "quillon-agent run Wmi.Update wql=\"SELECT * FROM Win32_LogicalDisk WHERE DeviceID = 'C:'\" "
+            "set=\"VolumeName=System\"")
+        .HasAdditionalColumns("The properties of the objects.");
+    AddParameter(builder, "wql", "The query for the objects.");
+    AddParameter(builder, "set",
+                 "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
+                 "property: text (the default, also for date-times), integer, float or boolean.");
+    AddAll(builder);
+    DescribeWmi(builder);
+}
+
+void DescribeInvoke(IMethodMetadataBuilder& builder) {
+    builder.Flags({IMethodMetadata::MayModifySystemState})
+        .Description("Calls a method of a class or of objects and answers with its results, a row a call.")
+        .Note("An argument that the method does not have, or does not take, is left out.")
+        .Example(
+            "quillon-agent run Wmi.Invoke wql=\"SELECT * FROM Win32_Process WHERE ProcessId = 1\" "
+            "method=GetOwner")
+        .HasAdditionalColumns("What the method gives, and for an object its ObjectPath.");
+    AddParameter(builder, "method", "Name of the method.");
+    AddOptionalParameter(builder, "class", "The class of a static method.");
+    AddOptionalParameter(builder, "wql", "The query for the objects whose method it is.");
+    AddOptionalParameter(builder, "arguments",
+                         "NAME=VALUE, parted by ';' (a ';' of a value is written twice).");
+    AddAll(builder);
+    DescribeWmi(builder);
+}
+
+}  // namespace
+
+std::unique_ptr<IModule> MakeWmiModule() {
+    std::vector<Method> methods;
+    methods.push_back(MakeMethod("Wmi.Query", IMethodMetadata::V5_0, &DescribeQuery, &Query));
+    methods.push_back(MakeMethod("Wmi.Update", IMethodMetadata::V5_0, &DescribeUpdate, &Update));
+    methods.push_back(MakeMethod("Wmi.Invoke", IMethodMetadata::V5_0, &DescribeInvoke, &Invoke));
+    return MakeModule(std::move(methods));
+}
+
+}  // namespace quillon::agent

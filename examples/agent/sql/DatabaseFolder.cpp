@@ -1,0 +1,74 @@
+#include "sql/DatabaseFolder.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "quillon/FileSystemUtils.h"
+#include "quillon/PathUtils.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+// With a prefix no name is that of a device.
+constexpr std::string_view kPrefix = "db-", kSuffix = ".sqlite";
+constexpr std::size_t kLongestCode = 200;  // of a file name's 255, what SQLite appends to it included
+constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789-_";
+constexpr char kEscape = '%';
+
+std::string Encode(const std::string& name) {
+    std::string code;
+    for (const char c : StringUtils::ToLowercase(name)) {
+        if (kPlain.find(c) != std::string_view::npos) {
+            code += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            code += kEscape + StringUtils::ByteArrayToHexString(&byte, 1);
+        }
+    }
+    return code;
+}
+
+/// Nothing for what Encode() does not write.
+std::optional<std::string> Decode(const std::string& code) {
+    std::string name = StringUtils::UrlDecode(code);
+    return Encode(name) == code ? std::optional(std::move(name)) : std::nullopt;
+}
+
+}  // namespace
+
+DatabaseFolder::DatabaseFolder(std::string folder) : m_folder(std::move(folder)) {}
+
+std::optional<std::string> DatabaseFolder::FileOf(const std::string& name) const {
+    const std::string code = Encode(name);
+    if (code.empty() || code.size() > kLongestCode) return std::nullopt;
+    return PathUtils::CombinePaths(m_folder, std::string(kPrefix) + code + std::string(kSuffix),
+                                   PathUtils::PathSep);
+}
+
+std::vector<std::string> DatabaseFolder::GetNames() const {
+    std::vector<std::string> files, names;
+    FileSystemUtils::GetImmediateFilesWithin(m_folder, files);
+    for (const std::string& file : files) {
+        if (file.size() <= kPrefix.size() + kSuffix.size()) continue;
+        if (!file.starts_with(kPrefix) || !file.ends_with(kSuffix)) continue;
+        const auto name = Decode(file.substr(kPrefix.size(), file.size() - kPrefix.size() - kSuffix.size()));
+        if (name) names.push_back(*name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool DatabaseFolder::Contains(const std::string& name) const {
+    const auto file = FileOf(name);
+    return file && FileSystemUtils::Exists(*file);
+}
+
+bool DatabaseFolder::Make() const {
+    return FileSystemUtils::Exists(m_folder) || FileSystemUtils::MakeDirectory(m_folder) ||
+           FileSystemUtils::Exists(m_folder);  // another process was quicker
+}
+
+}  // namespace quillon::agent

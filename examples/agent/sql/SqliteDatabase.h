@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "quillon/ISqliteInstance.h"
+#include "sql/SqliteConnection.h"
+#include "sql/SqliteInserter.h"
+
+namespace quillon::agent {
+
+/// A database in a file of its own. A table whose name begins with "temp." is a
+/// temporary one, as SqlApplicationDataStore names them: it lives as long as the
+/// database is open, and no other connection sees it. Properties are in the table
+/// "quillon_properties".
+class SqliteDatabase final : public ISqliteDatabase {
+public:
+    /// A file that is no database, or whose schema cannot be read, is moved aside to
+    /// "FILE.corrupt" in place of an older one, with an Error entry, and a new one made.
+    /// Null on failure.
+    static std::unique_ptr<SqliteDatabase> Open(const std::string& name, const std::string& libraryPath,
+                                                int busyMilliseconds);
+    ~SqliteDatabase();
+
+    void BeginTransaction(std::int32_t reserved) override;
+    void CommitTransaction(std::int32_t reserved) override;
+    void RollbackTransaction(std::int32_t reserved) override;
+    void ShrinkMemory() override;
+    void SetProperty(const std::string& name, const std::string& value) override;
+    void GetProperty(const std::string& name, std::string& value) override;
+    bool AddToTable(const char* tableName, const DataTable& table, std::int32_t reserved) override;
+    bool TableExists(const std::string& tableName) override;
+    void DropTable(const std::string& tableName) override;
+    std::string QuoteTableName(const std::string& databaseName, const std::string& tableName,
+                               std::int32_t reserved) override;
+    /// One statement only.
+    bool ExecuteQuery(const std::string& sql, DataTable& result) override;
+
+private:
+    explicit SqliteDatabase(SqliteConnection connection);
+
+    SqliteConnection m_connection;
+};
+
+}  // namespace quillon::agent

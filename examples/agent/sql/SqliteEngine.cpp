@@ -1,0 +1,51 @@
+#include "sql/SqliteEngine.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "quillon/ICLogger.h"
+#include "quillon/ServiceLocator.h"
+
+namespace quillon::agent {
+
+namespace {
+
+void LogError(const std::string& text) {
+    if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Error("%s", text.c_str());
+}
+
+}  // namespace
+
+SqliteEngine::SqliteEngine(DatabaseFolder folder, int busyMilliseconds)
+    : m_folder(std::move(folder)), m_busyMilliseconds(busyMilliseconds) {}
+SqliteEngine::~SqliteEngine() = default;
+
+ISqliteDatabase* SqliteEngine::OpenDatabase(std::int32_t, const std::string& databaseName) {
+    const auto file = m_folder.FileOf(databaseName);
+    if (!file || !m_folder.Make()) {
+        LogError("Database '" + databaseName +
+                 (file ? "': its folder cannot be made" : "': the name is empty or too long"));
+        return nullptr;
+    }
+    auto database = SqliteDatabase::Open(databaseName, *file, m_busyMilliseconds);
+    if (!database) return nullptr;
+    const std::lock_guard lock(m_mutex);
+    return m_databases.emplace_back(std::move(database)).get();
+}
+
+void SqliteEngine::CloseDatabase(ISqliteDatabase* database) {
+    if (Take(database) == nullptr) LogError("A database was closed that this engine has not opened");
+}
+
+/// What it gives logs when it closes, and so must go after the lock.
+std::unique_ptr<SqliteDatabase> SqliteEngine::Take(const ISqliteDatabase* database) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::find_if(m_databases.begin(), m_databases.end(),
+                                    [database](const auto& own) { return own.get() == database; });
+    if (found == m_databases.end()) return nullptr;
+    auto taken = std::move(*found);
+    m_databases.erase(found);
+    return taken;
+}
+
+}  // namespace quillon::agent

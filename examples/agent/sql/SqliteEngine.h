@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "sql/DatabaseFolder.h"
+#include "sql/SqliteDatabase.h"
+
+namespace quillon::agent {
+
+/// The agent's SQL engine: SQLite, a file for each database in one folder. Databases
+/// that are still open when it ends are closed.
+class SqliteEngine final : public ISqliteInstance {
+public:
+    static constexpr int kBusyMilliseconds = 5000;
+
+    /// How long a statement waits while another connection holds the lock.
+    explicit SqliteEngine(DatabaseFolder folder, int busyMilliseconds = kBusyMilliseconds);
+    ~SqliteEngine() override;
+
+    /// Every call opens a connection of its own.
+    ISqliteDatabase* OpenDatabase(std::int32_t reserved, const std::string& databaseName) override;
+    /// Null, and what is not this engine's, is logged at Error and left alone.
+    void CloseDatabase(ISqliteDatabase* database) override;
+
+private:
+    std::unique_ptr<SqliteDatabase> Take(const ISqliteDatabase* database);
+
+    const DatabaseFolder m_folder;
+    const int m_busyMilliseconds;
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<SqliteDatabase>> m_databases;
+};
+
+}  // namespace quillon::agent

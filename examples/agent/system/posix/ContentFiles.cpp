@@ -1,0 +1,157 @@
+#include "system/ContentFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "content/TemporaryName.h"
+#include "quillon/FileSystemUtils.h"
+#include "system/SystemPath.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr mode_t kFolderMode = 0755, kFileMode = 0644;
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+class Descriptor {
+public:
+    explicit Descriptor(int number = -1) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    ~Descriptor() {
+        if (m_number >= 0) ::close(m_number);
+    }
+
+    int Get() const { return m_number; }
+    bool IsOpen() const { return m_number >= 0; }
+
+private:
+    int m_number;
+};
+
+std::string LastFault() { return std::generic_category().message(errno); }
+
+/// Of a call that a signal may interrupt.
+template <class Call>
+auto Retried(const Call& call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) result = call();
+    return result;
+}
+
+class PosixNewFile final : public NewFile {
+public:
+    PosixNewFile(Descriptor folder, std::string name)
+        : m_folder(std::move(folder)), m_name(std::move(name)) {}
+    ~PosixNewFile() override {
+        if (m_file.IsOpen() && !m_isCommitted) ::unlinkat(m_folder.Get(), m_temporary.c_str(), 0);
+    }
+
+    std::string Open() {
+        m_file = Descriptor(Retried([this] {
+            return ::openat(m_folder.Get(), m_temporary.c_str(),
+                            O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode);
+        }));
+        return m_file.IsOpen() ? std::string() : LastFault();
+    }
+
+    std::string Write(const char* bytes, std::size_t count) override {
+        while (count > 0) {
+            const ssize_t written = Retried([&] { return ::write(m_file.Get(), bytes, count); });
+            if (written < 0) return LastFault();
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+        }
+        return {};
+    }
+
+    std::string Commit() override {
+        if (Retried([this] { return ::fdatasync(m_file.Get()); }) != 0) return LastFault();
+        if (::renameat(m_folder.Get(), m_temporary.c_str(), m_folder.Get(), m_name.c_str()) != 0)
+            return LastFault();
+        m_isCommitted = true;
+        return {};
+    }
+
+private:
+    Descriptor m_folder, m_file;
+    const std::string m_name;
+    const std::string m_temporary = MakeTemporaryName();
+    bool m_isCommitted = false;
+};
+
+/// Makes the folder when it is not there; never through a link.
+std::string Descend(Descriptor& folder, const std::string& name) {
+    if (::mkdirat(folder.Get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) return LastFault();
+    Descriptor next(Retried([&] { return ::openat(folder.Get(), name.c_str(), kFolderFlags | O_NOFOLLOW); }));
+    if (!next.IsOpen()) {
+        const bool isLink = errno == ELOOP || errno == ENOTDIR;  // the kernel says either
+        return isLink ? "a link or a file stands in the place of a folder" : LastFault();
+    }
+    folder = std::move(next);
+    return {};
+}
+
+}  // namespace
+
+struct SourceFile::State {
+    Descriptor file;
+};
+
+SourceFile::SourceFile() : m_state(std::make_unique<State>()) {}
+SourceFile::~SourceFile() = default;
+
+std::string SourceFile::Open(const std::string& path) {
+    const std::string name = ToSystemPath(path);
+    m_state->file = Descriptor(
+        Retried([&] { return ::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    if (!m_state->file.IsOpen()) return LastFault();
+    struct stat facts = {};
+    if (::fstat(m_state->file.Get(), &facts) != 0) return LastFault();
+    return S_ISREG(facts.st_mode) ? "" : "not a regular file";
+}
+
+std::string SourceFile::Read(char* bytes, std::size_t& count) {
+    const ssize_t size = Retried([&] { return ::read(m_state->file.Get(), bytes, count); });
+    count = size < 0 ? 0 : static_cast<std::size_t>(size);
+    return size < 0 ? LastFault() : "";
+}
+
+struct DestinationFolder::State {
+    Descriptor root;
+};
+
+DestinationFolder::DestinationFolder() : m_state(std::make_unique<State>()) {}
+DestinationFolder::~DestinationFolder() = default;
+
+std::string DestinationFolder::Open(const std::string& path) {
+    if (!FileSystemUtils::Exists(path)) FileSystemUtils::MakeDirectory(path);
+    const std::string name = ToSystemPath(path);
+    m_state->root = Descriptor(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
+    return m_state->root.IsOpen() ? std::string() : LastFault();
+}
+
+std::string DestinationFolder::Create(const std::vector<std::string>& components,
+                                      std::unique_ptr<NewFile>& file) {
+    Descriptor folder(::fcntl(m_state->root.Get(), F_DUPFD_CLOEXEC, 0));
+    if (!folder.IsOpen()) return LastFault();
+    for (std::size_t i = 0; i + 1 < components.size(); ++i) {
+        const std::string fault = Descend(folder, components[i]);
+        if (!fault.empty()) return fault;
+    }
+    auto made = std::make_unique<PosixNewFile>(std::move(folder), components.back());
+    const std::string fault = made->Open();
+    if (fault.empty()) file = std::move(made);
+    return fault;
+}
+
+}  // namespace quillon::agent

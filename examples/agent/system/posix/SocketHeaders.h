@@ -1,0 +1,5 @@
+#pragma once
+
+/// addrinfo, complete.
+
+#include <netdb.h>

@@ -1,0 +1,72 @@
+#include "system/Console.h"
+
+#include <windows.h>
+
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+namespace {
+
+InterruptHandler& Handler() {
+    static constinit InterruptHandler handler = nullptr;
+    return handler;
+}
+
+/// Runs on a thread that the system makes for it.
+BOOL WINAPI HandleControl(DWORD event) {
+    if (!Handler()()) return FALSE;  // the default handler ends the process
+    // A closing console, logoff or shutdown ends the process when this returns:
+    // leave main the seconds that the system grants.
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) ::Sleep(INFINITE);
+    return TRUE;
+}
+
+/// Results are UTF-8. The console outlives the agent and gets its code page back.
+void SpeakUtf8() {
+    static UINT previous = 0;
+    previous = ::GetConsoleOutputCP();
+    if (previous == 0 || !::SetConsoleOutputCP(CP_UTF8)) return;
+    std::atexit([] { ::SetConsoleOutputCP(previous); });
+}
+
+}  // namespace
+
+/// `argv` is in the ANSI code page, which cannot hold every argument.
+std::vector<std::string> GetArguments(int, char**) {
+    int count = 0;
+    const std::unique_ptr<LPWSTR, decltype(&::LocalFree)> wide(
+        ::CommandLineToArgvW(::GetCommandLineW(), &count), &::LocalFree);
+    std::vector<std::string> arguments;
+    if (wide == nullptr) return arguments;
+    for (int i = 1; i < count; ++i) arguments.push_back(StringUtils::WideStringToNarrow(wide.get()[i]));
+    return arguments;
+}
+
+std::FILE* TakeStandardOutput() {
+    const int taken = ::_dup(::_fileno(stdout));
+    if (taken < 0) return nullptr;
+    ::_setmode(taken, _O_BINARY);  // CSV ends its lines itself
+    ::SetHandleInformation(reinterpret_cast<HANDLE>(::_get_osfhandle(taken)), HANDLE_FLAG_INHERIT, 0);
+    std::FILE* stream = nullptr;
+    if (::_dup2(::_fileno(stderr), ::_fileno(stdout)) == 0) stream = ::_fdopen(taken, "wb");
+    if (stream == nullptr) ::_close(taken);
+    SpeakUtf8();
+    return stream;
+}
+
+bool IsErrorTerminal() { return ::_isatty(::_fileno(stderr)) != 0; }
+
+void OnInterrupt(InterruptHandler handler) {
+    Handler() = handler;
+    ::SetConsoleCtrlHandler(&HandleControl, TRUE);
+}
+
+}  // namespace quillon::agent
