@@ -31,7 +31,10 @@ public:
     bool AnyOf(const std::string& name, Matches matches) const {
         const std::uint64_t wanted = kOnes * MarkOf(name);
         for (std::size_t i = 0; i < m_words.size(); ++i) {
-            // The top bit of each byte that is equal; a borrow may add the byte above one.
+            // A byte of `difference` is 0 where the marks are equal. Subtracting 1 from each byte borrows
+            // into the top bit of a byte that was 0, and ~difference drops bytes whose top bit was set
+            // before: what is left is one bit for each equal mark. The borrow out of an equal byte may
+            // mark the byte above it too, which costs one needless comparison and misses none.
             const std::uint64_t difference = m_words[i] ^ wanted;
             std::uint64_t hits = (difference - kOnes) & ~difference & (kOnes << 7);
             for (; hits != 0; hits &= hits - 1) {

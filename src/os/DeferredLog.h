@@ -8,8 +8,10 @@
 
 namespace quillon {
 
-/// Keeps what is logged under a lock, whatever its level, for the time when the lock
-/// is released: an entry may roll the log over, which takes locks of its own.
+/// Keeps the entries that are written while a lock is held, whatever their level, and hands them on when
+/// the lock is released. The proxies work by the rule "one lock, log after": an entry may roll the log
+/// over, the new file's banner asks the host's services, and one of these may call the proxy again on the
+/// same thread, or wait for a thread that does.
 class DeferredLog final : public StdoutLogger {
 public:
     ~DeferredLog() override;

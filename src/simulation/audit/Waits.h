@@ -10,8 +10,11 @@
 
 namespace quillon::simulation {
 
-/// Events, and callbacks that threads of a pool make when one is signalled, in
-/// memory. Lives as long as the process. Any thread.
+/// Auto-reset events, and callbacks on other threads when one is signalled, in memory: what
+/// RegisterWaitForSingleObject and UnregisterWait do. As there, one signal starts one callback, a signal
+/// that nobody waits for is kept for the next wait, a wait goes on until it is unregistered, and
+/// unregistering does not wait for a callback that runs: it may still run, or start, afterwards.
+/// Lives as long as the process. Thread-safe.
 class Waits {
 public:
     HANDLE MakeEvent();

@@ -37,6 +37,10 @@ public:
     bool Matches(const Property& property) const;
 
 private:
+    // Conditions have SQL's three values: a comparison with NULL is neither true nor false but unknown;
+    // NOT of unknown is unknown, AND is false as soon as one side is false, OR true as soon as one side is
+    // true. An object matches only when the whole condition is true.
+
     /// One step of the condition, in postfix order.
     struct Step {
         enum class Kind { Compare, IsNull, IsNotNull, And, Or, Not };
