@@ -1,9 +1,9 @@
 #include "quillon/PathUtils.h"
 
 #include <algorithm>
-#include <boost/filesystem/path.hpp>
 #include <mutex>
 #include <string_view>
+#include <vector>
 
 #include "base/Characters.h"
 #include "base/Utf.h"
@@ -55,17 +55,36 @@ std::size_t RootLength(std::string_view path) {
     return isNetwork ? std::min(path.find('/', 2), path.size()) : 0;
 }
 
-/// The elements without a root, so that the result is the same on systems that
-/// know no drives. Characters are widened one by one: only '/' and '.' matter.
-std::string NormaliseElements(const std::string& elements) {
-    using Path = boost::filesystem::path;
-    const auto begin = reinterpret_cast<const unsigned char*>(elements.data());
-    const Path::string_type native(begin, begin + elements.size());
-    const Path::string_type normal = Path(native).normalize().generic_string<Path::string_type>();
-    std::string result;
-    result.reserve(normal.size());
-    for (const auto c : normal) result.push_back(static_cast<char>(c));
-    return result;
+/// The elements between slashes, of which one or more separate two; one more, ".", for a slash at the end.
+std::vector<std::string_view> ElementsOf(std::string_view path) {
+    std::vector<std::string_view> elements;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (end > begin) elements.push_back(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    if (path.ends_with('/') && !elements.empty()) elements.push_back(".");
+    return elements;
+}
+
+/// What is behind a path's root, which may begin with a slash, by the rules of Normalise().
+std::string NormaliseElements(std::string_view path) {
+    const bool isAbsolute = path.starts_with('/');
+    const auto elements = ElementsOf(path);
+    std::vector<std::string_view> kept;
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        const bool isFirst = !isAbsolute && i == 0, isLast = i + 1 == elements.size();
+        if (elements[i] == "." && !isFirst && !isLast) continue;
+        if (elements[i] == ".." && !kept.empty() && kept.back() != "." && kept.back() != "..") {
+            kept.pop_back();
+            continue;
+        }
+        kept.push_back(elements[i]);
+    }
+    std::string result(isAbsolute ? "/" : "");
+    for (const auto element : kept) result.append(element).push_back('/');
+    if (!kept.empty()) result.pop_back();
+    return result.empty() ? "." : result;
 }
 
 /// True for most paths that are as they should be: only backslashes, one at a time, and no

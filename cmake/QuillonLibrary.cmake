@@ -30,7 +30,7 @@ target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include 
                            ${PROJECT_SOURCE_DIR})
 target_compile_definitions(quillon_objects PRIVATE QUILLON_BUILD)
 target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Boost::headers
-                      Boost::filesystem Threads::Threads)
+                      Threads::Threads)
 if(NOT WIN32)  # certificates
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
   target_link_libraries(quillon_objects PUBLIC OpenSSL::Crypto)
