@@ -24,10 +24,10 @@ std::optional<FileAttributes> AttributesOfWidePath(const std::wstring& path) {
 }
 
 long long UnixSeconds(const FILETIME& time) {
-    constexpr long long base::kTicksPerSecond = 10'000'000;
+    constexpr long long kTicksPerSecond = 10'000'000;
     constexpr long long kSecondsFrom1601To1970 = 11'644'473'600;
     const auto ticks = (static_cast<unsigned long long>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-    return static_cast<long long>(ticks) / base::kTicksPerSecond - kSecondsFrom1601To1970;
+    return static_cast<long long>(ticks) / kTicksPerSecond - kSecondsFrom1601To1970;
 }
 
 }  // namespace

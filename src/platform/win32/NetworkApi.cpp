@@ -34,7 +34,7 @@ void platform::StopSockets() { ::WSACleanup(); }
 std::optional<std::string> platform::HostName() {
     std::array<wchar_t, 255> name{};
     if (::GetHostNameW(name.data(), static_cast<int>(name.size())) != 0) return std::nullopt;
-    return ToUtf8(name.data());
+    return base::ToUtf8(name.data());
 }
 
 std::optional<std::string> platform::FullyQualifiedName() {
@@ -46,7 +46,7 @@ std::optional<std::string> platform::FullyQualifiedName() {
     std::wstring name(++length, L'\0');
     if (::GetComputerNameExW(ComputerNameDnsFullyQualified, name.data(), &length) == 0) return std::nullopt;
     name.resize(length);  // now without the terminator
-    return ToUtf8(name);
+    return base::ToUtf8(name);
 }
 
 std::optional<std::string> platform::LoopbackName() {
@@ -60,7 +60,7 @@ std::optional<std::string> platform::LoopbackName() {
                        NI_NAMEREQD) != 0) {
         return std::nullopt;
     }
-    return ToUtf8(host.data());
+    return base::ToUtf8(host.data());
 }
 
 std::optional<std::string> platform::FlatDomainName() {
@@ -69,12 +69,12 @@ std::optional<std::string> platform::FlatDomainName() {
         return std::nullopt;
     const Handle<RoleTraits> role(reinterpret_cast<DSROLE_PRIMARY_DOMAIN_INFO_BASIC*>(found));
     if (!role || role.Get()->DomainNameFlat == nullptr) return std::nullopt;
-    return ToUtf8(role.Get()->DomainNameFlat);
+    return base::ToUtf8(role.Get()->DomainNameFlat);
 }
 
 bool platform::TextToAddress(int family, const std::string& text, void* address) {
     if (family != kIpv4 && family != kIpv6) return false;
-    auto wide = Utf8ToWide(text);
+    auto wide = base::Utf8ToWide(text);
     if (!wide || wide->find(L'\0') != std::wstring::npos) return false;
     sockaddr_in6 result{};
     int length = static_cast<int>(family == kIpv4 ? kIpv4AddressSize : kIpv6AddressSize);
@@ -96,7 +96,7 @@ std::string platform::AddressToText(const void* address, std::size_t length) {
                               text.data(), &size) != 0) {
         return {};
     }
-    return ToUtf8(text.data());
+    return base::ToUtf8(text.data());
 }
 
 }  // namespace quillon

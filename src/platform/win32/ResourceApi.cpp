@@ -20,7 +20,7 @@ HMODULE ThisModule() {
 std::optional<std::string_view> platform::EmbeddedResource(const char* type, int number) {
     const HMODULE module = ThisModule();
     if (module == nullptr) return std::nullopt;
-    const HRSRC entry = ::FindResourceW(module, MAKEINTRESOURCEW(number), ToWide(type).c_str());
+    const HRSRC entry = ::FindResourceW(module, MAKEINTRESOURCEW(number), base::ToWide(type).c_str());
     if (entry == nullptr) return std::nullopt;
     const HGLOBAL loaded = ::LoadResource(module, entry);
     if (loaded == nullptr) return std::nullopt;
