@@ -1,11 +1,12 @@
 #pragma once
 
+#include <cstdarg>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "quillon/Export.h"
-#include "quillon/ICLogger.h"
+#include "quillon/LoggerBase.h"
 
 namespace quillon {
 
@@ -18,7 +19,7 @@ namespace quillon {
 /// The slot behind GetInstance can hold a logger that hands entries to a host
 /// callback instead. Pointers obtained earlier are invalid once the slot's
 /// instance has been replaced or released; the host does so only while nobody logs.
-class QUILLON_API CLogger : public ICLogger {
+class QUILLON_API CLogger : public LoggerBase {
 public:
     using Callback = std::function<void(ICLogger::Level, const std::string&)>;
 
@@ -40,20 +41,6 @@ public:
     bool IsInitialized() const override;
     void StopLogging() override;
 
-    void Trace(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Debug(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Info(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Warn(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Error(const char* format, ...) override QUILLON_PRINTF(2, 3);
-    void Fatal(const char* format, ...) override QUILLON_PRINTF(2, 3);
-
-    void TraceV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void DebugV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void InfoV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void WarnV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void ErrorV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-    void FatalV(const char* format, std::va_list arguments) override QUILLON_PRINTF(2, 0);
-
     const std::string& GetPath() const override;
     /// Entries go to the new file from now on. An empty or unchanged path is
     /// refused with an entry and changes nothing.
@@ -68,7 +55,7 @@ private:
     CLogger();
     ~CLogger() override;
 
-    void MsgFmt(Level level, const char* format, std::va_list arguments) const QUILLON_PRINTF(3, 0);
+    void Write(Level level, const char* format, std::va_list arguments) override QUILLON_PRINTF(3, 0);
 
     std::unique_ptr<Impl> m_impl;
 };

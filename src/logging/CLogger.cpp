@@ -6,9 +6,6 @@
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
 
-#include <atomic>
-#include <cstdint>
-#include <limits>
 #include <mutex>
 #include <utility>
 
@@ -16,7 +13,6 @@
 #include "logging/CallbackLogger.h"
 #include "logging/CustomRollingFileAppender.h"
 #include "logging/Log4cplusEntry.h"
-#include "logging/LogOperations.h"
 #include "logging/RollOverBanner.h"
 #include "quillon/StringUtils.h"
 
@@ -26,8 +22,6 @@ namespace {
 
 constexpr const char* kPattern = "%d{%Y-%m-%d %H:%M:%S.%q} [%5T] %-5p - %m%n";
 constexpr const char* kFileAppender = "DefaultFileAppender";
-/// Above every level code: nothing is written.
-constexpr std::uint64_t kDiscardAll = std::numeric_limits<std::uint64_t>::max();
 
 struct Slot {
     std::mutex mutex;
@@ -66,13 +60,8 @@ void InstallFileAppender(const std::string& path) {
 }  // namespace
 
 struct CLogger::Impl {
-    void Pass(Level lowest) { threshold = static_cast<std::uint32_t>(lowest); }
-
     std::string path;
     log4cplus::Logger logger;
-    /// The lowest level code that is written: log4cplus's own level, where a
-    /// suppressed entry can see it for one comparison.
-    std::atomic<std::uint64_t> threshold{kDiscardAll};
 };
 
 ICLogger* CLogger::GetInstance() {
@@ -99,7 +88,8 @@ ICLogger* CLogger::ClearLoggingCallback() {
     return GetInstance();
 }
 
-CLogger::CLogger() : m_impl(std::make_unique<Impl>()) {}
+// The threshold is log4cplus's own level, where a suppressed entry sees it for one comparison.
+CLogger::CLogger() : LoggerBase(kNothing), m_impl(std::make_unique<Impl>()) {}
 CLogger::~CLogger() = default;
 
 void CLogger::InitializeLogging(const char* path, Level level) {
@@ -115,16 +105,16 @@ void CLogger::InitializeLogging(const char* path, Level level) {
     if (path != nullptr || !m_impl->path.empty()) InstallFileAppender(m_impl->path);
 
     m_impl->logger = root;
-    m_impl->Pass(FromLog4cplusLevel(root.getLogLevel()));
+    SetThreshold(FromLog4cplusLevel(root.getLogLevel()));
     SetLevel(level);
 }
 
-bool CLogger::IsInitialized() const { return m_impl->threshold != kDiscardAll; }
+bool CLogger::IsInitialized() const { return GetThreshold() != kNothing; }
 
 void CLogger::StopLogging() {
     if (!IsInitialized()) return;
 
-    m_impl->threshold = kDiscardAll;
+    SetThreshold(kNothing);
     m_impl->logger.removeAllAppenders();
     log4cplus::Logger::getDefaultHierarchy().shutdown();
     m_impl->path.clear();
@@ -147,7 +137,7 @@ ICLogger::Level CLogger::SetLevel(Level level) {
     if (!IsInitialized() || !mapped) return previous;
 
     m_impl->logger.setLogLevel(*mapped);
-    m_impl->Pass(level);
+    SetThreshold(level);
     return previous;
 }
 
@@ -155,11 +145,7 @@ ICLogger::Level CLogger::GetLevel() {
     return IsInitialized() ? FromLog4cplusLevel(m_impl->logger.getLogLevel()) : Level::Info;
 }
 
-QUILLON_LOG_OPERATIONS(CLogger, MsgFmt)
-
-void CLogger::MsgFmt(Level level, const char* format, std::va_list arguments) const {
-    // As unsigned codes, unexpected ones are all above the known levels.
-    if (static_cast<std::uint32_t>(level) < m_impl->threshold.load(std::memory_order_acquire)) return;
+void CLogger::Write(Level level, const char* format, std::va_list arguments) {
     try {
         WriteEntry(m_impl->logger, level, StringUtils::Format(format, arguments));
     } catch (...) {

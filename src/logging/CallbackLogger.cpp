@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "logging/LogOperations.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -11,17 +10,13 @@ CallbackLogger::CallbackLogger(CLogger::Callback callback) : m_callback(std::mov
 CallbackLogger::~CallbackLogger() = default;
 
 void CallbackLogger::InitializeLogging(const char*, Level) {}
-bool CallbackLogger::IsInitialized() const { return true; }
-void CallbackLogger::StopLogging() {}
-const std::string& CallbackLogger::GetPath() const { return NoLogPath(); }
-void CallbackLogger::SetPath(const std::string&) {}
-ICLogger::Level CallbackLogger::SetLevel(Level level) { return m_level = level; }
-ICLogger::Level CallbackLogger::GetLevel() { return m_level; }
 
-QUILLON_LOG_OPERATIONS(CallbackLogger, Write)
+ICLogger::Level CallbackLogger::SetLevel(Level level) {
+    LoggerBase::SetLevel(level);
+    return level;
+}
 
-void CallbackLogger::Write(Level level, const char* format, std::va_list arguments) const {
-    if (m_level > level) return;
+void CallbackLogger::Write(Level level, const char* format, std::va_list arguments) {
     m_callback(level, StringUtils::Format(format, arguments));
 }
 

@@ -1,9 +1,6 @@
 #include "quillon/StdoutLogger.h"
 
 #include <cstdio>
-#include <utility>
-
-#include "logging/LogOperations.h"
 
 namespace quillon {
 
@@ -16,21 +13,10 @@ const char* Prefix(ICLogger::Level level) {
 
 }  // namespace
 
+StdoutLogger::StdoutLogger() : LoggerBase(Level::Warn) {}
 StdoutLogger::~StdoutLogger() = default;
 
-void StdoutLogger::InitializeLogging(const char*, Level level) { m_level = level; }
-bool StdoutLogger::IsInitialized() const { return true; }
-void StdoutLogger::StopLogging() {}
-const std::string& StdoutLogger::GetPath() const { return NoLogPath(); }
-void StdoutLogger::SetPath(const std::string&) {}
-ICLogger::Level StdoutLogger::SetLevel(Level level) { return std::exchange(m_level, level); }
-ICLogger::Level StdoutLogger::GetLevel() { return m_level; }
-
-QUILLON_LOG_OPERATIONS(StdoutLogger, Write)
-
-void StdoutLogger::Write(Level level, const char* format, std::va_list arguments) const {
-    if (m_level > level) return;
-
+void StdoutLogger::Write(Level level, const char* format, std::va_list arguments) {
     std::fputs(Prefix(level), stdout);
     std::vprintf(format, arguments);
     std::fputc('\n', stdout);

@@ -4,7 +4,7 @@
 
 namespace quillon {
 
-/// The logger, or one that writes nothing up to Error when there is none.
+/// Returns the logger, or one that writes nothing when it is null.
 ICLogger& OrSilent(ICLogger* logger);
 
 }  // namespace quillon

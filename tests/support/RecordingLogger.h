@@ -8,17 +8,17 @@
 #include <utility>
 #include <vector>
 
+#include "quillon/LoggerBase.h"
 #include "quillon/ServiceLocator.h"
-#include "quillon/StdoutLogger.h"
 
 namespace quillon::test {
 
 /// Registers itself with ServiceLocator for its life and keeps what is logged,
 /// whatever its level, instead of printing it. Writes from any thread; each clobbers
 /// the system's last error and errno, as a real logger may.
-class RecordingLogger final : public StdoutLogger {
+class RecordingLogger final : public LoggerBase {
 public:
-    RecordingLogger() { ServiceLocator::Put<ICLogger>(this); }
+    RecordingLogger() : LoggerBase(Level::Trace) { ServiceLocator::Put<ICLogger>(this); }
     ~RecordingLogger() override {
         if (ServiceLocator::Get<ICLogger>(true) == this) ServiceLocator::Remove<ICLogger>();
     }
@@ -37,26 +37,8 @@ public:
         m_entries.clear();
     }
 
-#define QUILLON_RECORD(level)                                                                 \
-    QUILLON_PRINTF(2, 3) void level(const char* format, ...) override {                       \
-        std::va_list arguments;                                                               \
-        va_start(arguments, format);                                                          \
-        level##V(format, arguments);                                                          \
-        va_end(arguments);                                                                    \
-    }                                                                                         \
-    QUILLON_PRINTF(2, 0) void level##V(const char* format, std::va_list arguments) override { \
-        Record(Level::level, format, arguments);                                              \
-    }
-    QUILLON_RECORD(Trace)
-    QUILLON_RECORD(Debug)
-    QUILLON_RECORD(Info)
-    QUILLON_RECORD(Warn)
-    QUILLON_RECORD(Error)
-    QUILLON_RECORD(Fatal)
-#undef QUILLON_RECORD
-
 private:
-    QUILLON_PRINTF(3, 0) void Record(Level level, const char* format, std::va_list arguments) {
+    QUILLON_PRINTF(3, 0) void Write(Level level, const char* format, std::va_list arguments) override {
         std::string text(100'000, '\0');
         text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, arguments)));
         std::error_code ignored;

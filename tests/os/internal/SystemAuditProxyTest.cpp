@@ -256,12 +256,15 @@ TEST_F(SystemAuditProxyTest, ThreadsShareSubcategories) {
 namespace {
 
 /// Writes the entries of Info to a file that rolls over.
-class RollingLogger final : public StdoutLogger {
+class RollingLogger final : public LoggerBase {
 public:
     explicit RollingLogger(const RollingLog& file) : m_file(file) {}
-    void Info(const char*, ...) override { m_file.Write("entry"); }
 
 private:
+    void Write(Level level, const char*, std::va_list) override {
+        if (level == Level::Info) m_file.Write("entry");
+    }
+
     const RollingLog& m_file;
 };
 

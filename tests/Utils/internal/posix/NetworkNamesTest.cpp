@@ -19,9 +19,9 @@ namespace {
 using simulation::Sockets;
 
 /// Asks for names when an entry is written, as the head of a log file does.
-struct AskingLogger final : StdoutLogger {
-    QUILLON_PRINTF(2, 3) void Error(const char* format, ...) override {
-        if (++m_depth == 1)
+class AskingLogger final : public LoggerBase {
+    void Write(Level level, const char* format, std::va_list) override {
+        if (level == Level::Error && ++m_depth == 1)
             std::printf("%s %s %s\n", format, NetworkUtils::GetHostName(), NetworkUtils::GetFqdn());
     }
     int m_depth = 0;
