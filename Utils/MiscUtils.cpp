@@ -18,8 +18,8 @@
 #include "platform/SystemVersionApi.h"
 #include "platform/VersionResourceApi.h"
 #include "quillon/RegistryUtils.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -88,7 +88,7 @@ std::string MiscUtils::GetEnvVar(const char* name, bool* missing) {
     if (missing != nullptr) *missing = !isRead;
     if (isRead) return *value;
     if (!value && code != kNoSuchVariable) {
-        if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+        if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
             logger->Warn("Could not get value of environment variable '%s' because: %s", name,
                          StringUtils::GetErrorAsString(static_cast<std::int32_t>(code)).c_str());
         }
@@ -133,7 +133,7 @@ bool MiscUtils::GetDllHandle(HINSTANCE& module, void* address) {
         return true;
     }
     const std::string reason = StringUtils::GetLastErrorAsString();
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+    if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
         logger->Error("Could not get DLL details because: %s", reason.c_str());
     }
     return false;

@@ -5,8 +5,8 @@
 #include "platform/FileApi.h"
 #include "quillon/ICLogger.h"
 #include "quillon/PathUtils.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -63,7 +63,7 @@ bool FileSystemUtils::Exists(const std::wstring& path) {
     const std::string narrow = base::ToUtf8(path);
     if (platform::AttributesOf(narrow)) return true;
     const std::string reason = StringUtils::GetLastErrorAsString();  // logging overwrites it
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Debug("Cannot get attributes of '%s' because: %s", narrow.c_str(), reason.c_str());
     }
     return false;

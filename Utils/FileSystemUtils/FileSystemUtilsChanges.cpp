@@ -9,8 +9,8 @@
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
 #include "quillon/PathUtils.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -23,7 +23,7 @@ bool FailToErase(const std::string& path) {
     const std::uint32_t code = platform::LastError();  // logging overwrites it
     const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
     const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(code));
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Error("Cannot delete '%s' because: %s", path.c_str(), reason.c_str());
     }
     return false;
@@ -97,7 +97,7 @@ bool FileSystemUtils::RenameFile(const std::string& from, const std::string& to,
 
 bool FileSystemUtils::RenameGenerations(const std::string& path, std::uint32_t generations) {
     if (generations == 0) {
-        if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+        if (ICLogger* const logger = detail::RegisteredLogger()) {
             logger->Error("Number of generations when renaming '%s' must be at least 1", path.c_str());
         }
         return false;

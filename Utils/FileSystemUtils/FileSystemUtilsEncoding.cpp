@@ -10,7 +10,7 @@
 #include "platform/TextApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -194,7 +194,7 @@ bool IsFileEncoding(FileEncoding encoding) {
 }
 
 void LogUnsupportedEncoding(FileEncoding encoding, int number) {
-    ICLogger* logger = ServiceLocator::Get<ICLogger>();
+    ICLogger* logger = detail::RegisteredLogger();
     if (logger == nullptr) return;
     logger->Error("File encoding format %s not supported (%i)",
                   FileSystemUtils::FileEncodingToString(encoding), number);

@@ -5,7 +5,7 @@
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -26,7 +26,7 @@ bool CopySecurity(const std::string& source, const std::string& destination) {
     const auto security = platform::ReadSecurity(source, kLargestDescriptor);
     if (!security) return false;
     if (platform::WriteSecurity(destination, *security)) return true;
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Error(
             "Unable to copy file security and ownership to '%s' despite process SE_SECURITY_NAME, "
             "SE_RESTORE_NAME privileges.",

@@ -13,8 +13,8 @@
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -202,7 +202,7 @@ void VersionLookup::LogStored(ICLogger& logger) const {
 
 FileSystemUtils::VersionInformation FileSystemUtils::GetVersionInformation(const std::string& filePath,
                                                                            const std::string& language) {
-    ICLogger* const logger = ServiceLocator::Get<ICLogger>(true);
+    ICLogger* const logger = detail::RegisteredLoggerIfAny();
     if (filePath.empty()) {
         if (logger != nullptr) logger->Debug("GetVersionInformation: empty filePath");
         return {};

@@ -4,7 +4,7 @@
 #include "Utils/internal/NetworkLookup.h"
 #include "quillon/ICLogger.h"
 #include "quillon/NetworkUtils.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -17,7 +17,7 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
     const char* const name = node == nullptr ? "(null)" : node;
     if (!found) {
         result.reset();
-        if (ICLogger* const logger = ServiceLocator::Get<ICLogger>())
+        if (ICLogger* const logger = detail::RegisteredLogger())
             logger->Warn(" -> DNS resolution of %s has timed out after %d seconds", name, limit);
         return -1;
     }
@@ -26,7 +26,7 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
     } else {
         result.reset(found->list);
     }
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>())
+    if (ICLogger* const logger = detail::RegisteredLogger())
         logger->Debug(" -> DNS resolution of %s has returned within %d seconds", name, limit);
     return found->code;
 }

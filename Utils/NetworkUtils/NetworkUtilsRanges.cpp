@@ -7,8 +7,8 @@
 #include "platform/NetworkApi.h"
 #include "quillon/ICLogger.h"
 #include "quillon/NetworkUtils.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -45,7 +45,7 @@ std::optional<std::uint32_t> ReadWanted(const std::string& text) {
     const bool isIpv6 = HasColon(trimmed);
     if (!isIpv6 && platform::TextToAddress(platform::kIpv4, trimmed, address.data()))
         return HostOrder(&address[kIpv4AddressField]);
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
         if (isIpv6) {
             logger->Warn("Unsupported IPv6 address supplied to IpInRange(): '%s'", text.c_str());
         } else {
@@ -67,7 +67,7 @@ Piece ReadPiece(std::string_view piece, Ipv4Range& range) {
         range = *read;
         return Piece::Range;
     }
-    ICLogger* const logger = ServiceLocator::Get<ICLogger>();
+    ICLogger* const logger = detail::RegisteredLogger();
     const bool isIpv6 = HasColon(trimmed);
     if (logger != nullptr && isIpv6) logger->Warn("Unsupported IPv6 range found: '%s'", trimmed.c_str());
     if (logger != nullptr && !isIpv6) logger->Error("Unexpected IP range found: '%s'", trimmed.c_str());
@@ -90,7 +90,7 @@ bool NetworkUtils::IpInRange(const std::string& address, const std::string& rang
         start = end + 1;
     }
     if (!hasRange) {
-        if (ICLogger* const logger = ServiceLocator::Get<ICLogger>())
+        if (ICLogger* const logger = detail::RegisteredLogger())
             logger->Error("No IP ranges found in string supplied to IpInRange(): '%s'", ranges.c_str());
     }
     return isInside;

@@ -4,8 +4,8 @@
 #include "base/Utf.h"
 #include "platform/TextApi.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -15,7 +15,7 @@ constexpr const char* kInvalidNarrow = "Invalid narrow string for conversion to 
 constexpr const char* kInvalidWide = "Invalid wide string for conversion to narrow";
 
 void LogInvalid(const char* message) {
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) logger->Error("%s", message);
+    if (ICLogger* const logger = detail::RegisteredLogger()) logger->Error("%s", message);
 }
 
 }  // namespace

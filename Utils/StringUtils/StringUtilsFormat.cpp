@@ -6,8 +6,8 @@
 #include "platform/ErrorText.h"
 #include "platform/TextApi.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -57,7 +57,7 @@ std::string StringUtils::GetErrorAsString(std::int32_t code) {
     if (const auto text = platform::ErrorCodeText(code)) return "(" + DecimalAndHex(code) + ") " + *text;
 
     const unsigned long error = platform::LastError();
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+    if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
         logger->Debug("Could not format error %i because of error %lu", code, error);
     }
     return "(unknown error code " + DecimalAndHex(code) + ")";

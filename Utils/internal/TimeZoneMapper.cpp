@@ -6,7 +6,7 @@
 #include "platform/ResourceApi.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 namespace {
@@ -31,7 +31,7 @@ struct Message {
 };
 
 void Log(const Message& message) {
-    auto* const logger = ServiceLocator::Get<ICLogger>();
+    auto* const logger = detail::RegisteredLogger();
     if (logger == nullptr) return;
     if (message.level == ICLogger::Level::Warn) logger->Warn("%s", message.text.c_str());
     if (message.level == ICLogger::Level::Error) logger->Error("%s", message.text.c_str());

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -20,7 +20,7 @@ inline unsigned int InnerIndent(unsigned int blanks) { return std::min(blanks, k
 
 /// `logger`, else the registered one; null when there is none.
 inline ICLogger* LoggerOrRegistered(ICLogger* logger) {
-    return logger != nullptr ? logger : ServiceLocator::Get<ICLogger>(true);
+    return logger != nullptr ? logger : detail::RegisteredLoggerIfAny();
 }
 
 /// Writes a line at Debug, or to standard error when `logger` is null.

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -32,7 +32,7 @@ bool File::Write(const std::string& text, FileEncoding encoding) {
     const FileEncoding effective = encoding != FileSystemUtils::NOTSET ? encoding : m_encoding;
     if (effective != FileSystemUtils::NOTSET) return FileSystemUtils::WriteFile(m_path, text, effective);
 
-    if (ICLogger* logger = ServiceLocator::Get<ICLogger>()) {
+    if (ICLogger* logger = detail::RegisteredLogger()) {
         logger->Error("No file encoding supplied to File::Write()");
     }
     return false;
@@ -58,7 +58,7 @@ File::FileEncoding File::GetEncoding() const {
 void File::SetEncoding(FileEncoding encoding) {
     ICLogger* logger = nullptr;
     if (m_encoding != FileSystemUtils::NOTSET || encoding != FileSystemUtils::NOTSET) {
-        logger = ServiceLocator::Get<ICLogger>();
+        logger = detail::RegisteredLogger();
     }
     if (logger != nullptr) {
         logger->Debug("The encoding of a file has been modified from %s to %s",

@@ -4,12 +4,12 @@
 
 #include "files/LsZParser.h"
 #include "quillon/FileSystemUtils.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
 LsZFile::LsZFile(const std::string& path, const std::string* displayName)
-    : m_logger(ServiceLocator::Get<ICLogger>()), m_record(std::make_unique<Record>()) {
+    : m_logger(detail::RegisteredLogger()), m_record(std::make_unique<Record>()) {
     m_record->path = path;
     if (displayName != nullptr) m_record->displayName = *displayName;
     try {

@@ -8,6 +8,7 @@
 #include "quillon/IProviderRegistry.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/VariantList.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -32,7 +33,7 @@ std::optional<bool> BooleanOf(const VariantList& row, const std::string& name) {
 
 }  // namespace
 
-WayfarProviderWrapper::WayfarProviderWrapper() : m_logger(ServiceLocator::Get<ICLogger>()) {}
+WayfarProviderWrapper::WayfarProviderWrapper() : m_logger(detail::RegisteredLogger()) {}
 
 WayfarProviderWrapper::~WayfarProviderWrapper() = default;
 

@@ -14,6 +14,7 @@
 #include "quillon/IDeviceInformation.h"
 #include "quillon/LoggerUtils.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -119,7 +120,7 @@ void Attempt(ICLogger& log, const Report& report) {
 void PrepareRollOverBanner() { static_cast<void>(BannerHostName()); }
 
 void WriteRollOverBanner() {
-    auto* const logger = ServiceLocator::Get<ICLogger>(true);
+    auto* const logger = detail::RegisteredLoggerIfAny();
     if (logger == nullptr) return;
     LoggerUtils::LogCopyright(kTitle, logger, false);
     if (const auto* const settings = ServiceLocator::Get<IAgentConfiguration>(true)) {

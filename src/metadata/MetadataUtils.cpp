@@ -6,8 +6,8 @@
 
 #include "quillon/ICLogger.h"
 #include "quillon/MethodMetadata.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/TimePoint.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -23,7 +23,7 @@ const char* MetadataUtils::Type(unsigned long long hash) {
 
 void MetadataUtils::LogThenThrow(std::stringstream& message) {
     const std::string text = message.str();
-    if (ICLogger* logger = ServiceLocator::Get<ICLogger>(true)) logger->Error("%s", text.c_str());
+    if (ICLogger* logger = detail::RegisteredLoggerIfAny()) logger->Error("%s", text.c_str());
     throw std::runtime_error(text);
 }
 

@@ -4,9 +4,9 @@
 
 #include "metadata/TextOrEmpty.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/Url.h"
 #include "quillon/UserUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 namespace {
@@ -104,7 +104,7 @@ bool MethodParameterValidation::OneOf(const char* name, const std::string& value
 void MethodParameterValidation::UseNonDeprecated(const char* name, const char* deprecatedName,
                                                  std::string& value, const std::string& deprecatedValue) {
     if (!value.empty()) return;
-    if (ICLogger* logger = ServiceLocator::Get<ICLogger>(true)) {
+    if (ICLogger* logger = detail::RegisteredLoggerIfAny()) {
         logger->Warn("Parameter name '%s' is deprecated; use '%s' instead", Text(deprecatedName).c_str(),
                      Text(name).c_str());
     }

@@ -2,6 +2,7 @@
 
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -26,7 +27,7 @@ AuditOperation::AuditOperation() : m_lock(AuditState::Get().m_auditSync) { Audit
 AuditOperation::~AuditOperation() {
     AuditState::Get().log = nullptr;
     m_lock.unlock();
-    m_log.WriteTo(RegisteredLogger());
+    m_log.WriteTo(detail::RegisteredLoggerIfAny());
 }
 
 SecurityPrivilegeScope::SecurityPrivilegeScope(ICLogger& log) : m_log(log) {

@@ -6,8 +6,8 @@
 
 #include "platform/ComApi.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -19,7 +19,7 @@ constexpr auto kTooLate = static_cast<std::int32_t>(0x80010119);  // RPC_E_TOO_L
 /// Always false. `what` is "COM" or a part of it.
 bool Report(const std::string& what, std::int32_t code) {
     const std::string text = StringUtils::GetErrorAsString(code);
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+    if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
         logger->Error("Could not initialize %s, failed with: %s", what.c_str(), text.c_str());
     } else {
         std::cerr << "Could not initialize " + what + ", failed with: " + text + '\n' << std::flush;

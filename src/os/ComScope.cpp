@@ -1,7 +1,7 @@
 #include "quillon/ComScope.h"
 
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -11,7 +11,7 @@ ComScope::~ComScope() {
     if (!m_initialized) return;
     if (m_thread == std::this_thread::get_id()) {
         ComInitialization::Uninitialize();
-    } else if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+    } else if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
         logger->Fatal("COM is left initialized: its scope ends on another thread than it began on");
     }
 }

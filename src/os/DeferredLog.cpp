@@ -1,6 +1,5 @@
 #include "os/DeferredLog.h"
 
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -31,7 +30,5 @@ void DeferredLog::WriteTo(ICLogger* logger) noexcept {
 void DeferredLog::Write(Level level, const char* format, std::va_list arguments) {
     m_entries.emplace_back(level, StringUtils::Format(format, arguments));
 }
-
-ICLogger* RegisteredLogger() { return ServiceLocator::Get<ICLogger>(true); }
 
 }  // namespace quillon

@@ -27,7 +27,4 @@ private:
     std::vector<std::pair<Level, std::string>> m_entries;
 };
 
-/// The registered logger, null when there is none; that is not logged.
-ICLogger* RegisteredLogger();
-
 }  // namespace quillon

@@ -2,8 +2,8 @@
 
 #include "platform/ErrorText.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -26,7 +26,7 @@ bool ErrorHelper::AllowTrustError(IAgentConfiguration::CRLChecks crlChecks, unsi
     const bool isOffline = trustStatus == kOfflineRevocation;
     if (crlChecks != IAgentConfiguration::Soft || (!isOffline && trustStatus != kRevocationStatusUnknown))
         return false;
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+    if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
         logger->Debug(
             "%s %s error ignored as soft CRLChecks are configured", " ->",
             isOffline ? "CERT_TRUST_IS_OFFLINE_REVOCATION" : "CERT_TRUST_REVOCATION_STATUS_UNKNOWN");

@@ -7,6 +7,7 @@
 #include "platform/Handle.h"
 #include "quillon/EventLogProxy.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -108,7 +109,7 @@ bool EventLogProxy::EnableChannelIfRequired(const wchar_t* channel) {
     if (!IsAvailable()) return false;
     DeferredLog log;
     const bool isEnabled = AddChannelHolder(channel, log);
-    log.WriteTo(RegisteredLogger());
+    log.WriteTo(detail::RegisteredLoggerIfAny());
     return isEnabled;
 }
 
@@ -116,7 +117,7 @@ void EventLogProxy::DisableChannelIfRequired(const wchar_t* channel) {
     if (!IsAvailable()) return;
     DeferredLog log;
     RemoveChannelHolder(channel, log);
-    log.WriteTo(RegisteredLogger());
+    log.WriteTo(detail::RegisteredLoggerIfAny());
 }
 
 }  // namespace quillon

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -29,7 +29,7 @@ constexpr PowerEvent kEvents[] = {
 };
 
 void LogDebug(const std::string& text) {
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) logger->Debug("%s", text.c_str());
+    if (ICLogger* const logger = detail::RegisteredLogger()) logger->Debug("%s", text.c_str());
 }
 
 }  // namespace
@@ -65,7 +65,7 @@ Type OperatingSystemPowerNotification::CreateFromServiceControlPowerNotification
         LogDebug(event.message);
         return event.type;
     }
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) {
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Debug("OperatingSystemPowerNotification skipping control code: %d Event type: %d",
                       static_cast<int>(control), static_cast<int>(eventType));
     }

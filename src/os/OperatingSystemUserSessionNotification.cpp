@@ -9,6 +9,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/IWindowsTerminalServicesService.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -52,7 +53,7 @@ OperatingSystemUserSessionNotification::OperatingSystemUserSessionNotification(u
                                                                                void* eventData, void* context)
     : IOperatingSystemNotification(UserSession),
       m_timestamp(std::time(nullptr)),
-      m_logger(ServiceLocator::Get<ICLogger>()) {
+      m_logger(detail::RegisteredLogger()) {
     CreateFromServiceControlSessionNotification(control, eventType, eventData, context);
 }
 

@@ -4,7 +4,7 @@
 
 #include "platform/NetworkApi.h"
 #include "quillon/ICLogger.h"
-#include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -41,7 +41,7 @@ bool WindowsSockets::InitializeSockets() {
         if (!m_initialized) m_initialized = platform::StartSockets();
         if (m_initialized) return true;
     }
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>()) logger->Error("WSAStartup failed");
+    if (ICLogger* const logger = detail::RegisteredLogger()) logger->Error("WSAStartup failed");
     return false;
 }
 

@@ -10,6 +10,7 @@
 #include "quillon/IShutdownMonitor.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -147,7 +148,7 @@ ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props) { return OrSilent(p
 
 int RunCommand(const SharedProperties& props, const ThreadStarter& start) {
     try {
-        ICLogger* registered = ServiceLocator::Get<ICLogger>();
+        ICLogger* registered = detail::RegisteredLogger();
         return CommandWatch(props, registered != nullptr ? *registered : LoggerOf(*props)).Run(start);
     } catch (...) {
         return kNotRun;  // a logger of the host may throw, and there was nothing else to tell by

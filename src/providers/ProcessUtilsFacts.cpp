@@ -4,8 +4,8 @@
 #include "platform/ProcessFactsApi.h"
 #include "providers/ProcessFacts.h"
 #include "quillon/ProcessUtils.h"
-#include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -42,7 +42,7 @@ long long ProcessUtils::GetPrivateWorkingSetForProcess(const long& pid) {
         const auto process = platform::OpenReadableProcess(static_cast<std::uint32_t>(pid));
         if (process) return platform::PrivateWorkingSet(process.Get());
     }
-    if (ICLogger* const logger = ServiceLocator::Get<ICLogger>(true)) {
+    if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
         logger->Debug("Unable to get a VM_READ handle for pid %ld", pid);
     }
     return 0;

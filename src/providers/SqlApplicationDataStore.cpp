@@ -7,6 +7,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/ISqliteInstance.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -66,7 +67,7 @@ ISqliteInstance::~ISqliteInstance() = default;
 ISqliteDatabase::~ISqliteDatabase() = default;
 
 SqlApplicationDataStore::SqlApplicationDataStore(const std::string& databaseName)
-    : m_logger(ServiceLocator::Get<ICLogger>()), m_databaseName(databaseName) {
+    : m_logger(detail::RegisteredLogger()), m_databaseName(databaseName) {
     if (auto* const engine = ServiceLocator::Get<ISqliteInstance>())
         m_database = engine->OpenDatabase(0, m_databaseName);
     m_isOpen = m_database != nullptr;

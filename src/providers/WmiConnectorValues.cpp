@@ -11,6 +11,7 @@
 #include "providers/WmiValueText.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/WmiConnector.h"
+#include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
 
@@ -94,7 +95,7 @@ bool FetchElement(SAFEARRAY* array, VARTYPE type, LONG index, _variant_t& elemen
 
 void ReportElement(const wchar_t* name, VARTYPE type, LONG index) {
     const std::string typeText = type == VT_UNKNOWN ? "VT_UNKNOWN" : std::to_string(type);
-    OrSilent(ServiceLocator::Get<ICLogger>(true))
+    OrSilent(detail::RegisteredLoggerIfAny())
         .Debug("Unexpected WMI object. Property name: %s Type: %s Index: %ld", base::ToUtf8(name).c_str(),
                typeText.c_str(), static_cast<long>(index));
 }
