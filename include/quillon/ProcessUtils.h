@@ -45,9 +45,20 @@ public:
     /// Is offered to callers as a time-out in seconds; the runner never substitutes it.
     static const int DefaultTimeoutSecs;  ///< 3600
 
+    /// What RunCliCommand() returns in place of a program's own exit code.
+    enum SpecialCode : int {
+        kNotStarted = 1,       ///< the process could not be started; also an exit code that many programs use
+        kTimedOut = -2,        ///< the time-out passed, and the process was not killed
+        kNotRun = -3,          ///< nobody ran or watched the process
+        kExitCodeNotSet = -4,  ///< the run has not ended
+        kKilled = -5,          ///< also the exit status that a killed process gets
+        kAborted = -6,         ///< the host is shutting down
+        kNotLoggedOn = -7,     ///< a user was not logged on; for hosts, the runner never returns it
+    };
+
     /// Says what to run, and tells how it ended. One record serves one run. The caller's thread
     /// may read the outcome once RunCliCommand() has returned, unless the run timed out or was
-    /// aborted without the process being killed (-2 or -6): a detached worker may then still be
+    /// aborted without the process being killed (kTimedOut or kAborted): a detached worker may then still be
     /// writing to it.
     struct CmdProperties {
         // What to run.
@@ -60,8 +71,8 @@ public:
         std::wstring workingDirectory;  ///< empty: the caller's
 
         // How it ended.
-        DataTable outputTable;  ///< columns ExitCode, Output and, by lines, LineNumber
-        int resultCode = -4;    ///< the exit code or a special code
+        DataTable outputTable;             ///< columns ExitCode, Output and, by lines, LineNumber
+        int resultCode = kExitCodeNotSet;  ///< the exit code, or a SpecialCode
         bool timedOut = false;
         bool killed = false;
         bool abortedOnShutdown = false;
@@ -85,9 +96,8 @@ public:
     /// temporary file, is read whatever its encoding, and loses the white space at its end; the
     /// table gets one row, or one a line, numbered from 0, and without any row its columns.
     ///
-    /// Returns the program's exit code, or: 1, also when it could not be started; -2 timed out
-    /// and not killed; -3 not run or not watched; -5 killed; -6 host shutdown. A process that
-    /// is not killed goes on running. `props` is shared with the worker and must not be null.
+    /// Returns the program's exit code or a SpecialCode. A process that is not killed goes on
+    /// running. `props` is shared with the worker and must not be null.
     ///
     /// Logs the start and the end at Debug, a time-out and a shutdown at Info, too much output
     /// at Warn, and every failure at Error with the system's text, such as "Could not run

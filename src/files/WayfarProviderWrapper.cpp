@@ -14,12 +14,9 @@ namespace quillon {
 
 namespace {
 
-constexpr std::int32_t kNoProvider = 4;
-constexpr std::int32_t kUnusableAnswer = 5;
-
 void FailForProvider(InvocationResult& result) {
     result.errorMessage = "Missing 'Wayfar' provider";
-    result.resultCode = kNoProvider;
+    result.resultCode = InvocationResult::kNoContentProvider;
 }
 
 /// Nothing when the row has no boolean of that name.
@@ -63,7 +60,7 @@ bool WayfarProviderWrapper::WayfarIsAvailable(bool& failed, InvocationResult* re
     const auto isOkay = BooleanOf(*row, "WayfarOkay");
     if (!isOkay) {
         answer.errorMessage = "Unexpected result from Wayfar availability test";
-        answer.resultCode = kUnusableAnswer;
+        answer.resultCode = InvocationResult::kUnusableContentAnswer;
         return false;
     }
     failed = false;

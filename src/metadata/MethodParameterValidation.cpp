@@ -11,10 +11,8 @@
 namespace quillon {
 namespace {
 
-constexpr std::int32_t kParameterErrorCode = 2;
-
 bool Fail(InvocationResult& result, std::string message) {
-    result.resultCode = kParameterErrorCode;
+    result.resultCode = InvocationResult::kBadParameter;
     result.errorMessage = std::move(message);
     return false;
 }

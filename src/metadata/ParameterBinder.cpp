@@ -10,8 +10,6 @@
 namespace quillon {
 namespace {
 
-constexpr std::int32_t kParameterErrorCode = 2;
-
 /// The typed getters throw, after an Error entry, when the value has another type.
 void Convert(const Variant& value, std::string& target) { target = value.GetStringValue(); }
 void Convert(const Variant& value, long long& target) { target = value.GetLongLongValue(); }
@@ -73,7 +71,7 @@ bool ParameterBinder::Bind(InvocationResult& result) const {
     if (fault.empty() && !m_allowUndefined) fault = FindUndefinedParameter();
     if (fault.empty()) fault = FindRepeatedParameter();
     if (fault.empty()) return true;
-    result.resultCode = kParameterErrorCode;
+    result.resultCode = InvocationResult::kBadParameter;
     result.errorMessage = fault;
     return false;
 }

@@ -9,7 +9,6 @@ namespace quillon {
 
 namespace {
 
-constexpr std::int32_t kSystemFailure = 3;
 constexpr unsigned long kOfflineRevocation = 0x1000000;
 constexpr unsigned long kRevocationStatusUnknown = 0x40;
 
@@ -19,7 +18,7 @@ std::string ErrorHelper::GetErrorMessage(int code) { return StringUtils::GetErro
 
 void ErrorHelper::SetInvocationResultFromLastError(InvocationResult& result) {
     result.errorMessage = GetErrorMessage(static_cast<int>(platform::LastError()));
-    result.resultCode = kSystemFailure;
+    result.resultCode = InvocationResult::kSystemFailure;
 }
 
 bool ErrorHelper::AllowTrustError(IAgentConfiguration::CRLChecks crlChecks, unsigned long trustStatus) {

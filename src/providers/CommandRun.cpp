@@ -51,7 +51,7 @@ int CommandWatch::Run(const ThreadStarter& start) {
     if (!m_synch->abort) {
         m_logger.Error("Cannot create shutdown event for command '%s' because: %s", command,
                        StringUtils::GetLastErrorAsString().c_str());
-        return kNotRun;
+        return ProcessUtils::kNotRun;
     }
     m_props->abortEvent = &m_synch->abort;
     // The event itself is closed by its last user, which may be a detached worker.
@@ -69,7 +69,7 @@ int CommandWatch::Run(const ThreadStarter& start) {
     } catch (...) {
         m_logger.Error("Cannot run command '%s' because: %s", command, "unknown exception");
     }
-    return kNotRun;
+    return ProcessUtils::kNotRun;
 }
 
 int CommandWatch::RunWorker(const ThreadStarter& start) {
@@ -83,9 +83,9 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
     const bool isFinal = Leave(worker, end);
     if (end == End::Aborted) {
         m_logger.Info("Aborting command due to shutdown: '%s'", m_props->command.c_str());
-        return kAborted;
+        return ProcessUtils::kAborted;
     }
-    if (!isFinal) return kTimedOut;
+    if (!isFinal) return ProcessUtils::kTimedOut;
     const std::lock_guard lock(m_synch->mutex);
     return m_props->resultCode;
 }
@@ -115,7 +115,7 @@ std::optional<CommandWatch::End> CommandWatch::Settle(bool shutdown) {
     if (m_synch->completed) return End::Completed;
     if (!m_deadline || Clock::now() < *m_deadline) return std::nullopt;
     m_props->timedOut = true;
-    m_props->resultCode = kTimedOut;
+    m_props->resultCode = ProcessUtils::kTimedOut;
     return End::TimedOut;
 }
 
@@ -151,7 +151,8 @@ int RunCommand(const SharedProperties& props, const ThreadStarter& start) {
         ICLogger* registered = detail::RegisteredLogger();
         return CommandWatch(props, registered != nullptr ? *registered : LoggerOf(*props)).Run(start);
     } catch (...) {
-        return kNotRun;  // a logger of the host may throw, and there was nothing else to tell by
+        return ProcessUtils::kNotRun;  // a logger of the host may throw, and there was nothing else to tell
+                                       // by
     }
 }
 

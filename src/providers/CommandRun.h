@@ -12,15 +12,6 @@
 
 namespace quillon {
 
-/// The special result codes.
-constexpr int kNotStarted = 1;
-constexpr int kTimedOut = -2;
-constexpr int kNotRun = -3;
-constexpr int kExitCodeNotSet = -4;
-constexpr int kKilled = -5;
-constexpr int kAborted = -6;
-constexpr int kNotLoggedOn = -7;
-
 /// What the caller's thread and the worker of a run share; it lives as long as the
 /// last of them, and so does the event.
 struct tRunCmdSynch {

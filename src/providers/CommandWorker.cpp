@@ -89,13 +89,13 @@ void CommandWorker::LogFailure(const char* format) {
 int CommandWorker::Execute() {
     if (m_props.captureOutput && !m_output.Open()) {
         LogFailure("Could not open temporary output file for command '%s' because: %s");
-        return kNotStarted;
+        return ProcessUtils::kNotStarted;
     }
     if (auto started = Start()) {
         m_synch.process.emplace(*std::move(started));
     } else {
         LogFailure("Could not run command '%s' because: %s");
-        return kNotStarted;
+        return ProcessUtils::kNotStarted;
     }
     std::atomic_ref(m_props.processId).store(m_synch.process->Id());
     m_watchesSize = m_props.captureOutput && m_props.maxOutputBytes > 0;
@@ -133,17 +133,17 @@ int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t w
         case platform::kWaitProcess: {
             const std::optional<std::int32_t> status = process.ExitStatus();
             if (!status) LogFailure("Could not get exit code of '%s' because: %s");
-            return status.value_or(kNotStarted);
+            return status.value_or(ProcessUtils::kNotStarted);
         }
         case platform::kWaitEvent:
-            return kAborted;
+            return ProcessUtils::kAborted;
         case platform::kWaitFailed:
             LogFailure("Wait for events when monitoring command '%s' failed because: %s");
-            return kNotRun;
+            return ProcessUtils::kNotRun;
         default:
             m_logger.Error("Wait for events when monitoring command '%s' unexpectedly returned %lu",
                            m_props.command.c_str(), static_cast<unsigned long>(waitResult));
-            return kNotRun;
+            return ProcessUtils::kNotRun;
     }
 }
 
@@ -179,7 +179,7 @@ void LogException(const ProcessUtils::CmdProperties& props, const char* what) no
 }  // namespace
 
 void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunCmdSynch>& synch) noexcept {
-    int code = kNotRun;
+    int code = ProcessUtils::kNotRun;
     try {
         code = CommandWorker(props, *synch).Run();
     } catch (const std::exception& error) {

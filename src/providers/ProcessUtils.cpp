@@ -11,7 +11,6 @@ namespace quillon {
 
 namespace {
 
-constexpr std::int32_t kSystemError = 3;
 const char* const kShutdownText = "Aborted due to Agent shutdown";
 
 void SetFailure(int exitCode, const std::string& text, InvocationResult& result) {
@@ -20,23 +19,23 @@ void SetFailure(int exitCode, const std::string& text, InvocationResult& result)
     row.Add(ProcessUtils::OutputColName, text);
     result.resultTable = DataTable(row);
     result.errorMessage = text;
-    result.resultCode = kSystemError;
+    result.resultCode = InvocationResult::kSystemFailure;
 }
 
 /// Null for a program's own code.
 const char* SpecialText(int code) {
     switch (code) {
-        case kTimedOut:
+        case ProcessUtils::kTimedOut:
             return "Timed out";
-        case kNotRun:
+        case ProcessUtils::kNotRun:
             return "Could not launch sub-process";
-        case kExitCodeNotSet:
+        case ProcessUtils::kExitCodeNotSet:
             return "Exit code not set";
-        case kKilled:
+        case ProcessUtils::kKilled:
             return "Sub-process killed (usually on time-out)";
-        case kAborted:
+        case ProcessUtils::kAborted:
             return kShutdownText;
-        case kNotLoggedOn:
+        case ProcessUtils::kNotLoggedOn:
             return "User not logged on";
         default:
             return nullptr;
@@ -90,7 +89,7 @@ void ProcessUtils::SetCliShutdownAbortInvocationResult(InvocationResult& result)
 
 void ProcessUtils::SetSpecialErrorData(const CmdProperties* props, InvocationResult& result,
                                        const std::string& fallback) {
-    if (result.resultCode == 0) result.resultCode = kSystemError;
+    if (result.resultCode == 0) result.resultCode = InvocationResult::kSystemFailure;
     if (!result.errorMessage.empty()) return;
     const char* special = props == nullptr ? nullptr : SpecialText(props->resultCode);
     result.errorMessage = special == nullptr ? fallback : special;

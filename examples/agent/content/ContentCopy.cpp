@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int64_t kPiece = 1024 * 1024;
 
-CopyOutcome Differs(const std::string& fault) { return {kContentDiffers, fault}; }
+CopyOutcome Differs(const std::string& fault) { return {InvocationResult::kContentDiffers, fault}; }
 
 /// Until the source ends, or exceeds what is expected.
 CopyOutcome CopyPieces(const ContentItem& item, SourceFile& source, NewFile& file, Progress& progress) {
@@ -21,16 +21,16 @@ CopyOutcome CopyPieces(const ContentItem& item, SourceFile& source, NewFile& fil
     std::int64_t copied = 0;
     std::vector<char> piece(static_cast<std::size_t>(std::min(item.size, kPiece - 1) + 1));
     while (true) {
-        if (IsEnding()) return {kContentFailed, "Aborted due to Agent shutdown", true};
+        if (IsEnding()) return {InvocationResult::kSystemFailure, "Aborted due to Agent shutdown", true};
         std::size_t count = piece.size();
         std::string fault = source.Read(piece.data(), count);
-        if (!fault.empty()) return {kContentFailed, "cannot be read: " + fault};
+        if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be read: " + fault};
         if (count == 0) break;
         copied += static_cast<std::int64_t>(count);
         if (copied > item.size) return Differs("is longer than " + std::to_string(item.size) + " bytes");
         hash.Add(piece.data(), count);
         fault = file.Write(piece.data(), count);
-        if (!fault.empty()) return {kContentFailed, "cannot be written: " + fault};
+        if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be written: " + fault};
         progress.Advance(static_cast<std::int64_t>(count));
     }
     if (copied < item.size)
@@ -53,14 +53,15 @@ bool IsEnding() {
 CopyOutcome CopyContent(const ContentItem& item, DestinationFolder& destination, Progress& progress) {
     SourceFile source;
     std::string fault = source.Open(item.source);
-    if (!fault.empty()) return {kContentFailed, "cannot be read: " + fault};
+    if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be read: " + fault};
     std::unique_ptr<NewFile> file;
     fault = destination.Create(item.components, file);
-    if (!fault.empty()) return {kContentFailed, "cannot be written: " + fault};
+    if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be written: " + fault};
     CopyOutcome outcome = CopyPieces(item, source, *file, progress);
     if (outcome.code != 0) return outcome;
     fault = file->Commit();
-    return fault.empty() ? CopyOutcome() : CopyOutcome{kContentFailed, "cannot be written: " + fault};
+    return fault.empty() ? CopyOutcome()
+                         : CopyOutcome{InvocationResult::kSystemFailure, "cannot be written: " + fault};
 }
 
 }  // namespace quillon::agent

@@ -5,16 +5,10 @@
 #include <vector>
 
 #include "content/Progress.h"
+#include "quillon/InvocationResult.h"
 #include "system/ContentFiles.h"
 
 namespace quillon::agent {
-
-/// How a download ends, beside 0 and the codes 2 to 5 of InvocationResult.
-enum ContentCode : std::int32_t {
-    kContentFailed = 3,   ///< the system refused something, or the agent is shutting down
-    kListUnusable = 6,    ///< the list cannot be read, is not complete, or not to be trusted
-    kContentDiffers = 7,  ///< a file is not what was expected
-};
 
 /// One file to copy, and what it must be.
 struct ContentItem {
@@ -25,7 +19,7 @@ struct ContentItem {
 };
 
 struct CopyOutcome {
-    std::int32_t code = 0;
+    std::int32_t code = InvocationResult::kSucceeded;
     std::string fault;
     bool isAborted = false;
 };

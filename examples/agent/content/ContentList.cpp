@@ -36,7 +36,8 @@ ContentItem ItemOf(const LsZFile::FileFromLsZ& entry, RemoteName&& name, const s
 bool ReadContentList(const std::string& list, const std::string& shownName, const std::string& folder,
                      std::vector<ContentItem>& items, InvocationResult& result) {
     const auto refuse = [&](const std::string& fault) {
-        return Fail(kListUnusable, "The list '" + ShownText(shownName) + "' " + fault, result);
+        return Fail(InvocationResult::kUnusableContentList,
+                    "The list '" + ShownText(shownName) + "' " + fault, result);
     };
     if (FileSystemUtils::GetFileSizeInBytes(list) > kLargestList) return refuse("is larger than 64 MiB");
     LsZFile content(list, &shownName);

@@ -31,7 +31,8 @@ bool TakeUrl(const char* parameter, const std::string& url, std::string& path, I
 bool OpenDestination(const std::string& path, DestinationFolder& folder, InvocationResult& result) {
     if (path.empty()) return RefuseParameter("The local path cannot be empty", result);
     const std::string fault = folder.Open(path);
-    return fault.empty() || Fail(kContentFailed, "Cannot open folder '" + path + "': " + fault, result);
+    return fault.empty() ||
+           Fail(InvocationResult::kSystemFailure, "Cannot open folder '" + path + "': " + fault, result);
 }
 
 /// The sizes are a list's: their sum may be past the range.
@@ -128,7 +129,8 @@ void DownloadFile(const MethodParameters& parameters, InvocationResult& result) 
 
 bool CheckEnabled(InvocationResult& result) {
     return WayfarProviderWrapper::WayfarIsEnabled() ||
-           Fail(kContentFailed, "Downloads are not enabled in the agent's configuration", result);
+           Fail(InvocationResult::kSystemFailure, "Downloads are not enabled in the agent's configuration",
+                result);
 }
 
 void Invoke(const std::string& method, const MethodParameters& parameters, InvocationResult& result) {

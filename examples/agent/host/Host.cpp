@@ -14,8 +14,6 @@ namespace quillon::agent {
 namespace {
 
 constexpr const char* kStartTitle = "--------------------------- Agent started ----------------------------";
-constexpr std::int32_t kMethodThrew = 1;
-constexpr std::int32_t kBadCall = 2;
 
 InvocationResult Failure(std::int32_t code, const std::string& message) {
     InvocationResult result;
@@ -66,7 +64,7 @@ Host::~Host() {
 
 InvocationResult Host::Run(const std::string& method, const std::vector<std::string>& arguments) const {
     const Method* const found = FindMethod(method);
-    if (found == nullptr) return Failure(kBadCall, "Unknown method '" + method + "'");
+    if (found == nullptr) return Failure(InvocationResult::kBadParameter, "Unknown method '" + method + "'");
     try {
         MethodParameters parameters;
         InvocationResult result;
@@ -74,7 +72,7 @@ InvocationResult Host::Run(const std::string& method, const std::vector<std::str
         return result;
     } catch (const std::exception& error) {
         ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(), error.what());
-        return Failure(kMethodThrew, "Method '" + method + "' threw: " + error.what());
+        return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + error.what());
     }
 }
 

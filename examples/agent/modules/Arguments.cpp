@@ -14,8 +14,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kBadParameter = 2;
-
 using Types = std::map<std::string, std::string, std::less<>>;
 
 template <class Number>
@@ -93,7 +91,7 @@ Types DeclaredTypes(const IMethodMetadataReader& method) {
 
 bool Refuse(const std::string& name, const std::string& text, const char* expected,
             InvocationResult& result) {
-    result.resultCode = kBadParameter;
+    result.resultCode = InvocationResult::kBadParameter;
     result.errorMessage = "Parameter '" + name + "' must be " + expected + ", not '" + text + "'";
     return false;
 }

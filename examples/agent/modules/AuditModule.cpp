@@ -11,7 +11,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kNotAudited = 3;
 constexpr long long kDefaultSeconds = 10;
 
 void Hold(const MethodParameters& parameters, InvocationResult& result) {
@@ -30,8 +29,8 @@ void Hold(const MethodParameters& parameters, InvocationResult& result) {
         return;
     }
     if (!SystemAuditProxy::EnableAuditLogSubCategory(subcategory)) {
-        Fail(kNotAudited, "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why",
-             result);
+        Fail(InvocationResult::kSystemFailure,
+             "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why", result);
         return;
     }
     const DestructorFunctor release([&] { SystemAuditProxy::DisableAuditLogSubCategory(subcategory); });

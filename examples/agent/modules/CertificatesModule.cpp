@@ -17,7 +17,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kSystemError = 3;
 constexpr unsigned long kSha1Property = 3;
 constexpr unsigned long kFriendlyNameProperty = 11;
 constexpr unsigned long kSha256Property = 107;
@@ -91,7 +90,7 @@ void List(const MethodParameters& parameters, InvocationResult& result) {
     Certificates certificates;
     const bool isRead = store.empty() ? ReadFolder(folder, certificates) : ReadStore(store, certificates);
     if (!isRead) {
-        Fail(kSystemError,
+        Fail(InvocationResult::kSystemFailure,
              store.empty() ? "Could not list the folder '" + folder + '\''
                            : "There is no certificate store '" + store + '\'',
              result);

@@ -15,19 +15,20 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kNoAnswer = 5;
 constexpr std::int64_t kEpochAsFileTime = 116'444'736'000'000'000;
 
 /// False when a download may not begin now; the result then says why.
 bool CheckAvailable(WayfarProviderWrapper& wrapper, InvocationResult& result) {
     if (!WayfarProviderWrapper::WayfarIsEnabled())
-        return Fail(kContentFailed, "Downloads are not enabled in the agent's configuration", result);
+        return Fail(InvocationResult::kSystemFailure,
+                    "Downloads are not enabled in the agent's configuration", result);
     bool failed = false;
     InvocationResult answer;
     if (wrapper.WayfarIsAvailable(failed, &answer)) return true;
-    if (!failed) return Fail(kContentFailed, "No download may begin now", result);
+    if (!failed) return Fail(InvocationResult::kSystemFailure, "No download may begin now", result);
     const bool isSilent = answer.resultCode == 0;
-    return isSilent ? Fail(kNoAnswer, "The provider does not tell whether a download may begin", result)
+    return isSilent ? Fail(InvocationResult::kUnusableContentAnswer,
+                           "The provider does not tell whether a download may begin", result)
                     : Fail(answer.resultCode, answer.errorMessage, result);
 }
 
@@ -55,7 +56,7 @@ void DownloadFile(const MethodParameters& parameters, InvocationResult& result) 
     if (!binder.Bind(result) || !CheckAvailable(wrapper, result)) return;
     expectation.size = size;
     if (!wrapper.Download(url, path, expectation)) {
-        Fail(kContentFailed, "Could not download '" + url + "': the log says why", result);
+        Fail(InvocationResult::kSystemFailure, "Could not download '" + url + "': the log says why", result);
         return;
     }
     result.resultTable.AddRow(VariantList(Variant("Path", path), Variant("Size", size)));
@@ -110,7 +111,8 @@ void ReadList(const MethodParameters& parameters, InvocationResult& result) {
         AddFileRows(list, result.resultTable);
     }
     if (!list.ParsedOk())
-        Fail(kListUnusable, "The list '" + path + "' is not complete, or says that it is wrong", result);
+        Fail(InvocationResult::kUnusableContentList,
+             "The list '" + path + "' is not complete, or says that it is wrong", result);
 }
 
 void DescribeDownload(IMethodMetadataBuilder& builder) {

@@ -19,14 +19,13 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kSystemError = 3;
 constexpr long long kDefaultMax = 100;
 constexpr long long kDefaultSeconds = 10;
 
 bool HasEventLog(InvocationResult& result) {
     EventLogProxy::Initialize(*ServiceLocator::Get<ICLogger>());
     if (EventLogProxy::IsAvailable()) return true;
-    return Fail(kSystemError, "The system has no event log", result);
+    return Fail(InvocationResult::kSystemFailure, "The system has no event log", result);
 }
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {
@@ -49,7 +48,8 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     });
     result.resultTable = std::move(table);
     if (outcome.errorCode != 0)
-        Fail(kSystemError, StringUtils::GetErrorAsString(static_cast<int>(outcome.errorCode)), result);
+        Fail(InvocationResult::kSystemFailure,
+             StringUtils::GetErrorAsString(static_cast<int>(outcome.errorCode)), result);
 }
 
 /// Takes what a subscription delivers. It outlives every subscription: a last event may come
@@ -100,7 +100,7 @@ void Follow(const MethodParameters& parameters, InvocationResult& result) {
 
     const std::wstring wide = StringUtils::NarrowStringToWide(channel);
     if (!EventLogProxy::EnableChannelIfRequired(wide.c_str())) {
-        Fail(kSystemError, "Channel '" + channel + "' cannot be enabled", result);
+        Fail(InvocationResult::kSystemFailure, "Channel '" + channel + "' cannot be enabled", result);
         return;
     }
     const DestructorFunctor release([&] { EventLogProxy::DisableChannelIfRequired(wide.c_str()); });
@@ -108,7 +108,7 @@ void Follow(const MethodParameters& parameters, InvocationResult& result) {
     EvtHandle subscription(EventLogProxy::EvtSubscribe(nullptr, nullptr, wide.c_str(), L"*", nullptr, nullptr,
                                                        &Deliveries::Take, kToFutureEvents));
     if (!subscription) {
-        Fail(kSystemError, StringUtils::GetLastErrorAsString(), result);
+        Fail(InvocationResult::kSystemFailure, StringUtils::GetLastErrorAsString(), result);
         return;
     }
     WaitSeconds(seconds);

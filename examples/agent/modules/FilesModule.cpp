@@ -16,7 +16,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kFileFailed = 3;
 constexpr long long kDefaultMaxSize = 64 * 1024 * 1024;
 using Encoding = FileSystemUtils::FileEncoding;
 
@@ -109,9 +108,10 @@ bool Check(ReadCall& call, InvocationResult& result) {
         return RefuseParameter("'encoding' parameter is the name of no encoding", result);
     if (call.maxSize < 0) return RefuseParameter("'maxSize' parameter cannot be negative", result);
     if (!FileSystemUtils::Exists(call.path, isDirectory, nullptr) || isDirectory)
-        return Fail(kFileFailed, "There is no file '" + call.path + '\'', result);
+        return Fail(InvocationResult::kSystemFailure, "There is no file '" + call.path + '\'', result);
     if (FileSystemUtils::GetFileSizeInBytes(call.path) > static_cast<unsigned long long>(call.maxSize))
-        return Fail(kFileFailed, "The file has more than " + std::to_string(call.maxSize) + " bytes", result);
+        return Fail(InvocationResult::kSystemFailure,
+                    "The file has more than " + std::to_string(call.maxSize) + " bytes", result);
     return true;
 }
 
@@ -144,7 +144,7 @@ void Read(const MethodParameters& parameters, InvocationResult& result) {
     Encoding detected = FileSystemUtils::NOTSET;
     const std::string text = FileSystemUtils::ReadFile(call.path, detected, call.encoding);
     if (detected == FileSystemUtils::NOTSET) {
-        Fail(kFileFailed, "Cannot read file '" + call.path + '\'', result);
+        Fail(InvocationResult::kSystemFailure, "Cannot read file '" + call.path + '\'', result);
         return;
     }
     AddText(call, text, detected, result.resultTable);

@@ -41,8 +41,7 @@ bool Fail(std::int32_t code, const std::string& message, InvocationResult& resul
 }
 
 bool RefuseParameter(const std::string& message, InvocationResult& result) {
-    constexpr std::int32_t kBadParameter = 2;
-    return Fail(kBadParameter, message, result);
+    return Fail(InvocationResult::kBadParameter, message, result);
 }
 
 std::unique_ptr<IModule> MakeModule(std::vector<Method> methods) {

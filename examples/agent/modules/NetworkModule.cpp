@@ -15,7 +15,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kFailed = 3;
 constexpr int kTimedOut = -1;
 constexpr long long kUsualTimeout = 10;
 constexpr long long kLongestTimeout = std::numeric_limits<int>::max();
@@ -48,9 +47,11 @@ void Resolve(const MethodParameters& parameters, InvocationResult& result) {
     const int code =
         NetworkUtils::getaddrinfo_OrTimeout(host.c_str(), nullptr, nullptr, found, static_cast<int>(timeout));
     if (code == kTimedOut)
-        Fail(kFailed, "No answer for '" + host + "' within " + std::to_string(timeout) + " s", result);
+        Fail(InvocationResult::kSystemFailure,
+             "No answer for '" + host + "' within " + std::to_string(timeout) + " s", result);
     else if (code != 0)
-        Fail(kFailed, "Cannot resolve '" + host + "': code " + std::to_string(code), result);
+        Fail(InvocationResult::kSystemFailure, "Cannot resolve '" + host + "': code " + std::to_string(code),
+             result);
     else
         AddAddresses(found.get(), result.resultTable);
 }

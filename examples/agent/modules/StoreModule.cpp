@@ -14,7 +14,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kStoreFailed = 3;
 using Columns = std::map<std::string, IApplicationDataStore::ColumnDataType>;
 
 /// Where a table goes, and how.
@@ -72,7 +71,7 @@ void SaveResult(const Target& target, InvocationResult& result) {
     DataTable table = std::exchange(result.resultTable, {});
     bool existed = false;
     if (!Write(target, table, existed)) {
-        Fail(kStoreFailed,
+        Fail(InvocationResult::kSystemFailure,
              "Could not save table '" + target.table + "' in database '" + target.database + '\'', result);
         return;
     }
@@ -132,7 +131,8 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     }
     SqlApplicationDataStore store(database);
     if (!store.ExecuteQuery(sql, result.resultTable))
-        Fail(kStoreFailed, "The statement failed in database '" + database + '\'', result);
+        Fail(InvocationResult::kSystemFailure, "The statement failed in database '" + database + '\'',
+             result);
 }
 
 void AddListRow(const std::string& database, Variant&& name, Variant&& rows, DataTable& list) {

@@ -9,7 +9,6 @@ namespace quillon::agent {
 
 namespace {
 
-constexpr std::int32_t kWmiFailed = 3;
 constexpr long long kLongestDeadline = 24 * 60 * 60;
 
 }  // namespace
@@ -35,12 +34,13 @@ bool RunWmi(const WmiCall& call, InvocationResult& result,
     if (!MethodParameterValidation::InRange("deadline", call.deadline, 0, kLongestDeadline, result))
         return false;
     const ComScope com;
-    if (!com) return Fail(kWmiFailed, "COM cannot be initialised", result);
+    if (!com) return Fail(InvocationResult::kSystemFailure, "COM cannot be initialised", result);
     WmiConnector connector;
     connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
     connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));
     if (connector.Connect(call.ns) && operation(connector)) return true;
-    return Fail(kWmiFailed, StringUtils::WideStringToNarrow(connector.LastWmiError()), result);
+    return Fail(InvocationResult::kSystemFailure, StringUtils::WideStringToNarrow(connector.LastWmiError()),
+                result);
 }
 
 }  // namespace quillon::agent
