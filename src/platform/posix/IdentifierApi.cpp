@@ -4,9 +4,9 @@
 
 #include <cerrno>
 
-namespace quillon {
+namespace quillon::platform {
 
-bool platform::CreateIdentifier(GUID& guid) {
+bool CreateIdentifier(GUID& guid) {
     // So few bytes come whole, but for a signal before the system's pool is ready.
     ssize_t filled;
     do {
@@ -19,4 +19,4 @@ bool platform::CreateIdentifier(GUID& guid) {
     return true;
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

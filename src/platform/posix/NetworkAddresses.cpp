@@ -9,7 +9,7 @@
 #include "base/Ipv4Text.h"
 #include "platform/NetworkApi.h"
 
-namespace quillon {
+namespace quillon::platform {
 
 namespace {
 
@@ -79,16 +79,16 @@ std::string Ipv6Text(const void* address) {
 
 }  // namespace
 
-bool platform::TextToAddress(int family, const std::string& text, void* address) {
+bool TextToAddress(int family, const std::string& text, void* address) {
     if (family == kIpv4) return ReadIpv4(text, address);
     return family == kIpv6 && ReadIpv6(text, address);
 }
 
-std::string platform::AddressToText(const void* address, std::size_t length) {
+std::string AddressToText(const void* address, std::size_t length) {
     sa_family_t family = AF_UNSPEC;
     if (length >= sizeof family) std::memcpy(&family, address, sizeof family);
     if (family == AF_INET && length >= kIpv4AddressSize) return Ipv4Text(address);
     return family == AF_INET6 && length >= kIpv6AddressSize ? Ipv6Text(address) : std::string();
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

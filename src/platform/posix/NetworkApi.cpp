@@ -8,16 +8,16 @@
 #include <array>
 #include <memory>
 
-namespace quillon {
+namespace quillon::platform {
 
-std::optional<std::string> platform::HostName() {
+std::optional<std::string> HostName() {
     std::array<char, 255> name{};
     if (::gethostname(name.data(), name.size()) != 0) return std::nullopt;
     name.back() = '\0';  // a name that is cut need not end
     return name.data();
 }
 
-std::optional<std::string> platform::FullyQualifiedName() {
+std::optional<std::string> FullyQualifiedName() {
     const auto host = HostName();
     if (!host) return std::nullopt;
     if (host->find('.') != std::string::npos) return host;
@@ -31,7 +31,7 @@ std::optional<std::string> platform::FullyQualifiedName() {
     return found->ai_canonname;
 }
 
-std::optional<std::string> platform::LoopbackName() {
+std::optional<std::string> LoopbackName() {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -44,6 +44,6 @@ std::optional<std::string> platform::LoopbackName() {
     return host.data();
 }
 
-std::optional<std::string> platform::FlatDomainName() { return std::nullopt; }
+std::optional<std::string> FlatDomainName() { return std::nullopt; }
 
-}  // namespace quillon
+}  // namespace quillon::platform

@@ -9,9 +9,9 @@
 
 #include "quillon/DestructorFunctor.h"
 
-namespace quillon {
+namespace quillon::platform {
 
-bool platform::RunInBackground(std::function<void()> task) {
+bool RunInBackground(std::function<void()> task) {
     // The host's signals are for its own threads; a new thread inherits the mask.
     sigset_t all, before;
     sigfillset(&all);
@@ -25,4 +25,4 @@ bool platform::RunInBackground(std::function<void()> task) {
     return true;
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

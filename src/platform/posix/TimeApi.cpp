@@ -7,12 +7,10 @@
 
 #include "base/CivilTime.h"
 
-namespace quillon {
+namespace quillon::platform {
 
 using base::kSecondsPerDay;
 using base::kTicksPerSecond;
-using platform::CalendarTime;
-using platform::CimDate;
 
 namespace {
 
@@ -61,7 +59,7 @@ bool IsCimShape(const std::wstring& text) {
 
 }  // namespace
 
-std::optional<std::tm> platform::LocalFields(std::int64_t epochSeconds) {
+std::optional<std::tm> LocalFields(std::int64_t epochSeconds) {
     const std::time_t time = epochSeconds;
     std::tm fields{};
     ::tzset();  // localtime_r alone would never notice that the machine's zone has changed
@@ -69,7 +67,7 @@ std::optional<std::tm> platform::LocalFields(std::int64_t epochSeconds) {
     return fields;
 }
 
-std::optional<std::int64_t> platform::EpochOfLocalFields(std::tm local) {
+std::optional<std::int64_t> EpochOfLocalFields(std::tm local) {
     local.tm_isdst = 0;
     local.tm_wday = -1;  // tells a failure from the second before 1970
     const std::time_t time = std::mktime(&local);
@@ -77,13 +75,13 @@ std::optional<std::int64_t> platform::EpochOfLocalFields(std::tm local) {
     return time;
 }
 
-std::optional<int> platform::ZoneOffsetNow() {
+std::optional<int> ZoneOffsetNow() {
     const auto now = LocalFields(std::time(nullptr));
     if (!now) return std::nullopt;
     return static_cast<int>(now->tm_gmtoff / 60);
 }
 
-std::optional<CalendarTime> platform::FileTimeToCalendar(std::uint64_t fileTime) {
+std::optional<CalendarTime> FileTimeToCalendar(std::uint64_t fileTime) {
     if (fileTime >= kEndOfFileTimes) return std::nullopt;
     const auto ticks = static_cast<std::int64_t>(fileTime);
     const std::int64_t seconds = ticks / kTicksPerSecond;
@@ -91,14 +89,14 @@ std::optional<CalendarTime> platform::FileTimeToCalendar(std::uint64_t fileTime)
                       static_cast<int>(ticks % kTicksPerSecond / 10'000));
 }
 
-std::optional<std::uint64_t> platform::CalendarToFileTime(const CalendarTime& time) {
+std::optional<std::uint64_t> CalendarToFileTime(const CalendarTime& time) {
     if (!IsCalendarTime(time, 1601, 30'827)) return std::nullopt;
     const std::int64_t days = base::DaysFromCivil(time.year, time.month, time.day) - kDaysOf1601;
     const std::int64_t milliseconds = (days * kSecondsPerDay + SecondOfDay(time)) * 1000 + time.millisecond;
     return static_cast<std::uint64_t>(milliseconds * 10'000);
 }
 
-std::optional<std::uint64_t> platform::FileTimeToLocal(std::uint64_t fileTime) {
+std::optional<std::uint64_t> FileTimeToLocal(std::uint64_t fileTime) {
     const auto offset = ZoneOffsetNow();
     if (!offset || fileTime >= kEndOfFileTimes) return std::nullopt;
     const std::int64_t shift = *offset * 60 * kTicksPerSecond;
@@ -107,14 +105,14 @@ std::optional<std::uint64_t> platform::FileTimeToLocal(std::uint64_t fileTime) {
     return static_cast<std::uint64_t>(ticks + shift);
 }
 
-std::optional<double> platform::CalendarToOleDate(const CalendarTime& time) {
+std::optional<double> CalendarToOleDate(const CalendarTime& time) {
     if (!IsCalendarTime(time, 100, 9999)) return std::nullopt;
     const auto days = static_cast<double>(base::DaysFromCivil(time.year, time.month, time.day) - kDaysOf1899);
     const double fraction = SecondOfDay(time) / static_cast<double>(kSecondsPerDay);
     return days < 0 ? days - fraction : days + fraction;
 }
 
-std::optional<CalendarTime> platform::OleDateToCalendar(double date) {
+std::optional<CalendarTime> OleDateToCalendar(double date) {
     // A date of the first day may lie up to a day below its whole number.
     if (!(date > kFirstOleDate - 1 && date < kEndOfOleDates)) return std::nullopt;
     const double whole = std::trunc(date);
@@ -128,7 +126,7 @@ std::optional<CalendarTime> platform::OleDateToCalendar(double date) {
     return ToCalendar(day + kDaysOf1899, second, 0);
 }
 
-CimDate platform::ReadCimDateTime(const std::wstring& text) {
+CimDate ReadCimDateTime(const std::wstring& text) {
     if (!IsCimShape(text)) return {};
     const bool isInterval = text[21] == L':';
     const auto year = CimField(text, 0, 4), month = CimField(text, 4, 2), day = CimField(text, 6, 2);
@@ -148,4 +146,4 @@ CimDate platform::ReadCimDateTime(const std::wstring& text) {
     return date ? CimDate{CimDate::State::Known, *date} : CimDate{CimDate::State::Undefined, 0};
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

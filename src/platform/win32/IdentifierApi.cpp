@@ -4,11 +4,11 @@
 // After <windows.h>:
 #include <rpc.h>
 
-namespace quillon {
+namespace quillon::platform {
 
-bool platform::CreateIdentifier(GUID& guid) {
+bool CreateIdentifier(GUID& guid) {
     const RPC_STATUS status = ::UuidCreate(&guid);
     return status == RPC_S_OK || status == RPC_S_UUID_LOCAL_ONLY;
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

@@ -10,7 +10,7 @@
 #include <dsrole.h>
 #include <ws2tcpip.h>
 
-namespace quillon {
+namespace quillon::platform {
 
 namespace {
 
@@ -24,20 +24,20 @@ struct RoleTraits {
 
 }  // namespace
 
-bool platform::StartSockets() {
+bool StartSockets() {
     WSADATA data{};
     return ::WSAStartup(MAKEWORD(2, 2), &data) == 0;
 }
 
-void platform::StopSockets() { ::WSACleanup(); }
+void StopSockets() { ::WSACleanup(); }
 
-std::optional<std::string> platform::HostName() {
+std::optional<std::string> HostName() {
     std::array<wchar_t, 255> name{};
     if (::GetHostNameW(name.data(), static_cast<int>(name.size())) != 0) return std::nullopt;
     return base::ToUtf8(name.data());
 }
 
-std::optional<std::string> platform::FullyQualifiedName() {
+std::optional<std::string> FullyQualifiedName() {
     DWORD length = 0;
     if (::GetComputerNameExW(ComputerNameDnsFullyQualified, nullptr, &length) != 0 ||
         ::GetLastError() != ERROR_MORE_DATA) {
@@ -49,7 +49,7 @@ std::optional<std::string> platform::FullyQualifiedName() {
     return base::ToUtf8(name);
 }
 
-std::optional<std::string> platform::LoopbackName() {
+std::optional<std::string> LoopbackName() {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -63,7 +63,7 @@ std::optional<std::string> platform::LoopbackName() {
     return base::ToUtf8(host.data());
 }
 
-std::optional<std::string> platform::FlatDomainName() {
+std::optional<std::string> FlatDomainName() {
     PBYTE found = nullptr;
     if (::DsRoleGetPrimaryDomainInformation(nullptr, DsRolePrimaryDomainInfoBasic, &found) != ERROR_SUCCESS)
         return std::nullopt;
@@ -72,7 +72,7 @@ std::optional<std::string> platform::FlatDomainName() {
     return base::ToUtf8(role.Get()->DomainNameFlat);
 }
 
-bool platform::TextToAddress(int family, const std::string& text, void* address) {
+bool TextToAddress(int family, const std::string& text, void* address) {
     if (family != kIpv4 && family != kIpv6) return false;
     auto wide = base::Utf8ToWide(text);
     if (!wide || wide->find(L'\0') != std::wstring::npos) return false;
@@ -86,7 +86,7 @@ bool platform::TextToAddress(int family, const std::string& text, void* address)
     return true;
 }
 
-std::string platform::AddressToText(const void* address, std::size_t length) {
+std::string AddressToText(const void* address, std::size_t length) {
     sockaddr_storage copy{};  // the system's call wants it writable
     if (length > sizeof copy) length = sizeof copy;
     std::memcpy(&copy, address, length);
@@ -99,4 +99,4 @@ std::string platform::AddressToText(const void* address, std::size_t length) {
     return base::ToUtf8(text.data());
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

@@ -3,7 +3,7 @@
 #include "base/Utf.h"
 #include "platform/win32/WindowsHeaders.h"
 
-namespace quillon {
+namespace quillon::platform {
 namespace {
 
 HMODULE ThisModule() {
@@ -17,7 +17,7 @@ HMODULE ThisModule() {
 
 }  // namespace
 
-std::optional<std::string_view> platform::EmbeddedResource(const char* type, int number) {
+std::optional<std::string_view> EmbeddedResource(const char* type, int number) {
     const HMODULE module = ThisModule();
     if (module == nullptr) return std::nullopt;
     const HRSRC entry = ::FindResourceW(module, MAKEINTRESOURCEW(number), base::ToWide(type).c_str());
@@ -30,4 +30,4 @@ std::optional<std::string_view> platform::EmbeddedResource(const char* type, int
     return std::string_view(static_cast<const char*>(bytes), size);
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

@@ -6,29 +6,29 @@
 #include "platform/ModuleApi.h"
 #include "platform/win32/WindowsHeaders.h"
 
-namespace quillon {
+namespace quillon::platform {
 
 namespace {
 
 using Task = std::function<void()>;
 
-void CALLBACK Run(PTP_CALLBACK_INSTANCE, void* context) {
+void CALLBACK RunTask(PTP_CALLBACK_INSTANCE, void* context) {
     const std::unique_ptr<Task> task(static_cast<Task*>(context));
     (*task)();
 }
 
 }  // namespace
 
-bool platform::RunInBackground(std::function<void()> task) {
+bool RunInBackground(std::function<void()> task) {
     auto owned = std::make_unique<Task>(std::move(task));
     TP_CALLBACK_ENVIRON environment;
     ::InitializeThreadpoolEnvironment(&environment);
     ::SetThreadpoolCallbackRunsLong(&environment);
-    ::SetThreadpoolCallbackLibrary(&environment, ModuleOfAddress(reinterpret_cast<void*>(&Run)));
-    const bool hasStarted = ::TrySubmitThreadpoolCallback(&Run, owned.get(), &environment) != 0;
+    ::SetThreadpoolCallbackLibrary(&environment, ModuleOfAddress(reinterpret_cast<void*>(&RunTask)));
+    const bool hasStarted = ::TrySubmitThreadpoolCallback(&RunTask, owned.get(), &environment) != 0;
     ::DestroyThreadpoolEnvironment(&environment);
     if (hasStarted) static_cast<void>(owned.release());
     return hasStarted;
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform

@@ -7,10 +7,7 @@
 // After <windows.h>:
 #include <wbemdisp.h>
 
-namespace quillon {
-
-using platform::CalendarTime;
-using platform::CimDate;
+namespace quillon::platform {
 
 namespace {
 
@@ -46,14 +43,14 @@ struct InterfaceTraits {
 
 }  // namespace
 
-std::optional<std::tm> platform::LocalFields(std::int64_t epochSeconds) {
+std::optional<std::tm> LocalFields(std::int64_t epochSeconds) {
     const __time64_t time = epochSeconds;
     std::tm fields{};
     if (::_localtime64_s(&fields, &time) != 0) return std::nullopt;
     return fields;
 }
 
-std::optional<std::int64_t> platform::EpochOfLocalFields(std::tm local) {
+std::optional<std::int64_t> EpochOfLocalFields(std::tm local) {
     local.tm_isdst = 0;
     local.tm_wday = -1;  // tells a failure from the second before 1970
     const __time64_t time = ::_mktime64(&local);
@@ -61,49 +58,49 @@ std::optional<std::int64_t> platform::EpochOfLocalFields(std::tm local) {
     return time;
 }
 
-std::optional<int> platform::ZoneOffsetNow() {
+std::optional<int> ZoneOffsetNow() {
     TIME_ZONE_INFORMATION zone{};
     const DWORD inForce = ::GetTimeZoneInformation(&zone);
     if (inForce == TIME_ZONE_ID_INVALID) return std::nullopt;
     return -(zone.Bias + (inForce == TIME_ZONE_ID_DAYLIGHT ? zone.DaylightBias : zone.StandardBias));
 }
 
-std::optional<CalendarTime> platform::FileTimeToCalendar(std::uint64_t fileTime) {
+std::optional<CalendarTime> FileTimeToCalendar(std::uint64_t fileTime) {
     const FILETIME ticks = ToFileTime(fileTime);
     SYSTEMTIME fields{};
     if (!::FileTimeToSystemTime(&ticks, &fields)) return std::nullopt;
     return ToCalendar(fields);
 }
 
-std::optional<std::uint64_t> platform::CalendarToFileTime(const CalendarTime& time) {
+std::optional<std::uint64_t> CalendarToFileTime(const CalendarTime& time) {
     const SYSTEMTIME fields = ToSystemTime(time);
     FILETIME ticks{};
     if (!::SystemTimeToFileTime(&fields, &ticks)) return std::nullopt;
     return Ticks(ticks);
 }
 
-std::optional<std::uint64_t> platform::FileTimeToLocal(std::uint64_t fileTime) {
+std::optional<std::uint64_t> FileTimeToLocal(std::uint64_t fileTime) {
     const FILETIME utc = ToFileTime(fileTime);
     FILETIME local{};
     if (!::FileTimeToLocalFileTime(&utc, &local)) return std::nullopt;
     return Ticks(local);
 }
 
-std::optional<double> platform::CalendarToOleDate(const CalendarTime& time) {
+std::optional<double> CalendarToOleDate(const CalendarTime& time) {
     SYSTEMTIME fields = ToSystemTime(time);
     double date = 0;
     if (!::SystemTimeToVariantTime(&fields, &date)) return std::nullopt;
     return date;
 }
 
-std::optional<CalendarTime> platform::OleDateToCalendar(double date) {
+std::optional<CalendarTime> OleDateToCalendar(double date) {
     SYSTEMTIME fields{};
     if (std::isnan(date)) return std::nullopt;  // not every version's range check stops it
     if (!::VariantTimeToSystemTime(date, &fields)) return std::nullopt;
     return ToCalendar(fields);
 }
 
-CimDate platform::ReadCimDateTime(const std::wstring& text) {
+CimDate ReadCimDateTime(const std::wstring& text) {
     ISWbemDateTime* reader = nullptr;
     if (FAILED(::CoCreateInstance(__uuidof(SWbemDateTime), nullptr, CLSCTX_INPROC_SERVER,
                                   __uuidof(ISWbemDateTime), reinterpret_cast<void**>(&reader)))) {
@@ -117,4 +114,4 @@ CimDate platform::ReadCimDateTime(const std::wstring& text) {
     return result;
 }
 
-}  // namespace quillon
+}  // namespace quillon::platform
