@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Handle.h"
 #include "quillon/WindowsTypes.h"
@@ -31,8 +32,8 @@ std::optional<std::wstring> CommandLineOf(std::uint32_t id);
 /// On Linux: the private pages that the kernel counts, or where those may not be read
 /// the resident pages without those that a file or shared memory backs.
 long long PrivateWorkingSet(HANDLE process);
-/// Writes at most `room` identifiers; says how many.
-std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room);
+/// The identifiers of all processes in the system's order.
+std::optional<std::vector<std::uint32_t>> ListProcessIds();
 
 /// What this process uses; nothing for what the system does not tell.
 struct OwnUsage {

@@ -2,22 +2,11 @@
 
 #include "platform/ModuleApi.h"
 #include "platform/ProcessFactsApi.h"
-#include "providers/ProcessFacts.h"
 #include "quillon/ProcessUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
-
-void AppendIds(const IdQuery& query, std::vector<unsigned long>& ids) {
-    std::vector<std::uint32_t> answer(1024);
-    auto count = query(answer.data(), answer.size());
-    while (count && *count >= answer.size()) {
-        answer.resize(answer.size() * 2);
-        count = query(answer.data(), answer.size());
-    }
-    if (count) ids.insert(ids.end(), answer.data(), answer.data() + *count);
-}
 
 bool ProcessUtils::IsSystemProcess(unsigned long pid) { return pid == 0 || pid == 4; }
 
@@ -49,7 +38,8 @@ long long ProcessUtils::GetPrivateWorkingSetForProcess(const long& pid) {
 }
 
 void ProcessUtils::EnumerateProcessIds(std::vector<unsigned long>& ids) {
-    AppendIds(platform::ListProcessIds, ids);
+    const auto all = platform::ListProcessIds();
+    if (all) ids.insert(ids.end(), all->begin(), all->end());
 }
 
 }  // namespace quillon

@@ -4,7 +4,6 @@
 #include <numeric>
 
 #include "base/WorkingSet.h"
-#include "providers/ProcessFacts.h"
 
 namespace quillon {
 
@@ -61,27 +60,6 @@ TEST(PrivateWorkingSet, WhatTheProbeOrTheQueryCannotTellIsZero) {
         };
         EXPECT_EQ(base::CountPrivateBytes(query), c.expected) << c.what;
     }
-}
-
-TEST(ProcessIds, RoomIsDoubledUntilTheAnswerLeavesSome) {
-    for (const std::size_t processes : {1UL, 1023UL, 1024UL, 5000UL}) {
-        const auto query = [&](std::uint32_t* ids, std::size_t room) {
-            const std::size_t count = std::min(processes, room);
-            std::iota(ids, ids + count, 0U);
-            return std::optional(count);
-        };
-        std::vector<unsigned long> ids{7};
-        AppendIds(query, ids);
-        ASSERT_EQ(ids.size(), processes + 1);
-        EXPECT_EQ(ids.front(), 7U);
-        EXPECT_EQ(ids.back(), processes - 1);
-    }
-    std::vector<unsigned long> ids;
-    int left = 1;
-    AppendIds(
-        [&](std::uint32_t*, std::size_t room) { return left-- > 0 ? std::optional(room) : std::nullopt; },
-        ids);
-    EXPECT_THAT(ids, IsEmpty());
 }
 
 }  // namespace quillon

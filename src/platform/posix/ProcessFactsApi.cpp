@@ -81,21 +81,20 @@ std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
 
 long long PrivateWorkingSet(HANDLE process) { return PrivateBytes(ProcessOf(process)).value_or(0); }
 
-std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room) {
+std::optional<std::vector<std::uint32_t>> ListProcessIds() {
     const OpenFolder folder(::opendir("/proc"));
     if (!folder) {
         FailWithErrno();
         return std::nullopt;
     }
-    std::size_t count = 0;
-    while (count < room) {
-        const dirent* const entry = ::readdir(folder.get());
-        if (entry == nullptr) break;
+    std::vector<std::uint32_t> ids;
+    while (const dirent* const entry = ::readdir(folder.get())) {
         const char* const end = entry->d_name + std::strlen(entry->d_name);
-        const auto [next, error] = std::from_chars(entry->d_name, end, ids[count]);
-        if (error == std::errc() && next == end) ++count;
+        std::uint32_t id = 0;
+        const auto [next, error] = std::from_chars(entry->d_name, end, id);
+        if (error == std::errc() && next == end) ids.push_back(id);
     }
-    return count;
+    return ids;
 }
 
 OwnUsage UsageOfThisProcess() {

@@ -96,13 +96,14 @@ long long PrivateWorkingSet(HANDLE process) {
     });
 }
 
-std::optional<std::size_t> ListProcessIds(std::uint32_t* ids, std::size_t room) {
-    DWORD bytes = 0;
-    // The system's DWORD is another type of the same size.
-    if (::EnumProcesses(reinterpret_cast<DWORD*>(ids), static_cast<DWORD>(room * sizeof *ids), &bytes) == 0) {
-        return std::nullopt;
+std::optional<std::vector<std::uint32_t>> ListProcessIds() {
+    // A full buffer does not tell how many identifiers are missing.
+    for (std::vector<DWORD> ids(1024);; ids.resize(ids.size() * 2)) {
+        DWORD bytes = 0;
+        const auto room = static_cast<DWORD>(ids.size() * sizeof(DWORD));
+        if (::EnumProcesses(ids.data(), room, &bytes) == 0) return std::nullopt;
+        if (bytes < room) return std::vector<std::uint32_t>(ids.data(), ids.data() + bytes / sizeof(DWORD));
     }
-    return bytes / sizeof *ids;
 }
 
 /// No process is without private memory or handles: a system that answers 0 does not tell.

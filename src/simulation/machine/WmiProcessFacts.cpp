@@ -46,13 +46,7 @@ constexpr const char* kStatus = "status";
 constexpr const char* kIo = "io";
 
 std::vector<Process> ListProcesses() {
-    std::vector<std::uint32_t> ids(1024);
-    auto count = platform::ListProcessIds(ids.data(), ids.size());
-    while (count && *count == ids.size()) {
-        ids.resize(ids.size() * 2);
-        count = platform::ListProcessIds(ids.data(), ids.size());
-    }
-    ids.resize(count.value_or(0));
+    const auto ids = platform::ListProcessIds().value_or(std::vector<std::uint32_t>());
     std::vector<Process> processes;
     for (const std::uint32_t id : ids) {
         auto stat = platform::ReadProcessStat(static_cast<pid_t>(id));
@@ -114,7 +108,7 @@ const VARIANT* Find(const WmiValues& values, std::wstring_view name) {
     return nullptr;
 }
 
-std::string TextOf(const WmiValues& values, std::wstring_view name) {
+std::string NarrowValue(const WmiValues& values, std::wstring_view name) {
     const VARIANT* const value = Find(values, name);
     if (value == nullptr || value->vt != VT_BSTR) return {};
     return base::ToUtf8({value->bstrVal, SysStringLen(value->bstrVal)});
@@ -152,8 +146,8 @@ HRESULT GetOwner(const std::wstring& path, const WmiValues&, WmiValues& out) {
 
 HRESULT Create(const std::wstring&, const WmiValues& in, WmiValues& out) {
     platform::ProcessRequest request;
-    request.command = TextOf(in, L"CommandLine");
-    request.workingDirectory = TextOf(in, L"CurrentDirectory");
+    request.command = NarrowValue(in, L"CommandLine");
+    request.workingDirectory = NarrowValue(in, L"CurrentDirectory");
     if (request.command.empty()) {
         SetReturnValue(out, kInvalidParameter);
         return S_OK;

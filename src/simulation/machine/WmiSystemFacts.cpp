@@ -25,11 +25,8 @@ std::vector<Machine> TheMachine() { return std::vector<Machine>(1); }
 std::string Distribution() { return platform::OsReleaseValue("PRETTY_NAME").value_or("Linux"); }
 
 std::optional<std::size_t> ProcessCount() {
-    std::vector<std::uint32_t> ids(1024);
-    for (;; ids.resize(ids.size() * 2)) {
-        const auto count = platform::ListProcessIds(ids.data(), ids.size());
-        if (!count || *count < ids.size()) return count;
-    }
+    const auto ids = platform::ListProcessIds();
+    return ids ? std::optional(ids->size()) : std::nullopt;
 }
 
 std::optional<long long> FreeVirtualMemory() {
