@@ -45,7 +45,7 @@ std::string TicksToJsonDateTime(std::uint64_t utcTicks) {
     return date ? DateTimeUtils::ColeDateTimeToJsonDateTime(ATL::COleDateTime(*date)) : std::string();
 }
 
-std::wstring TextOf(const VARIANT& value) {
+std::wstring BstrText(const VARIANT& value) {
     if (value.vt != VT_BSTR || value.bstrVal == nullptr) return {};
     return std::wstring(value.bstrVal, ::SysStringLen(value.bstrVal));
 }
@@ -98,7 +98,7 @@ std::string DateTimeUtils::VT_DATEToJsonDateTime(const VARIANT& value) {
 }
 
 std::wstring DateTimeUtils::CimDateTimeToJsonDateTime(const _variant_t& value) {
-    std::wstring text = TextOf(value);
+    std::wstring text = BstrText(value);
     if (text.size() != kCimLength) return {};
     const std::wstring zone = CimZone(text);
     const std::tm now = LocalNow();

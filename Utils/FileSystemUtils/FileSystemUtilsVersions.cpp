@@ -56,7 +56,7 @@ private:
 
     Information Read();
     End ReadResource(Information& information);
-    std::string TextOf(const VersionResource& resource, const char* name);
+    std::string VersionString(const VersionResource& resource, const char* name);
     std::string Cleaned(std::optional<std::wstring> value);
     void Keep(const Information& information);
     void LogKept(ICLogger& logger) const;
@@ -112,12 +112,12 @@ VersionLookup::End VersionLookup::ReadResource(Information& information) {
     if (!fixed) return End::NoFixed;
     if (fixed->signature != FixedVersion::kSignature) return End::BadSignature;
     information = {Dotted(fixed->fileHigh, fixed->fileLow), Dotted(fixed->productHigh, fixed->productLow),
-                   TextOf(*resource, "FileDescription"), TextOf(*resource, "ProductName"),
-                   TextOf(*resource, "OriginalFilename")};
+                   VersionString(*resource, "FileDescription"), VersionString(*resource, "ProductName"),
+                   VersionString(*resource, "OriginalFilename")};
     return End::Read;
 }
 
-std::string VersionLookup::TextOf(const VersionResource& resource, const char* name) {
+std::string VersionLookup::VersionString(const VersionResource& resource, const char* name) {
     if (m_language.empty()) {
         return FirstText(resource, [&](VersionTranslation translation) {
             return Cleaned(resource.Value(base::VersionTable(translation), name));

@@ -56,7 +56,7 @@ void End(Lookup& lookup, const LookupResult& result) {
     all.changed.notify_all();
 }
 
-void Run(Lookup& lookup) {
+void RunLookup(Lookup& lookup) {
     LookupResult result;
     result.code = platform::ResolveAddresses(lookup.query, result.list);
     End(lookup, result);
@@ -66,7 +66,7 @@ void Start(const SharedLookup& lookup) {
     base::CountLookups(1);
     bool hasStarted = false;
     try {
-        hasStarted = platform::RunInBackground([lookup] { Run(*lookup); });
+        hasStarted = platform::RunInBackground([lookup] { RunLookup(*lookup); });
     } catch (const std::bad_alloc&) {
         hasStarted = false;
     }

@@ -44,7 +44,7 @@ std::string Paragraph(std::string_view text) {
     return escaped + "\n\n";
 }
 
-std::string TextOf(const Json& value) {
+std::string JsonText(const Json& value) {
     if (value.is_null()) return {};
     return value.is_string() ? value.get<std::string>()
                              : value.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -54,33 +54,33 @@ std::string TextOf(const Json& value) {
 /// sentences that are already Markdown.
 std::vector<std::string> Remarks(const Json& item) {
     std::vector<std::string> remarks;
-    for (const Json& text : item["warnings"]) remarks.push_back("**Warning:** " + Escaped(TextOf(text)));
-    for (const Json& text : item["notes"]) remarks.push_back("**Note:** " + Escaped(TextOf(text)));
+    for (const Json& text : item["warnings"]) remarks.push_back("**Warning:** " + Escaped(JsonText(text)));
+    for (const Json& text : item["notes"]) remarks.push_back("**Note:** " + Escaped(JsonText(text)));
     std::string introduced;
     for (const auto& [platform, version] : item["introduced"].items())
-        introduced += (introduced.empty() ? "" : ", ") + platform + " " + TextOf(version);
+        introduced += (introduced.empty() ? "" : ", ") + platform + " " + JsonText(version);
     if (!introduced.empty()) remarks.push_back("**Introduced:** " + introduced);
     if (const Json& deprecated = item["deprecated"]; !deprecated.is_null()) {
-        remarks.push_back("**Deprecated** since " + TextOf(deprecated["version"]) + ": " +
-                          Escaped(TextOf(deprecated["text"])));
+        remarks.push_back("**Deprecated** since " + JsonText(deprecated["version"]) + ": " +
+                          Escaped(JsonText(deprecated["text"])));
     }
     return remarks;
 }
 
 std::string DescriptionCell(const Json& item) {
-    std::string cell = Escaped(TextOf(item["description"]));
+    std::string cell = Escaped(JsonText(item["description"]));
     for (const std::string& remark : Remarks(item)) cell += (cell.empty() ? "" : "<br>") + remark;
     return cell;
 }
 
 std::string ParameterRow(const Json& parameter) {
-    return "| " + Escaped(TextOf(parameter["name"])) + " | " + TextOf(parameter["type"]) + " | " +
+    return "| " + Escaped(JsonText(parameter["name"])) + " | " + JsonText(parameter["type"]) + " | " +
            (parameter["optional"].get<bool>() ? "yes" : "no") + " | " +
-           Escaped(TextOf(parameter["default"])) + " | " + DescriptionCell(parameter) + " |\n";
+           Escaped(JsonText(parameter["default"])) + " | " + DescriptionCell(parameter) + " |\n";
 }
 
 std::string ColumnRow(const Json& column) {
-    return "| " + Escaped(TextOf(column["name"])) + " | " + TextOf(column["type"]) + " | " +
+    return "| " + Escaped(JsonText(column["name"])) + " | " + JsonText(column["type"]) + " | " +
            (column["alternative"].get<bool>() ? "yes" : "no") + " | " + DescriptionCell(column) + " |\n";
 }
 
@@ -94,7 +94,7 @@ std::string Section(std::string_view title, std::string_view header, std::string
         for (const Json& item : items) result += row(item);
         result += '\n';
     }
-    if (!additional.is_null()) result += "**And others:** " + Escaped(TextOf(additional)) + "\n\n";
+    if (!additional.is_null()) result += "**And others:** " + Escaped(JsonText(additional)) + "\n\n";
     return result;
 }
 
@@ -118,10 +118,10 @@ std::string ToJson(const IMethodMetadataReader& method) {
 
 std::string ToMarkdown(const IMethodMetadataReader& method) {
     const Json description = DescribeMethod(method);
-    std::string result = "## " + Escaped(TextOf(description["name"])) + "\n\n";
-    result += Paragraph(TextOf(description["description"]));
+    std::string result = "## " + Escaped(JsonText(description["name"])) + "\n\n";
+    result += Paragraph(JsonText(description["description"]));
     for (const std::string& remark : Remarks(description)) result += remark + "\n\n";
-    for (const Json& flag : description["flags"]) result += "- " + TextOf(flag) + "\n";
+    for (const Json& flag : description["flags"]) result += "- " + JsonText(flag) + "\n";
     if (!description["flags"].empty()) result += '\n';
     result += Section("Parameters",
                       "| Name | Type | Optional | Default | Description |\n"
@@ -131,7 +131,7 @@ std::string ToMarkdown(const IMethodMetadataReader& method) {
                       "| Name | Type | Alternative | Description |\n"
                       "| --- | --- | --- | --- |\n",
                       ColumnRow, description["columns"], description["additionalColumns"]);
-    result += Example(TextOf(description["example"]));
+    result += Example(JsonText(description["example"]));
     result.pop_back();  // every part ends with an empty line
     return result;
 }

@@ -4,8 +4,8 @@
 #include <typeinfo>
 #include <utility>
 
+#include "base/TextOrEmpty.h"
 #include "base/Utf.h"
-#include "metadata/TextOrEmpty.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/MethodMetadata.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Text(const char* text) { return base::RepairUtf8(TextOrEmpty(text)); }
+std::string Text(const char* text) { return base::RepairUtf8(base::TextOrEmpty(text)); }
 
 template <class Item>
 void DescribeRemarks(Json& object, const Item& item) {
@@ -53,7 +53,7 @@ Json DefaultValue(const MethodParameter& parameter) {
 }
 
 /// A default makes a table's parameter one of a pointer to it.
-std::string TypeOf(const MethodParameter& parameter) {
+std::string ParameterTypeName(const MethodParameter& parameter) {
     const bool isTable = parameter.TypeInfoHashCode() == typeid(const DataTable*).hash_code();
     return isTable ? MetadataUtils::Type(typeid(DataTable).hash_code()) : parameter.Type();
 }
@@ -61,7 +61,7 @@ std::string TypeOf(const MethodParameter& parameter) {
 Json DescribeParameter(const char* name, const MethodParameter& parameter) {
     Variant ignored;
     Json object = {{"name", Text(name)},
-                   {"type", TypeOf(parameter)},
+                   {"type", ParameterTypeName(parameter)},
                    {"optional", parameter.GetOptionalValue(ignored)},
                    {"default", DefaultValue(parameter)},
                    {"description", Text(parameter.Description())}};

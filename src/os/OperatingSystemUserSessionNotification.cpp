@@ -31,7 +31,7 @@ struct SessionChange {
     std::uint32_t sessionId;
 };
 
-Type TypeOf(unsigned long eventType, ICLogger* logger) {
+Type SessionEventType(unsigned long eventType, ICLogger* logger) {
     if (eventType >= 1 && eventType <= std::size(kNames)) return static_cast<Type>(eventType - 1);
     if (logger != nullptr) {
         logger->Warn("OperatingSystemUserSessionNotification received eventType %d, which is unknown",
@@ -107,7 +107,7 @@ void OperatingSystemUserSessionNotification::CreateFromServiceControlSessionNoti
         if (m_logger != nullptr) m_logger->Debug("%s", text.c_str());
         throw std::invalid_argument(text);
     }
-    m_sessionType = TypeOf(eventType, m_logger);
+    m_sessionType = SessionEventType(eventType, m_logger);
     m_sessionId = SessionIdIn(eventData);
     if (m_logger != nullptr) {
         m_logger->Debug("Session ID for SERVICE_CONTROL_SESSIONCHANGE event %lu is %lu", eventType,

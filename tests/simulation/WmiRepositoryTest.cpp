@@ -34,7 +34,7 @@ Property Get(IWbemClassObject* object, const wchar_t* name) {
     CIMTYPE type = CIM_EMPTY;
     const HRESULT code = object->Get(name, 0, &value, &type, nullptr);
     if (FAILED(code) || value.vt == VT_NULL) return {code, std::nullopt};
-    return {code, TextOf(value, type)};
+    return {code, CimText(value, type)};
 }
 
 std::vector<std::wstring> Names(IWbemClassObject* object, LONG flags) {
@@ -89,7 +89,7 @@ protected:
     HRESULT Weigh(const std::wstring& path, const WmiValues& in, WmiValues& out) {
         target = path;
         parameters.clear();
-        for (const auto& [name, value] : in) parameters.push_back(name + L'=' + TextOf(value, CIM_STRING));
+        for (const auto& [name, value] : in) parameters.push_back(name + L'=' + CimText(value, CIM_STRING));
         if (in.size() == 1) out = {{L"Weight", _variant_t(2.5)}};
         return S_OK;
     }
@@ -226,7 +226,7 @@ TEST(WmiCoercion, PutConvertsToThePropertysType) {
         _variant_t converted;
         EXPECT_EQ(Coerce(c.value, c.type, converted), c.code);
         EXPECT_EQ(converted.vt, c.held);
-        EXPECT_EQ(TextOf(converted, c.type), c.text);
+        EXPECT_EQ(CimText(converted, c.type), c.text);
     }
 }
 
@@ -245,7 +245,7 @@ TEST(WmiCoercion, AnArrayIsConvertedElementByElement) {
         _variant_t last;
         EXPECT_EQ(SafeArrayGetElement(converted.parray, &(index = 1), &last.llVal), S_OK);
         last.vt = static_cast<VARTYPE>(held);
-        EXPECT_EQ(TextOf(last, type), L"7");
+        EXPECT_EQ(CimText(last, type), L"7");
     }
     EXPECT_EQ(Coerce(given, static_cast<CIMTYPE>(CIM_SINT16) | CIM_FLAG_ARRAY, converted),
               Failure(WBEM_E_VALUE_OUT_OF_RANGE));
@@ -373,7 +373,7 @@ TEST_F(WmiRepositoryTest, AnInstanceIsStoredUnderItsKeys) {
     set(L"No", Text(L"1"));
     set(L"Total", IntegerVariant(VT_I8, 1LL << 40));
     EXPECT_EQ(put(made), S_OK);
-    EXPECT_EQ(TextOf(repository->ReadValue(kNamespace, L"Part", 0, L"Total"), CIM_UINT64), L"1099511627776");
+    EXPECT_EQ(CimText(repository->ReadValue(kNamespace, L"Part", 0, L"Total"), CIM_UINT64), L"1099511627776");
     set(L"No", Number(2));
     EXPECT_EQ(put(made), S_OK);
     EXPECT_EQ(repository->ReadValue(kNamespace, L"Part", 2, L"No").lVal, 2);

@@ -7,7 +7,7 @@ namespace quillon::agent {
 namespace {
 
 /// The command's output, whole or by lines.
-void Run(const MethodParameters& parameters, InvocationResult& result) {
+void RunAsGiven(const MethodParameters& parameters, InvocationResult& result) {
     CommandCall call;
     bool lines = false;
     ParameterBinder binder(parameters, false, false);
@@ -65,7 +65,7 @@ void DescribeTable(IMethodMetadataBuilder& builder) {
 
 std::unique_ptr<IModule> MakeCommandsModule() {
     std::vector<Method> methods;
-    methods.push_back(MakeMethod("Commands.Run", IMethodMetadata::V5_0, &DescribeRun, &Run));
+    methods.push_back(MakeMethod("Commands.Run", IMethodMetadata::V5_0, &DescribeRun, &RunAsGiven));
     methods.push_back(MakeMethod("Commands.Table", IMethodMetadata::V5_0, &DescribeTable, &Table));
     return MakeModule(std::move(methods));
 }

@@ -133,7 +133,7 @@ void AddText(const ReadCall& call, const std::string& text, Encoding detected, D
     }
 }
 
-void Read(const MethodParameters& parameters, InvocationResult& result) {
+void ReadText(const MethodParameters& parameters, InvocationResult& result) {
     ReadCall call;
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("path", call.path);
@@ -208,7 +208,7 @@ std::unique_ptr<IModule> MakeFilesModule() {
     methods.push_back(MakeMethod("Files.Find", IMethodMetadata::V5_0, &DescribeFind, &Find));
     methods.push_back(
         MakeMethod("Files.Encoding", IMethodMetadata::V5_0, &DescribeEncoding, &DetectEncoding));
-    methods.push_back(MakeMethod("Files.Read", IMethodMetadata::V5_0, &DescribeRead, &Read));
+    methods.push_back(MakeMethod("Files.Read", IMethodMetadata::V5_0, &DescribeRead, &ReadText));
     methods.push_back(MakeMethod("Files.Versions", IMethodMetadata::V5_0, &DescribeVersions, &Versions));
     return MakeModule(std::move(methods));
 }

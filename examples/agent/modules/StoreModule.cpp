@@ -22,7 +22,7 @@ struct Target {
     bool replace = false;
 };
 
-IApplicationDataStore::ColumnDataType TypeOf(const Variant& value) {
+IApplicationDataStore::ColumnDataType ColumnType(const Variant& value) {
     if (value.TypeIs(typeid(long long)) || value.TypeIs(typeid(bool))) return IApplicationDataStore::Integer;
     return value.TypeIs(typeid(double)) ? IApplicationDataStore::Real : IApplicationDataStore::Text;
 }
@@ -32,7 +32,7 @@ Columns ColumnsOf(const DataTable& table) {
     Columns columns;
     for (const VariantList& row : table) {
         for (const Variant& cell : row) {
-            if (!cell.IsNull()) columns.emplace(cell.GetName(), TypeOf(cell));
+            if (!cell.IsNull()) columns.emplace(cell.GetName(), ColumnType(cell));
         }
     }
     for (const std::string& name : table.GetColumnNames()) columns.emplace(name, IApplicationDataStore::Text);
@@ -93,7 +93,7 @@ struct Source {
 };
 
 /// Puts the rows into the result's table; false when there are none to be had.
-bool Read(const Source& source, InvocationResult& result) {
+bool FetchRows(const Source& source, InvocationResult& result) {
     if (source.command.command.empty() == source.wql.empty())
         return RefuseParameter("Either 'command' or 'wql' must be given", result);
     if (!source.wql.empty())
@@ -116,7 +116,7 @@ void Save(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddOptionalBinding("skip", source.skip);
     binder.AddOptionalBinding("wql", source.wql);
     AddBindings(binder, source.wmi);
-    if (binder.Bind(result) && Check(target, result) && Read(source, result)) SaveResult(target, result);
+    if (binder.Bind(result) && Check(target, result) && FetchRows(source, result)) SaveResult(target, result);
 }
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {

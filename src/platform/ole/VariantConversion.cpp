@@ -60,7 +60,7 @@ std::string RealText(double value, int digits) {
     return text;
 }
 
-std::string TextOf(const VARIANT& value, const Number& number) {
+std::string NumberText(const VARIANT& value, const Number& number) {
     if (value.vt == VT_EMPTY) return {};
     if (value.vt == VT_R4) return RealText(value.fltVal, std::numeric_limits<float>::digits10 + 1);
     const auto write = [](auto figure) {
@@ -74,7 +74,7 @@ std::string TextOf(const VARIANT& value, const Number& number) {
 }
 
 HRESULT StoreText(const VARIANT& value, const Number& number, BSTR& target) {
-    const std::wstring text = quillon::base::ToWide(TextOf(value, number));
+    const std::wstring text = quillon::base::ToWide(NumberText(value, number));
     target = SysAllocStringLen(text.data(), static_cast<unsigned int>(text.size()));
     return target == nullptr ? E_OUTOFMEMORY : S_OK;
 }

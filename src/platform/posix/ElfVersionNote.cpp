@@ -18,7 +18,7 @@ constexpr base::VersionTranslation kTranslation{0x0409, 0x04B0};
 constexpr std::string_view kOwner("Quillon", 8);
 
 template <class T>
-bool Read(const base::ReadBytesAt& read, std::uint64_t offset, T& value) {
+bool ReadRecord(const base::ReadBytesAt& read, std::uint64_t offset, T& value) {
     return read(offset, &value, sizeof value);
 }
 
@@ -79,13 +79,13 @@ base::VersionTexts ParseNote(std::string_view content) {
 
 std::optional<base::VersionTexts> ReadElfVersion(const base::ReadBytesAt& read) {
     Elf64_Ehdr header{};
-    if (!Read(read, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+    if (!ReadRecord(read, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
         header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_ident[EI_DATA] != ELFDATA2LSB) {
         return std::nullopt;
     }
     for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
         Elf64_Phdr segment{};
-        if (!Read(read, header.e_phoff + i * sizeof segment, segment)) return std::nullopt;
+        if (!ReadRecord(read, header.e_phoff + i * sizeof segment, segment)) return std::nullopt;
         if (segment.p_type != PT_NOTE || segment.p_filesz > kMaxNotes) continue;
         std::string notes(segment.p_filesz, '\0');
         if (!read(segment.p_offset, notes.data(), notes.size())) continue;

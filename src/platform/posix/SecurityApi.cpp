@@ -46,7 +46,7 @@ bool WriteAccessList(const std::string& native, const std::string& list) {
     return ::setxattr(native.c_str(), kAccessList, list.data(), list.size(), 0) == 0;
 }
 
-std::nullopt_t Fail() {
+std::nullopt_t FailWithListErrno() {
     if (errno == ERANGE) {
         SetLastErrorCode(base::kInsufficientBuffer);
     } else {
@@ -60,13 +60,13 @@ std::nullopt_t Fail() {
 std::optional<std::string> ReadSecurity(const std::string& path, std::size_t limit) {
     const std::string native = NativePath(path);
     struct ::stat status {};
-    if (::stat(native.c_str(), &status) != 0) return Fail();
+    if (::stat(native.c_str(), &status) != 0) return FailWithListErrno();
     if (limit <= sizeof(Head)) {
         errno = ERANGE;
-        return Fail();
+        return FailWithListErrno();
     }
     const auto list = ReadAccessList(native, limit - sizeof(Head));
-    if (!list) return Fail();
+    if (!list) return FailWithListErrno();
     const Head head{status.st_uid, status.st_gid, status.st_mode & kAllBits};
     return std::string(reinterpret_cast<const char*>(&head), sizeof(head)) + *list;
 }

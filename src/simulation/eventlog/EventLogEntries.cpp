@@ -28,7 +28,9 @@ void* NoHandle(std::uint32_t code) {
     return nullptr;
 }
 
-std::string TextOf(const wchar_t* text) { return text == nullptr ? std::string() : base::ToUtf8(text); }
+std::string NarrowOrEmpty(const wchar_t* text) {
+    return text == nullptr ? std::string() : base::ToUtf8(text);
+}
 
 /// The value of an attribute in single quotes.
 std::string Attribute(const std::string& xml, const std::string& name) {
@@ -96,9 +98,9 @@ void* EventLog::Subscribe(void*, void* signalEvent, const wchar_t* channelPath, 
                           unsigned long flags) {
     EventLog& log = Machine();
     if ((signalEvent == nullptr) == (callback == nullptr)) return NoHandle(base::kInvalidParameter);
-    const auto condition = EventQuery::Parse(TextOf(query));
+    const auto condition = EventQuery::Parse(NarrowOrEmpty(query));
     if (!condition) return NoHandle(kInvalidQuery);
-    Subscription subscription{TextOf(channelPath), *condition, callback, context, {}};
+    Subscription subscription{NarrowOrEmpty(channelPath), *condition, callback, context, {}};
     void* handle = nullptr;
     std::optional<Event> note;
     {
@@ -176,7 +178,7 @@ void* EventLog::CreateBookmark(const wchar_t* bookmarkXml) {
     EventLog& log = Machine();
     const std::lock_guard lock(log.m_mutex);
     if (const std::uint32_t failure = log.TakeFailure("EvtCreateBookmark")) return NoHandle(failure);
-    const std::string xml = TextOf(bookmarkXml);
+    const std::string xml = NarrowOrEmpty(bookmarkXml);
     std::string number = Attribute(xml, "RecordId");
     std::string_view digits = number;
     const auto recordId = base::TakeUnsigned(digits);
@@ -200,9 +202,9 @@ void* EventLog::Query(void*, const wchar_t* path, const wchar_t* query, unsigned
     const std::lock_guard lock(log.m_mutex);
     if (const std::uint32_t failure = log.TakeFailure("EvtQuery")) return NoHandle(failure);
     if ((flags & platform::kEvtChannelPath) == 0) return NoHandle(kNotSupported);
-    const auto condition = EventQuery::Parse(TextOf(query));
+    const auto condition = EventQuery::Parse(NarrowOrEmpty(query));
     if (!condition) return NoHandle(kInvalidQuery);
-    const Channel* const channel = log.Find(TextOf(path));
+    const Channel* const channel = log.Find(NarrowOrEmpty(path));
     if (channel == nullptr) return NoHandle(kChannelNotFound);
     ResultSet results;
     for (const EventPointer& event : channel->events) {
@@ -239,7 +241,7 @@ void* EventLog::OpenChannelConfig(void*, const wchar_t* channelPath, unsigned lo
     EventLog& log = Machine();
     const std::lock_guard lock(log.m_mutex);
     if (const std::uint32_t failure = log.TakeFailure("EvtOpenChannelConfig")) return NoHandle(failure);
-    const Channel* const channel = log.Find(TextOf(channelPath));
+    const Channel* const channel = log.Find(NarrowOrEmpty(channelPath));
     if (channel == nullptr) return NoHandle(kChannelNotFound);
     return log.Keep(Config{channel->name, channel->isEnabled});
 }

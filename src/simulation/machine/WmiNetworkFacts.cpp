@@ -55,13 +55,13 @@ ConnectionStatus StatusOf(const Adapter& adapter) {
     return IsEnabled(adapter) && adapter.Number("carrier") == 0 ? kMediaDisconnected : kDisconnected;
 }
 
-std::optional<int> TypeOf(const Adapter& adapter) {
+std::optional<int> AdapterType(const Adapter& adapter) {
     if (adapter.Has("wireless") || adapter.Has("phy80211")) return kWireless;
     return adapter.Number("type") == kEthernetHardware ? std::optional(kEthernet) : std::nullopt;
 }
 
 WmiFact TypeText(const Adapter& adapter) {
-    const auto type = TypeOf(adapter);
+    const auto type = AdapterType(adapter);
     if (!type) return {};
     return *type == kWireless ? "Wireless" : "Ethernet 802.3";
 }
@@ -95,7 +95,7 @@ WmiClass NetworkAdapterClass() {
         L"Win32_NetworkAdapter", {L"DeviceID"},
         {
             {L"AdapterType", CIM_STRING, [](A a) { return TypeText(a); }},
-            {L"AdapterTypeId", CIM_UINT16, [](A a) { return TypeOf(a); }},
+            {L"AdapterTypeId", CIM_UINT16, [](A a) { return AdapterType(a); }},
             {L"Availability", CIM_UINT16},
             {L"Caption", CIM_STRING, name},
             {L"CreationClassName", CIM_STRING, [](A) { return "Win32_NetworkAdapter"; }},

@@ -184,7 +184,7 @@ HRESULT Coerce(const VARIANT& value, CIMTYPE type, _variant_t& converted) {
     return CoerceScalar(value, type, converted);
 }
 
-std::wstring TextOf(const VARIANT& value, CIMTYPE type) {
+std::wstring CimText(const VARIANT& value, CIMTYPE type) {
     if (type == CIM_UINT32 && value.vt == VT_I4) {
         return std::to_wstring(static_cast<unsigned long>(static_cast<ULONG>(value.lVal)));
     }

@@ -13,7 +13,7 @@ namespace quillon::simulation {
 HRESULT Coerce(const VARIANT& value, CIMTYPE type, _variant_t& converted);
 
 /// The text of a scalar that WMI holds for a property; empty for what has none.
-std::wstring TextOf(const VARIANT& value, CIMTYPE type);
+std::wstring CimText(const VARIANT& value, CIMTYPE type);
 
 _variant_t TextVariant(std::wstring_view text);
 /// `type` is VT_UI1, VT_I2, VT_I4 or VT_I8; what does not fit is cut off.

@@ -68,7 +68,7 @@ std::wstring Quoted(std::wstring_view text) {
 std::wstring KeyText(const VARIANT& value, CIMTYPE type) {
     if (type == CIM_BOOLEAN && value.vt == VT_BOOL)
         return value.boolVal != VARIANT_FALSE ? L"TRUE" : L"FALSE";
-    const std::wstring text = TextOf(value, type);
+    const std::wstring text = CimText(value, type);
     const bool isText = type == CIM_STRING || type == CIM_DATETIME || type == CIM_REFERENCE;
     return isText ? Quoted(text) : text;
 }
