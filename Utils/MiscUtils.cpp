@@ -11,6 +11,7 @@
 
 #include "Utils/internal/VersionText.h"
 #include "base/Characters.h"
+#include "base/ErrorCodes.h"
 #include "platform/EnvironmentApi.h"
 #include "platform/ErrorText.h"
 #include "platform/ModuleApi.h"
@@ -24,8 +25,6 @@
 namespace quillon {
 
 namespace {
-
-constexpr std::uint32_t kNoSuchVariable = 203;
 
 /// Windows 8 and later stay at its numbers towards who does not ask the registry.
 bool HasNumbersInRegistry(unsigned long major, unsigned long minor) {
@@ -87,7 +86,7 @@ std::string MiscUtils::GetEnvVar(const char* name, bool* missing) {
     const bool isRead = value && !value->empty();
     if (missing != nullptr) *missing = !isRead;
     if (isRead) return *value;
-    if (!value && code != kNoSuchVariable) {
+    if (!value && code != base::kVariableNotFound) {
         if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
             logger->Warn("Could not get value of environment variable '%s' because: %s", name,
                          StringUtils::GetErrorAsString(static_cast<std::int32_t>(code)).c_str());

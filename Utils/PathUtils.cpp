@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Characters.h"
+#include "base/PathText.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/ModuleApi.h"
@@ -43,14 +44,10 @@ Text WithBackslashes(Text path) {
     return path;
 }
 
-bool StartsWithDrive(std::string_view path) {
-    return path.size() >= 2 && base::IsLetter(path[0]) && path[1] == ':';
-}
-
 /// Length of what is not part of the elements: "C:", "//server", "//?/C:".
 std::size_t RootLength(std::string_view path) {
-    if (StartsWithDrive(path)) return 2;
-    if (path.starts_with("//?/") && StartsWithDrive(path.substr(4))) return 6;
+    if (base::StartsWithDrive(path)) return 2;
+    if (path.starts_with("//?/") && base::StartsWithDrive(path.substr(4))) return 6;
     const bool isNetwork = path.size() > 2 && path.starts_with("//") && path[2] != '/';
     return isNetwork ? std::min(path.find('/', 2), path.size()) : 0;
 }
@@ -116,7 +113,7 @@ std::string Normalised(const std::string& path) {
 /// Without its last element, but with the separator of a drive's root.
 std::string FolderOf(const std::string& file) {
     std::string folder = PartBefore(file, PathUtils::PathSep);
-    if (folder.size() == 2 && StartsWithDrive(folder)) folder.push_back(PathUtils::PathSep);
+    if (folder.size() == 2 && base::StartsWithDrive(folder)) folder.push_back(PathUtils::PathSep);
     return folder;
 }
 

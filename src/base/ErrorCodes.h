@@ -12,10 +12,18 @@ inline constexpr std::uint32_t kNotEnoughMemory = 8;
 inline constexpr std::uint32_t kInvalidData = 13;
 inline constexpr std::uint32_t kSharingViolation = 32;
 inline constexpr std::uint32_t kInvalidParameter = 87;
+inline constexpr std::uint32_t kCallNotImplemented = 120;
 inline constexpr std::uint32_t kInsufficientBuffer = 122;
+inline constexpr std::uint32_t kModuleNotFound = 126;
+inline constexpr std::uint32_t kProcedureNotFound = 127;
+inline constexpr std::uint32_t kVariableNotFound = 203;
 inline constexpr std::uint32_t kMoreData = 234;
 inline constexpr std::uint32_t kNoMoreItems = 259;
+inline constexpr std::uint32_t kInvalidDirectory = 267;
 inline constexpr std::uint32_t kNoToken = 1008;
 inline constexpr std::uint32_t kNoUnicodeTranslation = 1113;
+inline constexpr std::uint32_t kNotAllAssigned = 1300;
+inline constexpr std::uint32_t kNoSuchPrivilege = 1313;
+inline constexpr std::uint32_t kPrivilegeNotHeld = 1314;
 
 }  // namespace quillon::base

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/TextOrEmpty.h"
 #include "data/DumpWriter.h"
 #include "data/VariantRecord.h"
 #include "quillon/DateTimeUtils.h"
@@ -33,8 +34,6 @@ const KindTraits& Traits(Kind kind) {
 
 constexpr int kSqlNull = 5;
 constexpr std::size_t kDumpBufferSize = 1024;
-
-std::string TextOrEmpty(const char* text) { return text != nullptr ? text : std::string(); }
 
 /// As "%g", whatever the locale.
 std::string DoubleAsText(double value) {
@@ -83,7 +82,8 @@ Variant::Variant(long long value) : Variant(std::string(), value) {}
 Variant::Variant(bool value) : Variant(std::string(), value) {}
 Variant::Variant(double value) : Variant(std::string(), value) {}
 Variant::Variant(TimePoint value) : Variant(std::string(), value) {}
-Variant::Variant(const std::string& name, const char* value) : Variant(name, TextOrEmpty(value)) {}
+Variant::Variant(const std::string& name, const char* value)
+    : Variant(name, std::string(base::TextOrEmpty(value))) {}
 Variant::Variant(const std::string& name, const std::string& value) : m_record(new Record(name, value)) {}
 Variant::Variant(const std::string& name, std::string&& value)
     : m_record(new Record(name, std::move(value))) {}
@@ -122,7 +122,7 @@ Variant Variant::StringOrNullVariant(const std::string& name, const std::string&
     return value.empty() ? NullVariant(name) : Variant(name, value);
 }
 
-void Variant::SetStringValue(const char* value) { SetValue(TextOrEmpty(value)); }
+void Variant::SetStringValue(const char* value) { SetValue(std::string(base::TextOrEmpty(value))); }
 void Variant::SetStringValue(const std::string& value) { SetValue(value); }
 void Variant::SetStringValue(std::string&& value) { SetValue(std::move(value)); }
 void Variant::SetLongLongValue(long long value) { SetValue(value); }

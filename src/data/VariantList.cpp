@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/TextOrEmpty.h"
 #include "data/DumpWriter.h"
 #include "data/NameMarks.h"
 #include "data/VariantRecord.h"
@@ -19,8 +20,6 @@ namespace {
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 /// Up to this size comparing every pair is cheaper than sorting by hash.
 constexpr std::size_t kPairwiseLimit = 16;
-
-std::string_view TextOrEmpty(const char* text) { return text != nullptr ? text : std::string_view(); }
 
 /// Whether the elements of two ranges of one size can be paired as equals. Swaps
 /// what is matched to the front of `right`.
@@ -212,7 +211,7 @@ bool VariantList::Similar(const VariantList& other) const {
 bool VariantList::NotSimilar(const VariantList& other) const { return !Similar(other); }
 
 std::string VariantList::ToString(const char* separator, const char* quote) const {
-    const std::string_view gap = TextOrEmpty(separator), mark = TextOrEmpty(quote);
+    const std::string_view gap = base::TextOrEmpty(separator), mark = base::TextOrEmpty(quote);
     std::string result;
     for (const Variant& element : Elements()) {
         if (&element != &Elements().front()) result += gap;
@@ -245,7 +244,7 @@ std::string VariantList::ToDelimitedStrings(char delimiter, char quote, bool opt
 
 void VariantList::Dump(const char* title, ICLogger* logger, unsigned int indent) const {
     ICLogger* const target = LoggerOrRegistered(logger);
-    const std::string prefix = DumpIndent(indent), shownTitle(TextOrEmpty(title));
+    const std::string prefix = DumpIndent(indent), shownTitle(base::TextOrEmpty(title));
     WriteDumpLine(target, prefix + "Start of VariantList dump with " + std::to_string(Size()) +
                               " column(s): " + shownTitle);
     for (const Variant& element : Elements()) element.Dump(target, InnerIndent(indent));

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "metadata/TextOrEmpty.h"
+#include "base/TextOrEmpty.h"
 
 namespace quillon {
 namespace {
 
 template <class Items>
 bool Contains(const Items& items, const char* name) {
-    return std::any_of(items.begin(), items.end(), [wanted = TextOrEmpty(name)](const auto& item) {
-        return TextOrEmpty(item.first) == wanted;
+    return std::any_of(items.begin(), items.end(), [wanted = base::TextOrEmpty(name)](const auto& item) {
+        return base::TextOrEmpty(item.first) == wanted;
     });
 }
 
@@ -137,7 +137,7 @@ IMethodMetadata& MethodMetadata::Deprecated(MetadataAgentVersion version, const 
 
 void MethodMetadata::ThrowAlreadyInserted(const char* kind, const char* name) {
     std::stringstream message;
-    message << kind << " " << TextOrEmpty(name) << " has already been inserted";
+    message << kind << " " << base::TextOrEmpty(name) << " has already been inserted";
     MetadataUtils::LogThenThrow(message);
 }
 

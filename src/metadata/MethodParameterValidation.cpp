@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "metadata/TextOrEmpty.h"
+#include "base/TextOrEmpty.h"
 #include "quillon/ICLogger.h"
 #include "quillon/Url.h"
 #include "quillon/UserUtils.h"
@@ -11,13 +11,13 @@
 namespace quillon {
 namespace {
 
-bool Fail(InvocationResult& result, std::string message) {
+bool RejectParameter(InvocationResult& result, std::string message) {
     result.resultCode = InvocationResult::kBadParameter;
     result.errorMessage = std::move(message);
     return false;
 }
 
-std::string Text(const char* name) { return std::string(TextOrEmpty(name)); }
+std::string Text(const char* name) { return std::string(base::TextOrEmpty(name)); }
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 std::string Quoted(const char* name) { return Quoted(Text(name)); }
 
@@ -31,17 +31,20 @@ std::string WithValue(const char* name, const std::string& value) {
 
 bool MethodParameterValidation::IsName(const char* name, const std::string& value, InvocationResult& result) {
     if (value.find('\\') == std::string::npos) return true;
-    return Fail(result, "A name is required, not an absolute path, for the " + Quoted(name) + " parameter");
+    return RejectParameter(
+        result, "A name is required, not an absolute path, for the " + Quoted(name) + " parameter");
 }
 
 bool MethodParameterValidation::IsPath(const char* name, const std::string& value, InvocationResult& result,
                                        bool allowDriveSpecifier) {
     if (value.find('\\') == std::string::npos) {
-        return Fail(result, "An absolute path (suitable for the platform) is required, not a name, for " +
-                                WithValue(name, value));
+        return RejectParameter(result,
+                               "An absolute path (suitable for the platform) is required, not a name, for " +
+                                   WithValue(name, value));
     }
     if (allowDriveSpecifier || !HasDriveSpecifier(value)) return true;
-    return Fail(result, "A path without a drive specifier is required, for " + WithValue(name, value));
+    return RejectParameter(result,
+                           "A path without a drive specifier is required, for " + WithValue(name, value));
 }
 
 bool MethodParameterValidation::MutuallyExclusive(const char* name1, const char* name2,
@@ -53,42 +56,42 @@ bool MethodParameterValidation::MutuallyExclusive(const char* name1, const char*
                                     " must be specified and cannot be empty"
                               : Quoted(name1) + " and " + Quoted(name2) + " parameters cannot both be used";
     if (secondIsDeprecated) message += "; " + Quoted(name2) + " is deprecated";
-    return Fail(result, std::move(message));
+    return RejectParameter(result, std::move(message));
 }
 
 bool MethodParameterValidation::NotEmpty(const char* name, const std::string& value,
                                          InvocationResult& result) {
-    return !value.empty() || Fail(result, Quoted(name) + " parameter cannot be empty");
+    return !value.empty() || RejectParameter(result, Quoted(name) + " parameter cannot be empty");
 }
 
 bool MethodParameterValidation::ValidUrl(const char* name, const std::string& value,
                                          InvocationResult& result) {
     return Url::Parse(value).IsValid() ||
-           Fail(result, Text(name) + " value " + Quoted(value) + " is not valid");
+           RejectParameter(result, Text(name) + " value " + Quoted(value) + " is not valid");
 }
 
 bool MethodParameterValidation::ValidateAsUserParameter(const std::string& value, InvocationResult& result) {
     const auto [isDownLevel, netbiosDomain, account] = UserUtils::SplitDownLevelLogonName(value);
     if (isDownLevel && (netbiosDomain.empty() || account.empty())) {
-        return Fail(result,
-                    "A down-level logon name must be formatted as 'netbios-domain\\user-account-name'");
+        return RejectParameter(
+            result, "A down-level logon name must be formatted as 'netbios-domain\\user-account-name'");
     }
     const auto [isPrincipal, user, domain] = UserUtils::SplitUserPrincipalName(value);
     if (isPrincipal && (user.empty() || domain.empty())) {
-        return Fail(result,
-                    "A user principal name must be formatted as 'user-account-name@machine-or-domain'");
+        return RejectParameter(
+            result, "A user principal name must be formatted as 'user-account-name@machine-or-domain'");
     }
     return isDownLevel || isPrincipal ||
-           Fail(result,
-                "A user name must be formatted as 'user-account-name@machine-or-domain' or "
-                "'netbios-domain\\user-account-name'");
+           RejectParameter(result,
+                           "A user name must be formatted as 'user-account-name@machine-or-domain' or "
+                           "'netbios-domain\\user-account-name'");
 }
 
 bool MethodParameterValidation::InRange(const char* name, long long value, long long low, long long high,
                                         InvocationResult& result) {
     if (low <= value && value <= high) return true;
-    return Fail(result, Quoted(name) + " parameter must be between " + std::to_string(low) + " and " +
-                            std::to_string(high) + ", not " + std::to_string(value));
+    return RejectParameter(result, Quoted(name) + " parameter must be between " + std::to_string(low) +
+                                       " and " + std::to_string(high) + ", not " + std::to_string(value));
 }
 
 bool MethodParameterValidation::OneOf(const char* name, const std::string& value,
@@ -96,7 +99,7 @@ bool MethodParameterValidation::OneOf(const char* name, const std::string& value
     if (std::find(allowed.begin(), allowed.end(), value) != allowed.end()) return true;
     std::string message = Quoted(name) + " parameter must be one of ";
     for (const std::string& text : allowed) message += Quoted(text) + ", ";
-    return Fail(result, message + "not " + Quoted(value));
+    return RejectParameter(result, message + "not " + Quoted(value));
 }
 
 void MethodParameterValidation::UseNonDeprecated(const char* name, const char* deprecatedName,

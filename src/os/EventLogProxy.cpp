@@ -1,5 +1,6 @@
 #include "quillon/EventLogProxy.h"
 
+#include "base/ErrorCodes.h"
 #include "os/EntryPointBinder.h"
 #include "os/EventLogState.h"
 #include "platform/ErrorText.h"
@@ -51,11 +52,10 @@ std::optional<std::string> BindOnce() {
 /// as a call that the system does not have.
 template <auto Member, class... Arguments>
 auto Forward(Arguments... arguments) {
-    constexpr std::uint32_t kNotImplemented = 120;
     const EventLogState& state = EventLogState::Get();
     using Result = decltype((state.functions.*Member)(arguments...));
     if (state.isAvailable) return (state.functions.*Member)(arguments...);
-    platform::SetLastErrorCode(kNotImplemented);
+    platform::SetLastErrorCode(base::kCallNotImplemented);
     return Result{};
 }
 

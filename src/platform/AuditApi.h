@@ -33,7 +33,7 @@ struct AuditCalls {
     using WaitCallback = void (*)(void* context, unsigned char timedOut);
 
     /// The calling thread's token and the process's, to query and adjust; null on
-    /// failure, 1008 when the thread has none of its own.
+    /// failure, base::kNoToken when the thread has none of its own.
     std::function<HANDLE()> openThreadToken;
     std::function<HANDLE()> openProcessToken;
     /// As SetPrivilege, on a token.

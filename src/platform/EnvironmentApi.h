@@ -8,7 +8,7 @@ namespace quillon::platform {
 /// The process's environment. Text is in the ANSI code page on Windows, and bytes
 /// elsewhere. Not to be changed while another thread uses it.
 
-/// Nothing on failure, see LastError(): 203 when the variable is not set.
+/// Nothing on failure, see LastError(): base::kVariableNotFound when the variable is not set.
 std::optional<std::string> ReadVariable(const char* name);
 /// A null `value` removes the variable.
 bool WriteVariable(const char* name, const char* value);

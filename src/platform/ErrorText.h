@@ -6,7 +6,7 @@
 
 namespace quillon::platform {
 
-/// The thread's last failure as a Windows code (2: not found) on both systems.
+/// The thread's last failure as a Windows code (base/ErrorCodes.h) on both systems.
 std::uint32_t LastError();
 void SetLastErrorCode(std::uint32_t code);
 

@@ -40,7 +40,7 @@ std::optional<FileStatus> StatusOf(const std::string& path);
 std::optional<std::uint64_t> SizeOfFile(const std::string& path);
 /// Calls `visit` for what matches a wildcard pattern in its last element, "." and
 /// ".." included, in the system's order, until it returns false. False when
-/// nothing matches (2), or when the search broke off.
+/// nothing matches (base::kFileNotFound), or when the search broke off.
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit);
 
 /// Removes a file or a link to a file, never a folder.
@@ -58,7 +58,7 @@ bool CopyFileOver(const std::string& from, const std::string& to);
 
 /// The content as it is when the file is opened, and whatever size the system
 /// reports; what is appended meanwhile is left out. The file may be open for writing
-/// elsewhere. At most its first `most` bytes. 8 when there is no memory for it.
+/// elsewhere. At most its first `most` bytes. base::kNotEnoughMemory when there is no memory for it.
 std::optional<std::string> ReadWholeFile(const std::string& path,
                                          std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 /// The same, one piece after the other, until `visit` returns false. False when the

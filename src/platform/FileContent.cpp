@@ -13,8 +13,6 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::size_t kPieceSize = 128 * 1024;
-
 std::optional<std::string> ReadAll(BoundedReader& reader) {
     std::string content(reader.Limit() > 0 ? static_cast<std::size_t>(reader.Limit()) : kPieceSize, '\0');
     std::size_t length = 0;

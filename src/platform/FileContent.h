@@ -14,6 +14,9 @@ namespace quillon::platform {
 /// The bytes of open files: what FileApi.h's operations on content are made of. A
 /// failure is false, nothing or an empty handle, see LastError().
 
+/// What one read or write moves at most: larger ones are not faster.
+inline constexpr std::size_t kPieceSize = 128 * 1024;
+
 /// Only what has an end; others may write the file meanwhile.
 FileHandle OpenForReading(const std::string& path);
 /// Bytes read, which may be fewer than fit; 0 at the end.

@@ -53,8 +53,8 @@ constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
 /// its end goes on running and leaves no zombie behind.
 class ChildProcess {
 public:
-    /// Nothing when the program cannot be started: 2 when it does not exist, 267
-    /// when the working directory does not.
+    /// Nothing when the program cannot be started: base::kFileNotFound when it does not exist,
+    /// base::kInvalidDirectory when the working directory does not.
     static std::optional<ChildProcess> Start(const ProcessRequest& request);
 
     ChildProcess(ChildProcess&& other) noexcept;
@@ -80,7 +80,7 @@ private:
 enum class KillScope { Process, Tree };
 enum class KillResult { Killed, NotOpened, NotKilled };
 /// Ends a process with an exit status. The scope Tree also ends its descendants
-/// when it was started so. One that has ended already is not killed (5).
+/// when it was started so. One that has ended already is not killed (base::kAccessDenied).
 KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scope);
 
 /// A file, open for reading at its start and gone once it is closed, that holds

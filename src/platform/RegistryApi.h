@@ -21,8 +21,9 @@ using RegistryKey = Handle<RegistryTraits>;
 /// see LastError().
 RegistryKey OpenMachineKey(const std::string& path);
 /// Reads a value's bytes, whatever its type. `size` says how many fit, and then how
-/// many there are. Returns the system's code: 0, 2 when there is no such value, 234
-/// when more are there than fit. A null buffer asks for the size. ANSI code page.
+/// many there are. Returns the system's code: 0, base::kFileNotFound
+/// when there is no such value, base::kMoreData when more are there than fit. A null buffer asks for the
+/// size. ANSI code page.
 std::uint32_t QueryValue(HKEY key, const char* name, void* buffer, std::uint32_t& size);
 
 }  // namespace quillon::platform

@@ -4,14 +4,12 @@
 #include <cstdint>
 
 #include "base/Characters.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 
 namespace quillon::simulation {
 
 namespace {
-
-constexpr std::uint32_t kNoSuchModule = 126;
-constexpr std::uint32_t kNoSuchProcedure = 127;
 
 std::string FoldedFileName(const std::string& path) {
     std::string name = path.substr(path.rfind('\\') + 1);
@@ -43,7 +41,7 @@ platform::ProcedureCalls Modules::Calls() {
 HINSTANCE Modules::Find(const std::string& name) {
     const auto found = m_modules.find(FoldedFileName(name));
     if (found != m_modules.end()) return reinterpret_cast<HINSTANCE>(&found->second);
-    platform::SetLastErrorCode(kNoSuchModule);
+    platform::SetLastErrorCode(base::kModuleNotFound);
     return nullptr;
 }
 
@@ -51,7 +49,7 @@ platform::Procedure Modules::FindIn(HINSTANCE module, const std::string& entryPo
     const auto& entryPoints = *reinterpret_cast<const EntryPoints*>(module);
     const auto found = entryPoints.find(entryPoint);
     if (found != entryPoints.end()) return found->second;
-    platform::SetLastErrorCode(kNoSuchProcedure);
+    platform::SetLastErrorCode(base::kProcedureNotFound);
     return nullptr;
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "base/Characters.h"
+#include "base/PathText.h"
 
 namespace quillon::platform {
 
@@ -15,12 +15,6 @@ std::string& VolumeRoot() {
     // Never destroyed: threads may open files while the process ends.
     static std::string& root = *new std::string;
     return root;
-}
-
-bool IsSeparator(char c) { return c == '\\' || c == '/'; }
-
-bool StartsWithDrive(std::string_view path) {
-    return path.size() >= 2 && base::IsLetter(path[0]) && path[1] == ':';
 }
 
 std::string WithSlashes(std::string_view path) {
@@ -37,7 +31,7 @@ std::string OnDrive(std::string_view path) {
     if (path[0] != 'C' && path[0] != 'c') return Nowhere(path);
     const std::string_view rest = path.substr(2);
     if (rest.empty()) return BelowRoot("/");
-    return IsSeparator(rest[0]) ? BelowRoot(rest) : WithSlashes(rest);  // "C:x": in the current folder
+    return base::IsSeparator(rest[0]) ? BelowRoot(rest) : WithSlashes(rest);  // "C:x": in the current folder
 }
 
 }  // namespace
@@ -47,10 +41,10 @@ std::string NativePath(const std::string& path) {
     if (rest.starts_with(R"(\\?\)")) {
         rest.remove_prefix(4);
         if (rest.starts_with(kVolumeName)) return BelowRoot(rest.substr(kVolumeName.size() - 1));
-        return StartsWithDrive(rest) ? OnDrive(rest) : Nowhere(rest);
+        return base::StartsWithDrive(rest) ? OnDrive(rest) : Nowhere(rest);
     }
     if (rest.starts_with(R"(\\)")) return Nowhere(rest);  // another machine's, or a device
-    if (StartsWithDrive(rest)) return OnDrive(rest);
+    if (base::StartsWithDrive(rest)) return OnDrive(rest);
     return rest.starts_with('\\') ? BelowRoot(rest) : WithSlashes(rest);
 }
 

@@ -3,16 +3,16 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/posix/Errno.h"
 
 namespace quillon::platform {
 
 std::optional<std::string> ReadVariable(const char* name) {
-    constexpr std::uint32_t kNoSuchVariable = 203;
     const char* const value = name == nullptr ? nullptr : std::getenv(name);
     if (value != nullptr) return value;
-    SetLastErrorCode(kNoSuchVariable);
+    SetLastErrorCode(base::kVariableNotFound);
     return std::nullopt;
 }
 

@@ -16,7 +16,6 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::size_t kPieceSize = 128 * 1024;
 constexpr mode_t kAsTheProcessLets = 0666;
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/PathText.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/native/NativePath.h"
@@ -39,22 +40,20 @@ std::string NumberedName(const std::string& prefix, unsigned number) {
     return prefix + digits + ".tmp";
 }
 
-bool IsSeparator(char c) { return c == '\\' || c == '/'; }
-
 }  // namespace
 
 std::optional<std::string> TemporaryFolder() {
     const char* const chosen = ::secure_getenv("TMPDIR");
     const bool isUsable = chosen != nullptr && chosen[0] == '/' && IsFolder(chosen);
     std::string folder = LibraryPath(isUsable ? chosen : "/tmp");
-    if (!IsSeparator(folder.back())) folder.push_back('\\');
+    if (!base::IsSeparator(folder.back())) folder.push_back('\\');
     return folder;
 }
 
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
     constexpr unsigned kNumbers = 0x10000;
     constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-    const std::string base = !folder.empty() && !IsSeparator(folder.back()) ? folder + '\\' : folder;
+    const std::string base = !folder.empty() && !base::IsSeparator(folder.back()) ? folder + '\\' : folder;
     const unsigned start = RandomStart();
     for (unsigned i = 0; i < kNumbers; ++i) {
         std::string path = base + NumberedName(prefix, (start + i) % kNumbers);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
@@ -30,10 +31,9 @@ std::optional<std::string> ExecutablePath() {
 }
 
 HINSTANCE ModuleOfAddress(void* address) {
-    constexpr std::uint32_t kNoSuchModule = 126;
     Dl_info module{};
     if (::dladdr(address, &module) != 0) return reinterpret_cast<HINSTANCE>(module.dli_fbase);
-    SetLastErrorCode(kNoSuchModule);
+    SetLastErrorCode(base::kModuleNotFound);
     return nullptr;
 }
 

@@ -22,8 +22,6 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::uint32_t kNoSuchDirectory = 267;
-
 class FileActions {
 public:
     FileActions() { ::posix_spawn_file_actions_init(&m_actions); }
@@ -172,7 +170,7 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
         return std::nullopt;
     }
     if (!directory.empty() && !IsDirectory(directory)) {
-        SetLastErrorCode(kNoSuchDirectory);
+        SetLastErrorCode(base::kInvalidDirectory);
         return std::nullopt;
     }
     std::string treeMark = request.killableAsTree ? NewTreeMark() : std::string();

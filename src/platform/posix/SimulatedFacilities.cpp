@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include "base/ErrorCodes.h"
 #include "platform/AuditApi.h"
 #include "platform/ComApi.h"
 #include "platform/ErrorText.h"
@@ -25,15 +26,13 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::uint32_t kNotAllAssigned = 1300;  // ERROR_NOT_ALL_ASSIGNED
-
 /// Only the superuser's process holds privileges; one that gave the account up has lost them.
 std::uint32_t SwitchPrivilege(const std::wstring& name, bool enable) {
     simulation::ProcessToken& token = simulation::ProcessToken::Process();
     if (::geteuid() == 0) return token.Switch(name, enable);
     token.DisableAll();
     const std::uint32_t code = token.Switch(name, false);
-    return code == 0 ? kNotAllAssigned : code;
+    return code == 0 ? base::kNotAllAssigned : code;
 }
 
 bool IsPrivilegeEnabled(const wchar_t* name) {

@@ -11,9 +11,6 @@ namespace quillon::simulation {
 
 namespace {
 
-constexpr std::uint32_t kNoSuchPrivilege = 1313;
-constexpr std::uint32_t kPrivilegeNotHeld = 1314;
-
 /// Tokens are told from events by this value, which no event has.
 HANDLE TheToken() { return reinterpret_cast<HANDLE>(std::uintptr_t{0xA0D17}); }
 
@@ -164,7 +161,7 @@ std::uint32_t AuditPolicy::CodeOf(const char* call) {
 
 bool AuditPolicy::May(const char* call) {
     if (const std::uint32_t code = CodeOf(call)) return SucceedsWith(code);
-    return SucceedsWith(IsPrivilegeEnabled() ? 0 : kPrivilegeNotHeld);
+    return SucceedsWith(IsPrivilegeEnabled() ? 0 : base::kPrivilegeNotHeld);
 }
 
 HANDLE AuditPolicy::OpenToken(const char* call) {
@@ -182,7 +179,7 @@ void AuditPolicy::Close(HANDLE handle) {
 
 bool AuditPolicy::SetPrivilege(const std::wstring& name, bool enable) {
     if (!SucceedsWith(CodeOf("setPrivilege"))) return false;
-    if (name != L"SeSecurityPrivilege") return SucceedsWith(kNoSuchPrivilege);
+    if (name != L"SeSecurityPrivilege") return SucceedsWith(base::kNoSuchPrivilege);
     const std::lock_guard lock(m_mutex);
     m_hasPrivilege = enable;
     return true;

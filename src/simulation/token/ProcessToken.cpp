@@ -1,13 +1,10 @@
 #include "simulation/token/ProcessToken.h"
 
+#include "base/ErrorCodes.h"
+
 namespace quillon::simulation {
 
-namespace {
-
-constexpr std::uint32_t kNotAllAssigned = 1300;   // ERROR_NOT_ALL_ASSIGNED
-constexpr std::uint32_t kNoSuchPrivilege = 1313;  // ERROR_NO_SUCH_PRIVILEGE
-
-}  // namespace
+namespace {}  // namespace
 
 ProcessToken::ProcessToken() {
     for (const wchar_t* const name :
@@ -25,8 +22,8 @@ ProcessToken& ProcessToken::Process() {
 std::uint32_t ProcessToken::Switch(const std::wstring& name, bool enable) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_privileges.find(name);
-    if (found == m_privileges.end()) return kNoSuchPrivilege;
-    if (!found->second.isHeld) return kNotAllAssigned;
+    if (found == m_privileges.end()) return base::kNoSuchPrivilege;
+    if (!found->second.isHeld) return base::kNotAllAssigned;
     found->second.isEnabled = enable;
     return 0;
 }

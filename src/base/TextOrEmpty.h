@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-namespace quillon {
+namespace quillon::base {
 
-/// Names and texts come from modules; a null one must not end the process.
+/// A null text comes from a module by mistake, and must not end the process.
 inline std::string_view TextOrEmpty(const char* text) { return text != nullptr ? text : std::string_view(); }
 
-}  // namespace quillon
+}  // namespace quillon::base
