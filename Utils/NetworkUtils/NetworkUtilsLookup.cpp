@@ -8,27 +8,46 @@
 
 namespace quillon {
 
+namespace {
+
+/// For the name and the limit in seconds.
+const char* FormatOf(LookupResult::End end) {
+    switch (end) {
+        case LookupResult::End::TimedOut:
+            return " -> DNS resolution of %s has timed out after %d seconds";
+        case LookupResult::End::NotStarted:
+            return " -> DNS resolution of %s has not started within %d seconds: too many are under way";
+        default:
+            return " -> DNS resolution of %s has returned within %d seconds";
+    }
+}
+
+}  // namespace
+
 int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, addrinfo* hints,
                                         std::unique_ptr<addrinfo, void (*)(addrinfo*)>& result,
                                         int timeoutSecs) {
     const int limit = std::max(timeoutSecs, 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
-    const auto found = LookUp(platform::QueryOf(node, service, hints), deadline);
+    const LookupResult found = LookUp(platform::QueryOf(node, service, hints), deadline);
     const char* const name = node == nullptr ? "(null)" : node;
-    if (!found) {
+    ICLogger* const logger = detail::RegisteredLogger();
+    if (found.end != LookupResult::End::Answered) {
         result.reset();
-        if (ICLogger* const logger = detail::RegisteredLogger())
-            logger->Warn(" -> DNS resolution of %s has timed out after %d seconds", name, limit);
+        if (logger != nullptr) logger->Warn(FormatOf(found.end), name, limit);
         return -1;
     }
-    if (found->isCopy) {
-        result = {found->list, &FreeAddrInfoRobust};  // the system's function could not free it
+    if (found.isCopy) {
+        result = {found.list, &FreeAddrInfoRobust};  // the system's function could not free it
     } else {
-        result.reset(found->list);
+        result.reset(found.list);
     }
-    if (ICLogger* const logger = detail::RegisteredLogger())
-        logger->Debug(" -> DNS resolution of %s has returned within %d seconds", name, limit);
-    return found->code;
+    if (logger != nullptr) logger->Debug(FormatOf(found.end), name, limit);
+    return found.code;
+}
+
+void NetworkUtils::SetLookupLimits(std::size_t awaited, std::size_t all) {
+    quillon::SetLookupLimits({std::max<std::size_t>(awaited, 1), std::max<std::size_t>(all, 1)});
 }
 
 void NetworkUtils::FreeAddrInfoRobust(addrinfo* list) { platform::FreeAddresses(list); }

@@ -5,8 +5,11 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <string_view>
 #include <utility>
 
+#include "base/Characters.h"
+#include "base/Ipv4Text.h"
 #include "base/OwnFigures.h"
 #include "platform/ThreadPoolApi.h"
 
@@ -32,10 +35,33 @@ struct Lookup {
 };
 using SharedLookup = std::shared_ptr<Lookup>;
 
+/// False for what the system answers by itself. A look-up of a service alone has no name.
+bool AsksServer(const AddressQuery& query) {
+    if (!query.node) return false;
+    const std::string_view node = *query.node;
+    if (base::EqualIgnoringCase(node, std::string_view("localhost"))) return false;
+    std::string_view rest = node;
+    if (base::TakeIpv4(rest) && rest.empty()) return false;
+    return node.find(':') == std::string_view::npos;  // no name has a colon
+}
+
 struct Lookups {
     std::mutex mutex;
     std::condition_variable changed;
+    LookupLimits limits;
     std::map<AddressQuery, SharedLookup> underWay;
+
+    /// The mutex is held. Whether the query may begin, or share what has begun.
+    [[nodiscard]] bool HasPlaceFor(const AddressQuery& query) const {
+        if (underWay.contains(query) || !AsksServer(query)) return true;
+        std::size_t awaited = 0, all = 0;
+        for (const auto& [other, lookup] : underWay) {
+            if (!AsksServer(other)) continue;
+            ++all;
+            awaited += lookup->askers > 0 ? 1 : 0;
+        }
+        return awaited < limits.awaited && all < limits.all;
+    }
 };
 
 /// Never destroyed: a look-up may end while the process does.
@@ -70,15 +96,14 @@ void Start(const SharedLookup& lookup) {
     } catch (const std::bad_alloc&) {
         hasStarted = false;
     }
-    if (!hasStarted) End(*lookup, {platform::TryAgainCode()});
+    if (!hasStarted) End(*lookup, {.code = platform::TryAgainCode()});
 }
 
 /// Null when there is no place before the deadline.
 SharedLookup Join(const AddressQuery& query, Deadline deadline) {
     Lookups& all = TheLookups();
     std::unique_lock lock(all.mutex);
-    const auto hasPlace = [&] { return all.underWay.size() < kMostLookups || all.underWay.contains(query); };
-    if (!all.changed.wait_until(lock, deadline, hasPlace)) return nullptr;
+    if (!all.changed.wait_until(lock, deadline, [&] { return all.HasPlaceFor(query); })) return nullptr;
     if (const auto found = all.underWay.find(query); found != all.underWay.end()) {
         ++found->second->askers;
         return found->second;
@@ -91,19 +116,34 @@ SharedLookup Join(const AddressQuery& query, Deadline deadline) {
     return lookup;
 }
 
+LookupResult Leave(Lookups& all, Lookup& lookup, Deadline deadline) {
+    std::unique_lock lock(all.mutex);
+    const bool hasEnded = all.changed.wait_until(lock, deadline, [&] { return lookup.hasEnded; });
+    const bool isLast = --lookup.askers == 0;
+    LookupResult& result = lookup.result;
+    if (!hasEnded) return {.end = LookupResult::End::TimedOut};
+    if (!isLast) return {.code = result.code, .list = platform::CopyAddresses(result.list), .isCopy = true};
+    return {.code = result.code, .list = std::exchange(result.list, nullptr)};
+}
+
 }  // namespace
 
-std::optional<LookupResult> LookUp(const AddressQuery& query, Deadline deadline) {
-    const SharedLookup lookup = Join(query, deadline);
-    if (lookup == nullptr) return std::nullopt;
+void SetLookupLimits(const LookupLimits& limits) {
     Lookups& all = TheLookups();
-    std::unique_lock lock(all.mutex);
-    const bool hasEnded = all.changed.wait_until(lock, deadline, [&] { return lookup->hasEnded; });
-    const bool isLast = --lookup->askers == 0;
-    if (!hasEnded) return std::nullopt;
-    LookupResult& result = lookup->result;
-    if (!isLast) return LookupResult{result.code, platform::CopyAddresses(result.list), true};
-    return LookupResult{result.code, std::exchange(result.list, nullptr), false};
+    {
+        const std::lock_guard lock(all.mutex);
+        all.limits = limits;
+    }
+    all.changed.notify_all();
+}
+
+LookupResult LookUp(const AddressQuery& query, Deadline deadline) {
+    const SharedLookup lookup = Join(query, deadline);
+    if (lookup == nullptr) return {.end = LookupResult::End::NotStarted};
+    Lookups& all = TheLookups();
+    const LookupResult result = Leave(all, *lookup, deadline);
+    if (result.end == LookupResult::End::TimedOut) all.changed.notify_all();  // its place may be free
+    return result;
 }
 
 }  // namespace quillon

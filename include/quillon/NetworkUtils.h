@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -48,13 +49,18 @@ public:
     /// copies of the arguments. `hints` may be null and stays the caller's.
     ///
     /// Callers that ask the same at the same time share one look-up, but each gets a list of
-    /// its own. At most 16 look-ups run at once; further callers wait for a place, within their
-    /// limit. A list that is a copy must not be freed by freeaddrinfo(): `result` then has
-    /// FreeAddrInfoRobust() as its deleter, whatever it had before; in other cases its deleter
-    /// stays, so construct it with FreeAddrInfoRobust(). A look-up for which no thread can be
-    /// had gives EAI_AGAIN.
+    /// its own. At most 16 look-ups that somebody waits for run at once, and 256 in all; further
+    /// callers wait for a place, within their limit, and one who gets none is told -1 with the
+    /// Warn entry " -> DNS resolution of X has not started within N seconds: too many are under
+    /// way". Addresses in figures and "localhost" need no place. A list that is a copy must not be freed by
+    /// freeaddrinfo(): `result` then has FreeAddrInfoRobust() as its deleter, whatever it had before; in
+    /// other cases its deleter stays, so construct it with FreeAddrInfoRobust(). A look-up for which no
+    /// thread can be had gives EAI_AGAIN.
     static int getaddrinfo_OrTimeout(const char* node, const char* service, addrinfo* hints,
                                      std::unique_ptr<addrinfo, void (*)(addrinfo*)>& result, int timeoutSecs);
+    /// Sets how many look-ups may run at once, for the whole process: `awaited` of those that
+    /// somebody waits for, and `all` together with those that were given up. At least 1.
+    static void SetLookupLimits(std::size_t awaited, std::size_t all);
     /// Frees a list of getaddrinfo() or of getaddrinfo_OrTimeout(); null is ignored.
     static void FreeAddrInfoRobust(addrinfo* list);
 

@@ -18,17 +18,20 @@ namespace quillon {
 namespace {
 
 using Level = ICLogger::Level;
-constexpr int kMost = kMostLookups;
+constexpr int kMost = static_cast<int>(LookupLimits{}.awaited);
 using Result = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
-// A resolver that answers nobody until it is opened; then it asks the system.
+// A resolver that answers nobody until it is opened; then it asks the system, and for a name "host..."
+// answers 127.0.0.1.
 std::atomic<bool> g_isOpen{false};
 std::atomic<int> g_asked{0};
 
 int AskBehindTheGate(const platform::AddressQuery& query, addrinfo*& list) {
     ++g_asked;
     g_isOpen.wait(false);
-    return platform::AskSystem(query, list);
+    platform::AddressQuery known = query;
+    if (known.node && known.node->starts_with("host")) known.node = "127.0.0.1";
+    return platform::AskSystem(known, list);
 }
 
 void Open() {
@@ -137,17 +140,39 @@ TEST_F(NetworkLookup, NoMoreThanTheMostAreUnderWay) {
     std::atomic<int> good{0};
     const auto ask = [&good](int i) {
         Result result(nullptr, &::freeaddrinfo);
-        good += Ask("127.0.0." + std::to_string(i), result) == 0;
+        good += Ask("host" + std::to_string(i), result) == 0;
     };
     for (int i = 1; i <= kMost; ++i) threads.emplace_back(ask, i);
     AwaitQuestions(kMost);
     Result result(nullptr, &::freeaddrinfo);
-    EXPECT_EQ(Ask("127.0.0.100", result, 1), -1);
+    EXPECT_EQ(Ask("host100", result, 1), -1);
     EXPECT_EQ(g_asked, kMost);
-    threads.emplace_back(ask, 100);  // waits for a place
+    EXPECT_THAT(m_log.Lines(Level::Warn),
+                testing::ElementsAre(" -> DNS resolution of host100 has not started within 1 seconds: too "
+                                     "many are under way"));
+    threads.emplace_back(ask, 100);                                   // waits for a place
+    for (const char* const node : {"127.0.0.1", "localhost", "::1"})  // no server is asked
+        threads.emplace_back([&, node] {
+            Result own(nullptr, &::freeaddrinfo);
+            good += Ask(node, own) == 0;
+        });
+    AwaitQuestions(kMost + 3);
     Open();
     for (auto& thread : threads) thread.join();
-    EXPECT_EQ(good, kMost + 1);
+    EXPECT_EQ(good, kMost + 4);
+}
+
+TEST_F(NetworkLookup, OnesThatNobodyWaitsForLeaveTheirPlace) {
+    const DestructorFunctor restore([] { SetLookupLimits({}); });
+    NetworkUtils::SetLookupLimits(1, 2);
+    Result result(nullptr, &::freeaddrinfo);
+    EXPECT_EQ(Ask("host1", result, 1), -1);
+    EXPECT_EQ(Ask("host2", result, 1), -1);
+    EXPECT_EQ(g_asked, 2);
+    EXPECT_EQ(Ask("host3", result, 1), -1);
+    EXPECT_EQ(g_asked, 2) << "two were given up, and no more may be under way";
+    Open();
+    EXPECT_EQ(Ask("host3", result), 0);
 }
 
 TEST(NetworkLookupAtExit, MayEndWhileTheProcessDoes) {
