@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
@@ -111,9 +112,16 @@ std::string DateTimeUtils::FormatTimeAsISO8601(const FILETIME& fileTime) {
 std::string DateTimeUtils::FormatTimeTAsAscTime(long long epochSeconds) {
     const auto local = platform::LocalFields(epochSeconds);
     if (!local) return {};
+    // Not strftime: the names are those of the C locale, whichever locale the host has set.
+    constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     std::array<char, 26 + 1> buffer;
-    return std::string(buffer.data(),
-                       std::strftime(buffer.data(), buffer.size(), "%a %b %d %H : %M:%S %Y", &*local));
+    const int length = std::snprintf(buffer.data(), buffer.size(), "%s %s %02d %02d : %02d:%02d %lld",
+                                     kDays[local->tm_wday], kMonths[local->tm_mon], local->tm_mday,
+                                     local->tm_hour, local->tm_min, local->tm_sec, local->tm_year + 1900LL);
+    const bool fits = length > 0 && static_cast<std::size_t>(length) < buffer.size();
+    return fits ? std::string(buffer.data(), static_cast<std::size_t>(length)) : std::string();
 }
 
 std::string DateTimeUtils::FormatTimeSpanAsString(const long long& seconds) {

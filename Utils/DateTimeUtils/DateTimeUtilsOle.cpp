@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "Utils/internal/DateTimeParts.h"
+#include "base/CivilTime.h"
 #include "platform/TimeApi.h"
 #include "platform/ole/OleTypes.h"
 #include "quillon/DateTimeUtils.h"
@@ -38,11 +39,31 @@ std::optional<double> ToOleDate(const CalendarTime& time) {
     return date;
 }
 
+/// Nothing past the range of file times, 2^63 - 1 ticks.
+std::optional<std::uint64_t> ShiftTicks(std::uint64_t ticks, int minutes) {
+    constexpr auto kEnd = std::uint64_t{1} << 63;
+    const std::int64_t shift = minutes * std::int64_t{60} * base::kTicksPerSecond;
+    const std::uint64_t shifted = ticks + static_cast<std::uint64_t>(shift);  // wraps below 0
+    return ticks < kEnd && shifted < kEnd ? std::optional(shifted) : std::nullopt;
+}
+
+/// The zone's offset in minutes; nothing is written as "Z".
+std::string JsonDateTime(double date, const std::optional<int>& offset) {
+    const auto time = platform::OleDateToCalendar(date);
+    if (!time || time->year == 1601 || time->year == 1899) return {};
+    std::array<char, kDateTimeSize> buffer;
+    std::string text(buffer.data(), WriteDateTime(buffer.data(), {time->year, time->month, time->day,
+                                                                  time->hour, time->minute, time->second}));
+    return text + ".000" + (offset ? ZoneDesignator(*offset) : "Z");
+}
+
+/// The zone is read once: it may change between two readings, and the text would be another time.
 std::string TicksToJsonDateTime(std::uint64_t utcTicks) {
-    const auto localTicks = platform::FileTimeToLocal(utcTicks);
+    const auto offset = platform::ZoneOffsetNow();
+    const auto localTicks = offset ? ShiftTicks(utcTicks, *offset) : std::nullopt;
     const auto local = localTicks ? platform::FileTimeToCalendar(*localTicks) : std::nullopt;
     const auto date = local ? ToOleDate(*local) : std::nullopt;
-    return date ? DateTimeUtils::ColeDateTimeToJsonDateTime(ATL::COleDateTime(*date)) : std::string();
+    return date ? JsonDateTime(*date, offset) : std::string();
 }
 
 std::wstring BstrText(const VARIANT& value) {
@@ -74,14 +95,8 @@ TimePoint DateTimeUtils::DATEToTimePoint(const double& date) {
 }
 
 std::string DateTimeUtils::ColeDateTimeToJsonDateTime(const ATL::COleDateTime& date) {
-    if (date.GetStatus() != ATL::COleDateTime::valid) return {};
-    const auto time = platform::OleDateToCalendar(date.m_dt);
-    if (!time || time->year == 1601 || time->year == 1899) return {};
-    std::array<char, kDateTimeSize> buffer;
-    std::string text(buffer.data(), WriteDateTime(buffer.data(), {time->year, time->month, time->day,
-                                                                  time->hour, time->minute, time->second}));
-    const auto offset = platform::ZoneOffsetNow();
-    return text + ".000" + (offset ? ZoneDesignator(*offset) : "Z");
+    return date.GetStatus() == ATL::COleDateTime::valid ? JsonDateTime(date.m_dt, platform::ZoneOffsetNow())
+                                                        : std::string();
 }
 
 std::string DateTimeUtils::FileTimeToJsonDateTime(const FILETIME& utc) {

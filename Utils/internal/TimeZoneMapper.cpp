@@ -83,8 +83,10 @@ std::string TimeZoneMapper::Map(const std::string& name) {
     {
         const std::lock_guard lock(m_mutex);
         if (!m_isLoadAttempted) {
+            Zones zones;
+            failure = Load(m_source, zones);  // one that throws for lack of memory is tried again
+            m_zones = std::move(zones);
             m_isLoadAttempted = true;
-            failure = Load(m_source, m_zones);
         }
         const auto zone = m_zones.find(name);
         if (zone != m_zones.end()) return zone->second;

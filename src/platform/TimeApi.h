@@ -30,8 +30,6 @@ std::optional<int> ZoneOffsetNow();
 std::optional<CalendarTime> FileTimeToCalendar(std::uint64_t fileTime);
 /// Milliseconds are kept. Years 1601-30827.
 std::optional<std::uint64_t> CalendarToFileTime(const CalendarTime& time);
-/// Shifts a UTC file time by the offset that is in force now, not the one of its date.
-std::optional<std::uint64_t> FileTimeToLocal(std::uint64_t fileTime);
 
 /// OLE dates are days since 1899-12-30, whose fraction counts forward from midnight
 /// also in a negative date. Years 100-9999, whole seconds: milliseconds are

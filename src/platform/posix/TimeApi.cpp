@@ -96,15 +96,6 @@ std::optional<std::uint64_t> CalendarToFileTime(const CalendarTime& time) {
     return static_cast<std::uint64_t>(milliseconds * 10'000);
 }
 
-std::optional<std::uint64_t> FileTimeToLocal(std::uint64_t fileTime) {
-    const auto offset = ZoneOffsetNow();
-    if (!offset || fileTime >= kEndOfFileTimes) return std::nullopt;
-    const std::int64_t shift = *offset * 60 * kTicksPerSecond;
-    const auto ticks = static_cast<std::int64_t>(fileTime);
-    if (shift > std::numeric_limits<std::int64_t>::max() - ticks || ticks + shift < 0) return std::nullopt;
-    return static_cast<std::uint64_t>(ticks + shift);
-}
-
 std::optional<double> CalendarToOleDate(const CalendarTime& time) {
     if (!IsCalendarTime(time, 100, 9999)) return std::nullopt;
     const auto days = static_cast<double>(base::DaysFromCivil(time.year, time.month, time.day) - kDaysOf1899);

@@ -79,13 +79,6 @@ std::optional<std::uint64_t> CalendarToFileTime(const CalendarTime& time) {
     return Ticks(ticks);
 }
 
-std::optional<std::uint64_t> FileTimeToLocal(std::uint64_t fileTime) {
-    const FILETIME utc = ToFileTime(fileTime);
-    FILETIME local{};
-    if (!::FileTimeToLocalFileTime(&utc, &local)) return std::nullopt;
-    return Ticks(local);
-}
-
 std::optional<double> CalendarToOleDate(const CalendarTime& time) {
     SYSTEMTIME fields = ToSystemTime(time);
     double date = 0;
