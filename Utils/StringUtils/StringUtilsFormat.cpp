@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 
+#include "base/PrintfFormat.h"
 #include "platform/ErrorText.h"
 #include "platform/TextApi.h"
 #include "quillon/ICLogger.h"
@@ -38,7 +38,7 @@ std::string StringUtils::NewLineString() { return StartNewLine; }
 
 std::string StringUtils::Format(const char* format, std::va_list arguments) {
     char buffer[kFormatBuffer];
-    const int length = std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    const int length = base::FormatBounded(buffer, sizeof buffer, format, arguments);
     if (length < 0) return std::string("Invalid Log format: ") + format;
     return {buffer, std::min(static_cast<std::size_t>(length), kFormatBuffer - 1)};
 }

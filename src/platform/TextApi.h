@@ -8,8 +8,8 @@
 
 namespace quillon::platform {
 
-/// UTF-16 in the system's ANSI code page (Windows-1252 outside Windows); what the
-/// page does not have becomes the system's default character.
+/// UTF-16 in the system's ANSI code page, which outside Windows is UTF-8; what the
+/// page does not have becomes the system's default character, or U+FFFD.
 std::string WideToAnsi(std::wstring_view text);
 std::wstring AnsiToWide(const std::string& text);
 

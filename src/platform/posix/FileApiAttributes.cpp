@@ -34,9 +34,7 @@ std::optional<FileAttributes> AttributesOf(const std::string& path) {
     return attributes;
 }
 
-std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
-    return AttributesOf(base::ToUtf8(AnsiToWide(path)));
-}
+std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) { return AttributesOf(path); }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
     struct ::stat status {};

@@ -13,8 +13,12 @@ namespace {
 /// Calls an expansion function first for the size, then for the text.
 template <class String, class Expand>
 std::optional<String> ExpandWith(Expand expand, const String& text) {
+    // The functions work on 32,767 units, NUL included; with more some of their versions cut the
+    // text, and others write past their buffer.
+    constexpr std::size_t kMost = 32'767;
+    if (text.size() >= kMost) return std::nullopt;
     const DWORD size = expand(text.c_str(), nullptr, 0);
-    if (size == 0) return std::nullopt;
+    if (size == 0 || size > kMost) return std::nullopt;
     String expanded(static_cast<std::size_t>(size) + 1, 0);
     const DWORD written = expand(text.c_str(), expanded.data(), size + 1);
     if (written == 0 || written > size + 1) return std::nullopt;

@@ -1,0 +1,267 @@
+#include "base/PrintfFormat.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/Characters.h"
+#include "base/Utf.h"
+
+namespace quillon::base {
+
+namespace {
+
+constexpr int kRefused = -1;
+
+/// One conversion specification, such as "%-08.3lld".
+struct Conversion {
+    std::string_view flags;
+    std::optional<long long> width, precision;
+    bool takesWidth = false, takesPrecision = false;  // "*"
+    std::string_view length;
+    char kind = '\0';
+
+    [[nodiscard]] bool IsWideText() const {
+        return kind == 'S' || kind == 'C' || (length == "l" && (kind == 's' || kind == 'c'));
+    }
+    /// Whether a C runtime may follow it without taking more memory than the result needs.
+    [[nodiscard]] bool IsPlain(long long most) const {
+        return !takesWidth && !takesPrecision && width.value_or(0) <= most && precision.value_or(0) <= most &&
+               !IsWideText() && kind != 'n';
+    }
+};
+
+std::string_view TakeAnyOf(const char*& at, const char* set) {
+    const std::size_t count = std::strspn(at, set);
+    at += count;
+    return {at - count, count};
+}
+
+/// Digits, of which as many count as no memory can hold.
+std::optional<long long> TakeNumber(const char*& at) {
+    if (!IsDigit(*at)) return std::nullopt;
+    constexpr long long kHuge = 1'000'000'000;
+    long long number = 0;
+    for (; IsDigit(*at); ++at) number = std::min(number * 10 + (*at - '0'), kHuge);
+    return number;
+}
+
+/// Reads what stands behind a percent sign.
+Conversion TakeConversion(const char*& at) {
+    Conversion conversion;
+    conversion.flags = TakeAnyOf(at, "-+ #0'");
+    conversion.takesWidth = !TakeAnyOf(at, "*").empty();
+    conversion.width = TakeNumber(at);
+    if (*at == '.') {
+        ++at;
+        conversion.takesPrecision = !TakeAnyOf(at, "*").empty();
+        conversion.precision =
+            conversion.takesPrecision ? std::nullopt : std::optional(TakeNumber(at).value_or(0));
+    }
+    const std::string_view rest = at;
+    const bool isWindowsLength = rest.starts_with("I64") || rest.starts_with("I32");
+    conversion.length = isWindowsLength ? rest.substr(0, 3) : rest.substr(0, std::strspn(at, "hljztLqw"));
+    at += conversion.length.size();
+    conversion.kind = *at;
+    if (*at != '\0') ++at;
+    return conversion;
+}
+
+bool IsPlain(const char* format, long long most) {
+    for (const char* at = std::strchr(format, '%'); at != nullptr; at = std::strchr(at, '%')) {
+        ++at;
+        if (!TakeConversion(at).IsPlain(most)) return false;
+    }
+    return true;
+}
+
+/// Formats one piece after the other, and counts what does not fit.
+class Formatter {
+public:
+    /// The arguments are consumed; the caller ends them.
+    Formatter(char* buffer, std::size_t size, std::va_list& arguments)
+        : m_buffer(buffer), m_size(size), m_arguments(arguments) {}
+
+    int Follow(const char* format) {
+        for (;;) {
+            const std::size_t literal = std::strcspn(format, "%");
+            Put({format, literal});
+            format += literal;
+            if (*format == '\0') break;
+            ++format;
+            if (!Convert(TakeConversion(format))) return kRefused;
+        }
+        if (m_size > 0) m_buffer[std::min(m_length, m_size - 1)] = '\0';
+        return static_cast<int>(std::min<std::size_t>(m_length, INT32_MAX));
+    }
+
+private:
+    void Put(std::string_view text) {
+        if (m_length < m_size) text.copy(m_buffer + m_length, m_size - m_length);
+        m_length += text.size();
+    }
+
+    void Pad(std::size_t count) {
+        for (; count > 0; --count) Put(" ");
+    }
+
+    bool Convert(Conversion conversion) {
+        if (conversion.takesWidth) {
+            const int width = va_arg(m_arguments, int);
+            m_isLeft = width < 0;
+            conversion.width = std::abs(static_cast<long long>(width));
+        } else {
+            m_isLeft = false;
+        }
+        m_isLeft = m_isLeft || conversion.flags.find('-') != std::string_view::npos;
+        if (conversion.takesPrecision) {
+            const int precision = va_arg(m_arguments, int);
+            if (precision >= 0) conversion.precision = precision;
+        }
+        if (conversion.width) conversion.width = std::min(*conversion.width, static_cast<long long>(m_size));
+        if (conversion.precision)
+            conversion.precision = std::min(*conversion.precision, static_cast<long long>(m_size));
+        return Dispatch(conversion);
+    }
+
+    bool Dispatch(const Conversion& conversion) {
+        switch (conversion.kind) {
+            case '%':
+                Put("%");
+                return true;
+            case 'd':
+            case 'i':
+                return PutSigned(conversion);
+            case 'u':
+            case 'o':
+            case 'x':
+            case 'X':
+                return PutUnsigned(conversion);
+            case 'a':
+            case 'A':
+            case 'e':
+            case 'E':
+            case 'f':
+            case 'F':
+            case 'g':
+            case 'G':
+                return conversion.length == "L" ? PutWith(conversion, "L", va_arg(m_arguments, long double))
+                                                : PutWith(conversion, "", va_arg(m_arguments, double));
+            case 'p':
+                return PutWith(conversion, "", va_arg(m_arguments, void*));
+            case 's':
+            case 'S':
+                return conversion.IsWideText() ? PutWideText(conversion, va_arg(m_arguments, const wchar_t*))
+                                               : PutText(conversion, va_arg(m_arguments, const char*));
+            case 'c':
+            case 'C':
+                return PutCharacter(conversion);
+            default:
+                return false;  // %n, the end of the format, and what no runtime knows
+        }
+    }
+
+    /// A number that the runtime writes, by a specification with what was cut.
+    template <class Value>
+    bool PutWith(const Conversion& conversion, const char* length, Value value) {
+        std::string specification = "%" + std::string(conversion.flags);
+        if (m_isLeft) specification += '-';
+        if (conversion.width) specification += std::to_string(*conversion.width);
+        if (conversion.precision) specification += '.' + std::to_string(*conversion.precision);
+        specification += length;
+        specification += conversion.kind;
+        const int count = std::snprintf(nullptr, 0, specification.c_str(), value);
+        if (count < 0) return false;
+        std::string text(static_cast<std::size_t>(count) + 1, '\0');
+        std::snprintf(text.data(), text.size(), specification.c_str(), value);
+        Put(std::string_view(text).substr(0, static_cast<std::size_t>(count)));
+        return true;
+    }
+
+    bool PutSigned(const Conversion& c) {
+        if (c.length == "hh") return PutWith(c, "hh", va_arg(m_arguments, int));
+        if (c.length == "h") return PutWith(c, "h", va_arg(m_arguments, int));
+        return PutWith(c, "ll", TakeInteger<long long, long, int>(c.length));
+    }
+
+    bool PutUnsigned(const Conversion& c) {
+        if (c.length == "hh") return PutWith(c, "hh", va_arg(m_arguments, unsigned int));
+        if (c.length == "h") return PutWith(c, "h", va_arg(m_arguments, unsigned int));
+        return PutWith(c, "ll", TakeInteger<unsigned long long, unsigned long, unsigned int>(c.length));
+    }
+
+    template <class LongLong, class Long, class Int>
+    LongLong TakeInteger(std::string_view length) {
+        const bool is64 = length == "ll" || length == "j" || length == "z" || length == "t" ||
+                          length == "q" || length == "I64" || length == "L";
+        if (is64) return va_arg(m_arguments, LongLong);
+        if (length == "l") return va_arg(m_arguments, Long);
+        return va_arg(m_arguments, Int);
+    }
+
+    bool PutText(const Conversion& conversion, const char* text) {
+        if (text == nullptr) text = "(null)";
+        const auto most = static_cast<std::size_t>(conversion.precision.value_or(0));
+        PutPadded(conversion, conversion.precision ? std::string_view(text, ::strnlen(text, most)) : text);
+        return true;
+    }
+
+    /// The precision counts bytes, as in C; no character is cut.
+    bool PutWideText(const Conversion& conversion, const wchar_t* text) {
+        if (text == nullptr) text = L"(null)";
+        std::size_t units = 0;  // no more than can matter, as the end may be missing with a precision
+        const auto most = static_cast<std::size_t>(conversion.precision.value_or(0));
+        while ((!conversion.precision || units < most) && text[units] != L'\0') ++units;
+        std::string narrow = ToUtf8({text, units});
+        if (conversion.precision && narrow.size() > most) {
+            std::size_t cut = most;
+            while (cut > 0 && (narrow[cut] & 0xC0) == 0x80) --cut;
+            narrow.resize(cut);
+        }
+        PutPadded(conversion, narrow);
+        return true;
+    }
+
+    bool PutCharacter(const Conversion& conversion) {
+        if (conversion.IsWideText()) {
+            const auto unit = static_cast<wchar_t>(va_arg(m_arguments, unsigned int));
+            PutPadded(conversion, ToUtf8({&unit, 1}));
+        } else {
+            const auto byte = static_cast<char>(va_arg(m_arguments, int));
+            PutPadded(conversion, {&byte, 1});
+        }
+        return true;
+    }
+
+    void PutPadded(const Conversion& conversion, std::string_view text) {
+        const auto width = static_cast<std::size_t>(conversion.width.value_or(0));
+        const std::size_t padding = width > text.size() ? width - text.size() : 0;
+        if (!m_isLeft) Pad(padding);
+        Put(text);
+        if (m_isLeft) Pad(padding);
+    }
+
+    char* m_buffer;
+    std::size_t m_size;
+    std::va_list& m_arguments;
+    std::size_t m_length = 0;
+    bool m_isLeft = false;
+};
+
+}  // namespace
+
+int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments) {
+    if (IsPlain(format, static_cast<long long>(size))) return std::vsnprintf(buffer, size, format, arguments);
+    std::va_list copy;
+    va_copy(copy, arguments);
+    const int length = Formatter(buffer, size, copy).Follow(format);
+    va_end(copy);
+    return length;
+}
+
+}  // namespace quillon::base
