@@ -1,25 +1,14 @@
 #pragma once
 
-/// Windows Management Instrumentation: the system's headers on Windows; elsewhere the
-/// part of their interfaces and calls that the library uses, behind which stands the
-/// simulated repository.
+/// Windows Management Instrumentation: the system's calls on Windows; elsewhere those of
+/// the simulated repository.
 
 #include <functional>
 #include <optional>
 #include <string>
 
-#ifdef _WIN32
-#include "platform/win32/WindowsHeaders.h"
-// After <windows.h>:
-#include <comdef.h>
-#include <comutil.h>
-#include <oleauto.h>
-#include <wbemidl.h>
-#else
-#include "platform/ole/WbemTypes.h"
-#endif
-
 #include "platform/ole/ComPtr.h"
+#include "platform/ole/WbemTypes.h"
 #include "quillon/WindowsTypes.h"
 
 namespace quillon::platform {
@@ -39,10 +28,6 @@ bool LoadWbemMessages();
 std::optional<std::wstring> WbemMessage(HRESULT code);
 /// The system's message alone.
 std::optional<std::wstring> ComMessage(HRESULT code);
-
-/// Throws what the system's own variant and text helpers throw, which outside Windows is
-/// std::bad_alloc or std::runtime_error. On Windows it is a std::runtime_error too.
-[[noreturn]] void RaiseComError(HRESULT code);
 
 /// What stands behind the calls above.
 struct WbemCalls {

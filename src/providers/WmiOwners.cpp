@@ -1,5 +1,7 @@
 #include "providers/WmiOwners.h"
 
+#include "platform/ole/ComError.h"
+
 namespace quillon {
 
 OwnedBstr ToBstr(std::wstring_view text) {

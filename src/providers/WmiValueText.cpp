@@ -6,6 +6,7 @@
 #include "base/NumberText.h"
 #include "base/Utf.h"
 #include "platform/TextApi.h"
+#include "platform/ole/ComError.h"
 
 namespace quillon {
 

@@ -7,7 +7,7 @@
 
 #include "base/Utf.h"
 #include "quillon/Wql.h"
-#include "simulation/wmi/WbemCode.h"
+#include "simulation/WbemCode.h"
 
 namespace quillon {
 

@@ -1,9 +1,12 @@
+#include "platform/ole/ComError.h"
+
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <new>
 #include <stdexcept>
 
-#include "platform/Wbem.h"
+#include "platform/ole/WbemTypes.h"
 
 namespace quillon::platform {
 

@@ -11,8 +11,8 @@
 
 #include "base/Characters.h"
 #include "base/Utf.h"
-#include "platform/Wbem.h"
 #include "platform/ole/VariantNumber.h"
+#include "platform/ole/WbemTypes.h"
 
 namespace {
 

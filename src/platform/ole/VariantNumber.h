@@ -5,7 +5,7 @@
 #include <string_view>
 #include <variant>
 
-#include "platform/Wbem.h"
+#include "platform/ole/WbemTypes.h"
 
 namespace quillon::platform {
 

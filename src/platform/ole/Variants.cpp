@@ -2,7 +2,7 @@
 #include <new>
 #include <vector>
 
-#include "platform/Wbem.h"
+#include "platform/ole/WbemTypes.h"
 
 /// Elements stand as values of the array's type; those of VT_VARIANT as they are.
 struct SAFEARRAY {

@@ -1,19 +1,10 @@
 #include "platform/Wbem.h"
 
-#include <stdexcept>
-
 #include "platform/win32/LocalMemory.h"
 
 namespace quillon::platform {
 
 namespace {
-
-/// What COM's callers catch, and everyone else.
-class ComFailure final : public _com_error, public std::runtime_error {
-public:
-    explicit ComFailure(HRESULT code)
-        : _com_error(code), std::runtime_error("COM error " + std::to_string(code)) {}
-};
 
 HRESULT CreateLocator(CComPtr<IWbemLocator>& locator) {
     return ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
@@ -61,8 +52,6 @@ std::optional<std::wstring> MessageOfSystem(HRESULT code) {
 }
 
 }  // namespace
-
-void RaiseComError(HRESULT code) { throw ComFailure(code); }
 
 WbemCalls SystemWbemCalls() {
     return {CreateLocator, SetProxyBlanket, [] { return MessageModule() != nullptr; },

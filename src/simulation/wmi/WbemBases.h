@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/Wbem.h"
-#include "simulation/wmi/WbemCode.h"
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiState.h"
 
 namespace quillon::simulation {

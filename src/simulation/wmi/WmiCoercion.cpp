@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "base/Characters.h"
-#include "simulation/wmi/WbemCode.h"
+#include "simulation/WbemCode.h"
 
 namespace quillon::simulation {
 

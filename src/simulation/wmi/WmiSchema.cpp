@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "simulation/wmi/WbemCode.h"
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
 
 namespace quillon::simulation {

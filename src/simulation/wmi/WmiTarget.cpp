@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "simulation/wmi/WbemCode.h"
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
 #include "simulation/wmi/WmiPath.h"
 

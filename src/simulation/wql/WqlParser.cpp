@@ -2,7 +2,7 @@
 #include <optional>
 #include <utility>
 
-#include "simulation/wmi/WbemCode.h"
+#include "simulation/WbemCode.h"
 #include "simulation/wql/WqlLexer.h"
 #include "simulation/wql/WqlQuery.h"
 
