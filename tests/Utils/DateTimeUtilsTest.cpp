@@ -41,11 +41,15 @@ TEST(DateTimeUtilsIso, TimePointsAreRoundedDownToMilliseconds) {
         {INT64_MIN + 1, "-27258-04-19T21:11:54.52"},
         {INT64_MIN, ""},
     };
-    for (const auto& [ticks, text] : cases) EXPECT_EQ(DT::FormatTimeAsISO8601(AtTicks(ticks)), text);
+    for (const auto& [ticks, text] : cases) EXPECT_EQ(DT::FormatTimeAsISO8601(AtTicks(ticks)), text) << ticks;
 }
 
 TEST(DateTimeUtilsIso, FieldsArePrintedAsTheyStandAndCutAt24Characters) {
-    const std::tuple<std::tm, unsigned int, const char*> cases[] = {
+    const struct {
+        std::tm fields;
+        unsigned int milliseconds;
+        const char* expected;
+    } cases[] = {
         {RawFields(116, 4, 10, 12, 13, 14), 7, "2016-05-10T12:13:14.007Z"},
         {RawFields(-1893, 12, 0, 24, 60, 61), 1234, "0007-13-00T24:60:61.1234"},
         {RawFields(-1905, 0, -1, -10, 0, 0), 0, "-005-01--1T-10:00:00.000"},
@@ -53,7 +57,7 @@ TEST(DateTimeUtilsIso, FieldsArePrintedAsTheyStandAndCutAt24Characters) {
         {RawFields(INT_MAX, INT_MAX, INT_MIN, 0, 0, 0), UINT_MAX, "2147485547-2147483648--2"},
     };
     for (const auto& [fields, milliseconds, expected] : cases)
-        EXPECT_EQ(DT::FormatTimeAsISO8601(fields, milliseconds), expected);
+        EXPECT_EQ(DT::FormatTimeAsISO8601(fields, milliseconds), expected) << expected;
 
     EXPECT_EQ(DT::FormatTimeAsISO8601(kNoon), "2016-05-10T12:00:00.000Z");
     EXPECT_EQ(DT::FormatTimeAsISO8601(LLONG_MAX), "292277026596-12-04T15:30");
@@ -61,7 +65,12 @@ TEST(DateTimeUtilsIso, FieldsArePrintedAsTheyStandAndCutAt24Characters) {
 }
 
 TEST(DateTimeUtilsUtcTm, FieldsAreNormalisedInPlace) {
-    const std::tuple<std::tm, long long, const char*, int, int> cases[] = {
+    const struct {
+        std::tm given;
+        long long seconds;
+        const char* normalised;
+        int weekday, dayOfYear;
+    } cases[] = {
         {RawFields(116, 4, 10, 12, 0, 0), kNoon, "2016-05-10T12:00:00.000Z", 2, 130},
         {RawFields(116, 16, 0, -12, 0, 0), 1493467200, "2017-04-29T12:00:00.000Z", 6, 118},
         {RawFields(70, -1, 32, 0, 0, -1), -1, "1969-12-31T23:59:59.000Z", 3, 364},
@@ -72,11 +81,12 @@ TEST(DateTimeUtilsUtcTm, FieldsAreNormalisedInPlace) {
         {RawFields(INT_MIN, 0, 1, 0, 0, -1), -67768040609740801, "-2147481748-01-01T00:00:", 4, 0},
     };
     for (const auto& [given, seconds, normalised, weekday, dayOfYear] : cases) {
+        SCOPED_TRACE(normalised);
         std::tm fields = given;
         EXPECT_EQ(DT::UtcTmToEpochTime(&fields), seconds);
         EXPECT_EQ(DT::FormatTimeAsISO8601(fields, 0), normalised);
-        EXPECT_EQ(fields.tm_wday, weekday) << normalised;
-        EXPECT_EQ(fields.tm_yday, dayOfYear) << normalised;
+        EXPECT_EQ(fields.tm_wday, weekday);
+        EXPECT_EQ(fields.tm_yday, dayOfYear);
     }
 }
 
@@ -98,11 +108,15 @@ TEST(DateTimeUtilsSpan, PartsFromTheFirstThatIsNotZero) {
         {86400, "1d 0h 0m 0s"},
         {90061, "1d 1h 1m 1s"},
     };
-    for (const auto& [seconds, text] : cases) EXPECT_EQ(DT::FormatTimeSpanAsString(seconds), text);
+    for (const auto& [seconds, text] : cases) EXPECT_EQ(DT::FormatTimeSpanAsString(seconds), text) << seconds;
 }
 
 TEST(DateTimeUtilsX509, ReadsBothFormsAndRefusesTheRest) {
-    const std::tuple<const char*, bool, long long> cases[] = {
+    const struct {
+        const char* text;
+        bool isTime;
+        long long expected;
+    } cases[] = {
         {"491231235959Z", true, 2524607999},
         {"500101000000Z", true, -631152000},
         {"160510120000Z", true, kNoon},
@@ -126,7 +140,11 @@ TEST(DateTimeUtilsX509, ReadsBothFormsAndRefusesTheRest) {
 }
 
 TEST(DateTimeUtilsJson, ReadsFieldsFractionAndZone) {
-    const std::tuple<std::string, long long, std::int64_t> cases[] = {
+    const struct {
+        std::string text;
+        long long seconds;
+        std::int64_t ticks;
+    } cases[] = {
         {"1970-01-01T00:00:00.500Z", 1, 5'000'000},
         {"1970-01-01T00:00:00.5Z", 0, 50'000},
         {"1970-01-01T00:00:00.1234Z", 1, 12'340'000},
@@ -167,7 +185,13 @@ TEST(DateTimeUtilsLocal, WallClockTimesAndTexts) {
 
 TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
     // The date's own fields, and the date taken as UTC.
-    const std::tuple<const char*, double, std::int64_t, const char*, const char*> cases[] = {
+    const struct {
+        const char* what;
+        double ole;
+        std::int64_t ticks;
+        const char* text;
+        const char* localText;
+    } cases[] = {
         {"rounds to seconds", 42500.999999, 14'629'248'000'000'000, "2016-05-11T00:00:00.000+00:00",
          "2016-05-11T00:00:00.000+00:00"},
         {"fraction of a negative date counts forward", -366.25, -22'407'624'000'000'000,
@@ -191,6 +215,7 @@ TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
     }
     ATL::COleDateTime date(42500.5);
     for (const auto status : {ATL::COleDateTime::invalid, ATL::COleDateTime::null}) {
+        SCOPED_TRACE(status);
         date.SetStatus(status);
         EXPECT_EQ(DT::ColeDateTimeToJsonDateTime(date), "");
     }
@@ -202,6 +227,7 @@ TEST(DateTimeUtilsZones, EmbeddedMapIsExactAndUnknownNamesWarnEachTime) {
     EXPECT_EQ(DT::MapWindowsTimezoneToIana("Russian Standard Time"), "Europe/Moscow");
     EXPECT_THAT(log.Lines(), testing::IsEmpty());
     for (const char* name : {"eastern standard time", "Tomsk Standard Time"}) {
+        SCOPED_TRACE(name);
         EXPECT_EQ(DT::MapWindowsTimezoneToIana(name), "");
     }
     EXPECT_THAT(log.Lines(ICLogger::Level::Warn),

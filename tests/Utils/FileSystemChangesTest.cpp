@@ -227,6 +227,7 @@ TEST_F(FileSystemChangesTest, TemporaryFilesAreNewEmptyAndDifferentOnEveryThread
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(std::set<std::string>(paths.begin(), paths.end()).size(), paths.size());
     for (const std::string& path : paths) {
+        SCOPED_TRACE(path);
         EXPECT_THAT(path, StartsWith(FS::GetSystemTempPath() + "vnt"));
         EXPECT_THAT(path, testing::EndsWith(".tmp"));
         EXPECT_TRUE(fs::is_empty(test::ToNative(path)));

@@ -31,7 +31,11 @@ Names Listed(Lister list, const std::string& folder) {
 }
 
 TEST_F(FileSystemUtilsTest, TellsFilesFromFoldersAndNothing) {
-    const std::tuple<std::string, bool, bool, std::uint64_t> cases[] = {
+    const struct {
+        std::string path;
+        bool exists, isDirectory;
+        std::uint64_t size;
+    } cases[] = {
         {dir.Write("folder/a.txt", "12345"), true, false, 5},
         {dir.Path("folder"), true, true, 0},
         {dir.Path("folder\\"), true, true, 0},
@@ -101,8 +105,9 @@ TEST_F(FileSystemUtilsTest, ListingNothingOrAFileFails) {
     const Lister listers[] = {FS::GetImmediateFilesWithin, FS::GetImmediateDirectoriesWithin,
                               FS::GetAllFilesWithin};
     for (const std::string& path : {std::string(), dir.Path("missing"), dir.Write("a.txt", "1")}) {
+        SCOPED_TRACE(path);
         Names names;
-        for (const Lister list : listers) EXPECT_FALSE(list(path, names)) << path;
+        for (const Lister list : listers) EXPECT_FALSE(list(path, names));
         EXPECT_THAT(names, testing::IsEmpty());
         EXPECT_EQ(FS::GetDirectorySizeInBytes(path, true) + FS::GetDirectorySizeInBytes(path, false), 0u);
     }
@@ -153,7 +158,10 @@ TEST_F(FileSystemUtilsTest, BarePatternIsListedBelowTheRoot) {
 TEST_F(FileSystemUtilsTest, ReadingIsTextModeOnEverySystem) {
     const std::string limit(32'767, 'x');
     const std::string pieces(131'071, 'y');  // CR LF across the pieces that a file is read in
-    const std::tuple<std::string, std::string, std::string, Names> cases[] = {
+    const struct {
+        std::string content, text, first;
+        Names expected;
+    } cases[] = {
         {"a\r\nb", "a\nb", "a", {"a", "b"}},
         {"\r\r\n\r", "\r\n\r", "\r", {"\r", "\r"}},
         {"a\x1A\nb", "a", "a", {"a"}},
@@ -175,6 +183,7 @@ TEST_F(FileSystemUtilsTest, ReadingIsTextModeOnEverySystem) {
         EXPECT_EQ(lines, expected);
     }
     for (const std::string& path : {dir.Path("missing"), dir.Path()}) {
+        SCOPED_TRACE(path);
         EXPECT_EQ(FS::ReadContentsOfFile(path) + FS::ReadSingleLineFromFile(path), "");
     }
 }
@@ -197,11 +206,12 @@ TEST(FileSystemUtilsPlaces, DevicePathsAreTranslated) {
         {L"C:\\Device\\x", L"C:\\Device\\x"},
     };
     for (auto [path, expected] : cases) {
+        SCOPED_TRACE(path);
         FS::DeviceNameToVolumeNameFormat(path);
         EXPECT_EQ(path, expected);
     }
     for (const char* path : {"", "\\Device\\NoSuchVolume\\x", "\\Device\\HarddiskVolume1", "C:\\x"})
-        EXPECT_EQ(FS::TranslateNtPathToWin32Path(path), path);
+        EXPECT_EQ(FS::TranslateNtPathToWin32Path(path), path) << path;
 }
 
 TEST(FileSystemUtilsPlaces, TheVolumeIsAFixedDisk) {

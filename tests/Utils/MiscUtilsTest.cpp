@@ -60,6 +60,7 @@ TEST(MiscUtilsEnvironment, VariablesAreReadSetAndRemoved) {
     EXPECT_EQ(MiscUtils::GetEnvVar(kName, &missing), "");
     EXPECT_TRUE(missing);
     for (const std::string& value : {std::string("a value"), std::string("="), std::string(30'000, 'x')}) {
+        SCOPED_TRACE(value);
         EXPECT_TRUE(MiscUtils::SetEnvVar(kName, value.c_str()));
         EXPECT_EQ(MiscUtils::GetEnvVar(kName, &missing), value);
         EXPECT_FALSE(missing);

@@ -57,6 +57,7 @@ TEST_F(NetworkUtilsTest, AddressesAreReadAsWindowsReadsThem) {
         {"::ffff:1.2.3.4|1:2:3:4:5:6:7::", "::ffff:1.2.3.4|1:2:3:4:5:6:7:0"},
     };
     for (const auto& [texts, expected] : cases) {
+        SCOPED_TRACE(texts);
         std::string read;
         for (const std::string& text : Pieces(texts))
             read += '|' + Reread(text.find("::") == std::string::npos ? kIpv4 : kIpv6, text);
@@ -103,12 +104,15 @@ TEST_F(NetworkUtilsTest, FaultsOfRangesAreLogged) {
          Pieces("|abc|10.0.0.1--10.0.0.9|10.0.0.1-10.0.0.9-10.0.0.9|10.0.0.1-10.0.0.0009|10.0.1-10.0.0.9|-|"
                 "10.0.0.1\xE2\x80\x93"
                 "10.0.0.9|10.0.0.1-10.0.0.9x|10.0.0.1-|-10.0.0.9|10.0.0.5")) {
+        SCOPED_TRACE(piece);
         m_log.Forget();
         EXPECT_FALSE(NetworkUtils::IpInRange("10.0.0.5", "10.0.0.1-10.0.0.9, " + piece + " ,::1"));
         EXPECT_THAT(m_log.Lines(), ElementsAre("Unexpected IP range found: '" + piece + '\''));
     }
     const std::string zero(1, '\0');
-    const std::tuple<std::string, std::string, std::string> cases[] = {
+    const struct {
+        std::string address, ranges, message;
+    } cases[] = {
         {"10.0.0.5", "10.0.0.1-10.0.0.9" + zero, "Unexpected IP range found: '10.0.0.1-10.0.0.9'"},
         {"10.0.0.5", "::1 - ::2", "No IP ranges found in string supplied to IpInRange(): '::1 - ::2'"},
         {"fe80:: 1", "x", "Unsupported IPv6 address supplied to IpInRange(): 'fe80:: 1'"},
@@ -116,6 +120,7 @@ TEST_F(NetworkUtilsTest, FaultsOfRangesAreLogged) {
         {"10.5" + zero, "x", "IP address supplied to IpInRange() is not a valid IPv4 address: '10.5'"},
     };
     for (const auto& [address, ranges, message] : cases) {
+        SCOPED_TRACE(ranges);
         EXPECT_FALSE(NetworkUtils::IpInRange(address, ranges));
         EXPECT_EQ(m_log.Lines().back(), message);
     }
@@ -128,6 +133,7 @@ TEST_F(NetworkUtilsTest, LongListsAndLongPiecesAreRead) {
     EXPECT_FALSE(NetworkUtils::IpInRange("10.0.0.5", ranges + "10.0.0.6-10.0.0.9"));
     EXPECT_THAT(m_log.Lines(), IsEmpty());
     for (const char c : {'1', ':', '.', '-', ' '}) {
+        SCOPED_TRACE(c);
         EXPECT_FALSE(NetworkUtils::IpInRange("10.0.0.5", ranges + std::string(100'000, c)));
         EXPECT_EQ(NetworkUtils::FqdnOrBlank("a" + std::string(100'000, c) + "!"), "");
         EXPECT_EQ(NetworkUtils::IpAddressOrBlank(std::string(100'000, c) + "]x"), "");
@@ -136,7 +142,7 @@ TEST_F(NetworkUtilsTest, LongListsAndLongPiecesAreRead) {
 
 TEST_F(NetworkUtilsTest, TextsThatHaveTheFormAreKept) {
     for (const std::string& name : Pieces("host.example-1.com|1a1|-a-|.a."))
-        EXPECT_EQ(NetworkUtils::FqdnOrBlank(name), name);
+        EXPECT_EQ(NetworkUtils::FqdnOrBlank(name), name) << name;
     for (const std::string& text : Pieces("|a11|11a|ab|Host.example.com|10.0.0.1|host\n|h\xC3\xA9t"))
         EXPECT_EQ(NetworkUtils::FqdnOrBlank(text), "") << text;
     for (const std::string& address : Pieces("10.0.0.1|999.0.0.1|::|FE80::1|:1|1:2:3:4:5:6:7:8:9")) {

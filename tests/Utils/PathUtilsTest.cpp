@@ -9,7 +9,11 @@ namespace quillon {
 namespace {
 
 TEST(PathUtilsCombinePaths, PutsExactlyOneSeparatorAtTheJoint) {
-    const std::tuple<std::string, std::string, char, std::string> cases[] = {
+    const struct {
+        std::string first, second;
+        char separator;
+        std::string expected;
+    } cases[] = {
         {"", "b", '\\', "b"},       {"a", "", '\\', "a"},
         {"a\\", "", '\\', "a\\"},   {"", "", '\\', ""},
         {"a\\", "b", '\\', "a\\b"}, {"a", "\\b", '\\', "a\\b"},
@@ -17,6 +21,7 @@ TEST(PathUtilsCombinePaths, PutsExactlyOneSeparatorAtTheJoint) {
         {"\\", "\\", '\\', "\\"},
     };
     for (const auto& [first, second, separator, expected] : cases) {
+        SCOPED_TRACE(first + " and " + second);
         EXPECT_EQ(PathUtils::CombinePaths(first, second, separator), expected);
     }
     EXPECT_EQ(PathUtils::CombinePaths(L"a\\", L"\\b", L'\\'), L"a\\b");
@@ -24,7 +29,9 @@ TEST(PathUtilsCombinePaths, PutsExactlyOneSeparatorAtTheJoint) {
 }
 
 TEST(PathUtilsParts, SplitAtTheLastSeparator) {
-    const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
+    const struct {
+        std::string path, folder, base, file;
+    } cases[] = {
         {"C:\\a\\b", "C:\\a", "b", "b"},
         {"C:\\a\\", "C:\\a", "a", ""},
         {"C:\\", "C:", "C:", ""},
@@ -75,9 +82,10 @@ TEST(PathUtilsNormalise, IsLexicalAndTheSameOnEverySystem) {
         {"C:\\invalid\xFF\\x\\..", "C:\\invalid\xFF"},
     };
     for (const auto& [given, expected] : cases) {
+        SCOPED_TRACE(given);
         std::string path = given;
         EXPECT_EQ(&PathUtils::Normalise(path), &path);
-        EXPECT_EQ(path, expected) << given;
+        EXPECT_EQ(path, expected);
     }
     std::wstring wide = L"C:/\x20AC/../b/";
     EXPECT_EQ(PathUtils::Normalise(wide), L"C:\\b");

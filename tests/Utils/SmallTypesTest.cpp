@@ -73,8 +73,9 @@ TEST(UrlParse, SplitsSchemeHostPortAndPath) {
         {"http://host:99999999999", true, "http://host:2147483647/"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         EXPECT_EQ(Url::Parse(c.text).ToString(), c.printed);
-        EXPECT_EQ(Url::Parse(c.text).IsValid(), c.valid) << c.text;
+        EXPECT_EQ(Url::Parse(c.text).IsValid(), c.valid);
         EXPECT_FALSE(Url::Parse(c.text).Scheme().empty());
     }
 }
@@ -82,10 +83,11 @@ TEST(UrlParse, SplitsSchemeHostPortAndPath) {
 TEST(UrlParse, KeepsTextThatIsNone) {
     for (const auto& text : {"host"s, "http:/host"s, "://host"s, "h p://host"s, "\xC3\xA9://h"s, "http:///"s,
                              "http://host:/p"s, "http://host/\n"s, "http://host/a\r"s, "http\0://host"s}) {
+        SCOPED_TRACE(text);
         const Url url = Url::Parse(text);
         EXPECT_EQ(url.ToString(), text);
-        EXPECT_EQ(url.Scheme() + url.Host() + url.Path() + std::to_string(url.Port()), "0") << text;
-        EXPECT_FALSE(url.IsValid()) << text;
+        EXPECT_EQ(url.Scheme() + url.Host() + url.Path() + std::to_string(url.Port()), "0");
+        EXPECT_FALSE(url.IsValid());
     }
     EXPECT_EQ(Url::Parse("").ToString(), "://:0");  // no text to keep
 }

@@ -63,7 +63,11 @@ TEST(StringUtilsConversion, CountsAndCopiesUtf16Units) {
 TEST(StringUtilsTrim, RemovesExactlyWhatEachNames) {
     using Narrow = std::string& (*)(std::string&);
     using Wide = std::wstring& (*)(std::wstring&);
-    const std::tuple<Narrow, Wide, std::string, std::string> cases[] = {
+    const struct {
+        Narrow trimNarrow;
+        Wide trimWide;
+        std::string before, after;
+    } cases[] = {
         {SU::LeftTrim, SU::LeftTrim, " \t\n\v\f\r a ", "a "},
         {SU::RightTrim, SU::RightTrim, " a \t\n\v\f\r", " a"},
         {SU::Trim, SU::Trim, "\t a b \r\n", "a b"},
@@ -122,7 +126,10 @@ TEST(StringUtilsSearch, ComparesWithAndWithoutCase) {
 
 TEST(StringUtilsSearch, FindsTheFirstMatchInAnyCase) {
     const std::string manyHalves = std::string(5000, 'a') + "B";
-    const std::tuple<std::string, std::string, unsigned long long> cases[] = {
+    const struct {
+        std::string haystack, needle;
+        unsigned long long expected;
+    } cases[] = {
         {"abcABC", "CA", 2},
         {"abc", "abcd", kNotFound},
         {"abc", "", 0},
@@ -141,7 +148,11 @@ TEST(StringUtilsSearch, FindsTheFirstMatchInAnyCase) {
 }
 
 TEST(StringUtilsSearch, ComparesDottedVersionsAsNumbersWhereTheyAre) {
-    const std::tuple<const char*, const char*, bool> cases[] = {
+    const struct {
+        const char* a;
+        const char* b;
+        bool equal;
+    } cases[] = {
         {"10.0.1", "10.00.01", true},
         {"1.2", "1.2.0", false},
         {"1.a", "1.A", false},
@@ -158,7 +169,11 @@ TEST(StringUtilsSearch, ComparesDottedVersionsAsNumbersWhereTheyAre) {
 }
 
 TEST(StringUtilsSearch, ReadsOnlyPlainNumbers) {
-    const std::tuple<std::string, int, bool> cases[] = {
+    const struct {
+        std::string text;
+        int value;
+        bool expected;
+    } cases[] = {
         {"007", 7, true},
         {"-5", 0, false},
         {" 5", 0, false},
@@ -177,7 +192,11 @@ TEST(StringUtilsSearch, ReadsOnlyPlainNumbers) {
 }
 
 TEST(StringUtilsReplace, NeverSearchesWhatItPutIn) {
-    const std::tuple<std::string, std::string, std::string, bool, std::string, std::string> cases[] = {
+    const struct {
+        std::string before, find, replacement;
+        bool firstOnly;
+        std::string after, afterInAnyCase;
+    } cases[] = {
         {"aXbxc", "x", "XX", false, "aXbXXc", "aXXbXXc"},
         {"aXbxc", "x", "", true, "aXbc", "abxc"},
         {"aaaa", "aa", "a", false, "aa", "aa"},
@@ -203,7 +222,11 @@ TEST(StringUtilsReplace, NeverSearchesWhatItPutIn) {
 }
 
 TEST(StringUtilsDelete, StartsAgainAfterEachDeletion) {
-    const std::tuple<std::string, std::string, bool, std::string> cases[] = {
+    const struct {
+        std::string before, find;
+        bool firstOnly;
+        std::string after;
+    } cases[] = {
         {"aabb", "ab", true, "ab"},           {"aabb", "ab", false, ""},
         {"xaabaabbby", "aab", false, "xbby"}, {"aaabc", "a", false, "bc"},
         {"abcabcabcab", "abc", false, "ab"},  {"xxabcx", "xab", false, "xcx"},
@@ -266,9 +289,10 @@ TEST(StringUtilsSplit, KeepsEveryPiece) {
         {"a,b", {"a", "b"}}, {"a,,b", {"a", "", "b"}}, {"a,", {"a", ""}}, {"", {""}}, {",", {"", ""}},
     };
     for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
         Pieces pieces = {"old"};
         SU::SplitByChar(text, ',', pieces);
-        EXPECT_EQ(pieces, expected) << text;
+        EXPECT_EQ(pieces, expected);
         EXPECT_EQ(SU::StringVecToString(pieces, ','), text);
     }
     EXPECT_EQ(SU::StringVecToString({}, ','), "");
@@ -281,7 +305,10 @@ TEST(StringUtilsSplit, KeepsEveryPiece) {
 }
 
 TEST(StringUtilsSplit, ByTextWithoutOverlap) {
-    const std::tuple<std::string, std::string, Pieces, Pieces> cases[] = {
+    const struct {
+        std::string text, separator;
+        Pieces all, filled;
+    } cases[] = {
         {"a--b--", "--", {"a", "b", ""}, {"a", "b"}},
         {"", "--", {""}, {}},
         {"a---b", "--", {"a", "-b"}, {"a", "-b"}},
@@ -314,7 +341,12 @@ TEST(StringUtilsEscape, DumpsAndReadsBytes) {
     EXPECT_EQ(SU::ByteArrayToHexString(nullptr, 0), "");
     EXPECT_EQ(SU::ByteArrayToAsciiChars(bytes, 6), ".. ~..");
 
-    const std::tuple<const char*, std::size_t, bool, std::size_t> cases[] = {
+    const struct {
+        const char* hex;
+        std::size_t room;
+        bool result;
+        std::size_t expected;
+    } cases[] = {
         {"0aFf", 2, true, 2}, {"0aFf", 1, false, 1},   {"abc", 2, false, 77},
         {"", 0, true, 0},     {"0a/fFF", 2, false, 1}, {"0a0\xFF", 2, false, 1},
     };

@@ -20,6 +20,7 @@ TEST(ThreadUtils, NamesTheCurrentThreadOnly) {
                  {std::string(100'000, 'x'), "Vantora-xxxxxxx"}};
     std::thread([&] {
         for (const auto& c : cases) {
+            SCOPED_TRACE(c.name);
             ThreadUtils::SetThreadName(c.name);  // without a debugger, an exception that nobody sees
             if (test::kWindows) continue;
             std::ifstream file("/proc/thread-self/comm");

@@ -116,20 +116,26 @@ TEST_F(VersionInformationTest, TheTextOfALanguageIsFound) {
 TEST_F(VersionInformationTest, FilesWithoutOneAreKeptThoseThatCannotBeReadAreNot) {
     const std::string good = FileOf("x"), other = VersionBlock("", "", 0xFEEF04BC),
                       none = "@ 'P' has no version info";
-    const std::tuple<std::string, const char*, std::string> cases[] = {
-        {"", "1", none},
-        {Patched(good, 60, "\xFF\xFF\xFF\xFF"), "1", none},
-        {PeFile(other), "0", "Version info of 'P' does not have the expected signature"},
-        {PeFile(Patched(other, 2, Word(51))), "0", "Could not query version of 'P'"},
-        {good.substr(0, good.size() - 9), "0", "Could not get version of 'P' because: (1812/0X714) "}};
-    for (int second = 0; const auto& [content, kept, line] : cases) {
+    const struct {
+        const char* what;
+        std::string content;
+        const char* kept;
+        std::string line;
+    } cases[] = {
+        {"empty", "", "1", none},
+        {"header beyond the end", Patched(good, 60, "\xFF\xFF\xFF\xFF"), "1", none},
+        {"another signature", PeFile(other), "0", "Version info of 'P' does not have the expected signature"},
+        {"short fixed part", PeFile(Patched(other, 2, Word(51))), "0", "Could not query version of 'P'"},
+        {"cut", good.substr(0, good.size() - 9), "0", "Could not get version of 'P' because: (1812/0X714) "}};
+    for (int second = 0; const auto& [what, content, kept, line] : cases) {
+        SCOPED_TRACE(what);
         if (kWindows && line.ends_with(' ')) continue;  // the systems disagree about what a cut file has
         Write(good, ++second);
         LogOf("0409");
         Write(content, ++second);
         const auto lines = LogOf();
         EXPECT_THAT(lines, Contains(testing::StartsWith(line)));
-        EXPECT_TRUE(lines.back() == kept && answer == FS::VersionInformation()) << line;
+        EXPECT_TRUE(lines.back() == kept && answer == FS::VersionInformation());
     }
 }
 

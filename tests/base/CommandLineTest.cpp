@@ -11,7 +11,11 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::tuple<const char*, std::string, Arguments> kCases[] = {
+const struct {
+    const char* what;
+    std::string line;
+    Arguments expected;
+} kCases[] = {
     {"blanks between", "tool  a\t b ", {"tool", "a", "b"}},
     {"a blank first is an empty program", " a", {"", "a"}},
     {"quoted program", "\"C:\\my tools\\t\"x y", {"C:\\my tools\\t", "x", "y"}},

@@ -104,7 +104,8 @@ TEST(PeVersionResource, FilesThatContradictThemselvesGiveNothing) {
         const Answer answer = ReadVersion(Patched(good, kPeHeaders + field, all));
         EXPECT_TRUE(answer.isThere && !answer.texts) << field;
     }
-    for (const std::string& head : {Word(0xFFFF), Word(5), Word(0)}) {  // of the block
+    for (const std::string& head : {Word(0xFFFF), Word(5), Word(0)}) {
+        SCOPED_TRACE(testing::PrintToString(head));  // of the block
         const Answer answer = ReadVersion(Patched(good, kPeHeaders + 88, head));
         EXPECT_TRUE(answer.texts && !answer.texts->fixed && answer.texts->values.empty());
     }

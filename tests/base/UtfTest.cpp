@@ -13,7 +13,11 @@ using namespace std::string_literals;
 const std::string kBad = "\xEF\xBF\xBD";
 
 TEST(Utf, ConvertsBothWaysAtEveryBoundaryOfLength) {
-    const std::tuple<const char*, std::string, std::wstring> cases[] = {
+    const struct {
+        const char* what;
+        std::string narrow;
+        std::wstring wide;
+    } cases[] = {
         {"empty", "", L""},
         {"embedded zero", "a\0b"s, L"a\0b"s},
         {"last of one byte, first of two", "\x7F\xC2\x80", L"\x7F\x80"},
@@ -43,7 +47,12 @@ TEST(Utf, FindsEveryPlaceInABlock) {
 }
 
 TEST(Utf, RejectsAndRepairsInvalidUtf8) {
-    const std::tuple<const char*, std::string, std::size_t, std::string> cases[] = {
+    const struct {
+        const char* what;
+        std::string text;
+        std::size_t invalidAt;
+        std::string repaired;
+    } cases[] = {
         {"stray continuation", "a\x80z", 1, "a" + kBad + "z"},
         {"never a lead byte", "\xC0\x80\xC1\xF5\xFF", 0, kBad + kBad + kBad + kBad + kBad},
         {"overlong of three", "\xE0\x9F\xBF", 0, kBad + kBad + kBad},
@@ -66,7 +75,11 @@ TEST(Utf, RejectsAndRepairsInvalidUtf8) {
 }
 
 TEST(Utf, RejectsAndRepairsLoneSurrogates) {
-    const std::tuple<const char*, std::wstring, std::string> cases[] = {
+    const struct {
+        const char* what;
+        std::wstring text;
+        std::string repaired;
+    } cases[] = {
         {"high at the end", {L'a', 0xD800}, "a" + kBad},
         {"low alone", {0xDC00, L'z'}, kBad + "z"},
         {"wrong order", {0xDC00, 0xD800}, kBad + kBad},

@@ -21,7 +21,10 @@ TEST(DataTableIO, WritesEveryKindInEveryForm) {
         "\xFF"
         "a\xC3(\xED\xA0\x80";
     const std::string r = kReplacement, repaired = r + "a" + r + "(" + r + r + r;
-    const std::tuple<Variant, std::string, std::string> cases[] = {
+    const struct {
+        Variant cell;
+        std::string json, csv;
+    } cases[] = {
         {Variant::NullVariant("n"), "null", ""},
         {Variant("n", ""), R"("")", R"("")"},
         {Variant("n", kMin), "-9223372036854775808", "-9223372036854775808"},
@@ -39,6 +42,7 @@ TEST(DataTableIO, WritesEveryKindInEveryForm) {
         {Variant("n", invalid), '"' + repaired + '"', repaired},
     };
     for (const auto& [cell, json, csv] : cases) {
+        SCOPED_TRACE(json);
         EXPECT_EQ(ToJson(OneCell(cell)), "[{\"n\":" + json + "}]");
         EXPECT_EQ(ToJsonLines(OneCell(cell)), "{\"n\":" + json + "}\n");
         EXPECT_EQ(ToCsv(OneCell(cell)), "n\r\n" + csv + "\r\n");
@@ -133,7 +137,7 @@ TEST(DataTableIO, RefusesWhatIsHostileOrMalformed) {
         {FromCsv, "a\nb\"c\"\n", "CSV record 2: a quote inside an unquoted field"},
     };
     for (const auto& c : cases)
-        EXPECT_THAT([&c] { c.read(c.text); }, ThrowsMessage<TableFormatError>(c.message));
+        EXPECT_THAT([&c] { c.read(c.text); }, ThrowsMessage<TableFormatError>(c.message)) << c.text;
     for (const char* json :
          {"[", "[{\"a\":}]", "[{\"a\":1}", "[{}]x", "[{\"a\":01}]", "[{\"a\":1e999}]", "{\"a\":\"",
           "[{\"a\":\"\\ud800\"}]", "nul", "{\"a\":\n1}", "[{\"a\":NaN}]", "[{},]"})

@@ -41,12 +41,14 @@ TEST(VariantList, FindsEveryNameAfterChanges) {
     for (std::size_t i = 0; i < names.size(); ++i) list.Add(names[i], static_cast<long long>(i));
     expectAll(list);
     for (const std::size_t erased : {0U, 5U, 20U}) {
+        SCOPED_TRACE(erased);
         EXPECT_TRUE(list.Remove(names[erased]));
         names.erase(names.begin() + erased);
         expectAll(list);
     }
     Variant* const kept = list.GetFirst();
-    for (const char* name : {"renamed", "renamed again"}) {  // the second time by the pointer that was kept
+    for (const char* name : {"renamed", "renamed again"}) {
+        SCOPED_TRACE(name);  // the second time by the pointer that was kept
         EXPECT_TRUE(list.Contains(names[0]));
         kept->SetName(names[0] = name);
         expectAll(list);
@@ -72,7 +74,7 @@ TEST(VariantList, RefusesWhatIsNotThere) {
         {[] { VariantList()[0]; }, "index 0 out of range"},
     };
     for (const auto& [call, message] : cases)
-        EXPECT_THAT(call, ThrowsMessage<std::invalid_argument>(message));
+        EXPECT_THAT(call, ThrowsMessage<std::invalid_argument>(message)) << message;
 }
 
 TEST(VariantList, WalksInOrder) {
@@ -104,7 +106,11 @@ TEST(VariantList, VisitorStopsTheWalk) {
 
 TEST(VariantList, SimilarIgnoresOrderButCounts) {
     const Variant a("a", 1), b("b", 2), nan("n", std::numeric_limits<double>::quiet_NaN());
-    const std::tuple<const char*, VariantList, VariantList, bool> cases[] = {
+    const struct {
+        const char* what;
+        VariantList shortLeft, shortRight;
+        bool similar;
+    } cases[] = {
         {"empty", {}, {}, true},
         {"other order", {a, b}, {b, a}, true},
         {"other counts", {a, a, b}, {a, b, b}, false},

@@ -18,7 +18,12 @@ using testing::ThrowsMessage;
 TimePoint At(std::int64_t ticks) { return TimePoint(TimePoint::duration(ticks)); }
 
 TEST(Variant, ShowsEveryKind) {
-    const std::tuple<Variant, std::string, std::string, int, std::string> cases[] = {
+    const struct {
+        Variant value;
+        std::string text, dump;
+        int sqlType;
+        std::string sqlName;
+    } cases[] = {
         {Variant::NullVariant("n"), "null", "null", 5, "NULL"},
         {Variant("n", "a%sb"), "a%sb", "of type string = 'a%sb'", 3, "TEXT"},
         {Variant("n", -1LL << 63), "-9223372036854775808", "of type long long = '-9223372036854775808'", 1,
@@ -31,19 +36,24 @@ TEST(Variant, ShowsEveryKind) {
          "of type time_point = '1970-01-01T00:00:01.500Z'", 3, "TEXT"},
     };
     for (const auto& [value, text, dump, sqlType, sqlName] : cases) {
+        SCOPED_TRACE(text);
         const test::RecordingLogger log;
         value.Dump(nullptr, 0);
         EXPECT_THAT(log.Lines(ICLogger::Level::Debug), ElementsAre("Variant 'n' " + dump));
         EXPECT_EQ(value.AsString(), text);
         EXPECT_EQ((std::ostringstream() << value).str(), text);
-        EXPECT_EQ(value.SqlType(), sqlType) << text;
-        EXPECT_EQ(value.SqlTypeStr(), sqlName) << text;
+        EXPECT_EQ(value.SqlType(), sqlType);
+        EXPECT_EQ(value.SqlTypeStr(), sqlName);
     }
 }
 
 TEST(Variant, EqualityTakesNameNullnessKindAndValue) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const std::tuple<const char*, Variant, Variant, bool> cases[] = {
+    const struct {
+        const char* what;
+        Variant left, right;
+        bool equal;
+    } cases[] = {
         {"names differ", Variant("n", 5), Variant("m", 5), false},
         {"nulls, whatever is held", Variant::NullVariant("n"), Variant("n", typeid(std::string)), true},
         {"null and not", Variant::NullVariant("n"), Variant("n", 0), false},

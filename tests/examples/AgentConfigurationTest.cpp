@@ -75,10 +75,11 @@ TEST(AgentConfiguration, NamesEveryFaultWithItsKeyAndLine) {
          {"line 1: 'modules.*.*' is no setting", "line 1: '?[2J' is no setting"}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.document);
         agent::AgentSettings settings;
         std::vector<std::string> faults;
         EXPECT_EQ(agent::ReadSettings(c.document, settings, faults), c.faults.empty());
-        EXPECT_THAT(faults, ElementsAreArray(c.faults)) << c.document;
+        EXPECT_THAT(faults, ElementsAreArray(c.faults));
     }
 }
 

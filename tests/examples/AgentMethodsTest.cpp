@@ -70,6 +70,7 @@ TEST(AgentArguments, AreRefusedWhenTheyAreNotOfTheirType) {
         {"datetime", "2026-01-31T18:30:00 Z", time},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name + '=' + c.text);
         const AgentRun run = RunAgent({"run", "System.Echo", c.name + '=' + c.text});
         EXPECT_EQ(run.exitCode, 2);
         EXPECT_THAT(run.output, IsEmpty());

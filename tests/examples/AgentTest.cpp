@@ -38,7 +38,11 @@ std::string Command(const std::string& mode, const Arguments& arguments = {}) {
 }  // namespace
 
 TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
-    const std::tuple<const char*, Arguments, std::string> cases[] = {
+    const struct {
+        const char* method;
+        Arguments arguments;
+        std::string output;
+    } cases[] = {
         {"Run",
          {Command("print", {"a|b", "0"}), "lines=true", "--format=csv", "timeout=60"},
          "ExitCode,Output,LineNumber\r\n0,a,0\r\n0,b,1"},  // the runner trims the end
@@ -50,6 +54,7 @@ TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
         {"Table", {Command("ps"), "skip=9", "columns=USER PID:integer", "--format", "csv"}, "USER,PID"},
     };
     for (const auto& [method, arguments, output] : cases) {
+        SCOPED_TRACE(output);
         const AgentRun run = RunMethod(method, arguments);
         EXPECT_EQ(run.exitCode, 0) << run.errors;
         EXPECT_EQ(run.output, output);
@@ -58,7 +63,11 @@ TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
 
 TEST(Agent, RefusesABadCallWithCodeTwo) {
     const std::string print = Command("print", {"x", "0"});
-    const std::tuple<const char*, Arguments, const char*> cases[] = {
+    const struct {
+        const char* method;
+        Arguments arguments;
+        const char* message;
+    } cases[] = {
         {"Run", {print, "other=1"}, "Undefined parameter named 'other'"},
         {"Run", {print, "=1"}, "Anonymous parameters are not allowed for this method"},
         {"Run",
@@ -73,8 +82,9 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
         {"Table", {print, "columns=A A"}, "is there twice"},
     };
     for (const auto& [method, arguments, message] : cases) {
+        SCOPED_TRACE(message);
         const AgentRun run = RunMethod(method, arguments);
-        EXPECT_EQ(run.exitCode, 2) << message;
+        EXPECT_EQ(run.exitCode, 2);
         EXPECT_EQ(run.output, "");
         EXPECT_THAT(run.errors, HasSubstr(message));
     }
@@ -85,13 +95,18 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
     const TempDir dir;
     const std::string wait = Command("await", {dir.Native("started").string(), dir.Native("never").string()});
     const std::string flood = Command("print", {"round and round", "1", "-1"});
-    const std::tuple<Arguments, const char*, const char*> cases[] = {
+    const struct {
+        Arguments arguments;
+        const char* output;
+        const char* message;
+    } cases[] = {
         {{Command("print", {"broken", "7"})}, "7  broken", "Command ended with exit code 7"},
         {{"command=no-such-program"}, "1", "Could not run command 'no-such-program'"},
         {{wait, "timeout=1"}, "-2  Timed out after 1 seconds", "Timed out after 1 seconds"},
         {{flood, "maxOutput=1000"}, "round and round", "Output reached the limit of 1000 bytes"},
     };
     for (const auto& [arguments, output, message] : cases) {
+        SCOPED_TRACE(message);
         const AgentRun run = RunMethod("Run", arguments);
         EXPECT_EQ(run.exitCode, 3);
         EXPECT_THAT(run.output, HasSubstr(output));
@@ -120,10 +135,11 @@ TEST(Agent, WithoutALogFileOnlyWarningsReachStandardError) {
 TEST(Agent, CtrlCAbortsTheRunningCommand) {
     if (kWindows) GTEST_SKIP() << "console control events cannot be sent to one process only";
     for (const std::string signal : {"INT", "TERM"}) {
+        SCOPED_TRACE(signal);
         // The command itself interrupts the agent that runs it: no race to win.
         const std::string command = "command=cmd /c kill -" + signal + " $PPID; sleep 300";
         const AgentRun run = RunLine(AgentCommand({"run", "Commands.Run", command}).Get());
-        EXPECT_EQ(run.exitCode, 3) << signal;
+        EXPECT_EQ(run.exitCode, 3);
         EXPECT_THAT(run.output, AllOf(HasSubstr("-6  Aborted due to Agent shutdown"),
                                       HasSubstr("\nAborted due to Agent shutdown")));
     }

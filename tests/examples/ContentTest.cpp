@@ -195,7 +195,7 @@ TEST_F(ContentTest, AFileThatDiffersIsToldAndTheOthersAreDownloaded) {
     for (const std::string fault :
          {"\nshorter,6,has 5 bytes instead of 6\n", "\nchanged,5,has another SHA-256\n",
           "\nmissing,0,cannot be read: ", "\ngood,5,cannot be written: "})
-        EXPECT_THAT(result, HasSubstr(fault));
+        EXPECT_THAT(result, HasSubstr(fault)) << fault;
     EXPECT_EQ(dir.Read("to/changed"), "old");
     dir.Write("source/last/good", "1");
     EXPECT_THAT(Download(Line("missing", "") + Line("last/good", "1")), StartsWith("3|1 of 2 files"));
@@ -215,6 +215,7 @@ TEST_F(ContentTest, AListWithOneBadEntryIsRefusedWhole) {
         {"; Wrong\n", "cannot be read or is not complete"},
     };
     for (const auto& [line, fault] : cases) {
+        SCOPED_TRACE(line);
         const std::string result = Download(good + line);
         EXPECT_THAT(result, StartsWith("6|The list '"));
         EXPECT_THAT(result, HasSubstr(fault));

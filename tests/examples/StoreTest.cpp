@@ -150,6 +150,7 @@ TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
     };
     Store store("values");
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.written);
         ASSERT_TRUE(store.WriteDataToTempTable("t", Column("c-d", c.written)));
         EXPECT_EQ(Query(store, "SELECT * FROM [temp.t]"), Column("c-d", c.read.empty() ? c.written : c.read));
     }
@@ -175,12 +176,18 @@ TEST_F(StoreTest, FailsWholeAndOnceWhenTheDatabaseCannotBeWritten) {
     store.ExecuteNonQuery("CREATE TABLE t (a)");
     DataTable table(VariantList(V("a", 1)));
     for (int i = 0; i < 14; ++i) table += DataTable(table);
-    const std::tuple<Store&, const char*, const char*, const char*> cases[] = {
+    const struct {
+        Store& who;
+        const char* break_;
+        const char* mend;
+        const char* message;
+    } cases[] = {
         {other, "BEGIN IMMEDIATE", "COMMIT", "database is locked"},
         {store, "PRAGMA query_only=1", "PRAGMA query_only=0", "attempt to write a readonly database"},
         {store, "PRAGMA max_page_count=5", "PRAGMA max_page_count=999999", "database or disk is full"},
     };
     for (const auto& [who, break_, mend, message] : cases) {
+        SCOPED_TRACE(break_);
         Query(who, break_);
         EXPECT_FALSE(store.AddToTable("t", table));
         EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr(message)));
@@ -196,6 +203,7 @@ TEST_F(StoreTest, BeginsAnewBesideACorruptFile) {
     std::string noSchema = dir.Read(file);
     noSchema.replace(100, 400, 400, '\xAA');
     for (const std::string& content : {noSchema, std::string(5000, 'g')}) {
+        SCOPED_TRACE(content);
         dir.Write(file, content);
         m_log.Forget();
         Store store("x");
@@ -247,7 +255,7 @@ TEST_F(StoreTest, DatabaseNamesStayInTheFolder) {
     for (const std::string& name : names)
         EXPECT_TRUE(Store(name).ExecuteNonQuery("CREATE TABLE t (a)")) << name;
     for (const std::string& name : {std::string(), std::string(201, 'x'), std::string(67, '.')})
-        EXPECT_FALSE(Store(name).ExecuteNonQuery("SELECT 1"));
+        EXPECT_FALSE(Store(name).ExecuteNonQuery("SELECT 1")) << name;
     EXPECT_THAT(m_databases.folder.GetNames(), testing::UnorderedElementsAreArray(names));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Native()), {}), 1);
 }

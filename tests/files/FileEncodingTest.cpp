@@ -43,7 +43,11 @@ std::string Le(std::u16string_view text) {
 
 TEST_F(FileEncodingDetection, TakesMarkThenUtf8SequenceThenUtf16TestThenAnsi) {
     const std::string pad(61, 'a');  // past the words that are skipped at once
-    const std::tuple<const char*, std::string, Encoding> cases[] = {
+    const struct {
+        const char* what;
+        std::string bytes;
+        Encoding expected;
+    } cases[] = {
         {"empty", "", FS::ANSI},
         {"one byte of a mark", "\xFF", FS::ANSI},
         {"little-endian mark before a UTF-8 sequence", kLeMark + "\xC3\xA9", FS::UTF16LE},
@@ -105,7 +109,13 @@ TEST_F(FileEncodingDetection, StreamChecksLeaveAnEncodingThatTheyDoNotFind) {
 }
 
 TEST_F(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
-    const std::tuple<const char*, std::string, Encoding, std::string, Encoding> cases[] = {
+    const struct {
+        const char* what;
+        std::string bytes;
+        Encoding forced;
+        std::string text;
+        Encoding expected;
+    } cases[] = {
         {"empty", "", FS::NOTSET, "", FS::ANSI},
         {"ANSI as it is", "a\xE9y", FS::NOTSET, "a\xE9y", FS::ANSI},
         {"forced ANSI keeps the mark", kUtf8Mark + "\0a"s, FS::ANSI, kUtf8Mark + "\0a"s, FS::UTF8},
@@ -135,6 +145,7 @@ TEST_F(FileEncodingRead, DecodesAsForcedAndTellsWhatItDetected) {
 
 TEST_F(FileEncodingRead, WhatCannotBeOpenedIsEmptyAndLeavesDetected) {
     for (std::string path : {dir.Path("missing"), dir.Path(), std::string()}) {
+        SCOPED_TRACE(path);
         Encoding detected = kBeyond;
         EXPECT_EQ(FS::ReadFile(path, detected, FS::UTF8), "");
         EXPECT_EQ(detected, kBeyond);
@@ -168,7 +179,10 @@ TEST_F(FileEncodingRead, GrowingFileGivesAPrefixOfItsContent) {
 }
 
 TEST_F(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
-    const std::tuple<Encoding, std::string, std::string> cases[] = {
+    const struct {
+        Encoding encoding;
+        std::string written, body;
+    } cases[] = {
         {FS::ANSI, "", kText},
         {FS::UTF8, kUtf8Mark, kText},
         {FS::UTF8NOBOM, "", kText},
@@ -193,6 +207,7 @@ TEST_F(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
 TEST_F(FileEncodingWrite, InvalidUtf8ForUtf16ThrowsAndLeavesTheFile) {
     const std::string path = dir.Write("file", "kept");
     for (const std::string text : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\x80"}) {
+        SCOPED_TRACE(testing::PrintToString(text));
         Encoding current = FS::UTF16LENOBOM;
         EXPECT_THROW(FS::WriteUtf16BeFile(path, text), std::range_error);
         EXPECT_THROW(FS::AppendToFile(path, text, current, FS::NOTSET), std::range_error);
@@ -209,6 +224,7 @@ TEST_F(FileEncodingWrite, AppendChoosesRequestedThenCurrentThenDetected) {
     const Encoding steps[][2] = {
         {FS::NOTSET, FS::UTF16LE}, {FS::UTF8, FS::UTF8}, {FS::NOTSET, FS::UTF8}, {FS::UTF16BE, FS::UTF16BE}};
     for (const auto& [requested, expected] : steps) {
+        SCOPED_TRACE(requested);
         EXPECT_TRUE(FS::AppendToFile(path, "x", current, requested));
         EXPECT_EQ(current, expected);
     }

@@ -117,6 +117,7 @@ TEST_F(LsZFileTest, AMillionLinesComeThroughPieceByPiece) {
 
 TEST_F(LsZFileTest, AFolderAndAMissingFileCannotBeOpened) {
     for (const std::string& path : {dir.Path(), dir.Path("missing")}) {
+        SCOPED_TRACE(path);
         log.Forget();
         EXPECT_FALSE(LsZFile(path, nullptr).ParsedOk());
         EXPECT_THAT(log.Lines(), testing::ElementsAre(

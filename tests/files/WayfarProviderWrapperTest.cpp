@@ -51,6 +51,7 @@ TEST(WayfarProviderWrapper, AvailabilityIsTheFirstRowsBoolean) {
     EXPECT_EQ(ask(Variant("WayfarOkay", 2)), "yes 0");
     for (const Variant& bad :
          {Variant("Other", true), Variant("WayfarOkay", typeid(bool)), Variant("WayfarOkay", "true")}) {
+        SCOPED_TRACE(bad.GetName());
         EXPECT_EQ(ask(bad), unusable);
     }
     EXPECT_EQ(registry->call, "IsOkayForDownload{}10");

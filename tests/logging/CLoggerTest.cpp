@@ -100,6 +100,7 @@ TEST_F(CLoggerTest, FileThatCannotBeOpenedLeavesTheConsole) {
     dir.SetReadOnly("file", true);
     const bool isRoot = static_cast<bool>(std::ofstream(dir.Native("file"), std::ios::app));
     for (const std::string& bad : {dir.Path(), dir.Path("file/log"), std::string(), file}) {
+        SCOPED_TRACE(bad);
         if (isRoot && bad == file) continue;
         const ChildOutput child = RunChild("clogger-path", {bad, "initialize"});
         EXPECT_TRUE(child.succeeded);

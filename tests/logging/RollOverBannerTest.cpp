@@ -175,12 +175,13 @@ TEST_F(RollOverBannerTest, ReportsWhatDeviates) {
         {[](Settings& s) { s.ignore = true; }, "skipdigitalsignaturechecks", "true"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name + c.value);
         Settings settings;
         c.change(settings);
         const Lines lines = Banner();
         const auto line =
             std::find(lines.begin(), lines.end(), "Configured '" + c.name + "' setting: '" + c.value + "'");
-        ASSERT_NE(line, lines.end()) << c.name << c.value;
+        ASSERT_NE(line, lines.end());
         EXPECT_THAT(lines, testing::IsSupersetOf({" -> No Switch connection has been configured.",
                                                   " -> No Background channel has been configured."}));
         const Lines warnings = log.Lines(Level::Warn);
@@ -219,6 +220,7 @@ TEST(LoggerUtils, BlockIsNotWrittenTwiceInARow) {
         "title", "Quillon Client v" + version + " on " + host, testing::HasSubstr('-' + year + ' '),
         testing::MatchesRegex("Windows x64 release build, created ... .. 20.. ..:..:.."), "title");
     for (const auto& [skip, whole] : {std::pair(false, true), {true, false}, {true, true}, {true, true}}) {
+        SCOPED_TRACE(skip);
         log.Forget();
         LoggerUtils::LogCopyright("title", &log, skip);
         EXPECT_THAT(log.Lines(Level::Info), testing::Conditional(whole, block, ElementsAre("title")));

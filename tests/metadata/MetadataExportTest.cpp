@@ -76,6 +76,7 @@ TEST(MetadataExport, CellsShowTextsAsTheyAre) {
                  {"\xC3\xA9 \xFF", "\xC3\xA9 \xEF\xBF\xBD"},
                  {nullptr, ""}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         EXPECT_THAT(MarkdownWith(c.text),
                     HasSubstr(std::string("\n| ") + c.cell + " | unknown | no |  | " + c.cell + " |\n"));
     }
@@ -91,6 +92,7 @@ TEST(MetadataExport, ParagraphsAndExamplesKeepTheirShape) {
                  {"12. no list", "12\\. no list"},   {"2024 is a year", "2024 is a year"},
                  {"\t no code", "no code"},          {"123", "123"}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         method.Description(c.text);
         EXPECT_EQ(ToMarkdown(method),
                   std::string("## m\n\n") + c.paragraph + "\n\n### Example\n\n````\na\n```\nb\n````\n");

@@ -52,7 +52,7 @@ TEST(MethodMetadata, IsEmptyAtFirst) {
     const MethodColumn column;
     for (const char* text : {method.MethodName(), method.Description(), method.Example(),
                              method.AdditionalParametersDescription(), method.AdditionalColumnsDescription()})
-        EXPECT_EQ(text, MethodMetadata::m_empty);
+        EXPECT_EQ(text, MethodMetadata::m_empty) << text;
     EXPECT_FALSE(method.HasFlags() || method.HasWarnings() || method.HasNotes() || method.IsDeprecated() ||
                  method.IsUndocumented() || method.HasAdditionalParameters() ||
                  method.HasAdditionalColumns());
@@ -71,7 +71,7 @@ TEST(MethodMetadata, NamesTypesByTheirHash) {
                  {typeid(double), "float"},      {typeid(std::string), "string"},
                  {typeid(DataTable), "table"},   {typeid(TimePoint), "datetime"},
                  {typeid(int), "unknown"},       {typeid(const DataTable*), "unknown"}};
-    for (const auto& c : cases) EXPECT_STREQ(MetadataUtils::Type(c.type.hash_code()), c.name);
+    for (const auto& c : cases) EXPECT_STREQ(MetadataUtils::Type(c.type.hash_code()), c.name) << c.name;
 }
 
 TEST(MethodMetadata, SayingAnythingOfFurtherItemsCounts) {

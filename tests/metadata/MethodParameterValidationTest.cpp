@@ -70,7 +70,7 @@ TEST(MethodParameterValidation, ChecksValues) {
         {oneOf("b"), "passed"},
         {oneOf("B"), "'P' parameter must be one of 'a', 'b', not 'B'"},
     };
-    for (const auto& c : cases) EXPECT_EQ(c.outcome, c.expected);
+    for (const auto& c : cases) EXPECT_EQ(c.outcome, c.expected) << c.expected;
 }
 
 TEST(MethodParameterValidation, OneOfTwoMustBeGiven) {
@@ -103,6 +103,7 @@ TEST(MethodParameterValidation, UserNamesHaveOneOfTwoForms) {
         {"user@", principal},       {"user", either},          {"", either},          {"a\\b\\c", either},
         {"a@b\\c", either}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.value);
         EXPECT_EQ(
             Outcome([&c](auto& result) { return Validation::ValidateAsUserParameter(c.value, result); }),
             c.expected);
@@ -111,6 +112,7 @@ TEST(MethodParameterValidation, UserNamesHaveOneOfTwoForms) {
 
 TEST(MethodParameterValidation, HugeUserNamesAreSplitInOneGo) {
     for (const std::size_t size : {std::size_t{10'000}, std::size_t{10'000'000}}) {
+        SCOPED_TRACE(size);
         const std::string part(size, 'x');
         const auto [matched, domain, user] = UserUtils::SplitDownLevelLogonName(part + "\\" + part);
         EXPECT_TRUE(matched && domain == part && user == part);

@@ -49,8 +49,10 @@ TEST_F(ParameterBinding, ConvertsRelatedKinds) {
 
 TEST_F(ParameterBinding, WrongTypeResetsMandatoryTargetsOnly) {
     for (const bool optional : {true, false}) {
+        SCOPED_TRACE(optional);
         for (const Variant& value : {Variant("T", 1), Variant("I", 1.5), Variant("R", "1.5"),
                                      Variant("F", "true"), Variant::NullVariant("T")}) {
+            SCOPED_TRACE(value.GetName());
             m_call.scalars = VariantList(value);
             EXPECT_EQ(Bind(value.GetName(), optional),
                       "Value is wrong data-type for parameter '" + value.GetName() + "'");

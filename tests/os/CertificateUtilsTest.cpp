@@ -46,6 +46,7 @@ TEST(CertificateUtils, TellsWhatACertificateSays) {
                     "e"));
     EXPECT_EQ(certificate->Issuer(), "CN=Test CA");
     for (const unsigned long id : {kFriendlyName, kUnknown}) {
+        SCOPED_TRACE(id);
         EXPECT_EQ(CertificateUtils::GetContextPropertyString(certificate->Context(), id), "");
         EXPECT_EQ(CertificateUtils::GetContextPropertyHash(certificate->Context(), id), "");
     }
@@ -67,11 +68,13 @@ TEST_F(CertificateFileTest, AgreesWithOpenSsl) {
                                " > prints";
     ASSERT_EQ(std::system(script.c_str()), 0);
     std::vector<Certificate> read;
-    for (const char* const file : {"all", "der"}) EXPECT_TRUE(Certificate::ReadFile(dir.Path(file), read));
+    for (const char* const file : {"all", "der"})
+        EXPECT_TRUE(Certificate::ReadFile(dir.Path(file), read)) << file;
     ASSERT_EQ(read.size(), 3u);
     const auto facts = LinesOf(dir.Read("facts")), prints = LinesOf(dir.Read("prints"));
     ASSERT_EQ(facts.size() + prints.size(), 6u);
     for (const std::size_t second : {1, 2}) {
+        SCOPED_TRACE(second);
         EXPECT_THAT(FactsOf(read[second]),
                     ElementsAre(facts[0], prints[0], prints[1], facts[1], facts[2], facts[3]));
     }
@@ -103,7 +106,7 @@ TEST(CertificateUtils, NamesOfStores) {
         {L"Roo", ""},
         {L"", ""}};
     for (const auto& [store, expected] : friendly)
-        EXPECT_EQ(CertificateUtils::GetFriendlyNameFromStoreName(store), expected);
+        EXPECT_EQ(CertificateUtils::GetFriendlyNameFromStoreName(store), expected) << expected;
     const std::pair<std::string, std::wstring> stores[] = {
         {"Trusted Publisher", L"TrustedPublisher"},
         {"1: Trusted Root Certification Authorities!", L"Root"},

@@ -48,7 +48,11 @@ std::string Refusal(unsigned long control, unsigned long event) {
 TEST(PowerNotification, SaysWhatTheEventMeans) {
     const std::string received = "ServiceControl received: ",
                       skipping = "OperatingSystemPowerNotification skipping control code: 13 Event type: ";
-    const std::tuple<unsigned long, int, std::string> cases[] = {
+    const struct {
+        unsigned long event;
+        int type;
+        std::string message;
+    } cases[] = {
         {4, 4, received + "System about enter a suspended state"},
         {7, 7, received + "System resumed operation after being suspended"},
         {10, 10, received + "Power source change event is skipped"},
@@ -58,6 +62,7 @@ TEST(PowerNotification, SaysWhatTheEventMeans) {
         {0xFFFFFFFF, 14, skipping + "-1"},
     };
     for (const auto& [event, type, message] : cases) {
+        SCOPED_TRACE(message);
         const test::RecordingLogger log;
         const auto clone = PowerNote(kPower, event, nullptr, nullptr).Clone();
         EXPECT_EQ(dynamic_cast<PowerNote&>(*clone).GetPowerNotificationType(), type);
@@ -71,6 +76,7 @@ TEST(SessionNotification, SaysWhatTheEventMeansAndClonesQuietly) {
         {4, "RemoteDisconnect"}, {5, "UserLogOn"},     {6, "UserLogOff"},      {7, "Locked"},
         {8, "Unlock"},           {9, "RemoteControl"}, {10, "unknown"},        {0xFFFFFFFF, "unknown"}};
     for (const auto& [event, name] : names) {
+        SCOPED_TRACE(name);
         const test::RecordingLogger log;
         const bool isKnown = name != "unknown";
         const auto before = std::time(nullptr);

@@ -54,7 +54,7 @@ TEST(CertificateApi, NamesAreQuotedAsTheSystemQuotesThem) {
                                                           {"a;b", "\"a;b\""},
                                                           {"a'b\\/", "a'b\\/"}};
     for (const auto& [value, expected] : values)
-        EXPECT_EQ(TextOf(NameOf(CommonName(kPrintable, value))), "CN=" + expected);
+        EXPECT_EQ(TextOf(NameOf(CommonName(kPrintable, value))), "CN=" + expected) << expected;
 }
 
 TEST(CertificateApi, NamesAreReadInEveryAlphabet) {
@@ -64,13 +64,13 @@ TEST(CertificateApi, NamesAreReadInEveryAlphabet) {
         {NameOf(CommonName(kBmp, std::string("\0A\0\xE9", 4))), "CN=A\xC3\xA9"},
         {NameOf(Attribute(city, kIa5, "x") + a), "L=x + CN=a"},
         {Element(kSequence, Element(kSet, a) + Element(kSet, a)), "CN=a, CN=a"}};
-    for (const auto& [name, expected] : names) EXPECT_EQ(TextOf(name), expected);
+    for (const auto& [name, expected] : names) EXPECT_EQ(TextOf(name), expected) << expected;
     if (test::kWindows) return;  // the emulator leaves these out, and has no prefix
     const std::pair<std::string, std::string> rare[] = {
         {NameOf(CommonName(kUniversal, std::string("\0\0\0A", 4))), "CN=A"},
         {NameOf(CommonName(kOctets, "\x0A\xCF")), "CN=#0ACF"},
         {NameOf(Attribute(other, kPrintable, "x")), "OID.1.2.3.4=x"}};
-    for (const auto& [name, expected] : rare) EXPECT_EQ(TextOf(name), expected);
+    for (const auto& [name, expected] : rare) EXPECT_EQ(TextOf(name), expected) << expected;
 }
 
 TEST(CertificateApi, HostileNamesHaveNoText) {

@@ -26,7 +26,11 @@ TEST_F(FileApiTest, ErrorsAreTheSameCodesOnBothSystems) {
     dir.Write("full/x", "x");
     const std::string locked = dir.Write("locked", "x");
     dir.SetReadOnly("locked", true);
-    const std::tuple<const char*, bool, std::uint32_t, std::uint32_t> cases[] = {
+    const struct {
+        const char* what;
+        bool succeeded;
+        std::uint32_t code, expected;
+    } cases[] = {
         {"missing file", RemoveFile(dir.Path("missing")), LastError(), 2},
         {"folder as file", RemoveFile(full), LastError(), 5},
         {"read-only file", RemoveFile(locked), LastError(), 5},

@@ -61,6 +61,7 @@ TEST(ProcessApi, SaysWhyAProgramCannotBeStarted) {
 
 TEST(ProcessApi, KillsNoGroupsAndNobodyUnknown) {
     for (const std::uint32_t id : {0u, 0xFFFFFFFFu, 0x80000000u}) {
+        SCOPED_TRACE(id);
         EXPECT_EQ(platform::KillProcess(id, -5, platform::KillScope::Tree), platform::KillResult::NotOpened);
         EXPECT_EQ(platform::LastError(), 87u);
     }
@@ -110,6 +111,7 @@ TEST(CommandRun, ReportsThatNoThreadIsToBeHad) {
         {std::make_error_code(std::errc::resource_unavailable_try_again), "no thread resources available"},
         {invalid, "system error: " + invalid.message()}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.second);
         RecordingLogger log;
         const auto props = CommandOf("x", log);
         const auto refuse = [&c](const auto&) -> std::thread { throw std::system_error(c.first); };
@@ -128,6 +130,7 @@ TEST(CommandOutput, LinesLoseTheirEndsOnly) {
         {"a\v\f\r\r\n \tb ", {"4|a\v|0", "4| \tb |1"}},
         {std::string("a\0b\nc", 5), {std::string("4|a\0b|0", 7), "4|c|1"}}};
     for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
         DataTable table;
         AddOutputRows(text, 4, true, table);
         std::vector<std::string> lines;

@@ -30,7 +30,13 @@ std::wstring CimToJson(const std::wstring& text) {
 }
 
 TEST(DateTimeUtilsFileTime, ConvertsTheWholeRange) {
-    const std::tuple<std::uint64_t, long long, std::int64_t, const char*, const char*> cases[] = {
+    const struct {
+        std::uint64_t ticks;
+        long long seconds;
+        std::int64_t pointTicks;
+        const char* iso;
+        const char* json;
+    } cases[] = {
         {0, -11644473600, -116'444'736'000'000'000, "1601-01-01T00:00:00.000Z", ""},
         {116'444'736'000'000'000, 0, 0, "1970-01-01T00:00:00.000Z", "1970-01-01T00:00:00.000+00:00"},
         {116'444'735'999'999'999, -1, -10'000, "1969-12-31T23:59:59.999Z", "1969-12-31T23:59:59.000+00:00"},
@@ -66,7 +72,7 @@ TEST(DateTimeUtilsCim, TextsBecomeJsonDateTimes) {
         {L"20160510121314.123456+0000", L""},
         {L"", L""},
     };
-    for (const auto& [text, expected] : cases) EXPECT_EQ(CimToJson(text), expected);
+    for (const auto& [text, expected] : cases) EXPECT_EQ(CimToJson(text), expected) << text;
     EXPECT_EQ(DT::CimDateTimeToJsonDateTime(_variant_t()), L"");
     EXPECT_EQ(DT::CimDateTimeToJsonDateTime(_variant_t(42500.5, VT_DATE)), L"");
 
@@ -79,7 +85,11 @@ TEST(DateTimeUtilsCim, TextsBecomeJsonDateTimes) {
 
 TEST(DateTimeUtilsCim, TextsBecomeVariantDatesInUtc) {
     if (test::kWindows) GTEST_SKIP() << "the scripting date-time object is not registered everywhere";
-    const std::tuple<const wchar_t*, VARTYPE, double> cases[] = {
+    const struct {
+        const wchar_t* text;
+        VARTYPE type;
+        double date;
+    } cases[] = {
         {L"20160510120000.999999+000", VT_DATE, 42500.5}, {L"20160101000000.000000+360", VT_DATE, 42369.75},
         {L"20160510120000.000000-720", VT_DATE, 42501},   {L"20160510******.******+***", VT_DATE, 42500},
         {L"********120000.000000+000", VT_NULL, 0},       {L"00000007120000.000000:000", VT_NULL, 0},
@@ -90,8 +100,9 @@ TEST(DateTimeUtilsCim, TextsBecomeVariantDatesInUtc) {
         {L"20160510120000.000000+00", VT_EMPTY, 0},       {nullptr, VT_EMPTY, 0},
     };
     for (const auto& [text, type, date] : cases) {
+        SCOPED_TRACE(testing::PrintToString(text));
         const VARIANT value = DT::CimDateTimeToVariantDate(_bstr_t(text));
-        EXPECT_EQ(value.vt, type) << testing::PrintToString(text);
+        EXPECT_EQ(value.vt, type);
         EXPECT_DOUBLE_EQ(value.date, date);
     }
     const VARIANT date = DT::CimDateTimeToVariantDate(_bstr_t(L"20160510120000.000000+000"));

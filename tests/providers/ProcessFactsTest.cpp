@@ -91,6 +91,7 @@ TEST(ProcessFacts, SystemsOwnAndAbsentProcesses) {
     test::RecordingLogger log;
     std::string line = "before";
     for (const unsigned long id : {0UL, 4UL}) {
+        SCOPED_TRACE(id);
         EXPECT_TRUE(ProcessUtils::IsSystemProcess(id));
         EXPECT_TRUE(ProcessUtils::GetCommandLineForProcess(id, line));
         EXPECT_EQ(line, "");

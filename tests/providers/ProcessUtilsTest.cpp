@@ -88,6 +88,7 @@ TEST_F(ProcessUtilsRun, GivesARowALine) {
 
 TEST_F(ProcessUtilsRun, ATableWithoutRowsHasColumns) {
     for (const bool byLines : {false, true}) {
+        SCOPED_TRACE(byLines);
         const auto props = Child("print", {byLines ? "|" : "seen by nobody", "0"});
         props->captureOutput = props->outputAsLines = byLines;
         props->timeoutSecs = -1;
@@ -98,13 +99,16 @@ TEST_F(ProcessUtilsRun, ATableWithoutRowsHasColumns) {
 }
 
 TEST_F(ProcessUtilsRun, ReportsWhatCannotBeStarted) {
-    const std::tuple<const char*, std::string, std::wstring> cases[] = {
-        {"no such program", "no-such-program-here \"a b\"", L""},
-        {"unbalanced quotes", "\"no such program", L""},
-        {"no such folder", ChildCommand("copy"), L"C:\\no such folder"},
-        {"empty", "", L""},
-        {"invalid UTF-8", "a\xFF", L""},
-        {"embedded zero", std::string("a\0b", 3), L""}};
+    const struct {
+        const char* what;
+        std::string command;
+        std::wstring directory;
+    } cases[] = {{"no such program", "no-such-program-here \"a b\"", L""},
+                 {"unbalanced quotes", "\"no such program", L""},
+                 {"no such folder", ChildCommand("copy"), L"C:\\no such folder"},
+                 {"empty", "", L""},
+                 {"invalid UTF-8", "a\xFF", L""},
+                 {"embedded zero", std::string("a\0b", 3), L""}};
     for (const auto& [what, command, directory] : cases) {
         SCOPED_TRACE(what);
         m_log.Forget();
@@ -119,7 +123,7 @@ TEST_F(ProcessUtilsRun, ReportsWhatCannotBeStarted) {
 
 TEST_F(ProcessUtilsRun, AProgramsOwnCodesStand) {
     for (const int code : {1, 250, 251, 254})
-        EXPECT_EQ(ProcessUtils::RunCliCommand(Child("print", {"x", std::to_string(code)})), code);
+        EXPECT_EQ(ProcessUtils::RunCliCommand(Child("print", {"x", std::to_string(code)})), code) << code;
     if (kWindows) return;
     EXPECT_EQ(ProcessUtils::RunCliCommand(CommandOf("cmd /c kill -9 $$", m_log)), 128 + 9);
 }
@@ -156,9 +160,14 @@ TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitThoughADescendantWritesOn) {
 }
 
 TEST_F(ProcessUtilsRun, ReadsNoMoreThanTheLimitOfWhatEndedItself) {
-    const std::tuple<std::string, std::uint64_t, std::string, bool> cases[] = {
-        {"12345", 5, "12345", false}, {"12345", 4, "1234", true}, {"ab~", 3, "ab", true}};
+    const struct {
+        std::string text;
+        std::uint64_t limit;
+        std::string expected;
+        bool truncated;
+    } cases[] = {{"12345", 5, "12345", false}, {"12345", 4, "1234", true}, {"ab~", 3, "ab", true}};
     for (const auto& [text, limit, expected, truncated] : cases) {
+        SCOPED_TRACE(text);
         const auto props = Child("print", {text, "0"});
         props->maxOutputBytes = limit;
         // A slow end gives the runner the time to see the size and to kill, be it what has just ended.
@@ -176,6 +185,7 @@ TEST_F(ProcessUtilsRun, FeedsStandardInput) {
         {std::string(5'000'000, 'z'), std::string(20, 'z') + "|5000000"},
         {std::nullopt, "|0"}};
     for (const auto& [input, expected] : cases) {
+        SCOPED_TRACE(expected);
         if (kWindows && !input) continue;  // the emulator waits for the invisible console
         const auto props = Child("copy");
         props->standardInput = input;
@@ -231,6 +241,7 @@ TEST_F(ProcessUtilsRun, ADetachedWorkerOutlivesItsCaller) {
 
 TEST_F(ProcessUtilsRun, ShutdownEndsTheWait) {
     for (const bool kill : {false, true}) {
+        SCOPED_TRACE(kill);
         m_started = m_dir.Native(kill ? "killed" : "left");
         const Monitor monitor([this] { return fs::exists(m_started); });
         const auto props = Waiting("await");
@@ -259,6 +270,7 @@ TEST_F(ProcessUtilsRun, AMonitorThatThrowsEndsTheWatch) {
 
 TEST_F(ProcessUtilsRun, ATreeIsKilledDownToWhatLeftItsGroupAndParents) {
     for (const bool tree : {false, true}) {
+        SCOPED_TRACE(tree);
         const fs::path second = m_dir.Native(tree ? "second of a tree" : "second");
         m_started = m_dir.Native(tree ? "first of a tree" : "first");
         const Monitor monitor([&second] { return fs::exists(second); });
@@ -276,6 +288,7 @@ TEST_F(ProcessUtilsRun, ATreeIsKilledDownToWhatLeftItsGroupAndParents) {
 TEST_F(ProcessUtilsRun, WhatAProgramLeavesBehindDoesNotDelayIt) {
     const std::pair<const char*, const char*> cases[] = {{"leave", ""}, {"share", "ready"}};
     for (const auto& [mode, output] : cases) {
+        SCOPED_TRACE(mode);
         m_started = m_dir.Native(mode);
         const auto props = Waiting(mode);
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
@@ -319,6 +332,7 @@ TEST(ProcessUtilsResult, SpecialCodesHaveTexts) {
                                                  {-2, "Timed out"},
                                                  {-1, "other"}};
     for (const auto& [code, message] : cases) {
+        SCOPED_TRACE(code);
         ProcessUtils::CmdProperties props;
         props.resultCode = code;
         InvocationResult result;

@@ -84,6 +84,7 @@ TEST_F(SqlApplicationDataStoreTest, WarnsOfATableThatCannotBeMadeAndRefusesNames
     store.EnsureTableExists("T", {{"A", Store::Real}}, {}, existed);
     m_engine.calls.clear();
     for (const std::string& name : {std::string(), std::string("a]b"), std::string("a\0b", 3)}) {
+        SCOPED_TRACE(testing::PrintToString(name));
         store.EnsureTableExists(name, {{"A", Store::Text}}, {}, existed);
         store.EnsureTableExists("T", {{"A", Store::Text}, {name, Store::Text}}, {}, existed);
         EXPECT_FALSE(store.WriteDataToTempTable(name, m_one));
@@ -115,7 +116,8 @@ TEST_F(SqlApplicationDataStoreTest, WritesTemporaryTablesAndKeepsTheBooks) {
         EXPECT_FALSE(store.WriteDataToTempTable("T", table));
         EXPECT_THAT(m_engine.calls,
                     ElementsAre(create, "drop temp.T", create, "add temp.T", create, "drop temp.T", create));
-        for (const char* name : {"Z", "Gone", "Y"}) EXPECT_TRUE(store.WriteDataToTempTable(name, m_one));
+        for (const char* name : {"Z", "Gone", "Y"})
+            EXPECT_TRUE(store.WriteDataToTempTable(name, m_one)) << name;
         store.DeleteTempTable("Gone");
         store.DeleteTempTable("Never");
     }

@@ -66,10 +66,11 @@ TEST_F(SystemWmiTest, ListsTheProcessesThatThereAre) {
         EXPECT_TRUE(listed.contains(id) || !after.contains(id) || CommandLineOf(id).empty()) << id;
     }
     for (const long long id : listed) {
+        SCOPED_TRACE(id);
         EXPECT_EQ(connector.ExecuteQuery(
                       "SELECT Name FROM Win32_Process WHERE ProcessId = " + std::to_string(id), &table),
                   true);
-        EXPECT_TRUE(table.GetNumberOfRows() == 1 || !ProcessIds().contains(id)) << id;
+        EXPECT_TRUE(table.GetNumberOfRows() == 1 || !ProcessIds().contains(id));
     }
 }
 

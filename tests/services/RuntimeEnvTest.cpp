@@ -12,10 +12,11 @@ TEST(RuntimeEnv, KnowsTheEngineByItsTwoTypesAndReleaseForgets) {
     environment->SetTesting();
     EXPECT_TRUE(RuntimeEnv::GetInstance()->IsTesting());
     for (const int type : {0, 1, 2, 3, -1}) {
+        SCOPED_TRACE(type);
         environment->setEnvType(static_cast<IRuntimeEnv::EnvType>(type));
         EXPECT_EQ(environment->getEnvType(), type);
-        EXPECT_EQ(environment->IsInitialized(), type != 3) << type;
-        EXPECT_EQ(environment->IsAgentEngineEnv(), type == 1 || type == 2) << type;
+        EXPECT_EQ(environment->IsInitialized(), type != 3);
+        EXPECT_EQ(environment->IsAgentEngineEnv(), type == 1 || type == 2);
     }
     RuntimeEnv::ReleaseInstance();
     EXPECT_FALSE(RuntimeEnv::HaveInstance());

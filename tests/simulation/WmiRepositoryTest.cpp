@@ -181,8 +181,9 @@ TEST_F(WmiRepositoryTest, APathLeadsToItsObject) {
         {L"\\\\BOX", Failure(WBEM_E_INVALID_OBJECT_PATH), {}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.path));
         platform::CComPtr<IWbemClassObject> object;
-        EXPECT_EQ(Find(c.path, object), c.code) << testing::PrintToString(c.path);
+        EXPECT_EQ(Find(c.path, object), c.code);
         if (SUCCEEDED(c.code)) {
             EXPECT_EQ(Get(object, L"__path").text, c.found);
         }
@@ -240,6 +241,7 @@ TEST(WmiCoercion, AnArrayIsConvertedElementByElement) {
     element = Number(7);
     EXPECT_EQ(SafeArrayPutElement(given.parray, &++index, &element), S_OK);
     for (const auto& [type, held] : {std::pair(CIM_UINT32, VT_I4), {CIM_UINT64, VT_BSTR}}) {
+        SCOPED_TRACE(type);
         EXPECT_EQ(Coerce(given, static_cast<CIMTYPE>(type) | CIM_FLAG_ARRAY, converted), S_OK);
         EXPECT_EQ(converted.vt, VT_ARRAY | held);
         _variant_t last;
@@ -279,7 +281,10 @@ TEST_F(WmiRepositoryTest, WhatIsWrongWithAQueryIsToldInTime) {
                                       }});
     const auto unknown = [](const auto&) { return std::vector<WmiValues>{{{L"No such", Number(1)}}}; };
     repository->AddClass(kNamespace, {L"Odd", {}, {}, {}, unknown});
-    const std::tuple<const wchar_t*, HRESULT, HRESULT> cases[] = {
+    const struct {
+        const wchar_t* wql;
+        HRESULT first, second;
+    } cases[] = {
         {L"SELECT FROM", Failure(WBEM_E_INVALID_QUERY), S_OK},
         {L"SELECT * FROM None", S_OK, Failure(WBEM_E_INVALID_CLASS)},
         {L"SELECT None FROM Part", S_OK, Failure(WBEM_E_INVALID_QUERY)},
@@ -288,6 +293,7 @@ TEST_F(WmiRepositoryTest, WhatIsWrongWithAQueryIsToldInTime) {
     };
     platform::CComPtr<IWbemClassObject> object;
     for (const auto& [wql, first, second] : cases) {
+        SCOPED_TRACE(wql);
         EXPECT_EQ(Query(wql, kLater), first);
         if (SUCCEEDED(first)) {
             EXPECT_EQ(Next(object), second);
@@ -341,7 +347,12 @@ TEST_F(WmiRepositoryTest, AMethodGetsWhatIsSetAndGivesItsResults) {
 
 TEST_F(WmiRepositoryTest, AMethodRefusesWhatIsNotItsOwn) {
     const platform::CComPtr<IWbemClassObject> others = Parameters(L"Live");
-    const std::tuple<const wchar_t*, const wchar_t*, IWbemClassObject*, HRESULT> cases[] = {
+    const struct {
+        const wchar_t* path;
+        const wchar_t* method;
+        IWbemClassObject* in;
+        HRESULT code;
+    } cases[] = {
         {L"Part", L"Reset", nullptr, S_OK},
         {L"Part.No=1,Name=\"a\"", L"Reset", nullptr, S_OK},
         {L"Part", L"Reset", others, Failure(WBEM_E_INVALID_METHOD_PARAMETERS)},
@@ -351,8 +362,9 @@ TEST_F(WmiRepositoryTest, AMethodRefusesWhatIsNotItsOwn) {
         {L"Part.No=5,Name=\"a\"", L"Weigh", nullptr, Failure(WBEM_E_NOT_FOUND)},
     };
     for (const auto& [path, method, in, code] : cases) {
+        SCOPED_TRACE(testing::PrintToString(path));
         platform::CComPtr<IWbemClassObject> out;
-        EXPECT_EQ(Call(path, method, in, out), code) << testing::PrintToString(path);
+        EXPECT_EQ(Call(path, method, in, out), code);
         EXPECT_EQ(out.p, nullptr);
     }
 }

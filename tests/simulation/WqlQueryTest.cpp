@@ -137,7 +137,8 @@ TEST_F(WqlQueryTest, WhatIsNoQueryIsRefusedAndLeavesNothing) {
                                  front + Repeat("(", 1'000'000),
                                  front + "a='" + Repeat("x", 1'000'000)};
     for (const std::string& c : cases) {
-        EXPECT_EQ(m_query.Parse(ToWide(c)), Code(WBEM_E_INVALID_QUERY)) << c.substr(0, 80);
+        SCOPED_TRACE(c.substr(0, 80));
+        EXPECT_EQ(m_query.Parse(ToWide(c)), Code(WBEM_E_INVALID_QUERY));
         EXPECT_EQ(m_query.ClassName(), L"");
     }
     EXPECT_EQ(m_query.Parse(std::wstring(L"SELECT a") + wchar_t{0xD800} + L" FROM C"),

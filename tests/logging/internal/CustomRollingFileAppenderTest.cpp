@@ -52,6 +52,7 @@ TEST(CustomRollingFileAppenderSize, MovesBackupsUpToTheFirstGap) {
     const std::pair<std::string, std::string> cases[] = {
         {"------", "L-----"}, {"a-b---", "Lab---"}, {"abcde-", "Labcd-"}, {"-bcde-", "Lbcde-"}};
     for (const auto& [before, expected] : cases) {
+        SCOPED_TRACE(before);
         TempDir dir;
         const auto backup = [](std::size_t n) { return "log." + std::to_string(n + 1); };
         for (std::size_t n = 0; n < 6; ++n) {
@@ -61,7 +62,7 @@ TEST(CustomRollingFileAppenderSize, MovesBackupsUpToTheFirstGap) {
         RollingLog(dir.Path("log")).Write("entry");
         std::string after;
         for (std::size_t n = 0; n < 6; ++n) after += dir.Exists(backup(n)) ? dir.Read(backup(n))[0] : '-';
-        EXPECT_EQ(after, expected) << before;
+        EXPECT_EQ(after, expected);
         EXPECT_EQ(dir.Read("log"), Line("entry"));
     }
 }

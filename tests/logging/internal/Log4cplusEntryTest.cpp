@@ -18,7 +18,8 @@ TEST(Log4cplusEntry, LevelsMapBothWays) {
     for (const auto& [theirs, ours] : cases) EXPECT_EQ(FromLog4cplusLevel(theirs), ours) << theirs;
     for (int code = 0; code <= 5; ++code)
         EXPECT_EQ(ToLog4cplusLevel(static_cast<Level>(code)), code * 10'000);
-    for (int code : {-1, 6, 40'000}) EXPECT_EQ(ToLog4cplusLevel(static_cast<Level>(code)), std::nullopt);
+    for (int code : {-1, 6, 40'000})
+        EXPECT_EQ(ToLog4cplusLevel(static_cast<Level>(code)), std::nullopt) << code;
 }
 
 TEST(Log4cplusEntry, UnexpectedLevelCodesAreErrors) {

@@ -48,6 +48,7 @@ TEST_F(EventLogProxyTest, WhatTheSystemLacksIsToldOnceAndNothingWorks) {
     }
     events.AddChannel(kName, false);
     for (const auto& [remove, reason] : cases) {
+        SCOPED_TRACE(reason);
         Bind();
         remove();
         EventLogProxy::Initialize(log);
@@ -66,6 +67,7 @@ TEST_F(EventLogProxyTest, WhatTheSystemLacksIsToldOnceAndNothingWorks) {
 
 TEST_F(EventLogProxyTest, LibraryIsLoadedFromTheSystemsOwnFolder) {
     for (const char* const folder : {"D:\\System", "D:\\System\\"}) {
+        SCOPED_TRACE(folder);
         Bind();
         auto calls = modules.Calls();
         std::string loaded;
@@ -119,11 +121,12 @@ TEST_F(EventLogProxyTest, FailuresLeaveNothingHeld) {
         {"EvtSaveChannelConfig", {notEnabled}, {notDisabled}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.entryPoint);
         events.Reset();
         events.AddChannel(kName, false);
         log.Forget();
         events.FailNext(c.entryPoint, 5);
-        EXPECT_FALSE(Enable()) << c.entryPoint;
+        EXPECT_FALSE(Enable());
         EXPECT_EQ(log.Lines(), c.enabling);
         EXPECT_TRUE(Enable());
         log.Forget();

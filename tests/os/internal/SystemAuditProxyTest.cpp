@@ -105,11 +105,12 @@ TEST_F(SystemAuditProxyTest, LastHolderSwitchesOffWhatTheProxySwitchedOn) {
 
 TEST_F(SystemAuditProxyTest, WhatWasAuditedBeforeIsLeftAlone) {
     for (const std::uint32_t before : {1u, 2u, 3u}) {
+        SCOPED_TRACE(before);
         SetState(before);
         EXPECT_TRUE(Enable());
         EXPECT_EQ(State(), 3u);
         Disable();
-        EXPECT_EQ(State(), before == 3 ? 3u : 0u) << before;
+        EXPECT_EQ(State(), before == 3 ? 3u : 0u);
     }
 }
 
@@ -158,6 +159,7 @@ TEST_F(SystemAuditProxyTest, WhatTheSystemLacksIsToldOnce) {
         {[&] { without("AuditFree"); }, "Entry-point for AuditFree was not found"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
         Bind();
         c.remove();
         EXPECT_FALSE(Enable());
@@ -184,8 +186,9 @@ TEST_F(SystemAuditProxyTest, FailuresToEnableHoldNothing) {
          {"Failed to enable success + failure auditing on audit sub-category '" + kGuid + "' - " + text}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.call);
         policy.FailNext(c.call, kCode);
-        EXPECT_FALSE(Enable()) << c.call;
+        EXPECT_FALSE(Enable());
         EXPECT_EQ(log.Lines(ICLogger::Level::Error), c.errors);
         EXPECT_EQ(policy.GetWaits().CountWaits(), 0u);
         log.Forget();
@@ -194,6 +197,7 @@ TEST_F(SystemAuditProxyTest, FailuresToEnableHoldNothing) {
 
 TEST_F(SystemAuditProxyTest, FailuresToDisableLetGoAndAskForAReview) {
     for (const char* const call : {"openThreadToken", "AuditSetSystemPolicy"}) {
+        SCOPED_TRACE(call);
         Enable();
         log.Forget();
         policy.FailNext(call, kCode);
@@ -214,12 +218,13 @@ TEST_F(SystemAuditProxyTest, WorksWithoutNotifications) {
         {"registerWait", "failed to register wait on handle"},
         {"registerPolicyChange", "failed to register for change notifications"}};
     for (const auto& [call, reason] : cases) {
+        SCOPED_TRACE(call);
         policy.FailNext(call, kCode);
         EXPECT_TRUE(Enable());
         EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
                     ElementsAre("Cannot monitor for changes to audit policy - " + reason));
         policy.GetWaits().AwaitQuiet();
-        EXPECT_EQ(policy.CountLeftOver() + policy.GetWaits().CountEvents(), 0u) << call;
+        EXPECT_EQ(policy.CountLeftOver() + policy.GetWaits().CountEvents(), 0u);
         Disable();
         EXPECT_EQ(State(), 0u);
         log.Forget();

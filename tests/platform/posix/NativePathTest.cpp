@@ -15,7 +15,9 @@ namespace quillon::platform {
 namespace {
 
 TEST(NativePath, IsTheSystemsNameOfALibraryPath) {
-    const std::tuple<std::string, std::string, std::string> cases[] = {
+    const struct {
+        std::string path, atRoot, mounted;
+    } cases[] = {
         {R"(C:\a\b)", "/a/b", "/mnt/a/b"},
         {R"(c:/a)", "/a", "/mnt/a"},
         {"C:", "/", "/mnt/"},
@@ -53,7 +55,11 @@ TEST(NativePath, WithoutADataFolderTheTemporaryOneTakesItsPart) {
 }
 
 TEST(Wildcards, FollowTheRulesOfTheWindowsSearch) {
-    const std::tuple<const char*, const char*, bool> cases[] = {
+    const struct {
+        const char* pattern;
+        const char* name;
+        bool matches;
+    } cases[] = {
         {"????.log", "one.log", true},
         {"*", "", true},
         {"*.*", "bare", true},

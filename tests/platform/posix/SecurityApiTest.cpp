@@ -88,6 +88,7 @@ TEST_F(SecurityApi, CopyTakesTheOwnerAlong) {
 
 TEST_F(SecurityApi, WithoutEitherPrivilegeTheFileIsCopiedAndFalseReturned) {
     for (const bool hasSecurity : {true, false}) {
+        SCOPED_TRACE(hasSecurity);
         Give(hasSecurity, !hasSecurity);
         const test::RecordingLogger log;
         EXPECT_FALSE(FileSystemUtils::FileCopy(source, target));

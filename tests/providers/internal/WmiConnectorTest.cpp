@@ -87,6 +87,7 @@ TEST_F(WmiConnectorTest, UnsignedNumbersPastTheSignedRangeAreRefusedOrTexts) {
     const _variant_t past(L"18446744073709551615");
     const _variant_t list = Array(VT_BSTR, 0, {L"5", past});
     for (const auto& [type, value] : {std::pair(CIM_UINT64 + 0, past), {CIM_UINT64 | CIM_FLAG_ARRAY, list}}) {
+        SCOPED_TRACE(type);
         EXPECT_THAT([&] { Convert(type, value); },
                     testing::Throws<std::out_of_range>(testing::Property(
                         &std::exception::what, testing::StrEq("stoll argument out of range"))));
@@ -106,6 +107,7 @@ TEST_F(WmiConnectorTest, ObjectsComeInBatchesOfAHundred) {
                                            {200, {full, full}},
                                            {250, {full, full, "Processing 50 WMI objects"}}};
     for (const auto& [count, lines] : cases) {
+        SCOPED_TRACE(count);
         AddItems(count);
         log.Forget();
         table = DataTable(VariantList(Variant("old", 1)));
@@ -172,6 +174,7 @@ TEST_F(WmiConnectorTest, TheTextOfACodeHasThreeSources) {
         {false, 0x80050000, L"WMI error 0x80050000 - Unknown error 0x80050000"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         hasMessages = c.hasMessages;
         repository.FailNext(WmiCall::ExecQuery, static_cast<HRESULT>(c.code));
         EXPECT_FALSE(connector.ExecuteQuery("SELECT * FROM Item", &table));
@@ -192,6 +195,7 @@ TEST_F(WmiConnectorTest, AConnectionFailsByStepsAndGivesTheFormerUp) {
         {WmiCall::SetProxyBlanket, "setting COM proxy blanket", {}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.context);
         log.Forget();
         repository.FailNext(c.call, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
         EXPECT_FALSE(connector.TryConnect("ROOT\\test"));
@@ -249,6 +253,7 @@ TEST_F(WmiConnectorTest, OneTextIsHadFromAClassOfOneObject) {
         {1, "Number", "", {"Number FROM Item is not a string"}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.property);
         AddItems(c.items);
         log.Forget();
         EXPECT_EQ(WmiConnector::GetStringFromWmi("Item", c.property, kNamespace), c.expected);

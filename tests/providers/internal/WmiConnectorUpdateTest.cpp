@@ -77,6 +77,7 @@ TEST_F(WmiConnectorUpdateTest, APropertysTypeDecidesWhatIsPut) {
          "CIM_DATETIME = value VT_BSTR[20260131183000.000000+000]", "20260131183000.000000+000"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.made);
         repository.AddClass(kNamespace, {L"One", {{L"K", CIM_STRING, L"k"}, {L"P", c.type, {}}}, {L"K"}});
         repository.AddInstance(kNamespace, L"One", {});
         const DataTable values{VariantList(c.value)};
@@ -113,6 +114,7 @@ TEST_F(WmiConnectorUpdateTest, AFailureOrAnUnusableTableChangesNothing) {
         {nullptr, {}, "a row of a value for each column", nullptr},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.error);
         log.Forget();
         if (c.failing) repository.FailNext(*c.failing, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
         EXPECT_FALSE(connector.ExecuteUpdateAll(L"SELECT * FROM Item", c.updates, &table));
@@ -166,6 +168,7 @@ TEST_F(WmiConnectorMethodTest, EachFailingCallIsNamed) {
         {WmiCall::Next, "enumerating WMI result"},
     };
     for (const auto& [call, context] : cases) {
+        SCOPED_TRACE(context);
         repository.FailNext(call, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
         EXPECT_FALSE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, {}, &table));
         EXPECT_THAT(log.Lines(Level::Error).back(), testing::HasSubstr(context));

@@ -149,6 +149,7 @@ TEST(WmiFacts, TheMachineIsAsTheSystemCallsTell) {
     const Row computer = Query(ComputerSystemClass(), {}).at(0);
     EXPECT_EQ(computer.at("NumberOfLogicalProcessors"), std::to_string(std::thread::hardware_concurrency()));
     for (const Row& disk : Query(LogicalDiskClass(), {L"Size", L"DriveType"})) {
+        SCOPED_TRACE(disk.at("DeviceID"));
         if (disk.at("DeviceID") != "C:") continue;
         EXPECT_EQ(disk.at("Size"), std::to_string(space.f_blocks * space.f_frsize));
     }
@@ -168,6 +169,7 @@ TEST(WmiFacts, DatesAreLocalWithTheirOffset) {
     const std::string before = zone == nullptr ? "" : zone;
     for (const auto& [name, expected] : {std::pair("AAA-5:30", "20010909071640.123456+330"),
                                          std::pair("BBB+3", "20010908224640.123456-180")}) {
+        SCOPED_TRACE(name);
         ::setenv("TZ", name, 1);
         EXPECT_EQ(TextOf(WmiFact(1'000'000'000'123'456LL).As(CIM_DATETIME)), expected);
     }

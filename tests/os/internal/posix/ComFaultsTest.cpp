@@ -13,12 +13,17 @@ using simulation::Com;
 // The real one hardly ever fails.
 TEST(ComFaults, AreLoggedElseWrittenToStandardError) {
     Com& com = simulation::TheCom();
-    const std::tuple<void (Com::*)(std::int32_t), std::string, int> cases[] = {
+    const struct {
+        void (Com::*fail)(std::int32_t);
+        std::string text;
+        int references;
+    } cases[] = {
         {&Com::FailNextInitialize, "Could not initialize COM, failed with: ", 0},
         {&Com::FailNextSecurity, "Could not initialize COM security, failed with: ", 1},
     };
     for (const auto& [fail, text, references] : cases) {
         const std::string message = text + "(-2147221164/0X80040154) Class not registered ";
+        SCOPED_TRACE(text);
         std::thread([&com, &message, fail = fail, references = references] {  // it is per thread
             (com.*fail)(static_cast<std::int32_t>(0x80040154));
             {
