@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 #include <mutex>
@@ -39,8 +40,12 @@ public:
 
 private:
     QUILLON_PRINTF(3, 0) void Write(Level level, const char* format, std::va_list arguments) override {
-        std::string text(100'000, '\0');
-        text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, arguments)));
+        std::va_list again;
+        va_copy(again, arguments);
+        const int length = std::vsnprintf(nullptr, 0, format, again);
+        va_end(again);
+        std::string text(length < 0 ? 0U : static_cast<std::size_t>(length), '\0');
+        std::vsnprintf(text.data(), text.size() + 1, format, arguments);
         std::error_code ignored;
         static_cast<void>(std::filesystem::exists("?/no such folder", ignored));
         const std::lock_guard lock(m_mutex);

@@ -42,7 +42,14 @@ TempDir::TempDir() {
 }
 
 TempDir::~TempDir() {
-    std::error_code ignored;
+    std::error_code failed, ignored;
+    fs::remove_all(m_path, failed);
+    if (!failed) return;
+    constexpr auto kHow = fs::perm_options::add | fs::perm_options::nofollow;
+    fs::permissions(m_path, fs::perms::owner_all, kHow, ignored);
+    for (auto entry = fs::recursive_directory_iterator(m_path, ignored);
+         entry != fs::recursive_directory_iterator(); entry.increment(ignored))
+        fs::permissions(entry->path(), fs::perms::owner_all, kHow, ignored);
     fs::remove_all(m_path, ignored);
 }
 
