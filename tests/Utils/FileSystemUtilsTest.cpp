@@ -5,7 +5,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <tuple>
 
 #include "support/RecordingLogger.h"
 #include "support/System.h"

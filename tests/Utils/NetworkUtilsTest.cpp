@@ -4,7 +4,6 @@
 
 #include <array>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 

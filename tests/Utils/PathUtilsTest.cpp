@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <string>
-#include <tuple>
 
 namespace quillon {
 namespace {

@@ -4,7 +4,6 @@
 #include <map>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 
 #include "quillon/IWindowsTerminalServicesService.h"
 #include "quillon/OperatingSystemPowerNotification.h"

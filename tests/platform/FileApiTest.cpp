@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <tuple>
 
 #include "platform/ErrorText.h"
 #include "platform/FolderWalk.h"

@@ -4,11 +4,8 @@
 
 #include <csignal>
 #include <fstream>
-#include <system_error>
 
 #include "platform/ErrorText.h"
-#include "providers/CommandOutput.h"
-#include "providers/CommandRun.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
@@ -91,51 +88,6 @@ TEST(ProcessApi, LeavesNoZombies) {
     while (std::filesystem::exists(entry)) {
         auto next = ChildProcess::Start(RequestOf("true"));  // letting one go reaps the others
         ASSERT_TRUE(next);
-    }
-}
-
-TEST(CommandRun, RunsOutOfHandlesInAnOrderlyWay) {
-    if (kWindows) GTEST_SKIP() << "the number of handles has no limit on Windows";
-    if (kSanitized) GTEST_SKIP() << "the sanitizer itself fails without descriptors";
-    RecordingLogger log;
-    const auto props = CommandOf("cmd /c ulimit -n 40; " + ChildCommand("starved"), log);
-    EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
-    // No event, no output file or process, and then enough.
-    EXPECT_THAT(props->outputTable.GetFirstRow()->Get("Output").GetStringValue(),
-                testing::MatchesRegex("-3 (1 )+(0 )*0"));
-}
-
-TEST(CommandRun, ReportsThatNoThreadIsToBeHad) {
-    const std::error_code invalid = std::make_error_code(std::errc::invalid_argument);
-    const std::pair<std::error_code, std::string> cases[] = {
-        {std::make_error_code(std::errc::resource_unavailable_try_again), "no thread resources available"},
-        {invalid, "system error: " + invalid.message()}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.second);
-        RecordingLogger log;
-        const auto props = CommandOf("x", log);
-        const auto refuse = [&c](const auto&) -> std::thread { throw std::system_error(c.first); };
-        EXPECT_EQ(RunCommand(props, refuse), -3);
-        EXPECT_THAT(log.Lines(), ElementsAre("Cannot run command 'x' because " + c.second));
-        EXPECT_EQ(props->abortEvent, nullptr);
-        EXPECT_EQ(props->resultCode, -4);
-    }
-}
-
-TEST(CommandOutput, LinesLoseTheirEndsOnly) {
-    const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"", {}},
-        {"a\r\nb", {"4|a|0", "4|b|1"}},
-        {"\n\nx", {"4||0", "4||1", "4|x|2"}},
-        {"a\v\f\r\r\n \tb ", {"4|a\v|0", "4| \tb |1"}},
-        {std::string("a\0b\nc", 5), {std::string("4|a\0b|0", 7), "4|c|1"}}};
-    for (const auto& [text, expected] : cases) {
-        SCOPED_TRACE(text);
-        DataTable table;
-        AddOutputRows(text, 4, true, table);
-        std::vector<std::string> lines;
-        for (const VariantList& row : table) lines.push_back(row.ToString("|", nullptr));
-        EXPECT_EQ(lines, expected);
     }
 }
 

@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <tuple>
 
 #include "platform/ole/OleTypes.h"
 #include "quillon/DateTimeUtils.h"

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include "platform/FileApi.h"
 #include "platform/posix/Wildcards.h"
 #include "quillon/DestructorFunctor.h"

@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "content/FileUrl.h"
-#include "content/RemoteName.h"
 #include "host/Host.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/StringUtils.h"
@@ -15,7 +13,6 @@ namespace quillon::test {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -79,91 +76,6 @@ struct DisabledContentTest : ContentTest {
 };
 
 }  // namespace
-
-TEST(ContentNames, AreTakenOnlyWhenTheyAreThoseOfAPlainFileOnBothSystems) {
-    const RecordingLogger log;
-    const std::string longest(255, 'n'), tooLong(256, 'n');
-    for (const std::string name :
-         {"a", "sub\\b.bin", "a/b\\c", "..a", "a..b", ".hidden", "a b", "com", "com10", "console", "nula.txt",
-          "\xC3\xA9", "COM\xC2\xB4", longest.c_str()})
-        EXPECT_STREQ(agent::ReadRemoteName(name).fault, "") << name;
-    EXPECT_THAT(agent::ReadRemoteName("a/b\\c").components, ElementsAre("a", "b", "c"));
-    for (const std::string name : {"",
-                                   ".",
-                                   "..",
-                                   "..\\a",
-                                   "a\\..\\b",
-                                   "a/../../b",
-                                   "a\\.",
-                                   "\\a",
-                                   "/etc/a",
-                                   "a\\",
-                                   "a\\\\b",
-                                   "C:\\a",
-                                   "C:a",
-                                   "\\\\server\\share\\a",
-                                   "//server/a",
-                                   "\\\\?\\C:\\a",
-                                   "\\??\\C:\\a",
-                                   "a:stream",
-                                   "a::$DATA",
-                                   "CON",
-                                   "nul.txt",
-                                   "sub\\Aux",
-                                   "COM1",
-                                   "lpt9.a.b",
-                                   "COM\xC2\xB9",
-                                   "com\xC2\xB2.x",
-                                   "LPT\xC2\xB3",
-                                   "CONIN$",
-                                   "conout$.x",
-                                   "nul .txt",
-                                   "PRN\\a",
-                                   "CLOCK$",
-                                   "a.",
-                                   "a ",
-                                   "...",
-                                   "sub.\\a",
-                                   "sub \\a",
-                                   "a\tb",
-                                   "a\nb",
-                                   "a\x7F",
-                                   "a*",
-                                   "a?b",
-                                   "a<b",
-                                   "a>b",
-                                   "a|b",
-                                   "\xFF",
-                                   "a\xC3",
-                                   "\xC0\xAE\xC0\xAE\\a",
-                                   "\xED\xA0\x80",
-                                   tooLong.c_str()})
-        EXPECT_STRNE(agent::ReadRemoteName(name).fault, "") << name;
-    EXPECT_STRNE(agent::ReadRemoteName(std::string("a\0b", 3)).fault, "");
-    std::string deep = "a";
-    while (deep.size() <= 2048) deep += "\\a";
-    EXPECT_STREQ(agent::ReadRemoteName(deep).fault, "is too long");
-}
-
-TEST(ContentUrls, NameFilesOfThisMachineOnly) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"file:///C:/a%20b/c", "C:\\a b\\c"},
-        {"FILE://localhost/srv/a", "\\srv\\a"},
-        {"file:///c:", "c:"},
-        {"file:///", "\\"},
-        {"file://server/a", ""},
-        {"file:////server/a", ""},
-        {"file:///%5Cserver/a", ""},
-        {"file:///a%00b", ""},
-        {"file:///a?b", ""},
-        {"file:///a#b", ""},
-        {"file:a", ""},
-        {"http://localhost/a", ""},
-        {"C:\\a", ""},
-        {"", ""},
-    };
-    for (const auto& [url, path] : cases) EXPECT_EQ(agent::PathOfFileUrl(url), path) << url;
-}
 
 TEST_F(ContentTest, DownloadsAFolderThroughTheWrapper) {
     const std::string large(3'000'000, 'x');

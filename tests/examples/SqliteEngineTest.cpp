@@ -5,7 +5,6 @@
 #include <limits>
 #include <optional>
 
-#include "host/Host.h"
 #include "quillon/DataTableIO.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "sql/SqliteEngine.h"
@@ -299,36 +298,6 @@ TEST_F(StoreTest, KeepsWhatWasCommittedWhenTheProcessIsKilled) {
     const auto kept = Query(store, "SELECT max(n) FROM t").begin()->Get(0).GetLongLongValue();
     EXPECT_GE(kept, told);
     EXPECT_EQ(Csv(store, "SELECT count(DISTINCT n) n FROM t"), "n\n" + std::to_string(kept) + '\n');
-}
-
-TEST(StoreModule, SavesQueriesAndLists) {
-    const TempDir dir;
-    const agent::Host host({}, dir.Path("stores"));
-    const auto run = [&host](const std::string& method, const std::vector<std::string>& arguments) {
-        const InvocationResult result = host.Run("Store." + method, arguments);
-        std::string text = result.errorMessage + ToCsv(result.resultTable);
-        std::erase(text, '\r');
-        return std::to_string(result.resultCode) + '|' + text;
-    };
-    const std::string heading = "0|Database,Table,Rows", print = ChildCommand("print", {"a 1|b 2", "0"});
-    std::vector<std::string> save{"database=Inv", "table=T x", "command=" + print, "columns=N S:integer"};
-    const std::vector<std::string> query{"database=INV", "sql=SELECT * FROM [T x]"};
-    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,2,true\n");
-    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,2,false\n");
-    EXPECT_EQ(run("Query", query), "0|N,S\na,1\nb,2\na,1\nb,2\n");
-    EXPECT_EQ(run("List", {}), heading + "\ninv,T x,4\n");
-    save[3] = "replace=true";
-    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,2,true\n");
-    EXPECT_EQ(run("Query", query), "0|ExitCode,LineNumber,Output\n0,0,a 1\n0,1,b 2\n");
-    save[3] = "columns=N";
-    EXPECT_EQ(run("Save", save), "3|Could not save table 'T x' in database 'Inv'");
-    EXPECT_EQ(run("Query", {"database=none", query[1]}), "2|There is no database 'none'");
-    save[2] = "wql=SELECT Name FROM Win32_ComputerSystem";
-    save[3] = "replace=true";
-    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,1,true\n");
-    EXPECT_THAT(run("Query", query), StartsWith("0|Name\n"));
-    save[3] = "command=" + print;
-    EXPECT_EQ(run("Save", save), "2|Either 'command' or 'wql' must be given");
 }
 
 }  // namespace quillon::test

@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <tuple>
 
 #include "quillon/FileSystemUtils.h"
 #include "support/RecordingLogger.h"

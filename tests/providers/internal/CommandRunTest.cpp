@@ -1,0 +1,44 @@
+#include "providers/CommandRun.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
+#include "support/System.h"
+
+namespace quillon::test {
+
+TEST(CommandRun, RunsOutOfHandlesInAnOrderlyWay) {
+    if (kWindows) GTEST_SKIP() << "the number of handles has no limit on Windows";
+    if (kSanitized) GTEST_SKIP() << "the sanitizer itself fails without descriptors";
+    RecordingLogger log;
+    const auto props = CommandOf("cmd /c ulimit -n 40; " + ChildCommand("starved"), log);
+    EXPECT_EQ(ProcessUtils::RunCliCommand(props), 0);
+    // No event, no output file or process, and then enough.
+    EXPECT_THAT(props->outputTable.GetFirstRow()->Get("Output").GetStringValue(),
+                testing::MatchesRegex("-3 (1 )+(0 )*0"));
+}
+
+TEST(CommandRun, ReportsThatNoThreadIsToBeHad) {
+    const std::error_code invalid = std::make_error_code(std::errc::invalid_argument);
+    const std::pair<std::error_code, std::string> cases[] = {
+        {std::make_error_code(std::errc::resource_unavailable_try_again), "no thread resources available"},
+        {invalid, "system error: " + invalid.message()}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.second);
+        RecordingLogger log;
+        const auto props = CommandOf("x", log);
+        const auto refuse = [&c](const auto&) -> std::thread { throw std::system_error(c.first); };
+        EXPECT_EQ(RunCommand(props, refuse), -3);
+        EXPECT_THAT(log.Lines(), testing::ElementsAre("Cannot run command 'x' because " + c.second));
+        EXPECT_EQ(props->abortEvent, nullptr);
+        EXPECT_EQ(props->resultCode, -4);
+    }
+}
+
+}  // namespace quillon::test
