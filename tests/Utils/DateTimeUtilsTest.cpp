@@ -189,8 +189,7 @@ TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
         const char* what;
         double ole;
         std::int64_t ticks;
-        const char* text;
-        const char* localText;
+        const char *text, *localText;
     } cases[] = {
         {"rounds to seconds", 42500.999999, 14'629'248'000'000'000, "2016-05-11T00:00:00.000+00:00",
          "2016-05-11T00:00:00.000+00:00"},

@@ -148,8 +148,7 @@ TEST(StringUtilsSearch, FindsTheFirstMatchInAnyCase) {
 
 TEST(StringUtilsSearch, ComparesDottedVersionsAsNumbersWhereTheyAre) {
     const struct {
-        const char* a;
-        const char* b;
+        const char *a, *b;
         bool equal;
     } cases[] = {
         {"10.0.1", "10.00.01", true},

@@ -97,8 +97,7 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
     const std::string flood = Command("print", {"round and round", "1", "-1"});
     const struct {
         Arguments arguments;
-        const char* output;
-        const char* message;
+        const char *output, *message;
     } cases[] = {
         {{Command("print", {"broken", "7"})}, "7  broken", "Command ended with exit code 7"},
         {{"command=no-such-program"}, "1", "Could not run command 'no-such-program'"},

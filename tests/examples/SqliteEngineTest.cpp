@@ -177,8 +177,7 @@ TEST_F(StoreTest, FailsWholeAndOnceWhenTheDatabaseCannotBeWritten) {
     for (int i = 0; i < 14; ++i) table += DataTable(table);
     const struct {
         Store& who;
-        const char* break_;
-        const char* mend;
+        const char *break_, *mend;
         const char* message;
     } cases[] = {
         {other, "BEGIN IMMEDIATE", "COMMIT", "database is locked"},

@@ -33,8 +33,7 @@ TEST(DateTimeUtilsFileTime, ConvertsTheWholeRange) {
         std::uint64_t ticks;
         long long seconds;
         std::int64_t pointTicks;
-        const char* iso;
-        const char* json;
+        const char *iso, *json;
     } cases[] = {
         {0, -11644473600, -116'444'736'000'000'000, "1601-01-01T00:00:00.000Z", ""},
         {116'444'736'000'000'000, 0, 0, "1970-01-01T00:00:00.000Z", "1970-01-01T00:00:00.000+00:00"},

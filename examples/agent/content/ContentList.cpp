@@ -3,9 +3,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include "cli/ShownText.h"
+#include "common/Failure.h"
+#include "common/ShownText.h"
 #include "content/RemoteName.h"
-#include "modules/Module.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/LsZFile.h"
 #include "quillon/PathUtils.h"

@@ -5,12 +5,12 @@
 #include <utility>
 #include <vector>
 
-#include "cli/ShownText.h"
+#include "common/Failure.h"
+#include "common/ShownText.h"
 #include "content/ContentCopy.h"
 #include "content/ContentList.h"
 #include "content/FileUrl.h"
 #include "content/RemoteName.h"
-#include "modules/Module.h"
 #include "quillon/ICLogger.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"

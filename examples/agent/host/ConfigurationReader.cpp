@@ -8,7 +8,7 @@
 #include <set>
 #include <utility>
 
-#include "cli/ShownText.h"
+#include "common/ShownText.h"
 #include "host/SettingRules.h"
 
 namespace quillon::agent {

@@ -34,16 +34,6 @@ Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introd
     return {std::move(metadata), std::move(run)};
 }
 
-bool Fail(std::int32_t code, const std::string& message, InvocationResult& result) {
-    result.resultCode = code;
-    result.errorMessage = message;
-    return false;
-}
-
-bool RefuseParameter(const std::string& message, InvocationResult& result) {
-    return Fail(InvocationResult::kBadParameter, message, result);
-}
-
 std::unique_ptr<IModule> MakeModule(std::vector<Method> methods) {
     return std::make_unique<FixedModule>(std::move(methods));
 }

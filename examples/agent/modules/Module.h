@@ -1,11 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
-#include <string>
 #include <vector>
 
+#include "common/Failure.h"
 #include "quillon/IMethodMetadata.h"
 #include "quillon/IMethodMetadataBuilder.h"
 #include "quillon/InvocationResult.h"
@@ -26,11 +25,6 @@ struct Method {
 /// The method exists on Windows and Linux, since `introduced`. Texts are literals.
 Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
                   const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run);
-
-/// Ends an invocation with a code and what is wrong; false.
-bool Fail(std::int32_t code, const std::string& message, InvocationResult& result);
-/// The same for a bad parameter: code 2.
-bool RefuseParameter(const std::string& message, InvocationResult& result);
 
 /// A family of methods.
 class IModule {

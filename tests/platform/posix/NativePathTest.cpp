@@ -54,8 +54,7 @@ TEST(NativePath, WithoutADataFolderTheTemporaryOneTakesItsPart) {
 
 TEST(Wildcards, FollowTheRulesOfTheWindowsSearch) {
     const struct {
-        const char* pattern;
-        const char* name;
+        const char *pattern, *name;
         bool matches;
     } cases[] = {
         {"????.log", "one.log", true},

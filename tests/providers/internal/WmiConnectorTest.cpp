@@ -242,8 +242,7 @@ TEST_F(WmiConnectorTest, AVisitorMayStopOrThrow) {
 TEST_F(WmiConnectorTest, OneTextIsHadFromAClassOfOneObject) {
     const struct {
         int items;
-        const char* property;
-        const char* expected;
+        const char *property, *expected;
         std::vector<std::string> errors;
     } cases[] = {
         {1, "Name", "item0", {}},

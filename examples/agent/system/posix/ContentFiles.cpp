@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "content/TemporaryName.h"
+#include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
 #include "system/SystemPath.h"
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include "content/TemporaryName.h"
+#include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/StringUtils.h"
 

@@ -1,4 +1,4 @@
-#include "cli/ShownText.h"
+#include "common/ShownText.h"
 
 #include <cstddef>
 

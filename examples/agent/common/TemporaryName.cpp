@@ -1,4 +1,4 @@
-#include "content/TemporaryName.h"
+#include "common/TemporaryName.h"
 
 #include <random>
 

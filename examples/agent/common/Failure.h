@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "quillon/InvocationResult.h"
+
+namespace quillon::agent {
+
+/// Writes a code and a message for people (UTF-8) into the result. Returns false.
+bool Fail(std::int32_t code, const std::string& message, InvocationResult& result);
+/// Does the same with the code of a bad parameter.
+bool RefuseParameter(const std::string& message, InvocationResult& result);
+
+}  // namespace quillon::agent
