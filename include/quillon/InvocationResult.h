@@ -7,7 +7,8 @@
 
 namespace quillon {
 
-/// The host's record of how one method invocation ended; the library fills it in place.
+/// Holds how the invocation of one method ended. The host makes and owns it; the method and the
+/// library write into it, on the thread of the invocation.
 struct InvocationResult {
     /// Values of resultCode. The library writes 0 and 2 to 5; a host and its modules use the others
     /// in the same sense, and may add codes above 7.
@@ -22,9 +23,10 @@ struct InvocationResult {
         kContentDiffers = 7,         ///< a downloaded file is not what its list says
     };
 
+    /// Holds what the method returns, one row for each item; it has no rows when the method failed early.
     DataTable resultTable;
     std::int32_t resultCode = kSucceeded;
-    /// For people, UTF-8; empty when there is none.
+    /// Says to people, in UTF-8, why the invocation failed; empty when it did not.
     std::string errorMessage;
 };
 

@@ -11,16 +11,28 @@
 
 namespace quillon {
 
-/// The library's own builders, for the host, which makes the first and registers
-/// factories for the other two with ServiceLocator::AddFactory. Every parameter or
-/// column builder describes one item: a factory makes a fresh one each time.
+/// Implements IMethodMetadataBuilder for the host, which makes one builder for each method and
+/// registers factories for the two builders below. An operation other than Build() throws
+/// std::logic_error after Build().
+///
+/// @code
+/// ServiceLocator::AddFactory<IMethodParameterBuilder>(
+///     [] { return new MethodParameterBuilder; }, [](IMethodParameterBuilder* used) { delete used; });
+/// ServiceLocator::AddFactory<IMethodColumnBuilder>(
+///     [] { return new MethodColumnBuilder; }, [](IMethodColumnBuilder* used) { delete used; });
+/// MethodMetadataBuilder builder;
+/// builder.MethodName("Host.Ping");
+/// const std::unique_ptr<IMethodMetadata> method = builder.Build();
+/// @endcode
 class QUILLON_API MethodMetadataBuilder : public IMethodMetadataBuilder {
 public:
+    /// Starts the description of a method.
     MethodMetadataBuilder();
     ~MethodMetadataBuilder() override;
     MethodMetadataBuilder(const MethodMetadataBuilder&) = delete;
     MethodMetadataBuilder& operator=(const MethodMetadataBuilder&) = delete;
 
+    /// Implement IMethodMetadataBuilder; a second Build() returns null.
     void Undocumented() override;
     void MethodName(const char* name) override;
     IMethodMetadataBuilder& Description(const char* text) override;
@@ -44,14 +56,19 @@ private:
     std::unique_ptr<State> m_state;
 };
 
+/// Implements IMethodParameterBuilder. A builder describes one parameter, so a factory makes a fresh
+/// one each time. Setters of the type, texts, versions and default throw std::logic_error after
+/// BindParameter(), which itself throws it without a metadata builder.
 class QUILLON_API MethodParameterBuilder : public IMethodParameterBuilder {
 public:
+    /// Starts a parameter without a type.
     MethodParameterBuilder();
     /// Frees a parameter that was never bound.
     ~MethodParameterBuilder() override;
     MethodParameterBuilder(const MethodParameterBuilder&) = delete;
     MethodParameterBuilder& operator=(const MethodParameterBuilder&) = delete;
 
+    /// Implement IMethodParameterBuilder.
     void MetadataBuilder(IMethodMetadataBuilder& builder) override;
     void Name(const char* name) override;
     void Type(const std::type_info& type) override;
@@ -73,14 +90,17 @@ private:
     std::unique_ptr<MethodParameter> m_parameter;
 };
 
+/// Implements IMethodColumnBuilder for one column, as MethodParameterBuilder does for a parameter.
 class QUILLON_API MethodColumnBuilder : public IMethodColumnBuilder {
 public:
+    /// Starts a column without a type.
     MethodColumnBuilder();
     /// Frees a column that was never bound.
     ~MethodColumnBuilder() override;
     MethodColumnBuilder(const MethodColumnBuilder&) = delete;
     MethodColumnBuilder& operator=(const MethodColumnBuilder&) = delete;
 
+    /// Implement IMethodColumnBuilder.
     void MetadataBuilder(IMethodMetadataBuilder& builder) override;
     void Name(const char* name) override;
     IMethodColumnBuilder& Description(const char* text) override;

@@ -8,11 +8,13 @@
 
 namespace quillon {
 
-/// One call's parameters, made by the host and read by the library.
+/// Holds the parameters of one call, which the host makes and the library and the method read. The
+/// host keeps it, unchanged, until the method has returned.
 struct MethodParameters {
-    /// In the caller's order; a value without a name is anonymous.
+    /// Holds the scalar parameters in the caller's order; a value without a name is anonymous.
     VariantList scalars;
-    /// Not owned; the empty name is an anonymous table.
+    /// Holds the table parameters by their names; the empty name is an anonymous table. The tables
+    /// belong to the host.
     std::map<std::string, const DataTable*> tables;
 };
 

@@ -12,42 +12,60 @@
 
 namespace quillon {
 
+/// Says how one binding ended.
 enum class ParameterBindingResult : std::int32_t { Success = 0, Missing = 1, WrongType = 2 };
 
-/// Checks one call's parameters against a method's typed variables and fills
-/// them. Declare each variable, then call Bind once; parameters and targets must
-/// outlive it. Bind never throws for bad input: the first problem found sets
-/// result code 2 and one message.
+/// Checks the parameters of one call against a method's typed variables and fills the variables.
+/// Declare each variable, then call Bind(); the parameters and the variables, which are not owned,
+/// must live until then. Names are compared byte by byte. One thread uses a binder.
+///
+/// @code
+/// void Count(const MethodParameters& parameters, InvocationResult& result) {
+///     std::string path;
+///     bool recursive = false;
+///     ParameterBinder binder(parameters, false, false);
+///     binder.AddMandatoryBinding("path", path);
+///     binder.AddOptionalBinding("recursive", recursive);
+///     if (!binder.Bind(result)) return;  // the result says what is wrong with the call
+///     result.resultTable.AddRow(VariantList(Variant("Path", path), Variant("Recursive", recursive)));
+/// }
+/// @endcode
 class QUILLON_API ParameterBinder {
 public:
+    /// Starts without bindings. `allowAnonymous` accepts parameters without a name, and
+    /// `allowUndefined` those without a binding as well.
     ParameterBinder(const MethodParameters& parameters, bool allowAnonymous, bool allowUndefined);
     ~ParameterBinder();
     ParameterBinder(const ParameterBinder&) = delete;
     ParameterBinder& operator=(const ParameterBinder&) = delete;
 
-    /// T is std::string, long long, double, bool or const DataTable*. A second
-    /// binding under a name replaces the first. Texts accept time points as ISO
-    /// 8601, integers booleans, booleans integers, doubles integers; a table of one
-    /// row and one cell stands for its scalar.
+    /// Declares a variable; T is std::string, long long, double, bool or const DataTable*. A second
+    /// binding under a name replaces the first. A text accepts time points as ISO 8601, an integer
+    /// booleans, a boolean integers, a double integers; a table of one row and one cell stands for
+    /// its scalar.
     template <class T>
     void AddBinding(const std::string& name, T* target, bool optional);
-    /// When the parameter cannot be bound a scalar target is reset.
+    /// Declares a variable that the call must give. When that fails, a scalar target becomes empty,
+    /// 0 or false.
     template <class T>
     void AddMandatoryBinding(const std::string& name, T& target) {
         AddBinding(name, &target, false);
     }
-    /// When the parameter is absent the target keeps its value.
+    /// Declares a variable that keeps its value when the parameter is absent.
     template <class T>
     void AddOptionalBinding(const std::string& name, T& target) {
         AddBinding(name, &target, true);
     }
 
-    /// When the parameter is absent the target is reset.
+    /// Declares a variable that holds nothing when the parameter is absent or of another type.
     template <class T>
     void AddOptionalBinding(const std::string& name, std::optional<T>& target);
 
-    /// True when every check passed: bindings in ascending order of names, then
-    /// parameters without a binding, then names given more than once.
+    /// Fills the variables and returns true; or sets result code 2 and the message of the first
+    /// failure, and returns false. The order is: bindings by ascending names ("Missing parameter
+    /// '...'", "Value is wrong data-type for parameter '...'"), parameters without a binding, names
+    /// given more than once. A value of another type also logs the Error entry of its getter
+    /// (Variant.h). Nothing is thrown for a faulty call.
     bool Bind(InvocationResult& result) const;
 
 private:
