@@ -4,7 +4,7 @@
 
 namespace quillon {
 
-/// The agent's two local databases.
+/// Names the agent's two local databases, for SqlApplicationDataStore.
 class QUILLON_API DatabaseNames {
 public:
     DatabaseNames() = delete;

@@ -12,20 +12,34 @@ namespace quillon {
 class ICLogger;
 class ISqliteDatabase;
 
-/// The store over the SQL engine that is registered with ServiceLocator. Without an
-/// engine, or when it cannot open the database, construction warns, and from then on
-/// every operation does nothing and answers false. A new table whose own or whose
-/// column's name cannot stand between brackets (it is empty or holds ']' or a zero
-/// byte) is refused before any SQL runs, as if the engine had refused it. What is
-/// left of the temporary tables when the store ends is reported at Warn. A store whose engine was
-/// unregistered leaves its database to that engine; it must not be used once the engine is gone, but may end.
+/// Implements IApplicationDataStore over the SQL engine that the host has registered
+/// (ISqliteInstance.h). Without an engine, or when it cannot open the database, every operation does
+/// nothing and returns false, or its argument where it returns a text. A new table is refused before
+/// any SQL runs when its name or a column's cannot stand between brackets: it is empty or holds ']' or
+/// a NUL. What an engine throws reaches the caller.
+///
+/// @code
+/// // #include "quillon/DatabaseNames.h"
+/// SqlApplicationDataStore store(DatabaseNames::InventoryDatabaseName);
+/// const std::string sql = "SELECT Name FROM " + store.QuoteTableName("Seen");
+/// DataTable found;
+/// if (store.ExecuteQuery(sql, found)) std::cout << found;
+/// @endcode
 class QUILLON_API SqlApplicationDataStore : public IApplicationDataStore {
 public:
+    /// Opens the database, which it makes when there is none, and logs that at Debug; a failure is the
+    /// Warn entry "Local database services not available; %s storage will not be possible". The
+    /// registered logger is kept and must live as long.
     explicit SqlApplicationDataStore(const std::string& databaseName);
+    /// Closes the database and logs one Warn entry for each temporary table that is left. A database
+    /// whose engine is registered no more is left to that engine. Nothing is thrown.
     ~SqlApplicationDataStore() override;
     SqlApplicationDataStore(const SqlApplicationDataStore&) = delete;
     SqlApplicationDataStore& operator=(const SqlApplicationDataStore&) = delete;
 
+    /// Implement IApplicationDataStore. A table that EnsureTableExists() cannot make gives the Warn
+    /// entry "Could not create table '%s' for %s storage"; a temporary table that is there already is
+    /// dropped with a Debug entry. A prefixed temporary name begins with "temp.".
     bool AddToTable(const std::string& tableName, DataTable& table) override;
     bool WriteDataToTempTable(const std::string& tableName, const DataTable& table) override;
     void DeleteTempTable(const std::string& tableName) override;
