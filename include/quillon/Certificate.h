@@ -13,25 +13,35 @@
 
 namespace quillon {
 
-/// An X.509 certificate that somebody else wrote: nothing in it is checked but its form. Copies share one
-/// context. Any thread; nothing is logged. Paths and texts are UTF-8.
+/// Holds one X.509 certificate that comes from outside: only its form is checked, neither signatures
+/// nor dates nor trust. Copies share one context. Thread-safe; nothing is logged. Paths and texts are
+/// UTF-8.
+///
+/// @code
+/// std::vector<Certificate> certificates;
+/// if (Certificate::ReadFile("C:\\certificates\\roots.pem", certificates)) {
+///     for (const Certificate& one : certificates) std::cout << one.Subject() << '\n';
+/// }
+/// @endcode
 class QUILLON_API Certificate {
 public:
-    /// The certificate at the beginning of `bytes`, in DER or as a PEM block; nothing when there is none.
+    /// Returns the certificate at the beginning of `bytes`, in DER or as a PEM block; nothing when there
+    /// is none.
     static std::optional<Certificate> Parse(std::string_view bytes);
-    /// Appends the certificate in DER, or every one in PEM, of a file of up to 16 MiB. What is in it besides,
-    /// or is malformed, is left out. False when it cannot be read.
+    /// Appends the certificate in DER, or every one in PEM, of a file of up to 16 MiB. Other
+    /// content, and what is malformed, is left out. Returns false, and appends nothing, when the file
+    /// cannot be read or is larger.
     static bool ReadFile(const std::string& path, std::vector<Certificate>& certificates);
-    /// Appends the certificates of one of the computer's stores, such as L"Root". False when there is no such
-    /// store; there are none outside Windows.
+    /// Appends the certificates of one of the computer's stores, such as L"Root". Returns false when there is
+    /// no such store; there are none outside Windows.
     static bool ReadStore(const std::wstring& storeName, std::vector<Certificate>& certificates);
 
-    /// What CertificateUtils takes; lives as long as a copy of this.
+    /// Returns the context for CertificateUtils; it is valid as long as this object or a copy of it.
     const CERT_CONTEXT* Context() const { return m_context.get(); }
-    /// As CertificateUtils::GetCertBlobInfo().
+    /// Return the names in X.500 form, as CertificateUtils::GetCertBlobInfo() does.
     std::string Subject() const;
     std::string Issuer() const;
-    /// Whole seconds; 1601 when it is no date.
+    /// Return the limits of validity in whole seconds; 1601-01-01 when the certificate has no date there.
     TimePoint NotBefore() const;
     TimePoint NotAfter() const;
 

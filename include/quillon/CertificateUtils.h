@@ -8,30 +8,40 @@
 
 namespace quillon {
 
-/// Properties of certificates as text (UTF-8), and the names of the system's stores.
-/// Any thread; nothing is logged, a failure is an empty text. Outside Windows a
-/// CERT_CONTEXT holds a certificate in DER (quillon/WindowsTypes.h).
+/// Returns properties of certificates as text (UTF-8), and names the system's stores. Thread-safe;
+/// nothing is logged or thrown, and a failure, a null certificate included, is an empty text. The
+/// certificate stays the caller's: Certificate::Context() is one. Outside Windows a CERT_CONTEXT holds a
+/// certificate in DER (quillon/WindowsTypes.h).
+///
+/// @code
+/// void PrintThumbprint(const Certificate& certificate) {
+///     const unsigned long kSha1 = 3;  // CERT_SHA1_HASH_PROP_ID
+///     std::cout << CertificateUtils::GetContextPropertyHash(certificate.Context(), kSha1) << '\n';
+/// }
+/// @endcode
 class QUILLON_API CertificateUtils {
 public:
     CertificateUtils() = delete;
 
-    /// A text property such as 11, the friendly name; every unit that the system gives, the
-    /// terminating zero with them.
+    /// Returns a text property such as 11, CERT_FRIENDLY_NAME_PROP_ID: every code unit that the system
+    /// returns, including the terminating NUL.
     static std::string GetContextPropertyString(const CERT_CONTEXT* const& certificate,
                                                 const unsigned long& propertyId);
-    /// The bytes of a property such as 3, the SHA-1 thumbprint, or 107, that of SHA-256, in hexadecimal.
+    /// Returns the bytes of a property in hexadecimal, as StringUtils::ByteArrayToHexString() does, such
+    /// as 3, CERT_SHA1_HASH_PROP_ID, or 107, CERT_SHA256_HASH_PROP_ID.
     static std::string GetContextPropertyHash(const CERT_CONTEXT* const& certificate,
                                               const unsigned long& propertyId);
-    /// An encoded name in X.500 form, "C=..., O=..., CN=...".
+    /// Returns an encoded name in X.500 form, "C=..., O=..., CN=...".
     static std::string GetCertBlobInfo(CRYPTOAPI_BLOB encodedName);
-    /// Most significant byte first, in lower case.
+    /// Returns the serial number in lower-case hexadecimal, most significant byte first.
     static std::string GetSerialNumberHexString(const CERT_CONTEXT* const& certificate);
 
-    /// Whatever the case of the store's name.
+    /// Returns the name for people of one of the nine stores below; the store's name is
+    /// case-insensitive.
     static std::string GetFriendlyNameFromStoreName(std::wstring storeName);
-    /// Of the first friendly name that stands anywhere in the text.
+    /// Returns the store of the first name in the list that stands anywhere in the text.
     static std::wstring GetStoreNameFromFriendlyName(const std::string& friendlyName);
-    /// Both lists have the same order.
+    /// Return the nine names in the same order. The lists are never destroyed.
     static const std::vector<std::wstring>& GetAvailableStoreNames();
     static const std::vector<std::wstring>& GetAvailableFriendlyNames();
 };

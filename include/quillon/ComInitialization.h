@@ -4,19 +4,21 @@
 
 namespace quillon {
 
-/// COM on the calling thread, multi-threaded, with the process's security set at
-/// impersonation level; from construction to destruction, which both happen on that
-/// thread. A failure is logged at Error by the registered logger, else written to
-/// standard error. Outside Windows, where no COM is needed, all of it succeeds.
+/// Initialises COM on the calling thread, for the multi-threaded apartment (COINIT_MULTITHREADED), and
+/// sets the process's security at impersonation level; from construction to destruction, which both
+/// happen on that thread. A failure logs the Error entry "Could not initialize %s, failed with: %s" on
+/// the registered logger, or writes it to standard error without one. Outside Windows, where no COM is
+/// needed, everything succeeds. Prefer ComScope, which says whether it succeeded.
 class QUILLON_API ComInitialization {
 public:
+    /// Calls Initialize(); the destructor takes back what succeeded.
     ComInitialization();
     virtual ~ComInitialization();
     ComInitialization(const ComInitialization&) = delete;
     ComInitialization& operator=(const ComInitialization&) = delete;
 
-    /// True when COM may be used: also when it was initialised before. Every call that
-    /// returns true is one that Uninitialize() takes back.
+    /// Returns whether COM may be used, which is also so when it was initialised before. Each call that
+    /// returns true must be followed by one Uninitialize() on the same thread.
     static bool Initialize();
     static void Uninitialize();
 

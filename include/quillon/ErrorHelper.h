@@ -8,17 +8,19 @@
 
 namespace quillon {
 
+/// Turns errors of the system into results of methods. Thread-safe.
 class QUILLON_API ErrorHelper {
 public:
     ErrorHelper() = delete;
 
-    /// As StringUtils::GetErrorAsString().
+    /// Returns the text of a Windows error code, as StringUtils::GetErrorAsString() does.
     static std::string GetErrorMessage(int code);
-    /// The text of the thread's last error, and code 3.
+    /// Sets the message to the text of the thread's last error, and the code to 3. Call it before
+    /// anything else that may change the last error, a log entry included.
     static void SetInvocationResultFromLastError(InvocationResult& result);
-    /// Whether an error of a certificate's chain (CERT_TRUST_STATUS.dwErrorStatus) may be
-    /// ignored, as soft checks allow for revocation that is offline (0x1000000) or unknown (0x40).
-    /// Logged at Debug.
+    /// Returns whether the error of a certificate's chain (CERT_TRUST_STATUS.dwErrorStatus) may be
+    /// ignored. Soft checks allow exactly one of CERT_TRUST_IS_OFFLINE_REVOCATION (0x1000000) and
+    /// CERT_TRUST_REVOCATION_STATUS_UNKNOWN (0x40), with no other bit, and log that at Debug.
     static bool AllowTrustError(IAgentConfiguration::CRLChecks crlChecks, unsigned long trustStatus);
 };
 

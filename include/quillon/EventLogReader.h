@@ -13,9 +13,10 @@ namespace quillon {
 
 class IApplicationDataStore;
 
-/// What the event log tells of an event. Texts are UTF-8.
+/// Holds what the event log says about one event. Texts are UTF-8; a member that the event does not
+/// have is empty or 0.
 struct LogEvent {
-    std::uint64_t recordId = 0;  ///< Counts on in a channel, and may begin anew when that is cleared.
+    std::uint64_t recordId = 0;  ///< grows within a channel; may start again at 1 when it is cleared
     TimePoint time;
     std::string provider;
     std::uint32_t eventId = 0;
@@ -25,41 +26,59 @@ struct LogEvent {
     std::string xml;
 };
 
-/// Reads a channel of the event log from where the last reading ended, even if that was in another
-/// process. Where that is stands in a data store, as the number and the time of the last event: when
-/// the channel was cleared, or has rolled over past that event, reading begins with the oldest one
-/// and says so. Needs EventLogProxy::Initialize(); without the interface every reading fails with
-/// code 120. One thread at a time, as the store.
+/// Reads a channel of the event log from the place where the last reading ended, even if that was in
+/// another process. The place is kept in a data store as the number and the time of the last event.
+/// When the channel was cleared, or has rolled over past that event, reading starts with the oldest
+/// event and the result says so. EventLogProxy::Initialize() comes first; without the interface every
+/// reading fails with code 120 (ERROR_CALL_NOT_IMPLEMENTED). A reader is used by one thread at a time,
+/// as its store is. Nothing is logged.
+///
+/// @code
+/// void PrintNew(IApplicationDataStore& store) {
+///     const EventLogReader reader("System", store);
+///     const auto result = reader.ReadNew([](const LogEvent& event) {
+///         std::cout << event.recordId << ' ' << event.provider << '\n';
+///         return true;
+///     });
+///     if (result.errorCode != 0) std::cout << StringUtils::GetErrorAsString(result.errorCode) << '\n';
+/// }
+/// @endcode
 class QUILLON_API EventLogReader {
 public:
-    /// Takes an event; false ends the reading after it.
+    /// Takes an event, on the thread of the reading; false ends the reading after this event.
     using Visitor = std::function<bool(const LogEvent&)>;
 
+    /// Says where a reading started.
     enum class Start {
         Oldest,  ///< nothing had been read before
         Bookmark,
         Gap,  ///< events may be missing between the last reading and this one
     };
+    /// Says how a reading ended.
     struct Result {
         std::uint32_t errorCode = 0;  ///< the system's; 0 when all went well
         Start start = Start::Oldest;
         std::uint64_t visited = 0;
     };
 
-    /// `store` is used for each reading and outlives the reader.
+    /// Names the channel, in UTF-8. The store is not owned and must live as long as the reader.
     EventLogReader(std::string channel, IApplicationDataStore& store);
 
-    /// Visits what is new, oldest first. What was visited is kept in the store also when the
-    /// reading fails or the visitor throws; the event that it threw for is visited again.
+    /// Visits the events that are new, oldest first, and returns how that ended. The place is kept in
+    /// the store, as the property "EventLogBookmark." and the channel in upper case, also when the
+    /// reading fails or the visitor throws; the event that it threw for is visited again next time.
     Result ReadNew(const Visitor& visitor) const;
 
     /// Visits the events that match an XPath query ("*" for all), newest first.
     static Result Query(const std::string& channel, const std::string& query, const Visitor& visitor);
-    /// Reads an event that a query or subscription gave; false on failure, see the last error.
+    /// Reads an event that a query or a subscription gave, whose handle stays the caller's. Returns
+    /// false, with the reason as the last error, on failure.
     static bool Read(void* event, LogEvent& result);
 
+    /// Returns a table without rows with the columns RecordId, Time, Provider, EventId, Level, Channel,
+    /// Computer and Xml.
     static DataTable MakeTable();
-    /// The event as a row of MakeTable(), its time in ISO 8601.
+    /// Returns the event as a row of MakeTable(), its time in ISO 8601.
     static VariantList ToRow(const LogEvent& event);
 
 private:

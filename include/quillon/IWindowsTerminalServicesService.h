@@ -6,14 +6,17 @@
 
 namespace quillon {
 
-/// The host's knowledge of sessions. Any thread.
+/// Tells which user a session belongs to. The host implements it and registers it with ServiceLocator;
+/// any thread may call it.
 class QUILLON_API IWindowsTerminalServicesService {
 public:
+    /// Returns the key of this service in ServiceLocator.
     static const char* __InterfaceId() { return "VntItf_IWindowsTerminalServicesService"; }
 
     virtual ~IWindowsTerminalServicesService();
 
-    /// "DOMAIN\user" of a session; may throw.
+    /// Returns "DOMAIN\user", in UTF-16, of the session of that identifier. A failure is thrown as a
+    /// std::exception, which OperatingSystemUserSessionNotification catches.
     virtual std::wstring GetDomainUserForSession(unsigned long sessionId) = 0;
 };
 

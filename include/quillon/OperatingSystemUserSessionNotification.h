@@ -11,8 +11,17 @@ namespace quillon {
 
 class ICLogger;
 
+/// Describes a change of a user's session.
+///
+/// @code
+/// const std::uint32_t record[] = {8, 3};  // WTSSESSION_NOTIFICATION of session 3
+/// const OperatingSystemUserSessionNotification logon(14, 5, const_cast<std::uint32_t*>(record), nullptr);
+/// std::cout << logon.EventToString() << ' ' << logon.GetSessionId() << '\n';  // UserLogOn 3
+/// @endcode
 class QUILLON_API OperatingSystemUserSessionNotification : public IOperatingSystemNotification {
 public:
+    /// Says what happened. A value but the last is one below the system's event type: 1
+    /// WTS_CONSOLE_CONNECT to 9 WTS_SESSION_REMOTE_CONTROL.
     enum UserSessionNotificationType : std::int32_t {
         LocalConnect = 0,
         LocalDisconnect = 1,
@@ -26,23 +35,29 @@ public:
         Unknown = 9
     };
 
-    /// From the arguments of a service control handler; `eventData` is the system's
-    /// session-change record (its size, then the session's identifier, 32 bits each; null gives session
-    /// 0). Logged at Debug, an unknown event type at Warn. A control other than 14 (a
-    /// session change) is logged and throws std::invalid_argument.
+    /// Makes it from the arguments of a service control handler (HandlerEx). `eventData` is the system's
+    /// WTSSESSION_NOTIFICATION (its size, then the session's identifier, 32 bits each), which is not
+    /// kept; null gives session 0. Two Debug entries are logged on the registered logger, and one Warn
+    /// entry for an unknown event type. A control other than 14, SERVICE_CONTROL_SESSIONCHANGE, is
+    /// logged at Debug and throws std::invalid_argument with the same text. The logger is kept.
     OperatingSystemUserSessionNotification(unsigned long control, unsigned long eventType, void* eventData,
                                            void* context);
     ~OperatingSystemUserSessionNotification() override;
 
+    /// Returns what happened.
     UserSessionNotificationType GetUserSessionNotificationType() const;
-    /// When it was made from the control: seconds since 1970, UTC.
+    /// Returns when it was made from the control, in seconds since 1970, UTC; a copy keeps that time.
     long long GetTimestamp() const;
+    /// Returns the identifier of the session.
     unsigned long GetSessionId() const;
-    /// Of a logon: what the host's terminal services service says, empty when it throws.
-    /// Otherwise "<unknown-user>". `logErrors` has the reason logged.
+    /// Returns, for a logon, what IWindowsTerminalServicesService says, in UTF-16, and the empty text
+    /// when that throws a std::exception; for any other change, and without the service,
+    /// "<unknown-user>". With `logErrors` the reason is logged, at Debug when it was thrown and at Warn
+    /// otherwise.
     std::wstring GetSessionDomainUser(bool logErrors) const;
-    /// The enumerator's name, "unknown" for Unknown.
+    /// Returns the enumerator's name, such as "UserLogOn"; "unknown" for Unknown.
     std::string EventToString() const;
+    /// Returns a copy with the same time; nothing is logged.
     std::shared_ptr<IOperatingSystemNotification> Clone() const override;
 
 private:

@@ -10,18 +10,32 @@ namespace quillon {
 
 class ICLogger;
 
-/// Turns success and failure auditing of sub-categories of the system's audit policy on
-/// for as long as somebody holds them, and puts it back on when policy turns it off meanwhile. Any
-/// thread. Everything is logged by the registered logger. Without the system's audit
-/// functions nothing can be held, which is logged once. An operation logs when it is
-/// done, with no lock held, so that a logger may come back here.
+/// Keeps success and failure auditing of sub-categories of the system's audit policy switched on while
+/// somebody holds them, and switches it on again when a policy refresh has switched it off meanwhile;
+/// the system reports such changes on a thread of its own. Thread-safe. Everything is logged on the
+/// registered logger, at the end of an operation and with no lock held, so that a logger may call this
+/// class. Without the system's audit functions nothing can be held, which is logged once, at Warn. The
+/// calls need the privilege SeSecurityPrivilege, which is switched on for their time.
+///
+/// @code
+/// bool ok = false;
+/// const UniqueIdentifier logon = UniqueIdentifier::Parse("0CCE9215-69AE-11D9-BED3-505054503030", &ok);
+/// if (ok && SystemAuditProxy::EnableAuditLogSubCategory(logon)) {
+///     // logons are audited until this holder is taken away
+///     SystemAuditProxy::DisableAuditLogSubCategory(logon);
+/// }
+/// @endcode
 class QUILLON_API SystemAuditProxy {
 public:
     SystemAuditProxy() = delete;
 
-    /// One more holder; true when the sub-category is audited. False, too, for one more than 2^32 - 1.
+    /// Adds one holder of a sub-category and returns whether it is audited now. On a failure there is
+    /// no holder, one Error entry says why, and the result is false; it is false as well for a holder
+    /// past 2^32 - 1.
     static bool EnableAuditLogSubCategory(const UniqueIdentifier& subcategory);
-    /// One holder less. The last one turns auditing off if the proxy had turned it on.
+    /// Takes one holder away. After the last one auditing is switched off if this class has switched it
+    /// on; a failure is an Error entry, and two Warn entries tell the administrator to review the
+    /// policy. A sub-category without holders is left alone.
     static void DisableAuditLogSubCategory(const UniqueIdentifier& subcategory);
 
 private:

@@ -4,18 +4,24 @@
 
 namespace quillon {
 
-/// Windows Sockets 2.2, started once a process. Any thread. Outside Windows there is
-/// nothing to start, and starting succeeds.
+/// Starts Windows Sockets 2.2 for the process. Thread-safe; a log entry is written with no lock held.
+/// Outside Windows there is nothing to start, and starting succeeds.
+///
+/// @code
+/// if (WindowsSockets::GetInstance()->InitializeSockets()) std::cout << "sockets may be used\n";
+/// @endcode
 class QUILLON_API WindowsSockets {
 public:
     WindowsSockets(const WindowsSockets&) = delete;
     WindowsSockets& operator=(const WindowsSockets&) = delete;
 
-    /// Lives as long as the process.
+    /// Returns the one instance, which lives as long as the process.
     static WindowsSockets* GetInstance();
-    /// Whether sockets are started; a failure is logged at Error, and the next call tries again.
+    /// Starts sockets unless they are started, and returns whether they are. A failure logs the Error
+    /// entry "WSAStartup failed", and the next call tries again.
     bool InitializeSockets();
-    /// One clean-up; the next InitializeSockets() starts them again.
+    /// Ends what InitializeSockets() has started, by one WSACleanup; the next InitializeSockets() starts
+    /// them again. Call it when no thread uses sockets.
     void ReleaseSockets();
 
 private:

@@ -1,9 +1,8 @@
 #pragma once
 
-/// The Windows types that cross the library's headers, without <windows.h>. On
-/// Windows they are the system's own, only declared here: include <windows.h>,
-/// <oleauto.h> and <comutil.h> to use them. Elsewhere this header defines the part
-/// of them that the library uses.
+/// Declares the Windows types that the library's headers use, without <windows.h>. On Windows they are
+/// the system's own and only declared here: include <windows.h>, <oleauto.h> and <comutil.h> to use
+/// them. Elsewhere this header defines the part of them that the library uses.
 
 #include <cstdint>
 #include <string>
@@ -52,20 +51,20 @@ struct LUID {
     std::int32_t HighPart;
 };
 
-/// What these point to is the seam's own; a module is named by its base address.
+/// Identify a loaded module (by its base address) and an open registry key.
 using HINSTANCE = struct HINSTANCE__*;
 using HKEY = struct HKEY__*;
-/// Of a process: what the seam's OpenProcess gave.
+/// Identifies an open process, which the library has opened.
 using HANDLE = void*;
 
-/// Bytes that somebody else owns.
+/// Points to bytes, which it does not own.
 struct CRYPTOAPI_BLOB {
     std::uint32_t cbData;
     std::uint8_t* pbData;
 };
 
-/// Parts of a certificate. Names are encoded in DER; the serial number has its least
-/// significant byte first.
+/// Holds the parts of a certificate. Names are encoded in DER; the serial number has its least
+/// significant byte first. Both times are UTC.
 struct CERT_INFO {
     CRYPTOAPI_BLOB SerialNumber;
     CRYPTOAPI_BLOB Issuer;
@@ -74,9 +73,9 @@ struct CERT_INFO {
     FILETIME NotAfter;
 };
 
-/// A certificate in DER and its parts; the seam's own.
+/// Holds a certificate in DER and its parts. Certificate makes and owns it.
 struct CERT_CONTEXT {
-    std::uint32_t dwCertEncodingType;  // 1: X.509
+    std::uint32_t dwCertEncodingType;  // 1, X509_ASN_ENCODING
     std::uint8_t* pbCertEncoded;
     std::uint32_t cbCertEncoded;
     CERT_INFO* pCertInfo;
@@ -91,15 +90,17 @@ namespace ATL {
 template <class T>
 class CComPtr;
 
-/// An OLE date (days since 1899-12-30T00:00:00, the fraction being the time of
-/// day) and whether it is one.
+/// Holds an OLE date, which is the days since 1899-12-30T00:00:00 with the time of day as the fraction,
+/// and whether it is one.
 class COleDateTime {
 public:
     enum DateTimeStatus { valid = 0, invalid = 1, null = 2 };
 
     COleDateTime() = default;
+    /// Takes the days; the status is `valid`, as nothing is checked.
     explicit COleDateTime(double date) : m_dt(date) {}
 
+    /// Return and replace the status; the days stay as they are.
     DateTimeStatus GetStatus() const { return m_status; }
     void SetStatus(DateTimeStatus status) { m_status = status; }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-/// VARIANT, BSTR and SAFEARRAY, with their owners, as <oleauto.h> and <comutil.h> have them on
-/// Windows: the part that the library uses. Include <quillon/WindowsTypes.h>, not this.
+/// Defines the part of VARIANT, BSTR and SAFEARRAY, and of their owners, that the library uses, with the
+/// results of <oleauto.h> and <comutil.h> on Windows. Include <quillon/WindowsTypes.h>, not this.
+/// One thread at a time uses an object; nothing is logged.
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,11 +13,12 @@
 
 #include "quillon/Export.h"
 
-/// Text with its length in front of it, so that it may hold zeros; null is the
-/// empty text.
+/// Points to UTF-16 text with its length in front of it, so that it may hold NULs; null is the empty
+/// text. It is freed by SysFreeString() only.
 using BSTR = wchar_t*;
 
-/// Null when there is no memory. `text` may be null: the content is then undefined.
+/// Returns a copy of `length` code units, which the caller owns; null when there is no memory. `text`
+/// may be null: the content is then undefined.
 inline BSTR SysAllocStringLen(const wchar_t* text, unsigned int length) {
     const std::size_t bytes = std::size_t{length} * sizeof(wchar_t);
     void* const block = std::malloc(sizeof(std::size_t) + bytes + sizeof(wchar_t));
@@ -28,10 +30,12 @@ inline BSTR SysAllocStringLen(const wchar_t* text, unsigned int length) {
     return result;
 }
 
+/// Returns a copy of a NUL-terminated text, which the caller owns; null for null or without memory.
 inline BSTR SysAllocString(const wchar_t* text) {
     return text == nullptr ? nullptr : SysAllocStringLen(text, static_cast<unsigned int>(std::wcslen(text)));
 }
 
+/// Returns the length in code units, NULs inside included; 0 for null.
 inline unsigned int SysStringLen(BSTR text) {
     if (text == nullptr) return 0;
     std::size_t bytes = 0;
@@ -39,6 +43,7 @@ inline unsigned int SysStringLen(BSTR text) {
     return static_cast<unsigned int>(bytes / sizeof(wchar_t));
 }
 
+/// Frees the text; null is allowed.
 inline void SysFreeString(BSTR text) {
     if (text != nullptr) std::free(reinterpret_cast<char*>(text) - sizeof(std::size_t));
 }
@@ -46,10 +51,10 @@ inline void SysFreeString(BSTR text) {
 struct IUnknown;
 struct IWbemClassObject;
 struct IWbemServices;
-/// One-dimensional array of one type; the seam's own.
+/// Holds a one-dimensional array of one type; its members are private to the library.
 struct SAFEARRAY;
 
-/// 0 and above is success.
+/// Holds a result code of COM: 0 and above is success.
 using HRESULT = std::int32_t;
 using VARTYPE = std::uint16_t;
 using VARIANT_BOOL = std::int16_t;
@@ -80,7 +85,7 @@ enum VARENUM : VARTYPE {
     VT_ARRAY = 0x2000,
 };
 
-/// A number of 96 bits, divided by ten `scale` times.
+/// Holds a number of 96 bits, divided by ten `scale` times.
 struct DECIMAL {
     std::uint16_t wReserved;  // no padding: a copy or an empty VARIANT need not set that
     std::uint8_t scale;
@@ -89,7 +94,7 @@ struct DECIMAL {
     std::uint64_t Lo64;
 };
 
-/// A value and its type. Whoever holds one clears it; _variant_t does so itself.
+/// Holds a value and its type. The holder clears it with VariantClear(); a _variant_t does so itself.
 struct VARIANT {
     VARTYPE vt;
     union {
@@ -112,17 +117,19 @@ struct VARIANT {
     };
 };
 
+/// Makes the value VT_EMPTY without freeing anything.
 inline void VariantInit(VARIANT* value) { *value = VARIANT{}; }
-/// Frees the text, array or reference, and leaves VT_EMPTY. 0 or E_INVALIDARG.
+/// Frees the text, array or reference, and leaves VT_EMPTY. Returns 0 or E_INVALIDARG.
 QUILLON_API HRESULT VariantClear(VARIANT* value);
-/// A deep copy in place of what `target` held; an interface gets one more reference.
-/// 0 or E_OUTOFMEMORY.
+/// Replaces what `target` held by a deep copy; an interface gets one more reference. Returns 0 or
+/// E_OUTOFMEMORY.
 QUILLON_API HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 
-/// An owned BSTR.
+/// Owns a BSTR. Copies throw std::bad_alloc when there is no memory.
 class _bstr_t {
 public:
     _bstr_t() = default;
+    /// Copies a NUL-terminated text; null makes none.
     _bstr_t(const wchar_t* text) : m_text(Copy(text, text == nullptr ? 0 : std::wcslen(text))) {}
     /// Copies the text, or takes it over.
     _bstr_t(BSTR text, bool copy) : m_text(copy ? Copy(text, SysStringLen(text)) : text) {}
@@ -134,9 +141,13 @@ public:
         return *this;
     }
 
+    /// Returns the text, which stays owned; null when there is none.
     operator const wchar_t*() const noexcept { return m_text; }
+    /// Returns the length in code units.
     unsigned int length() const noexcept { return SysStringLen(m_text); }
+    /// Returns the pointer itself, for a function that stores a new text in it.
     BSTR& GetBSTR() noexcept { return m_text; }
+    /// Hands the text to the caller, who frees it.
     BSTR Detach() noexcept { return std::exchange(m_text, nullptr); }
 
 private:
@@ -150,21 +161,24 @@ private:
     BSTR m_text = nullptr;
 };
 
-/// An owned VARIANT.
+/// Owns a VARIANT. Copies throw std::bad_alloc when there is no memory.
 class _variant_t : public VARIANT {
 public:
+    /// Makes VT_EMPTY.
     _variant_t() noexcept : VARIANT{} {}
+    /// Copy deeply, or take the value over and leave VT_EMPTY.
     _variant_t(const VARIANT& source) : VARIANT{} {
         if (VariantCopy(this, &source) < 0) throw std::bad_alloc();
     }
     _variant_t(const _variant_t& other) : _variant_t(static_cast<const VARIANT&>(other)) {}
     _variant_t(_variant_t&& other) noexcept : VARIANT(other.Detach()) {}
+    /// Make a VT_BSTR, from a copy of the text or by taking it over.
     _variant_t(const wchar_t* text) : _variant_t(_bstr_t(text)) {}
     _variant_t(_bstr_t text) noexcept : VARIANT{} {
         vt = VT_BSTR;
         bstrVal = text.Detach();
     }
-    /// `type` is VT_R8 or VT_DATE.
+    /// Makes a VT_R8, or a VT_DATE, whose value is an OLE date.
     _variant_t(double value, VARTYPE type = VT_R8) noexcept : VARIANT{} {
         vt = type;
         dblVal = value;
@@ -183,6 +197,8 @@ public:
         return *this;
     }
 
+    /// Frees what is held and leaves VT_EMPTY.
     void Clear() noexcept { VariantClear(this); }
+    /// Hands the value to the caller, who clears it, and leaves VT_EMPTY.
     VARIANT Detach() noexcept { return std::exchange(static_cast<VARIANT&>(*this), VARIANT{}); }
 };
