@@ -34,6 +34,7 @@ public:
     /// Does nothing.
     void StopLogging() override;
 
+    /// Format an entry by Write(); one below the level costs a comparison and nothing else.
     void Trace(const char* format, ...) final QUILLON_PRINTF(2, 3);
     void Debug(const char* format, ...) final QUILLON_PRINTF(2, 3);
     void Info(const char* format, ...) final QUILLON_PRINTF(2, 3);
@@ -41,6 +42,7 @@ public:
     void Error(const char* format, ...) final QUILLON_PRINTF(2, 3);
     void Fatal(const char* format, ...) final QUILLON_PRINTF(2, 3);
 
+    /// Do the same with arguments that the caller has started.
     void TraceV(const char* format, std::va_list arguments) final QUILLON_PRINTF(2, 0);
     void DebugV(const char* format, std::va_list arguments) final QUILLON_PRINTF(2, 0);
     void InfoV(const char* format, std::va_list arguments) final QUILLON_PRINTF(2, 0);
@@ -68,6 +70,7 @@ protected:
     /// be read once. An exception reaches the caller of the logging operation.
     virtual void Write(Level level, const char* format, std::va_list arguments) QUILLON_PRINTF(3, 0) = 0;
 
+    /// Returns the lowest level that is written, or kNothing.
     std::int32_t GetThreshold() const { return m_threshold.load(std::memory_order_acquire); }
     /// Lets entries from this level on through; what was written before this call is seen by Write().
     void SetThreshold(std::int32_t threshold) { m_threshold.store(threshold, std::memory_order_release); }

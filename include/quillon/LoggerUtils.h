@@ -6,14 +6,14 @@ namespace quillon {
 
 class ICLogger;
 
-/// What every log file begins with. Any thread.
+/// Writes the lines that every log file begins with. Thread-safe.
 class QUILLON_API LoggerUtils {
 public:
     LoggerUtils() = delete;
 
-    /// Writes the block that identifies the agent at Info: the title, version and host name,
-    /// rights, the build, the title. With `skipIfJustWritten` only the title when the last call wrote
-    /// the block and asked for no skipping.
+    /// Writes five Info entries that identify the agent: the title, its version and the host name, the
+    /// copyright, the build, the title again. With `skipIfJustWritten` only the first one is written when
+    /// the last call wrote all five and asked for no skipping. `logger` must not be null.
     static void LogCopyright(const char* title, ICLogger* logger, bool skipIfJustWritten);
 };
 

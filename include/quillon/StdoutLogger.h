@@ -8,9 +8,10 @@
 namespace quillon {
 
 /// Writes entries to standard output as "LEVEL text", for tools and tests that run without a log file.
-/// Starts at Warn. It has no lock: entries that several threads write at once may interleave.
+/// It has no lock: entries that several threads write at once may interleave.
 class QUILLON_API StdoutLogger : public LoggerBase {
 public:
+    /// Starts at Warn.
     StdoutLogger();
     ~StdoutLogger() override;
 
