@@ -9,39 +9,47 @@
 
 namespace quillon {
 
-/// The host's configuration, which the library only reads. Any thread. Texts are UTF-8.
+/// Gives the library the host's configuration, which it only reads: for the banner of the log file and
+/// for the content provider. The host implements it and registers it with
+/// ServiceLocator. Any thread may call it, also while the log file is being rolled over: an
+/// implementation must not take a lock that is held while something is logged. Texts are
+/// UTF-8. What an operation returns must stay valid and unchanged while other threads may read it.
 class QUILLON_API IAgentConfiguration {
 public:
-    /// How the revocation of certificates is checked; every other value is strict.
+    /// Says how the revocation of certificates is checked; every other value is strict.
     enum CRLChecks : std::int32_t { Soft = 1 };
-    /// Where the agent connects to.
+    /// Names a server that the agent connects to: a host name or an address, and a TCP port.
     struct SwitchEndpoint {
         std::string host;
         int port = 0;
     };
 
+    /// Returns the key of this service in ServiceLocator.
     static const char* __InterfaceId() { return "VntItf_IAgentConfiguration"; }
 
     virtual ~IAgentConfiguration();
 
-    /// In the order that they are configured; copied by who needs it longer.
+    /// Return the endpoints and the URLs in the order of the configuration. The library copies them
+    /// before it uses them.
     virtual const std::vector<SwitchEndpoint>& GetSwitches() const = 0;
     virtual const std::vector<std::string>& GetBackgroundChannelUrls() const = 0;
-    /// 0 none, 1 optional, 2 required.
+    /// Returns 0 for none, 1 for optional, 2 for required.
     virtual int GetAuthenticationPolicy() const = 0;
-    /// The setting as text.
+    /// Returns the setting as text, for the banner.
     virtual const char* GetCrlChecks() const = 0;
-    /// 0 to 5, as ICLogger::Level.
+    /// Returns 0 to 5, as ICLogger::Level.
     virtual int GetLoggingLevel() const = 0;
-    /// 0 none, 1 TLS 1.2.
+    /// Returns 0 for none, 1 for TLS 1.2.
     virtual int GetSsl() const = 0;
-    /// Fills `settings`, from name to value; nothing for a module without any.
+    /// Adds the settings of one module to `settings`, from name to value; nothing for a module without
+    /// any.
     virtual void GetModuleSettings(const std::string& module,
                                    std::map<std::string, std::string>& settings) const = 0;
+    /// Return the switches of the same name; the banner names those that weaken the defaults.
     virtual bool GetEncryptDb() const = 0;
     virtual bool GetIgnoreCertificateValidationErrors() const = 0;
     virtual bool GetSkipDigitalSignatureChecks() const = 0;
-    /// The content provider may be used.
+    /// Returns whether content may be downloaded through the content provider.
     virtual bool IsWayfarEnabled() const = 0;
 };
 

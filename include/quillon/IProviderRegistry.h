@@ -8,25 +8,29 @@
 
 namespace quillon {
 
-/// A provider of the host, asked by method name. Any thread.
+/// Runs methods of one provider of the host by their names, for WayfarProviderWrapper. The host
+/// implements it. Any thread may call it; what it throws reaches the library's caller.
 class QUILLON_API IProvider {
 public:
     virtual ~IProvider();
 
-    /// Fills `result`: its code (0 is success), message and table. The library passes
-    /// null as `reserved`.
+    /// Runs the method and fills `result`: the code (0 is success), the message and the table. It may
+    /// change `parameters`, which the library does not use again. Names are UTF-8; `reserved` is null.
     virtual void InvokeMethod(const std::string& method, VariantList& parameters, InvocationResult& result,
                               void* reserved) = 0;
 };
 
-/// The host's providers by name. Any thread.
+/// Finds the host's providers. The host implements it and registers it with ServiceLocator; any thread
+/// may call it.
 class QUILLON_API IProviderRegistry {
 public:
+    /// Returns the key of this service in ServiceLocator.
     static const char* __InterfaceId() { return "VntItf_IProviderRegistry"; }
 
     virtual ~IProviderRegistry();
 
-    /// The registry's own; null when there is none of that name.
+    /// Returns the provider of that name, which the registry owns and which must live as long as the
+    /// registry; null when there is none.
     virtual IProvider* GetProvider(const std::string& name) = 0;
 };
 

@@ -11,17 +11,26 @@ namespace quillon {
 
 class ICLogger;
 
-/// The list of a content package: every file with its length, time and checksum, and
-/// comments with the package's version and whether the list is complete. UTF-16
-/// little-endian with its mark, or UTF-8 with a warning. Read once, by the constructor,
-/// in one pass; what goes wrong is logged and ParsedOk() is false, and what was read
-/// before stays. Nothing throws. Names are the list's own and not to be trusted as paths.
+/// Reads the list of a content package: every file with its length, time and checksum, and comments
+/// with the package's version and whether the list is complete. The list is UTF-16 little-endian with
+/// a byte-order mark; UTF-8 is read as well, with a Warn entry. It is read once, by the constructor, in
+/// one pass; a failure is logged on the registered logger and makes ParsedOk() false, and what was read
+/// before stays. Nothing throws. Names come from the list: never trust them as paths. One object is
+/// used by one thread at a time.
 ///
-/// A line ends after its line feed or after 1,139 units (bytes of UTF-8), the line feed
-/// among them; an empty line ends the list. Numbers are read as the C library reads
-/// them, and past the range of their field are its end; of a version the low 16 bits count.
+/// A line ends after its line feed or after 1,139 code units, the line feed included; an empty line
+/// ends the list. Numbers are read as the C library reads them; one past the range of its field becomes
+/// the end of that range, and of a version the low 16 bits count.
+///
+/// @code
+/// const LsZFile list("C:\\content\\package.lsz", nullptr);
+/// if (list.ParsedOk()) {
+///     for (const auto& file : list.GetFiles()) std::cout << file.name << ' ' << file.length << '\n';
+/// }
+/// @endcode
 class QUILLON_API LsZFile {
 public:
+    /// Holds one entry of the list. Members without a value in the list are 0 or empty.
     struct FileFromLsZ {
         std::uint32_t leadingValue = 0;  ///< before the name; 1 when it begins with ".\"
         std::string name;                ///< UTF-8, without ".\"; empty for a folder
@@ -34,21 +43,26 @@ public:
         std::int32_t rdc = 0;
     };
 
-    /// `displayName`, which may be null, names the list in the entry that it is not complete.
+    /// Reads the list; `path` is UTF-8. `displayName`, which may be null, names the list in the entry
+    /// "LSZ file '%s' is not complete". A file that cannot be opened gives the Error entry "Cannot open
+    /// LSZ file '%s' because: %s".
     LsZFile(const std::string& path, const std::string* displayName);
     ~LsZFile();
     LsZFile(const LsZFile&) = delete;
     LsZFile& operator=(const LsZFile&) = delete;
 
-    /// The list was marked complete, and nothing in it says that it is wrong.
+    /// Returns whether the list was marked complete and nothing in it says that it is wrong.
     bool ParsedOk() const;
-    /// In the list's order.
+    /// Returns the entries in the list's order; the reference is valid as long as the object, and the
+    /// caller may change what is in it.
     std::vector<FileFromLsZ>& GetFiles() const;
+    /// Return what the comments say; empty or 0 without such a comment.
     std::string GetOverallHash();
     std::uint16_t GetVersion() const;
     std::string GetVersionStr();
     std::uint32_t GetBlockSize() const;
-    /// Bytes of the list itself, as it is on the disk now.
+    /// Returns the size of the list's file in bytes as it is on the disk now, as
+    /// FileSystemUtils::GetFileSizeInBytes() does.
     std::uint64_t GetFileSize() const;
 
 private:

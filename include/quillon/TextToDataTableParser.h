@@ -28,6 +28,7 @@ public:
 /// line that begins with spaces gives an empty first field.
 class QUILLON_API SpaceSeparatedField : public IParsableField {
 public:
+    /// Makes a field, which has no state: one object may parse lines on several threads.
     SpaceSeparatedField();
     ~SpaceSeparatedField() override;
     /// Appends the characters up to a space or the end, and skips the spaces; returns true.
@@ -38,6 +39,7 @@ public:
 /// follows is empty.
 class QUILLON_API NullSeparatedField : public IParsableField {
 public:
+    /// Makes a field, which has no state either.
     NullSeparatedField();
     ~NullSeparatedField() override;
     /// Appends the characters up to the end; returns true.

@@ -14,25 +14,34 @@
 
 namespace quillon {
 
-/// Sixteen bytes in the order in which they are printed (RFC 4122, 3). All zero is
-/// the empty identifier. A plain value, ordered by its bytes.
+/// Holds the sixteen bytes of an identifier in the order in which they are printed (RFC 4122, section
+/// 3). All bytes zero is the empty identifier. It is a plain value, ordered by its bytes and usable as
+/// a key; nothing is logged.
+///
+/// @code
+/// bool ok = false;
+/// const auto id = UniqueIdentifier::Parse("{6BA7B810-9DAD-11D1-80B4-00C04FD430C8}", &ok);
+/// if (ok) std::cout << id << '\n';  // 6ba7b810-9dad-11d1-80b4-00c04fd430c8
+/// @endcode
 class QUILLON_API UniqueIdentifier {
 public:
     UniqueIdentifier() = default;
+    /// Takes the bytes in the order in which they are printed.
     explicit UniqueIdentifier(const unsigned char (&bytes)[16]);
-    /// A GUID keeps its first three fields in the machine's byte order.
+    /// Takes a GUID, whose first three fields are in the machine's byte order.
     explicit UniqueIdentifier(const GUID& guid);
 
-    /// A new random identifier; empty when the system has none to give.
+    /// Returns a new random identifier; the empty one when the system cannot make one.
     static UniqueIdentifier Generate();
-    /// 36 characters, or 38 with braces. `ok`, which must not be null, tells whether
-    /// all was well; what could be read is returned either way. The dashes' positions
-    /// are skipped unchecked.
+    /// Reads 36 characters, or 38 with braces. `ok`, which must not be null, says whether all was well;
+    /// what could be read is returned in either case. The characters in the places of the dashes are
+    /// not checked.
     static UniqueIdentifier Parse(const std::string& text, bool* ok);
 
-    /// 36 lower-case characters with dashes; 32 without.
+    /// Return 36 lower-case characters with dashes, and 32 without dashes.
     std::string ToString() const;
     std::string ToStringJustHex() const;
+    /// Writes the bytes in the order in which they are printed.
     void ToBinary(unsigned char (&bytes)[16]) const;
     GUID ToMsGuid() const;
     bool IsEmpty() const;
@@ -48,12 +57,14 @@ private:
     std::array<unsigned char, 16> m_bytes{};
 };
 
+/// Writes ToString().
 QUILLON_API std::ostream& operator<<(std::ostream& stream, const UniqueIdentifier& identifier);
 
 }  // namespace quillon
 
 template <>
 struct std::hash<quillon::UniqueIdentifier> {
+    /// Mixes both halves; equal identifiers have equal hashes.
     std::size_t operator()(const quillon::UniqueIdentifier& identifier) const noexcept {
         std::uint64_t halves[2];
         std::memcpy(halves, identifier.m_bytes.data(), sizeof halves);

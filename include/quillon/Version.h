@@ -68,6 +68,7 @@ QUILLON_API std::ostream& operator<<(std::ostream& stream, const Version& versio
 /// that compare equal have equal hashes.
 template <>
 struct std::hash<quillon::Version> {
+    /// Mixes the four parts.
     std::size_t operator()(const quillon::Version& version) const noexcept {
         const auto join = [](int high, int low) {
             return static_cast<std::uint64_t>(static_cast<std::uint32_t>(high)) << 32 |
