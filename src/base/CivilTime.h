@@ -21,7 +21,7 @@ constexpr std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor) {
     return value / divisor - (value % divisor < 0 ? 1 : 0);
 }
 
-/// What FloorDivide leaves: never negative, and never an overflow.
+/// Returns the remainder of FloorDivide(), which is never negative and never overflows.
 constexpr std::int64_t FloorRemainder(std::int64_t value, std::int64_t divisor) {
     const std::int64_t remainder = value % divisor;
     return remainder < 0 ? remainder + divisor : remainder;

@@ -8,7 +8,7 @@ namespace {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
-/// What is left of a command line.
+/// Keeps the rest of a command line that is not read yet.
 class Scanner {
 public:
     explicit Scanner(std::string_view text) : m_rest(text.substr(0, text.find('\0'))) {}

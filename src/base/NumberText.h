@@ -31,8 +31,8 @@ inline std::optional<std::uint64_t> TakeUnsigned(std::string_view& text) {
     return negative ? 0 - number : number;
 }
 
-/// As strtol and atoi read a text: white space, a sign, the leading digits; 0 without
-/// any, the range's end when they are too many.
+/// Reads a number as strtol and atoi do: white space, a sign, the leading digits. 0 without a digit; the
+/// end of the range when there are too many.
 template <class Number>
 Number ReadSigned(std::string_view text) {
     SkipSpace(text);

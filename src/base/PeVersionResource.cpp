@@ -103,7 +103,8 @@ bool Image::ReadSections(std::uint64_t offset, std::size_t count) {
     return true;
 }
 
-/// What the first entry of a resource directory points to, or that with an identifier.
+/// Returns the offset that the first entry of a resource directory, or the one with an identifier, points
+/// to.
 std::optional<std::uint32_t> FindEntry(const Image& image, std::uint32_t directory,
                                        std::optional<std::uint32_t> id) {
     const std::uint64_t at = std::uint64_t{image.Resources()} + directory;

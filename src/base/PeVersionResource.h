@@ -19,12 +19,12 @@ using ReadBytesAt = std::function<bool(std::uint64_t offset, void* buffer, std::
 struct VersionTexts {
     std::optional<FixedVersion> fixed;
     std::vector<VersionTranslation> translations;
-    /// By table ("040904b0") and name, both UTF-8 in lower case: the first value of that
-    /// name, UTF-16 with the zeros that end it.
+    /// Keeps the first value of each name in UTF-16, with the NULs that end it. The key is the table
+    /// ("040904b0") and the name, both UTF-8 in lower case.
     std::map<std::pair<std::string, std::string>, std::wstring> values;
 
     void Add(const std::string& table, const std::string& name, std::wstring value);
-    /// Whatever the ASCII case of the table and the name.
+    /// Returns the value, or null; the table and the name are case-insensitive in ASCII.
     [[nodiscard]] const std::wstring* Find(const std::string& table, const std::string& name) const;
 };
 

@@ -16,12 +16,12 @@ std::optional<std::wstring> Utf8ToWide(std::string_view text);
 std::optional<std::string> WideToUtf8(std::wstring_view text);
 std::optional<std::string> Utf16ToUtf8(std::u16string_view text);
 
-/// For system calls and texts that must not fail: an invalid sequence becomes U+FFFD.
+/// Converts to UTF-16 for system calls and texts that must not fail: an invalid sequence becomes U+FFFD.
 std::wstring ToWide(std::string_view text);
 std::string ToUtf8(std::wstring_view text);
 /// The text with every invalid sequence (its maximal subpart, Unicode 3.9) as U+FFFD.
 std::string RepairUtf8(std::string_view text);
-/// Offset of the first byte that is not part of valid UTF-8; npos when all is valid.
+/// Returns the offset of the first byte that is not part of valid UTF-8; npos when all is valid.
 std::size_t FindInvalidUtf8(std::string_view text);
 
 /// UTF-16 bytes of either order as UTF-8. Decoding stops before the first

@@ -13,7 +13,7 @@ struct VersionTranslation {
     bool operator==(const VersionTranslation&) const = default;
 };
 
-/// What a version resource tells in numbers, each half of a version 32 bits.
+/// Holds the numbers of a version resource; each half of a version has 32 bits.
 struct FixedVersion {
     static constexpr std::uint32_t kSignature = 0xFEEF04BD;
 

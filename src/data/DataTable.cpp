@@ -33,8 +33,8 @@ void RenameCell(VariantList& cells, const std::string& oldName, const std::strin
     cells.Add(std::move(renamed));
 }
 
-/// What the cells of all rows tell about the columns. The names are those of the
-/// cells themselves.
+/// Collects the names and types of columns from the cells of all rows. The names are those of the cells
+/// themselves.
 struct ColumnTypes {
     std::map<std::string_view, const std::type_info*> typed;
     std::vector<std::string_view> untyped;  // in order of appearance

@@ -38,7 +38,7 @@ void AppendInteger(std::string& output, long long value);
 
 /// `text` itself when it is valid UTF-8, else its repaired form in `buffer`.
 std::string_view ValidUtf8(std::string_view text, std::string& buffer);
-/// Without a leading byte-order mark.
+/// Returns the text after its byte-order mark, if it has one.
 std::string_view WithoutByteOrderMark(std::string_view text);
 
 }  // namespace quillon

@@ -15,7 +15,7 @@ inline std::string DumpIndent(unsigned int blanks) {
     return std::string(std::min(blanks, kMaximumDumpIndent), ' ');
 }
 
-/// For what stands inside.
+/// Returns the indent of the next level, which is limited.
 inline unsigned int InnerIndent(unsigned int blanks) { return std::min(blanks, kMaximumDumpIndent) + 1; }
 
 /// `logger`, else the registered one; null when there is none.

@@ -59,7 +59,8 @@ private:
     std::array<std::uint64_t, kCapacity / kBytes> m_words{};
 };
 
-/// For texts of 4 to 16 bytes two words each, where a call of memcmp costs more.
+/// Compares two names. Texts of 4 to 16 bytes take two comparisons of words that may overlap, where a
+/// call of memcmp costs more.
 inline bool EqualNames(const std::string& left, const std::string& right) noexcept {
     const std::size_t size = left.size();
     if (size != right.size()) return false;

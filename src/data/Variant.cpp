@@ -35,7 +35,7 @@ const KindTraits& Traits(Kind kind) {
 constexpr int kSqlNull = 5;
 constexpr std::size_t kDumpBufferSize = 1024;
 
-/// As "%g", whatever the locale.
+/// Formats the number as "%g" does in the C locale.
 std::string DoubleAsText(double value) {
     char buffer[20];
     const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 6).ptr;
@@ -261,7 +261,7 @@ void Variant::Dump(ICLogger* logger, unsigned int indent) const {
 
 void Variant::Delete(Record* record) noexcept { delete record; }
 
-/// Nothing when the two hold a type that cannot be compared.
+/// Returns whether the two values are equal; nothing when they are of a type that cannot be compared.
 std::optional<bool> Variant::Equal(const Record& left, const Record& right) {
     if (left.name != right.name || left.null != right.null) return false;
     if (left.null) return true;

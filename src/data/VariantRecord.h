@@ -12,8 +12,7 @@
 
 namespace quillon {
 
-/// What a Variant holds: the alternatives of Value in their order. A value behind
-/// the null flag is kept but never shown.
+/// Names the alternatives of Value in their order. A value behind the null flag is kept but never shown.
 enum class Kind : std::uint8_t { Text, Integer, Boolean, Double, Time, Unsupported };
 
 /// The five kinds stand in the record itself, so that a cell is one block of
@@ -33,13 +32,13 @@ struct Variant::Record {
           value(other.value) {}
     Record& operator=(const Record&) = delete;
 
-    /// None when it equals the name.
+    /// Returns the bind name; null when it equals the name.
     static std::unique_ptr<const std::string> BindName(const std::string& name);
 
     Kind HeldKind() const noexcept { return static_cast<Kind>(value.index()); }
     const std::type_info& HeldType() const noexcept;
 
-    /// Null when another type is held.
+    /// Returns the value; null when it is of another type.
     template <class T>
     const T* HeldIf() const noexcept {
         return std::get_if<T>(&value);

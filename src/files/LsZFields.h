@@ -17,7 +17,8 @@ struct LsZNumber {
 
     static LsZNumber Read(std::string_view text, unsigned base);
 
-    /// As strtol, past the range its end; unsigned as strtoul, a minus negating.
+    /// Reads a number as strtol does, and for unsigned types as strtoul, which negates after a minus;
+    /// past the range it is the end of the range.
     template <class Number>
     Number As() const {
         constexpr std::uint64_t most = std::numeric_limits<Number>::max();

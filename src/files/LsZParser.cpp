@@ -17,10 +17,10 @@ using View = std::string_view;
 
 static_assert(std::endian::native == std::endian::little, "lists are little-endian");
 
-/// What is invalid is replaced.
+/// Returns the text in valid UTF-8 for the log; invalid bytes are replaced.
 std::string ForLog(View text) { return base::RepairUtf8(text); }
 
-/// What follows a beginning; nothing unless it is there and something follows.
+/// Returns the text after a beginning; nothing unless the line starts with it and goes on after it.
 std::optional<View> After(View line, View beginning) {
     if (!line.starts_with(beginning) || line.size() == beginning.size()) return std::nullopt;
     return line.substr(beginning.size());

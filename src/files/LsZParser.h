@@ -42,7 +42,7 @@ private:
     void ParseWrongLine(View line);
     void ParseCurrentVersion(const LsZNumber& number);
     void SetVersion(const LsZNumber& number);
-    /// Empty, with an Error entry, when the text is invalid.
+    /// Converts a text to UTF-8; empty, with an Error entry, when it is invalid.
     std::string ToNarrow(View text) const;
     bool SplitListLine(View line, FileFromLsZ& entry) const;
     void SplitFields(View text, const LsZFields& fields, FileFromLsZ& entry) const;

@@ -19,7 +19,7 @@ void FailForProvider(InvocationResult& result) {
     result.resultCode = InvocationResult::kNoContentProvider;
 }
 
-/// Nothing when the row has no boolean of that name.
+/// Returns the boolean of that name; nothing when the row has none.
 std::optional<bool> BooleanOf(const VariantList& row, const std::string& name) {
     try {
         return row[name].GetBoolValue();

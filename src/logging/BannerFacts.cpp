@@ -9,7 +9,7 @@ const char* BannerHostName() {
     return name;
 }
 
-// In a small file of its own: a compiler cache keeps nothing that names the time.
+// This stands in a small file of its own: a compiler cache cannot keep an object that names the time.
 const char* BannerBuildTime() { return __DATE__ " " __TIME__; }
 
 }  // namespace quillon

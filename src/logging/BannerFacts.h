@@ -2,7 +2,7 @@
 
 namespace quillon {
 
-/// What the log's banner tells of this process. The texts live as long as it does.
+/// Facts about this process for the log's banner. The texts live as long as the process.
 
 /// Found out at the first call, which may wait for locks under which other threads log; later calls take
 /// none.

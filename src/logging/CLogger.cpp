@@ -34,8 +34,8 @@ Slot& TheSlot() {
     return slot;
 }
 
-/// Puts a logger, or none, into the slot. The old one ends outside the mutex, so
-/// that a host's callback may ask for the instance while it is destroyed.
+/// Puts a logger, or none, into the slot. The old logger is destroyed after the mutex is released, so
+/// that a host's callback may ask for the instance meanwhile.
 ICLogger* Replace(std::unique_ptr<ICLogger> instance) {
     Slot& slot = TheSlot();
     const std::lock_guard lock(slot.mutex);
@@ -101,7 +101,7 @@ void CLogger::InitializeLogging(const char* path, Level level) {
     log4cplus::Logger root = log4cplus::Logger::getRoot();
     root.getAllAppenders().at(0)->setLayout(NewLayout());
     if (path != nullptr) m_impl->path = path;
-    // The configuration has removed the appender of a path that was set before.
+    // Configuring log4cplus has removed the appender of a path that was set before.
     if (path != nullptr || !m_impl->path.empty()) InstallFileAppender(m_impl->path);
 
     m_impl->logger = root;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr long kMaxFileSize = 5'242'880;
 constexpr int kBackups = 5;
-/// What a file that cannot be moved aside grows by between two attempts.
+/// A file that cannot be moved aside grows by this much between two attempts.
 constexpr std::uint64_t kRetryAfter = kMaxFileSize / 16;
 
 void MakeFoldersOf(const std::string& path) {
@@ -44,7 +44,8 @@ bool MoveAside(const std::string& path, int backups) {
 
 CustomRollingFileAppender::CustomRollingFileAppender(const std::string& path,
                                                      std::function<void()> afterRollOver)
-    // The base opens its file before anything can be overridden: it gets one that cannot be made by mistake.
+    // The constructor of the base opens its file before anything can be overridden, so it is given a path
+    // that cannot be created.
     : RollingFileAppender(platform::NullDevice(), kMaxFileSize, kBackups, true, false),
       m_rollOverAt(kMaxFileSize),
       m_afterRollOver(std::move(afterRollOver)) {
@@ -63,7 +64,7 @@ void CustomRollingFileAppender::close() {
 
 void CustomRollingFileAppender::append(const log4cplus::spi::InternalLoggingEvent& event) {
     if (IsRollOverDue() || m_isReportDue) {
-        // What is logged after the roll-over reuses this thread's event and buffer.
+        // The banner is logged on this thread, below, and reuses its event and buffer.
         const std::string line = formatEvent(event);
         IsRollOverDue() ? RollOver() : ReportRollOver();
         Write(line);
@@ -89,16 +90,16 @@ void CustomRollingFileAppender::RollOver() {
 }
 
 void CustomRollingFileAppender::ReportRollOver() {
-    // A new file that cannot be opened yet begins with its report all the same, later.
+    // A new file that cannot be opened yet gets its banner when it can.
     if (!IsOpenAgain() || !std::exchange(m_isReportDue, false) || !m_afterRollOver) return;
     m_isReporting = true;
     const DestructorFunctor done([this] { m_isReporting = false; });
     try {
         m_afterRollOver();
     } catch (...) {
-        // The entry that was too much for the old file is still to be written.
+        // An exception must not stop here: the entry that caused the roll-over is not written yet.
     }
-    // A report longer than a file would have every entry roll over until no other line is left.
+    // With a banner longer than a file every entry would roll the log over until no other line is left.
     if (m_size > m_rollOverAt) m_rollOverAt = m_size + kRetryAfter;
 }
 

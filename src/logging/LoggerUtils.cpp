@@ -12,7 +12,7 @@ namespace quillon {
 
 namespace {
 
-/// The last block was written by a call that asked for no skipping.
+/// True when the last block was written by a call that asked for no skipping.
 std::atomic<bool>& DetailsWritten() {
     static std::atomic<bool> written{false};
     return written;

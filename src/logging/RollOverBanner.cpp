@@ -25,7 +25,7 @@ constexpr const char* kEnd = "--------------------------------------------------
 constexpr const char* kMarker = " ->";
 constexpr const char* kUndefined = "undefined";
 
-/// The name of a setting's value, which counts from 0.
+/// Returns the name of a value of a setting; values count from 0.
 template <std::size_t count>
 const char* NameOf(int value, const char* const (&names)[count]) {
     return value >= 0 && static_cast<std::size_t>(value) < count ? names[value] : kUndefined;
@@ -92,7 +92,7 @@ void ReportSettings(ICLogger& log, const IAgentConfiguration& settings) {
     ReportInventory(log, settings);
 }
 
-/// Only what deviates from its safe value.
+/// Reports a setting only when it deviates from its safe value.
 void ReportSecuritySettings(ICLogger& log, const IAgentConfiguration& settings) {
     if (!settings.GetEncryptDb()) log.Info("Configured 'encryptdb' setting: '%s'", "false");
     if (settings.GetIgnoreCertificateValidationErrors())
@@ -101,8 +101,8 @@ void ReportSecuritySettings(ICLogger& log, const IAgentConfiguration& settings) 
         log.Info("Configured 'skipdigitalsignaturechecks' setting: '%s'", "true");
 }
 
-/// The entry that rolled the log over is still to be written: nothing that a host's service throws may get
-/// there.
+/// Runs one part of the banner. The entry that rolled the log over is not written yet, so no exception of
+/// a host's service may get past this.
 template <class Report>
 void Attempt(ICLogger& log, const Report& report) {
     constexpr const char* kFailed = "A report of the log roll-over failed: %s";

@@ -2,8 +2,8 @@
 
 namespace quillon {
 
-/// What a log file begins with after a roll-over: the identification, the settings that matter
-/// when reading the log, and the device report, each of the last two when the host has the service.
+/// The banner of a new log file: the identification of the agent, the settings that help to read the log,
+/// and the report on the device; each of the last two only when the host has registered the service.
 
 /// Values what the banner needs of the system while no appender's lock is held. Call it before there is an
 /// appender that may roll over.

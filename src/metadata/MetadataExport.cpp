@@ -11,12 +11,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// What Markdown, its tables, HTML or mathematics would read as their own.
+/// Lists the characters that Markdown, its tables, HTML or mathematics would read as their own.
 constexpr std::string_view kMarkup = "\\`*_[]<>|~&$#";
 constexpr std::string_view kBlockMarks = "+-=";
 constexpr std::string_view kDigits = "0123456789";
 
-/// One line that shows the text as it is; a line end of the text becomes a break.
+/// Escapes a text so that a reader sees it as it is, on one line; a line end becomes a break.
 std::string Escaped(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -50,8 +50,8 @@ std::string JsonText(const Json& value) {
                              : value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// What is said of a method, a parameter or a column beside its description, in
-/// sentences that are already Markdown.
+/// Returns the warnings, notes and versions of a method, a parameter or a column as sentences in
+/// Markdown.
 std::vector<std::string> Remarks(const Json& item) {
     std::vector<std::string> remarks;
     for (const Json& text : item["warnings"]) remarks.push_back("**Warning:** " + Escaped(JsonText(text)));
@@ -84,7 +84,7 @@ std::string ColumnRow(const Json& column) {
            (column["alternative"].get<bool>() ? "yes" : "no") + " | " + DescriptionCell(column) + " |\n";
 }
 
-/// A table of the items, and what is said of those that have no row.
+/// Returns a table of the items, followed by the description of those without a row.
 std::string Section(std::string_view title, std::string_view header, std::string (*row)(const Json&),
                     const Json& items, const Json& additional) {
     if (items.empty() && additional.is_null()) return {};
@@ -98,7 +98,7 @@ std::string Section(std::string_view title, std::string_view header, std::string
     return result;
 }
 
-/// A fenced block whose fence no line of the text can end.
+/// Returns a fenced block whose fence no line of the text can end.
 std::string Example(const std::string& text) {
     if (text.empty()) return {};
     std::size_t longest = 2, run = 0;

@@ -8,7 +8,7 @@ namespace {
 constexpr const char* kMismatch =
     "mismatched parameter and optional default value types; default value named '";
 
-/// What is checked here is looked up in the tables of names later.
+/// Checks a version before it is stored, as it is an index of the table of names later.
 IMethodMetadataReader::MetadataAgentVersion Checked(IMethodMetadataReader::MetadataAgentVersion version) {
     if (version < IMethodMetadataReader::NotSpecified || version > IMethodMetadataReader::V5_0)
         throw std::out_of_range("No such agent version");

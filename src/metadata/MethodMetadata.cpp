@@ -27,7 +27,7 @@ const char* const IMethodMetadataReader::m_flagNames[6] = {"Executes external pr
                                                            "May modify system state",
                                                            "Performs network activity",
                                                            "Not recommended in production environment"};
-// Not a literal, which the linker may give the address of another.
+// The linker may give two empty literals one address, so this is no literal.
 static constexpr char kEmpty[1] = {};
 const char* const MethodMetadata::m_empty = kEmpty;
 

@@ -7,7 +7,7 @@
 namespace quillon {
 namespace {
 
-/// A fresh builder from the host's factory.
+/// Returns a new builder from the host's factory.
 template <class Builder>
 std::shared_ptr<Builder> NewBuilder() {
     auto builder = ServiceLocator::GetInstance<Builder>();
@@ -15,7 +15,7 @@ std::shared_ptr<Builder> NewBuilder() {
     return builder;
 }
 
-/// Both are null after their last use.
+/// Returns the description or the item, which is null once it was handed out.
 template <class T>
 T& StillOwned(const std::unique_ptr<T>& item, const char* mistake) {
     if (!item) throw std::logic_error(mistake);

@@ -127,7 +127,7 @@ bool ParameterBinder::GetSuitableTableValueForDemotionToScalar(const std::string
     return true;
 }
 
-/// These three give the message of the first fault, or the empty text.
+/// This and the next two functions return the message of the first failure, or the empty text.
 std::string ParameterBinder::FindBindingFault() const {
     for (const auto& [name, bind] : m_bindings) {
         switch (bind()) {

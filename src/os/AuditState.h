@@ -15,8 +15,8 @@ struct SubcategoryReference {
     bool enabledByProxy = false;
 };
 
-/// What SystemAuditProxy keeps for the process's life. Guarded by m_auditSync, as every
-/// change of the policy is.
+/// Holds the state of SystemAuditProxy for the life of the process. m_auditSync guards it and is held
+/// over every change of the policy, so that two holders cannot switch a sub-category on and off at once.
 struct AuditState {
     std::mutex m_auditSync;
     bool m_isInitialized = false;
@@ -29,16 +29,18 @@ struct AuditState {
     platform::AuditSetSystemPolicy AuditSetSystemPolicy = nullptr;
     platform::AuditFree AuditFree = nullptr;
 
-    /// Of the operation that has the lock.
+    /// Collects the entries of the operation that holds the lock; null while nobody does.
     DeferredLog* log = nullptr;
 
     /// Never destroyed: a callback may come while the process ends.
     static AuditState& Get();
-    /// For tests: lets the functions be bound anew, while nothing is held.
+    /// Lets a test bind the functions anew, while nothing is held.
     void ForgetFunctions();
 };
 
-/// One operation: has the lock, and writes what it logged once the lock is released.
+/// Holds the lock for one operation and collects what it logs. The destructor releases the lock first and
+/// writes the entries then: a logger may roll the log over, and the host's services that this asks may
+/// call the proxy.
 class AuditOperation {
 public:
     AuditOperation();
@@ -53,7 +55,7 @@ private:
     std::unique_lock<std::mutex> m_lock;
 };
 
-/// Has SeSecurityPrivilege switched on for its life, in the calling thread's token or else the
+/// Switches SeSecurityPrivilege on for its life, in the calling thread's token or, without one, in the
 /// process's.
 class SecurityPrivilegeScope {
 public:

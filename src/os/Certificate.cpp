@@ -23,7 +23,8 @@ std::optional<std::string> ContentOf(const std::string& path) {
     return isRead && content.size() <= kLargestFile ? std::optional(std::move(content)) : std::nullopt;
 }
 
-/// The first PEM block of `text`, which then holds what follows; empty when there is no whole one.
+/// Takes the first PEM block off the front of `text`, with what stands before it; empty when there is no
+/// whole block.
 std::string_view TakePemBlock(std::string_view& text) {
     constexpr std::string_view kBegin = "-----BEGIN ";
     constexpr std::string_view kEnd = "-----END ";

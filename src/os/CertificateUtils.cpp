@@ -16,7 +16,7 @@ std::optional<std::string> PropertyOf(const CERT_CONTEXT* certificate, unsigned 
     return certificate != nullptr ? platform::CertificateProperty(*certificate, id) : std::nullopt;
 }
 
-/// An odd last byte is left out.
+/// Joins each two bytes to a code unit, the low one first; an odd last byte is left out.
 std::wstring UnitsOf(const std::string& bytes) {
     std::wstring units;
     for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {

@@ -16,7 +16,7 @@ namespace {
 constexpr std::int32_t kWasInitialized = 1;                       // S_FALSE
 constexpr auto kTooLate = static_cast<std::int32_t>(0x80010119);  // RPC_E_TOO_LATE
 
-/// Always false. `what` is "COM" or a part of it.
+/// Reports that COM, or the part of it in `what`, could not be initialised; returns false.
 bool Report(const std::string& what, std::int32_t code) {
     const std::string text = StringUtils::GetErrorAsString(code);
     if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {

@@ -15,7 +15,7 @@ class EntryPointBinder {
 public:
     explicit EntryPointBinder(HINSTANCE module) : m_module(module) {}
 
-    /// Once one is missing no other is looked for.
+    /// After a missing function no other is looked for.
     template <class Function>
     EntryPointBinder& Bind(const char* name, Function*& function) {
         if (!m_reason.empty()) return *this;
@@ -24,7 +24,7 @@ public:
         return *this;
     }
 
-    /// Empty when all were found.
+    /// Returns why binding failed; empty when all functions were found.
     const std::string& Reason() const { return m_reason; }
 
 private:

@@ -16,7 +16,7 @@ struct EventBookmark {
     std::uint64_t recordId = 0;
     TimePoint time;
 
-    /// Nothing when it is no bookmark, such as the empty text.
+    /// Reads the text of a bookmark; nothing when it is none, as the empty text is.
     static std::optional<EventBookmark> Parse(std::string_view text) {
         const auto recordId = base::TakeUnsigned(text);
         const auto ticks = base::TakeUnsigned(text);

@@ -37,7 +37,8 @@ std::string BindFunctions(EvtFunctions& functions) {
         .Reason();
 }
 
-/// Binds at most once a process; nothing when that was done before.
+/// Binds the functions and returns why that failed, or the empty text; nothing when they were bound
+/// before.
 std::optional<std::string> BindOnce() {
     EventLogState& state = EventLogState::Get();
     const std::lock_guard lock(state.initialization);
@@ -48,8 +49,8 @@ std::optional<std::string> BindOnce() {
     return reason;
 }
 
-/// Calls a bound function with arguments as they are; without the interface it fails
-/// as a call that the system does not have.
+/// Calls a bound function with its arguments as they are. Without the interface it fails as a call that
+/// the system does not implement.
 template <auto Member, class... Arguments>
 auto Forward(Arguments... arguments) {
     const EventLogState& state = EventLogState::Get();

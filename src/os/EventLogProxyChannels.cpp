@@ -30,7 +30,7 @@ ChannelConfig OpenConfig(const wchar_t* channel) {
     return ChannelConfig(Functions().openChannelConfig(nullptr, channel, 0));
 }
 
-/// Nothing when the system does not tell.
+/// Returns whether the channel is enabled; nothing when the system does not say.
 std::optional<bool> IsEnabled(const ChannelConfig& config) {
     std::array<EvtVariant, 8> value;  // 128 bytes, as the system has always been given
     unsigned long used = 0;
@@ -50,7 +50,10 @@ bool SaveEnabled(const ChannelConfig& config, bool isEnabled) {
            Functions().saveChannelConfig(config.Get(), 0) != 0;
 }
 
-/// With the channel lock held. True when the channel is enabled; `switchedOn` when it was not before.
+/// Enables the channel unless it is enabled, and returns whether it is enabled now; `switchedOn` says
+/// whether this call has done it. The caller holds the channel lock over the calls of the system, so that
+/// another thread cannot disable the channel between them, and `log` keeps the entries until the lock is
+/// released.
 bool SwitchOn(const wchar_t* channel, bool& switchedOn, ICLogger& log) {
     const ChannelConfig config = OpenConfig(channel);
     if (!config) return false;

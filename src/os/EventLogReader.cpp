@@ -25,9 +25,10 @@ using Visitor = EventLogReader::Visitor;
 
 constexpr unsigned long kNoTimeout = 0xFFFFFFFF;
 
-/// The handles of one EvtNext, each owned as soon as it is there.
+/// Owns the handles of one EvtNext from the moment when they are there.
 struct Batch {
-    /// Some systems refuse (1734) what is more than 2 MiB, and an event may have 64 KiB.
+    /// Some systems refuse a batch of more than 2 MiB with RPC_S_INVALID_BOUND (1734), and an event may
+    /// have 64 KiB.
     static constexpr unsigned long kSize = 16;
     std::array<EvtHandle, kSize> events;
     unsigned long count = 0;
@@ -42,7 +43,8 @@ struct Batch {
     }
 };
 
-/// Visits what a query gives. 0 when it or the visitor came to an end, else the code of what failed.
+/// Visits the events of a query. Returns 0 when the query or the visitor came to an end, else the code of
+/// the failure.
 std::uint32_t VisitAll(const std::string& channel, const std::string& query, unsigned long direction,
                        const Visitor& visitor) {
     const EvtHandle results(EventLogProxy::EvtQuery(nullptr, base::ToWide(channel).c_str(),
@@ -91,8 +93,8 @@ Result ReadFromOldest(const std::string& channel, Start start, const Visitor& vi
     return {code, start, progress.Visited()};
 }
 
-/// Nothing when the event of the bookmark is not the first one of its number and above: it
-/// is gone, or another one has its number.
+/// Skips the event of the bookmark and visits those after it. Returns nothing when the first event of
+/// that number or above is another one: the one of the bookmark is gone, or another event has its number.
 std::optional<Result> ReadFromBookmark(const std::string& channel, const EventBookmark& from,
                                        const Visitor& visitor, std::string& bookmark) {
     Progress progress(visitor, bookmark);

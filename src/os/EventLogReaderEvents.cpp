@@ -17,10 +17,11 @@ namespace {
 using platform::EvtType;
 using platform::EvtVariant;
 
-/// Variants and the texts behind them, or a text.
+/// Holds an array of variants followed by the texts that they point to, or a text.
 using Rendered = std::vector<EvtVariant>;
 
-/// Empty on failure, see the last error.
+/// Renders an event, or a part of it, in a buffer that is large enough; empty on failure, see the last
+/// error.
 Rendered Render(void* context, void* event, unsigned long flags, unsigned long& propertyCount) {
     Rendered buffer(128);
     for (int attempt = 0; attempt < 2; ++attempt) {
@@ -40,7 +41,7 @@ std::string Text(const EvtVariant& value) {
     return value.type == EvtType::String && value.text != nullptr ? base::ToUtf8(value.text) : "";
 }
 
-/// A number in the width that its type has: the system leaves the other bytes undefined.
+/// Returns the number in the width of its type: the system leaves the other bytes undefined.
 std::uint64_t Number(const EvtVariant& value) {
     switch (value.type) {
         case EvtType::Byte:

@@ -10,21 +10,21 @@
 
 namespace quillon {
 
-/// What EventLogProxy keeps for the process's life.
+/// Holds the state of EventLogProxy for the life of the process. The two locks are never held together.
 struct EventLogState {
     std::mutex initialization;
     bool isInitialized = false;
-    /// Set once `functions` is complete.
+    /// True once `functions` is complete, which is read without a lock from then on.
     std::atomic<bool> isAvailable = false;
     platform::EvtFunctions functions;
 
     std::mutex channelLock;
-    /// Channels that the proxy switched on, by their name in upper case, and their holders.
+    /// Counts the holders of each channel that the proxy has enabled, by its name in upper case.
     std::map<std::string, std::uint32_t> channels;
 
     /// Never destroyed: subscriptions may deliver while the process ends.
     static EventLogState& Get();
-    /// For tests: lets the functions be bound anew, while nothing is held.
+    /// Lets a test bind the functions anew, while nothing is held.
     void ForgetFunctions();
 };
 

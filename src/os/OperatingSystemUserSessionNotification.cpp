@@ -20,12 +20,12 @@ using Type = OperatingSystemUserSessionNotification::UserSessionNotificationType
 constexpr unsigned long kSessionControl = 14;  // SERVICE_CONTROL_SESSIONCHANGE
 constexpr const wchar_t* kUnknownUser = L"<unknown-user>";
 
-/// In the order of the enumeration. Event types are one higher.
+/// Names the enumerators in their order; the system's event types are one higher.
 constexpr const char* kNames[] = {"LocalConnect",     "LocalDisconnect", "RemoteConnect",
                                   "RemoteDisconnect", "UserLogOn",       "UserLogOff",
                                   "Locked",           "Unlock",          "RemoteControl"};
 
-/// The system's record.
+/// Has the layout of WTSSESSION_NOTIFICATION.
 struct SessionChange {
     std::uint32_t size;
     std::uint32_t sessionId;

@@ -12,7 +12,7 @@ namespace {
 
 using platform::kAuditBoth;
 
-/// Binds the functions; the reason when one is missing, else empty.
+/// Binds the functions and returns why that failed, or the empty text.
 std::string BindFunctions(AuditState& state) {
     if (!IsAtLeastVersion60()) return kTooOldSystem;
     const HINSTANCE module = platform::Procedures().loadedModule("Advapi32.dll");
@@ -31,7 +31,7 @@ bool SetBits(const GUID& subcategory, std::uint32_t bits) {
     return AuditState::Get().AuditSetSystemPolicy(&record, 1) != 0;
 }
 
-/// Switches off what the proxy had switched on.
+/// Switches auditing off again; the caller knows that the proxy has switched it on.
 bool ClearBits(const UniqueIdentifier& subcategory, ICLogger& log) {
     const SecurityPrivilegeScope scope(log);
     if (!scope.IsActive()) return false;

@@ -12,7 +12,8 @@ using platform::AuditWait;
 
 constexpr const char* kIndent = " ->";
 
-/// None when the system has no event to give, or no wait for it.
+/// Waits for the event on a thread of the system. Returns no wait when there is no event or the system
+/// refuses.
 AuditWait RegisterWait(const AuditEvent& event, platform::AuditCalls::WaitCallback callback) {
     HANDLE wait = nullptr;
     if (!event || !Audit().registerWait(wait, event.Get(), callback)) return AuditWait();
@@ -41,8 +42,8 @@ void SystemAuditProxy::StartMonitoringAuditPolicyChanges() {
     state.log->Debug("Started to monitor for audit policy change notifications");
 }
 
-/// The callback that waits for the mutex meanwhile finds nothing held, or what was held
-/// after this: it is not waited for.
+/// A callback may be waiting for the lock that the caller holds. It is not waited for, as that would be a
+/// deadlock: it will find nothing held, or what was held after this, and both are right.
 void SystemAuditProxy::StopMonitoringAuditPolicyChanges() {
     AuditState& state = AuditState::Get();
     if (state.m_policyChangeNotificationHandle)
@@ -52,7 +53,7 @@ void SystemAuditProxy::StopMonitoringAuditPolicyChanges() {
     state.log->Debug("Stopped monitoring for audit policy change notifications");
 }
 
-/// Nothing may be thrown into the system's thread.
+/// Runs on a thread of the system, which no exception may reach.
 void SystemAuditProxy::AuditPolicyChangedCallback(void*, unsigned char timedOut) {
     if (timedOut != 0) return;
     try {

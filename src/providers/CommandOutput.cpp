@@ -65,7 +65,7 @@ std::uint64_t CommandOutput::Close(std::uint64_t limit) {
 
 std::string CommandOutput::Read() const {
     if (m_size == 0) return {};
-    // Not by name and whole: a descendant may be writing on.
+    // A descendant of the command may still be writing: only the bytes that were there at the end count.
     std::optional<std::string> content = platform::ReadWholeFile(m_path, m_size);
     if (!content) return {};
     auto encoding = FileSystemUtils::NOTSET;

@@ -16,7 +16,7 @@ public:
     CommandOutput& operator=(const CommandOutput&) = delete;
     ~CommandOutput();
 
-    /// False, with the last error set, when there is no file to be had.
+    /// Creates the file; returns false, with the last error set, when that fails.
     bool Open();
     [[nodiscard]] const platform::FileHandle& File() const { return m_file; }
     /// Bytes written so far.

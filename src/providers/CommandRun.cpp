@@ -18,10 +18,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The longest time between two looks at the shutdown monitor.
+/// The caller looks at the shutdown monitor at least this often.
 constexpr std::chrono::milliseconds kLookInterval{100};
 
-/// The part of a run on the caller's thread.
+/// Waits, on the caller's thread, for the worker, the deadline and the host's shutdown. The worker shares
+/// m_props and m_synch and never refers to this object: a command that ignores the abort, or that cannot
+/// be killed, may still run when the caller has to leave. The worker is detached then and frees both when
+/// it ends.
 class CommandWatch {
 public:
     CommandWatch(SharedProperties props, ICLogger& logger)
@@ -54,7 +57,7 @@ int CommandWatch::Run(const ThreadStarter& start) {
         return ProcessUtils::kNotRun;
     }
     m_props->abortEvent = &m_synch->abort;
-    // The event itself is closed by its last user, which may be a detached worker.
+    // The worker may be detached and still use the event: the last owner of m_synch closes it.
     const DestructorFunctor close([this] { m_props->abortEvent = nullptr; });
     try {
         return RunWorker(start);
@@ -74,7 +77,8 @@ int CommandWatch::Run(const ThreadStarter& start) {
 
 int CommandWatch::RunWorker(const ThreadStarter& start) {
     std::thread worker = start([props = m_props, synch = m_synch] { RunCommandWorker(props, synch); });
-    // Also when the monitor throws.
+    // The host's monitor may throw in Watch(), and a thread that is neither joined nor detached ends the
+    // process.
     const DestructorFunctor release([&worker] {
         if (worker.joinable()) worker.detach();
     });
@@ -128,7 +132,7 @@ void CommandWatch::LogCompleted() {
     }
 }
 
-/// Whether the worker has ended; else it goes on by itself.
+/// Returns whether the worker has ended; otherwise it is detached and goes on by itself.
 bool CommandWatch::Leave(std::thread& worker, End end) {
     if (end == End::TimedOut) {
         m_logger.Info("Command '%s' timed out after %i seconds", m_props->command.c_str(),

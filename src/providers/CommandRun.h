@@ -12,15 +12,15 @@
 
 namespace quillon {
 
-/// What the caller's thread and the worker of a run share; it lives as long as the
-/// last of them, and so does the event.
+/// Holds what the caller's thread and the worker of a run share. The later of the two to end destroys it,
+/// and closes the event with it.
 struct tRunCmdSynch {
     std::mutex mutex;
     std::condition_variable changed;
     /// Guarded by the mutex, as are the outcome members of the run's properties.
     bool completed = false;
     platform::EventHandle abort;
-    /// Set by the worker. Kept until nobody can kill it any more, so that its identifier
+    /// The worker sets it. It is kept until nobody can kill the process any more, so that its identifier
     /// is not given to another process meanwhile.
     std::optional<platform::ChildProcess> process;
 };
@@ -29,7 +29,7 @@ using SharedProperties = std::shared_ptr<ProcessUtils::CmdProperties>;
 /// Starts a thread; throws std::system_error when there is none to be had.
 using ThreadStarter = std::function<std::thread(std::function<void()>)>;
 
-/// The run's own logger; one that writes none of the runner's messages without it.
+/// Returns the logger of the run; without one, a logger that writes none of the runner's messages.
 ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props);
 
 /// ProcessUtils::RunCliCommand with a given way to start the worker.

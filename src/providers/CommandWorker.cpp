@@ -13,7 +13,7 @@ namespace quillon {
 
 namespace {
 
-/// Between two looks at the size of an output that is limited.
+/// The size of an output that is limited is looked at this often.
 constexpr std::chrono::milliseconds kSizeInterval{25};
 constexpr unsigned long long kLoggedOutput = 1000;
 
@@ -48,7 +48,7 @@ void TrimCutCharacter(std::string& text) {
     if (invalid != std::string::npos && text.size() - invalid <= kLongestCut) text.resize(invalid);
 }
 
-/// One run, on the worker's thread.
+/// Runs one command on the worker's thread.
 class CommandWorker {
 public:
     CommandWorker(const SharedProperties& props, tRunCmdSynch& synch)

@@ -22,7 +22,7 @@ void SetFailure(int exitCode, const std::string& text, InvocationResult& result)
     result.resultCode = InvocationResult::kSystemFailure;
 }
 
-/// Null for a program's own code.
+/// Returns null for a code that the program itself returned.
 const char* SpecialText(int code) {
     switch (code) {
         case ProcessUtils::kTimedOut:

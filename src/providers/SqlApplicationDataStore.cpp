@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kTempTablePrefix = "temp.";
 
-/// Brackets have no escape.
+/// A name between brackets has no escape for the closing bracket.
 bool CanStandInBrackets(const std::string& name) {
     return !name.empty() && name.find_first_of(std::string_view("]\0", 2)) == std::string::npos;
 }
@@ -30,7 +30,7 @@ void AppendItem(std::string& list, const std::string& item) {
     list += item;
 }
 
-/// Nothing when a name cannot stand between brackets.
+/// Returns the definitions of the columns; nothing when a name cannot stand between brackets.
 std::optional<std::string> Definitions(
     const std::map<std::string, IApplicationDataStore::ColumnDataType>& columns) {
     std::string list;
@@ -41,7 +41,7 @@ std::optional<std::string> Definitions(
     return list;
 }
 
-/// The same, by the first row's values.
+/// Does the same for the columns of a table, typed by the values of its first row.
 std::optional<std::string> Definitions(const DataTable& table) {
     const VariantList& firstRow = *table.begin();
     std::string list;
@@ -92,7 +92,7 @@ SqlApplicationDataStore::~SqlApplicationDataStore() {
     }
 }
 
-/// An engine that is gone has taken its databases along.
+/// An engine that is not registered any more has closed its databases.
 void SqlApplicationDataStore::CloseDatabase() {
     if (!m_isOpen) return;
     auto* const engine = ServiceLocator::Get<ISqliteInstance>();

@@ -11,7 +11,7 @@ namespace quillon {
 
 namespace {
 
-/// What the log says of a value that was put.
+/// Returns the text of a stored value for the log.
 std::string Describe(const _variant_t& value, CIMTYPE type) {
     switch (type) {
         case CIM_REAL64:

@@ -17,7 +17,7 @@ namespace quillon {
 
 namespace {
 
-/// What needs no text on the way.
+/// Returns the integer when the variant holds one; other kinds are converted by way of their text.
 std::optional<long long> HeldInteger(const VARIANT& value) {
     if (value.vt == VT_EMPTY || value.vt == VT_BOOL || value.vt == VT_BSTR) return std::nullopt;
     const auto number = platform::VariantNumberOf(value);

@@ -14,8 +14,8 @@ std::string VariantText(const VARIANT& value);
 /// How reading a number went.
 enum class NumberState { Read, NoNumber, OutOfRange };
 
-/// As the standard conversions read a number: white space, a sign, and what follows up to
-/// the first character that is no part of it.
+/// Reads a number as the standard conversions do: white space, a sign, and the characters up to the first
+/// one that is not part of the number.
 NumberState ReadInteger(std::string_view text, long long& number);
 NumberState ReadReal(std::string_view text, double& number);
 
