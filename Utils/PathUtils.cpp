@@ -64,7 +64,8 @@ std::vector<std::string_view> ElementsOf(std::string_view path) {
     return elements;
 }
 
-/// What is behind a path's root, which may begin with a slash, by the rules of Normalise().
+/// Normalises the part of a path after its root, which may begin with a slash, by the rules of
+/// Normalise().
 std::string NormaliseElements(std::string_view path) {
     const bool isAbsolute = path.starts_with('/');
     const auto elements = ElementsOf(path);
@@ -84,7 +85,7 @@ std::string NormaliseElements(std::string_view path) {
     return result.empty() ? "." : result;
 }
 
-/// True for most paths that are as they should be: only backslashes, one at a time, and no
+/// Returns true for most paths that are normal already: they have only backslashes, one at a time, and no
 /// element that begins with a point.
 bool IsSurelyNormal(std::string_view path) {
     char before = PathUtils::PathSep;
@@ -110,7 +111,7 @@ std::string Normalised(const std::string& path) {
     return result;
 }
 
-/// Without its last element, but with the separator of a drive's root.
+/// Returns the path without its last element, but with the separator of a drive's root.
 std::string FolderOf(const std::string& file) {
     std::string folder = PartBefore(file, PathUtils::PathSep);
     if (folder.size() == 2 && base::StartsWithDrive(folder)) folder.push_back(PathUtils::PathSep);

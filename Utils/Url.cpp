@@ -16,7 +16,7 @@ constexpr std::string_view kSchemeEnd = "://";
 
 bool IsWordCharacter(char c) { return base::IsDigit(c) || base::IsLetter(c) || c == '_'; }
 
-/// What "." does not match.
+/// Returns whether there is a character that "." in the pattern does not match.
 bool HasLineEnd(std::string_view text) {
     return text.find('\n') != text.npos || text.find('\r') != text.npos;
 }

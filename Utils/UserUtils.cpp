@@ -18,7 +18,7 @@ bool ReportNoMemory(const std::function<void(std::string)>& onError, const char*
     return false;
 }
 
-/// Both parts may be empty, and neither holds a separator of either kind.
+/// Splits at the separator. Both parts may be empty, and neither holds a separator of either kind.
 std::tuple<bool, std::string, std::string> SplitAt(char separator, const std::string& text) {
     const char other = separator == '@' ? '\\' : '@';
     const std::size_t place = text.find(separator);

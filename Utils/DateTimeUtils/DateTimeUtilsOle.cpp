@@ -28,7 +28,7 @@ std::optional<std::uint64_t> OleDateToFileTime(double date) {
     return time ? platform::CalendarToFileTime(*time) : std::nullopt;
 }
 
-/// Nothing when the way back gives another time.
+/// Converts to an OLE date; nothing when converting back gives another time.
 std::optional<double> ToOleDate(const CalendarTime& time) {
     const auto date = platform::CalendarToOleDate(time);
     const auto back = date ? platform::OleDateToCalendar(*date) : std::nullopt;

@@ -18,7 +18,7 @@ namespace {
 
 using platform::FolderWalk;
 
-/// False; the last error stays for the caller.
+/// Logs the failure and returns false; the last error stays for the caller.
 bool FailToErase(const std::string& path) {
     const std::uint32_t code = platform::LastError();  // logging overwrites it
     const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });

@@ -26,7 +26,7 @@ std::uint64_t WordAt(const char* bytes) {
     return word;
 }
 
-/// Offset of the first byte of 0x80 or more at or after `from`.
+/// Returns the offset of the first byte of 0x80 or more at or after `from`.
 std::size_t SkipAscii(std::string_view text, std::size_t from) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
     const char* bytes = text.data();
@@ -51,9 +51,9 @@ bool AreContinuations(std::string_view bytes) {
     return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0xC0) == 0x80; });
 }
 
-/// Offset just past the first lead byte with its continuation bytes; npos when
-/// there is none. A lead byte takes the bytes that it asks for with it, fitting or
-/// not; no scan starts inside them.
+/// Returns the offset just past the first lead byte with its continuation bytes; npos when there is none.
+/// A lead byte takes the bytes that it asks for with it, whether they fit or not; no scan starts inside
+/// them.
 std::size_t EndOfFirstUtf8Sequence(std::string_view text) {
     for (std::size_t at = SkipAscii(text, 0); at < text.size(); at = SkipAscii(text, at)) {
         const std::size_t count = ContinuationsAfter(static_cast<unsigned char>(text[at]));
@@ -69,8 +69,7 @@ std::uint16_t Utf16LeUnitAt(std::string_view bytes, std::size_t at) {
                                       static_cast<unsigned char>(bytes[at + 1]) << 8);
 }
 
-/// Offset of the first surrogate at or after the even offset `from`, else the
-/// even size.
+/// Returns the offset of the first surrogate at or after the even offset `from`, else the even size.
 std::size_t SkipNonSurrogates(std::string_view bytes, std::size_t from) {
     static_assert(std::endian::native == std::endian::little, "words hold little-endian units");
     constexpr std::uint64_t kOnes = 0x0001000100010001;

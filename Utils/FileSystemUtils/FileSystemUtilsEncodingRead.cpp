@@ -17,7 +17,8 @@ std::string DecodeUtf16(std::string_view bytes) {
     return base::Utf16BytesToUtf8(bytes.substr(marked ? 2 : 0), !littleEndian);
 }
 
-/// As UTF-8, a mark included; ANSI stays as it is. `encoding` is one of files.
+/// Converts the content of a file to UTF-8 and keeps its byte-order mark; ANSI stays as it is. `encoding`
+/// is one that a file can have.
 std::string Decoded(std::string content, FileSystemUtils::FileEncoding encoding) {
     switch (encoding) {
         case FileSystemUtils::UTF16LENOBOM:

@@ -14,7 +14,7 @@ namespace {
 constexpr const wchar_t* kSecurityPrivilege = L"SeSecurityPrivilege";
 constexpr const wchar_t* kRestorePrivilege = L"SeRestorePrivilege";
 
-/// With the text that callers know, whatever the local C++ library's.
+/// Reports the text that callers know, whatever the text of the local C++ library is.
 class CopyError final : public std::filesystem::filesystem_error {
 public:
     CopyError() : filesystem_error("copy", std::make_error_code(std::errc::invalid_argument)) {}

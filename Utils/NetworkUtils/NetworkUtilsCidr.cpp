@@ -30,8 +30,8 @@ std::string Dotted(const Octets& octets) {
     return text;
 }
 
-/// As scanf's "%u.%u.%u.%u": each number may have blanks and a sign in front, the rest
-/// of the text does not matter, and 32 bits of a number count.
+/// Reads four numbers as scanf does with "%u.%u.%u.%u": each may have blanks and a sign in front, the
+/// rest of the text is ignored, and the low 32 bits of a number count.
 std::optional<Octets> ReadOctets(std::string_view text) {
     Octets octets{};
     for (std::uint32_t& octet : octets) {

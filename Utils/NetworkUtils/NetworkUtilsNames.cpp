@@ -66,7 +66,8 @@ const char* NetworkUtils::GetHostName() {
     return HostName(names).Text();
 }
 
-// What may ask a server is asked without the mutex: the head of a log file needs the host's name now.
+// A name is looked up without the mutex, because that may ask a server and the banner of a log file needs
+// the host's name at once.
 
 const char* NetworkUtils::GetFqdn() {
     Names& names = TheNames();

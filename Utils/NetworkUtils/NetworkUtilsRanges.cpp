@@ -17,7 +17,7 @@ namespace {
 /// Where the number lies in a sockaddr_in, on every system.
 constexpr std::size_t kIpv4AddressField = 4;
 
-/// As it is stored.
+/// Returns the address in the byte order in which it is stored.
 std::uint32_t AddressField(const void* address) {
     std::uint32_t field = 0;
     std::memcpy(&field, static_cast<const char*>(address) + kIpv4AddressField, sizeof field);
@@ -38,7 +38,7 @@ std::string WithoutSpaces(std::string_view text) {
 
 bool HasColon(std::string_view text) { return text.find(':') != std::string_view::npos; }
 
-/// In host byte order; what is wrong with it is logged.
+/// Returns the address in host byte order; nothing, with a log entry, when the text is none.
 std::optional<std::uint32_t> ReadWanted(const std::string& text) {
     const std::string trimmed = WithoutSpaces(text);
     std::array<unsigned char, platform::kIpv4AddressSize> address{};
@@ -58,7 +58,7 @@ std::optional<std::uint32_t> ReadWanted(const std::string& text) {
 
 enum class Piece { Range, Ipv6, Malformed };
 
-/// What is wrong with it is logged.
+/// Reads one piece of the list; a failure is logged.
 Piece ReadPiece(std::string_view piece, Ipv4Range& range) {
     auto read = ReadIpv4Range(piece);  // most have no spaces
     std::string trimmed;

@@ -27,7 +27,7 @@ struct UtcFields {
 std::int64_t UtcFieldsToEpoch(const UtcFields& fields);
 UtcFields EpochToUtcFields(std::int64_t epochSeconds);
 
-/// Nothing for seconds whose ticks do not fit.
+/// Converts seconds since 1970; nothing when their ticks do not fit.
 std::optional<TimePoint> ToTimePoint(std::int64_t epochSeconds);
 
 std::uint64_t FileTimeTicks(const FILETIME& fileTime);

@@ -20,8 +20,9 @@ namespace {
 using Deadline = std::chrono::steady_clock::time_point;
 using platform::AddressQuery;
 
-/// All but the query is guarded by the mutex of Lookups. The last of its askers and
-/// its task frees what nobody took.
+/// Holds one look-up that is under way. The mutex of Lookups guards everything but the query. The
+/// system's look-up cannot be cancelled: when its askers have given up, it goes on alone, and the last
+/// owner frees its result.
 struct Lookup {
     explicit Lookup(const AddressQuery& question) : query(question) {}
     ~Lookup() { platform::FreeAddresses(result.list); }
@@ -99,7 +100,8 @@ void Start(const SharedLookup& lookup) {
     if (!hasStarted) End(*lookup, {.code = platform::TryAgainCode()});
 }
 
-/// Null when there is no place before the deadline.
+/// Joins a look-up of the same query or starts one; null when there is no place for one before the
+/// deadline. It is started after the mutex is released, as End() takes it again when that fails.
 SharedLookup Join(const AddressQuery& query, Deadline deadline) {
     Lookups& all = TheLookups();
     std::unique_lock lock(all.mutex);

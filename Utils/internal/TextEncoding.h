@@ -11,7 +11,8 @@ namespace quillon {
 /// the system reports, which need not be the content's own.
 FileSystemUtils::FileEncoding DetectEncoding(std::string_view content, std::uint64_t size);
 
-/// False for NOTSET and for what is no enumerator.
+/// Returns whether a file can have that encoding: false for NOTSET and for a value outside the
+/// enumeration.
 bool IsFileEncoding(FileSystemUtils::FileEncoding encoding);
 
 /// The Error entry of the operation that `number` stands for.

@@ -43,7 +43,7 @@ std::optional<std::string_view> Attribute(const Element& element, const char* na
     return std::string_view(attribute->value(), attribute->value_size());
 }
 
-/// From the first "mapZone" on. The first entry of a zone counts.
+/// Reads the entries from the first "mapZone" on. The first entry of a zone counts.
 void AddZones(const Element* entry, Zones& zones) {
     for (; entry != nullptr; entry = entry->next_sibling("mapZone")) {
         const auto territory = Attribute(*entry, "territory");

@@ -6,7 +6,7 @@
 
 namespace quillon {
 
-/// What is done in a tree of folders. Each operation's false ends the walk.
+/// Acts on the entries of a tree of directories. Each operation ends the walk by returning false.
 class ITreeVisitor {
 public:
     virtual ~ITreeVisitor() = default;
@@ -14,7 +14,7 @@ public:
     virtual bool OnFile(platform::FolderWalk& walk, const std::string& folder, const std::string& name) = 0;
     /// Links to folders are not entered.
     virtual bool OnFolderLink(platform::FolderWalk& walk, const std::string& name) = 0;
-    /// All that is in the folder was visited, the walk is back in the one above.
+    /// Called when everything in the directory was visited and the walk is back in the one above.
     virtual bool AfterFolder(platform::FolderWalk& walk, const std::string& name) = 0;
 };
 

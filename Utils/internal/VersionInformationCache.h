@@ -14,9 +14,9 @@
 
 namespace quillon {
 
-/// What FileSystemUtils::GetVersionInformation keeps, by path and language. Any thread. A
-/// file is read by one thread at a time, which holds its path meanwhile; only who asks
-/// for the same path waits for it. Nothing is logged here, nor may be while a path is held.
+/// Keeps the results of FileSystemUtils::GetVersionInformation by path and language. Thread-safe. One
+/// thread at a time reads a file and holds its path meanwhile; only a thread that asks for the same path
+/// waits for it. Nothing is logged here, nor may be while a path is held.
 class VersionInformationCache {
 public:
     using Information = FileSystemUtils::VersionInformation;
@@ -32,9 +32,9 @@ public:
     /// Lives as long as the process.
     static VersionInformationCache& Instance();
 
-    /// What is kept of a file that was changed at `modificationTime`. Without information
-    /// the path is held for the caller, who calls Release at the end. Nothing after a wait
-    /// for another thread that held it: the file may have changed.
+    /// Returns what is kept of a file that was changed at `modificationTime`. Without information the
+    /// path is held for the caller, who calls Release() at the end. Returns nothing after a wait for
+    /// another thread that held the path: the file may have changed.
     std::optional<Kept> Find(const std::string& path, const std::string& language,
                              long long modificationTime);
     void Release(const std::string& path);

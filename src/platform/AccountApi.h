@@ -17,7 +17,7 @@ using Sid = std::vector<unsigned char>;
 /// Room for an account's or a domain's name, terminator included.
 constexpr std::size_t kAccountNameSize = 256;
 
-/// Nothing when the text, "S-1-...", is no identifier.
+/// Reads the text "S-1-..."; nothing when it is not an identifier.
 std::optional<Sid> ParseSid(const std::wstring& text);
 /// Whether this machine knows the identifier as a user account. Each buffer has
 /// kAccountNameSize bytes; a longer name is a failure, so false.

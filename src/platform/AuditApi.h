@@ -27,8 +27,8 @@ using AuditQuerySystemPolicy = unsigned char (*)(const GUID* subcategories, std:
 using AuditSetSystemPolicy = unsigned char (*)(const AuditPolicyRecord* policy, std::uint32_t count);
 using AuditFree = void (*)(void* policy);
 
-/// What else changing and watching the audit policy takes of the system. Outside
-/// Windows the simulated policy stands behind it. A failure's reason is the last error.
+/// The calls of the system that changing and watching the audit policy needs in addition. Outside Windows
+/// the simulated policy answers them. The reason of a failure is the last error.
 struct AuditCalls {
     using WaitCallback = void (*)(void* context, unsigned char timedOut);
 
@@ -36,7 +36,7 @@ struct AuditCalls {
     /// failure, base::kNoToken when the thread has none of its own.
     std::function<HANDLE()> openThreadToken;
     std::function<HANDLE()> openProcessToken;
-    /// As SetPrivilege, on a token.
+    /// Switches a privilege of a token as SetPrivilege does.
     std::function<bool(HANDLE token, const std::wstring& name, bool enable)> setPrivilege;
     /// An event without a name, not signalled, that one waiter resets; null on failure.
     std::function<HANDLE()> makeEvent;
@@ -55,7 +55,7 @@ struct AuditCalls {
 /// The calls in force. Any thread.
 const AuditCalls& Audit();
 AuditCalls SystemAuditCalls();
-/// For tests, while nothing is audited.
+/// Replaces the calls; for tests, while nothing is audited.
 void ReplaceAuditCalls(AuditCalls calls);
 
 struct AuditTokenTraits {

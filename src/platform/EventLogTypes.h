@@ -48,7 +48,7 @@ inline constexpr unsigned long kEvtRenderValues = 0;
 inline constexpr unsigned long kEvtRenderXml = 1;
 inline constexpr unsigned long kEvtRenderBookmark = 2;
 inline constexpr unsigned long kEvtContextSystem = 1;
-/// What a context of the system's properties renders, by position.
+/// The positions of the values that a render context of the system's properties gives.
 enum EvtSystemProperty : unsigned {
     EvtProviderName = 0,
     EvtEventId = 2,

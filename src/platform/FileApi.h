@@ -48,8 +48,8 @@ bool RemoveFile(const std::string& path);
 /// Removes an empty folder, or a link to a folder itself.
 bool RemoveEmptyDirectory(const std::string& path);
 bool MakeOneDirectory(const std::string& path);
-/// For the owner only, unless the system's own inheritance decides who else may
-/// use it. `path` in the system's ANSI code page.
+/// Creates a directory that only the owner may use, unless the system's own inheritance decides
+/// otherwise. `path` is in the system's ANSI code page.
 bool MakeTemporaryDirectoryAnsi(const std::string& path);
 /// Moves a file or folder; an existing target is a failure.
 bool MovePath(const std::string& from, const std::string& to);
@@ -69,7 +69,7 @@ enum class WriteMode { Truncate, Append };
 /// every byte was written and the file closed without error.
 bool WriteWholeFile(const std::string& path, std::string_view head, std::string_view body, WriteMode mode);
 
-/// With its trailing backslash.
+/// Returns the directory with its trailing backslash.
 std::optional<std::string> TemporaryFolder();
 /// A new, empty file "<prefix>XXXX.tmp" in a folder, made exclusively and
 /// readable by its owner only.

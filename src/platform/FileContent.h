@@ -14,10 +14,10 @@ namespace quillon::platform {
 /// The bytes of open files: what FileApi.h's operations on content are made of. A
 /// failure is false, nothing or an empty handle, see LastError().
 
-/// What one read or write moves at most: larger ones are not faster.
+/// One read or write moves at most this much: larger ones are not faster.
 inline constexpr std::size_t kPieceSize = 128 * 1024;
 
-/// Only what has an end; others may write the file meanwhile.
+/// Opens a file that has an end, which excludes pipes and devices; others may write to it meanwhile.
 FileHandle OpenForReading(const std::string& path);
 /// Bytes read, which may be fewer than fit; 0 at the end.
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size);
@@ -33,7 +33,7 @@ public:
     explicit BoundedReader(const FileHandle& file, std::uint64_t most = kNoLimit);
 
     [[nodiscard]] std::uint64_t Limit() const { return m_limit; }
-    /// As ReadSome.
+    /// Reads as ReadSome() does.
     std::optional<std::size_t> Read(char* buffer, std::size_t size);
 
 private:

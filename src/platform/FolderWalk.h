@@ -27,11 +27,11 @@ public:
 
     /// Calls `visit` for all that is in the folder, without "." and "..".
     bool List(const std::function<void(DirectoryEntry&&)>& visit);
-    /// As SizeOfFile; `name` as listed.
+    /// Returns what SizeOfFile() does; `name` is as it was listed.
     std::optional<std::uint64_t> SizeOf(const std::string& name) const;
-    /// As platform::RemoveFile.
+    /// Removes a file as platform::RemoveFile() does.
     bool RemoveFile(const std::string& name);
-    /// As platform::RemoveEmptyDirectory.
+    /// Removes a directory as platform::RemoveEmptyDirectory() does.
     bool RemoveEmptyDirectory(const std::string& name);
     bool Enter(const std::string& name);
     /// Back to the folder that it entered this one from.

@@ -8,14 +8,14 @@
 
 namespace quillon::platform {
 
-/// What the log file needs of the system beyond FileApi.h. Paths are library
-/// paths in UTF-8; a failure's reason is in LastError().
+/// The operations that the log file needs beyond FileApi.h. Paths are library paths in UTF-8; the reason
+/// of a failure is in LastError().
 
 /// Opens a log file for appending; one that is missing is made, for its owner to
 /// write and its group to read. Others may read and write it meanwhile. No child
 /// inherits it. Pipes and sockets are refused.
 FileHandle OpenLogFile(const std::string& path);
-/// Not a device, which must not be moved aside.
+/// Returns false for a device, which must not be moved aside.
 bool IsDiskFile(const FileHandle& file);
 
 struct Appended {

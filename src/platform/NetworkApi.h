@@ -17,7 +17,7 @@ std::optional<std::string> HostName();
 std::optional<std::string> FullyQualifiedName();
 /// The name of 127.0.0.1; may ask a name server.
 std::optional<std::string> LoopbackName();
-/// Of the primary domain or the workgroup. Only Windows machines have one.
+/// Returns the flat name of the primary domain or the workgroup. Only Windows machines have one.
 std::optional<std::string> FlatDomainName();
 
 /// The families of addresses by the same numbers on every system. A socket address
@@ -33,7 +33,7 @@ constexpr std::size_t kIpv6AddressSize = 28;
 /// ":PORT"; IPv6 with "%SCOPE", or in brackets, and there with ":PORT". Outside
 /// Windows an IPv4 part of an IPv6 address has no leading zeros.
 bool TextToAddress(int family, const std::string& text, void* address);
-/// With its port and scope unless they are 0; empty on failure.
+/// Returns the address with its port and scope unless they are 0; empty on failure.
 std::string AddressToText(const void* address, std::size_t length);
 
 }  // namespace quillon::platform

@@ -23,14 +23,14 @@ struct ProcedureCalls {
     std::function<std::optional<std::string>()> systemDirectory;
     /// Loads a module, for the rest of the process's life; null on failure.
     std::function<HINSTANCE(const std::string& path)> loadModule;
-    /// Null when the module has no such entry point.
+    /// Returns the entry point; null when the module has none of that name.
     std::function<Procedure(HINSTANCE module, const char* name)> findProcedure;
 };
 
 /// The calls in force. Any thread.
 const ProcedureCalls& Procedures();
 ProcedureCalls SystemProcedureCalls();
-/// For tests, while nobody binds.
+/// Replaces the calls; for tests, while nobody binds.
 void ReplaceProcedureCalls(ProcedureCalls calls);
 
 }  // namespace quillon::platform

@@ -41,7 +41,7 @@ struct ProcessRequest {
     bool killableAsTree = false;         ///< prepares for KillScope::Tree
 };
 
-/// What ended a wait; the values are the system's on Windows.
+/// Say what ended a wait; the values are the system's on Windows.
 constexpr std::uint32_t kWaitProcess = 0;
 constexpr std::uint32_t kWaitEvent = 1;
 constexpr std::uint32_t kWaitTimeout = 0x102;
@@ -53,8 +53,8 @@ constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
 /// its end goes on running and leaves no zombie behind.
 class ChildProcess {
 public:
-    /// Nothing when the program cannot be started: base::kFileNotFound when it does not exist,
-    /// base::kInvalidDirectory when the working directory does not.
+    /// Starts a program. Returns nothing when it cannot be started: base::kFileNotFound when it does not
+    /// exist, base::kInvalidDirectory when the working directory does not.
     static std::optional<ChildProcess> Start(const ProcessRequest& request);
 
     ChildProcess(ChildProcess&& other) noexcept;
@@ -65,8 +65,8 @@ public:
     /// Waits for the end of the process or for the event; the process goes first.
     [[nodiscard]] std::uint32_t Wait(const EventHandle& event,
                                      std::optional<std::chrono::milliseconds> limit) const;
-    /// Of a process that has ended: what it exited with, what KillProcess ended it
-    /// with, or 128 and the number of the signal that ended it.
+    /// Returns the exit status of a process that has ended: its own, the one KillProcess() ended it with,
+    /// or 128 plus the number of the signal that ended it.
     [[nodiscard]] std::optional<std::int32_t> ExitStatus() const;
 
 private:

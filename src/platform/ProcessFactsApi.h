@@ -11,8 +11,8 @@
 
 namespace quillon::platform {
 
-/// What can be told of processes from outside. A failure is nothing, with the reason
-/// in LastError(). Any thread.
+/// Facts about processes as others see them. A failure returns nothing, with the reason in LastError().
+/// Thread-safe.
 
 /// The handle's value as ProcessUtils takes it; outside Windows it is the process's
 /// identifier and owns nothing.
@@ -35,7 +35,7 @@ long long PrivateWorkingSet(HANDLE process);
 /// The identifiers of all processes in the system's order.
 std::optional<std::vector<std::uint32_t>> ListProcessIds();
 
-/// What this process uses; nothing for what the system does not tell.
+/// Holds what this process uses; a figure that the system does not tell is nothing.
 struct OwnUsage {
     std::optional<long long> residentBytes;
     std::optional<long long> privateBytes;

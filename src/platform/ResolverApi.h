@@ -28,7 +28,7 @@ using Resolver = int (*)(const AddressQuery& query, addrinfo*& list);
 /// cannot be told whom to ask. Any thread.
 void SetResolver(Resolver resolver);
 int ResolveAddresses(const AddressQuery& query, addrinfo*& list);
-/// What getaddrinfo() answers when the same may succeed later.
+/// Returns the code of getaddrinfo() for a failure after which the same query may succeed.
 int TryAgainCode();
 
 /// A list of our own, to be freed by FreeAddresses(); null of null.

@@ -6,8 +6,8 @@
 
 namespace quillon::platform {
 
-/// Who may do what with a file. Paths are library paths in UTF-8. A failure is
-/// false or nothing, with the reason in LastError().
+/// The permissions of files. Paths are library paths in UTF-8. A failure returns false or nothing, with
+/// the reason in LastError().
 
 /// Switches a privilege of the process, such as "SeSecurityPrivilege"; base::kNoSuchPrivilege
 /// when there is none of that name, base::kNotAllAssigned when the process was not given it. Outside

@@ -9,8 +9,8 @@ struct SystemVersion {
     std::uint32_t minor = 0;
 };
 
-/// What the system says of itself to a program that does not declare which
-/// versions it knows: Windows stops at 6.2. The kernel's release elsewhere.
+/// Returns the version that the system reports to a program that does not declare which versions it
+/// knows: Windows stops at 6.2. Elsewhere it is the kernel's release.
 SystemVersion ReportedSystemVersion();
 
 }  // namespace quillon::platform

@@ -18,7 +18,7 @@ struct CalendarTime {
     int millisecond;
 };
 
-// Nothing stands for what the system cannot convert.
+// A conversion that the system cannot make returns nothing.
 
 std::optional<std::tm> LocalFields(std::int64_t epochSeconds);
 /// Reads `local` as a wall-clock time with daylight saving time off.
@@ -37,7 +37,7 @@ std::optional<std::uint64_t> CalendarToFileTime(const CalendarTime& time);
 std::optional<double> CalendarToOleDate(const CalendarTime& time);
 std::optional<CalendarTime> OleDateToCalendar(double date);
 
-/// What the system's own reader makes of a CIM date-time.
+/// Holds a CIM date-time as the system's own reader understands it.
 struct CimDate {
     enum class State {
         Refused,    // no reader, or the text is no CIM date-time

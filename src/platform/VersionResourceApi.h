@@ -19,7 +19,7 @@ public:
     /// that cannot be read: then `isThere`, unless null, is true, see LastError().
     static std::optional<VersionResource> Load(const std::string& path, bool* isThere = nullptr);
 
-    /// Nothing when it is missing or too short; the signature is not looked at.
+    /// Returns the numbers; nothing when they are missing or too short. The signature is not checked.
     [[nodiscard]] std::optional<base::FixedVersion> Fixed() const;
     [[nodiscard]] std::vector<base::VersionTranslation> Translations() const;
     /// The text "FileVersion", "ProductName", ... of a table as it is stored: UTF-16, with

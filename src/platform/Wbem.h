@@ -29,7 +29,7 @@ std::optional<std::wstring> WbemMessage(HRESULT code);
 /// The system's message alone.
 std::optional<std::wstring> ComMessage(HRESULT code);
 
-/// What stands behind the calls above.
+/// Implements the calls above; a test replaces it.
 struct WbemCalls {
     std::function<HRESULT(CComPtr<IWbemLocator>&)> createLocator;
     std::function<HRESULT(IWbemServices*)> setProxyBlanket;

@@ -7,7 +7,7 @@
 
 namespace quillon::simulation {
 
-/// By name, as a module exports them.
+/// Holds the functions of a module by the names under which it exports them.
 using EntryPoints = std::map<std::string, platform::Procedure>;
 
 /// Modules in memory, by their file's name, whose ASCII case does not matter. Set up

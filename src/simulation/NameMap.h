@@ -24,7 +24,7 @@ struct NameEqual {
     bool operator()(std::wstring_view a, std::wstring_view b) const { return base::EqualIgnoringCase(a, b); }
 };
 
-/// By names whose ASCII case does not matter; found without making a string.
+/// A map whose keys are case-insensitive in ASCII; a look-up makes no string.
 template <class Value>
 using NameMap = std::unordered_map<std::wstring, Value, NameHash, NameEqual>;
 

@@ -43,7 +43,7 @@ private:
     const SqliteConnection& m_connection;
     const SqliteTable m_table;
     std::unordered_map<std::string, Column> m_columns;  // by name in lower case
-    // Of the last row, in its order.
+    // These belong to the last row, in its order.
     SqliteStatement m_statement;
     std::vector<std::string> m_names;
     std::vector<SqliteAffinity> m_affinities;

@@ -6,7 +6,7 @@
 
 namespace quillon::platform {
 
-/// What /etc/os-release says of the distribution, such as its NAME; nothing when it does not.
+/// Returns a value of /etc/os-release, such as that of NAME; nothing when the file does not have it.
 std::optional<std::string> OsReleaseValue(std::string_view name);
 
 }  // namespace quillon::platform

@@ -15,7 +15,7 @@ std::optional<std::string> ReadProcessFile(pid_t process, const char* name);
 
 /// The number that follows a label and blanks; `label` includes what ends it, as a colon.
 std::optional<long long> NumberAfter(std::string_view text, std::string_view label);
-/// In a folder, without hidden ones; nothing when it cannot be read.
+/// Counts the entries of a directory without hidden ones; nothing when it cannot be read.
 std::optional<long long> CountEntries(const char* folder);
 
 /// Field `index` of a text whose fields are parted by one blank, as a number.

@@ -7,7 +7,7 @@
 
 namespace quillon::platform {
 
-/// What /proc/PROCESS/stat tells. Times are in clock ticks, the start since the system's.
+/// Holds the fields of /proc/PROCESS/stat. Times are in clock ticks, the start since that of the system.
 struct ProcessStat {
     pid_t id = 0;
     std::string name;  ///< at most 15 bytes, of any kind
@@ -26,11 +26,11 @@ struct ProcessStat {
     long long residentPages = 0;
 
     [[nodiscard]] bool HasEnded() const { return state == 'Z' || state == 'X'; }
-    /// Not stopped, nor held in the kernel.
+    /// Returns whether the process is neither stopped nor blocked in the kernel.
     [[nodiscard]] bool IsRunnable() const { return state == 'R' || state == 'S'; }
 };
 
-/// Nothing when there is no such process.
+/// Reads the fields; nothing when there is no such process.
 std::optional<ProcessStat> ReadProcessStat(pid_t process);
 
 }  // namespace quillon::platform

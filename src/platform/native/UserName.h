@@ -7,7 +7,7 @@
 
 namespace quillon::platform {
 
-/// By the system's account database; nothing when it knows no such user.
+/// Returns the name in the system's account database; nothing when there is no such user.
 std::optional<std::string> UserName(uid_t user);
 
 }  // namespace quillon::platform

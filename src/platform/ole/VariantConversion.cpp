@@ -49,7 +49,7 @@ HRESULT StoreFloat(const Number& number, float& target) {
     return S_OK;
 }
 
-/// As many digits as the system writes: 7 of a float, 15 of a double.
+/// Writes as many digits as the system does: 7 for a float, 15 for a double.
 std::string RealText(double value, int digits) {
     std::array<char, 40> buffer{};
     const auto end =

@@ -63,7 +63,7 @@ std::optional<VariantNumber> ReadVariantNumber(std::wstring_view text) {
     const std::string narrow = base::ToUtf8(text);
     std::string_view digits = Trimmed(narrow);
     if (digits.starts_with('+') && !digits.starts_with("+-")) digits.remove_prefix(1);
-    // What from_chars takes besides numbers.
+    // from_chars also reads "inf" and "nan", which are no numbers here.
     if (digits.find_first_of("nN") != std::string_view::npos) return std::nullopt;
     if (const auto number = ReadAs<long long>(digits)) return number;
     if (const auto number = ReadAs<unsigned long long>(digits)) return number;

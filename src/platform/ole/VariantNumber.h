@@ -18,7 +18,7 @@ using VariantNumber = std::variant<long long, unsigned long long, double>;
 std::optional<VariantNumber> ReadVariantNumber(std::wstring_view text);
 /// VT_EMPTY is 0, a true VT_BOOL -1; a text is read. Nothing for what has no number.
 std::optional<VariantNumber> VariantNumberOf(const VARIANT& value);
-/// By value, exactly, whatever the types.
+/// Compares the values exactly, whatever the types are.
 std::partial_ordering CompareNumbers(const VariantNumber& left, const VariantNumber& right);
 
 }  // namespace quillon::platform

@@ -28,7 +28,7 @@ struct OwnedCertificate : CERT_CONTEXT {
     std::string friendlyName;  ///< as the property; empty when there is none
 };
 
-/// Without this a PEM block that says it is encrypted has the terminal asked for its password.
+/// Without this function OpenSSL asks on the terminal for the password of an encrypted PEM block.
 int RefusePassword(char*, int, int, void*) { return -1; }
 
 /// The bytes in a PEM block; empty when it holds no certificate.
@@ -54,7 +54,7 @@ X509Pointer Parse(std::string_view& bytes) {
     const std::string_view all = bytes;
     bytes = all.substr(0, static_cast<std::size_t>(end - AsBytes(bytes)));
     if (bytes.size() == all.size()) return certificate;
-    // What follows may be what OpenSSL keeps of a trusted certificate.
+    // The further data may be that of OpenSSL's trusted certificates.
     const unsigned char* at = AsBytes(all);
     X509Pointer trusted(::d2i_X509_AUX(nullptr, &at, static_cast<long>(all.size())));
     return trusted != nullptr ? std::move(trusted) : std::move(certificate);

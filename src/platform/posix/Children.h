@@ -10,9 +10,8 @@
 
 namespace quillon::platform {
 
-/// What is known of the children that have not been reaped. An identifier in the
-/// table cannot belong to another process: a child is reaped and leaves the table
-/// under one hold of the lock.
+/// Holds the children that have not been reaped. An identifier in the table cannot belong to another
+/// process: a child is reaped and leaves the table under one hold of the lock.
 struct ChildTable {
     struct Child {
         /// "NAME=value" in the environment of its tree; empty: it is not killed as one.
@@ -27,13 +26,13 @@ struct ChildTable {
 
 /// Never destroyed: a detached thread may outlive the static objects.
 ChildTable& Children();
-/// True when a child has ended, reaped or not.
+/// Returns whether a child has ended, reaped or not.
 bool HasChildEnded(pid_t child);
 /// Kills a child that leads its group, and its descendants: the members of the
 /// group, the children of all these, and whoever has the mark in its environment.
 /// The caller keeps the child from being reaped.
 bool KillTree(pid_t leader, const std::string& mark);
-/// True when a process exists and has not ended.
+/// Returns whether a process exists and has not ended.
 bool IsAlive(pid_t process);
 /// A handle that can be polled for the end of a process; -1 when there is none.
 int OpenProcessDescriptor(pid_t process);

@@ -17,8 +17,8 @@ namespace quillon::platform {
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
     const std::string native = NativePath(path);
     struct ::stat status {};
-    // With a trailing separator the name leads through a link, but says itself only
-    // that what is meant is a folder.
+    // With a trailing separator lstat follows a link, and so says only that a directory is meant; the
+    // attributes are those of the name without the separator.
     const bool exists = ::lstat(native.c_str(), &status) == 0 &&
                         (!native.ends_with('/') || ::lstat(NativeName(path).c_str(), &status) == 0);
     if (!exists) {

@@ -47,7 +47,7 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to) {
     return false;
 }
 
-/// For file systems that cannot rename without replacing.
+/// Moves a file on file systems that cannot rename without replacing.
 bool MoveToFreeName(const char* from, const char* to) {
     return IsFree(to) && (::rename(from, to) == 0 || FailWithErrno());
 }

@@ -50,7 +50,7 @@ bool CopyContent(const FileHandle& source, const FileHandle& target) {
     }
 }
 
-/// What the system's copy takes along besides the content.
+/// Copies what the copy of Windows takes along in addition to the content.
 bool CopyModeAndTime(const struct ::stat& source, const FileHandle& target) {
     const ::timespec times[] = {{0, UTIME_OMIT}, source.st_mtim};
     constexpr mode_t kPermissions = 0777;
@@ -97,7 +97,7 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
     struct ::stat target {};
     const FileHandle reader = OpenRegular(from, O_RDONLY, source);
     if (!reader) return false;
-    // What only some may read is not for others while it is copied.
+    // A file that only some users may read must not be readable for others while it is copied.
     FileHandle writer = OpenRegular(to, O_WRONLY | O_CREAT, target, kOwnerOnly);
     if (!writer) return false;
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) {

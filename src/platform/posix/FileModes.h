@@ -11,7 +11,7 @@ namespace quillon::platform {
 
 /// ERROR_ACCESS_DENIED.
 
-/// What takes the part of the read-only attribute: a file its owner may not write.
+/// Returns whether the owner may not write the file, which stands for the read-only attribute.
 inline bool IsReadOnly(const struct ::stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }

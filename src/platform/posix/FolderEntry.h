@@ -13,7 +13,7 @@ struct CloseFolder {
 };
 using OpenFolder = std::unique_ptr<::DIR, CloseFolder>;
 
-/// What was found in an open folder.
+/// Returns the entry that was found in an open directory.
 DirectoryEntry ToEntry(int folder, const ::dirent& found);
 
 }  // namespace quillon::platform

@@ -38,8 +38,8 @@ bool IsDotOrDotDot(const char* name) {
 
 }  // namespace
 
-/// Only the current folder is open: a process has few descriptors. The way up is
-/// "..", taken only when it leads to the very folder that was come from.
+/// Keeps only the current directory open, as a process has few descriptors. The way up is "..", which is
+/// taken only when it leads to the very directory that the walk came from.
 struct FolderWalk::State {
     FileHandle folder;
     std::vector<Identity> above;

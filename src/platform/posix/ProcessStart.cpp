@@ -70,7 +70,7 @@ private:
     std::vector<char*> m_pointers;
 };
 
-/// What follows the switch of "cmd /c", as it is written.
+/// Returns the text after the switch of "cmd /c", as it is written.
 std::string AfterSwitch(const std::string& command) {
     auto rest = command.find_first_of("cC", command.find('/')) + 1;
     if (rest < command.size() && command[rest] == '"') ++rest;
@@ -89,7 +89,8 @@ std::vector<std::string> ArgumentsOf(const std::string& command) {
     return arguments;
 }
 
-/// What a daemon that has left its group and lost its parents still carries.
+/// Returns a mark for the environment, by which even a daemon is found that has left its group and lost
+/// its parents.
 std::string NewTreeMark() {
     static std::atomic<unsigned> count{0};
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();

@@ -26,7 +26,7 @@ namespace {
 /// A tree that forks faster than it is stopped is killed as far as it was found.
 constexpr int kMaxRounds = 300;
 constexpr std::chrono::milliseconds kRoundPause{1};
-/// For the kernel to end what was killed.
+/// The time that the kernel gets to end a process that was killed.
 constexpr std::chrono::milliseconds kEndLimit{1000};
 
 std::string ReadOf(pid_t process, const char* name) {
@@ -77,7 +77,7 @@ private:
     bool m_isSame = false;
 };
 
-/// What is known of a tree while it is being stopped.
+/// Holds the processes of a tree while it is being stopped.
 class Tree {
 public:
     Tree(pid_t leader, std::string_view mark) : m_leader(leader), m_mark(mark), m_known{leader} {

@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kAccessList = "system.posix_acl_access";
 constexpr mode_t kAllBits = 07777;
 
-/// What stands before the bytes of the access list.
+/// The fields before the bytes of the access list.
 struct Head {
     ::uid_t owner = 0;
     ::gid_t group = 0;

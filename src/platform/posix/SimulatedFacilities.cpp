@@ -26,7 +26,8 @@ namespace quillon::platform {
 
 namespace {
 
-/// Only the superuser's process holds privileges; one that gave the account up has lost them.
+/// Switches a privilege. Only a process of the superuser holds privileges; one that has given the account
+/// up has lost them.
 std::uint32_t SwitchPrivilege(const std::wstring& name, bool enable) {
     simulation::ProcessToken& token = simulation::ProcessToken::Process();
     if (::geteuid() == 0) return token.Switch(name, enable);

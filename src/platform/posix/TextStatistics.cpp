@@ -14,7 +14,7 @@ bool IsPrintable(unsigned byte) {
     return (byte >= 0x20 && byte < 0x7F) || byte == '\t' || byte == '\r' || byte == '\n';
 }
 
-/// What is counted of bytes taken as little-endian UTF-16.
+/// Holds the counts of bytes taken as little-endian UTF-16.
 struct Counts {
     std::size_t printableBytes = 0;
     std::size_t asciiUnits = 0;

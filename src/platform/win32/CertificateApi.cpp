@@ -24,7 +24,7 @@ StoreHandle OpenStore(const std::wstring& name) {
         name.c_str()));
 }
 
-/// With the terminating zero; 0 when the name cannot be decoded.
+/// Returns the length with the terminating NUL; 0 when the name cannot be decoded.
 DWORD ConvertName(const CRYPTOAPI_BLOB& name, wchar_t* buffer, DWORD size) {
     CRYPTOAPI_BLOB copy = name;
     return ::CertNameToStrW(X509_ASN_ENCODING, &copy, CERT_X500_NAME_STR, buffer, size);

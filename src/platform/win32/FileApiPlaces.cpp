@@ -51,8 +51,8 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
     int denied = 0;
     const UINT start = StartNumber();
     for (UINT i = 0; i < kNumbers; ++i) {
-        // With a number of ours the system only makes the name; the file is made
-        // here, so that it is its user's alone from its first moment.
+        // With a number of ours the system only makes the name. The file is created here, so that only
+        // its user can open it from the first moment on.
         PathBuffer name;
         const UINT number = (start + i) % kNumbers + 1;
         if (::GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), number, name) == 0)

@@ -35,7 +35,8 @@ FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, boo
     return {};
 }
 
-/// With the volume named by its drive, or as the kernel names it. Empty when it has none of this kind.
+/// Returns the path with the volume named by its drive or by the kernel; empty when it has no name of
+/// that kind.
 std::wstring FinalPath(const FileHandle& file, DWORD volumeName) {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
@@ -85,7 +86,7 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
         volumeName = VOLUME_NAME_NT;
         level.finalPath = FinalPath(level.handle, volumeName);
     }
-    // Only what is removed needs it.
+    // Only a walk that erases needs the final path.
     if (level.finalPath.empty() && purpose == Purpose::ToErase) return false;
     if (!level.finalPath.empty() && !level.finalPath.ends_with(L'\\')) level.finalPath.push_back(L'\\');
     // The start's path by its drive has no limit of 260 characters, nor what is below it.
@@ -96,8 +97,8 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
     return true;
 }
 
-/// By handle, and only when it lies in the open folder: that may have been turned
-/// into a link in place, which holding it open does not prevent.
+/// Removes by handle, and only an entry that lies in the open directory: that may have been turned into a
+/// link in place, which holding it open does not prevent.
 bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
     const std::wstring wideName = base::ToWide(name);
     const FileHandle file(::CreateFileW((path + wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,

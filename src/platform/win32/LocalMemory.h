@@ -14,7 +14,7 @@ struct LocalMemoryTraits {
         ::SetLastError(code);
     }
 };
-/// What the system allocated with LocalAlloc.
+/// Owns memory that the system has allocated with LocalAlloc.
 using LocalMemory = Handle<LocalMemoryTraits>;
 
 }  // namespace quillon::platform

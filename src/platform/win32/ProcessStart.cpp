@@ -29,7 +29,7 @@ public:
 
     [[nodiscard]] bool Empty() const { return m_handles.empty(); }
 
-    /// Nothing but these handles: others of this process may be inheritable.
+    /// The child inherits only these handles: other handles of this process may be inheritable.
     bool Prepare() {
         SIZE_T size = 0;
         ::InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
@@ -62,8 +62,8 @@ bool PrecedesIgnoringCase(const std::wstring& a, const std::wstring& b) {
                                   TRUE) == CSTR_LESS_THAN;
 }
 
-/// As the system keeps it: sorted by name, every variable ended by a zero, and one
-/// more zero.
+/// Returns the block in the system's form: sorted by name, every variable ended by a NUL, and one more
+/// NUL.
 std::wstring EnvironmentBlock(const std::map<std::string, std::string>& variables) {
     std::vector<std::pair<std::wstring, std::wstring>> sorted;
     for (const auto& [name, value] : variables) sorted.emplace_back(base::ToWide(name), base::ToWide(value));

@@ -11,7 +11,8 @@ inline bool IsLink(DWORD attributes, DWORD reparseTag) {
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(reparseTag);
 }
 
-/// Of a file that was opened as the reparse point itself. What cannot be told counts as a link.
+/// Returns whether a file that was opened as the reparse point itself is a link. One that the system says
+/// nothing about counts as a link.
 inline bool IsLink(const FileHandle& file) {
     FILE_ATTRIBUTE_TAG_INFO info{};
     if (::GetFileInformationByHandleEx(file.Get(), FileAttributeTagInfo, &info, sizeof info) == 0)

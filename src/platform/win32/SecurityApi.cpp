@@ -22,7 +22,7 @@ bool Fail(DWORD code) {
     return false;
 }
 
-/// True when the system adjusted it and says that nothing was left out.
+/// Returns whether the system has adjusted the token and says that nothing was left out.
 bool Adjust(HANDLE token, TOKEN_PRIVILEGES& state, TOKEN_PRIVILEGES* previous) {
     DWORD size = sizeof(TOKEN_PRIVILEGES);
     const BOOL adjusted =

@@ -4,7 +4,7 @@
 
 namespace quillon::platform {
 
-/// Whoever has the file open may go on with what they do.
+/// Lets every other user of the file go on.
 inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 }  // namespace quillon::platform

@@ -8,7 +8,7 @@ namespace {
 
 constexpr DWORD kNamingException = 0x406D1388;
 
-/// What debuggers look for in the exception, in their layout.
+/// Has the layout that debuggers look for in the exception.
 #pragma pack(push, 8)
 struct NamingRecord {
     DWORD type;

@@ -20,7 +20,7 @@ inline Token OpenToken(DWORD access) {
     return Token(::OpenProcessToken(::GetCurrentProcess(), access, &token) != 0 ? token : nullptr);
 }
 
-/// As SetPrivilege, on a token that may be queried and adjusted.
+/// Switches a privilege as SetPrivilege() does, on a token that may be queried and adjusted.
 bool SetTokenPrivilege(HANDLE token, const std::wstring& name, bool enable);
 
 }  // namespace quillon::platform

@@ -36,8 +36,8 @@ public:
     void Mute(bool isMuted);
     /// Lets the next call fail with a code, once. `call` is an entry point or a member of AuditCalls.
     void FailNext(const std::string& call, std::uint32_t code);
-    /// Who knows whether the caller has SeSecurityPrivilege switched on, without which
-    /// querying and setting fail (1314).
+    /// Sets the function that says whether the caller has SeSecurityPrivilege switched on, without which
+    /// querying and setting fail with ERROR_PRIVILEGE_NOT_HELD (1314).
     void AskForPrivilege(std::function<bool()> isEnabled) { m_isPrivilegeEnabled = std::move(isEnabled); }
     bool IsPrivilegeEnabled();
     /// Runs in every setting, after the change and before it returns to its caller.

@@ -124,7 +124,7 @@ std::uint32_t EventLog::TakeFailure(const char* entryPoint) {
     return failure.empty() ? 0 : failure.mapped();
 }
 
-/// Until nothing is left, so that what is written meanwhile keeps its order.
+/// Delivers until nothing is left, so that events that are written meanwhile keep their order.
 void EventLog::Deliver(void* subscription) {
     std::thread([this, subscription] {
         Subscription copy;
@@ -141,7 +141,8 @@ void EventLog::Deliver(void* subscription) {
     }).join();
 }
 
-/// Nothing when the subscription is closed, pulls its events itself, or has none.
+/// Takes the next event for a subscription; nothing when it is closed, pulls its events itself, or has
+/// none.
 EventLog::EventPointer EventLog::TakeUndelivered(void* subscription, Subscription& copy) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_objects.find(reinterpret_cast<std::uintptr_t>(subscription));

@@ -16,7 +16,7 @@
 
 namespace quillon::simulation {
 
-/// What is stored of an event. Texts are UTF-8.
+/// Holds one stored event. Texts are UTF-8.
 struct Event {
     std::string provider;
     std::uint16_t eventId = 0;
@@ -32,7 +32,7 @@ struct Event {
 /// with EventID, EventRecordID or Level, and = < > <= >=.
 class EventQuery {
 public:
-    /// Nothing when the text is neither.
+    /// Reads a query of one of the two forms; nothing when the text is neither.
     static std::optional<EventQuery> Parse(std::string_view text);
     bool Matches(const Event& event) const;
 
@@ -121,7 +121,7 @@ private:
                                         const platform::EvtVariant* value);
     static int SaveChannelConfig(void* config, unsigned long flags);
 
-    // With the lock held:
+    // The caller of these holds the lock.
     std::uint32_t TakeFailure(const char* entryPoint);
     Channel* Find(const std::string& name);
     void* Keep(Object object);

@@ -40,7 +40,7 @@ std::string Attribute(const std::string& xml, const std::string& name) {
     return xml.substr(begin, xml.find('\'', begin) - begin);
 }
 
-/// What EvtRender does with a buffer; the used size is told either way.
+/// Fills a buffer as EvtRender does; the size is told also when it does not fit.
 int CopyOut(const void* bytes, std::size_t size, unsigned long bufferSize, void* buffer,
             unsigned long* used) {
     *used = static_cast<unsigned long>(size);

@@ -16,7 +16,7 @@ std::string NumberBytes(std::uint32_t number) {
     return bytes;
 }
 
-/// With the zero that a stored text ends with.
+/// Returns the bytes of a stored text, which end with a NUL.
 std::string TextBytes(std::string text) { return text.append(1, '\0'); }
 
 }  // namespace

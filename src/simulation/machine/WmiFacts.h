@@ -18,7 +18,8 @@ namespace quillon::simulation {
 
 /// The machine as WMI's classes tell of it. What the system does not tell is NULL.
 
-/// What was found out; nothing for NULL. Texts are UTF-8, a CIM_DATETIME is microseconds since 1970, UTC.
+/// Holds one fact of the machine, or nothing for NULL. Texts are UTF-8, a CIM_DATETIME is microseconds
+/// since 1970, UTC.
 class WmiFact {
 public:
     WmiFact() = default;
@@ -32,7 +33,7 @@ public:
         if (value) *this = WmiFact(*value);
     }
 
-    /// As WMI holds a value of this type; NULL for one that does not fit it.
+    /// Returns the fact as WMI holds a value of this type; NULL when it does not fit the type.
     [[nodiscard]] _variant_t As(CIMTYPE type) const;
 
 private:
@@ -94,7 +95,7 @@ WmiClass NetworkAdapterClass();
 /// that a unit that stays active without a process counts as stopped.
 WmiClass ServiceClass();
 
-/// All of them, in ROOT\CIMV2.
+/// Adds all classes of facts, in ROOT\CIMV2.
 void AddMachineFacts(WmiRepository& repository);
 
 // --- What several of them tell ---
@@ -102,9 +103,9 @@ void AddMachineFacts(WmiRepository& repository);
 std::string NodeName();
 /// A file of /proc or /sys without the line's end; nothing when it cannot be read or is empty.
 std::optional<std::string> ReadFact(const std::string& path);
-/// Of /proc/meminfo, in KiB; `label` includes the colon.
+/// Returns a figure of /proc/meminfo in KiB; `label` includes the colon.
 std::optional<long long> MemoryKilobytes(std::string_view label);
-/// Microseconds since 1970; the system's start.
+/// Returns when the system started, in microseconds since 1970.
 std::optional<std::int64_t> BootTime();
 std::int64_t CurrentTime();
 

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Of Win32_NetworkAdapter.NetConnectionStatus.
+/// Values of Win32_NetworkAdapter.NetConnectionStatus.
 enum ConnectionStatus { kDisconnected = 0, kConnected = 2, kMediaDisconnected = 7 };
 constexpr int kEthernetHardware = 1;  // ARPHRD_ETHER
 constexpr int kEthernet = 0;          // of Win32_NetworkAdapter.AdapterTypeId

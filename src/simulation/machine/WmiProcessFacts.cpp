@@ -20,7 +20,7 @@ namespace quillon::simulation {
 
 namespace {
 
-/// What the methods of Win32_Process return.
+/// Return values of the methods of Win32_Process.
 enum ReturnValue {
     kSuccess = 0,
     kAccessDenied = 2,
@@ -55,7 +55,7 @@ std::vector<Process> ListProcesses() {
     return processes;
 }
 
-/// In units of 1/perSecond; time is counted in the kernel's ticks.
+/// Converts ticks of the kernel, in which it counts time, to units of 1/perSecond.
 std::int64_t FromTicks(unsigned long long ticks, std::int64_t perSecond) {
     static const std::int64_t ticksPerSecond = ::sysconf(_SC_CLK_TCK);
     return static_cast<std::int64_t>(ticks) * (perSecond / ticksPerSecond);

@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kUnitEnding = ".service";
-/// What stands in an earlier one replaces what stands in a later one.
+/// A unit in an earlier directory replaces the one in a later directory.
 constexpr const char* kUnitFolders[] = {"/etc/systemd/system", "/run/systemd/system",
                                         "/usr/lib/systemd/system", "/lib/systemd/system"};
 constexpr const char* kScriptFolder = "/etc/init.d";
@@ -23,7 +23,7 @@ struct Service {
     bool isUnit = true, startsItself = false;
     std::optional<std::string> content = std::nullopt;
 
-    /// Of a line that begins with the key, which includes the sign that ends it.
+    /// Returns the value of the line that begins with the key, which includes the sign that ends it.
     std::optional<std::string> Value(std::string_view key) {
         if (!content) content = '\n' + ReadFact(file).value_or("");
         const auto at = content->find('\n' + std::string(key));

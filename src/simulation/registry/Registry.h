@@ -15,10 +15,11 @@ class Registry {
 public:
     // --- For those who use it, with the system's results ---
 
-    /// Null when there is no such key, see LastError().
+    /// Opens a key; null when there is none of that path, see LastError().
     HKEY Open(const std::string& path);
     void Close(HKEY key);
-    /// As RegQueryValueEx: 0, 2 (no such value), 6 (no such key), 234 (too small).
+    /// Reads a value as RegQueryValueEx does: 0, ERROR_FILE_NOT_FOUND (2) for no such value,
+    /// ERROR_INVALID_HANDLE (6) for no such key, ERROR_MORE_DATA (234) for too small a buffer.
     std::uint32_t Query(HKEY key, const std::string& name, void* buffer, std::uint32_t& size);
 
     // --- For those who set it up ---

@@ -17,7 +17,7 @@ struct Range {
     long long least, most;
 };
 
-/// Of the integers up to 32 bits.
+/// Returns the range of an integer type of up to 32 bits, and the variant type that holds it.
 std::optional<Range> RangeOf(CIMTYPE type) {
     switch (type) {
         case CIM_SINT8:
@@ -112,7 +112,7 @@ HRESULT CoerceScalar(const VARIANT& value, CIMTYPE type, _variant_t& converted) 
     }
 }
 
-/// Of the elements of an array.
+/// Returns the variant type that holds the elements of an array.
 VARTYPE HeldAs(CIMTYPE type) {
     if (const auto range = RangeOf(type)) return range->held;
     switch (type) {

@@ -31,7 +31,7 @@ WmiShapePtr ShapeFor(const WmiSchema& schema, const std::vector<std::wstring>& n
     return std::make_shared<const WmiShape>(std::move(chosen), showsPath);
 }
 
-/// What a provider has to find out; none for everything.
+/// Returns the properties that a provider has to find out; an empty list means all.
 std::vector<std::wstring> Wanted(const WqlQuery& query, const WmiSchema& schema, bool showsPath) {
     if (query.Properties().empty()) return {};
     std::vector<std::wstring> names = query.Properties();

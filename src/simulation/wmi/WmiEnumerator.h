@@ -15,8 +15,8 @@ class WmiEnumerator final : public WbemObject<IEnumWbemClassObject> {
 public:
     WmiEnumerator(const std::shared_ptr<WmiState>& state, const std::wstring& nameSpace, WqlQuery query);
 
-    /// What Next fails with: WBEM_E_INVALID_CLASS, WBEM_E_INVALID_QUERY when the class has no such property,
-    /// WBEM_E_PROVIDER_FAILURE.
+    /// Returns the code that Next() fails with: WBEM_E_INVALID_CLASS, WBEM_E_INVALID_QUERY when the class
+    /// has no such property, WBEM_E_PROVIDER_FAILURE.
     HRESULT Result() const { return m_result; }
 
     HRESULT Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override;
@@ -26,7 +26,8 @@ private:
 
     HRESULT Start(const std::wstring& nameSpace);
     bool KnowsProperties() const;
-    /// Null at the end. Throws std::invalid_argument when the provider named a property that is none.
+    /// Returns the next row; null at the end. Throws std::invalid_argument when the provider gave a name
+    /// that is not a property of the class.
     WmiRowPtr NextRow();
     WmiRowPtr NextMatch();
     const VARIANT* Value(const WmiRow& row, std::wstring_view name);

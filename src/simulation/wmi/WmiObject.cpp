@@ -20,7 +20,7 @@ HRESULT Give(const VARIANT& value, VARIANT* target) {
 
 constexpr VARIANT kNothing{};
 constexpr LONG kSystemFlavor = 0x40;
-/// Of GetNames: which properties are wanted, by where they come from.
+/// Flags of GetNames, which choose properties by their origin.
 constexpr LONG kOwnFlag = WBEM_FLAG_NONSYSTEM_ONLY;
 constexpr LONG kSystemFlag = WBEM_FLAG_SYSTEM_ONLY;
 

@@ -18,9 +18,9 @@ public:
     HRESULT Put(const wchar_t* name, LONG flags, VARIANT* value, CIMTYPE type) override;
     HRESULT GetNames(const wchar_t* qualifier, LONG flags, VARIANT* qualifierValue,
                      SAFEARRAY** names) override;
-    /// Of a class only.
+    /// Works for a class only.
     HRESULT SpawnInstance(LONG flags, IWbemClassObject** instance) override;
-    /// Of a class only.
+    /// Works for a class only.
     HRESULT GetMethod(const wchar_t* name, LONG flags, IWbemClassObject** in,
                       IWbemClassObject** out) override;
 

@@ -18,7 +18,7 @@ struct WmiPath {
     std::vector<std::pair<std::wstring, std::wstring>> keys;
 };
 
-/// Nothing when it is malformed.
+/// Reads a path; nothing when it is malformed.
 std::optional<WmiPath> ParseWmiPath(std::wstring_view text);
 
 /// A namespace with backslashes, and the server in front of it if there is one. Nothing when a part is empty.

@@ -44,8 +44,8 @@ WmiRowPtr MakeRow(const WmiSchema& schema, const WmiValues& values);
 HRESULT AskProvider(const WmiSchema& schema, const std::vector<std::wstring>& wanted,
                     std::vector<WmiValues>& rows);
 
-/// What names an instance in its namespace; nothing when a key is NULL. A class without keys has one
-/// instance, "Class=@".
+/// Returns the path of an instance relative to its namespace; nothing when a key is NULL. A class without
+/// keys has one instance, "Class=@".
 std::optional<std::wstring> RelativePath(const WmiSchema& schema, const WmiRow& row);
 std::wstring FullPath(const WmiSchema& schema, const std::wstring& relativePath);
 

@@ -28,7 +28,7 @@ public:
 
     WmiShape(std::vector<Property> properties, bool showsPath);
 
-    /// Null when there is none.
+    /// Returns the property; null when there is none of that name.
     const Property* Find(std::wstring_view name) const;
     const std::vector<Property>& Properties() const { return m_properties; }
     /// Whether the properties that make the path are among those that were asked for.

@@ -24,9 +24,9 @@ public:
     const std::vector<WmiRowPtr>& Rows() const { return m_rows; }
     /// One more, whatever its keys.
     void Add(WmiRowPtr row);
-    /// In place of the one with the same keys, or one more. False when a key is NULL.
+    /// Stores a row in place of the one with the same keys, or adds it. False when a key is NULL.
     bool Put(WmiRowPtr row);
-    /// By its relative path; null when there is none.
+    /// Returns the row of that relative path; null when there is none.
     WmiRowPtr Find(std::wstring_view relativePath) const;
 
 private:
@@ -40,8 +40,8 @@ struct WmiNamespace {
     NameMap<WmiTable> tables;
 };
 
-/// What a repository shares with all that it handed out. Members that are not atomic are used under `mutex`;
-/// neither a provider nor a method's body runs under it.
+/// Holds what a repository shares with all objects that it has handed out. Members that are not atomic
+/// are used under `mutex`; neither a provider nor the body of a method runs under it.
 struct WmiState {
     using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 

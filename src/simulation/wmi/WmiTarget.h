@@ -7,7 +7,7 @@
 
 namespace quillon::simulation {
 
-/// What an object's path leads to: a class, or an instance of it.
+/// Holds the target of an object's path: a class, or an instance of it.
 struct WmiTarget {
     WmiSchemaPtr schema;
     WmiRowPtr row;      // null for a class

@@ -59,7 +59,8 @@ std::size_t SkipSign(std::wstring_view text, std::size_t at) {
     return at < text.size() && (text[at] == L'-' || text[at] == L'+') ? at + 1 : at;
 }
 
-/// Of a sign, digits, a point with digits, and an exponent; 0 when it is no number.
+/// Returns the length of a number at the beginning: a sign, digits, a point with digits, and an exponent;
+/// 0 when there is none.
 std::size_t NumberLength(std::wstring_view text) {
     const std::size_t first = SkipSign(text, 0);
     std::size_t end = SkipDigits(text, first);

@@ -40,11 +40,11 @@ public:
     explicit WqlLexer(std::wstring_view query) : m_rest(query) { Advance(); }
 
     [[nodiscard]] WqlToken Token() const { return m_token; }
-    /// Of a Name.
+    /// Returns the text when the token is a Name.
     [[nodiscard]] std::wstring_view Name() const { return m_name; }
-    /// Of a Constant: VT_BSTR, VT_I8, VT_UI8, VT_R8 or VT_BOOL; taken once.
+    /// Hands out the value when the token is a Constant, once: VT_BSTR, VT_I8, VT_UI8, VT_R8 or VT_BOOL.
     _variant_t TakeConstant() { return std::move(m_constant); }
-    /// End and Invalid are for ever.
+    /// Reads the next token; End and Invalid stay for ever.
     void Advance();
 
 private:

@@ -13,7 +13,7 @@ class WqlParser {
 public:
     explicit WqlParser(std::wstring_view text) : m_lexer(text) {}
 
-    /// Nothing when it is no query.
+    /// Reads the whole text; nothing when it is not a query.
     std::optional<WqlQuery> Parse() {
         if (!Take(WqlToken::Select) || !ReadProperties() || !Take(WqlToken::From) ||
             !TakeName(m_query.m_className)) {

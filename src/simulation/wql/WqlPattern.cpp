@@ -53,7 +53,7 @@ private:
 bool MatchesLike(std::wstring_view text, std::wstring_view pattern) {
     const Pattern elements(pattern);
     std::size_t at = 0;
-    // Only the last '%' needs to be tried with more text: an earlier one gains nothing by it.
+    // Only the last '%' needs to be tried with more text: more text for an earlier one changes nothing.
     std::size_t afterAny = kNone;
     std::size_t retryFrom = 0;
     std::size_t i = 0;

@@ -13,7 +13,7 @@ namespace quillon::simulation {
 
 namespace {
 
-/// In this order AND is the smaller of two, OR the larger.
+/// The order matters: AND is the smaller of two values, OR the larger, NOT the difference to True.
 enum Truth : char { False = 0, Unknown = 1, True = 2 };
 
 Truth TruthOf(bool value) { return value ? True : False; }

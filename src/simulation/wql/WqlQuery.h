@@ -30,7 +30,7 @@ public:
     HRESULT Parse(std::wstring_view text);
 
     const std::wstring& ClassName() const { return m_className; }
-    /// None when all are wanted.
+    /// Returns the properties that the query names; an empty list means all.
     const std::vector<std::wstring>& Properties() const { return m_properties; }
     /// The names that the condition reads.
     std::vector<std::wstring> ConditionProperties() const;
@@ -46,7 +46,7 @@ private:
         enum class Kind { Compare, IsNull, IsNotNull, And, Or, Not };
         enum class Operator { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual, Like };
 
-        /// Of a comparison with a property's value, which may be null: false 0, unknown 1, true 2.
+        /// Compares a property's value, which may be null: 0 is false, 1 unknown, 2 true.
         [[nodiscard]] char TruthFor(const VARIANT* value) const;
         [[nodiscard]] bool IsMetBy(const VARIANT& value) const;
 

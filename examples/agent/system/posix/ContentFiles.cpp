@@ -40,7 +40,7 @@ private:
 
 std::string LastFault() { return std::generic_category().message(errno); }
 
-/// Of a call that a signal may interrupt.
+/// Repeats a call while a signal interrupts it.
 template <class Call>
 auto Retried(const Call& call) {
     auto result = call();
