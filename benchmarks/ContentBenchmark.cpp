@@ -39,7 +39,7 @@ private:
     std::size_t m_size = 0;
 };
 
-/// As a host has it: Trace entries are suppressed.
+/// Suppresses Trace entries, as a host's logger does.
 class QuietLogger {
 public:
     QuietLogger() { quillon::ServiceLocator::Put<quillon::ICLogger>(&m_logger); }

@@ -44,7 +44,7 @@ BENCHMARK(Iso)->Name("format-iso/quillon");
 const std::array<std::string, 4> kJson{"2016-05-10T12:13:14.123Z", "1999-12-31T23:59:59.000+05:30",
                                        "2024-02-29T00:00:00.999-08:00", "1970-01-01T00:00:00.000Z"};
 
-/// What sscanf and timegm take for the same: fields, fraction, zone.
+/// Reads the fields, the fraction and the zone by sscanf and timegm.
 long long ReadByLibc(const std::string& text) {
     std::tm utc{};
     if (std::sscanf(text.c_str(), "%d-%d-%dT%d:%d:%d", &utc.tm_year, &utc.tm_mon, &utc.tm_mday, &utc.tm_hour,

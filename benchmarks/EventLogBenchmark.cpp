@@ -21,7 +21,7 @@ constexpr int kPairs = 100'000;
 const std::array<std::wstring, 4> kChannels{L"Maker-Windows-Part/Operational", L"Maker-Windows-Other/Debug",
                                             L"Maker-Windows-Fourth/Admin", L"Maker-Windows-Third/Analytic"};
 
-/// What every proxy needs: a count a name, and a lock.
+/// Does the least that a proxy needs: one count for each name, and a lock.
 class PlainCounts {
 public:
     void Add(const std::wstring& name) {

@@ -14,7 +14,7 @@ using quillon::SpaceSeparatedField;
 
 constexpr int kLines = 200'000;
 
-/// What "ps aux" prints, with numbers that differ from line to line.
+/// Returns lines as "ps aux" prints them, with numbers that differ from line to line.
 const std::string& ProcessList() {
     static const std::string text = [] {
         std::string lines;

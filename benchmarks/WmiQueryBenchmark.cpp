@@ -60,7 +60,7 @@ WmiRepository& Repository() {
     return repository;
 }
 
-/// What one writes who wants these objects only.
+/// Reads these objects by code written for them only.
 struct Process {
     std::wstring name, commandLine;
     long long id = 0, parent = 0, workingSet = 0;

@@ -5,7 +5,7 @@
 
 #include "quillon/DataTableIO.h"
 
-/// What an import accepts must be written and read back as the same table.
+/// A table that an import accepts must be written and read back as the same table.
 
 namespace {
 

@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text(reinterpret_cast<const char*>(data), size);
     const Url url = Url::Parse(text);
     if (size < 200) CheckAgainstPattern(text, url);
-    // What is printed reads as the same; past an int the port does not.
+    // A printed URL must be read as the same one, except for a port past the range of int.
     if (url.IsValid() && url.Port() <= 0x7FFFFFFF)
         Require(Url::Parse(url.ToString()).ToString() == url.ToString());
     return 0;

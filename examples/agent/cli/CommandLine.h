@@ -24,8 +24,8 @@ struct MethodsCommand {
     ListFormat format = ListFormat::Text;
 };
 
-/// Nothing to do but to say something: help that was asked for (code 0), or what
-/// is wrong with the command line (code 2, as for any bad call).
+/// Holds a text to print in place of a command: help that was asked for (code 0), or the fault of the
+/// command line (code 2, as for any bad call).
 struct UsageMessage {
     int exitCode = 0;
     std::string text;

@@ -49,7 +49,7 @@ std::string Versions(const Item& item) {
     return text;
 }
 
-/// What methods, parameters and columns alike may say of themselves.
+/// Returns the remarks that methods, parameters and columns have alike, as wrapped lines.
 template <class Item>
 std::string Remarks(const std::string& indent, const Item& item) {
     std::string text;

@@ -134,7 +134,7 @@ private:
         m_place.path += '[' + std::to_string(level.count++) + ']';
     }
 
-    /// False ends the reading.
+    /// Returns false to end the reading.
     bool AddFault(const std::string& text) {
         const std::string name =
             m_place.path.empty() ? "The document" : '\'' + ShownText(m_place.path) + '\'';

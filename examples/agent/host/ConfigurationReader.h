@@ -29,8 +29,8 @@ struct AgentSettings {
 
 /// Reads a document (JSON in UTF-8) into `settings`. Every fault adds a text "line N:
 /// 'key' ..." to `faults`: a setting that is unknown, given twice, of another type, out of its
-/// range or incomplete, and what is no JSON, which ends the reading, as does the hundredth fault.
-/// False when there is any; `settings` then is of no use.
+/// range or incomplete. Text that is not JSON ends the reading, and so does the hundredth fault.
+/// Returns false when there is a fault; `settings` is then incomplete.
 bool ReadSettings(std::string_view document, AgentSettings& settings, std::vector<std::string>& faults);
 
 }  // namespace quillon::agent

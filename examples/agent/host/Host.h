@@ -16,8 +16,8 @@
 
 namespace quillon::agent {
 
-/// What surrounds the modules: the logger, the services that the library and the
-/// modules find through ServiceLocator, and the way to a method. One at a time.
+/// Sets up the surroundings of the modules: the logger, the services that the library and the modules
+/// find through ServiceLocator, and the way to a method. There is one at a time.
 class Host {
 public:
     /// The databases are in a folder, by default "Stores" in the agent's data folder; a library path.

@@ -17,17 +17,17 @@ struct SettingPlace {
     std::string module, key;  ///< the names that "*" stood for, and the last one
 };
 
-/// What a document may hold at a place.
+/// Describes one place of a document and the values that it may hold.
 struct SettingRule {
     enum class Kind { Object, Array, Scalar };
 
     std::string_view pattern;
     Kind kind = Kind::Scalar;
-    /// What the value must be, "" when it is that and was stored; of scalars only.
+    /// Stores a scalar and returns the empty text, or returns what kind of value is needed.
     const char* (*store)(AgentSettings&, const SettingPlace&, const SettingValue&) = nullptr;
 };
 
-/// Null for a place that no setting has.
+/// Returns the rule of a place; null when no setting has it.
 const SettingRule* FindSettingRule(std::string_view pattern);
 
 }  // namespace quillon::agent

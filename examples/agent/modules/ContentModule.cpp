@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::int64_t kEpochAsFileTime = 116'444'736'000'000'000;
 
-/// False when a download may not begin now; the result then says why.
+/// Returns false when a download may not start now; the result then says why.
 bool CheckAvailable(WayfarProviderWrapper& wrapper, InvocationResult& result) {
     if (!WayfarProviderWrapper::WayfarIsEnabled())
         return Fail(InvocationResult::kSystemFailure,

@@ -16,7 +16,7 @@ ModuleList MakeModules();
 
 /// Keeps security auditing of a sub-category switched on.
 std::unique_ptr<IModule> MakeAuditModule();
-/// What certificates say of themselves.
+/// Reads certificates.
 std::unique_ptr<IModule> MakeCertificatesModule();
 /// Runs command lines. A command that does not end with exit code 0 is a failed
 /// invocation (code 3) that still answers with what the command wrote.

@@ -31,7 +31,7 @@ std::string Encode(const std::string& name) {
     return code;
 }
 
-/// Nothing for what Encode() does not write.
+/// Decodes a name; nothing when Encode() does not write such a text.
 std::optional<std::string> Decode(const std::string& code) {
     std::string name = StringUtils::UrlDecode(code);
     return Encode(name) == code ? std::optional(std::move(name)) : std::nullopt;

@@ -17,12 +17,12 @@ public:
     /// A library path; the folder is made when the first database is.
     explicit DatabaseFolder(std::string folder);
 
-    /// Nothing for a name that is empty or too long for a file.
+    /// Returns the file of a database; nothing for a name that is empty or too long for a file.
     std::optional<std::string> FileOf(const std::string& name) const;
     /// In lower case, sorted.
     std::vector<std::string> GetNames() const;
     bool Contains(const std::string& name) const;
-    /// False when there is no folder and none can be made.
+    /// Creates the directory when it is missing; false when that fails.
     bool Make() const;
 
 private:

@@ -37,7 +37,8 @@ void SqliteEngine::CloseDatabase(ISqliteDatabase* database) {
     if (Take(database) == nullptr) LogError("A database was closed that this engine has not opened");
 }
 
-/// What it gives logs when it closes, and so must go after the lock.
+/// Takes a database out of the list. The caller closes it after the lock is released, because closing may
+/// log.
 std::unique_ptr<SqliteDatabase> SqliteEngine::Take(const ISqliteDatabase* database) {
     const std::lock_guard lock(m_mutex);
     const auto found = std::find_if(m_databases.begin(), m_databases.end(),

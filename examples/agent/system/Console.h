@@ -6,8 +6,8 @@
 
 namespace quillon::agent {
 
-/// What the agent asks of the system itself; implemented once in posix/ and once
-/// in win32/.
+/// The operations that the agent needs of the system itself; implemented once in posix/ and once in
+/// win32/.
 
 /// The arguments after the program's name, in UTF-8 whatever the system's code page.
 std::vector<std::string> GetArguments(int argc, char** argv);
