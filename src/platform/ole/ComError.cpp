@@ -6,8 +6,6 @@
 #include <new>
 #include <stdexcept>
 
-#include "platform/ole/WbemTypes.h"
-
 namespace quillon::platform {
 
 void RaiseComError(HRESULT code) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quillon/WindowsTypes.h"
+#include "platform/ole/WbemTypes.h"
 
 namespace quillon::platform {
 

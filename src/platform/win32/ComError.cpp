@@ -3,8 +3,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/ole/WbemTypes.h"
-
 namespace quillon::platform {
 
 namespace {
