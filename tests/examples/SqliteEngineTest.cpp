@@ -149,7 +149,7 @@ TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
     };
     Store store("values");
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.written);
+        SCOPED_TRACE(ToCsv(Column("c-d", c.written)));
         ASSERT_TRUE(store.WriteDataToTempTable("t", Column("c-d", c.written)));
         EXPECT_EQ(Query(store, "SELECT * FROM [temp.t]"), Column("c-d", c.read.empty() ? c.written : c.read));
     }
