@@ -36,7 +36,6 @@ TEST(RecordingLogger, IsRegisteredForItsLife) {
     const auto second = std::make_unique<RecordingLogger>();
     first.reset();  // another's registration stays
     EXPECT_EQ(ServiceLocator::Get<ICLogger>(true), second.get());
-    ServiceLocator::Remove<ICLogger>();
 }
 
 TEST(LogLines, AreSplitAtBothLineEnds) {
