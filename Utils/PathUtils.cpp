@@ -104,7 +104,7 @@ std::string Normalised(const std::string& path) {
     const std::size_t rootLength = RootLength(slashed);
     const std::string elements = slashed.substr(rootLength);
     std::string normal = elements.empty() ? std::string() : NormaliseElements(elements);
-    // "C:a\..": what is left is the root, not the current folder.
+    // "C:a\..": what is left is the root, not the current directory.
     if (rootLength > 0 && normal == "." && elements != ".") normal.clear();
     std::string result = WithBackslashes(slashed.substr(0, rootLength) + normal);
     if (result.size() > 2 && result.ends_with("\\.")) result.resize(result.size() - 2);
@@ -118,7 +118,7 @@ std::string FolderOf(const std::string& file) {
     return folder;
 }
 
-/// A folder beside the executable, found once. Never destroyed: threads may ask while
+/// A directory beside the executable, found once. Never destroyed: threads may ask while
 /// the process ends.
 class CachedFolder {
 public:

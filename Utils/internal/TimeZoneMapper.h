@@ -9,7 +9,7 @@
 namespace quillon {
 
 /// The IANA zone of every Windows zone, from a windowsZones document of the Unicode
-/// CLDR, which the first look-up reads. Any thread.
+/// CLDR, which the first look-up reads. Thread-safe.
 class TimeZoneMapper {
 public:
     /// Gives the document; nothing when it cannot be had.

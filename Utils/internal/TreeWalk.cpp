@@ -30,7 +30,7 @@ public:
     }
 
 private:
-    /// A folder that the walk is in or below.
+    /// A directory that the walk is in or below.
     struct Level {
         std::vector<DirectoryEntry> folders;
         std::size_t next = 0;

@@ -12,14 +12,14 @@ public:
     virtual ~ITreeVisitor() = default;
     /// `folder` is the path that holds the file, as the walk's was given.
     virtual bool OnFile(platform::FolderWalk& walk, const std::string& folder, const std::string& name) = 0;
-    /// Links to folders are not entered.
+    /// Links to directories are not entered.
     virtual bool OnFolderLink(platform::FolderWalk& walk, const std::string& name) = 0;
     /// Called when everything in the directory was visited and the walk is back in the one above.
     virtual bool AfterFolder(platform::FolderWalk& walk, const std::string& name) = 0;
 };
 
 /// Visits all that is below `folder`: first its files in the system's order, then
-/// one subfolder after the other. False when a folder cannot be listed, or as
+/// one subdirectory after the other. False when a directory cannot be listed, or as
 /// soon as the visitor says so. No recursion, whatever the depth.
 bool WalkTree(const std::string& folder, platform::FolderWalk::Purpose purpose, ITreeVisitor& visitor);
 

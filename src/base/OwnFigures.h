@@ -8,7 +8,7 @@
 namespace quillon::base {
 
 /// Figures that parts of the library keep of themselves, for whoever reports what the
-/// process costs. Any thread.
+/// process costs. Thread-safe.
 
 /// A log entry could not be written.
 void CountDroppedLogLine();

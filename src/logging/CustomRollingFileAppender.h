@@ -13,7 +13,7 @@
 namespace quillon {
 
 /// The rolling log file: 5,242,880 bytes, 5 backups, every entry written through
-/// to the system, missing folders made. It takes its limits and its place among
+/// to the system, missing directories made. It takes its limits and its place among
 /// log4cplus's appenders from its base, but writes to a file handle of its own:
 /// the base's stream goes through the ANSI code page, can be inherited by children,
 /// asks for its position twice an entry and is truncated when a rename fails.

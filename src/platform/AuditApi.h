@@ -52,7 +52,7 @@ struct AuditCalls {
     std::function<void(HANDLE event)> unregisterPolicyChange;
 };
 
-/// The calls in force. Any thread.
+/// The calls in force. Thread-safe.
 const AuditCalls& Audit();
 AuditCalls SystemAuditCalls();
 /// Replaces the calls; for tests, while nothing is audited.

@@ -12,7 +12,7 @@
 
 namespace quillon::platform {
 
-/// Files and folders. Paths are library paths in UTF-8. A failure is false or
+/// Files and directories. Paths are library paths in UTF-8. A failure is false or
 /// nothing, with the reason in LastError().
 
 struct FileAttributes {
@@ -43,15 +43,15 @@ std::optional<std::uint64_t> SizeOfFile(const std::string& path);
 /// nothing matches (base::kFileNotFound), or when the search broke off.
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit);
 
-/// Removes a file or a link to a file, never a folder.
+/// Removes a file or a link to a file, never a directory.
 bool RemoveFile(const std::string& path);
-/// Removes an empty folder, or a link to a folder itself.
+/// Removes an empty directory, or a link to a directory itself.
 bool RemoveEmptyDirectory(const std::string& path);
 bool MakeOneDirectory(const std::string& path);
 /// Creates a directory that only the owner may use, unless the system's own inheritance decides
 /// otherwise. `path` is in the system's ANSI code page.
 bool MakeTemporaryDirectoryAnsi(const std::string& path);
-/// Moves a file or folder; an existing target is a failure.
+/// Moves a file or directory; an existing target is a failure.
 bool MovePath(const std::string& from, const std::string& to);
 /// Replaces an existing target.
 bool CopyFileOver(const std::string& from, const std::string& to);
@@ -71,12 +71,12 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
 
 /// Returns the directory with its trailing backslash.
 std::optional<std::string> TemporaryFolder();
-/// A new, empty file "<prefix>XXXX.tmp" in a folder, made exclusively and
+/// A new, empty file "<prefix>XXXX.tmp" in a directory, made exclusively and
 /// readable by its owner only.
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix);
 std::optional<std::string> CurrentFolder();
 bool SetCurrentFolder(const std::string& path);
-/// The folder for data of all users.
+/// The directory for data of all users.
 std::optional<std::string> CommonDataFolder();
 
 /// Roots such as "C:\".

@@ -10,13 +10,13 @@
 
 namespace quillon::platform {
 
-/// A position in a tree of folders, which moves one folder at a time, however
+/// A position in a tree of directories, which moves one directory at a time, however
 /// deep the tree is. It never passes through a link below its start, nor through
-/// one that is put in a folder's place while it is there: what it removes lies in
+/// one that is put in a directory's place while it is there: what it removes lies in
 /// the tree it was opened on. A failure is false or nothing, see LastError().
 class FolderWalk {
 public:
-    /// ToErase keeps the folders it is in from being moved away, where the system
+    /// ToErase keeps the directories it is in from being moved away, where the system
     /// can, and does not start at a link.
     enum class Purpose { ToList, ToErase };
 
@@ -25,7 +25,7 @@ public:
     FolderWalk& operator=(FolderWalk&&) noexcept;
     ~FolderWalk();
 
-    /// Calls `visit` for all that is in the folder, without "." and "..".
+    /// Calls `visit` for all that is in the directory, without "." and "..".
     bool List(const std::function<void(DirectoryEntry&&)>& visit);
     /// Returns what SizeOfFile() does; `name` is as it was listed.
     std::optional<std::uint64_t> SizeOf(const std::string& name) const;
@@ -34,7 +34,7 @@ public:
     /// Removes a directory as platform::RemoveEmptyDirectory() does.
     bool RemoveEmptyDirectory(const std::string& name);
     bool Enter(const std::string& name);
-    /// Back to the folder that it entered this one from.
+    /// Back to the directory that it entered this one from.
     bool Leave();
 
 private:

@@ -19,7 +19,7 @@ struct ProcedureCalls {
     std::function<bool(std::uint32_t major, std::uint32_t minor, std::uint32_t servicePack)> isSystemAtLeast;
     /// A module that the process has loaded already, by its file's name; null when there is none.
     std::function<HINSTANCE(const std::string& name)> loadedModule;
-    /// The system's own folder, a library path; nothing when it is longer than 260 characters.
+    /// The system's own directory, a library path; nothing when it is longer than 260 characters.
     std::function<std::optional<std::string>()> systemDirectory;
     /// Loads a module, for the rest of the process's life; null on failure.
     std::function<HINSTANCE(const std::string& path)> loadModule;
@@ -27,7 +27,7 @@ struct ProcedureCalls {
     std::function<Procedure(HINSTANCE module, const char* name)> findProcedure;
 };
 
-/// The calls in force. Any thread.
+/// The calls in force. Thread-safe.
 const ProcedureCalls& Procedures();
 ProcedureCalls SystemProcedureCalls();
 /// Replaces the calls; for tests, while nobody binds.

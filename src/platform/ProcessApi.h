@@ -12,7 +12,7 @@
 namespace quillon::platform {
 
 /// Child processes and what it takes to wait for them. A failure is false, nothing
-/// or an empty handle, with the reason in LastError(). Any thread.
+/// or an empty handle, with the reason in LastError(). Thread-safe.
 
 /// The system's events and processes: HANDLE on Windows, a descriptor elsewhere.
 struct ObjectTraits {

@@ -8,7 +8,7 @@
 
 namespace quillon::platform {
 
-/// The registry: the system's on Windows, a simulated one elsewhere. Any thread.
+/// The registry: the system's on Windows, a simulated one elsewhere. Thread-safe.
 
 struct RegistryTraits {
     using Type = HKEY;

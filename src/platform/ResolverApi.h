@@ -25,7 +25,7 @@ int AskSystem(const AddressQuery& query, addrinfo*& list) noexcept;
 /// Answers as getaddrinfo() does; a list that it gives is the system's.
 using Resolver = int (*)(const AddressQuery& query, addrinfo*& list);
 /// Puts a resolver in the system's place, which null puts back: the system's own
-/// cannot be told whom to ask. Any thread.
+/// cannot be told whom to ask. Thread-safe.
 void SetResolver(Resolver resolver);
 int ResolveAddresses(const AddressQuery& query, addrinfo*& list);
 /// Returns the code of getaddrinfo() for a failure after which the same query may succeed.

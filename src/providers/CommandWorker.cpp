@@ -22,7 +22,7 @@ bool IsText(const std::string& text) {
 }
 
 bool IsVariable(const std::string& name, const std::string& value) {
-    // Windows keeps the folders of drives in variables that begin with '='.
+    // Windows keeps the directories of drives in variables that begin with '='.
     return !name.empty() && name.find('=', 1) == std::string::npos && IsText(name) && IsText(value);
 }
 

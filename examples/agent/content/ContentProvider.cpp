@@ -90,7 +90,7 @@ void DownloadFolder(const MethodParameters& parameters, InvocationResult& result
         CopyAll(items, destination, result);
 }
 
-/// Where a file goes: its folder and its name.
+/// Where a file goes: its directory and its name.
 bool SplitLocal(const std::string& local, std::string& folder, ContentItem& item, InvocationResult& result) {
     const std::string path = PathUtils::HomogeniseSlashesForOs(local);
     RemoteName name = ReadRemoteName(PathUtils::FileName(path));

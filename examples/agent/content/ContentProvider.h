@@ -6,12 +6,12 @@
 
 namespace quillon::agent {
 
-/// Serves content from folders of this machine, by URLs of the scheme "file". Methods:
+/// Serves content from directories of this machine, by URLs of the scheme "file". Methods:
 /// "IsOkayForDownload", "DownloadFolderContent", "DownloadFileContent"; the codes are
 /// those of ContentCode, and 2 for a bad call. The SHA-256 of a file, in hexadecimal digits, is
 /// its hash. A failure is logged at Error, once.
 ///
-/// A folder's list is refused whole when it is not to be trusted (ReadContentList);
+/// A directory's list is refused whole when it is not to be trusted (ReadContentList);
 /// else every file that can be copied is. The table has a row a file: Name, Size, Fault (null
 /// when there is none).
 class ContentProvider final : public IProvider {

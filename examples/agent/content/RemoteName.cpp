@@ -18,7 +18,7 @@ bool IsNumbered(std::string_view rest) {
     return std::find(std::begin(numbers), std::end(numbers), rest) != std::end(numbers);
 }
 
-/// Windows opens the device whatever folder and extension come with its name.
+/// Windows opens the device whatever directory and extension come with its name.
 bool IsDevice(const std::string& component) {
     static constexpr std::string_view devices[] = {"con", "prn", "aux", "nul", "conin$", "conout$", "clock$"};
     std::string base = StringUtils::ToLowercase(component.substr(0, component.find('.')));

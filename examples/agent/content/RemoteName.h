@@ -5,13 +5,13 @@
 
 namespace quillon::agent {
 
-/// A file's name as a content list gives it, with '\' or '/' between folders.
+/// A file's name as a content list gives it, with '\' or '/' between directories.
 struct RemoteName {
     std::vector<std::string> components;
     const char* fault = "";  ///< what is wrong with the name; empty when nothing is
 };
 
-/// Takes only names that are those of a plain file below a folder on Windows and on
+/// Takes only names that are those of a plain file below a directory on Windows and on
 /// Linux, whichever runs: nothing absolute, with a drive, a stream, a device, "..",
 /// a wildcard or a control character, or that a system would trim. Nothing is logged but
 /// an Error entry of what is not UTF-8.

@@ -20,7 +20,7 @@ namespace quillon::agent {
 /// find through ServiceLocator, and the way to a method. There is one at a time.
 class Host {
 public:
-    /// The databases are in a folder, by default "Stores" in the agent's data folder; a library path.
+    /// The databases are in a directory, by default "Stores" in the agent's data directory; a library path.
     explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder(),
                   const AgentConfiguration& configuration = AgentConfiguration());
     ~Host();

@@ -17,7 +17,7 @@ namespace {
 using Validation = MethodParameterValidation;
 constexpr long long kNoLimit = std::numeric_limits<long long>::max();
 
-/// The runner takes an empty folder for the agent's own, and so it would text that cannot be converted.
+/// The runner takes an empty directory for the agent's own, and so it would text that cannot be converted.
 bool Check(const CommandCall& call, InvocationResult& result) {
     if (StringUtils::NarrowStringToWide(call.workingDirectory).empty() != call.workingDirectory.empty())
         return RefuseParameter("'workingDirectory' parameter must be UTF-8", result);

@@ -19,7 +19,7 @@ namespace {
 constexpr long long kDefaultMaxSize = 64 * 1024 * 1024;
 using Encoding = FileSystemUtils::FileEncoding;
 
-/// With its variables expanded; in the working folder when it names none.
+/// With its variables expanded; in the working directory when it names none.
 std::string ReadPattern(const std::string& text) {
     const std::wstring expanded =
         StringUtils::ExpandEnvironmentVariables(StringUtils::NarrowStringToWide(text));

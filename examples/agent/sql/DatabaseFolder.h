@@ -6,15 +6,15 @@
 
 namespace quillon::agent {
 
-/// Where the agent's databases are: a folder with a file for each name. Names are
+/// Where the agent's databases are: a directory with a file for each name. Names are
 /// told apart as SQLite tells its own, without regard to the case of ASCII letters.
 /// Any byte may stand in a name: what is no lower-case letter, digit, '-' or '_' is
-/// written in hexadecimal, so that a name can mean nothing to the file system. Any thread.
+/// written in hexadecimal, so that a name can mean nothing to the file system. Thread-safe.
 class DatabaseFolder {
 public:
     static const char* __InterfaceId() { return "VntItf_DatabaseFolder"; }
 
-    /// A library path; the folder is made when the first database is.
+    /// A library path; the directory is made when the first database is.
     explicit DatabaseFolder(std::string folder);
 
     /// Returns the file of a database; nothing for a name that is empty or too long for a file.

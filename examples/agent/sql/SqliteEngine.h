@@ -10,7 +10,7 @@
 
 namespace quillon::agent {
 
-/// The agent's SQL engine: SQLite, a file for each database in one folder. Databases
+/// The agent's SQL engine: SQLite, a file for each database in one directory. Databases
 /// that are still open when it ends are closed.
 class SqliteEngine final : public ISqliteInstance {
 public:

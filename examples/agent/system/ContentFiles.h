@@ -41,8 +41,8 @@ public:
     virtual std::string Commit() = 0;
 };
 
-/// Where content goes. Nothing below the folder is written through a link: one that
-/// stands for a folder on the way is a fault.
+/// Where content goes. Nothing below the directory is written through a link: one that
+/// stands for a directory on the way is a fault.
 class DestinationFolder {
 public:
     DestinationFolder();
@@ -50,11 +50,11 @@ public:
     DestinationFolder(const DestinationFolder&) = delete;
     DestinationFolder& operator=(const DestinationFolder&) = delete;
 
-    /// Makes the folder, and those above it, when it is not there. It may be reached
+    /// Makes the directory, and those above it, when it is not there. It may be reached
     /// through links.
     std::string Open(const std::string& path);
-    /// Starts the file whose name has these components, making the folders on the way;
-    /// they are names, and checked. The file holds on to its folder, not to this.
+    /// Starts the file whose name has these components, making the directories on the way;
+    /// they are names, and checked. The file holds on to its directory, not to this.
     std::string Create(const std::vector<std::string>& components, std::unique_ptr<NewFile>& file);
 
 private:

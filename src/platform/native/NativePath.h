@@ -13,7 +13,7 @@ std::string NativePath(const std::string& path);
 std::string NativeName(const std::string& path);
 /// The way back: "C:" in front of an absolute path, slashes become backslashes.
 std::string LibraryPath(std::string_view nativePath);
-/// Mounts "C:" on a folder (without a trailing slash; empty: "/"). For tests, while
+/// Mounts "C:" on a directory (without a trailing slash; empty: "/"). For tests, while
 /// no other thread uses paths.
 void SetVolumeRoot(const std::string& nativeFolder);
 

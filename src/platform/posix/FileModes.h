@@ -16,9 +16,9 @@ inline bool IsReadOnly(const struct ::stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-/// SizeOfFile for a native name in an open folder.
+/// SizeOfFile for a native name in an open directory.
 std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name);
-/// RemoveFile and RemoveEmptyDirectory for a native name in an open folder.
+/// RemoveFile and RemoveEmptyDirectory for a native name in an open directory.
 bool RemoveFileAt(int folder, const char* name);
 bool RemoveEmptyDirectoryAt(int folder, const char* name);
 

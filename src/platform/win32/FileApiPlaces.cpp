@@ -60,7 +60,7 @@ std::optional<std::string> CreateTemporaryFile(const std::string& folder, const 
         const FileHandle file(
             ::CreateFileW(name, GENERIC_WRITE, 0, &attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (file) return base::ToUtf8(name);
-        // A name whose file is being deleted is denied; so is a folder, for every name.
+        // A name whose file is being deleted is denied; so is a directory, for every name.
         const DWORD error = ::GetLastError();
         if (error != ERROR_FILE_EXISTS && (error != ERROR_ACCESS_DENIED || ++denied > kMostDenied)) break;
     }
@@ -86,7 +86,7 @@ std::optional<std::string> CommonDataFolder() {
     PathBuffer folder;
     const HRESULT result =
         ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
-    // S_FALSE: the folder is known, but not there.
+    // S_FALSE: the directory is known, but not there.
     if (result != S_OK || folder[0] == L'\0') return std::nullopt;
     return base::ToUtf8(folder);
 }

@@ -19,7 +19,7 @@ bool Fail(DWORD code) {
     return false;
 }
 
-/// The folder itself, never where a link in its place leads.
+/// The directory itself, never where a link in its place leads.
 FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, bool throughLink) {
     const DWORD share =
         FILE_SHARE_READ | FILE_SHARE_WRITE | (purpose == FolderWalk::Purpose::ToList ? FILE_SHARE_DELETE : 0);
@@ -48,7 +48,7 @@ std::wstring FinalPath(const FileHandle& file, DWORD volumeName) {
     }
 }
 
-/// Removes what is open, be it a file, a folder or a link to one.
+/// Removes what is open, be it a file, a directory or a link to one.
 bool RemoveOpen(const FileHandle& file) {
     // The name is free at once, whoever else has the file open; not every file system knows it.
     FILE_DISPOSITION_INFO_EX atOnce{FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS};

@@ -6,7 +6,7 @@
 namespace quillon::simulation {
 
 /// Answers as COM does: 1 on a thread that has it, "too late" (0x80010119) when the
-/// process has its security. Any thread.
+/// process has its security. Thread-safe.
 class Com {
 public:
     std::int32_t Initialize();

@@ -44,7 +44,7 @@ private:
 std::string EventXml(const Event& event);
 
 /// A system's event log in memory: channels, whose names' case does not matter, and the
-/// handles of those who use them. Any thread. A callback runs on a thread of its own,
+/// handles of those who use them. Thread-safe. A callback runs on a thread of its own,
 /// which has ended before the call that had it run returns. A signal event is not signalled.
 class EventLog {
 public:

@@ -10,7 +10,7 @@
 namespace quillon::simulation {
 
 /// A registry's hive in memory. Keys and values have names whose ASCII case does not
-/// matter; a value is bytes without a type. Any thread.
+/// matter; a value is bytes without a type. Thread-safe.
 class Registry {
 public:
     // --- For those who use it, with the system's results ---

@@ -71,7 +71,7 @@ enum class WmiCall {
 };
 
 /// WMI in memory: namespaces, classes, instances. Names have no case. It may go before
-/// the objects that it handed out. Any thread.
+/// the objects that it handed out. Thread-safe.
 ///
 /// As the real thing: objects of a query show the properties that it names, in the class's order; their
 /// __PATH and __RELPATH are NULL unless all keys or one of these two are named. Errors of a

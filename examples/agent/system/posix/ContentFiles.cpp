@@ -89,7 +89,7 @@ private:
     bool m_isCommitted = false;
 };
 
-/// Makes the folder when it is not there; never through a link.
+/// Makes the directory when it is not there; never through a link.
 std::string Descend(Descriptor& folder, const std::string& name) {
     if (::mkdirat(folder.Get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) return LastFault();
     Descriptor next(Retried([&] { return ::openat(folder.Get(), name.c_str(), kFolderFlags | O_NOFOLLOW); }));

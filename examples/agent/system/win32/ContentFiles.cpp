@@ -50,7 +50,7 @@ DWORD Piece(std::size_t count) {
     return static_cast<DWORD>(std::min<std::size_t>(count, std::numeric_limits<int>::max()));
 }
 
-/// A folder that, held open, can be neither renamed nor replaced. `isBelow`: a link is refused.
+/// A directory that, held open, can be neither renamed nor replaced. `isBelow`: a link is refused.
 std::string HoldFolder(const std::wstring& path, bool isBelow, std::vector<OwnedHandle>& held) {
     const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | (isBelow ? FILE_FLAG_OPEN_REPARSE_POINT : 0);
     OwnedHandle folder(::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES | FILE_LIST_DIRECTORY,
