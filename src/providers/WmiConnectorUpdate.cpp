@@ -47,6 +47,8 @@ bool WmiConnector::Update::Apply(IWbemClassObject& object) {
     return true;
 }
 
+/// Reads the types from the first object and converts every value before the first object is stored, so
+/// that a value which does not fit leaves everything unchanged.
 bool WmiConnector::Update::Prepare(IWbemClassObject& object) {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         _variant_t old;

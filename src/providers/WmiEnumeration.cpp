@@ -12,8 +12,8 @@ namespace quillon {
 namespace {
 
 constexpr std::chrono::milliseconds kSlice{500};
-constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x800705B4);
-constexpr HRESULT kShuttingDown = static_cast<HRESULT>(0x800704C7);
+constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x800705B4);      // ERROR_TIMEOUT
+constexpr HRESULT kShuttingDown = static_cast<HRESULT>(0x800704C7);  // ERROR_CANCELLED
 
 bool IsShuttingDown() {
     auto* const monitor = ServiceLocator::Get<IShutdownMonitor>(true);

@@ -13,8 +13,9 @@ namespace quillon {
 
 using WmiObjects = std::vector<platform::CComPtr<IWbemClassObject>>;
 
-/// The objects of one query. A wait for them is cut into slices, so that the host's
-/// shutdown and a deadline can end it.
+/// Gets the objects of one query. ExecQuery returns at once and the enumerator is waited for in slices,
+/// because a call of WMI cannot be cancelled: between two slices the host's shutdown and the deadline can
+/// end the wait. One thread uses it; nothing is logged.
 class WmiEnumeration {
 public:
     static constexpr std::size_t kBatch = 100;
@@ -23,7 +24,7 @@ public:
     explicit WmiEnumeration(std::int32_t deadline);
 
     HRESULT Start(IWbemServices& services, const std::wstring& wql);
-    /// The next objects, at most kBatch. Fewer than `count` are the last, or all that came
+    /// Gets the next objects, at most kBatch. Fewer than `count` are the last ones, or those that came
     /// before the failure that is returned.
     HRESULT Next(std::size_t count, WmiObjects& objects);
 
