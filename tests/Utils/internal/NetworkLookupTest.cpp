@@ -21,8 +21,8 @@ using Level = ICLogger::Level;
 constexpr int kMost = static_cast<int>(LookupLimits{}.awaited);
 using Result = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
-// A resolver that answers nobody until it is opened; then it asks the system, and for a name "host..."
-// answers 127.0.0.1.
+// A resolver that answers nobody until it is opened; then it asks the system, and for what depends on
+// the machine's resolver it asks for 127.0.0.1.
 std::atomic<bool> g_isOpen{false};
 std::atomic<int> g_asked{0};
 
@@ -30,7 +30,8 @@ int AskBehindTheGate(const platform::AddressQuery& query, addrinfo*& list) {
     ++g_asked;
     g_isOpen.wait(false);
     platform::AddressQuery known = query;
-    if (known.node && known.node->starts_with("host")) known.node = "127.0.0.1";
+    const std::string node = known.node.value_or("");
+    if (node.starts_with("host") || node == "localhost" || node == "::1") known.node = "127.0.0.1";
     return platform::AskSystem(known, list);
 }
 
