@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kRefused = -1;
 
-/// One conversion specification, such as "%-08.3lld".
+/// One conversion of a format, such as "%-08.3lld".
 struct Conversion {
     std::string_view flags;
     std::optional<long long> width, precision;
@@ -166,19 +166,19 @@ private:
         }
     }
 
-    /// A number that the runtime writes, by a specification with what was cut.
+    /// A number that the runtime writes, by a format with what was cut.
     template <class Value>
     bool PutWith(const Conversion& conversion, const char* length, Value value) {
-        std::string specification = "%" + std::string(conversion.flags);
-        if (m_isLeft) specification += '-';
-        if (conversion.width) specification += std::to_string(*conversion.width);
-        if (conversion.precision) specification += '.' + std::to_string(*conversion.precision);
-        specification += length;
-        specification += conversion.kind;
-        const int count = std::snprintf(nullptr, 0, specification.c_str(), value);
+        std::string format = "%" + std::string(conversion.flags);
+        if (m_isLeft) format += '-';
+        if (conversion.width) format += std::to_string(*conversion.width);
+        if (conversion.precision) format += '.' + std::to_string(*conversion.precision);
+        format += length;
+        format += conversion.kind;
+        const int count = std::snprintf(nullptr, 0, format.c_str(), value);
         if (count < 0) return false;
         std::string text(static_cast<std::size_t>(count) + 1, '\0');
-        std::snprintf(text.data(), text.size(), specification.c_str(), value);
+        std::snprintf(text.data(), text.size(), format.c_str(), value);
         Put(std::string_view(text).substr(0, static_cast<std::size_t>(count)));
         return true;
     }
