@@ -2,9 +2,11 @@
 #include <ctime>
 #include <cwchar>
 #include <optional>
+#include <string_view>
 
 #include "Utils/internal/DateTimeParts.h"
 #include "base/CivilTime.h"
+#include "platform/TextApi.h"
 #include "platform/TimeApi.h"
 #include "platform/ole/OleTypes.h"
 #include "quillon/DateTimeUtils.h"
@@ -66,11 +68,6 @@ std::string TicksToJsonDateTime(std::uint64_t utcTicks) {
     return date ? JsonDateTime(*date, offset) : std::string();
 }
 
-std::wstring BstrText(const VARIANT& value) {
-    if (value.vt != VT_BSTR || value.bstrVal == nullptr) return {};
-    return std::wstring(value.bstrVal, ::SysStringLen(value.bstrVal));
-}
-
 /// "Z" for an offset of 0.
 std::wstring CimZone(const std::wstring& text) {
     const long offset = std::wcstol(text.c_str() + 21, nullptr, 10);
@@ -113,7 +110,7 @@ std::string DateTimeUtils::VT_DATEToJsonDateTime(const VARIANT& value) {
 }
 
 std::wstring DateTimeUtils::CimDateTimeToJsonDateTime(const _variant_t& value) {
-    std::wstring text = BstrText(value);
+    std::wstring text(value.vt == VT_BSTR ? platform::BstrText(value.bstrVal) : std::wstring_view());
     if (text.size() != kCimLength) return {};
     const std::wstring zone = CimZone(text);
     const std::tm now = LocalNow();

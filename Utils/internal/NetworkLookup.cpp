@@ -118,7 +118,8 @@ SharedLookup Join(const AddressQuery& query, Deadline deadline) {
     return lookup;
 }
 
-LookupResult Leave(Lookups& all, Lookup& lookup, Deadline deadline) {
+/// Waits for the answer, and takes it or gives up.
+LookupResult Await(Lookups& all, Lookup& lookup, Deadline deadline) {
     std::unique_lock lock(all.mutex);
     const bool hasEnded = all.changed.wait_until(lock, deadline, [&] { return lookup.hasEnded; });
     const bool isLast = --lookup.askers == 0;
@@ -143,7 +144,7 @@ LookupResult LookUp(const AddressQuery& query, Deadline deadline) {
     const SharedLookup lookup = Join(query, deadline);
     if (lookup == nullptr) return {.end = LookupResult::End::NotStarted};
     Lookups& all = TheLookups();
-    const LookupResult result = Leave(all, *lookup, deadline);
+    const LookupResult result = Await(all, *lookup, deadline);
     if (result.end == LookupResult::End::TimedOut) all.changed.notify_all();  // its place may be free
     return result;
 }

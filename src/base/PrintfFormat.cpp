@@ -23,6 +23,7 @@ struct Conversion {
     std::string_view flags;
     std::optional<long long> width, precision;
     bool takesWidth = false, takesPrecision = false;  // "*"
+    bool isLeft = false;
     std::string_view length;
     char kind = '\0';
 
@@ -55,6 +56,7 @@ std::optional<long long> TakeNumber(const char*& at) {
 Conversion TakeConversion(const char*& at) {
     Conversion conversion;
     conversion.flags = TakeAnyOf(at, "-+ #0'");
+    conversion.isLeft = conversion.flags.find('-') != std::string_view::npos;
     conversion.takesWidth = !TakeAnyOf(at, "*").empty();
     conversion.width = TakeNumber(at);
     if (*at == '.') {
@@ -113,12 +115,9 @@ private:
     bool Convert(Conversion conversion) {
         if (conversion.takesWidth) {
             const int width = va_arg(m_arguments, int);
-            m_isLeft = width < 0;
+            conversion.isLeft |= width < 0;
             conversion.width = std::abs(static_cast<long long>(width));
-        } else {
-            m_isLeft = false;
         }
-        m_isLeft = m_isLeft || conversion.flags.find('-') != std::string_view::npos;
         if (conversion.takesPrecision) {
             const int precision = va_arg(m_arguments, int);
             if (precision >= 0) conversion.precision = precision;
@@ -170,7 +169,7 @@ private:
     template <class Value>
     bool PutWith(const Conversion& conversion, const char* length, Value value) {
         std::string format = "%" + std::string(conversion.flags);
-        if (m_isLeft) format += '-';
+        if (conversion.isLeft) format += '-';
         if (conversion.width) format += std::to_string(*conversion.width);
         if (conversion.precision) format += '.' + std::to_string(*conversion.precision);
         format += length;
@@ -241,16 +240,15 @@ private:
     void PutPadded(const Conversion& conversion, std::string_view text) {
         const auto width = static_cast<std::size_t>(conversion.width.value_or(0));
         const std::size_t padding = width > text.size() ? width - text.size() : 0;
-        if (!m_isLeft) Pad(padding);
+        if (!conversion.isLeft) Pad(padding);
         Put(text);
-        if (m_isLeft) Pad(padding);
+        if (conversion.isLeft) Pad(padding);
     }
 
     char* m_buffer;
     std::size_t m_size;
     std::va_list& m_arguments;
     std::size_t m_length = 0;
-    bool m_isLeft = false;
 };
 
 }  // namespace

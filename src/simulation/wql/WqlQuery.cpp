@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/Characters.h"
+#include "platform/TextApi.h"
 #include "platform/ole/VariantNumber.h"
 #include "simulation/wql/WqlPattern.h"
 
@@ -30,12 +31,12 @@ bool IsScalar(const VARIANT* value) {
            value->vt != VT_DISPATCH;
 }
 
-std::wstring_view BstrText(const VARIANT& value) { return {value.bstrVal, SysStringLen(value.bstrVal)}; }
-
 std::optional<bool> BoolOf(const VARIANT& value) {
-    if (value.vt == VT_BSTR && base::EqualIgnoringCase(BstrText(value), std::wstring_view(L"TRUE")))
+    if (value.vt == VT_BSTR &&
+        base::EqualIgnoringCase(platform::BstrText(value.bstrVal), std::wstring_view(L"TRUE")))
         return true;
-    if (value.vt == VT_BSTR && base::EqualIgnoringCase(BstrText(value), std::wstring_view(L"FALSE")))
+    if (value.vt == VT_BSTR &&
+        base::EqualIgnoringCase(platform::BstrText(value.bstrVal), std::wstring_view(L"FALSE")))
         return false;
     const auto number = platform::VariantNumberOf(value);
     return number ? std::optional(platform::CompareNumbers(*number, 0LL) != 0) : std::nullopt;
@@ -57,7 +58,8 @@ std::partial_ordering CompareValues(const VARIANT& left, const VARIANT& right) {
         const auto b = BoolOf(right);
         return a && b ? std::partial_ordering(*a <=> *b) : std::partial_ordering::unordered;
     }
-    if (left.vt == VT_BSTR && right.vt == VT_BSTR) return CompareTexts(BstrText(left), BstrText(right));
+    if (left.vt == VT_BSTR && right.vt == VT_BSTR)
+        return CompareTexts(platform::BstrText(left.bstrVal), platform::BstrText(right.bstrVal));
     const auto a = platform::VariantNumberOf(left);
     const auto b = platform::VariantNumberOf(right);
     return a && b ? platform::CompareNumbers(*a, *b) : std::partial_ordering::unordered;
@@ -74,7 +76,8 @@ std::vector<std::wstring> WqlQuery::ConditionProperties() const {
 }
 
 bool WqlQuery::Step::IsMetBy(const VARIANT& value) const {
-    if (op == Operator::Like) return MatchesLike(BstrText(value), BstrText(constant));
+    if (op == Operator::Like)
+        return MatchesLike(platform::BstrText(value.bstrVal), platform::BstrText(constant.bstrVal));
     const std::partial_ordering order = CompareValues(value, constant);
     switch (op) {
         case Operator::Equal:
