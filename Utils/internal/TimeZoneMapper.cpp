@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <rapidxml/rapidxml.hpp>
+#include <utility>
 
 #include "platform/ResourceApi.h"
 #include "quillon/DateTimeUtils.h"

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "base/ErrorCodes.h"
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"

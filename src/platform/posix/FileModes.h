@@ -5,11 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "base/ErrorCodes.h"
-
 namespace quillon::platform {
-
-/// ERROR_ACCESS_DENIED.
 
 /// Returns whether the owner may not write the file, which stands for the read-only attribute.
 inline bool IsReadOnly(const struct ::stat& status) {

@@ -1,5 +1,4 @@
 #include "simulation/machine/WmiFacts.h"
-#include "platform/NetworkApi.h"
 
 #include <chrono>
 #include <cstdio>
