@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -6,13 +5,10 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
-#include "Utils/internal/NetworkPatterns.h"
-#include "base/Characters.h"
 #include "base/HexDigits.h"
+#include "base/IpAddress.h"
 #include "base/NumberText.h"
-#include "platform/NetworkApi.h"
 #include "quillon/NetworkUtils.h"
 
 namespace quillon {
@@ -46,21 +42,6 @@ std::optional<Octets> ReadOctets(std::string_view text) {
     return octets;
 }
 
-/// The bytes of an address in network order; nothing when the text has a port, a scope or brackets too.
-std::vector<unsigned char> AddressBytes(const std::string& text) {
-    const auto isIpv6Character = [](char c) { return c == ':' || c == '.' || base::HexDigit(c) >= 0; };
-    constexpr std::ptrdiff_t kIpv4Field = 4, kIpv6Field = 8;
-    std::array<unsigned char, platform::kIpv6AddressSize> address{};
-    const auto at = address.begin();
-    if (ReadDottedQuad(text) && platform::TextToAddress(platform::kIpv4, text, address.data()))
-        return {at + kIpv4Field, at + kIpv4Field + 4};
-    if (std::all_of(text.begin(), text.end(), isIpv6Character) &&
-        platform::TextToAddress(platform::kIpv6, text, address.data())) {
-        return {at + kIpv6Field, at + kIpv6Field + 16};
-    }
-    return {};
-}
-
 std::optional<std::size_t> ReadPrefixLength(std::string_view text, std::size_t most) {
     std::size_t length = 0;
     const char* const end = text.data() + text.size();
@@ -80,11 +61,11 @@ bool HasSamePrefix(const unsigned char* a, const unsigned char* b, std::size_t b
 bool NetworkUtils::IpInCidr(const std::string& address, const std::string& cidr) {
     const std::size_t slash = cidr.find('/');
     if (slash == std::string::npos) return false;
-    const auto wanted = AddressBytes(address);
-    const auto network = AddressBytes(cidr.substr(0, slash));
-    if (wanted.empty() || wanted.size() != network.size()) return false;
-    const auto length = ReadPrefixLength(std::string_view(cidr).substr(slash + 1), network.size() * 8);
-    return length && HasSamePrefix(wanted.data(), network.data(), *length);
+    const auto wanted = base::ReadIpAddress(address);
+    const auto network = base::ReadIpAddress(std::string_view(cidr).substr(0, slash));
+    if (!wanted || !network || wanted->size != network->size) return false;
+    const auto length = ReadPrefixLength(std::string_view(cidr).substr(slash + 1), network->size * 8);
+    return length && HasSamePrefix(wanted->bytes.data(), network->bytes.data(), *length);
 }
 
 std::string NetworkUtils::FormatIpV4AddressAsString(unsigned long address) {

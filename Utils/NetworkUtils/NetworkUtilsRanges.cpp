@@ -1,10 +1,9 @@
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string_view>
 
 #include "Utils/internal/NetworkPatterns.h"
-#include "platform/NetworkApi.h"
+#include "base/Ipv4Text.h"
 #include "quillon/ICLogger.h"
 #include "quillon/NetworkUtils.h"
 #include "quillon/StringUtils.h"
@@ -24,12 +23,6 @@ std::uint32_t AddressField(const void* address) {
     return field;
 }
 
-std::uint32_t HostOrder(const unsigned char* bytes) {
-    std::uint32_t value = 0;
-    for (int i = 0; i < 4; ++i) value = value << 8 | bytes[i];
-    return value;
-}
-
 std::string WithoutSpaces(std::string_view text) {
     std::string copy(text);
     StringUtils::TrimAllSpaces(copy);
@@ -41,10 +34,10 @@ bool HasColon(std::string_view text) { return text.find(':') != std::string_view
 /// Returns the address in host byte order; nothing, with a log entry, when the text is none.
 std::optional<std::uint32_t> ReadWanted(const std::string& text) {
     const std::string trimmed = WithoutSpaces(text);
-    std::array<unsigned char, platform::kIpv4AddressSize> address{};
     const bool isIpv6 = HasColon(trimmed);
-    if (!isIpv6 && platform::TextToAddress(platform::kIpv4, trimmed, address.data()))
-        return HostOrder(&address[kIpv4AddressField]);
+    std::string_view rest = trimmed;
+    const auto address = base::TakeIpv4(rest);
+    if (address && rest.empty()) return address;
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         if (isIpv6) {
             logger->Warn("Unsupported IPv6 address supplied to IpInRange(): '%s'", text.c_str());

@@ -150,6 +150,10 @@ TEST(AgentNetwork, ResolvesAndTestsAddresses) {
     EXPECT_EQ(RunForJson({"run", "Network.Cidr", "address=10.1.2.3", "mask=255.255.0.0"}).dump(),
               R"([{"Cidr":"10.1.0.0/16"}])");
     EXPECT_EQ(RunAgent({"run", "Network.Cidr", "address=10.1", "mask=255.255.0.0"}).exitCode, 2);
+    EXPECT_EQ(RunAgent({"run", "Network.Cidr", "address=10.1.2.256", "mask=255.255.0.0"}).exitCode, 2);
+    EXPECT_EQ(RunAgent({"run", "Network.InRange", "address=10.0.0.5", "ranges=10.0.0.1-10.0.0.300"}).exitCode,
+              2);
+    EXPECT_EQ(RunAgent({"run", "Network.InRange", "address=10.0.5", "ranges=10.0.0.0/8"}).exitCode, 2);
     EXPECT_EQ(RunAgent({"run", "Network.Resolve", "host=256.1.1.1:"}).exitCode, 3);
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "modules/Describe.h"
+#include "quillon/IpRanges.h"
 #include "quillon/NetworkUtils.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/WindowsSockets.h"
@@ -62,8 +63,16 @@ void InRange(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddMandatoryBinding("address", address);
     binder.AddMandatoryBinding("ranges", ranges);
     if (!binder.Bind(result)) return;
-    WindowsSockets::GetInstance()->InitializeSockets();
-    result.resultTable.AddRow(VariantList(Variant("InRange", NetworkUtils::IpInRange(address, ranges))));
+    std::string problem;
+    const auto set = IpRanges::Read(ranges, problem);
+    const auto isInside = set ? set->Holds(address) : std::nullopt;
+    if (!set) {
+        RefuseParameter("The ranges are malformed: " + problem, result);
+    } else if (!isInside) {
+        RefuseParameter("'" + address + "' is no address", result);
+    } else {
+        result.resultTable.AddRow(VariantList(Variant("InRange", *isInside)));
+    }
 }
 
 void Cidr(const MethodParameters& parameters, InvocationResult& result) {
@@ -72,12 +81,15 @@ void Cidr(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddMandatoryBinding("address", address);
     binder.AddMandatoryBinding("mask", mask);
     if (!binder.Bind(result)) return;
-    const std::string cidr = NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(address, mask);
-    if (cidr.empty()) {
-        RefuseParameter("Address and mask are each four numbers: 10.1.2.3", result);
-    } else {
-        result.resultTable.AddRow(VariantList(Variant("Cidr", cidr)));
+    const auto isIpv4 = [](const std::string& text) {
+        return IpRanges::IsAddress(text) && text.find(':') == std::string::npos;
+    };
+    if (!isIpv4(address) || !isIpv4(mask)) {
+        RefuseParameter("Address and mask are each four numbers of 0 to 255: 10.1.2.3", result);
+        return;
     }
+    const std::string cidr = NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(address, mask);
+    result.resultTable.AddRow(VariantList(Variant("Cidr", cidr)));
 }
 
 void DescribeResolve(IMethodMetadataBuilder& builder) {
@@ -94,12 +106,11 @@ void DescribeResolve(IMethodMetadataBuilder& builder) {
 }
 
 void DescribeInRange(IMethodMetadataBuilder& builder) {
-    builder.Description("Tells whether an IPv4 address lies in one of the ranges.")
-        .Note("What is malformed is logged, and the answer is then false.")
-        .Example(
-            "quillon-agent run Network.InRange address=10.0.0.5 ranges=10.0.0.1-10.0.0.9,10.1.0.0-10.1.0.9");
-    AddParameter(builder, "address", "An IPv4 address.");
-    AddParameter(builder, "ranges", "Separated by commas; each two addresses with a dash between them.");
+    builder.Description("Tells whether an address lies in one of the ranges.")
+        .Note("A malformed address or list is refused with code 2, and the message names the piece.")
+        .Example("quillon-agent run Network.InRange address=10.0.0.5 ranges=10.0.0.1-10.0.0.9,fe80::/10");
+    AddParameter(builder, "address", "An IPv4 or IPv6 address.");
+    AddParameter(builder, "ranges", "Separated by commas; each an address, LOW-HIGH or NETWORK/LENGTH.");
     AddColumn(builder, "InRange", typeid(bool), "Both ends belong to a range.");
 }
 

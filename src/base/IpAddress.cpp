@@ -1,0 +1,113 @@
+#include "base/IpAddress.h"
+
+#include <algorithm>
+#include <charconv>
+#include <system_error>
+
+#include "base/Characters.h"
+
+namespace quillon::base {
+
+namespace {
+
+constexpr std::size_t kGroupSize = 2;
+
+/// Takes a decimal number of 0 to 255 without leading zeros off the front.
+std::optional<std::uint8_t> TakeOctet(std::string_view& text) {
+    if (text.empty() || !IsDigit(text.front())) return std::nullopt;
+    std::uint8_t octet = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), octet);
+    const auto length = static_cast<std::size_t>(end - text.data());
+    if (error != std::errc() || (text.front() == '0' && length > 1)) return std::nullopt;
+    text.remove_prefix(length);
+    return octet;
+}
+
+bool ReadIpv4(std::string_view text, std::uint8_t* bytes) {
+    for (std::size_t i = 0; i < IpAddress::kIpv4Size; ++i) {
+        if (i > 0) {
+            if (!text.starts_with('.')) return false;
+            text.remove_prefix(1);
+        }
+        const auto octet = TakeOctet(text);
+        if (!octet) return false;
+        bytes[i] = *octet;
+    }
+    return text.empty();
+}
+
+/// Takes one to four hexadecimal digits off the front.
+bool TakeGroup(std::string_view& text, std::uint8_t* bytes) {
+    constexpr std::size_t kMostDigits = 4;
+    constexpr int kHexadecimal = 16;
+    std::uint16_t group = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), group, kHexadecimal);
+    const auto length = static_cast<std::size_t>(end - text.data());
+    if (error != std::errc() || length > kMostDigits) return false;
+    text.remove_prefix(length);
+    bytes[0] = static_cast<std::uint8_t>(group >> 8);
+    bytes[1] = static_cast<std::uint8_t>(group & 0xFF);
+    return true;
+}
+
+bool ReadIpv6(std::string_view text, IpAddress& address) {
+    std::size_t size = 0;
+    std::optional<std::size_t> gap;  // where "::" stands
+    if (text.starts_with("::")) {
+        gap = 0;
+        text.remove_prefix(2);
+    }
+    while (!text.empty()) {
+        const std::string_view group = text.substr(0, text.find(':'));
+        if (group.size() == text.size() && group.find('.') != std::string_view::npos) {
+            if (size + IpAddress::kIpv4Size > IpAddress::kIpv6Size || !ReadIpv4(text, &address.bytes[size]))
+                return false;
+            size += IpAddress::kIpv4Size;
+            break;
+        }
+        if (size == IpAddress::kIpv6Size || !TakeGroup(text, &address.bytes[size])) return false;
+        size += kGroupSize;
+        if (text.empty()) break;
+        if (text.starts_with("::")) {
+            if (gap) return false;
+            gap = size;
+            text.remove_prefix(2);
+        } else if (text.size() > 1 && text.front() == ':') {
+            text.remove_prefix(1);
+        } else {
+            return false;  // something else behind a group, or a colon at the end
+        }
+    }
+    if (!gap) return size == IpAddress::kIpv6Size;
+    if (size == IpAddress::kIpv6Size) return false;  // "::" stands for one group at least
+    const auto begin = address.bytes.begin();
+    std::rotate(begin + static_cast<std::ptrdiff_t>(*gap), begin + static_cast<std::ptrdiff_t>(size),
+                address.bytes.end());
+    return true;
+}
+
+}  // namespace
+
+std::optional<IpAddress> ReadIpAddress(std::string_view text) {
+    IpAddress address;
+    if (text.find(':') == std::string_view::npos) {
+        address.size = IpAddress::kIpv4Size;
+        return ReadIpv4(text, address.bytes.data()) ? std::optional(address) : std::nullopt;
+    }
+    address.size = IpAddress::kIpv6Size;
+    return ReadIpv6(text, address) ? std::optional(address) : std::nullopt;
+}
+
+IpAddress Unmapped(const IpAddress& address) {
+    constexpr std::size_t kPrefixSize = IpAddress::kIpv6Size - IpAddress::kIpv4Size;
+    constexpr std::array<std::uint8_t, kPrefixSize> kPrefix{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
+    if (address.size != IpAddress::kIpv6Size ||
+        !std::equal(kPrefix.begin(), kPrefix.end(), address.bytes.begin()))
+        return address;
+    IpAddress inner;
+    inner.size = IpAddress::kIpv4Size;
+    std::copy_n(address.bytes.begin() + kPrefixSize, IpAddress::kIpv4Size, inner.bytes.begin());
+    return inner;
+}
+
+}  // namespace quillon::base
