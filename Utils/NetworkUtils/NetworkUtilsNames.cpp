@@ -1,9 +1,13 @@
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "platform/NetworkApi.h"
+#include "platform/ThreadPoolApi.h"
 #include "quillon/NetworkUtils.h"
 #include "quillon/WindowsSockets.h"
 
@@ -29,9 +33,18 @@ private:
     std::array<char, 255> m_text{};
 };
 
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kLongestSearch{10};
+constexpr std::chrono::seconds kPauseBetweenSearches{60};
+
 struct Names {
     std::mutex mutex;
     Name host, fqdn, domain;
+    /// The search for the qualified name runs on a thread of its own, because name servers may be asked.
+    bool isSearching = false;
+    Clock::time_point searchEnds, nextSearch;
+    std::condition_variable hasSearched;
 };
 
 /// Never destroyed: the texts live as long as the process.
@@ -56,6 +69,41 @@ const Name& HostName(Names& names) {
     return names.host;
 }
 
+/// The mutex is not held, and nothing is logged: an entry may ask for the name that is searched.
+platform::NameAnswer FindFqdn() {
+    platform::NameAnswer own = platform::FullyQualifiedName();
+    return own.mayComeLater || !own.name.value_or("").empty() ? own : platform::LoopbackName();
+}
+
+/// Stores what the search found: the host's name stands in when there is no other, but not for a name that
+/// may come later.
+void EndSearch(Names& names, const platform::NameAnswer& answer) {
+    {
+        const std::lock_guard lock(names.mutex);
+        const std::string name = answer.name.value_or("");
+        if (!answer.mayComeLater) names.fqdn.Set(name.empty() ? HostName(names).Text() : name);
+        names.isSearching = false;
+        names.nextSearch = Clock::now() + kPauseBetweenSearches;
+    }
+    names.hasSearched.notify_all();
+}
+
+/// Begins a search unless one runs, or the last one was a short while ago. The mutex is held by `lock`.
+void BeginSearch(Names& names, std::unique_lock<std::mutex>& lock) {
+    if (names.isSearching || Clock::now() < names.nextSearch) return;
+    names.isSearching = true;
+    names.searchEnds = Clock::now() + kLongestSearch;
+    lock.unlock();
+    bool hasStarted = false;
+    try {
+        hasStarted = platform::RunInBackground([&names] { EndSearch(names, FindFqdn()); });
+    } catch (const std::bad_alloc&) {
+        hasStarted = false;
+    }
+    if (!hasStarted) EndSearch(names, {.name = std::nullopt, .mayComeLater = true});
+    lock.lock();
+}
+
 }  // namespace
 
 const char* NetworkUtils::GetHostName() {
@@ -66,20 +114,14 @@ const char* NetworkUtils::GetHostName() {
     return HostName(names).Text();
 }
 
-// A name is looked up without the mutex, because that may ask a server and the banner of a log file needs
-// the host's name at once.
-
 const char* NetworkUtils::GetFqdn() {
     Names& names = TheNames();
     if (IsKnown(names.fqdn)) return names.fqdn.Text();
-    std::string name = platform::FullyQualifiedName().value_or("");
-    if (name.empty()) {
-        StartSockets();
-        name = platform::LoopbackName().value_or("");
-    }
-    const std::lock_guard lock(names.mutex);
-    if (!names.fqdn.IsKnown()) names.fqdn.Set(name.empty() ? HostName(names).Text() : name);
-    return names.fqdn.Text();
+    StartSockets();
+    std::unique_lock lock(names.mutex);
+    BeginSearch(names, lock);
+    names.hasSearched.wait_until(lock, names.searchEnds, [&names] { return !names.isSearching; });
+    return names.fqdn.IsKnown() ? names.fqdn.Text() : HostName(names).Text();
 }
 
 const char* NetworkUtils::GetDomainName() {

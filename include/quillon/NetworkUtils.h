@@ -33,8 +33,9 @@ public:
 
     /// Returns the host's name up to its first dot; "unknown_host" when the system has none.
     static const char* GetHostName();
-    /// Returns the fully qualified name, else the name of 127.0.0.1, for which a name server
-    /// may be asked, else GetHostName().
+    /// Returns the fully qualified name, else the name of 127.0.0.1, else GetHostName(). Name servers may be
+    /// asked. After 10 seconds without an answer, or when no server could be reached, returns GetHostName(),
+    /// and a call a minute later asks again.
     static const char* GetFqdn();
     /// Returns the flat (NetBIOS) name of the domain or workgroup; "(unknown)" when it cannot
     /// be told, so always outside Windows.
@@ -89,12 +90,13 @@ public:
     /// not matter. Returns false with an Error entry for an address, or any range, that is
     /// malformed, and with a Warn entry for an IPv6 address. IPv6 ranges are skipped with a
     /// Warn entry; when there are no others, an Error entry says so. A range with a number
-    /// above 255 matches nothing. The caller starts Windows Sockets first.
+    /// above 255 matches nothing. IpRanges (IpRanges.h) reads more kinds of lists, and says what is
+    /// malformed.
     static bool IpInRange(const std::string& address, const std::string& ranges);
     /// Returns whether an IPv4 or IPv6 address lies in "NETWORK/LENGTH"; bits of the network
     /// beyond the length do not matter. Returns false, and logs nothing, when either is
-    /// malformed (IPv4 needs four numbers; port, scope and brackets are refused) or the two are
-    /// of different kinds. The caller starts Windows Sockets first.
+    /// malformed (IPv4 is four decimal numbers without leading zeros; port, scope and brackets are
+    /// refused) or the two are of different kinds.
     static bool IpInCidr(const std::string& address, const std::string& cidr);
     /// Returns whether the address field of the sockaddr_in `a` is above that of `b`, both read
     /// as they are stored; the order is that of the addresses only when the fields hold host

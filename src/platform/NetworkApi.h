@@ -13,10 +13,15 @@ bool StartSockets();
 void StopSockets();
 
 std::optional<std::string> HostName();
+/// Holds a name, or tells whether the same question may have an answer later.
+struct NameAnswer {
+    std::optional<std::string> name;
+    bool mayComeLater = false;  ///< no name server answered
+};
 /// May ask a name server outside Windows.
-std::optional<std::string> FullyQualifiedName();
+NameAnswer FullyQualifiedName();
 /// The name of 127.0.0.1; may ask a name server.
-std::optional<std::string> LoopbackName();
+NameAnswer LoopbackName();
 /// Returns the flat name of the primary domain or the workgroup. Only Windows machines have one.
 std::optional<std::string> FlatDomainName();
 

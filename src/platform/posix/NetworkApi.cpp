@@ -17,31 +17,31 @@ std::optional<std::string> HostName() {
     return name.data();
 }
 
-std::optional<std::string> FullyQualifiedName() {
+NameAnswer FullyQualifiedName() {
     const auto host = HostName();
-    if (!host) return std::nullopt;
-    if (host->find('.') != std::string::npos) return host;
+    if (!host) return {};
+    if (host->find('.') != std::string::npos) return {.name = host};
     addrinfo hints{};
     hints.ai_flags = AI_CANONNAME;
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
-    if (::getaddrinfo(host->c_str(), nullptr, &hints, &found) != 0) return std::nullopt;
+    const int code = ::getaddrinfo(host->c_str(), nullptr, &hints, &found);
+    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, &::freeaddrinfo);
-    if (found->ai_canonname == nullptr) return std::nullopt;
-    return found->ai_canonname;
+    if (found->ai_canonname == nullptr) return {};
+    return {.name = found->ai_canonname};
 }
 
-std::optional<std::string> LoopbackName() {
+NameAnswer LoopbackName() {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     std::array<char, 1025> host{};
     std::array<char, 32> service{};
-    if (::getnameinfo(reinterpret_cast<const sockaddr*>(&address), sizeof address, host.data(), host.size(),
-                      service.data(), service.size(), NI_NAMEREQD) != 0) {
-        return std::nullopt;
-    }
-    return host.data();
+    const int code = ::getnameinfo(reinterpret_cast<const sockaddr*>(&address), sizeof address, host.data(),
+                                   host.size(), service.data(), service.size(), NI_NAMEREQD);
+    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
+    return {.name = host.data()};
 }
 
 std::optional<std::string> FlatDomainName() { return std::nullopt; }

@@ -37,30 +37,29 @@ std::optional<std::string> HostName() {
     return base::ToUtf8(name.data());
 }
 
-std::optional<std::string> FullyQualifiedName() {
+NameAnswer FullyQualifiedName() {
     DWORD length = 0;
     if (::GetComputerNameExW(ComputerNameDnsFullyQualified, nullptr, &length) != 0 ||
         ::GetLastError() != ERROR_MORE_DATA) {
-        return std::nullopt;
+        return {};
     }
     std::wstring name(++length, L'\0');
-    if (::GetComputerNameExW(ComputerNameDnsFullyQualified, name.data(), &length) == 0) return std::nullopt;
+    if (::GetComputerNameExW(ComputerNameDnsFullyQualified, name.data(), &length) == 0) return {};
     name.resize(length);  // now without the terminator
-    return base::ToUtf8(name);
+    return {.name = base::ToUtf8(name)};
 }
 
-std::optional<std::string> LoopbackName() {
+NameAnswer LoopbackName() {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     std::array<wchar_t, 1025> host{};
     std::array<wchar_t, 32> service{};
-    if (::GetNameInfoW(reinterpret_cast<const sockaddr*>(&address), sizeof address, host.data(),
-                       static_cast<DWORD>(host.size()), service.data(), static_cast<DWORD>(service.size()),
-                       NI_NAMEREQD) != 0) {
-        return std::nullopt;
-    }
-    return base::ToUtf8(host.data());
+    const int code = ::GetNameInfoW(reinterpret_cast<const sockaddr*>(&address), sizeof address, host.data(),
+                                    static_cast<DWORD>(host.size()), service.data(),
+                                    static_cast<DWORD>(service.size()), NI_NAMEREQD);
+    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
+    return {.name = base::ToUtf8(host.data())};
 }
 
 std::optional<std::string> FlatDomainName() {

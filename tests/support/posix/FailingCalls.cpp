@@ -4,6 +4,8 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 namespace quillon::test {
 
@@ -32,6 +34,10 @@ int __wrap_gethostname(char* name, std::size_t size) {
 
 int __wrap_getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** list) {
     if (TheFailingCalls().addressInfo) return EAI_FAIL;
+    if (const int seconds = TheFailingCalls().addressInfoSeconds; seconds > 0) {
+        std::this_thread::sleep_for(std::chrono::seconds(seconds));
+        return EAI_AGAIN;
+    }
     return __real_getaddrinfo(node, service, hints, list);
 }
 

@@ -9,7 +9,9 @@ namespace quillon::test {
 struct FailingCalls {
     std::atomic<bool> hostName{false};     ///< gethostname
     std::atomic<bool> addressInfo{false};  ///< getaddrinfo
-    std::atomic<bool> nameInfo{false};     ///< getnameinfo
+    /// Seconds for which getaddrinfo waits before it answers; it then says that no server was reached.
+    std::atomic<int> addressInfoSeconds{0};
+    std::atomic<bool> nameInfo{false};  ///< getnameinfo
 };
 FailingCalls& TheFailingCalls();
 

@@ -59,6 +59,25 @@ TEST(NetworkNames, FallBackFromOneToTheNext) {
         EXPECT_EQ(test::RunChild("network-names", {faults}).out, expected) << faults;
 }
 
+/// silent-name-servers SECONDS: prints the qualified name, and whether it is the host's name.
+const test::ChildMode silentNameServers("silent-name-servers", [](const std::vector<std::string>& arguments) {
+    test::TheFailingCalls().addressInfoSeconds = std::stoi(arguments[0]);
+    std::printf("%s", std::string(NetworkUtils::GetFqdn()) == NetworkUtils::GetHostName() ? "host" : "other");
+    std::fflush(stdout);
+    ::_exit(0);  // the search is still under way
+    return 0;
+});
+
+// The name servers answer a minute after the test's program would be ended.
+TEST(NetworkNames, ASilentServerCostsALimitedTimeAndAFailureIsNotKept) {
+    char text[256] = "";
+    ::gethostname(text, sizeof text - 1);
+    if (std::string(text).find('.') != std::string::npos)
+        GTEST_SKIP() << "the machine needs no server for its name";
+    EXPECT_EQ(test::RunChild("silent-name-servers", {"1"}).out, "host");
+    EXPECT_EQ(test::RunChild("silent-name-servers", {"300"}).out, "host");
+}
+
 TEST(NetworkNames, SocketsStartOnceForAllThreadsAndAgainAfterAFailure) {
     const test::RecordingLogger log;
     WindowsSockets& sockets = *WindowsSockets::GetInstance();
