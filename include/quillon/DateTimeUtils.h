@@ -1,7 +1,9 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "quillon/Export.h"
 #include "quillon/TimePoint.h"
@@ -92,6 +94,11 @@ public:
     /// Returns the same moment with its milliseconds; the epoch on failure, and for a date that
     /// a time point has no room for.
     static TimePoint JsonDateTimeToTimePoint(const std::string& text);
+    /// Reads a date-time strictly, as RFC 3339, section 5.6, has it: "2016-05-10T12:00:00.25+01:00", with 'T'
+    /// and 'Z' in either case, a fraction of any length (digits past the seventh are dropped), second 60
+    /// counting on, and a zone of at most 14 hours either way. Returns nothing for any other text, and for a
+    /// date that a time point has no room for.
+    static std::optional<TimePoint> TryParseJsonDateTime(std::string_view text);
 
     /// Writes the date's own fields with the zone offset that is in force now, not at that
     /// date; "Z" when the system does not tell its zone, "+00:00" for UTC. Returns the empty

@@ -173,6 +173,44 @@ TEST(DateTimeUtilsJson, ReadsFieldsFractionAndZone) {
     }
 }
 
+TEST(DateTimeUtilsParse, ReadsJsonDateTimesStrictly) {
+    const std::pair<const char*, std::int64_t> good[] = {
+        {"2016-05-10T12:00:00Z", kNoon * 10'000'000},
+        {"2016-05-10t12:00:00.5z", kNoon * 10'000'000 + 5'000'000},
+        {"2016-05-10T13:00:00.123456789+01:00", kNoon * 10'000'000 + 1'234'567},
+        {"2016-05-09T22:00:00-14:00", kNoon * 10'000'000},
+        {"2016-05-10T11:59:60+00:00", kNoon * 10'000'000},
+        {"2016-02-29T00:00:00Z", 14'567'040'000'000'000},
+    };
+    for (const auto& [text, ticks] : good) EXPECT_EQ(DT::TryParseJsonDateTime(text), AtTicks(ticks)) << text;
+    for (const char* const text : {"",
+                                   "2016-05-10",
+                                   "2016-05-10T12:00:00",
+                                   "2016-05-10 12:00:00Z",
+                                   "2016-05-10T12:00:00.Z",
+                                   "2016-05-10T12:00Z",
+                                   "2016-05-10T12:00:00Z ",
+                                   " 2016-05-10T12:00:00Z",
+                                   "2016-5-10T12:00:00Z",
+                                   "2016-13-10T12:00:00Z",
+                                   "2016-00-10T12:00:00Z",
+                                   "2015-02-29T12:00:00Z",
+                                   "2016-04-31T12:00:00Z",
+                                   "2016-05-00T12:00:00Z",
+                                   "2016-05-10T24:00:00Z",
+                                   "2016-05-10T12:60:00Z",
+                                   "2016-05-10T12:00:61Z",
+                                   "2016-05-10T12:00:00+14:01",
+                                   "2016-05-10T12:00:00+01:60",
+                                   "2016-05-10T12:00:00+1:00",
+                                   "2016-05-10T12:00:00+0100",
+                                   "12016-05-10T12:00:00Z",
+                                   "-016-05-10T12:00:00Z"})
+        EXPECT_EQ(DT::TryParseJsonDateTime(text), std::nullopt) << text;
+    EXPECT_TRUE(DT::TryParseJsonDateTime("0000-01-01T00:00:00Z"));
+    EXPECT_TRUE(DT::TryParseJsonDateTime("9999-12-31T23:59:59Z"));
+}
+
 // The tests run with TZ=UTC; other zones are with the seam's tests.
 TEST(DateTimeUtilsLocal, WallClockTimesAndTexts) {
     EXPECT_EQ(DT::YMDHMSToTimePoint(2015, 17, 10, 11, 59, 60), AtTicks(kNoon * 10'000'000));
