@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <array>
 #include <string_view>
 
+#include "base/ByteBlocks.h"
 #include "base/HexDigits.h"
 #include "quillon/StringUtils.h"
 
@@ -9,7 +11,6 @@ namespace quillon {
 namespace {
 
 using base::HexDigit;
-using base::kLowerDigits;
 using base::kUpperDigits;
 
 template <class String>
@@ -68,35 +69,33 @@ std::string StringUtils::UrlEncode(const std::string& text) {
 }
 
 std::string StringUtils::UrlDecode(const std::string& text) {
-    std::string decoded;
-    decoded.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const int byte = text[i] == '%' && text.size() - i > 2 ? HexByte(text[i + 1], text[i + 2]) : -1;
-        if (byte >= 0) i += 2;
-        decoded.push_back(byte >= 0 ? static_cast<char>(byte) : text[i]);
+    std::string decoded(text.size(), '\0');
+    char* out = decoded.data();
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t plain = base::CopyUntil(text.data() + i, text.size() - i, '%', out);
+        out += plain;
+        i += plain;
+        if (i == text.size()) break;
+        const int byte = text.size() - i > 2 ? HexByte(text[i + 1], text[i + 2]) : -1;
+        *out++ = byte >= 0 ? static_cast<char>(byte) : '%';
+        i += byte >= 0 ? 3 : 1;
     }
+    decoded.resize(static_cast<std::size_t>(out - decoded.data()));
     return decoded;
 }
 
 std::string StringUtils::ByteArrayToHexString(const unsigned char* bytes, std::size_t count) {
     std::string hex(2 * count, '\0');
-    for (std::size_t i = 0; i < count; ++i) {
-        hex[2 * i] = kLowerDigits[bytes[i] >> 4];
-        hex[2 * i + 1] = kLowerDigits[bytes[i] & 15];
-    }
+    base::WriteHex(bytes, count, hex.data());
     return hex;
 }
 
 bool StringUtils::HexStringToByteArray(const std::string& hex, unsigned char* buffer, std::size_t bufferSize,
                                        std::size_t& count) {
     if (hex.size() % 2 != 0) return false;
-    count = 0;
-    for (std::size_t i = 0; i < hex.size(); i += 2) {
-        const int byte = HexByte(hex[i], hex[i + 1]);
-        if (byte < 0 || count == bufferSize) return false;
-        buffer[count++] = static_cast<unsigned char>(byte);
-    }
-    return true;
+    const std::size_t wanted = hex.size() / 2;
+    count = base::ReadHex(hex.data(), std::min(wanted, bufferSize), buffer);
+    return count == wanted;
 }
 
 std::string StringUtils::ByteArrayToAsciiChars(const unsigned char* bytes, std::size_t count) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ByteBlocks.h"
 #include "base/Characters.h"
 
 namespace quillon {
@@ -88,6 +89,11 @@ private:
         const Char end = m_needle.back(), endOther = Case::OtherCase(end);
         const Char* const heads = text.data();
         const Char* const tails = heads + (m_needle.size() - 1);
+        if constexpr (sizeof(Char) == 1) {
+            const std::size_t at =
+                base::FindBoth(heads, {first, firstOther}, tails, {end, endOther}, from, last + 1);
+            return at > last ? View::npos : at;
+        }
         for (std::size_t i = from; i <= last; ++i) {
             const bool head = (heads[i] == first) | (heads[i] == firstOther);
             if (head & ((tails[i] == end) | (tails[i] == endOther))) return i;

@@ -4,10 +4,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#if defined(__SSE2__) || defined(_M_X64)
-#define QUILLON_SSE2 1
-#include <emmintrin.h>
-#endif
+#include "base/Sse2.h"
 
 namespace quillon::base {
 
