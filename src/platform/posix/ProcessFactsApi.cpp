@@ -94,7 +94,10 @@ std::optional<std::vector<std::uint32_t>> ListProcessIds() {
         const auto [next, error] = std::from_chars(entry->d_name, end, id);
         if (error == std::errc() && next == end) ids.push_back(id);
     }
-    return ids;
+    if (!ids.empty()) return ids;
+    errno = ENOENT;  // /proc is not mounted: this process would be in it
+    FailWithErrno();
+    return std::nullopt;
 }
 
 OwnUsage UsageOfThisProcess() {
