@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -14,6 +15,12 @@ namespace quillon {
 
 /// Says how one binding ended.
 enum class ParameterBindingResult : std::int32_t { Success = 0, Missing = 1, WrongType = 2 };
+
+/// The types of variables that a parameter can be bound to: std::string, long long, double, bool and
+/// const DataTable*. An int is none of them: bind a long long, and check its range.
+template <class T>
+concept BindableVariable = std::same_as<T, std::string> || std::same_as<T, long long> ||
+    std::same_as<T, double> || std::same_as<T, bool> || std::same_as<T, const DataTable*>;
 
 /// Checks the parameters of one call against a method's typed variables and fills the variables.
 /// Declare each variable, then call Bind(); the parameters and the variables, which are not owned,
@@ -39,26 +46,26 @@ public:
     ParameterBinder(const ParameterBinder&) = delete;
     ParameterBinder& operator=(const ParameterBinder&) = delete;
 
-    /// Declares a variable; T is std::string, long long, double, bool or const DataTable*. A second
+    /// Declares a variable. A second
     /// binding under a name replaces the first. A text accepts time points as ISO 8601, an integer
     /// booleans, a boolean integers, a double integers; a table of one row and one cell stands for
     /// its scalar.
-    template <class T>
+    template <BindableVariable T>
     void AddBinding(const std::string& name, T* target, bool optional);
     /// Declares a variable that the call must give. When that fails, a scalar target becomes empty,
     /// 0 or false.
-    template <class T>
+    template <BindableVariable T>
     void AddMandatoryBinding(const std::string& name, T& target) {
         AddBinding(name, &target, false);
     }
     /// Declares a variable that keeps its value when the parameter is absent.
-    template <class T>
+    template <BindableVariable T>
     void AddOptionalBinding(const std::string& name, T& target) {
         AddBinding(name, &target, true);
     }
 
     /// Declares a variable that holds nothing when the parameter is absent or of another type.
-    template <class T>
+    template <BindableVariable T>
     void AddOptionalBinding(const std::string& name, std::optional<T>& target);
 
     /// Fills the variables and returns true; or sets result code 2 and the message of the first
@@ -66,7 +73,7 @@ public:
     /// '...'", "Value is wrong data-type for parameter '...'"), parameters without a binding, names
     /// given more than once. A value of another type also logs the Error entry of its getter
     /// (Variant.h). Nothing is thrown for a faulty call.
-    bool Bind(InvocationResult& result) const;
+    [[nodiscard]] bool Bind(InvocationResult& result) const;
 
 private:
     using Binding = std::function<ParameterBindingResult()>;

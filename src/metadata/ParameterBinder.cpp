@@ -36,7 +36,7 @@ ParameterBinder::ParameterBinder(const MethodParameters& parameters, bool allowA
 
 ParameterBinder::~ParameterBinder() = default;
 
-template <class T>
+template <BindableVariable T>
 void ParameterBinder::AddBinding(const std::string& name, T* target, bool optional) {
     m_bindings[name] = [this, name, target, optional] { return BindTarget(name, *target, optional); };
 }
@@ -47,7 +47,7 @@ template QUILLON_API void ParameterBinder::AddBinding(const std::string&, double
 template QUILLON_API void ParameterBinder::AddBinding(const std::string&, bool*, bool);
 template QUILLON_API void ParameterBinder::AddBinding(const std::string&, const DataTable**, bool);
 
-template <class T>
+template <BindableVariable T>
 void ParameterBinder::AddOptionalBinding(const std::string& name, std::optional<T>& target) {
     m_bindings[name] = [this, name, &target] {
         T value{};
