@@ -7,6 +7,7 @@
 #include "cli/Output.h"
 #include "host/AgentConfiguration.h"
 #include "host/Host.h"
+#include "quillon/PathUtils.h"
 #include "system/Console.h"
 
 namespace quillon::agent {
@@ -20,12 +21,17 @@ AgentConfiguration Configure(const RunCommand& command) {
                                          : AgentConfiguration::Load(command.configuration);
 }
 
+std::string DatabaseFolderOf(const RunCommand& command) {
+    if (command.data.empty()) return Host::DefaultDatabaseFolder();
+    return PathUtils::CombinePaths(command.data, Host::kDatabaseFolder, PathUtils::PathSep);
+}
+
 int Execute(const RunCommand& command, Output& output) {
     const AgentConfiguration configuration = Configure(command);
     LogSettings log = command.log;
     if (!command.configuration.empty() && !log.level)
         log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
-    const Host host(log, Host::DefaultDatabaseFolder(), configuration);
+    const Host host(log, DatabaseFolderOf(command), configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
     output.Write(Render(result.resultTable, command.format));
     if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", result.errorMessage.c_str());

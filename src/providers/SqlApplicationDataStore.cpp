@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <optional>
-#include <string_view>
 
+#include "providers/SqlText.h"
 #include "quillon/ICLogger.h"
 #include "quillon/ISqliteInstance.h"
+#include "quillon/ISqliteQueries.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -14,16 +16,6 @@ namespace quillon {
 namespace {
 
 constexpr const char* kTempTablePrefix = "temp.";
-
-/// A name between brackets has no escape for the closing bracket.
-bool CanStandInBrackets(const std::string& name) {
-    return !name.empty() && name.find_first_of(std::string_view("]\0", 2)) == std::string::npos;
-}
-
-const char* TypeText(IApplicationDataStore::ColumnDataType type) {
-    if (type == IApplicationDataStore::Integer) return "INTEGER";
-    return type == IApplicationDataStore::Real ? "REAL" : "TEXT";
-}
 
 void AppendItem(std::string& list, const std::string& item) {
     if (!list.empty()) list += ',';
@@ -64,6 +56,7 @@ std::string UniqueClause(const std::vector<std::string>& columns) {
 
 IApplicationDataStore::~IApplicationDataStore() = default;
 ISqliteInstance::~ISqliteInstance() = default;
+ISqliteQueries::~ISqliteQueries() = default;
 ISqliteDatabase::~ISqliteDatabase() = default;
 
 SqlApplicationDataStore::SqlApplicationDataStore(const std::string& databaseName)
@@ -113,8 +106,7 @@ bool SqlApplicationDataStore::WriteDataToTempTable(const std::string& tableName,
     const auto definitions = Definitions(table);
     if (!CanStandInBrackets(tableName) || !definitions) return false;
     if (!CreateTempTable(name, "CREATE TEMP TABLE [" + name + "] (" + *definitions + ')')) return false;
-    if (std::find(m_tempTables.begin(), m_tempTables.end(), tableName) == m_tempTables.end())
-        m_tempTables.push_back(tableName);
+    if (FindTempTable(tableName) == m_tempTables.end()) m_tempTables.push_back(tableName);
     return m_database->AddToTable(name.c_str(), table, 0);
 }
 
@@ -131,8 +123,15 @@ bool SqlApplicationDataStore::CreateTempTable(const std::string& name, const std
 void SqlApplicationDataStore::DeleteTempTable(const std::string& tableName) {
     if (!m_isOpen) return;
     m_database->DropTable(AddTempTablePrefix(tableName));
-    const auto found = std::find(m_tempTables.begin(), m_tempTables.end(), tableName);
+    const auto found = FindTempTable(tableName);
     if (found != m_tempTables.end()) m_tempTables.erase(found);
+}
+
+/// The engine tells names apart without regard to the case of ASCII letters.
+std::vector<std::string>::iterator SqlApplicationDataStore::FindTempTable(const std::string& tableName) {
+    return std::find_if(m_tempTables.begin(), m_tempTables.end(), [&tableName](const std::string& own) {
+        return StringUtils::CompareCaseInsensitive(own, tableName);
+    });
 }
 
 bool SqlApplicationDataStore::ExecuteQuery(const std::string& sql, DataTable& result) {
@@ -155,6 +154,10 @@ void SqlApplicationDataStore::EnsureTableExists(const std::string& tableName,
     }
     const auto definitions = Definitions(columns);
     if (definitions && CreateTable(tableName, *definitions + UniqueClause(uniqueColumns))) return;
+    if (definitions && m_database->TableExists(tableName)) {  // another thread was quicker
+        existed = true;
+        return;
+    }
     if (m_logger != nullptr)
         m_logger->Warn("Could not create table '%s' for %s storage", tableName.c_str(),
                        m_databaseName.c_str());

@@ -3,14 +3,9 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
-#include <optional>
 
-#include "quillon/DataTableIO.h"
-#include "quillon/SqlApplicationDataStore.h"
-#include "sql/SqliteEngine.h"
+#include "examples/StoreTest.h"
 #include "support/ChildMain.h"
-#include "support/RecordingLogger.h"
-#include "support/TempDir.h"
 
 namespace quillon::test {
 
@@ -20,52 +15,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-using Store = SqlApplicationDataStore;
-using V = Variant;
-
-/// Databases of this test alone, which wait hardly at all for each other.
-struct Databases {
-    explicit Databases(const std::string& path) : folder(path), engine(std::in_place, folder, 20) {
-        ServiceLocator::Put<ISqliteInstance>(&*engine);
-    }
-    ~Databases() { ServiceLocator::Remove<ISqliteInstance>(); }
-
-    agent::DatabaseFolder folder;
-    std::optional<agent::SqliteEngine> engine;
-};
-
-class StoreTest : public TempDirTest {
-protected:
-    RecordingLogger m_log;
-    Databases m_databases{dir.Path("stores")};
-
-    std::vector<std::string> TakeErrors() {
-        auto errors = m_log.Lines(ICLogger::Level::Error);
-        m_log.Forget();
-        return errors;
-    }
-};
-
-DataTable Query(Store& store, const std::string& sql) {
-    DataTable table;
-    EXPECT_TRUE(store.ExecuteQuery(sql, table)) << sql.substr(0, 100);
-    return table;
-}
-
-std::string Csv(Store& store, const std::string& sql) {
-    std::string text = ToCsv(Query(store, sql));
-    std::erase(text, '\r');
-    return text;
-}
-
-DataTable Column(const std::string& name, const std::vector<Variant>& values) {
-    DataTable table;
-    for (Variant value : values) {
-        value.SetName(name);
-        table.AddRow(VariantList(value));
-    }
-    return table;
-}
 
 /// commit FOLDER: commits 1, 2, 3 ... and prints each once it is committed.
 const ChildMode commit("commit", [](const std::vector<std::string>& a) {
@@ -200,13 +149,17 @@ TEST_F(StoreTest, BeginsAnewBesideACorruptFile) {
     Store("x").ExecuteNonQuery("CREATE TABLE t (a)");
     std::string noSchema = dir.Read(file);
     noSchema.replace(100, 400, 400, '\xAA');
-    for (const std::string& content : {noSchema, std::string(5000, 'g')}) {
+    const std::string contents[] = {noSchema, std::string(5000, 'g'), noSchema};
+    int copies = 0;
+    for (const std::string& content : contents) {
         SCOPED_TRACE(content);
         dir.Write(file, content);
         m_log.Forget();
         Store store("x");
         EXPECT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)"));
-        EXPECT_EQ(dir.Read(file + ".corrupt"), content);
+        ++copies;
+        for (int n = 1; n <= copies; ++n)
+            EXPECT_EQ(dir.Read(file + ".corrupt." + std::to_string(n)), contents[n - 1]);
         EXPECT_THAT(TakeErrors(), ElementsAre(StartsWith("Database 'x': "), HasSubstr("moved aside")));
     }
     std::fstream(dir.Native(file)).seekp(4096) << std::string(4096, 'g');  // the table's page
@@ -245,6 +198,13 @@ TEST_F(StoreTest, KeepsPropertiesBetweenStores) {
         Store("p").SetDatabaseProperty(name, written);
     Store("P").GetDatabaseProperty("n", other), Store("P").GetDatabaseProperty(name, value);
     EXPECT_EQ(other + value, "kept" + text);
+    Store p("p");  // SQL may write what SetDatabaseProperty() does not
+    EXPECT_TRUE(p.ExecuteNonQuery("DROP TABLE quillon_properties") &&
+                p.ExecuteNonQuery("CREATE TABLE quillon_properties (name, value)") &&
+                p.ExecuteNonQuery("INSERT INTO quillon_properties VALUES ('i', 7), ('n', NULL), ('r', 0.5)"));
+    std::string i, n = "kept", r;
+    p.GetDatabaseProperty("i", i), p.GetDatabaseProperty("n", n), p.GetDatabaseProperty("r", r);
+    EXPECT_EQ(i + n + r, "7kept0.5");
 }
 
 TEST_F(StoreTest, DatabaseNamesStayInTheFolder) {

@@ -26,6 +26,12 @@ TEST(StoreModule, SavesQueriesAndLists) {
     save[3] = "replace=true";
     EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,2,true\n");
     EXPECT_EQ(run("Query", query), "0|ExitCode,LineNumber,Output\n0,0,a 1\n0,1,b 2\n");
+    EXPECT_EQ(run("Query", {query[0], query[1], "maxRows=1"}), "0|ExitCode,LineNumber,Output\n0,0,a 1\n");
+    const std::string endless =
+        "sql=WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n FROM c) SELECT n FROM c";
+    EXPECT_EQ(run("Query", {query[0], endless, "timeout=20"}), "3|The statement failed in database 'INV'");
+    EXPECT_EQ(run("Query", {query[0], endless, "maxRows=2"}), "0|n\n1\n1\n");
+    EXPECT_EQ(run("Check", {query[0]}), "0|Database,Fault\n");
     save[3] = "columns=N";
     EXPECT_EQ(run("Save", save), "3|Could not save table 'T x' in database 'Inv'");
     EXPECT_EQ(run("Query", {"database=none", query[1]}), "2|There is no database 'none'");

@@ -63,6 +63,8 @@ CLI::App* AddRun(CLI::App& app, RunCommand& command) {
               "Lowest level to log (default: the configuration's; info with --log, else warn)");
     run->add_option("--config", command.configuration, "Settings of the agent, a JSON file")
         ->type_name("FILE");
+    run->add_option("--data", command.data, "Keep the databases below this directory, not the agent's own")
+        ->type_name("FOLDER");
     return run;
 }
 

@@ -17,6 +17,7 @@ struct RunCommand {
     Format format = Format::Text;
     LogSettings log;
     std::string configuration;  ///< a file; empty: settings that are safe
+    std::string data;           ///< a directory; empty: the agent's own
 };
 
 /// "quillon-agent methods ..."

@@ -43,6 +43,7 @@ Host::Host(const LogSettings& log, const std::string& databases, const AgentConf
     m_providers.Add("Wayfar", m_contentProvider);
     ServiceLocator::Put<IProviderRegistry>(&m_providers);
     ServiceLocator::Put<ISqliteInstance>(&m_sqlEngine);
+    ServiceLocator::Put<ISqliteQueries>(&m_sqlEngine);
     ServiceLocator::Put<DatabaseFolder>(&m_databases);
     RegisterBuilder<IMethodMetadataBuilder, MethodMetadataBuilder>();
     RegisterBuilder<IMethodParameterBuilder, MethodParameterBuilder>();
@@ -52,7 +53,7 @@ Host::Host(const LogSettings& log, const std::string& databases, const AgentConf
 }
 
 std::string Host::DefaultDatabaseFolder() {
-    return PathUtils::BuildFilenameRelativeToDynamicDataDirectory("Stores");
+    return PathUtils::BuildFilenameRelativeToDynamicDataDirectory(kDatabaseFolder);
 }
 
 Host::~Host() {

@@ -20,6 +20,9 @@ namespace quillon::agent {
 /// find through ServiceLocator, and the way to a method. There is one at a time.
 class Host {
 public:
+    /// The directory of the databases, below that of the data.
+    static constexpr const char* kDatabaseFolder = "Stores";
+
     /// The databases are in a directory, by default "Stores" in the agent's data directory; a library path.
     explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder(),
                   const AgentConfiguration& configuration = AgentConfiguration());

@@ -1,11 +1,14 @@
 #include "modules/Modules.h"
 
+#include <chrono>
+#include <limits>
 #include <map>
 #include <utility>
 
 #include "modules/CommandCall.h"
 #include "modules/Describe.h"
 #include "modules/WmiCall.h"
+#include "quillon/MethodParameterValidation.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "sql/DatabaseFolder.h"
@@ -13,6 +16,9 @@
 namespace quillon::agent {
 
 namespace {
+
+constexpr long long kNoLimit = std::numeric_limits<long long>::max();
+constexpr long long kLongestTimeout = 86'400'000;  // a day
 
 using Columns = std::map<std::string, IApplicationDataStore::ColumnDataType>;
 
@@ -46,18 +52,17 @@ bool WriteRows(const Target& target, DataTable& table, SqlApplicationDataStore& 
     return store.AddToTable(target.table, table);
 }
 
-/// All or nothing; a query without objects, which has not even columns, changes nothing. The store's own
-/// transactions do not tell whether they succeed.
+/// All or nothing; a query without objects, which has not even columns, changes nothing.
 bool Write(const Target& target, DataTable& table, bool& existed) {
     if (table.GetColumnNames().empty()) return existed = true;
     SqlApplicationDataStore store(target.database);
-    if (!store.ExecuteNonQuery("BEGIN IMMEDIATE")) return false;
-    if (WriteRows(target, table, store, existed) && store.ExecuteNonQuery("COMMIT")) return true;
+    if (!store.TryBegin()) return false;
+    if (WriteRows(target, table, store, existed) && store.TryCommit()) return true;
     store.RollbackTransaction();
     return false;
 }
 
-bool Check(const Target& target, InvocationResult& result) {
+bool IsUsable(const Target& target, InvocationResult& result) {
     if (!ServiceLocator::Get<DatabaseFolder>()->FileOf(target.database))
         return RefuseParameter("'database' parameter is empty or too long", result);
     if (target.table.empty()) return RefuseParameter("'table' parameter cannot be empty", result);
@@ -116,23 +121,49 @@ void Save(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddOptionalBinding("skip", source.skip);
     binder.AddOptionalBinding("wql", source.wql);
     AddBindings(binder, source.wmi);
-    if (binder.Bind(result) && Check(target, result) && FetchRows(source, result)) SaveResult(target, result);
+    if (binder.Bind(result) && IsUsable(target, result) && FetchRows(source, result))
+        SaveResult(target, result);
+}
+
+bool IsThere(const std::string& database, InvocationResult& result) {
+    if (ServiceLocator::Get<DatabaseFolder>()->Contains(database)) return true;
+    return RefuseParameter("There is no database '" + database + '\'', result);
 }
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {
     std::string database, sql;
+    long long maxRows = 0, timeout = 0;
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("database", database);
     binder.AddMandatoryBinding("sql", sql);
-    if (!binder.Bind(result)) return;
-    if (!ServiceLocator::Get<DatabaseFolder>()->Contains(database)) {
-        RefuseParameter("There is no database '" + database + '\'', result);
+    binder.AddOptionalBinding("maxRows", maxRows);
+    binder.AddOptionalBinding("timeout", timeout);
+    if (!binder.Bind(result) ||
+        !MethodParameterValidation::InRange("maxRows", maxRows, 0, kNoLimit, result) ||
+        !MethodParameterValidation::InRange("timeout", timeout, 0, kLongestTimeout, result) ||
+        !IsThere(database, result))
         return;
-    }
     SqlApplicationDataStore store(database);
-    if (!store.ExecuteQuery(sql, result.resultTable))
+    const SqlQuery query{sql, {}, static_cast<std::uint64_t>(maxRows), std::chrono::milliseconds(timeout)};
+    if (!store.ExecuteQuery(query, result.resultTable))
         Fail(InvocationResult::kSystemFailure, "The statement failed in database '" + database + '\'',
              result);
+}
+
+void Check(const MethodParameters& parameters, InvocationResult& result) {
+    std::string database;
+    ParameterBinder binder(parameters, false, false);
+    binder.AddMandatoryBinding("database", database);
+    if (!binder.Bind(result) || !IsThere(database, result)) return;
+    SqlApplicationDataStore store(database);
+    std::vector<std::string> faults;
+    const bool isSound = store.Check(faults);
+    result.resultTable.SetDefaultColumnNames({"Database", "Fault"});
+    for (const std::string& fault : faults)
+        result.resultTable.AddRow(VariantList(Variant("Database", database), Variant("Fault", fault)));
+    if (!isSound)
+        Fail(InvocationResult::kSystemFailure,
+             "Database '" + database + (faults.empty() ? "' cannot be read" : "' is damaged"), result);
 }
 
 void AddListRow(const std::string& database, Variant&& name, Variant&& rows, DataTable& list) {
@@ -209,7 +240,24 @@ void DescribeQuery(IMethodMetadataBuilder& builder) {
     AddDatabaseParameter(builder, "It must be there.");
     builder.CreateParameter("sql", typeid(std::string))
         .Description("The statement, in the words of SQLite; only one. It reaches no other file.")
+        .BindParameter()
+        .CreateParameter("maxRows", typeid(long long))
+        .Description("Largest number of rows, of which further ones are left out; 0 for no limit.")
+        .OptionalValue(0)
+        .BindParameter()
+        .CreateParameter("timeout", typeid(long long))
+        .Description("Milliseconds after which the statement is stopped and has failed; 0 for no limit.")
+        .OptionalValue(0)
         .BindParameter();
+}
+
+void DescribeCheck(IMethodMetadataBuilder& builder) {
+    builder.Description("Reads a whole database and lists the faults that are found in it.")
+        .Note("A database that is sound has no row. One with faults is a failed invocation with code 3.")
+        .Example("quillon-agent run Store.Check database=inventory");
+    AddDatabaseParameter(builder, "It must be there.");
+    AddColumn(builder, "Database", typeid(std::string), "As given.");
+    AddColumn(builder, "Fault", typeid(std::string), "What is wrong, in the words of SQLite.");
 }
 
 void DescribeList(IMethodMetadataBuilder& builder) {
@@ -227,6 +275,7 @@ std::unique_ptr<IModule> MakeStoreModule() {
     std::vector<Method> methods;
     methods.push_back(MakeMethod("Store.Save", IMethodMetadata::V5_0, &DescribeSave, &Save));
     methods.push_back(MakeMethod("Store.Query", IMethodMetadata::V5_0, &DescribeQuery, &Query));
+    methods.push_back(MakeMethod("Store.Check", IMethodMetadata::V5_0, &DescribeCheck, &Check));
     methods.push_back(MakeMethod("Store.List", IMethodMetadata::V5_0, &DescribeList, &List));
     return MakeModule(std::move(methods));
 }

@@ -17,12 +17,14 @@ public:
     /// A library path; the directory is made when the first database is.
     explicit DatabaseFolder(std::string folder);
 
+    const std::string& GetPath() const { return m_folder; }
     /// Returns the file of a database; nothing for a name that is empty or too long for a file.
     std::optional<std::string> FileOf(const std::string& name) const;
     /// In lower case, sorted.
     std::vector<std::string> GetNames() const;
     bool Contains(const std::string& name) const;
-    /// Creates the directory when it is missing; false when that fails.
+    /// Creates the directory, with those above it, when it is missing; false when that fails, see the
+    /// last error.
     bool Make() const;
 
 private:

@@ -5,7 +5,9 @@
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
 #include "sql/SqliteStatement.h"
+#include "system/PrivateFile.h"
 #include "system/SystemPath.h"
 
 namespace quillon::agent {
@@ -13,7 +15,30 @@ namespace quillon::agent {
 namespace {
 
 constexpr std::size_t kLongestShownStatement = 500;
-constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+constexpr int kWriteFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+constexpr int kReadFlags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;
+// What a checkpoint leaves of the log, of which one large transaction can make gigabytes.
+constexpr const char* kLimitLog = "PRAGMA journal_size_limit=8388608";
+constexpr const char* kReadSchema = "SELECT count(*) FROM sqlite_master";
+
+/// Writes the path of a file that nobody can change as a URI: SQLite then needs no file beside it.
+std::string ToImmutableUri(const std::string& systemPath) {
+    std::string uri = "file://";
+    if (!systemPath.starts_with('/')) uri += '/';
+    for (const char c : systemPath) {
+        if (c == '%' || c == '?' || c == '#') {
+            uri += '%' + StringUtils::ByteArrayToHexString(reinterpret_cast<const unsigned char*>(&c), 1);
+        } else {
+            uri += c == '\\' ? '/' : c;
+        }
+    }
+    return uri + "?immutable=1";
+}
+
+bool CannotOpen(int code) {
+    const int primary = code & 0xFF;
+    return primary == SQLITE_CANTOPEN || primary == SQLITE_READONLY || primary == SQLITE_PERM;
+}
 
 /// ATTACH, and VACUUM with a file, would reach others; VACUUM alone attaches one without a name.
 int Authorize(void*, int action, const char* file, const char*, const char*, const char*) {
@@ -39,33 +64,66 @@ std::string QuoteIdentifier(std::string_view name) {
 
 SqliteConnection::SqliteConnection(std::string name) : m_name(std::move(name)) {}
 
-int SqliteConnection::Open(const std::string& libraryPath, int busyMilliseconds) {
-    const bool isNew = !FileSystemUtils::Exists(libraryPath);
+int SqliteConnection::Open(const std::string& libraryPath, int busyMilliseconds, Access access) {
+    m_watch = std::make_unique<SqliteWatch>(SqliteWatch::Milliseconds(busyMilliseconds));
+    const int code = access == Access::ReadOnly ? OpenForReading(libraryPath) : OpenForWriting(libraryPath);
+    if (code != SQLITE_OK) LogFailure("open " + libraryPath);
+    return code;
+}
+
+/// SQLite itself opens a file for reading when it cannot be written.
+int SqliteConnection::OpenForWriting(const std::string& libraryPath) {
+    MakePrivateFile(libraryPath);  // the log takes over the file's mode
+    const int code = OpenHandle(ToSystemPath(libraryPath), kWriteFlags);
+    if (code != SQLITE_OK) return code;
+    return sqlite3_db_readonly(Get(), "main") == 1 ? OpenForReading(libraryPath) : Prepare();
+}
+
+int SqliteConnection::OpenHandle(const std::string& file, int flags) {
     sqlite3* handle = nullptr;
-    const int code = sqlite3_open_v2(ToSystemPath(libraryPath).c_str(), &handle, kFlags, nullptr);
+    const int code = sqlite3_open_v2(file.c_str(), &handle, flags, nullptr);
     m_handle.reset(handle);
-    if (code != SQLITE_OK) {
-        LogFailure("open " + libraryPath);
-        return code;
-    }
-    if (isNew) FileSystemUtils::SecureFile(libraryPath);  // before the log, which takes over the file's mode
-    sqlite3_busy_timeout(Get(), busyMilliseconds);
+    if (code != SQLITE_OK) return code;
+    m_watch->Attach(Get());
     sqlite3_set_authorizer(Get(), &Authorize, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    for (const char* sql :
-         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL", "SELECT count(*) FROM sqlite_master"}) {
-        if (!Execute(sql)) return sqlite3_errcode(Get());
+    return SQLITE_OK;
+}
+
+int SqliteConnection::Prepare() {
+    for (const char* sql : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL", kLimitLog, kReadSchema}) {
+        const int code = sqlite3_exec(Get(), sql, nullptr, nullptr, nullptr);
+        if (code != SQLITE_OK) return code;
     }
     return SQLITE_OK;
 }
 
-void SqliteConnection::Close() {
-    if (m_handle != nullptr && IsInTransaction()) {
-        if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
-            logger->Warn("Database '%s' is closed inside a transaction, which is rolled back",
-                         m_name.c_str());
+/// With its log, when that is there: only without one the file alone is the whole database.
+int SqliteConnection::OpenForReading(const std::string& libraryPath) {
+    int code = OpenHandle(ToSystemPath(libraryPath), kReadFlags);
+    if (code == SQLITE_OK) code = sqlite3_exec(Get(), kReadSchema, nullptr, nullptr, nullptr);
+    if (CannotOpen(code) && !FileSystemUtils::Exists(libraryPath + "-wal")) {
+        code = OpenHandle(ToImmutableUri(ToSystemPath(libraryPath)), kReadFlags);
+        if (code == SQLITE_OK) code = sqlite3_exec(Get(), kReadSchema, nullptr, nullptr, nullptr);
     }
+    auto* const logger = ServiceLocator::Get<ICLogger>(true);
+    if (code == SQLITE_OK && logger != nullptr)
+        logger->Warn("Database '%s' can only be read (%s)", m_name.c_str(), libraryPath.c_str());
+    return code;
+}
+
+void SqliteConnection::Close(bool mayTidy) {
+    auto* const logger = ServiceLocator::Get<ICLogger>(true);
+    if (IsInTransaction() && logger != nullptr)
+        logger->Warn("Database '%s' is closed inside a transaction, which is rolled back", m_name.c_str());
+    if (!mayTidy && IsOpen()) sqlite3_db_config(Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     m_handle.reset();
+}
+
+bool SqliteConnection::HasMoved() const {
+    int hasMoved = 0;
+    return sqlite3_file_control(Get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved) == SQLITE_OK &&
+           hasMoved != 0;
 }
 
 bool SqliteConnection::Execute(const std::string& sql) const {
@@ -79,7 +137,14 @@ bool SqliteConnection::Execute(const std::string& sql) const {
 }
 
 void SqliteConnection::LogFailure(std::string_view sql) const {
-    LogError(sqlite3_errmsg(Get()), sql);  // also tells of a handle for which there was no memory
+    std::string text = sqlite3_errmsg(Get());  // also tells of a handle for which there was no memory
+    const int primary = sqlite3_errcode(Get()) & 0xFF;
+    const int reason = IsOpen() ? sqlite3_system_errno(Get()) : 0;
+    const bool isOfSystem = primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR;
+    if (isOfSystem && reason != 0) text += ": " + SystemErrorText(reason);
+    if (primary == SQLITE_INTERRUPT && m_watch->Reason() != nullptr)
+        text += std::string(", because ") + m_watch->Reason();
+    LogError(text, sql);
 }
 
 void SqliteConnection::LogError(const std::string& text, std::string_view sql) const {

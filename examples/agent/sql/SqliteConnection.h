@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "sql/SqliteWatch.h"
+
 namespace quillon::agent {
 
 /// The name as SQL text: one identifier, whatever it holds.
@@ -18,16 +20,24 @@ public:
     /// `name` is the database's in the log.
     explicit SqliteConnection(std::string name);
 
+    enum class Access { ReadWrite, ReadOnly };
+
     /// Opens the file, or makes it; a new one is the agent's account's alone. What was
     /// committed survives the process and the machine. Statements wait for another
-    /// connection's lock for `busyMilliseconds`, and reach no other file. SQLITE_OK, or why not.
-    int Open(const std::string& libraryPath, int busyMilliseconds);
-    /// A transaction that is still open is rolled back, with a Warn entry.
-    void Close();
+    /// connection's lock for `busyMilliseconds`, and reach no other file. A file that
+    /// cannot be written is opened for reading, with a Warn entry. SQLITE_OK, or why not.
+    int Open(const std::string& libraryPath, int busyMilliseconds, Access access = Access::ReadWrite);
+    /// A transaction that is still open is rolled back, with a Warn entry. Without
+    /// `mayTidy` what SQLite keeps beside the file stays as it is.
+    void Close(bool mayTidy = true);
 
     sqlite3* Get() const { return m_handle.get(); }
+    SqliteWatch& Watch() const { return *m_watch; }
     const std::string& GetName() const { return m_name; }
-    bool IsInTransaction() const { return sqlite3_get_autocommit(Get()) == 0; }
+    bool IsOpen() const { return m_handle != nullptr; }
+    bool IsInTransaction() const { return IsOpen() && sqlite3_get_autocommit(Get()) == 0; }
+    /// Returns whether the file is not any more where it was opened. Windows lets nobody move it.
+    bool HasMoved() const;
     /// Runs one statement; its rows are thrown away.
     bool Execute(const std::string& sql) const;
     /// Logs what the connection's last call failed with.
@@ -39,7 +49,13 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
     };
 
+    int OpenHandle(const std::string& file, int flags);
+    int OpenForWriting(const std::string& libraryPath);
+    int Prepare();
+    int OpenForReading(const std::string& libraryPath);
+
     std::string m_name;
+    std::unique_ptr<SqliteWatch> m_watch;
     std::unique_ptr<sqlite3, Closer> m_handle;
 };
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "quillon/FileSystemUtils.h"
+#include "sql/SqliteFileLock.h"
 #include "sql/SqliteStatement.h"
 
 namespace quillon::agent {
@@ -20,43 +21,103 @@ bool IsCorrupt(int code) {
     return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
 }
 
-/// With what SQLite keeps beside it, under the names by which SQLite would find it again.
+bool IsFree(const std::string& file) {
+    return !FileSystemUtils::Exists(file) && !FileSystemUtils::Exists(file + "-wal") &&
+           !FileSystemUtils::Exists(file + "-shm");
+}
+
+/// Returns where a damaged file can go; empty when there are already so many that another would fill
+/// the disk.
+std::string FreeNameBeside(const std::string& file) {
+    constexpr int kMostCopies = 100;
+    for (int number = 1; number <= kMostCopies; ++number) {
+        std::string name = file + ".corrupt." + std::to_string(number);
+        if (IsFree(name)) return name;
+    }
+    return {};
+}
+
+/// With what SQLite keeps beside it, under the names by which SQLite would find it again. The file is
+/// the last, as it would be taken for a whole database without its log.
 bool MoveAside(const std::string& file) {
-    const std::string aside = file + ".corrupt";
+    const std::string aside = FreeNameBeside(file);
+    if (aside.empty()) return false;
     for (const char* suffix : {"-wal", "-shm", ""}) {
-        if (FileSystemUtils::Exists(aside + suffix)) FileSystemUtils::EraseFile(aside + suffix, true);
         if (!FileSystemUtils::Exists(file + suffix)) continue;
-        if (!FileSystemUtils::RenameFile(file + suffix, aside + suffix, true)) return false;
+        if (!FileSystemUtils::RenameFile(file + suffix, aside + suffix, false)) return false;
     }
     return true;
+}
+
+/// The caller holds the lock, so that nobody else has the file open only to find it damaged as well.
+int OpenOrBeginAnew(SqliteConnection& connection, const std::string& file, int busyMilliseconds) {
+    const int code = connection.Open(file, busyMilliseconds);
+    if (!IsCorrupt(code)) return code;
+    connection.Close(false);
+    const bool isMoved = MoveAside(file);
+    connection.LogError(isMoved ? "moved aside; it begins anew" : "cannot be moved aside", file);
+    return isMoved ? connection.Open(file, busyMilliseconds) : code;
 }
 
 }  // namespace
 
 std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, const std::string& libraryPath,
                                                      int busyMilliseconds) {
-    SqliteConnection connection(name);
-    int code = connection.Open(libraryPath, busyMilliseconds);
-    if (IsCorrupt(code)) {
-        connection.Close();
-        const bool isMoved = MoveAside(libraryPath);
-        connection.LogError(isMoved ? "moved aside; it begins anew" : "cannot be moved aside", libraryPath);
-        if (isMoved) code = connection.Open(libraryPath, busyMilliseconds);
-    }
-    if (code != SQLITE_OK) return nullptr;
-    return std::unique_ptr<SqliteDatabase>(new SqliteDatabase(std::move(connection)));
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, libraryPath, busyMilliseconds));
+    return database->Open() ? std::move(database) : nullptr;
 }
 
-SqliteDatabase::SqliteDatabase(SqliteConnection connection) : m_connection(std::move(connection)) {}
-SqliteDatabase::~SqliteDatabase() { m_connection.Close(); }
+SqliteDatabase::SqliteDatabase(const std::string& name, std::string libraryPath, int busyMilliseconds)
+    : m_file(std::move(libraryPath)), m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
+SqliteDatabase::~SqliteDatabase() { Close(); }
+
+bool SqliteDatabase::Open() {
+    const SqliteFileLock lock(m_file);
+    if (lock.IsBusy()) {
+        m_connection.LogError("somebody else opens it and does not come to an end", m_file);
+        return false;
+    }
+    const int code = lock.IsHeld()
+                         ? OpenOrBeginAnew(m_connection, m_file, m_busyMilliseconds)
+                         : m_connection.Open(m_file, m_busyMilliseconds, SqliteConnection::Access::ReadOnly);
+    if (code != SQLITE_OK) m_connection.Close(false);
+    return code == SQLITE_OK;
+}
+
+/// The last connection deletes the log, which must not be that of another file in the place of its own.
+void SqliteDatabase::Close() {
+    if (!m_connection.IsOpen()) return;
+    const SqliteFileLock lock(m_file);
+    m_connection.Close(lock.IsHeld() && !m_connection.HasMoved());
+}
+
+bool SqliteDatabase::IsReady() {
+    if (m_connection.IsOpen() && !m_connection.HasMoved()) return true;
+    if (m_connection.IsOpen()) m_connection.LogError("its file was moved away; it is opened anew", m_file);
+    Close();
+    Open();
+    return false;
+}
 
 /// With the lock for writing, so that the wait for it is here and not in the middle.
-void SqliteDatabase::BeginTransaction(std::int32_t) { m_connection.Execute("BEGIN IMMEDIATE"); }
-void SqliteDatabase::CommitTransaction(std::int32_t) { m_connection.Execute("COMMIT"); }
-void SqliteDatabase::RollbackTransaction(std::int32_t) { m_connection.Execute("ROLLBACK"); }
-void SqliteDatabase::ShrinkMemory() { sqlite3_db_release_memory(m_connection.Get()); }
+void SqliteDatabase::BeginTransaction(std::int32_t) {
+    if (IsReady()) m_connection.Execute("BEGIN IMMEDIATE");
+}
+
+void SqliteDatabase::CommitTransaction(std::int32_t) {
+    if (IsReady()) m_connection.Execute("COMMIT");
+}
+
+void SqliteDatabase::RollbackTransaction(std::int32_t) {
+    if (IsReady()) m_connection.Execute("ROLLBACK");
+}
+
+void SqliteDatabase::ShrinkMemory() {
+    if (m_connection.IsOpen()) sqlite3_db_release_memory(m_connection.Get());
+}
 
 void SqliteDatabase::SetProperty(const std::string& name, const std::string& value) {
+    if (!IsReady()) return;
     const std::string table = Locate(kProperties).Quoted();
     if (!m_connection.Execute("CREATE TABLE IF NOT EXISTS " + table +
                               " (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID"))
@@ -75,10 +136,13 @@ void SqliteDatabase::GetProperty(const std::string& name, std::string& value) {
     if (!query.IsPrepared()) return;
     query.Bind(1, name);
     DataTable found;
-    if (query.ReadRows(found) && !found.Empty()) value = found.begin()->Get(0).GetStringValue();
+    if (!query.ReadRows(found) || found.Empty()) return;
+    const Variant& cell = found.begin()->Get(0);  // SQL may have written a number
+    if (!cell.IsNull()) value = cell.AsString();
 }
 
 bool SqliteDatabase::AddToTable(const char* tableName, const DataTable& table, std::int32_t) {
+    if (!IsReady()) return false;
     SqliteInserter inserter(m_connection, Locate(tableName));
     if (!inserter.Open()) return false;  // before the transaction: one that has read may not wait to write
     SqliteSavepoint savepoint(m_connection);
@@ -90,6 +154,7 @@ bool SqliteDatabase::AddToTable(const char* tableName, const DataTable& table, s
 }
 
 bool SqliteDatabase::TableExists(const std::string& tableName) {
+    if (!IsReady()) return false;
     const SqliteStatement query(m_connection, "SELECT 1 FROM " + Locate(tableName).schema +
                                                   ".sqlite_master WHERE type IN ('table', 'view') AND "
                                                   "name = ?1 COLLATE NOCASE");
@@ -99,7 +164,7 @@ bool SqliteDatabase::TableExists(const std::string& tableName) {
 }
 
 void SqliteDatabase::DropTable(const std::string& tableName) {
-    m_connection.Execute("DROP TABLE IF EXISTS " + Locate(tableName).Quoted());
+    if (IsReady()) m_connection.Execute("DROP TABLE IF EXISTS " + Locate(tableName).Quoted());
 }
 
 std::string SqliteDatabase::QuoteTableName(const std::string&, const std::string& tableName, std::int32_t) {
@@ -107,8 +172,20 @@ std::string SqliteDatabase::QuoteTableName(const std::string&, const std::string
 }
 
 bool SqliteDatabase::ExecuteQuery(const std::string& sql, DataTable& result) {
+    if (!IsReady()) return false;
+    const SqliteStoppable stoppable(m_connection.Watch());
     const SqliteStatement statement(m_connection, sql);
     return statement.IsPrepared() && statement.ReadRows(result);
+}
+
+bool SqliteDatabase::Query(const SqlQuery& query, std::vector<std::string>& columns,
+                           const SqlRowVisitor& visitor) {
+    if (!IsReady()) return false;
+    const SqliteStoppable stoppable(m_connection.Watch(), query.timeout);
+    const SqliteStatement statement(m_connection, query.sql);
+    if (!statement.IsPrepared() || !statement.Bind(query.parameters)) return false;
+    columns = statement.ColumnNames();
+    return statement.VisitRows(columns, query.maxRows, visitor);
 }
 
 }  // namespace quillon::agent

@@ -2,8 +2,10 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "quillon/ISqliteInstance.h"
+#include "quillon/ISqliteQueries.h"
 #include "sql/SqliteConnection.h"
 #include "sql/SqliteInserter.h"
 
@@ -15,9 +17,10 @@ namespace quillon::agent {
 /// "quillon_properties".
 class SqliteDatabase final : public ISqliteDatabase {
 public:
-    /// A file that is no database, or whose schema cannot be read, is moved aside to
-    /// "FILE.corrupt" in place of an older one, with an Error entry, and a new one made.
-    /// Null on failure.
+    /// A file that is no database, or whose schema cannot be read, is moved aside to the first of
+    /// "FILE.corrupt.1", "FILE.corrupt.2" ... that is free, with an Error entry, and a new one made.
+    /// A file that was moved away while the database was open fails the next operation, with an
+    /// Error entry, and those after it work on a new one. Null on failure.
     static std::unique_ptr<SqliteDatabase> Open(const std::string& name, const std::string& libraryPath,
                                                 int busyMilliseconds);
     ~SqliteDatabase();
@@ -33,12 +36,20 @@ public:
     void DropTable(const std::string& tableName) override;
     std::string QuoteTableName(const std::string& databaseName, const std::string& tableName,
                                std::int32_t reserved) override;
-    /// One statement only.
+    /// One statement only, which ends with a failure when the host shuts down.
     bool ExecuteQuery(const std::string& sql, DataTable& result) override;
+    /// As ISqliteQueries::Query().
+    bool Query(const SqlQuery& query, std::vector<std::string>& columns, const SqlRowVisitor& visitor);
 
 private:
-    explicit SqliteDatabase(SqliteConnection connection);
+    SqliteDatabase(const std::string& name, std::string libraryPath, int busyMilliseconds);
 
+    bool Open();
+    void Close();
+    bool IsReady();
+
+    const std::string m_file;
+    const int m_busyMilliseconds;
     SqliteConnection m_connection;
 };
 

@@ -5,6 +5,7 @@
 
 #include "quillon/ICLogger.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
 
 namespace quillon::agent {
 
@@ -22,9 +23,14 @@ SqliteEngine::~SqliteEngine() = default;
 
 ISqliteDatabase* SqliteEngine::OpenDatabase(std::int32_t, const std::string& databaseName) {
     const auto file = m_folder.FileOf(databaseName);
-    if (!file || !m_folder.Make()) {
-        LogError("Database '" + databaseName +
-                 (file ? "': its folder cannot be made" : "': the name is empty or too long"));
+    if (!file) {
+        LogError("Database '" + databaseName + "': the name is empty or too long");
+        return nullptr;
+    }
+    if (!m_folder.Make()) {
+        const std::string reason = StringUtils::GetLastErrorAsString();
+        LogError("Database '" + databaseName + "': its directory '" + m_folder.GetPath() +
+                 "' cannot be made: " + reason);
         return nullptr;
     }
     auto database = SqliteDatabase::Open(databaseName, *file, m_busyMilliseconds);
@@ -35,6 +41,20 @@ ISqliteDatabase* SqliteEngine::OpenDatabase(std::int32_t, const std::string& dat
 
 void SqliteEngine::CloseDatabase(ISqliteDatabase* database) {
     if (Take(database) == nullptr) LogError("A database was closed that this engine has not opened");
+}
+
+bool SqliteEngine::Query(ISqliteDatabase& database, const SqlQuery& query, std::vector<std::string>& columns,
+                         const SqlRowVisitor& visitor) {
+    if (SqliteDatabase* const own = Find(database)) return own->Query(query, columns, visitor);
+    LogError("A database was asked that this engine has not opened");
+    return false;
+}
+
+SqliteDatabase* SqliteEngine::Find(const ISqliteDatabase& database) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::find_if(m_databases.begin(), m_databases.end(),
+                                    [&database](const auto& own) { return own.get() == &database; });
+    return found == m_databases.end() ? nullptr : found->get();
 }
 
 /// Takes a database out of the list. The caller closes it after the lock is released, because closing may

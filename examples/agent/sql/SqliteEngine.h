@@ -12,7 +12,7 @@ namespace quillon::agent {
 
 /// The agent's SQL engine: SQLite, a file for each database in one directory. Databases
 /// that are still open when it ends are closed.
-class SqliteEngine final : public ISqliteInstance {
+class SqliteEngine final : public ISqliteInstance, public ISqliteQueries {
 public:
     static constexpr int kBusyMilliseconds = 5000;
 
@@ -24,9 +24,13 @@ public:
     ISqliteDatabase* OpenDatabase(std::int32_t reserved, const std::string& databaseName) override;
     /// Null, and what is not this engine's, is logged at Error and left alone.
     void CloseDatabase(ISqliteDatabase* database) override;
+    /// Refuses a database that is not this engine's, with an Error entry.
+    bool Query(ISqliteDatabase& database, const SqlQuery& query, std::vector<std::string>& columns,
+               const SqlRowVisitor& visitor) override;
 
 private:
     std::unique_ptr<SqliteDatabase> Take(const ISqliteDatabase* database);
+    SqliteDatabase* Find(const ISqliteDatabase& database);
 
     const DatabaseFolder m_folder;
     const int m_busyMilliseconds;

@@ -7,23 +7,21 @@
 
 #include "quillon/ICLogger.h"
 #include "quillon/ServiceLocator.h"
+#include "sql/SqliteCell.h"
 
 namespace quillon::agent {
 
 namespace {
 
-/// SqlApplicationDataStore finds out by trying whether its temporary table is there.
-bool IsExpected(const std::string& sql, std::string_view message) {
-    return sql.starts_with("CREATE TEMP TABLE [temp.") && message.ends_with(" already exists");
+/// SqlApplicationDataStore finds out by trying whether its temporary table is there, and whether
+/// another thread was quicker to make a table.
+bool IsExpected(std::string_view sql, std::string_view message) {
+    return (sql.starts_with("CREATE TEMP TABLE [temp.") || sql.starts_with("CREATE TABLE main.\"")) &&
+           message.ends_with(" already exists");
 }
 
-std::vector<std::string> ColumnNames(sqlite3_stmt* statement) {
-    std::vector<std::string> names;
-    for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-        const char* const name = sqlite3_column_name(statement, i);
-        names.emplace_back(name != nullptr ? name : "");
-    }
-    return names;
+void LogExpected(const char* message) {
+    if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Debug("%s", message);
 }
 
 /// The bytes of a text or blob; none have no address.
@@ -71,7 +69,7 @@ void SqliteStatement::Prepare(const std::string& sql) {
     if (code != SQLITE_OK) {
         const char* const message = sqlite3_errmsg(m_connection->Get());
         if (!IsExpected(sql, message)) return m_connection->LogError(message, sql);
-        if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Debug("%s", message);
+        LogExpected(message);
     } else if (m_handle == nullptr) {
         m_connection->LogError("there is no statement", sql);
     } else if (HoldsMore(rest)) {
@@ -99,23 +97,71 @@ SqliteStatement::StepResult SqliteStatement::Step() const {
     const int code = sqlite3_step(Get());
     if (code == SQLITE_ROW) return Row;
     if (code == SQLITE_DONE) return Done;
-    m_connection->LogFailure(sqlite3_sql(Get()));
+    const char* const sql = sqlite3_sql(Get());
+    const char* const message = sqlite3_errmsg(m_connection->Get());
+    if (IsExpected(sql, message)) {
+        LogExpected(message);
+    } else {
+        m_connection->LogFailure(sql);
+    }
     return Failed;
 }
 
-bool SqliteStatement::ReadRows(DataTable& table) const {
-    const std::vector<std::string> names = ColumnNames(Get());
-    DataTable rows;
-    rows.SetDefaultColumnNames(names);
+std::vector<std::string> SqliteStatement::ColumnNames() const {
+    std::vector<std::string> names;
+    for (int i = 0; i < sqlite3_column_count(Get()); ++i) {
+        const char* const name = sqlite3_column_name(Get(), i);
+        names.emplace_back(name != nullptr ? name : "");
+    }
+    return names;
+}
+
+const Variant* SqliteStatement::ValueOf(int index, const VariantList& values) const {
+    const char* const name = sqlite3_bind_parameter_name(Get(), index);
+    if (name != nullptr && *name != '?') return values.Find(name + 1);
+    const auto position = static_cast<std::size_t>(index) - 1;
+    return position < values.Size() ? &values.Get(position) : nullptr;
+}
+
+bool SqliteStatement::Bind(const VariantList& values) const {
+    const int count = sqlite3_bind_parameter_count(Get());
+    if (static_cast<std::size_t>(count) != values.Size()) {
+        m_connection->LogError("the statement needs " + std::to_string(count) + " values and has " +
+                                   std::to_string(values.Size()),
+                               sqlite3_sql(Get()));
+        return false;
+    }
+    for (int index = 1; index <= count; ++index) {
+        const Variant* const value = ValueOf(index, values);
+        if (value != nullptr && BindCell(Get(), index, SqliteAffinity::None, *value) == SQLITE_OK) continue;
+        m_connection->LogError("no value for parameter " + std::to_string(index), sqlite3_sql(Get()));
+        return false;
+    }
+    return true;
+}
+
+bool SqliteStatement::VisitRows(const std::vector<std::string>& names, std::uint64_t maxRows,
+                                const SqlRowVisitor& visitor) const {
     StepResult step = Step();
-    for (; step == Row; step = Step()) {
+    for (std::uint64_t rows = 1; step == Row; ++rows, step = Step()) {
         VariantList row;
         row.Reserve(names.size());
         int column = 0;
         for (const std::string& name : names) AddCell(sqlite3_column_value(Get(), column++), name, row);
-        rows.AddRow(std::move(row));
+        if (!visitor(row) || rows == maxRows) return true;
     }
-    if (step == Failed) return false;
+    return step == Done;
+}
+
+bool SqliteStatement::ReadRows(DataTable& table) const {
+    const std::vector<std::string> names = ColumnNames();
+    DataTable rows;
+    rows.SetDefaultColumnNames(names);
+    const auto add = [&rows](VariantList& row) {
+        rows.AddRow(std::move(row));
+        return true;
+    };
+    if (!VisitRows(names, 0, add)) return false;
     table = std::move(rows);
     return true;
 }

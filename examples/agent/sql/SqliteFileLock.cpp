@@ -1,0 +1,27 @@
+#include "sql/SqliteFileLock.h"
+
+#include "system/PrivateFile.h"
+#include "system/SystemPath.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr int kWaitMilliseconds = 10'000;
+
+}  // namespace
+
+SqliteFileLock::SqliteFileLock(const std::string& libraryPath) {
+    const std::string file = libraryPath + ".lock";
+    MakePrivateFile(file);
+    sqlite3* handle = nullptr;
+    m_code = sqlite3_open_v2(ToSystemPath(file).c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
+                             nullptr);
+    m_handle.reset(handle);
+    if (m_code != SQLITE_OK) return;
+    sqlite3_busy_timeout(handle, kWaitMilliseconds);
+    // Nothing is ever written, so there need be no journal beside the file.
+    m_code = sqlite3_exec(handle, "PRAGMA journal_mode=MEMORY; BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,21 @@
+#include "system/PrivateFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <system_error>
+
+#include "system/SystemPath.h"
+
+namespace quillon::agent {
+
+void MakePrivateFile(const std::string& libraryPath) {
+    const int file =
+        ::open(ToSystemPath(libraryPath).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file >= 0) ::close(file);
+}
+
+std::string SystemErrorText(int code) { return std::generic_category().message(code); }
+
+}  // namespace quillon::agent

@@ -1,0 +1,24 @@
+#include "system/PrivateFile.h"
+
+#include <windows.h>
+
+#include "quillon/FileSystemUtils.h"
+#include "quillon/StringUtils.h"
+
+namespace quillon::agent {
+
+/// Nobody else can open the file before it is secured, as it is not shared.
+void MakePrivateFile(const std::string& libraryPath) {
+    const HANDLE file = ::CreateFileW(StringUtils::NarrowStringToWide(libraryPath).c_str(), GENERIC_WRITE, 0,
+                                      nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    FileSystemUtils::SecureFile(libraryPath);
+    ::CloseHandle(file);
+}
+
+std::string SystemErrorText(int code) {
+    std::string text = StringUtils::GetErrorAsString(code);
+    return StringUtils::Trim(text);
+}
+
+}  // namespace quillon::agent
