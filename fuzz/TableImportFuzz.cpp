@@ -28,7 +28,7 @@ void Check(std::string_view input, Export write, Import read) {
     try {
         const quillon::DataTable table = read(input);
         CheckRoundTrip(table, write, read);
-        quillon::ToText(table);
+        Require(!quillon::ToText(table).empty() || table.GetColumnNames().empty());
     } catch (const quillon::TableFormatError&) {
     }
 }

@@ -33,7 +33,7 @@ int Execute(const RunCommand& command, Output& output) {
         log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
     const Host host(log, DatabaseFolderOf(command), configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
-    output.Write(Render(result.resultTable, command.format));
+    output.Write(result.resultTable, command.format);
     if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", result.errorMessage.c_str());
     return result.resultCode;
 }

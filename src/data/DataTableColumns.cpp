@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <unordered_set>
 
 #include "base/Utf.h"
 
 namespace quillon {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kLongestNumber = 32;
 
 }  // namespace
@@ -22,10 +22,30 @@ DataTableColumns::DataTableColumns(const DataTable& table) {
         }
     }
     m_cells.resize(m_names.size());
+    MakeShownNames();
 }
 
 void DataTableColumns::Add(const std::string& name) {
     if (m_indices.emplace(name, m_names.size()).second) m_names.push_back(name);
+}
+
+void DataTableColumns::MakeShownNames() {
+    m_shown = m_names;
+    std::unordered_set<std::string> used;
+    std::unordered_map<std::string, int> repetitions;
+    const auto isInvalid = [](const std::string& name) {
+        return base::FindInvalidUtf8(name) != std::string::npos;
+    };
+    if (std::none_of(m_names.begin(), m_names.end(), isInvalid)) return;
+    for (const std::string& name : m_names) {
+        if (!isInvalid(name)) used.insert(name);
+    }
+    for (std::string& name : m_shown) {
+        if (!isInvalid(name)) continue;
+        const std::string repaired = base::RepairUtf8(name);
+        name = repaired;
+        while (!used.insert(name).second) name = repaired + std::to_string(++repetitions[repaired] + 1);
+    }
 }
 
 /// Rows mostly have the columns' order, so the cell's own position is tried first.
@@ -45,6 +65,24 @@ const std::vector<const Variant*>& DataTableColumns::CellsOf(const VariantList& 
     return m_cells;
 }
 
+const std::vector<DataTableColumns::Placed>& DataTableColumns::Place(const VariantList& row) {
+    m_placed.clear();
+    bool sorted = true;
+    std::size_t position = 0;
+    for (const Variant& cell : row) {
+        const std::size_t column = IndexOf(position++, cell.GetName());
+        sorted = sorted && (m_placed.empty() || m_placed.back().column < column);
+        m_placed.push_back({column, &cell});
+    }
+    if (!sorted) {
+        std::stable_sort(m_placed.begin(), m_placed.end(),
+                         [](const Placed& a, const Placed& b) { return a.column < b.column; });
+        const auto same = [](const Placed& a, const Placed& b) { return a.column == b.column; };
+        m_placed.erase(std::unique(m_placed.begin(), m_placed.end(), same), m_placed.end());
+    }
+    return m_placed;
+}
+
 void AppendDouble(std::string& output, double value) {
     char buffer[kLongestNumber];
     const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value).ptr;
@@ -62,11 +100,6 @@ std::string_view ValidUtf8(std::string_view text, std::string& buffer) {
     if (base::FindInvalidUtf8(text) == std::string_view::npos) return text;
     buffer = base::RepairUtf8(text);
     return buffer;
-}
-
-std::string_view WithoutByteOrderMark(std::string_view text) {
-    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-    return text;
 }
 
 }  // namespace quillon

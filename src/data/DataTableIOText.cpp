@@ -1,60 +1,42 @@
 #include <algorithm>
 #include <ostream>
 #include <string>
-#include <typeinfo>
+#include <string_view>
 #include <vector>
 
-#include "data/ControlEscape.h"
+#include "data/CellKind.h"
 #include "data/DataTableColumns.h"
+#include "data/DisplayedText.h"
+#include "data/TableSink.h"
 #include "quillon/DataTableIO.h"
 
 namespace quillon {
 namespace {
 
 constexpr std::size_t kGap = 2;
+/// A cell that is wider moves the rest of its own line only: padding all others to it could make the
+/// table as large as its widest cell times its rows.
+constexpr std::size_t kWidestPadding = 256;
+/// A column that is cut keeps this width, so that it stays readable.
+constexpr std::size_t kNarrowest = 8;
 
-struct TextCell {
+struct ShownCell {
     std::string text;
     std::size_t width = 0;  // in characters
     bool number = false;
 };
 
-bool IsContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
-std::size_t CountCharacters(std::string_view utf8) {
-    return utf8.size() -
-           static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), IsContinuationByte));
-}
-
-/// Control characters, those of U+0080 to U+009F included, steer terminals.
-std::string Displayed(std::string_view text) {
-    std::string buffer, result;
-    const std::string_view valid = ValidUtf8(text, buffer);
-    result.reserve(valid.size());
-    for (std::size_t i = 0; i < valid.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(valid[i]);
-        const bool twoByteControl = byte == 0xC2 && static_cast<unsigned char>(valid[i + 1]) < 0xA0;
-        if (twoByteControl) {
-            AppendControlEscape(result, static_cast<unsigned char>(valid[++i]));
-        } else if (byte < 0x20 || byte == 0x7F) {
-            AppendControlEscape(result, byte);
-        } else {
-            result += valid[i];
-        }
-    }
-    return result;
-}
-
-TextCell MakeCell(std::string_view text, bool number) {
-    TextCell cell{Displayed(text), 0, number};
+ShownCell MakeCell(std::string_view text, bool number) {
+    ShownCell cell{Displayed(text), 0, number};
     cell.width = CountCharacters(cell.text);
     return cell;
 }
 
-TextCell MakeCell(const Variant* value) {
-    if (value == nullptr || value->IsNull()) return {};
-    const bool number = value->TypeIs(typeid(long long)) || value->TypeIs(typeid(double));
-    return MakeCell(value->AsString(), number);
+ShownCell MakeCell(const Variant* value) {
+    const CellKind kind = value != nullptr ? KindOf(*value) : CellKind::Null;
+    if (kind == CellKind::Null) return {};
+    if (kind == CellKind::Text) return MakeCell(value->GetStringValue(), false);
+    return MakeCell(value->AsString(), kind == CellKind::Integer || kind == CellKind::Double);
 }
 
 struct Layout {
@@ -62,7 +44,7 @@ struct Layout {
     bool hasNumber = false;
     bool hasOther = false;
 
-    void Include(const TextCell& cell) {
+    void Include(const ShownCell& cell) {
         width = std::max(width, cell.width);
         if (cell.width == 0) return;
         hasNumber = hasNumber || cell.number;
@@ -70,53 +52,131 @@ struct Layout {
     }
 };
 
-/// Appends one line; blanks are put only before a text that follows them.
-void AppendLine(std::string& output, const TextCell* cells, const std::vector<Layout>& layout) {
-    std::size_t blanks = 0;
-    for (std::size_t i = 0; i < layout.size(); ++i) {
-        const std::size_t padding = layout[i].width - cells[i].width;
-        if (cells[i].number) blanks += padding;
-        if (!cells[i].text.empty()) {
-            output.append(blanks, ' ').append(cells[i].text);
-            blanks = 0;
+/// Lays a table out in one walk and writes it in another, so that it keeps no more than a line.
+class TextWriter {
+public:
+    TextWriter(const DataTable& table, const TextOptions& options)
+        : m_columns(table), m_options(options), m_layout(m_columns.ShownNames().size()) {
+        for (const VariantList& row : table) {
+            m_columns.VisitCells(row, [this](std::size_t column, const Variant& cell) {
+                m_layout[column].Include(MakeCell(&cell));
+            });
         }
-        blanks += kGap + (cells[i].number ? 0 : padding);
+        for (std::size_t i = 0; i < m_layout.size(); ++i) {
+            m_layout[i].width =
+                std::max(m_layout[i].width, CountCharacters(Displayed(m_columns.ShownNames()[i])));
+        }
+        if (options.maxWidth > 0) {
+            Narrow();
+        } else {
+            for (Layout& column : m_layout) column.width = std::min(column.width, kWidestPadding);
+        }
     }
-    output += '\n';
-}
+
+    void Write(TableSink& sink, const DataTable& table) {
+        if (m_layout.empty()) return;
+        bool good = WriteHeading(sink) && WriteRule(sink);
+        for (auto row = table.begin(); good && row != table.end(); ++row) {
+            std::size_t column = 0;
+            m_columns.VisitCells(*row, [&](std::size_t at, const Variant& cell) {
+                PassColumns(column, at);
+                Append(sink.Text(), at, MakeCell(&cell));
+                column = at + 1;
+            });
+            good = EndLine(sink);
+        }
+    }
+
+private:
+    /// Takes from the widest columns until a line fits, or all are narrow.
+    void Narrow() {
+        const std::size_t gaps = kGap * (m_layout.size() - std::min<std::size_t>(m_layout.size(), 1));
+        const std::size_t room = m_options.maxWidth - std::min(m_options.maxWidth, gaps);
+        const auto total = [this](std::size_t most) {
+            std::size_t sum = 0;
+            for (const Layout& column : m_layout) sum += std::min(column.width, most);
+            return sum;
+        };
+        std::size_t fits = kNarrowest, tooWide = std::max(m_options.maxWidth, kNarrowest) + 1;
+        while (tooWide - fits > 1) {
+            const std::size_t middle = fits + (tooWide - fits) / 2;
+            (total(middle) <= room ? fits : tooWide) = middle;
+        }
+        for (Layout& column : m_layout) column.width = std::min(column.width, fits);
+    }
+
+    bool WriteHeading(TableSink& sink) {
+        for (std::size_t i = 0; i < m_layout.size(); ++i) {
+            const bool number = m_layout[i].hasNumber && !m_layout[i].hasOther;
+            Append(sink.Text(), i, MakeCell(m_columns.ShownNames()[i], number));
+        }
+        return EndLine(sink);
+    }
+
+    bool WriteRule(TableSink& sink) {
+        for (std::size_t i = 0; i < m_layout.size(); ++i) {
+            Append(sink.Text(), i, {std::string(m_layout[i].width, '-'), m_layout[i].width});
+        }
+        return EndLine(sink);
+    }
+
+    void PassColumns(std::size_t from, std::size_t to) {
+        for (; from < to; ++from) m_blanks += m_layout[from].width + kGap;
+    }
+
+    /// Appends a cell; blanks are put only before a text that follows them.
+    void Append(std::string& output, std::size_t column, const ShownCell& cell) {
+        const std::size_t most = m_layout[column].width;
+        const bool cut = m_options.maxWidth > 0 && cell.width > most;
+        const std::size_t width = cut ? most : cell.width;
+        const std::size_t padding = most - std::min(most, width);
+        if (cell.number) m_blanks += padding;
+        if (width > 0) {
+            output.append(m_blanks, ' ');
+            m_blanks = 0;
+            if (cut) {
+                AppendCut(output, cell.text, most, m_options.ellipsis);
+            } else {
+                output += cell.text;
+            }
+        }
+        m_blanks += kGap + (cell.number ? 0 : padding);
+    }
+
+    bool EndLine(TableSink& sink) {
+        if (m_options.maxWidth > 0) CutLine(sink.Text(), m_lineStart, m_options.maxWidth, m_options.ellipsis);
+        sink.Text() += '\n';
+        m_blanks = 0;
+        const bool good = sink.EndRow();
+        m_lineStart = sink.Text().size();
+        return good;
+    }
+
+    DataTableColumns m_columns;
+    const TextOptions& m_options;
+    std::vector<Layout> m_layout;
+    std::size_t m_blanks = 0;     // that wait for a text behind them
+    std::size_t m_lineStart = 0;  // in the sink's text
+};
 
 }  // namespace
 
-std::string ToText(const DataTable& table) {
-    DataTableColumns columns(table);
-    const std::size_t count = columns.Names().size();
-    if (count == 0) return {};
+std::string ToText(const DataTable& table) { return ToText(table, {}); }
 
-    std::vector<Layout> layout(count);
-    std::vector<TextCell> cells;  // of all rows
-    cells.reserve(count * table.GetNumberOfRows());
-    for (const VariantList& row : table) {
-        for (const Variant* value : columns.CellsOf(row)) {
-            layout[cells.size() % count].Include(cells.emplace_back(MakeCell(value)));
-        }
-    }
-
-    std::vector<TextCell> heading, rule;
-    for (std::size_t i = 0; i < count; ++i) {
-        heading.push_back(MakeCell(columns.Names()[i], layout[i].hasNumber && !layout[i].hasOther));
-        layout[i].width = std::max(layout[i].width, heading[i].width);
-        rule.push_back(MakeCell(std::string(layout[i].width, '-'), false));
-    }
-
-    std::string result;
-    AppendLine(result, heading.data(), layout);
-    AppendLine(result, rule.data(), layout);
-    for (std::size_t start = 0; start < cells.size(); start += count) {
-        AppendLine(result, &cells[start], layout);
-    }
-    return result;
+std::string ToText(const DataTable& table, const TextOptions& options) {
+    TableSink sink;
+    TextWriter(table, options).Write(sink, table);
+    return std::move(sink.Text());
 }
 
-std::ostream& operator<<(std::ostream& stream, const DataTable& table) { return stream << ToText(table); }
+void WriteText(std::ostream& stream, const DataTable& table, const TextOptions& options) {
+    TableSink sink(stream);
+    TextWriter(table, options).Write(sink, table);
+}
+
+std::ostream& operator<<(std::ostream& stream, const DataTable& table) {
+    WriteText(stream, table);
+    return stream;
+}
 
 }  // namespace quillon

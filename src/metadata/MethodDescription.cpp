@@ -1,12 +1,14 @@
 #include "metadata/MethodDescription.h"
 
+#include <set>
 #include <string>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 #include "base/TextOrEmpty.h"
 #include "base/Utf.h"
-#include "quillon/DataTableIO.h"
+#include "quillon/DataTable.h"
 #include "quillon/MethodMetadata.h"
 
 namespace quillon {
@@ -46,8 +48,34 @@ Json ScalarValue(const Variant& value) {
     return base::RepairUtf8(value.AsString());
 }
 
+/// The columns of the table in order of appearance, each once.
+std::vector<std::string> ColumnsOf(const DataTable& table) {
+    std::vector<std::string> names = table.GetColumnNames();
+    for (const VariantList& row : table) {
+        for (const Variant& cell : row) names.push_back(cell.GetName());
+    }
+    std::set<std::string> seen;
+    std::erase_if(names, [&seen](const std::string& name) { return !seen.insert(name).second; });
+    return names;
+}
+
+/// The same as ToJson() gives. Its text is not parsed, as the JSON library asks the process's locale.
+Json TableValue(const DataTable& table) {
+    const std::vector<std::string> names = ColumnsOf(table);
+    Json rows = Json::array();
+    for (const VariantList& row : table) {
+        Json object = Json::object();
+        for (const std::string& name : names) {
+            const Variant* const cell = row.Find(name);
+            object[base::RepairUtf8(name)] = cell != nullptr ? ScalarValue(*cell) : Json();
+        }
+        rows.push_back(std::move(object));
+    }
+    return rows;
+}
+
 Json DefaultValue(const MethodParameter& parameter) {
-    if (const DataTable* table = parameter.OptionalTable()) return Json::parse(ToJson(*table));
+    if (const DataTable* table = parameter.OptionalTable()) return TableValue(*table);
     Variant value;
     return parameter.GetOptionalValue(value) ? ScalarValue(value) : nullptr;
 }

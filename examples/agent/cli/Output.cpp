@@ -1,6 +1,8 @@
 #include "cli/Output.h"
 
 #include <cerrno>
+#include <ostream>
+#include <streambuf>
 #include <system_error>
 
 #include "quillon/DataTableIO.h"
@@ -10,10 +12,37 @@ namespace quillon::agent {
 
 namespace {
 
-std::string RenderAs(const DataTable& table, Format format) {
-    if (format == Format::Json) return ToJson(table);
-    if (format == Format::Csv) return ToCsv(table);
-    return ToText(table);
+/// Lets a stream write to a file of the C library, which buffers.
+class FileBuffer : public std::streambuf {
+public:
+    explicit FileBuffer(std::FILE* file) : m_file(file) {}
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        return static_cast<std::streamsize>(std::fwrite(text, 1, static_cast<std::size_t>(size), m_file));
+    }
+    int_type overflow(int_type character) override {
+        if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
+        return std::fputc(character, m_file);
+    }
+
+private:
+    std::FILE* m_file;
+};
+
+void WriteAs(std::ostream& stream, const DataTable& table, Format format, std::size_t width) {
+    switch (format) {
+        case Format::Json:
+            WriteJson(stream, table);
+            stream << '\n';
+            break;
+        case Format::Csv:
+            WriteCsv(stream, table);
+            break;
+        case Format::Text:
+            WriteText(stream, table, {.maxWidth = width});
+            break;
+    }
 }
 
 [[noreturn]] void ThrowErrno(const char* what) {
@@ -22,13 +51,6 @@ std::string RenderAs(const DataTable& table, Format format) {
 
 }  // namespace
 
-std::string Render(const DataTable& table, Format format) {
-    if (table.IsUndefined()) return {};
-    std::string text = RenderAs(table, format);
-    if (!text.ends_with('\n')) text += '\n';
-    return text;
-}
-
 Output::Output() : m_stream(TakeStandardOutput()) {
     if (m_stream == nullptr) ThrowErrno("Cannot use standard output");
 }
@@ -36,6 +58,14 @@ Output::Output() : m_stream(TakeStandardOutput()) {
 void Output::Write(const std::string& text) {
     const bool isWritten = std::fwrite(text.data(), 1, text.size(), m_stream.get()) == text.size();
     if (!isWritten || std::fflush(m_stream.get()) != 0) ThrowErrno("Cannot write the result");
+}
+
+void Output::Write(const DataTable& table, Format format) {
+    if (table.IsUndefined()) return;
+    FileBuffer buffer(m_stream.get());
+    std::ostream stream(&buffer);
+    WriteAs(stream, table, format, TerminalWidth(m_stream.get()));
+    if (!stream || std::fflush(m_stream.get()) != 0) ThrowErrno("Cannot write the result");
 }
 
 }  // namespace quillon::agent

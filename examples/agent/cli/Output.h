@@ -10,9 +10,6 @@ namespace quillon::agent {
 
 enum class Format { Text, Json, Csv };
 
-/// The table as text that ends with a line end; no text for an undefined table.
-std::string Render(const DataTable& table, Format format);
-
 /// The process's standard output, kept for results.
 ///
 /// CLogger writes every entry to standard output, and so may any library. A
@@ -26,6 +23,9 @@ public:
 
     /// Throws std::system_error when it cannot be written.
     void Write(const std::string& text);
+    /// Writes a table row by row, with a line end at its end; nothing for an undefined table. A text for
+    /// a terminal is cut to its width.
+    void Write(const DataTable& table, Format format);
 
 private:
     struct Closer {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ std::vector<std::string> GetArguments(int argc, char** argv);
 /// what the process writes to its standard output from now on goes to standard
 /// error. Null on failure, see errno. The caller closes the stream.
 std::FILE* TakeStandardOutput();
+
+/// Returns how many characters a line of the stream's terminal has; 0 when it is none.
+std::size_t TerminalWidth(std::FILE* stream);
 
 /// Whether somebody watches standard error.
 bool IsErrorTerminal();

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace quillon::agent {
@@ -32,6 +33,11 @@ std::FILE* TakeStandardOutput() {
     std::FILE* const stream = ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0 ? nullptr : ::fdopen(taken, "w");
     if (stream == nullptr) ::close(taken);
     return stream;
+}
+
+std::size_t TerminalWidth(std::FILE* stream) {
+    winsize size = {};
+    return ::ioctl(::fileno(stream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 bool IsErrorTerminal() { return ::isatty(STDERR_FILENO) == 1; }

@@ -62,6 +62,14 @@ std::FILE* TakeStandardOutput() {
     return stream;
 }
 
+std::size_t TerminalWidth(std::FILE* stream) {
+    const auto handle = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!::GetConsoleScreenBufferInfo(handle, &info)) return 0;
+    const int width = info.srWindow.Right - info.srWindow.Left;  // the last column stays free, or lines wrap
+    return width > 0 ? static_cast<std::size_t>(width) : 0;
+}
+
 bool IsErrorTerminal() { return ::_isatty(::_fileno(stderr)) != 0; }
 
 void OnInterrupt(InterruptHandler handler) {
