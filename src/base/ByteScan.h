@@ -3,7 +3,7 @@
 #include <bit>
 #include <cstddef>
 
-#include "base/AsciiRun.h"
+#include "base/Sse2.h"
 
 namespace quillon::base {
 
