@@ -10,6 +10,8 @@ namespace quillon {
 
 namespace {
 
+constexpr int kTimedOut = -1;
+
 /// For the name and the limit in seconds.
 const char* FormatOf(LookupResult::End end) {
     switch (end) {
@@ -35,7 +37,7 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
     if (found.end != LookupResult::End::Answered) {
         result.reset();
         if (logger != nullptr) logger->Warn(FormatOf(found.end), name, limit);
-        return -1;
+        return kTimedOut;
     }
     if (found.isCopy) {
         result = {found.list, &FreeAddrInfoRobust};  // the system's function could not free it
@@ -44,6 +46,12 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
     }
     if (logger != nullptr) logger->Debug(FormatOf(found.end), name, limit);
     return found.code;
+}
+
+std::string NetworkUtils::LookupErrorText(int code) {
+    if (code == kTimedOut) return "the look-up has timed out";
+    std::string text = platform::ResolverErrorText(code);
+    return text.empty() ? "code " + std::to_string(code) : text;
 }
 
 void NetworkUtils::SetLookupLimits(std::size_t awaited, std::size_t all) {

@@ -59,6 +59,9 @@ public:
     /// thread can be had gives EAI_AGAIN.
     static int getaddrinfo_OrTimeout(const char* node, const char* service, addrinfo* hints,
                                      std::unique_ptr<addrinfo, void (*)(addrinfo*)>& result, int timeoutSecs);
+    /// Returns the system's text for a code that the look-up returned, such as "Name or service not known";
+    /// for -1 "the look-up has timed out", and "code N" for a code without a text.
+    static std::string LookupErrorText(int code);
     /// Sets how many look-ups may run at once, for the whole process: `awaited` of those that
     /// somebody waits for, and `all` together with those that were given up. At least 1.
     static void SetLookupLimits(std::size_t awaited, std::size_t all);

@@ -30,6 +30,8 @@ void SetResolver(Resolver resolver);
 int ResolveAddresses(const AddressQuery& query, addrinfo*& list);
 /// Returns the code of getaddrinfo() for a failure after which the same query may succeed.
 int TryAgainCode();
+/// Returns the system's text for a code of getaddrinfo(), in UTF-8; empty when it has none.
+std::string ResolverErrorText(int code);
 
 /// A list of our own, to be freed by FreeAddresses(); null of null.
 addrinfo* CopyAddresses(const addrinfo* list);

@@ -51,8 +51,8 @@ void Resolve(const MethodParameters& parameters, InvocationResult& result) {
         Fail(InvocationResult::kSystemFailure,
              "No answer for '" + host + "' within " + std::to_string(timeout) + " s", result);
     else if (code != 0)
-        Fail(InvocationResult::kSystemFailure, "Cannot resolve '" + host + "': code " + std::to_string(code),
-             result);
+        Fail(InvocationResult::kSystemFailure,
+             "Cannot resolve '" + host + "': " + NetworkUtils::LookupErrorText(code), result);
     else
         AddAddresses(found.get(), result.resultTable);
 }

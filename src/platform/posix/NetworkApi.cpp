@@ -1,4 +1,5 @@
 #include "platform/NetworkApi.h"
+#include "platform/ResolverApi.h"
 
 #include <netdb.h>
 #include <netinet/in.h>
@@ -43,6 +44,8 @@ NameAnswer LoopbackName() {
     if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
     return {.name = host.data()};
 }
+
+std::string ResolverErrorText(int code) { return ::gai_strerror(code); }
 
 std::optional<std::string> FlatDomainName() { return std::nullopt; }
 

@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "base/Utf.h"
+#include "platform/ErrorText.h"
 #include "platform/Handle.h"
+#include "platform/ResolverApi.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <dsrole.h>
@@ -61,6 +63,9 @@ NameAnswer LoopbackName() {
     if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
     return {.name = base::ToUtf8(host.data())};
 }
+
+// The codes of the resolver are those of Windows Sockets.
+std::string ResolverErrorText(int code) { return ErrorCodeText(code).value_or(""); }
 
 std::optional<std::string> FlatDomainName() {
     PBYTE found = nullptr;

@@ -133,7 +133,10 @@ TEST_F(NetworkLookup, GivesEveryAskerItsOwnAnswer) {
     addrinfo numeric{};
     numeric.ai_flags = AI_NUMERICHOST;
     EXPECT_EQ(Ask("no number", late, 60, &numeric), EAI_NONAME);
-    EXPECT_NE(NetworkUtils::getaddrinfo_OrTimeout(nullptr, nullptr, nullptr, late, 60), 0);
+    const int code = NetworkUtils::getaddrinfo_OrTimeout(nullptr, nullptr, nullptr, late, 60);
+    EXPECT_NE(code, 0);
+    EXPECT_GT(NetworkUtils::LookupErrorText(code).size(), std::string("code -12345").size());
+    EXPECT_EQ(NetworkUtils::LookupErrorText(-1), "the look-up has timed out");
 }
 
 TEST_F(NetworkLookup, NoMoreThanTheMostAreUnderWay) {
