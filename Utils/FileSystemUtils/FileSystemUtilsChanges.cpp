@@ -1,8 +1,9 @@
-#include <cerrno>
 #include <mutex>
 #include <optional>
 
+#include "Utils/internal/EraseFailure.h"
 #include "Utils/internal/TreeWalk.h"
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/DestructorFunctor.h"
@@ -18,14 +19,15 @@ namespace {
 
 using platform::FolderWalk;
 
-/// Logs the failure and returns false; the last error stays for the caller.
-bool FailToErase(const std::string& path) {
-    const std::uint32_t code = platform::LastError();  // logging overwrites it
-    const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
-    const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(code));
-    if (ICLogger* const logger = detail::RegisteredLogger()) {
-        logger->Error("Cannot delete '%s' because: %s", path.c_str(), reason.c_str());
-    }
+constexpr const char* kTemporaryPrefix = "vnt";
+
+std::mutex& TemporaryNames() {
+    static std::mutex& mutex = *new std::mutex;  // threads may ask while the process ends
+    return mutex;
+}
+
+bool Fail(std::uint32_t code) {
+    platform::SetLastErrorCode(code);
     return false;
 }
 
@@ -43,18 +45,17 @@ public:
     }
 };
 
-bool Move(const std::string& from, const std::string& to) {
-    if (platform::MovePath(from, to)) return true;
-    errno = static_cast<int>(platform::LastError());
+}  // namespace
+
+bool FailToErase(const std::string& path) {
+    const std::uint32_t code = platform::LastError();  // logging overwrites it
+    const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
+    const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(code));
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
+        logger->Error("Cannot delete '%s' because: %s", path.c_str(), reason.c_str());
+    }
     return false;
 }
-
-/// The name of a file's older copy; the file itself is number 0.
-std::string Generation(const std::string& path, std::uint64_t number) {
-    return number == 0 ? path : path + '.' + std::to_string(number);
-}
-
-}  // namespace
 
 bool FileSystemUtils::EraseFile(const char* path, bool quiet) { return EraseFile(std::string(path), quiet); }
 
@@ -63,8 +64,10 @@ bool FileSystemUtils::EraseFile(const std::string& path, bool quiet) {
 }
 
 bool FileSystemUtils::EraseDirectory(const std::string& directory) {
-    const auto attributes = directory.empty() ? std::nullopt : platform::AttributesOf(directory);
-    if (!attributes || !attributes->isDirectory) return false;
+    if (directory.empty()) return Fail(base::kPathNotFound);
+    const auto attributes = platform::AttributesOf(directory);
+    if (!attributes) return false;
+    if (!attributes->isDirectory) return Fail(base::kInvalidDirectory);
     Eraser eraser;
     const bool isEmpty = attributes->isLink || WalkTree(directory, FolderWalk::Purpose::ToErase, eraser);
     return isEmpty && platform::RemoveEmptyDirectory(directory);
@@ -87,45 +90,24 @@ bool FileSystemUtils::MakeDirectory(const std::string& path) {
     return MakeDirectories(path) && platform::MakeOneDirectory(path);
 }
 
-bool FileSystemUtils::RenameFile(const std::string& from, const std::string& to, bool overwrite) {
-    if (Exists(to)) {
-        if (!overwrite) return false;
-        if (!EraseFile(to, false)) EraseDirectory(to);
-    }
-    return Move(from, to);
-}
-
-bool FileSystemUtils::RenameGenerations(const std::string& path, std::uint32_t generations) {
-    if (generations == 0) {
-        if (ICLogger* const logger = detail::RegisteredLogger()) {
-            logger->Error("Number of generations when renaming '%s' must be at least 1", path.c_str());
-        }
-        return false;
-    }
-    EraseFile(Generation(path, generations), true);
-    std::uint64_t count = 0;
-    while (Exists(Generation(path, count))) ++count;
-    while (count > 0) {
-        --count;
-        if (!Move(Generation(path, count), Generation(path, count + 1))) return false;
-    }
-    return true;
-}
-
 bool FileSystemUtils::DuplicateFile(const std::string& from, const std::string& to) {
     return platform::CopyFileOver(from, to);
 }
 
 std::string FileSystemUtils::GetTemporaryFile() {
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
-    return platform::CreateTemporaryFile(GetSystemTempPath(), "vnt").value_or("");
+    const std::lock_guard lock(TemporaryNames());
+    return platform::CreateTemporaryFile(GetSystemTempPath(), kTemporaryPrefix).value_or("");
 }
 
 std::string FileSystemUtils::GetTemporaryDirectory() {
+    {
+        const std::lock_guard lock(TemporaryNames());
+        const auto directory = platform::CreateTemporaryDirectory(GetSystemTempPath(), kTemporaryPrefix);
+        if (directory) return *directory;
+    }
+    // Callers get a path also when there is no directory: that of a file, if one can be made.
     std::string path = GetTemporaryFile();
     EraseFile(path, false);
-    platform::MakeTemporaryDirectoryAnsi(path);
     return path;
 }
 

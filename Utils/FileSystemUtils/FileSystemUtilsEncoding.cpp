@@ -6,6 +6,8 @@
 #include <optional>
 
 #include "Utils/internal/TextEncoding.h"
+#include "base/ErrorCodes.h"
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
 #include "quillon/FileSystemUtils.h"
@@ -193,10 +195,11 @@ bool IsFileEncoding(FileEncoding encoding) {
 }
 
 void LogUnsupportedEncoding(FileEncoding encoding, int number) {
-    ICLogger* logger = detail::RegisteredLogger();
-    if (logger == nullptr) return;
-    logger->Error("File encoding format %s not supported (%i)",
-                  FileSystemUtils::FileEncodingToString(encoding), number);
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
+        logger->Error("File encoding format %s not supported (%i)",
+                      FileSystemUtils::FileEncodingToString(encoding), number);
+    }
+    platform::SetLastErrorCode(base::kInvalidParameter);
 }
 
 }  // namespace quillon

@@ -5,6 +5,8 @@
 #include "Utils/internal/TextEncoding.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
+#include "platform/FileContent.h"
+#include "platform/NewFile.h"
 #include "quillon/FileSystemUtils.h"
 
 namespace quillon {
@@ -45,6 +47,12 @@ bool FileSystemUtils::WriteFile(const std::string& path, const std::string& text
     const std::string_view mark = MarkOf(encoding);
     if (!IsUtf16(encoding)) return platform::WriteWholeFile(path, mark, body, platform::WriteMode::Truncate);
     return platform::WriteWholeFile(path, mark, EncodeUtf16(body, encoding), platform::WriteMode::Truncate);
+}
+
+bool FileSystemUtils::WriteFileAtomic(const std::string& path, std::string_view content) {
+    using platform::NewFile;
+    auto file = NewFile::Create(path, NewFile::IfThere::Replace, NewFile::Access::AsTheProcessLets);
+    return file && platform::WriteAll(file->Handle(), content) && file->TakeSecurity() && file->Commit();
 }
 
 bool FileSystemUtils::WriteUtf8File(const std::string& path, const std::string& text) {

@@ -1,5 +1,7 @@
 #include "Utils/internal/TreeWalk.h"
+#include "base/ErrorCodes.h"
 #include "base/Utf.h"
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
@@ -33,8 +35,13 @@ std::string AsItIs(std::string path) { return path; }
 
 std::wstring AsWide(std::string path) { return base::ToWide(path); }
 
+bool FailWithoutPath() {
+    platform::SetLastErrorCode(base::kPathNotFound);
+    return false;
+}
+
 bool ListNames(const std::string& directory, bool wantsDirectories, std::vector<std::string>& names) {
-    if (directory.empty()) return false;
+    if (directory.empty()) return FailWithoutPath();
     auto walk = FolderWalk::Open(directory, FolderWalk::Purpose::ToList);
     return walk && walk->List([&](DirectoryEntry&& entry) {
         if (entry.isDirectory == wantsDirectories) names.push_back(std::move(entry.name));
@@ -86,7 +93,8 @@ std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::wstring& pat
 
 bool FileSystemUtils::GetAllFilesWithin(const std::string& directory, std::vector<std::string>& files) {
     PathCollector collector(files);
-    return !directory.empty() && WalkTree(directory, FolderWalk::Purpose::ToList, collector);
+    if (directory.empty()) return FailWithoutPath();
+    return WalkTree(directory, FolderWalk::Purpose::ToList, collector);
 }
 
 bool FileSystemUtils::GetImmediateFilesWithin(const std::string& directory, std::vector<std::string>& names) {

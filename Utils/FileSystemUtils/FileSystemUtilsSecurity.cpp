@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/SecurityApi.h"
 #include "quillon/DestructorFunctor.h"
@@ -21,11 +22,20 @@ public:
     const char* what() const noexcept override { return "copy(p1, p2): invalid arguments"; }
 };
 
+/// Keeps the last error, which says why the copy failed.
+void Drop(const wchar_t* privilege) {
+    const std::uint32_t code = platform::LastError();
+    platform::SetPrivilege(privilege, false);
+    platform::SetLastErrorCode(code);
+}
+
 bool CopySecurity(const std::string& source, const std::string& destination) {
     constexpr std::size_t kLargestDescriptor = 260;
     const auto security = platform::ReadSecurity(source, kLargestDescriptor);
     if (!security) return false;
     if (platform::WriteSecurity(destination, *security)) return true;
+    const std::uint32_t code = platform::LastError();  // logging overwrites it
+    const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Error(
             "Unable to copy file security and ownership to '%s' despite process SE_SECURITY_NAME, "
@@ -46,9 +56,9 @@ bool FileSystemUtils::FileCopy(const std::string& source, const std::string& des
 
 bool FileSystemUtils::CopyFileAcl(const std::string& source, const std::string& destination) {
     if (!SetProcessPrivilege(kSecurityPrivilege, true)) return false;
-    const DestructorFunctor dropSecurity([] { SetProcessPrivilege(kSecurityPrivilege, false); });
+    const DestructorFunctor dropSecurity([] { Drop(kSecurityPrivilege); });
     if (!SetProcessPrivilege(kRestorePrivilege, true)) return false;
-    const DestructorFunctor dropRestore([] { SetProcessPrivilege(kRestorePrivilege, false); });
+    const DestructorFunctor dropRestore([] { Drop(kRestorePrivilege); });
     return CopySecurity(source, destination);
 }
 

@@ -14,10 +14,14 @@ namespace quillon {
 /// Asks and changes the file system, and reads and writes text files in any encoding.
 ///
 /// Narrow paths are UTF-8 unless an operation says otherwise, wide ones UTF-16; paths past 260
-/// characters work. Failure is reported by the result (false, 0 or an empty text); where a code
-/// is named below, the system's last error holds it. Nothing is logged and nothing thrown
-/// unless it is said. Entries go to the registered logger. Every operation is thread-safe as
-/// far as the file system is: between a test and a change another process may step in.
+/// characters work. On Linux a listed name that holds a backslash or bytes that are no UTF-8 has
+/// characters U+F000 + byte in their place, which lead to that name again. Failure is reported by
+/// the result (false, 0 or an empty text). The system's last error then says why, as a Windows code
+/// on both systems: 2 (ERROR_FILE_NOT_FOUND) or 3 (ERROR_PATH_NOT_FOUND) for what is missing, 5
+/// (ERROR_ACCESS_DENIED), 32 (ERROR_SHARING_VIOLATION), 112 (ERROR_DISK_FULL), 123
+/// (ERROR_INVALID_NAME) for a path with a NUL, and the codes that are named below. Nothing is
+/// logged and nothing thrown unless it is said. Entries go to the registered logger. Every operation is
+/// thread-safe as far as the file system is: between a test and a change another process may step in.
 ///
 /// @code
 /// const std::string directory = FileSystemUtils::GetSystemTempPath() + "logs";
@@ -162,9 +166,10 @@ public:
     static bool EraseFile(const char* path, bool quiet);
     static bool EraseFile(const std::string& path, bool quiet);
     /// Deletes a directory with all that is in it. Links and junctions are removed, never
-    /// followed, also when `directory` is one. The first failure ends it with false: what was
+    /// followed, also when `directory` is one, and a file system that is mounted in the tree is not
+    /// touched (17, ERROR_NOT_SAME_DEVICE). The first failure ends it with false: what was
     /// deleted stays deleted, and a file that cannot be is logged as by EraseFile(). False,
-    /// without an entry, when there is no such directory.
+    /// without an entry, when there is no such directory (2, 3, or 267, ERROR_DIRECTORY, for a file).
     static bool EraseDirectory(const std::string& directory);
     /// Makes the missing ancestors of a path, not the path itself; true when none was missing.
     /// On failure those already made stay.
@@ -172,18 +177,26 @@ public:
     /// Makes the ancestors and the path; false when it exists already (183,
     /// ERROR_ALREADY_EXISTS).
     static bool MakeDirectory(const std::string& path);
-    /// Moves a file or directory. With `overwrite` an existing target, also a whole directory,
-    /// is deleted first, so it is gone even if the move then fails; without it, an existing
-    /// target gives false. A failed deletion is logged as by EraseFile(). When the move fails,
-    /// errno is set to the system's code, such as 2 (ERROR_FILE_NOT_FOUND).
+    /// Moves a file or directory. With `overwrite` a file takes the place of an existing file at
+    /// once; any other target, also a whole directory, is deleted first, so it is gone even if
+    /// the system then refuses the move. Nothing is deleted when the source is missing (2,
+    /// ERROR_FILE_NOT_FOUND), when one of the two holds the other (183, 87), or when a directory
+    /// would have to go to another volume (17). A path that is renamed to itself stays, with
+    /// true; to another spelling it takes that. A failed deletion is logged as by EraseFile().
+    /// Without `overwrite` an existing target gives false (183, ERROR_ALREADY_EXISTS). A failed
+    /// move leaves the code in errno too.
     static bool RenameFile(const std::string& from, const std::string& to, bool overwrite);
     /// Renames path.(N-1) to path.N, and so on down to path to path.1, after deleting path.N, N
     /// being `generations`; a gap in the numbers ends the row. Returns false at the first move
     /// that fails, with errno as by RenameFile(), and with an Error entry when `generations` is
     /// 0.
     static bool RenameGenerations(const std::string& path, std::uint32_t generations);
-    /// Copies a file's content over `to`, which is made or replaced; its security is the target
-    /// directory's. A read-only target is a failure.
+    /// Copies a file's content, as much as it holds when it is opened, its time and its mode or
+    /// attributes over `to`. A new file's access is the directory's; one that is replaced keeps
+    /// its owner and, on Windows, its access. The target is replaced at once when its content is
+    /// on the disk, and stays as it is on failure; a link there is replaced, not followed.
+    /// Failures: a read-only target or a directory (5, ERROR_ACCESS_DENIED), the source itself
+    /// (32, ERROR_SHARING_VIOLATION), a source that tells no size and does not end (8).
     static bool DuplicateFile(const std::string& from, const std::string& to);
     /// Copies the content as DuplicateFile() does, then the security as CopyFileAcl() does;
     /// true when both succeeded. Returns false for a source that does not exist, and throws
@@ -193,10 +206,12 @@ public:
     /// Copies owner, group and both access lists. For that it enables SeSecurityPrivilege and
     /// SeRestorePrivilege in the process and disables both afterwards, also when they were
     /// enabled before. Returns false when the process was not given one or the security takes
-    /// more than 260 bytes, and with an Error entry when it cannot be written; no code is left.
+    /// more than 260 bytes (122, ERROR_INSUFFICIENT_BUFFER), and with an Error entry when it cannot
+    /// be written. A link is refused as the destination on Linux (1921).
     static bool CopyFileAcl(const std::string& source, const std::string& destination);
-    /// Leaves the file to the user that the process runs as, with every right and without
-    /// inheritance; nobody else keeps access.
+    /// Leaves the file or directory to the user that the process runs as, with every right and
+    /// without inheritance; nobody else keeps access. A link is not followed but refused (1921,
+    /// ERROR_CANT_RESOLVE_FILENAME).
     static bool SecureFile(const std::string& path);
     /// Enables or disables a privilege of the whole process by its name, such as
     /// L"SeBackupPrivilege". Returns false for an unknown name (1313, ERROR_NO_SUCH_PRIVILEGE)
@@ -206,9 +221,10 @@ public:
     /// gets and only its owner may read, and returns its path; empty on failure. The caller
     /// deletes it.
     static std::string GetTemporaryFile();
-    /// Returns the path of a directory that is made under the name of such a file; on Linux
-    /// only for its owner. The name is free for a moment, and a directory that could not be
-    /// made is not reported: where it matters, check IsDirectory(). The caller deletes it.
+    /// Makes a new, empty directory of such a name, which no other caller gets and only its owner
+    /// may use, and returns its path. When none can be made, the path of nothing is returned all
+    /// the same, or the empty text: where it matters, check IsDirectory(), or use a
+    /// TemporaryDirectory. The caller deletes it.
     static std::string GetTemporaryDirectory();
 
     // --- Text files in any encoding ---
@@ -268,6 +284,12 @@ public:
     /// std::range_error; NOTSET or no enumerator gives false and an Error entry; both leave the
     /// file alone. The file is not replaced at once: a failure midway leaves a part.
     static bool WriteFile(const std::string& path, const std::string& text, FileEncoding encoding);
+    /// Replaces a file's bytes at once, or makes the file: whenever the process or the system ends, it has
+    /// the old content or the new one. Its owner and access stay; a link of that name is replaced, not
+    /// followed. On failure it keeps the old content, and the last error says why: 5 (ERROR_ACCESS_DENIED)
+    /// for a read-only file or a directory, 112 (ERROR_DISK_FULL). Only a directory that could not be
+    /// brought to the disk gives false when the new content is there already.
+    static bool WriteFileAtomic(const std::string& path, std::string_view content);
     /// Writes as WriteFile() does, in the encoding of the name.
     static bool WriteUtf8File(const std::string& path, const std::string& text);
     static bool WriteUtf8NoBomFile(const std::string& path, const std::string& text);

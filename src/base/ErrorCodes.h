@@ -6,16 +6,20 @@ namespace quillon::base {
 
 /// Windows error codes that the library tells or asks for on both systems (winerror.h).
 inline constexpr std::uint32_t kFileNotFound = 2;
+inline constexpr std::uint32_t kPathNotFound = 3;
 inline constexpr std::uint32_t kAccessDenied = 5;
 inline constexpr std::uint32_t kInvalidHandle = 6;
 inline constexpr std::uint32_t kNotEnoughMemory = 8;
 inline constexpr std::uint32_t kInvalidData = 13;
+inline constexpr std::uint32_t kNotSameDevice = 17;
 inline constexpr std::uint32_t kSharingViolation = 32;
 inline constexpr std::uint32_t kInvalidParameter = 87;
 inline constexpr std::uint32_t kCallNotImplemented = 120;
 inline constexpr std::uint32_t kInsufficientBuffer = 122;
+inline constexpr std::uint32_t kInvalidName = 123;
 inline constexpr std::uint32_t kModuleNotFound = 126;
 inline constexpr std::uint32_t kProcedureNotFound = 127;
+inline constexpr std::uint32_t kAlreadyExists = 183;
 inline constexpr std::uint32_t kVariableNotFound = 203;
 inline constexpr std::uint32_t kMoreData = 234;
 inline constexpr std::uint32_t kNoMoreItems = 259;

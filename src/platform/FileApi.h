@@ -32,6 +32,18 @@ struct DirectoryEntry {
     bool isLink = false;       ///< symbolic link or junction
 };
 
+/// Tells one file or directory from every other one that exists at the same time.
+struct FileIdentity {
+    std::uint64_t volume = 0;
+    std::uint64_t number = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
+/// Returns the identity of what has the name: of a link itself, though not of those on the way.
+std::optional<FileIdentity> IdentityOf(const std::string& path);
+/// The path of an existing directory without links on the way and without "." and "..".
+std::optional<std::string> ResolvedFolder(const std::string& path);
 std::optional<FileAttributes> AttributesOf(const std::string& path);
 /// `path` in the system's ANSI code page.
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path);
@@ -48,12 +60,14 @@ bool RemoveFile(const std::string& path);
 /// Removes an empty directory, or a link to a directory itself.
 bool RemoveEmptyDirectory(const std::string& path);
 bool MakeOneDirectory(const std::string& path);
-/// Creates a directory that only the owner may use, unless the system's own inheritance decides
-/// otherwise. `path` is in the system's ANSI code page.
-bool MakeTemporaryDirectoryAnsi(const std::string& path);
-/// Moves a file or directory; an existing target is a failure.
+/// Moves a file or directory; an existing target is a failure. A file may go to another volume; it is
+/// removed once its copy, with its owner and access, is safe there.
 bool MovePath(const std::string& from, const std::string& to);
-/// Replaces an existing target.
+/// Moves a file in the place of another one, which stays until the moment that its successor has its name.
+/// A read-only target is a failure, a link is replaced.
+bool MoveOverFile(const std::string& from, const std::string& to);
+/// Copies a file in the place of an existing one, or to a free name, as MoveOverFile() does; as much as it
+/// holds when it is opened.
 bool CopyFileOver(const std::string& from, const std::string& to);
 
 /// The content as it is when the file is opened, and whatever size the system
@@ -74,6 +88,8 @@ std::optional<std::string> TemporaryFolder();
 /// A new, empty file "<prefix>XXXX.tmp" in a directory, made exclusively and
 /// readable by its owner only.
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix);
+/// A new, empty directory of such a name, which only its owner may use.
+std::optional<std::string> CreateTemporaryDirectory(const std::string& folder, const std::string& prefix);
 std::optional<std::string> CurrentFolder();
 bool SetCurrentFolder(const std::string& path);
 /// The directory for data of all users.

@@ -17,7 +17,8 @@ namespace quillon::platform {
 class FolderWalk {
 public:
     /// ToErase keeps the directories it is in from being moved away, where the system
-    /// can, and does not start at a link.
+    /// can, and does not start at a link. It does not enter another file system that is mounted in the
+    /// tree (17, ERROR_NOT_SAME_DEVICE).
     enum class Purpose { ToList, ToErase };
 
     static std::optional<FolderWalk> Open(const std::string& folder, Purpose purpose);

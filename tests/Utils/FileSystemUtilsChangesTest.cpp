@@ -10,6 +10,7 @@
 
 #include "quillon/FileSystemUtils.h"
 #include "quillon/StringUtils.h"
+#include "quillon/TemporaryFile.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
@@ -164,6 +165,71 @@ TEST_F(FileSystemChangesTest, RenameReplacesOnlyWhenTold) {
     EXPECT_EQ(errno, 2);
 }
 
+TEST_F(FileSystemChangesTest, RenameThatCannotBeLosesNothing) {
+    dir.Write("a", "a");
+    dir.Write("b", "b");
+    dir.Write("tree/sub/inner", "inner");
+    const struct {
+        const char *what, *from, *to;
+        bool isDone;
+    } cases[] = {
+        {"itself", "a", "a", true},
+        {"another spelling of itself", "a", "tree\\..\\a", true},
+        {"a directory to itself", "tree", "tree", true},
+        {"a missing source", "missing", "b", false},
+        {"a missing source over a directory", "missing", "tree", false},
+        {"over the directory that holds it", "tree\\sub\\inner", "tree", false},
+        {"a directory over the one that holds it", "tree\\sub", "tree", false},
+        {"a directory over what it holds", "tree", "tree\\sub", false},
+        {"a directory over a file that it holds", "tree", "tree\\sub\\inner", false},
+    };
+    for (const auto& [what, from, to, isDone] : cases) {
+        SCOPED_TRACE(what);
+        errno = 0;
+        EXPECT_EQ(FS::RenameFile(dir.Path(from), dir.Path(to), true), isDone);
+        EXPECT_TRUE(isDone || errno != 0);
+        EXPECT_EQ(dir.Read("a") + dir.Read("b") + dir.Read("tree/sub/inner"), "abinner");
+    }
+    const std::string before = FS::GetWorkingDirectory();
+    ASSERT_TRUE(FS::SetWorkingDirectory(dir.Path("tree\\sub")));
+    EXPECT_FALSE(FS::RenameFile("inner", "..", true));
+    EXPECT_FALSE(FS::RenameFile("inner", dir.Path("tree") + "\\", true));
+    ASSERT_TRUE(FS::SetWorkingDirectory(before));
+    EXPECT_EQ(dir.Read("tree/sub/inner"), "inner");
+}
+
+TEST_F(FileSystemChangesTest, RenameChangesTheCaseOfANameOnly) {
+    dir.Write("CaSe", "x");
+    EXPECT_TRUE(FS::RenameFile(dir.Path("CaSe"), dir.Path("case"), true));
+    std::vector<std::string> names;
+    EXPECT_TRUE(FS::GetImmediateFilesWithin(dir.Path(), names));
+    EXPECT_THAT(names, ElementsAre("case"));
+    EXPECT_EQ(dir.Read("case"), "x");
+}
+
+TEST_F(FileSystemChangesTest, RenameOfASecondNameLeavesOne) {
+    dir.Write("a", "x");
+    std::error_code refused;
+    fs::create_hard_link(dir.Native("a"), dir.Native("b"), refused);
+    if (refused) GTEST_SKIP() << "no second names here";
+    EXPECT_TRUE(FS::RenameFile(dir.Path("a"), dir.Path("b"), true));
+    EXPECT_FALSE(dir.Exists("a"));
+    EXPECT_EQ(dir.Read("b"), "x");
+}
+
+TEST_F(FileSystemChangesTest, RenameOverALinkTakesItsPlace) {
+    const std::string a = dir.Write("a", "new");
+    dir.Write("real/inner", "x");
+    std::error_code refused;
+    fs::create_directory_symlink(dir.Native("real"), dir.Native("link"), refused);
+    if (refused || !dir.Exists("link")) GTEST_SKIP() << "no links here";
+    EXPECT_TRUE(FS::RenameFile(a, dir.Path("link"), true));
+    EXPECT_EQ(dir.Read("link") + dir.Read("real/inner"), "newx");
+    fs::create_symlink(dir.Native("real/inner"), dir.Native("link2"));
+    EXPECT_TRUE(FS::RenameFile(dir.Path("link"), dir.Path("link2"), true));
+    EXPECT_EQ(dir.Read("link2") + dir.Read("real/inner"), "newx");
+}
+
 TEST_F(FileSystemChangesTest, GenerationsAreShiftedAndTheOldestDropped) {
     const std::string path = dir.Write("log.txt", "0");
     for (const char* n : {"1", "2", "3"}) dir.Write(std::string("log.txt.") + n, n);
@@ -234,6 +300,39 @@ TEST_F(FileSystemChangesTest, TemporaryFilesAreNewEmptyAndDifferentOnEveryThread
         EXPECT_TRUE(FS::EraseFile(path, false));
     }
     EXPECT_TRUE(FS::EraseDirectory(FS::GetTemporaryDirectory()));
+}
+
+TEST_F(FileSystemChangesTest, TemporaryObjectsGoWithWhatTheyHold) {
+    std::string file, directory, kept;
+    {
+        TemporaryFile first, second;
+        TemporaryDirectory folder;
+        file = first.Path();
+        directory = folder.Path();
+        EXPECT_TRUE(FS::WriteUtf8NoBomFile(directory + "\\sub.txt", "x"));
+        second = std::move(first);
+        EXPECT_EQ(second.Path(), file);
+        kept = TemporaryFile().Release();
+        EXPECT_TRUE(FS::Exists(file) && FS::IsDirectory(directory));
+    }
+    EXPECT_FALSE(FS::Exists(file) || FS::Exists(directory));
+    EXPECT_TRUE(FS::EraseFile(kept, false));
+}
+
+TEST_F(FileSystemChangesTest, AtomicWriteReplacesTheContentOnly) {
+    const std::string file = dir.Write("a", "old and longer");
+    EXPECT_TRUE(FS::WriteFileAtomic(file, std::string_view("n\0w", 3)));
+    EXPECT_EQ(dir.Read("a"), std::string("n\0w", 3));
+    EXPECT_TRUE(FS::WriteFileAtomic(dir.Path("new"), ""));
+    EXPECT_TRUE(dir.Exists("new"));
+    EXPECT_FALSE(FS::WriteFileAtomic(dir.Path(), "x"));
+    EXPECT_FALSE(FS::WriteFileAtomic(dir.Path("no\\directory"), "x"));
+    dir.SetReadOnly("a", true);
+    EXPECT_FALSE(FS::WriteFileAtomic(file, "x"));
+    EXPECT_THAT(StringUtils::GetLastErrorAsString(), StartsWith("(5/"));
+    dir.SetReadOnly("a", false);
+    EXPECT_EQ(dir.Read("a"), std::string("n\0w", 3));
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native()), {}), 2);
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ constexpr Pair kCodes[] = {
     {ENOSYS, 50},            // ERROR_NOT_SUPPORTED
     {EOPNOTSUPP, 50},        // ERROR_NOT_SUPPORTED
     {EEXIST, 183},           // ERROR_ALREADY_EXISTS
+    {EILSEQ, 123},           // ERROR_INVALID_NAME
     {EINVAL, 87},            // ERROR_INVALID_PARAMETER
     {ESRCH, 87},             // ERROR_INVALID_PARAMETER
     {ECHILD, 87},            // ERROR_INVALID_PARAMETER

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 
 #include "base/ErrorCodes.h"
 #include "base/Utf.h"
@@ -15,13 +16,33 @@
 
 namespace quillon::platform {
 
+std::optional<FileIdentity> IdentityOf(const std::string& path) {
+    const auto native = NativeName(path);
+    struct ::stat status {};
+    if (native && ::lstat(native->c_str(), &status) == 0) return FileIdentity{status.st_dev, status.st_ino};
+    FailWithErrno();
+    return std::nullopt;
+}
+
+std::optional<std::string> ResolvedFolder(const std::string& path) {
+    const auto native = NativePath(path);
+    char* const resolved = native ? ::realpath(native->c_str(), nullptr) : nullptr;
+    if (resolved == nullptr) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    std::string folder = LibraryPath(resolved);
+    std::free(resolved);
+    return folder;
+}
+
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
-    const std::string native = NativePath(path);
+    const auto native = NativePath(path);
     struct ::stat status {};
     // With a trailing separator lstat follows a link, and so says only that a directory is meant; the
     // attributes are those of the name without the separator.
-    const bool exists = ::lstat(native.c_str(), &status) == 0 &&
-                        (!native.ends_with('/') || ::lstat(NativeName(path).c_str(), &status) == 0);
+    const bool exists = native && ::lstat(native->c_str(), &status) == 0 &&
+                        (!native->ends_with('/') || ::lstat(NativeName(path)->c_str(), &status) == 0);
     if (!exists) {
         FailWithErrno();
         return std::nullopt;
@@ -30,7 +51,7 @@ std::optional<FileAttributes> AttributesOf(const std::string& path) {
     attributes.isLink = S_ISLNK(status.st_mode);
     attributes.isReadOnly = IsReadOnly(status);
     struct ::stat target {};
-    if (attributes.isLink && ::stat(native.c_str(), &target) == 0) status = target;
+    if (attributes.isLink && ::stat(native->c_str(), &target) == 0) status = target;
     attributes.isDirectory = S_ISDIR(status.st_mode);
     return attributes;
 }
@@ -38,8 +59,9 @@ std::optional<FileAttributes> AttributesOf(const std::string& path) {
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) { return AttributesOf(path); }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
+    const auto native = NativePath(path);
     struct ::stat status {};
-    if (::stat(NativePath(path).c_str(), &status) == 0) {
+    if (native && ::stat(native->c_str(), &status) == 0) {
         return FileStatus{S_ISDIR(status.st_mode), status.st_mtim.tv_sec};
     }
     FailWithErrno();
@@ -47,7 +69,10 @@ std::optional<FileStatus> StatusOf(const std::string& path) {
 }
 
 std::optional<std::uint64_t> SizeOfFile(const std::string& path) {
-    return SizeOfFileAt(AT_FDCWD, NativePath(path).c_str());
+    const auto native = NativePath(path);
+    if (native) return SizeOfFileAt(AT_FDCWD, native->c_str());
+    FailWithErrno();
+    return std::nullopt;
 }
 
 std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name) {

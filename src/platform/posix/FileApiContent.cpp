@@ -27,7 +27,8 @@ bool Deny() {
 /// Opens a regular file: a pipe or device could block for ever or never end.
 FileHandle OpenRegular(const std::string& path, int flags, struct ::stat& status,
                        mode_t mode = kAsTheProcessLets) {
-    FileHandle file(::open(NativePath(path).c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode));
+    const auto native = NativePath(path);
+    FileHandle file(native ? ::open(native->c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode) : -1);
     if (!file || ::fstat(file.Get(), &status) != 0) {
         FailWithErrno();
         return {};
@@ -39,25 +40,6 @@ FileHandle OpenRegular(const std::string& path, int flags, struct ::stat& status
 
 /// A delayed write may fail only here.
 bool CloseWritten(FileHandle file) { return ::close(file.Release()) == 0 || FailWithErrno(); }
-
-bool CopyContent(const FileHandle& source, const FileHandle& target) {
-    std::string buffer(kPieceSize, '\0');
-    for (;;) {
-        const auto count = ReadSome(source, buffer.data(), buffer.size());
-        if (!count) return false;
-        if (*count == 0) return true;
-        if (!WriteAll(target, std::string_view(buffer).substr(0, *count))) return false;
-    }
-}
-
-/// Copies what the copy of Windows takes along in addition to the content.
-bool CopyModeAndTime(const struct ::stat& source, const FileHandle& target) {
-    const ::timespec times[] = {{0, UTIME_OMIT}, source.st_mtim};
-    constexpr mode_t kPermissions = 0777;
-    return (::fchmod(target.Get(), source.st_mode & kPermissions) == 0 &&
-            ::futimens(target.Get(), times) == 0) ||
-           FailWithErrno();
-}
 
 }  // namespace
 
@@ -92,26 +74,10 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
     return file && WriteAll(file, head) && WriteAll(file, body) && CloseWritten(std::move(file));
 }
 
-bool CopyFileOver(const std::string& from, const std::string& to) {
-    struct ::stat source {};
-    struct ::stat target {};
-    const FileHandle reader = OpenRegular(from, O_RDONLY, source);
-    if (!reader) return false;
-    // A file that only some users may read must not be readable for others while it is copied.
-    FileHandle writer = OpenRegular(to, O_WRONLY | O_CREAT, target, kOwnerOnly);
-    if (!writer) return false;
-    if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) {
-        SetLastErrorCode(base::kSharingViolation);
-        return false;
-    }
-    if (IsReadOnly(target)) return Deny();
-    if (::ftruncate(writer.Get(), 0) != 0) return FailWithErrno();
-    return CopyContent(reader, writer) && CopyModeAndTime(source, writer) && CloseWritten(std::move(writer));
-}
-
 FileHandle OpenForCapture(const std::string& path) {
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW;
-    FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerOnly));
+    const auto native = NativePath(path);
+    FileHandle file(native ? ::open(native->c_str(), flags, kOwnerOnly) : -1);
     if (!file) FailWithErrno();
     return file;
 }

@@ -40,6 +40,23 @@ std::string NumberedName(const std::string& prefix, unsigned number) {
     return prefix + digits + ".tmp";
 }
 
+/// Tries one name after the other until one is free, beginning anywhere.
+template <class Create>
+std::optional<std::string> CreateNumbered(const std::string& folder, const std::string& prefix,
+                                          const Create& create) {
+    constexpr unsigned kNumbers = 0x10000;
+    const std::string base = !folder.empty() && !base::IsSeparator(folder.back()) ? folder + '\\' : folder;
+    const unsigned start = RandomStart();
+    for (unsigned i = 0; i < kNumbers; ++i) {
+        std::string path = base + NumberedName(prefix, (start + i) % kNumbers);
+        const auto native = NativePath(path);
+        if (native && create(native->c_str())) return path;
+        if (errno != EEXIST) break;
+    }
+    FailWithErrno();
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> TemporaryFolder() {
@@ -51,19 +68,15 @@ std::optional<std::string> TemporaryFolder() {
 }
 
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
-    constexpr unsigned kNumbers = 0x10000;
-    constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-    const std::string base = !folder.empty() && !base::IsSeparator(folder.back()) ? folder + '\\' : folder;
-    const unsigned start = RandomStart();
-    for (unsigned i = 0; i < kNumbers; ++i) {
-        std::string path = base + NumberedName(prefix, (start + i) % kNumbers);
+    return CreateNumbered(folder, prefix, [](const char* path) {
+        constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
         const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-        const FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerOnly));
-        if (file) return path;
-        if (errno != EEXIST) break;
-    }
-    FailWithErrno();
-    return std::nullopt;
+        return static_cast<bool>(FileHandle(::open(path, flags, kOwnerOnly)));
+    });
+}
+
+std::optional<std::string> CreateTemporaryDirectory(const std::string& folder, const std::string& prefix) {
+    return CreateNumbered(folder, prefix, [](const char* path) { return ::mkdir(path, S_IRWXU) == 0; });
 }
 
 std::optional<std::string> CurrentFolder() {
@@ -78,11 +91,12 @@ std::optional<std::string> CurrentFolder() {
 }
 
 bool SetCurrentFolder(const std::string& path) {
-    return ::chdir(NativePath(path).c_str()) == 0 || FailWithErrno();
+    const auto native = NativePath(path);
+    return (native && ::chdir(native->c_str()) == 0) || FailWithErrno();
 }
 
 std::optional<std::string> CommonDataFolder() {
-    if (IsFolder(NativePath(kCommonData))) return kCommonData;
+    if (IsFolder(*NativePath(kCommonData))) return kCommonData;
     errno = ENOENT;
     FailWithErrno();
     return std::nullopt;

@@ -15,7 +15,7 @@
 namespace quillon::platform {
 
 DirectoryEntry ToEntry(int folder, const ::dirent& found) {
-    DirectoryEntry entry{found.d_name, found.d_type == DT_DIR, found.d_type == DT_LNK};
+    DirectoryEntry entry{LibraryName(found.d_name), found.d_type == DT_DIR, found.d_type == DT_LNK};
     if (found.d_type != DT_LNK && found.d_type != DT_UNKNOWN) return entry;
     struct ::stat status {};
     if (found.d_type == DT_UNKNOWN && ::fstatat(folder, found.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
@@ -26,11 +26,12 @@ DirectoryEntry ToEntry(int folder, const ::dirent& found) {
 }
 
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit) {
-    const std::string native = NativePath(pattern);
-    const std::size_t name = native.rfind('/') + 1;  // 0 when there is none
-    const OpenFolder folder(::opendir(name == 0 ? "." : native.substr(0, name).c_str()));
+    const auto native = NativePath(pattern);
+    if (!native) return FailWithErrno();
+    const std::size_t name = native->rfind('/') + 1;  // 0 when there is none
+    const OpenFolder folder(::opendir(name == 0 ? "." : native->substr(0, name).c_str()));
     if (!folder) return FailWithErrno();
-    const std::string_view wildcards = std::string_view(native).substr(name);
+    const std::string_view wildcards = std::string_view(*native).substr(name);
     bool hasMatch = false;
     while (const ::dirent* const found = ::readdir(folder.get())) {
         if (wildcards.empty() || !MatchesWildcards(found->d_name, wildcards)) continue;

@@ -32,6 +32,22 @@ std::optional<Identity> IdentityOf(const FileHandle& folder) {
     return std::nullopt;
 }
 
+/// The mount that a directory lies in. It has a number of its own even where it shows a part of the same
+/// device once more; kernels that tell no number tell the device.
+struct Mount {
+    std::uint64_t number = 0;
+    std::uint32_t major = 0, minor = 0;
+    bool operator==(const Mount&) const = default;
+};
+
+std::optional<Mount> MountOf(const FileHandle& folder) {
+    struct ::statx facts {};
+    if (::statx(folder.Get(), "", AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_MNT_ID, &facts) == 0)
+        return Mount{facts.stx_mnt_id, facts.stx_dev_major, facts.stx_dev_minor};
+    FailWithErrno();
+    return std::nullopt;
+}
+
 bool IsDotOrDotDot(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
@@ -42,6 +58,7 @@ bool IsDotOrDotDot(const char* name) {
 /// taken only when it leads to the very directory that the walk came from.
 struct FolderWalk::State {
     FileHandle folder;
+    std::optional<Mount> mount;  ///< that is not left; none for a walk that only lists
     std::vector<Identity> above;
 };
 
@@ -52,10 +69,15 @@ FolderWalk::~FolderWalk() = default;
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
     const int flags = purpose == Purpose::ToErase ? kOpenFolder | O_NOFOLLOW : kOpenFolder;
-    FileHandle handle(::open(NativeName(folder).c_str(), flags));
-    if (handle) return FolderWalk(std::make_unique<State>(State{std::move(handle), {}}));
-    FailWithErrno();
-    return std::nullopt;
+    const auto native = NativeName(folder);
+    FileHandle handle(native ? ::open(native->c_str(), flags) : -1);
+    if (!handle) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    auto state = std::make_unique<State>(State{std::move(handle), {}, {}});
+    if (purpose == Purpose::ToErase && !(state->mount = MountOf(state->folder))) return std::nullopt;
+    return FolderWalk(std::move(state));
 }
 
 bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
@@ -74,22 +96,33 @@ bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
 }
 
 std::optional<std::uint64_t> FolderWalk::SizeOf(const std::string& name) const {
-    return SizeOfFileAt(m_state->folder.Get(), name.c_str());
+    const auto native = NativeElement(name);
+    if (native) return SizeOfFileAt(m_state->folder.Get(), native->c_str());
+    FailWithErrno();
+    return std::nullopt;
 }
 
 bool FolderWalk::RemoveFile(const std::string& name) {
-    return RemoveFileAt(m_state->folder.Get(), name.c_str());
+    const auto native = NativeElement(name);
+    return native ? RemoveFileAt(m_state->folder.Get(), native->c_str()) : FailWithErrno();
 }
 
 bool FolderWalk::RemoveEmptyDirectory(const std::string& name) {
-    return RemoveEmptyDirectoryAt(m_state->folder.Get(), name.c_str());
+    const auto native = NativeElement(name);
+    return native ? RemoveEmptyDirectoryAt(m_state->folder.Get(), native->c_str()) : FailWithErrno();
 }
 
 bool FolderWalk::Enter(const std::string& name) {
     const auto here = IdentityOf(m_state->folder);
-    FileHandle below(::openat(m_state->folder.Get(), name.c_str(), kOpenFolder | O_NOFOLLOW));
+    const auto native = NativeElement(name);
+    FileHandle below(native ? ::openat(m_state->folder.Get(), native->c_str(), kOpenFolder | O_NOFOLLOW)
+                            : -1);
     if (!below) return FailWithErrno();
     if (!here) return false;
+    if (m_state->mount && MountOf(below) != m_state->mount) {
+        errno = EXDEV;
+        return FailWithErrno();
+    }
     m_state->above.push_back(*here);
     m_state->folder = std::move(below);
     return true;

@@ -27,7 +27,8 @@ FileHandle OpenLogFile(const std::string& path) {
     constexpr mode_t kOwnerWritesGroupReads = S_IRUSR | S_IWUSR | S_IRGRP;
     // A pipe that nobody reads would hold the caller up for ever.
     const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerWritesGroupReads));
+    const auto native = NativePath(path);
+    FileHandle file(native ? ::open(native->c_str(), flags, kOwnerWritesGroupReads) : -1);
     if (!file) {
         FailWithErrno();
     } else if (const mode_t mode = ModeOf(file); !S_ISREG(mode) && !S_ISCHR(mode)) {

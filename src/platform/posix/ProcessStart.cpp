@@ -85,7 +85,7 @@ std::vector<std::string> ArgumentsOf(const std::string& command) {
                           base::EqualIgnoringCase<char>(arguments[0], "cmd.exe")) &&
                          base::EqualIgnoringCase<char>(arguments[1], "/c");
     if (isShell) return {"/bin/sh", "-c", AfterSwitch(command)};
-    if (!arguments.empty()) arguments[0] = NativePath(arguments[0]);
+    if (!arguments.empty()) arguments[0] = NativePath(arguments[0]).value_or("");
     return arguments;
 }
 
@@ -164,8 +164,12 @@ pid_t Spawn(const ProcessRequest& request, const std::vector<std::string>& argum
 
 std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
     const std::vector<std::string> arguments = ArgumentsOf(request.command);
-    const std::string directory =
-        request.workingDirectory.empty() ? std::string() : NativePath(request.workingDirectory);
+    const std::optional<std::string> native = NativePath(request.workingDirectory);
+    if (!native) {
+        FailWithErrno();
+        return std::nullopt;
+    }
+    const std::string& directory = *native;
     if (arguments.empty() || arguments[0].empty()) {
         SetLastErrorCode(base::kInvalidParameter);
         return std::nullopt;

@@ -1,7 +1,7 @@
 #include "platform/SecurityApi.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,14 +9,15 @@
 
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
+#include "platform/Handle.h"
 #include "platform/native/NativePath.h"
+#include "platform/posix/AccessList.h"
 #include "platform/posix/Errno.h"
 
 namespace quillon::platform {
 
 namespace {
 
-constexpr const char* kAccessList = "system.posix_acl_access";
 constexpr mode_t kAllBits = 07777;
 
 /// The fields before the bytes of the access list.
@@ -26,24 +27,20 @@ struct Head {
     ::mode_t mode = 0;
 };
 
-/// Most files have no list, many file systems none at all.
-bool IsForLackOfList(int code) { return code == ENODATA || code == EOPNOTSUPP; }
-
-std::optional<std::string> ReadAccessList(const std::string& native, std::size_t limit) {
-    std::string list(limit, '\0');
-    const ::ssize_t length = ::getxattr(native.c_str(), kAccessList, list.data(), list.size());
-    if (length < 0 && !IsForLackOfList(errno)) return std::nullopt;
-    list.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
-    return list;
+/// Opens the file itself, to which the rights are given whatever has its name by then; a link, which
+/// another user may have put there, is refused.
+FileHandle OpenItself(const std::string& path) {
+    const auto native = NativePath(path);
+    FileHandle file(native ? ::open(native->c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC) : -1);
+    struct ::stat status {};
+    if (!file || ::fstat(file.Get(), &status) != 0) return {};
+    if (!S_ISLNK(status.st_mode)) return file;
+    errno = ELOOP;
+    return {};
 }
 
-bool RemoveAccessList(const std::string& native) {
-    return ::removexattr(native.c_str(), kAccessList) == 0 || IsForLackOfList(errno);
-}
-
-bool WriteAccessList(const std::string& native, const std::string& list) {
-    if (list.empty()) return RemoveAccessList(native);
-    return ::setxattr(native.c_str(), kAccessList, list.data(), list.size(), 0) == 0;
+bool GiveTo(const FileHandle& file, ::uid_t owner, ::gid_t group) {
+    return ::fchownat(file.Get(), "", owner, group, AT_EMPTY_PATH) == 0;
 }
 
 std::nullopt_t FailWithListErrno() {
@@ -58,14 +55,14 @@ std::nullopt_t FailWithListErrno() {
 }  // namespace
 
 std::optional<std::string> ReadSecurity(const std::string& path, std::size_t limit) {
-    const std::string native = NativePath(path);
+    const auto native = NativePath(path);
     struct ::stat status {};
-    if (::stat(native.c_str(), &status) != 0) return FailWithListErrno();
+    if (!native || ::stat(native->c_str(), &status) != 0) return FailWithListErrno();
     if (limit <= sizeof(Head)) {
         errno = ERANGE;
         return FailWithListErrno();
     }
-    const auto list = ReadAccessList(native, limit - sizeof(Head));
+    const auto list = ReadAccessList(*native, limit - sizeof(Head));
     if (!list) return FailWithListErrno();
     const Head head{status.st_uid, status.st_gid, status.st_mode & kAllBits};
     return std::string(reinterpret_cast<const char*>(&head), sizeof(head)) + *list;
@@ -78,21 +75,23 @@ bool WriteSecurity(const std::string& path, const std::string& security) {
         return FailWithErrno();
     }
     std::memcpy(&head, security.data(), sizeof(head));
-    const std::string native = NativePath(path);
+    const FileHandle file = OpenItself(path);
+    if (!file) return FailWithErrno();
+    const std::string name = NameOfDescriptor(file.Get());
     // The owner first: changing it takes special bits off the mode.
-    const bool isWritten = ::chown(native.c_str(), head.owner, head.group) == 0 &&
-                           WriteAccessList(native, security.substr(sizeof(head))) &&
-                           ::chmod(native.c_str(), head.mode) == 0;
+    const bool isWritten = GiveTo(file, head.owner, head.group) &&
+                           WriteAccessList(name, security.substr(sizeof(head))) &&
+                           ::chmod(name.c_str(), head.mode) == 0;
     return isWritten || FailWithErrno();
 }
 
 bool RestrictToCurrentUser(const std::string& path) {
-    const std::string native = NativePath(path);
+    const FileHandle file = OpenItself(path);
     struct ::stat status {};
-    if (::stat(native.c_str(), &status) != 0) return FailWithErrno();
-    const bool isOurs =
-        status.st_uid == ::geteuid() || ::chown(native.c_str(), ::geteuid(), static_cast<::gid_t>(-1)) == 0;
-    const bool isRestricted = isOurs && RemoveAccessList(native) && ::chmod(native.c_str(), S_IRWXU) == 0;
+    if (!file || ::fstat(file.Get(), &status) != 0) return FailWithErrno();
+    const std::string name = NameOfDescriptor(file.Get());
+    const bool isOurs = status.st_uid == ::geteuid() || GiveTo(file, ::geteuid(), static_cast<::gid_t>(-1));
+    const bool isRestricted = isOurs && WriteAccessList(name, {}) && ::chmod(name.c_str(), S_IRWXU) == 0;
     return isRestricted || FailWithErrno();
 }
 

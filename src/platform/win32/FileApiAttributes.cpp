@@ -1,8 +1,10 @@
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
+#include "platform/win32/FinalPath.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -32,8 +34,31 @@ long long UnixSeconds(const FILETIME& time) {
 
 }  // namespace
 
+std::optional<FileIdentity> IdentityOf(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return std::nullopt;
+    const FileHandle file(::CreateFileW(wide->c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                        OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION facts{};
+    if (!file || ::GetFileInformationByHandle(file.Get(), &facts) == 0) return std::nullopt;
+    return FileIdentity{facts.dwVolumeSerialNumber,
+                        (std::uint64_t{facts.nFileIndexHigh} << 32) | facts.nFileIndexLow};
+}
+
+std::optional<std::string> ResolvedFolder(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return std::nullopt;
+    const FileHandle folder(::CreateFileW(wide->c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                          OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    std::wstring resolved = folder ? FinalPath(folder, VOLUME_NAME_DOS) : std::wstring();
+    if (resolved.empty()) return std::nullopt;
+    return base::ToUtf8(resolved);
+}
+
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
-    return AttributesOfWidePath(base::ToWide(path));
+    const auto wide = WidePath(path);
+    return wide ? AttributesOfWidePath(*wide) : std::nullopt;
 }
 
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
@@ -41,7 +66,9 @@ std::optional<FileAttributes> AttributesOfAnsiPath(const char* path) {
 }
 
 std::optional<FileStatus> StatusOf(const std::string& path) {
-    const FileHandle file(::CreateFileW(base::ToWide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+    const auto wide = WidePath(path);
+    if (!wide) return std::nullopt;
+    const FileHandle file(::CreateFileW(wide->c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
                                         OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
     if (!file || ::GetFileInformationByHandle(file.Get(), &information) == 0) return std::nullopt;
@@ -50,8 +77,10 @@ std::optional<FileStatus> StatusOf(const std::string& path) {
 }
 
 std::optional<std::uint64_t> SizeOfFile(const std::string& path) {
-    const FileHandle file(::CreateFileW(base::ToWide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const auto wide = WidePath(path);
+    if (!wide) return std::nullopt;
+    const FileHandle file(::CreateFileW(wide->c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
     return file ? SizeOfOpenFile(file) : std::nullopt;
 }
 

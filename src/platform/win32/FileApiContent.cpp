@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
 #include "platform/win32/ShareModes.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -33,17 +33,20 @@ FileHandle OnlyDiskFile(FileHandle file) {
 
 FileHandle OpenForWriting(const std::string& path, WriteMode mode) {
     const bool appends = mode == WriteMode::Append;
-    return OnlyDiskFile(FileHandle(
-        ::CreateFileW(base::ToWide(path).c_str(), appends ? FILE_APPEND_DATA : GENERIC_WRITE,
-                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, appends ? OPEN_ALWAYS : CREATE_ALWAYS,
-                      FILE_ATTRIBUTE_NORMAL | kNoImpersonation, nullptr)));
+    const auto wide = WidePath(path);
+    if (!wide) return {};
+    return OnlyDiskFile(FileHandle(::CreateFileW(
+        wide->c_str(), appends ? FILE_APPEND_DATA : GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+        nullptr, appends ? OPEN_ALWAYS : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | kNoImpersonation, nullptr)));
 }
 
 }  // namespace
 
 FileHandle OpenForReading(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return {};
     return OnlyDiskFile(FileHandle(
-        ::CreateFileW(base::ToWide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+        ::CreateFileW(wide->c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN | kNoImpersonation, nullptr)));
 }
 
@@ -70,9 +73,11 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
 }
 
 FileHandle OpenForCapture(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return {};
     // A descendant that outlives its command must keep nobody from reading and deleting the file.
-    return FileHandle(::CreateFileW(base::ToWide(path).c_str(), GENERIC_WRITE, kShareAll, nullptr,
-                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return FileHandle(::CreateFileW(wide->c_str(), GENERIC_WRITE, kShareAll, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 }  // namespace quillon::platform

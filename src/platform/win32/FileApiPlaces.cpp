@@ -2,6 +2,7 @@
 #include "platform/FileApi.h"
 #include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <sddl.h>
@@ -13,11 +14,11 @@ namespace {
 
 using PathBuffer = wchar_t[MAX_PATH];
 
-/// Full access for the current user, nothing inherited, nobody else.
-LocalMemory CurrentUserOnly() {
+/// Full access for the current user, nothing inherited, nobody else; `inheritance` as in a descriptor's text.
+LocalMemory CurrentUserOnly(const wchar_t* inheritance) {
     const std::wstring user = CurrentUserId();
     if (user.empty()) return {};
-    const std::wstring text = L"D:P(A;;FA;;;" + user + L")";
+    const std::wstring text = std::wstring(L"D:P(A;") + inheritance + L";FA;;;" + user + L")";
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     ::ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1, &descriptor,
                                                            nullptr);
@@ -31,6 +32,34 @@ UINT StartNumber() {
     return static_cast<UINT>(now.QuadPart ^ (static_cast<LONGLONG>(::GetCurrentProcessId()) << 4));
 }
 
+/// Tries one name after the other until one is free, beginning anywhere.
+template <class Create>
+std::optional<std::string> CreateNumbered(const std::string& folder, const std::string& prefix,
+                                          const wchar_t* inheritance, const Create& create) {
+    constexpr UINT kNumbers = 0xFFFF;
+    constexpr int kMostDenied = 16;
+    const LocalMemory security = CurrentUserOnly(inheritance);
+    const auto wideFolder = WidePath(folder), widePrefix = WidePath(prefix);
+    if (!security || !wideFolder || !widePrefix) return std::nullopt;
+    SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
+    int denied = 0;
+    const UINT start = StartNumber();
+    for (UINT i = 0; i < kNumbers; ++i) {
+        // With a number of ours the system only makes the name. What has it is created here, so that only
+        // its user can open it from the first moment on.
+        PathBuffer name;
+        const UINT number = (start + i) % kNumbers + 1;
+        if (::GetTempFileNameW(wideFolder->c_str(), widePrefix->c_str(), number, name) == 0)
+            return std::nullopt;
+        if (create(name, attributes)) return base::ToUtf8(name);
+        // A name whose file is being deleted is denied; so is a directory, for every name.
+        const DWORD error = ::GetLastError();
+        const bool isTaken = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+        if (!isTaken && (error != ERROR_ACCESS_DENIED || ++denied > kMostDenied)) break;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> TemporaryFolder() {
@@ -41,30 +70,18 @@ std::optional<std::string> TemporaryFolder() {
 }
 
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
-    constexpr UINT kNumbers = 0xFFFF;
-    const LocalMemory security = CurrentUserOnly();
-    if (!security) return std::nullopt;
-    SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
-    const std::wstring wideFolder = base::ToWide(folder);
-    const std::wstring widePrefix = base::ToWide(prefix);
-    constexpr int kMostDenied = 16;
-    int denied = 0;
-    const UINT start = StartNumber();
-    for (UINT i = 0; i < kNumbers; ++i) {
-        // With a number of ours the system only makes the name. The file is created here, so that only
-        // its user can open it from the first moment on.
-        PathBuffer name;
-        const UINT number = (start + i) % kNumbers + 1;
-        if (::GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), number, name) == 0)
-            return std::nullopt;
-        const FileHandle file(
-            ::CreateFileW(name, GENERIC_WRITE, 0, &attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-        if (file) return base::ToUtf8(name);
-        // A name whose file is being deleted is denied; so is a directory, for every name.
-        const DWORD error = ::GetLastError();
-        if (error != ERROR_FILE_EXISTS && (error != ERROR_ACCESS_DENIED || ++denied > kMostDenied)) break;
-    }
-    return std::nullopt;
+    return CreateNumbered(folder, prefix, L"", [](const wchar_t* name, SECURITY_ATTRIBUTES& attributes) {
+        return static_cast<bool>(FileHandle(
+            ::CreateFileW(name, GENERIC_WRITE, 0, &attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr)));
+    });
+}
+
+std::optional<std::string> CreateTemporaryDirectory(const std::string& folder, const std::string& prefix) {
+    constexpr const wchar_t* kForAllBelow = L"OICI";
+    return CreateNumbered(folder, prefix, kForAllBelow,
+                          [](const wchar_t* name, SECURITY_ATTRIBUTES& attributes) {
+                              return ::CreateDirectoryW(name, &attributes) != 0;
+                          });
 }
 
 std::optional<std::string> CurrentFolder() {
@@ -79,7 +96,8 @@ std::optional<std::string> CurrentFolder() {
 }
 
 bool SetCurrentFolder(const std::string& path) {
-    return ::SetCurrentDirectoryW(base::ToWide(path).c_str()) != 0;
+    const auto wide = WidePath(path);
+    return wide && ::SetCurrentDirectoryW(wide->c_str()) != 0;
 }
 
 std::optional<std::string> CommonDataFolder() {

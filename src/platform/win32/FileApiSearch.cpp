@@ -1,6 +1,7 @@
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/win32/ReparsePoint.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -25,8 +26,10 @@ DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
 }  // namespace
 
 bool EnumerateMatches(const std::string& pattern, const std::function<bool(const DirectoryEntry&)>& visit) {
+    const auto wide = WidePath(pattern);
+    if (!wide) return false;
     WIN32_FIND_DATAW found{};
-    const Handle<SearchTraits> search(::FindFirstFileW(base::ToWide(pattern).c_str(), &found));
+    const Handle<SearchTraits> search(::FindFirstFileW(wide->c_str(), &found));
     if (!search) return false;
     do {
         if (!visit(ToEntry(found))) return true;

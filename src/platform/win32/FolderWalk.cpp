@@ -3,8 +3,10 @@
 #include <vector>
 
 #include "base/Utf.h"
+#include "platform/win32/FinalPath.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -35,19 +37,6 @@ FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, boo
     return {};
 }
 
-/// Returns the path with the volume named by its drive or by the kernel; empty when it has no name of
-/// that kind.
-std::wstring FinalPath(const FileHandle& file, DWORD volumeName) {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length =
-            ::GetFinalPathNameByHandleW(file.Get(), path.data(), static_cast<DWORD>(path.size()), volumeName);
-        const bool fits = length < path.size();
-        path.resize(length);
-        if (fits) return path;
-    }
-}
-
 /// Removes what is open, be it a file, a directory or a link to one.
 bool RemoveOpen(const FileHandle& file) {
     // The name is free at once, whoever else has the file open; not every file system knows it.
@@ -69,7 +58,9 @@ struct FolderWalk::State {
         std::size_t pathLength = 0;
     };
 
+    /// Goes to a directory: the start, or the path with a name behind it.
     bool Push(const std::wstring& folder, bool throughLink);
+    [[nodiscard]] bool LiesHere(const std::wstring& finalName, const std::wstring& name) const;
     bool Remove(const std::string& name, bool isDirectory);
 
     Purpose purpose;
@@ -86,8 +77,12 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
         volumeName = VOLUME_NAME_NT;
         level.finalPath = FinalPath(level.handle, volumeName);
     }
-    // Only a walk that erases needs the final path.
-    if (level.finalPath.empty() && purpose == Purpose::ToErase) return false;
+    // Only a walk that erases needs the final path, for it must not be led out of its tree.
+    if (purpose == Purpose::ToErase) {
+        if (level.finalPath.empty()) return false;
+        if (!levels.empty() && !LiesHere(level.finalPath, folder.substr(path.size())))
+            return Fail(ERROR_DIRECTORY);
+    }
     if (!level.finalPath.empty() && !level.finalPath.ends_with(L'\\')) level.finalPath.push_back(L'\\');
     // The start's path by its drive has no limit of 260 characters, nor what is below it.
     const bool isUnlimited = levels.empty() && level.finalPath.starts_with(L"\\\\?\\");
@@ -97,11 +92,17 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
     return true;
 }
 
-/// Removes by handle, and only an entry that lies in the open directory: that may have been turned into a
-/// link in place, which holding it open does not prevent.
+/// Returns whether what is open lies in the open directory under the name: that directory may have been
+/// turned into a link in place, which holding it open does not prevent.
+bool FolderWalk::State::LiesHere(const std::wstring& finalName, const std::wstring& name) const {
+    return finalName == levels.back().finalPath + name;
+}
+
+/// Removes by handle, and only an entry that lies in the open directory.
 bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
-    const std::wstring wideName = base::ToWide(name);
-    const FileHandle file(::CreateFileW((path + wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
+    const auto wideName = WidePath(name);
+    if (!wideName) return false;
+    const FileHandle file(::CreateFileW((path + *wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
                                         nullptr, OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
@@ -109,7 +110,7 @@ bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
     if (((information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) != isDirectory) {
         return Fail(isDirectory ? ERROR_DIRECTORY : ERROR_ACCESS_DENIED);
     }
-    if (FinalPath(file, volumeName) != levels.back().finalPath + wideName) return Fail(ERROR_ACCESS_DENIED);
+    if (!LiesHere(FinalPath(file, volumeName), *wideName)) return Fail(ERROR_ACCESS_DENIED);
     return RemoveOpen(file);
 }
 
@@ -120,9 +121,10 @@ FolderWalk::~FolderWalk() = default;
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
     auto state = std::make_unique<State>(State{purpose, VOLUME_NAME_DOS, {}, {}});
-    std::wstring path = base::ToWide(folder);
-    if (path.ends_with(L':')) path.push_back(L'\\');  // a drive's root, not its current folder
-    if (!state->Push(path, purpose == Purpose::ToList)) return std::nullopt;
+    auto path = WidePath(folder);
+    if (!path) return std::nullopt;
+    if (path->ends_with(L':')) path->push_back(L'\\');  // a drive's root, not its current folder
+    if (!state->Push(*path, purpose == Purpose::ToList)) return std::nullopt;
     return FolderWalk(std::move(state));
 }
 
@@ -143,7 +145,8 @@ bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(na
 bool FolderWalk::RemoveEmptyDirectory(const std::string& name) { return m_state->Remove(name, true); }
 
 bool FolderWalk::Enter(const std::string& name) {
-    return m_state->Push(m_state->path + base::ToWide(name), false);
+    const auto wideName = WidePath(name);
+    return wideName && m_state->Push(m_state->path + *wideName, false);
 }
 
 bool FolderWalk::Leave() {

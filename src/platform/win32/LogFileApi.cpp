@@ -1,6 +1,6 @@
 #include "platform/LogFileApi.h"
 
-#include "base/Utf.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -22,9 +22,11 @@ std::string WithCrLf(std::string_view text) {
 }  // namespace
 
 FileHandle OpenLogFile(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return {};
     const DWORD access = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
-    FileHandle file(::CreateFileW(base::ToWide(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle file(::CreateFileW(wide->c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                  OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (file && ::GetFileType(file.Get()) == FILE_TYPE_PIPE) {
         file.Reset();
         ::SetLastError(ERROR_INVALID_PARAMETER);

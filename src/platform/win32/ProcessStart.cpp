@@ -4,6 +4,7 @@
 #include "base/Utf.h"
 #include "platform/ProcessApi.h"
 #include "platform/win32/Jobs.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -92,7 +93,8 @@ STARTUPINFOEXW StartUpInformation(const ProcessRequest& request, InheritedHandle
 bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_INFORMATION& created) {
     STARTUPINFOEXW start = StartUpInformation(request, handles);
     std::wstring command = base::ToWide(request.command);
-    const std::wstring directory = base::ToWide(request.workingDirectory);
+    const auto directory = WidePath(request.workingDirectory);
+    if (!directory) return false;
     std::wstring environment;
     if (request.environment != nullptr) environment = EnvironmentBlock(*request.environment);
     const DWORD suspended = request.killableAsTree ? CREATE_SUSPENDED : 0;
@@ -100,7 +102,7 @@ bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_IN
                nullptr, command.data(), nullptr, nullptr, !handles.Empty(),
                CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT | suspended,
                request.environment != nullptr ? environment.data() : nullptr,
-               directory.empty() ? nullptr : directory.c_str(), &start.StartupInfo, &created) != 0;
+               directory->empty() ? nullptr : directory->c_str(), &start.StartupInfo, &created) != 0;
 }
 
 /// Ends a process that was never let run, unless it is dismissed. Keeps the last error.

@@ -2,10 +2,12 @@
 
 #include <vector>
 
-#include "base/Utf.h"
 #include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
+#include "platform/win32/ReparsePoint.h"
+#include "platform/win32/ShareModes.h"
 #include "platform/win32/Token.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <aclapi.h>
@@ -45,6 +47,21 @@ LocalMemory ListForUser(PSID user) {
     return LocalMemory(list);
 }
 
+/// Opens the file itself, to which the rights are given whatever has its name by then; a link, which
+/// another user may have put there, is refused.
+FileHandle OpenItself(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return {};
+    FileHandle file(::CreateFileW(wide->c_str(), READ_CONTROL | WRITE_DAC | FILE_READ_ATTRIBUTES, kShareAll,
+                                  nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION facts{};
+    if (!file || ::GetFileInformationByHandle(file.Get(), &facts) == 0) return {};
+    if ((facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || !IsLink(file)) return file;
+    Fail(ERROR_CANT_RESOLVE_FILENAME);
+    return {};
+}
+
 }  // namespace
 
 bool SetPrivilege(const std::wstring& name, bool enable) {
@@ -67,29 +84,32 @@ bool SetTokenPrivilege(HANDLE token, const std::wstring& name, bool enable) {
 }
 
 std::optional<std::string> ReadSecurity(const std::string& path, std::size_t limit) {
+    const auto wide = WidePath(path);
+    if (!wide) return std::nullopt;
     std::string security(limit, '\0');
     DWORD needed = 0;
-    if (::GetFileSecurityW(base::ToWide(path).c_str(), kAllParts, security.data(), static_cast<DWORD>(limit),
-                           &needed) == 0) {
+    if (::GetFileSecurityW(wide->c_str(), kAllParts, security.data(), static_cast<DWORD>(limit), &needed) ==
+        0) {
         return std::nullopt;
     }
     return security;
 }
 
 bool WriteSecurity(const std::string& path, const std::string& security) {
+    const auto wide = WidePath(path);
     std::string copy = security;
-    return ::SetFileSecurityW(base::ToWide(path).c_str(), kAllParts, copy.data()) != 0;
+    return wide && ::SetFileSecurityW(wide->c_str(), kAllParts, copy.data()) != 0;
 }
 
 bool RestrictToCurrentUser(const std::string& path) {
     std::vector<unsigned char> user = CurrentUser();
     if (user.empty()) return false;
     const LocalMemory list = ListForUser(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid);
-    if (!list) return false;
-    std::wstring name = base::ToWide(path);
-    const DWORD code = ::SetNamedSecurityInfoW(
-        name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, nullptr,
-        nullptr, static_cast<PACL>(list.Get()), nullptr);
+    const FileHandle file = list ? OpenItself(path) : FileHandle();
+    if (!file) return false;
+    const DWORD code = ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT,
+                                         DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                                         nullptr, nullptr, static_cast<PACL>(list.Get()), nullptr);
     return code == ERROR_SUCCESS || Fail(code);
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/Utf.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -36,13 +37,13 @@ std::optional<FoundValue> FindValue(const std::vector<unsigned char>& block, con
 }  // namespace
 
 std::optional<VersionResource> VersionResource::Load(const std::string& path, bool* isThere) {
-    const std::wstring widePath = base::ToWide(path);
+    const auto widePath = WidePath(path);
     DWORD ignored = 0;
-    const DWORD size = ::GetFileVersionInfoSizeW(widePath.c_str(), &ignored);
+    const DWORD size = widePath ? ::GetFileVersionInfoSizeW(widePath->c_str(), &ignored) : 0;
     if (isThere != nullptr) *isThere = size != 0;
     if (size == 0) return std::nullopt;
     Content content{std::vector<unsigned char>(size)};
-    if (::GetFileVersionInfoW(widePath.c_str(), 0, size, content.block.data()) == 0) return std::nullopt;
+    if (::GetFileVersionInfoW(widePath->c_str(), 0, size, content.block.data()) == 0) return std::nullopt;
     return VersionResource(std::make_shared<const Content>(std::move(content)));
 }
 

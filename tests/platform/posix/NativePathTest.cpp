@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <random>
+
+#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/posix/Wildcards.h"
 #include "quillon/DestructorFunctor.h"
@@ -42,6 +46,48 @@ TEST(NativePath, IsTheSystemsNameOfALibraryPath) {
     EXPECT_EQ(LibraryPath("/mnt"), R"(C:\)");
     EXPECT_EQ(LibraryPath("/mntx/a"), "/mntx/a");  // not on the volume
     EXPECT_EQ(LibraryPath("a/b"), R"(a\b)");
+}
+
+TEST(NativePath, EveryNameOfTheSystemHasOneOfTheLibrary) {
+    const struct {
+        std::string native, library;
+    } cases[] = {
+        {"plain \xC3\xA9.txt", "plain \xC3\xA9.txt"},
+        {"\xEF\xBC\xA1", "\xEF\xBC\xA1"},  // U+FF21 begins as an escape does
+        {"..\\victim", "..\xEF\x81\x9Cvictim"},
+        {"a\xFF"
+         "b\xC3",
+         "a\xEF\x83\xBF"
+         "b\xEF\x83\x83"},
+        {"\xEF\x81\x9C", "\xEF\x83\xAF\xEF\x82\x81\xEF\x82\x9C"},  // looks like an escape
+        {"\xEF\x82", "\xEF\x83\xAF\xEF\x82\x82"},
+        {"\xEF\x80\xAF", "\xEF\x80\xAF"},  // U+F02F never becomes a slash
+    };
+    for (const auto& [native, library] : cases) {
+        EXPECT_EQ(LibraryName(native), library) << library;
+        EXPECT_EQ(NativeElement(library), native) << library;
+        EXPECT_EQ(NativePath("C:\\d\\" + library), "/d/" + native) << library;
+        EXPECT_EQ(LibraryPath("/d/" + native), "C:\\d\\" + library) << library;
+    }
+    std::mt19937 random(7);
+    const std::string bytes = "\\.a\xEF\x80\x81\x82\x83\x9C\xAF\xBF\xFF\xC3";
+    for (int i = 0; i < 20'000; ++i) {
+        std::string native;
+        for (std::size_t n = 1 + random() % 9; n > 0; --n) native += bytes[random() % bytes.size()];
+        const std::string library = LibraryName(native);
+        ASSERT_EQ(library.find('\\'), std::string::npos);
+        ASSERT_TRUE(base::FindInvalidUtf8(library) == std::string::npos) << library;
+        ASSERT_EQ(NativeElement(library), native) << library;
+    }
+}
+
+TEST(NativePath, NulIsRefused) {
+    using namespace std::string_literals;
+    EXPECT_EQ(NativePath("a\0b"s), std::nullopt);
+    EXPECT_EQ(NativeName("\0"s), std::nullopt);
+    EXPECT_EQ(NativeElement("\0"s), std::nullopt);
+    EXPECT_EQ(NativeElement("a/b"), std::nullopt);
+    EXPECT_EQ(errno, EILSEQ);
 }
 
 TEST(NativePath, WithoutADataFolderTheTemporaryOneTakesItsPart) {

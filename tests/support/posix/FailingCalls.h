@@ -15,4 +15,15 @@ struct FailingCalls {
 };
 FailingCalls& TheFailingCalls();
 
+/// The same for the calls by which a thread reaches and changes files: open, openat, write, fsync, rename,
+/// renameat, renameat2 and mkdir. Every thread has its own.
+struct FailingFileCalls {
+    int failing = 0;  ///< the number of the call that fails, beginning with 1; 0: none
+    int error = 0;    ///< its errno
+    int seen = 0;     ///< calls until now
+    /// A write takes only half of what it is given, as on a disk that is nearly full.
+    bool writesHalf = false;
+};
+FailingFileCalls& ThisThreadsFileCalls();
+
 }  // namespace quillon::test

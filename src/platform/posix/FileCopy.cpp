@@ -1,0 +1,162 @@
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "base/ErrorCodes.h"
+#include "platform/ErrorText.h"
+#include "platform/FileApi.h"
+#include "platform/FileContent.h"
+#include "platform/NewFile.h"
+#include "platform/native/NativePath.h"
+#include "platform/posix/AccessList.h"
+#include "platform/posix/Errno.h"
+#include "platform/posix/FileModes.h"
+
+namespace quillon::platform {
+
+namespace {
+
+constexpr mode_t kPermissions = 0777;
+
+bool Refuse(std::uint32_t code) {
+    SetLastErrorCode(code);
+    return false;
+}
+
+/// A file that is copied: open, regular, and as it was when it was opened.
+struct Source {
+    bool Open(const std::string& path, int flags);
+
+    FileHandle file;
+    struct ::stat facts {};
+};
+
+bool Source::Open(const std::string& path, int flags) {
+    const auto native = NativePath(path);
+    const int all = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | flags;
+    file.Reset(native ? ::open(native->c_str(), all) : -1);
+    if (!file || ::fstat(file.Get(), &facts) != 0) return FailWithErrno();
+    return S_ISREG(facts.st_mode) || Refuse(base::kAccessDenied);
+}
+
+bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// Files below /proc tell no size, and some of them never end.
+bool CopyContent(const FileHandle& source, const FileHandle& target) {
+    constexpr std::uint64_t kMostWithoutSize = std::uint64_t{64} << 20;
+    BoundedReader reader(source);
+    const std::uint64_t most = reader.Limit() > 0 ? reader.Limit() : kMostWithoutSize;
+    std::string buffer(kPieceSize, '\0');
+    for (std::uint64_t done = 0;;) {
+        const auto count = reader.Read(buffer.data(), buffer.size());
+        if (!count) return false;
+        if (*count == 0) return true;
+        done += *count;
+        if (done > most) return Refuse(base::kNotEnoughMemory);
+        if (!WriteAll(target, std::string_view(buffer).substr(0, *count))) return false;
+    }
+}
+
+bool KeepForOwner(const FileHandle& file) {
+    return ::fchmod(file.Get(), S_IRUSR | S_IWUSR) == 0 || FailWithErrno();
+}
+
+/// Gives the copy what the copy of Windows takes along in addition to the content.
+bool TakeModeAndTime(const struct ::stat& source, const FileHandle& target) {
+    const ::timespec times[] = {{0, UTIME_OMIT}, source.st_mtim};
+    return (::fchmod(target.Get(), source.st_mode & kPermissions) == 0 &&
+            ::futimens(target.Get(), times) == 0) ||
+           FailWithErrno();
+}
+
+/// Gives the copy all that a moved file keeps. Only root may give files away.
+bool TakeAll(const Source& source, const FileHandle& target) {
+    constexpr mode_t kAllBits = 07777;
+    constexpr std::size_t kMostOfList = 64 * 1024;
+    const struct ::stat& facts = source.facts;
+    const bool isGiven = ::fchown(target.Get(), facts.st_uid, facts.st_gid) == 0;
+    const mode_t bits = facts.st_mode & (isGiven ? kAllBits : kPermissions & ~mode_t{S_IRWXG});
+    const auto list = ReadAccessList(NameOfDescriptor(source.file.Get()), kMostOfList);
+    if (isGiven && list && !list->empty() && !WriteAccessList(NameOfDescriptor(target.Get()), *list))
+        return FailWithErrno();
+    const ::timespec times[] = {facts.st_atim, facts.st_mtim};
+    return (::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0) || FailWithErrno();
+}
+
+/// Removes the original of a copy, unless something else has its name by now. When it must stay, so does the
+/// name that was free.
+bool FinishMove(const std::string& from, const Source& source, const std::string& to,
+                NewFile::IfThere ifThere) {
+    const auto original = NativeName(from), copy = NativeName(to);
+    struct ::stat now {};
+    if (::lstat(original->c_str(), &now) != 0) return FailWithErrno();
+    if (!IsSameFile(now, source.facts)) return Refuse(base::kSharingViolation);
+    if (::unlink(original->c_str()) == 0) return true;
+    FailWithErrno();
+    if (ifThere == NewFile::IfThere::Fail) ::unlink(copy->c_str());
+    return false;
+}
+
+bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::IfThere ifThere) {
+    const auto attributes = AttributesOf(from);
+    if (!attributes || attributes->isDirectory || attributes->isLink) {
+        errno = EXDEV;
+        return FailWithErrno();
+    }
+    Source source;
+    if (!source.Open(from, O_NOFOLLOW)) return false;
+    auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
+    if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
+        return false;
+    return target->Commit() && FinishMove(from, source, to, ifThere);
+}
+
+/// Moves a file on file systems that cannot rename without replacing.
+bool MoveToFreeName(const char* from, const char* to) {
+    struct ::stat status {};
+    if (::lstat(to, &status) == 0) errno = EEXIST;
+    return (errno == ENOENT && ::rename(from, to) == 0) || FailWithErrno();
+}
+
+}  // namespace
+
+bool CopyFileOver(const std::string& from, const std::string& to) {
+    Source source;
+    if (!source.Open(from, 0)) return false;
+    const auto native = NativePath(to);
+    struct ::stat old {};
+    if (native && ::stat(native->c_str(), &old) == 0 && IsSameFile(source.facts, old))
+        return Refuse(base::kSharingViolation);
+    auto target = NewFile::Create(to, NewFile::IfThere::Replace, NewFile::Access::OwnerOnly);
+    // A file that only some users may read must not be readable for others while it is copied.
+    return target && target->TakeSecurity() && KeepForOwner(target->Handle()) &&
+           CopyContent(source.file, target->Handle()) && TakeModeAndTime(source.facts, target->Handle()) &&
+           target->Commit();
+}
+
+bool MovePath(const std::string& from, const std::string& to) {
+    const auto source = NativeName(from), target = NativeName(to);
+    if (!source || !target) return FailWithErrno();
+    if (::renameat2(AT_FDCWD, source->c_str(), AT_FDCWD, target->c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno == EXDEV) return MoveToOtherVolume(from, to, NewFile::IfThere::Fail);
+    if (errno == EINVAL || errno == ENOSYS) return MoveToFreeName(source->c_str(), target->c_str());
+    return FailWithErrno();
+}
+
+bool MoveOverFile(const std::string& from, const std::string& to) {
+    const auto source = NativeName(from), target = NativeName(to);
+    struct ::stat old {};
+    if (!source || !target || ::lstat(target->c_str(), &old) != 0) return FailWithErrno();
+    if (IsReadOnly(old)) return Refuse(base::kAccessDenied);
+    if (::rename(source->c_str(), target->c_str()) == 0) return true;
+    return errno == EXDEV ? MoveToOtherVolume(from, to, NewFile::IfThere::Replace) : FailWithErrno();
+}
+
+}  // namespace quillon::platform

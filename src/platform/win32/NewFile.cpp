@@ -1,0 +1,168 @@
+#include "platform/NewFile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "platform/win32/ExtendedPath.h"
+#include "platform/win32/LocalMemory.h"
+#include "platform/win32/NewFileName.h"
+#include "platform/win32/ReparsePoint.h"
+#include "platform/win32/ShareModes.h"
+#include "platform/win32/WindowsHeaders.h"
+// After <windows.h>:
+#include <aclapi.h>
+
+namespace quillon::platform {
+
+namespace {
+
+/// Who owns it, and who may use it.
+struct Security {
+    PSID owner = nullptr;
+    PACL list = nullptr;
+    LocalMemory memory;
+    bool isProtected = false;
+
+    bool Read(const FileHandle& file);
+    [[nodiscard]] bool Give(const FileHandle& file) const;
+};
+
+bool Fail(DWORD code) {
+    ::SetLastError(code);
+    return false;
+}
+
+bool Security::Read(const FileHandle& file) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    const DWORD code =
+        ::GetSecurityInfo(file.Get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
+                          &owner, nullptr, &list, nullptr, &descriptor);
+    if (code != ERROR_SUCCESS) return Fail(code);
+    memory.Reset(descriptor);
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    isProtected = ::GetSecurityDescriptorControl(descriptor, &control, &revision) != 0 &&
+                  (control & SE_DACL_PROTECTED) != 0;
+    return true;
+}
+
+/// Another owner can be set by few processes only, and is not asked for.
+bool Security::Give(const FileHandle& file) const {
+    ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
+                      nullptr);
+    const DWORD kind =
+        isProtected ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION;
+    const DWORD code = ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | kind,
+                                         nullptr, nullptr, list, nullptr);
+    return code == ERROR_SUCCESS || Fail(code);
+}
+
+/// Opens what has the name, be it a link.
+FileHandle OpenItself(const std::wstring& path, DWORD access) {
+    return FileHandle(::CreateFileW(path.c_str(), access, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
+
+}  // namespace
+
+std::wstring TemporaryNameBeside(const std::wstring& path) {
+    static constexpr wchar_t digits[] = L"0123456789abcdef";
+    std::random_device random;
+    std::wstring name = path.substr(0, path.rfind(L'\\') + 1) + L".quillon-";
+    for (int i = 0; i < 16; ++i) name += digits[random() % 16];
+    return name + L".part";
+}
+
+bool CanReplace(const std::wstring& path, bool replaces) {
+    const DWORD bits = ::GetFileAttributesW(path.c_str());
+    if (bits == INVALID_FILE_ATTRIBUTES) return ::GetLastError() == ERROR_FILE_NOT_FOUND;
+    if (!replaces) return Fail(ERROR_ALREADY_EXISTS);
+    constexpr DWORD kRefused = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+    return (bits & kRefused) == 0 || Fail(ERROR_ACCESS_DENIED);
+}
+
+/// Nobody else opens it before its rights are those that it shall have.
+FileHandle OpenNewFile(const std::wstring& path, unsigned long disposition) {
+    constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE | DELETE | WRITE_DAC;
+    constexpr DWORD kFlags = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH | FILE_FLAG_OPEN_REPARSE_POINT;
+    FileHandle file(
+        ::CreateFileW(path.c_str(), kAccess | WRITE_OWNER, 0, nullptr, disposition, kFlags, nullptr));
+    if (!file && ::GetLastError() == ERROR_ACCESS_DENIED)  // its owner need not be his to give
+        file.Reset(::CreateFileW(path.c_str(), kAccess, 0, nullptr, disposition, kFlags, nullptr));
+    return file;
+}
+
+bool TakeSecurityOf(const std::wstring& path, const FileHandle& file) {
+    const FileHandle old = OpenItself(path, READ_CONTROL | FILE_READ_ATTRIBUTES);
+    if (!old) return ::GetLastError() == ERROR_FILE_NOT_FOUND;
+    BY_HANDLE_FILE_INFORMATION facts{};
+    if (::GetFileInformationByHandle(old.Get(), &facts) == 0) return false;
+    if ((facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLink(old)) return true;
+    Security security;
+    return security.Read(old) && security.Give(file);
+}
+
+bool GiveName(const FileHandle& file, const std::wstring& path, bool replaces) {
+    const std::size_t bytes = path.size() * sizeof(wchar_t);
+    std::vector<std::max_align_t> memory((sizeof(FILE_RENAME_INFO) + bytes) / sizeof(std::max_align_t) + 1);
+    auto* const info = ::new (memory.data()) FILE_RENAME_INFO{};
+    info->ReplaceIfExists = replaces ? TRUE : FALSE;
+    info->FileNameLength = static_cast<DWORD>(bytes);
+    std::memcpy(info->FileName, path.c_str(), bytes + sizeof(wchar_t));
+    return ::SetFileInformationByHandle(file.Get(), FileRenameInfo, info,
+                                        static_cast<DWORD>(sizeof(FILE_RENAME_INFO) + bytes)) != 0;
+}
+
+struct NewFile::State {
+    std::wstring path, temporary;
+    FileHandle file;
+    IfThere ifThere = IfThere::Replace;
+    bool isThere = false;  ///< under its temporary name
+};
+
+NewFile::NewFile(std::unique_ptr<State> state) : m_state(std::move(state)) {}
+NewFile::NewFile(NewFile&&) noexcept = default;
+NewFile& NewFile::operator=(NewFile&& other) noexcept {
+    std::swap(m_state, other.m_state);
+    return *this;
+}
+
+NewFile::~NewFile() {
+    if (!m_state || !m_state->isThere) return;
+    FILE_DISPOSITION_INFO disposition{};
+    disposition.DeleteFile = TRUE;
+    const DWORD code = ::GetLastError();
+    ::SetFileInformationByHandle(m_state->file.Get(), FileDispositionInfo, &disposition, sizeof disposition);
+    ::SetLastError(code);
+}
+
+std::optional<NewFile> NewFile::Create(const std::string& path, IfThere ifThere, Access) {
+    auto full = ExtendedPath(path);
+    if (!full || !CanReplace(*full, ifThere == IfThere::Replace)) return std::nullopt;
+    auto state = std::make_unique<State>();
+    state->temporary = TemporaryNameBeside(*full);
+    state->path = *std::move(full);
+    state->ifThere = ifThere;
+    state->file = OpenNewFile(state->temporary, CREATE_NEW);
+    if (!state->file) return std::nullopt;
+    state->isThere = true;
+    return NewFile(std::move(state));
+}
+
+const FileHandle& NewFile::Handle() const { return m_state->file; }
+
+bool NewFile::TakeSecurity() { return TakeSecurityOf(m_state->path, m_state->file); }
+
+bool NewFile::Commit() {
+    State& state = *m_state;
+    if (::FlushFileBuffers(state.file.Get()) == 0) return false;
+    if (!GiveName(state.file, state.path, state.ifThere == IfThere::Replace)) return false;
+    state.isThere = false;
+    return ::FlushFileBuffers(state.file.Get()) != 0;
+}
+
+}  // namespace quillon::platform

@@ -1,0 +1,132 @@
+#include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/ErrorText.h"
+#include "quillon/FileSystemUtils.h"
+#include "support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace quillon {
+namespace {
+
+using FS = FileSystemUtils;
+
+/// Small file systems in memory below a temporary directory, which only root can mount.
+class Mounts : public test::TempDirTest {
+protected:
+    ~Mounts() override {
+        for (const fs::path& place : m_mounted) ::umount2(place.c_str(), MNT_DETACH);
+    }
+
+    bool Mount(const std::string& name) {
+        fs::create_directories(dir.Native(name));
+        return Keep(name, ::mount("quillon-test", dir.Native(name).c_str(), "tmpfs", MS_NOSUID, "size=256k"));
+    }
+
+    bool Bind(const std::string& from, const std::string& name) {
+        fs::create_directories(dir.Native(name));
+        return Keep(name,
+                    ::mount(dir.Native(from).c_str(), dir.Native(name).c_str(), nullptr, MS_BIND, nullptr));
+    }
+
+private:
+    bool Keep(const std::string& name, int result) {
+        if (result == 0) m_mounted.push_back(dir.Native(name));
+        return result == 0;
+    }
+
+    std::vector<fs::path> m_mounted;
+};
+
+TEST_F(Mounts, EraseDirectoryStopsAtAMount) {
+    dir.Write("outside/precious", "x");
+    if (!Mount("tree/memory") || !Bind("outside", "tree2/bound"))
+        GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    dir.Write("tree/memory/precious", "x");
+    for (const char* const tree : {"tree", "tree2"}) {
+        EXPECT_FALSE(FS::EraseDirectory(dir.Path(tree))) << tree;
+        EXPECT_EQ(platform::LastError(), 17U) << tree;
+    }
+    EXPECT_EQ(dir.Read("tree/memory/precious") + dir.Read("outside/precious"), "xx");
+    // A tree within the mounted file system is like any other.
+    dir.Write("tree/memory/sub/file", "x");
+    EXPECT_TRUE(FS::EraseDirectory(dir.Path("tree\\memory\\sub")));
+}
+
+TEST_F(Mounts, FullDiskKeepsTheOldContent) {
+    if (!Mount("disk")) GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    const std::string large(1'000'000, 'l');
+    const std::string source = dir.Write("source", large);
+    const std::string target = dir.Write("disk/target", "old");
+    EXPECT_FALSE(FS::WriteFileAtomic(target, large));
+    EXPECT_EQ(platform::LastError(), 112U);
+    EXPECT_FALSE(FS::DuplicateFile(source, target));
+    EXPECT_EQ(platform::LastError(), 112U);
+    EXPECT_FALSE(FS::RenameFile(source, target, true));
+    EXPECT_FALSE(FS::RenameFile(source, dir.Path("disk\\free"), false));
+    EXPECT_EQ(dir.Read("disk/target"), "old");
+    EXPECT_EQ(dir.Read("source"), large);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("disk")), {}), 1);
+}
+
+TEST_F(Mounts, MoveToAnotherVolumeKeepsOwnerModeAndTime) {
+    if (!Mount("disk")) GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    dir.Write("source", "content");
+    dir.Write("disk/target", "old");
+    const std::string native = dir.Native("source").string();
+    ASSERT_EQ(::chown(native.c_str(), 1234, 4321), 0);
+    ASSERT_EQ(::chmod(native.c_str(), 0640), 0);
+    struct ::stat before {
+    }, after{};
+    ASSERT_EQ(::stat(native.c_str(), &before), 0);
+    EXPECT_TRUE(FS::RenameFile(dir.Path("source"), dir.Path("disk\\target"), true));
+    ASSERT_EQ(::stat(dir.Native("disk/target").c_str(), &after), 0);
+    EXPECT_EQ(after.st_uid, 1234U);
+    EXPECT_EQ(after.st_gid, 4321U);
+    EXPECT_EQ(after.st_mode & 07777U, 0640U);
+    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    EXPECT_EQ(dir.Read("disk/target"), "content");
+    EXPECT_FALSE(dir.Exists("source"));
+    fs::create_directories(dir.Native("folder/sub"));
+    fs::create_directories(dir.Native("disk/folder/sub"));
+    EXPECT_FALSE(FS::RenameFile(dir.Path("folder"), dir.Path("disk\\folder"), true));
+    EXPECT_EQ(platform::LastError(), 17U);
+    EXPECT_TRUE(dir.Exists("folder/sub") && dir.Exists("disk/folder/sub"));
+}
+
+TEST_F(Mounts, ReplacedFileKeepsItsOwner) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+    const std::string target = dir.Write("target", "old");
+    ASSERT_EQ(::chown(dir.Native("target").c_str(), 1234, 4321), 0);
+    ASSERT_EQ(::chmod(dir.Native("target").c_str(), 0604), 0);
+    EXPECT_TRUE(FS::WriteFileAtomic(target, "new"));
+    struct ::stat facts {};
+    ASSERT_EQ(::stat(dir.Native("target").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 07777U, 0604U);
+    EXPECT_EQ(facts.st_uid, 1234U);
+    EXPECT_TRUE(FS::DuplicateFile(dir.Write("source", "x"), target));
+    ASSERT_EQ(::stat(dir.Native("target").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_gid, 4321U);
+}
+
+TEST_F(Mounts, CopyEndsThoughItsSourceTellsNoSizeOrGrows) {
+    const std::string copy = dir.Path("copy");
+    EXPECT_TRUE(FS::DuplicateFile("C:\\proc\\self\\status", copy));
+    EXPECT_THAT(dir.Read("copy"), testing::HasSubstr("Name:"));
+    const std::string old = dir.Write("old", "old");
+    EXPECT_FALSE(FS::DuplicateFile("C:\\proc\\self\\pagemap", old));
+    EXPECT_EQ(platform::LastError(), 8U);
+    EXPECT_EQ(dir.Read("old"), "old");
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,215 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <string>
+#include <thread>
+
+#include "platform/FileApi.h"
+#include "quillon/FileSystemUtils.h"
+#include "support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace quillon {
+namespace {
+
+using FS = FileSystemUtils;
+
+/// A fifth of what all attacks may take together, in seconds.
+double SecondsOfOne() {
+    const char* const chosen = std::getenv("QUILLON_TORTURE_SECONDS");
+    const double all = chosen != nullptr ? std::strtod(chosen, nullptr) : 5;
+    return std::min(std::max(all, 0.5), 3600.0) / 5 / QUILLON_TEST_SLOWDOWN;
+}
+
+/// Another process that swaps what the library works on for links to what it must not touch.
+class SwappedPlaces : public testing::Test {
+protected:
+    static constexpr int kMostTries = 10'000'000;
+
+    void SetUp() override {
+        dir.Write("outside/victim", "precious");
+        dir.Write("outside/below/deep/victim", "precious");
+        fs::permissions(dir.Native("outside/victim"), static_cast<fs::perms>(0640));
+        fs::create_directory(dir.Native("in"));
+        m_before = Outside();
+    }
+
+    std::string At(const std::string& name) const { return dir.Native(name).string(); }
+
+    /// Repeats `attack` on a thread of its own, and `work` on this one, for a while.
+    void Run(const char* what, const std::function<void()>& attack, const std::function<void()>& work) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(SecondsOfOne());
+        std::atomic<bool> isOver{false};
+        std::atomic<int> swaps{0};
+        std::thread attacker([&] {
+            while (!isOver && swaps < kMostTries && std::chrono::steady_clock::now() < end) {
+                attack();
+                ++swaps;
+            }
+        });
+        int tries = 0;
+        for (; tries < kMostTries && std::chrono::steady_clock::now() < end; ++tries) {
+            work();
+            if (tries % 256 == 0 && Outside() != m_before) break;
+        }
+        isOver = true;
+        attacker.join();
+        EXPECT_EQ(Outside(), m_before) << what << " after " << tries << " tries";
+        EXPECT_GT(swaps, 0);
+        std::cout << what << ": " << tries << " tries, " << swaps << " swaps\n";
+    }
+
+    /// Swaps two names at once.
+    void Exchange(const std::string& a, const std::string& b) const {
+        ::renameat2(AT_FDCWD, At(a).c_str(), AT_FDCWD, At(b).c_str(), RENAME_EXCHANGE);
+    }
+
+    /// Puts a link to the victim in the place of a name.
+    void Plant(const std::string& name) const {
+        if (::symlink(At("outside/victim").c_str(), At("in/planted").c_str()) == 0)
+            ::rename(At("in/planted").c_str(), At(name).c_str());
+    }
+
+    const test::TempDir dir;
+
+private:
+    /// All that is there, with mode, owner and content.
+    std::map<std::string, std::string> Outside() const {
+        std::map<std::string, std::string> all;
+        for (const auto& entry : fs::recursive_directory_iterator(dir.Native("outside"))) {
+            const std::string name = fs::relative(entry.path(), dir.Native()).string();
+            struct ::stat facts {};
+            ::lstat(entry.path().c_str(), &facts);
+            all[name] = std::to_string(facts.st_mode) + ' ' + std::to_string(facts.st_uid) + ' ' +
+                        std::to_string(facts.st_mtim.tv_nsec) + ' ' +
+                        (entry.is_regular_file() ? dir.Read(name) : "");
+        }
+        return all;
+    }
+
+    std::map<std::string, std::string> m_before;
+};
+
+TEST_F(SwappedPlaces, EraseNeverLeavesItsTree) {
+    int built = 0;
+    Run(
+        "EraseDirectory",
+        [&] {
+            // The link takes the place of a directory, which takes the link's; then back again.
+            for (const auto& [link, place, target] :
+                 {std::array{"link", "in/tree/below", "outside"},
+                  std::array{"link2", "in/tree/below/deep", "outside/below"}}) {
+                std::error_code ignored;
+                if (fs::is_directory(fs::symlink_status(dir.Native(link), ignored)))
+                    fs::remove_all(dir.Native(link), ignored);
+                fs::create_directory_symlink(dir.Native(target), dir.Native(link), ignored);
+                Exchange(place, link);
+                std::this_thread::yield();
+                Exchange(place, link);
+            }
+        },
+        [&] {
+            std::error_code ignored;
+            if (!dir.Exists("in/tree")) {
+                dir.Write("in/fresh/below/deep/victim", "own");
+                dir.Write("in/fresh/below/file", "own");
+                fs::rename(dir.Native("in/fresh"), dir.Native("in/tree"), ignored);
+                ++built;
+            }
+            FS::EraseDirectory(dir.Path("in\\tree"));
+        });
+    EXPECT_GT(built, 1);
+}
+
+TEST_F(SwappedPlaces, CopyAndAtomicWriteReplaceALinkAndFollowNone) {
+    const std::string source = dir.Write("source", std::string(10'000, 's'));
+    const std::string target = dir.Path("in\\target");
+    int number = 0;
+    Run(
+        "DuplicateFile, FileCopy, WriteFileAtomic, SecureFile", [&] { Plant("in/target"); },
+        [&] {
+            switch (++number % 4) {
+                case 0:
+                    EXPECT_TRUE(FS::DuplicateFile(source, target));
+                    break;
+                case 1:
+                    FS::FileCopy(source, target);
+                    break;
+                case 2:
+                    EXPECT_TRUE(FS::WriteFileAtomic(target, "content"));
+                    break;
+                default:
+                    FS::SecureFile(target);
+                    break;
+            }
+        });
+}
+
+TEST_F(SwappedPlaces, MoveTakesNothingOfOthersAlong) {
+    fs::path folder = fs::path("/dev/shm") / dir.Native().filename();
+    std::error_code failed;
+    if (!fs::create_directory(folder, failed)) folder = dir.Native("in");
+    const std::string target = test::ToLibraryPath(folder / "target");
+    const std::string source = dir.Path("in\\source");
+    Run(
+        "RenameFile",
+        [&] {
+            Plant("in/source");
+            if (::symlink(At("outside/victim").c_str(), (folder / "planted").c_str()) == 0)
+                ::rename((folder / "planted").c_str(), (folder / "target").c_str());
+        },
+        [&] {
+            FS::WriteFileAtomic(source, "moved");
+            if (!FS::RenameFile(source, target, true)) return;
+            // What was moved is our file or a link; never what the link leads to.
+            struct ::stat facts {};
+            const bool isFile = ::lstat((folder / "target").c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+            EXPECT_TRUE(!isFile || facts.st_size == 5);
+        });
+    fs::remove_all(folder, failed);
+}
+
+TEST_F(SwappedPlaces, TemporaryNamesAreNeverThoseOfOthers) {
+    const std::string folder = dir.Path("in");
+    unsigned next = 0;
+    Run(
+        "CreateTemporaryFile, CreateTemporaryDirectory",
+        [&] {
+            char name[32];
+            std::snprintf(name, sizeof name, "in/vnt%04X.tmp", next += 7);
+            next %= 0x10000;
+            if (next % 2 == 0) {
+                ::symlink(At("outside/below").c_str(), At(name).c_str());
+            } else {
+                ::mkdir(At(name).c_str(), 0777);
+            }
+        },
+        [&] {
+            const auto directory = platform::CreateTemporaryDirectory(folder, "vnt");
+            const auto file = platform::CreateTemporaryFile(folder, "vnt");
+            ASSERT_TRUE(directory && file);
+            struct ::stat facts {};
+            ASSERT_EQ(::lstat(test::ToNative(*directory).c_str(), &facts), 0);
+            EXPECT_TRUE(S_ISDIR(facts.st_mode) && (facts.st_mode & 0777U) == 0700U) << *directory;
+            ASSERT_EQ(::lstat(test::ToNative(*file).c_str(), &facts), 0);
+            EXPECT_TRUE(S_ISREG(facts.st_mode) && (facts.st_mode & 0777U) == 0600U) << *file;
+            EXPECT_TRUE(FS::EraseFile(*file, false));
+            EXPECT_TRUE(FS::EraseDirectory(*directory));
+        });
+}
+
+}  // namespace
+}  // namespace quillon

@@ -1,0 +1,93 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+
+#include "support/posix/FailingCalls.h"
+
+namespace quillon::test {
+
+FailingFileCalls& ThisThreadsFileCalls() {
+    thread_local FailingFileCalls calls;
+    return calls;
+}
+
+namespace {
+
+bool Fails() {
+    FailingFileCalls& calls = ThisThreadsFileCalls();
+    if (++calls.seen != calls.failing) return false;
+    errno = calls.error;
+    return true;
+}
+
+bool MakesFile(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
+
+}  // namespace
+
+}  // namespace quillon::test
+
+using quillon::test::Fails;
+using quillon::test::MakesFile;
+using quillon::test::ThisThreadsFileCalls;
+
+// The linker's option --wrap gives these names to the callers and the real functions their own.
+extern "C" {
+
+int __real_open(const char* path, int flags, ...);
+int __real_openat(int folder, const char* path, int flags, ...);
+ssize_t __real_write(int file, const void* bytes, std::size_t count);
+int __real_fsync(int file);
+int __real_rename(const char* from, const char* to);
+int __real_renameat(int fromFolder, const char* from, int toFolder, const char* to);
+int __real_renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags);
+int __real_mkdir(const char* path, mode_t mode);
+
+int __wrap_open(const char* path, int flags, ...) {
+    mode_t mode = 0;
+    std::va_list arguments;
+    va_start(arguments, flags);
+    if (MakesFile(flags)) mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    return Fails() ? -1 : __real_open(path, flags, mode);
+}
+
+int __wrap___open_2(const char* path, int flags) { return Fails() ? -1 : __real_open(path, flags, 0); }
+
+int __wrap_openat(int folder, const char* path, int flags, ...) {
+    mode_t mode = 0;
+    std::va_list arguments;
+    va_start(arguments, flags);
+    if (MakesFile(flags)) mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    return Fails() ? -1 : __real_openat(folder, path, flags, mode);
+}
+
+int __wrap___openat_2(int folder, const char* path, int flags) {
+    return Fails() ? -1 : __real_openat(folder, path, flags, 0);
+}
+
+ssize_t __wrap_write(int file, const void* bytes, std::size_t count) {
+    if (Fails()) return -1;
+    return __real_write(file, bytes, ThisThreadsFileCalls().writesHalf && count > 1 ? count / 2 : count);
+}
+
+int __wrap_fsync(int file) { return Fails() ? -1 : __real_fsync(file); }
+
+int __wrap_rename(const char* from, const char* to) { return Fails() ? -1 : __real_rename(from, to); }
+
+int __wrap_renameat(int fromFolder, const char* from, int toFolder, const char* to) {
+    return Fails() ? -1 : __real_renameat(fromFolder, from, toFolder, to);
+}
+
+int __wrap_renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) {
+    return Fails() ? -1 : __real_renameat2(fromFolder, from, toFolder, to, flags);
+}
+
+int __wrap_mkdir(const char* path, mode_t mode) { return Fails() ? -1 : __real_mkdir(path, mode); }
+
+}  // extern "C"
