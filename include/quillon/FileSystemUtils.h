@@ -16,7 +16,9 @@ namespace quillon {
 /// Narrow paths are UTF-8 unless an operation says otherwise, wide ones UTF-16; paths past 260
 /// characters work. Failure is reported by the result (false, 0 or an empty text); where a code
 /// is named below, the system's last error holds it. Nothing is logged and nothing thrown
-/// unless it is said. Entries go to the registered logger. Every operation is thread-safe as
+/// unless it is said. A file whose size the system tells as 0, as those of /proc, is read only if
+/// it ends within 64 MiB (else 8, ERROR_NOT_ENOUGH_MEMORY). Entries go to the registered logger.
+/// Every operation is thread-safe as
 /// far as the file system is: between a test and a change another process may step in.
 ///
 /// @code
@@ -78,9 +80,8 @@ public:
     static std::uint32_t FindFiles(const std::string& pattern, std::vector<std::string>* files);
     static std::uint32_t FindFiles(const wchar_t* pattern, std::vector<std::wstring>* files);
     static std::uint32_t FindFiles(const std::wstring& pattern, std::vector<std::wstring>* files);
-    /// Expands %NAME% references in the pattern, then does the same. The narrow form expands in
-    /// the ANSI code page and so needs a pattern and values in ASCII; the wide form takes any
-    /// text.
+    /// Expands %NAME% references in the pattern, whatever text the values hold, then does the
+    /// same.
     static std::uint32_t FindFilesExpandingEnvVars(const std::string& pattern,
                                                    std::vector<std::string>* files);
     static std::uint32_t FindFilesExpandingEnvVars(const std::wstring& pattern,
@@ -254,6 +255,13 @@ public:
     /// opened gives the empty text and leaves `detected`. A value of `forced` that is no
     /// enumerator gives the empty text and an Error entry.
     static std::string ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced);
+    /// Sets `text` to what ReadFile() returns of a file of at most `mostBytes` bytes, which is as
+    /// much as is read of one that tells a smaller size or none. Returns false, with an empty
+    /// text and the reason in the system's last error, for a larger file (8,
+    /// ERROR_NOT_ENOUGH_MEMORY), one that cannot be read, and a wrong `forced` (87,
+    /// ERROR_INVALID_PARAMETER); `detected` then stays, but for a wrong `forced`.
+    static bool ReadFileLimited(const std::string& path, std::uint64_t mostBytes, std::string& text,
+                                FileEncoding& detected, FileEncoding forced = NOTSET);
     /// Returns what ReadFile() gives for a file of this content, with the encoding that is
     /// detected; touches no file.
     static std::string DecodeContent(std::string content, FileEncoding& detected);

@@ -32,6 +32,9 @@ struct DirectoryEntry {
     bool isLink = false;       ///< symbolic link or junction
 };
 
+/// Returns a path as the system's own functions and other libraries take it: a native path on
+/// Linux, the path itself on Windows.
+std::string SystemPath(const std::string& path);
 std::optional<FileAttributes> AttributesOf(const std::string& path);
 /// `path` in the system's ANSI code page.
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path);
@@ -58,10 +61,13 @@ bool CopyFileOver(const std::string& from, const std::string& to);
 
 /// The content as it is when the file is opened, and whatever size the system
 /// reports; what is appended meanwhile is left out. The file may be open for writing
-/// elsewhere. At most its first `most` bytes. base::kNotEnoughMemory when there is no memory for it.
+/// elsewhere. At most its first `most` bytes. base::kNotEnoughMemory when there is no memory for it,
+/// or when a file that tells no size has more than 64 MiB.
 std::optional<std::string> ReadWholeFile(const std::string& path,
                                          std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
-/// The same, one piece after the other, until `visit` returns false. False when the
+/// The same of a file that has `most` bytes at most; base::kNotEnoughMemory when it has more.
+std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most);
+/// What ReadWholeFile() reads, one piece after the other, until `visit` returns false. False when the
 /// file cannot be opened or read.
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
 enum class WriteMode { Truncate, Append };
