@@ -4,9 +4,9 @@
 
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "sql/SqliteStatement.h"
-#include "system/SystemPath.h"
 
 namespace quillon::agent {
 
@@ -42,7 +42,7 @@ SqliteConnection::SqliteConnection(std::string name) : m_name(std::move(name)) {
 int SqliteConnection::Open(const std::string& libraryPath, int busyMilliseconds) {
     const bool isNew = !FileSystemUtils::Exists(libraryPath);
     sqlite3* handle = nullptr;
-    const int code = sqlite3_open_v2(ToSystemPath(libraryPath).c_str(), &handle, kFlags, nullptr);
+    const int code = sqlite3_open_v2(PathUtils::ToSystemPath(libraryPath).c_str(), &handle, kFlags, nullptr);
     m_handle.reset(handle);
     if (code != SQLITE_OK) {
         LogFailure("open " + libraryPath);

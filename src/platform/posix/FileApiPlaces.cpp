@@ -42,6 +42,11 @@ std::string NumberedName(const std::string& prefix, unsigned number) {
 
 }  // namespace
 
+std::string SystemPath(const std::string& path) {
+    const std::optional<std::string> native = NativePath(path);
+    return native.value_or("");
+}
+
 std::optional<std::string> TemporaryFolder() {
     const char* const chosen = ::secure_getenv("TMPDIR");
     const bool isUsable = chosen != nullptr && chosen[0] == '/' && IsFolder(chosen);

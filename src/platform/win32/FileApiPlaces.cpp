@@ -33,6 +33,8 @@ UINT StartNumber() {
 
 }  // namespace
 
+std::string SystemPath(const std::string& path) { return path; }
+
 std::optional<std::string> TemporaryFolder() {
     PathBuffer folder;
     const DWORD length = ::GetTempPathW(MAX_PATH, folder);
