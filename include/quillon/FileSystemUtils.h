@@ -2,12 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "quillon/Export.h"
+#include "quillon/TimePoint.h"
 
 namespace quillon {
 
@@ -90,6 +92,36 @@ public:
     /// its subdirectories' one after the other. Links to directories are not entered. Returns
     /// false when some directory cannot be listed; the paths found until then stay in `files`.
     static bool GetAllFilesWithin(const std::string& directory, std::vector<std::string>& files);
+    /// Holds one entry that WalkFiles() finds.
+    struct WalkEntry {
+        std::string path;          ///< UTF-8, below the directory as it was given
+        bool isDirectory = false;  ///< also a link to one, which is not entered
+        bool isLink = false;       ///< symbolic link or junction; size and times are its own
+        std::uint64_t size = 0;    ///< bytes of a file as the directory tells them, readable or not
+        TimePoint modified, accessed;
+        TimePoint created;  ///< the epoch where the file system does not tell it
+    };
+    /// Limits WalkFiles(); as it is made, it does not.
+    struct WalkOptions {
+        std::uint32_t deepest = ~std::uint32_t{0};  ///< levels below the directory; 0: its own entries only
+        std::uint64_t mostEntries = ~std::uint64_t{0};
+        bool withDirectories = false;       ///< whether directories and links to them are visited as well
+        std::function<bool()> isCancelled;  ///< asked before each entry, on the caller's thread; may be empty
+    };
+    /// Tells how WalkFiles() ended.
+    enum class WalkEnd : std::int32_t {
+        Complete,   ///< everything within `deepest` was visited that was there
+        Stopped,    ///< the visitor returned false
+        Cancelled,  ///< isCancelled() returned true
+        TooMany,    ///< there are more than mostEntries, of which that many were visited
+        Failed      ///< the directory cannot be listed; the system's last error says why
+    };
+    /// Calls `visit` with each entry below the directory, in the order of GetAllFilesWithin(), a
+    /// directory before what is in it. Sizes and times come from the same pass; one who needs them
+    /// saves a second walk. A subdirectory that vanishes, or cannot be listed, is passed over.
+    /// What the visitor throws reaches the caller.
+    static WalkEnd WalkFiles(const std::string& directory, const WalkOptions& options,
+                             const std::function<bool(const WalkEntry&)>& visit);
     /// Appends the names, not the paths, of the directory's files or subdirectories ("." and
     /// ".." are left out). Returns false when it cannot be listed.
     static bool GetImmediateFilesWithin(const std::string& directory, std::vector<std::string>& names);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/Handle.h"
+#include "quillon/TimePoint.h"
 
 namespace quillon::platform {
 
@@ -30,6 +31,9 @@ struct DirectoryEntry {
     std::string name;          ///< UTF-8, without the folder
     bool isDirectory = false;  ///< also a link to one
     bool isLink = false;       ///< symbolic link or junction
+    // What FolderWalk::List() tells when it is asked to; of a link its own.
+    std::uint64_t size = 0;                 ///< of a file
+    TimePoint modified, accessed, created;  ///< the last is the epoch where it is not told
 };
 
 /// Returns a path as the system's own functions and other libraries take it: a native path on
