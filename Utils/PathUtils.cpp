@@ -201,6 +201,8 @@ std::string PathUtils::HomogeniseSlashesForOs(const std::string& path) { return 
 
 std::wstring PathUtils::HomogeniseSlashesForOs(const std::wstring& path) { return WithBackslashes(path); }
 
+std::string PathUtils::ToSystemPath(const std::string& path) { return platform::SystemPath(path); }
+
 std::string PathUtils::SanitizeTextForFilename(const std::string& text) {
     std::string result = text.substr(0, text.find('\0'));
     for (char& c : result) {

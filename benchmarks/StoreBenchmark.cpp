@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "quillon/FileSystemUtils.h"
+#include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "quillon/StdoutLogger.h"
 #include "sql/SqliteEngine.h"
-#include "system/SystemPath.h"
 
 /// 100,000 rows of six columns into a temporary table and back, beside SQLite's own
 /// calls with one prepared statement and a vector of structs; and what many small
@@ -81,7 +81,9 @@ public:
     Databases(const Databases&) = delete;
     Databases& operator=(const Databases&) = delete;
 
-    std::string FileOf(const std::string& name) const { return agent::ToSystemPath(*m_folder.FileOf(name)); }
+    std::string FileOf(const std::string& name) const {
+        return quillon::PathUtils::ToSystemPath(*m_folder.FileOf(name));
+    }
 
 private:
     StdoutLogger m_logger;

@@ -1,14 +1,19 @@
+#include <limits>
 #include <optional>
 #include <utility>
 
 #include "Utils/internal/TextEncoding.h"
+#include "base/ErrorCodes.h"
 #include "base/Utf.h"
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 
 namespace quillon {
 
 namespace {
+
+constexpr auto kNoLimit = std::numeric_limits<std::uint64_t>::max();
 
 /// The mark decides the byte order; big-endian without one.
 std::string DecodeUtf16(std::string_view bytes) {
@@ -48,19 +53,28 @@ void FileSystemUtils::StripBom(std::string& text) {
 }
 
 std::string FileSystemUtils::ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced) {
+    std::string text;
+    ReadFileLimited(path, kNoLimit, text, detected, forced);
+    return text;
+}
+
+bool FileSystemUtils::ReadFileLimited(const std::string& path, std::uint64_t mostBytes, std::string& text,
+                                      FileEncoding& detected, FileEncoding forced) {
+    text.clear();
     const std::uint64_t size = GetFileSizeInBytes(path);
-    std::optional<std::string> content = platform::ReadWholeFile(path);
-    if (!content) return {};
+    std::optional<std::string> content = platform::ReadFileWithin(path, mostBytes);
+    if (!content) return false;
     detected = DetectEncoding(*content, size);
 
     const FileEncoding effective = forced == NOTSET ? detected : forced;
     if (!IsFileEncoding(effective)) {
         LogUnsupportedEncoding(effective, 2311);
-        return {};
+        platform::SetLastErrorCode(base::kInvalidParameter);
+        return false;
     }
-    std::string text = Decoded(*std::move(content), effective);
+    text = Decoded(*std::move(content), effective);
     if (effective != ANSI) StripBom(text);
-    return text;
+    return true;
 }
 
 std::string FileSystemUtils::DecodeContent(std::string content, FileEncoding& detected) {

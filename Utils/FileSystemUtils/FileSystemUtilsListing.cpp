@@ -83,7 +83,10 @@ std::uint32_t FileSystemUtils::FindFiles(const std::wstring& pattern, std::vecto
 
 std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::string& pattern,
                                                          std::vector<std::string>* files) {
-    return FindFiles(StringUtils::ExpandEnvironmentVariables(pattern), files);
+    if (pattern.find('%') == std::string::npos) return FindFiles(pattern, files);
+    // The narrow expansion works in the ANSI code page, and the pattern is UTF-8.
+    const std::wstring expanded = StringUtils::ExpandEnvironmentVariables(base::ToWide(pattern));
+    return FindFiles(base::ToUtf8(expanded), files);
 }
 
 std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::wstring& pattern,

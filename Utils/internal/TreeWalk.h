@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "platform/FolderWalk.h"
@@ -10,10 +11,30 @@ namespace quillon {
 class ITreeVisitor {
 public:
     virtual ~ITreeVisitor() = default;
+    /// Whether entries come with their sizes and times.
+    virtual platform::FolderWalk::Detail Detail() const { return platform::FolderWalk::Detail::Names; }
     /// `folder` is the path that holds the file, as the walk's was given.
     virtual bool OnFile(platform::FolderWalk& walk, const std::string& folder, const std::string& name) = 0;
+    /// The same with all that is known of the file.
+    virtual bool OnFileEntry(platform::FolderWalk& walk, const std::string& folder,
+                             const platform::DirectoryEntry& entry) {
+        return OnFile(walk, folder, entry.name);
+    }
+    enum class Next { Enter, Skip, End };
+    /// Called before a directory that is no link is entered; `depth` is 0 for those in the start.
+    virtual Next BeforeFolder(const std::string& /*folder*/, const platform::DirectoryEntry&,
+                              std::size_t /*depth*/) {
+        return Next::Enter;
+    }
+    /// Whether the walk goes on without a directory below its start that cannot be listed, or is gone.
+    virtual bool SkipsLostFolders() const { return false; }
     /// Links to directories are not entered.
     virtual bool OnFolderLink(platform::FolderWalk& walk, const std::string& name) = 0;
+    /// The same with all that is known of the link.
+    virtual bool OnFolderLinkEntry(platform::FolderWalk& walk, const std::string& /*folder*/,
+                                   const platform::DirectoryEntry& entry) {
+        return OnFolderLink(walk, entry.name);
+    }
     /// Called when everything in the directory was visited and the walk is back in the one above.
     virtual bool AfterFolder(platform::FolderWalk& walk, const std::string& name) = 0;
 };

@@ -2,12 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "quillon/Export.h"
+#include "quillon/TimePoint.h"
 
 namespace quillon {
 
@@ -19,9 +21,11 @@ namespace quillon {
 /// the result (false, 0 or an empty text). The system's last error then says why, as a Windows code
 /// on both systems: 2 (ERROR_FILE_NOT_FOUND) or 3 (ERROR_PATH_NOT_FOUND) for what is missing, 5
 /// (ERROR_ACCESS_DENIED), 32 (ERROR_SHARING_VIOLATION), 112 (ERROR_DISK_FULL), 123
-/// (ERROR_INVALID_NAME) for a path with a NUL, and the codes that are named below. Nothing is
-/// logged and nothing thrown unless it is said. Entries go to the registered logger. Every operation is
-/// thread-safe as far as the file system is: between a test and a change another process may step in.
+/// (ERROR_INVALID_NAME) for a path with a NUL, and the codes that are named below. A file whose size
+/// the system tells as 0, as those of /proc, is read only if it ends within 64 MiB (else 8,
+/// ERROR_NOT_ENOUGH_MEMORY). Nothing is logged and nothing thrown unless it is said. Entries go to
+/// the registered logger. Every operation is thread-safe as far as the file system is: between a test
+/// and a change another process may step in.
 ///
 /// @code
 /// const std::string directory = FileSystemUtils::GetSystemTempPath() + "logs";
@@ -82,9 +86,8 @@ public:
     static std::uint32_t FindFiles(const std::string& pattern, std::vector<std::string>* files);
     static std::uint32_t FindFiles(const wchar_t* pattern, std::vector<std::wstring>* files);
     static std::uint32_t FindFiles(const std::wstring& pattern, std::vector<std::wstring>* files);
-    /// Expands %NAME% references in the pattern, then does the same. The narrow form expands in
-    /// the ANSI code page and so needs a pattern and values in ASCII; the wide form takes any
-    /// text.
+    /// Expands %NAME% references in the pattern, whatever text the values hold, then does the
+    /// same.
     static std::uint32_t FindFilesExpandingEnvVars(const std::string& pattern,
                                                    std::vector<std::string>* files);
     static std::uint32_t FindFilesExpandingEnvVars(const std::wstring& pattern,
@@ -93,6 +96,36 @@ public:
     /// its subdirectories' one after the other. Links to directories are not entered. Returns
     /// false when some directory cannot be listed; the paths found until then stay in `files`.
     static bool GetAllFilesWithin(const std::string& directory, std::vector<std::string>& files);
+    /// Holds one entry that WalkFiles() finds.
+    struct WalkEntry {
+        std::string path;          ///< UTF-8, below the directory as it was given
+        bool isDirectory = false;  ///< also a link to one, which is not entered
+        bool isLink = false;       ///< symbolic link or junction; size and times are its own
+        std::uint64_t size = 0;    ///< bytes of a file as the directory tells them, readable or not
+        TimePoint modified, accessed;
+        TimePoint created;  ///< the epoch where the file system does not tell it
+    };
+    /// Limits WalkFiles(); as it is made, it does not.
+    struct WalkOptions {
+        std::uint32_t deepest = ~std::uint32_t{0};  ///< levels below the directory; 0: its own entries only
+        std::uint64_t mostEntries = ~std::uint64_t{0};
+        bool withDirectories = false;       ///< whether directories and links to them are visited as well
+        std::function<bool()> isCancelled;  ///< asked before each entry, on the caller's thread; may be empty
+    };
+    /// Tells how WalkFiles() ended.
+    enum class WalkEnd : std::int32_t {
+        Complete,   ///< everything within `deepest` was visited that was there
+        Stopped,    ///< the visitor returned false
+        Cancelled,  ///< isCancelled() returned true
+        TooMany,    ///< there are more than mostEntries, of which that many were visited
+        Failed      ///< the directory cannot be listed; the system's last error says why
+    };
+    /// Calls `visit` with each entry below the directory, in the order of GetAllFilesWithin(), a
+    /// directory before what is in it. Sizes and times come from the same pass; one who needs them
+    /// saves a second walk. A subdirectory that vanishes, or cannot be listed, is passed over.
+    /// What the visitor throws reaches the caller.
+    static WalkEnd WalkFiles(const std::string& directory, const WalkOptions& options,
+                             const std::function<bool(const WalkEntry&)>& visit);
     /// Appends the names, not the paths, of the directory's files or subdirectories ("." and
     /// ".." are left out). Returns false when it cannot be listed.
     static bool GetImmediateFilesWithin(const std::string& directory, std::vector<std::string>& names);
@@ -270,6 +303,13 @@ public:
     /// opened gives the empty text and leaves `detected`. A value of `forced` that is no
     /// enumerator gives the empty text and an Error entry.
     static std::string ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced);
+    /// Sets `text` to what ReadFile() returns of a file of at most `mostBytes` bytes, which is as
+    /// much as is read of one that tells a smaller size or none. Returns false, with an empty
+    /// text and the reason in the system's last error, for a larger file (8,
+    /// ERROR_NOT_ENOUGH_MEMORY), one that cannot be read, and a wrong `forced` (87,
+    /// ERROR_INVALID_PARAMETER); `detected` then stays, but for a wrong `forced`.
+    static bool ReadFileLimited(const std::string& path, std::uint64_t mostBytes, std::string& text,
+                                FileEncoding& detected, FileEncoding forced = NOTSET);
     /// Returns what ReadFile() gives for a file of this content, with the encoding that is
     /// detected; touches no file.
     static std::string DecodeContent(std::string content, FileEncoding& detected);

@@ -64,6 +64,10 @@ public:
     /// Returns a copy with every slash as a backslash, on every system.
     static std::string HomogeniseSlashesForOs(const std::string& path);
     static std::wstring HomogeniseSlashesForOs(const std::wstring& path);
+    /// Returns the path as a library that knows nothing of this one takes it, in UTF-8: on Linux
+    /// "/etc/hosts" for "C:\etc\hosts" in every spelling of it, and a path below /nonexistent for
+    /// what is not on "C:"; on Windows the path itself.
+    static std::string ToSystemPath(const std::string& path);
     /// Returns a copy in which every byte that is no ASCII letter or digit is '_', so one
     /// character beyond ASCII becomes several; the text ends at its first NUL.
     static std::string SanitizeTextForFilename(const std::string& text);

@@ -120,6 +120,15 @@ std::optional<std::uint32_t> FindEntry(const Image& image, std::uint32_t directo
     return std::nullopt;
 }
 
+/// Finds a resource's language as the system does: the neutral one, else US English, else the first.
+std::optional<std::uint32_t> FindLanguage(const Image& image, std::uint32_t directory) {
+    constexpr std::uint32_t kNeutral = 0, kUsEnglish = 0x409;
+    for (const std::uint32_t language : {kNeutral, kUsEnglish}) {
+        if (const auto found = FindEntry(image, directory, language)) return found;
+    }
+    return FindEntry(image, directory, std::nullopt);
+}
+
 /// Where a resource lies in the loaded image.
 struct Place {
     std::uint32_t address = 0;
@@ -127,11 +136,12 @@ struct Place {
 };
 
 std::optional<Place> FindVersionBlock(const Image& image) {
-    auto target = FindEntry(image, 0, kVersionType);
-    for (int level = 1; level < 3; ++level) {  // name, then language
-        if (!target || (*target & kHighBit) == 0) return std::nullopt;
-        target = FindEntry(image, *target & ~kHighBit, std::nullopt);
-    }
+    const auto isDirectory = [](auto entry) { return entry && (*entry & kHighBit) != 0; };
+    const auto names = FindEntry(image, 0, kVersionType);
+    if (!isDirectory(names)) return std::nullopt;
+    const auto languages = FindEntry(image, *names & ~kHighBit, std::nullopt);
+    if (!isDirectory(languages)) return std::nullopt;
+    const auto target = FindLanguage(image, *languages & ~kHighBit);
     if (!target || (*target & kHighBit) != 0) return std::nullopt;
     const auto data = image.At(std::uint64_t{image.Resources()} + *target, 16);
     if (!data) return std::nullopt;

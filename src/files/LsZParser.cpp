@@ -32,6 +32,23 @@ std::optional<LsZNumber> NumberAfter(View line, View beginning, unsigned base = 
     return number.isThere ? std::optional(number) : std::nullopt;
 }
 
+/// Returns the offset that lies `count` UTF-16 units after another one; inside a character when that is
+/// half a pair. What stands for an invalid unit is one.
+std::size_t SkipUnits(View text, std::size_t at, std::size_t count) {
+    for (; count > 0 && at < text.size(); --count) {
+        const auto lead = static_cast<unsigned char>(text[at]);
+        if (lead < 0xC0 || lead > 0xF4) {
+            ++at;
+        } else if (lead < 0xF0) {
+            at += lead < 0xE0 ? 2 : 3;
+        } else {
+            at += count > 1 ? 4 : 1;
+            if (count > 1) --count;
+        }
+    }
+    return at;
+}
+
 /// The number at an offset of the text, 0 when the offset is none or past its end.
 LsZNumber NumberAt(View text, std::size_t at, unsigned base) {
     return at <= text.size() ? LsZNumber::Read(text.substr(at), base) : LsZNumber();
@@ -202,7 +219,7 @@ bool LsZFile::Parser::SplitListLine(View line, FileFromLsZ& entry) const {
 void LsZFile::Parser::SplitFields(View text, const LsZFields& fields, FileFromLsZ& entry) const {
     constexpr std::size_t kHexPrefix = 2;  // skipped, whatever it is
     const auto hexAfterPrefix = [text](std::size_t at) {
-        return at == LsZFields::kNone ? LsZNumber() : NumberAt(text, at + kHexPrefix, 16);
+        return at == LsZFields::kNone ? LsZNumber() : NumberAt(text, SkipUnits(text, at, kHexPrefix), 16);
     };
     const bool isHex = fields.hexLength != LsZFields::kNone;
     entry.length =

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/Handle.h"
+#include "quillon/TimePoint.h"
 
 namespace quillon::platform {
 
@@ -30,6 +31,9 @@ struct DirectoryEntry {
     std::string name;          ///< UTF-8, without the folder
     bool isDirectory = false;  ///< also a link to one
     bool isLink = false;       ///< symbolic link or junction
+    // What FolderWalk::List() tells when it is asked to; of a link its own.
+    std::uint64_t size = 0;                 ///< of a file
+    TimePoint modified, accessed, created;  ///< the last is the epoch where it is not told
 };
 
 /// Tells one file or directory from every other one that exists at the same time.
@@ -44,6 +48,9 @@ struct FileIdentity {
 std::optional<FileIdentity> IdentityOf(const std::string& path);
 /// The path of an existing directory without links on the way and without "." and "..".
 std::optional<std::string> ResolvedFolder(const std::string& path);
+/// Returns a path as the system's own functions and other libraries take it: a native path on
+/// Linux, the path itself on Windows.
+std::string SystemPath(const std::string& path);
 std::optional<FileAttributes> AttributesOf(const std::string& path);
 /// `path` in the system's ANSI code page.
 std::optional<FileAttributes> AttributesOfAnsiPath(const char* path);
@@ -72,10 +79,13 @@ bool CopyFileOver(const std::string& from, const std::string& to);
 
 /// The content as it is when the file is opened, and whatever size the system
 /// reports; what is appended meanwhile is left out. The file may be open for writing
-/// elsewhere. At most its first `most` bytes. base::kNotEnoughMemory when there is no memory for it.
+/// elsewhere. At most its first `most` bytes. base::kNotEnoughMemory when there is no memory for it,
+/// or when a file that tells no size has more than 64 MiB.
 std::optional<std::string> ReadWholeFile(const std::string& path,
                                          std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
-/// The same, one piece after the other, until `visit` returns false. False when the
+/// The same of a file that has `most` bytes at most; base::kNotEnoughMemory when it has more.
+std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most);
+/// What ReadWholeFile() reads, one piece after the other, until `visit` returns false. False when the
 /// file cannot be opened or read.
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
 enum class WriteMode { Truncate, Append };

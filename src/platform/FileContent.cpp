@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -13,24 +14,25 @@ namespace quillon::platform {
 
 namespace {
 
-std::optional<std::string> ReadAll(BoundedReader& reader) {
-    std::string content(reader.Limit() > 0 ? static_cast<std::size_t>(reader.Limit()) : kPieceSize, '\0');
-    std::size_t length = 0;
-    for (;;) {
-        if (length == content.size() && reader.Limit() != length)
-            content.resize(length + kPieceSize + length);
-        const auto count = reader.Read(content.data() + length, content.size() - length);
-        if (!count) return std::nullopt;
-        if (*count == 0) break;
-        length += *count;
-    }
-    content.resize(length);
-    return content;
-}
-
-std::optional<std::string> FailForMemory() {
+std::nullopt_t FailForMemory() {
     SetLastErrorCode(base::kNotEnoughMemory);
     return std::nullopt;
+}
+
+std::optional<std::string> ReadAll(BoundedReader& reader) try {
+    std::string content;
+    content.reserve(static_cast<std::size_t>(reader.Limit()));
+    const PieceBuffer buffer(reader.Limit());
+    for (;;) {
+        const auto piece = buffer.Fill(reader);
+        if (!piece) return std::nullopt;
+        if (piece->empty()) return content;
+        content.append(*piece);
+    }
+} catch (const std::bad_alloc&) {
+    return FailForMemory();
+} catch (const std::length_error&) {
+    return FailForMemory();
 }
 
 }  // namespace
@@ -42,23 +44,36 @@ std::uint64_t BoundedReader::SizeNow() const { return std::min(SizeOfOpenFile(m_
 
 std::optional<std::size_t> BoundedReader::Read(char* buffer, std::size_t size) {
     if (m_limit == 0 && m_done > 0) m_limit = SizeNow();  // it was empty, and grows
-    const std::uint64_t left = m_limit - std::min(m_limit, m_done);
-    if (m_limit > 0) size = static_cast<std::size_t>(std::min<std::uint64_t>(size, left));
+    const bool tellsSize = m_limit > 0;
+    const std::uint64_t end = tellsSize ? m_limit : m_most;
+    size = static_cast<std::size_t>(std::min<std::uint64_t>(size, end - std::min(end, m_done)));
     if (size == 0) return 0;
     const auto count = ReadSome(m_file, buffer, size);
     m_done += count.value_or(0);
+    if (!tellsSize && m_done > kMostWithoutSize) return FailForMemory();
     return count;
+}
+
+PieceBuffer::PieceBuffer(std::uint64_t expected)
+    : m_size(expected == 0 ? kPieceSize
+                           : static_cast<std::size_t>(std::min<std::uint64_t>(expected, kPieceSize))),
+      m_bytes(std::make_unique_for_overwrite<char[]>(m_size)) {}
+
+std::optional<std::string_view> PieceBuffer::Fill(BoundedReader& reader) const {
+    const auto count = reader.Read(m_bytes.get(), m_size);
+    if (!count) return std::nullopt;
+    return std::string_view(m_bytes.get(), *count);
 }
 
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit) {
     const FileHandle file = OpenForReading(path);
     if (!file) return false;
     BoundedReader reader(file);
-    std::string buffer(kPieceSize, '\0');
+    const PieceBuffer buffer(reader.Limit());
     for (;;) {
-        const auto count = reader.Read(buffer.data(), buffer.size());
-        if (!count) return false;
-        if (*count == 0 || !visit(std::string_view(buffer).substr(0, *count))) return true;
+        const auto piece = buffer.Fill(reader);
+        if (!piece) return false;
+        if (piece->empty() || !visit(*piece)) return true;
     }
 }
 
@@ -66,13 +81,17 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t 
     const FileHandle file = OpenForReading(path);
     if (!file) return std::nullopt;
     BoundedReader reader(file, most);
-    try {
-        return ReadAll(reader);
-    } catch (const std::bad_alloc&) {
-        return FailForMemory();
-    } catch (const std::length_error&) {
-        return FailForMemory();
-    }
+    return ReadAll(reader);
+}
+
+std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most) {
+    const FileHandle file = OpenForReading(path);
+    if (!file) return std::nullopt;
+    if (SizeOfOpenFile(file).value_or(0) > most) return FailForMemory();
+    BoundedReader reader(file, most == BoundedReader::kNoLimit ? most : most + 1);
+    auto content = ReadAll(reader);
+    if (content && content->size() > most) return FailForMemory();
+    return content;
 }
 
 }  // namespace quillon::platform

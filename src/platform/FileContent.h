@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,8 +24,12 @@ FileHandle OpenForReading(const std::string& path);
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size);
 bool WriteAll(const FileHandle& file, std::string_view bytes);
 
+/// A file that tells no size may have no end in reach, as "/proc/self/pagemap" has none.
+inline constexpr std::uint64_t kMostWithoutSize = std::uint64_t{64} << 20;
+
 /// Reads what a file holds when it is opened, `most` bytes at most: one that grows faster
-/// than it is read would never end. A file that tells no size is read to its end.
+/// than it is read would never end. A file that tells no size is read to its end, which must
+/// come within kMostWithoutSize bytes: base::kNotEnoughMemory.
 class BoundedReader {
 public:
     static constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
@@ -43,6 +48,19 @@ private:
     std::uint64_t m_most;
     std::uint64_t m_limit;
     std::uint64_t m_done = 0;
+};
+
+/// Memory for one piece of a file at a time.
+class PieceBuffer {
+public:
+    /// `expected` is how much is to be read in all; 0 when it is not known.
+    explicit PieceBuffer(std::uint64_t expected);
+    /// Returns the next piece, which is valid until the next call; empty at the end, nothing on failure.
+    std::optional<std::string_view> Fill(BoundedReader& reader) const;
+
+private:
+    std::size_t m_size;
+    std::unique_ptr<char[]> m_bytes;
 };
 
 }  // namespace quillon::platform

@@ -26,8 +26,11 @@ public:
     FolderWalk& operator=(FolderWalk&&) noexcept;
     ~FolderWalk();
 
-    /// Calls `visit` for all that is in the directory, without "." and "..".
-    bool List(const std::function<void(DirectoryEntry&&)>& visit);
+    enum class Detail { Names, Facts };
+
+    /// Calls `visit` for all that is in the directory, without "." and ".."; Facts tells sizes and times
+    /// as well.
+    bool List(const std::function<void(DirectoryEntry&&)>& visit, Detail detail = Detail::Names);
     /// Returns what SizeOfFile() does; `name` is as it was listed.
     std::optional<std::uint64_t> SizeOf(const std::string& name) const;
     /// Removes a file as platform::RemoveFile() does.

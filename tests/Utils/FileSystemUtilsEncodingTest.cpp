@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "quillon/FileSystemUtils.h"
+#include "quillon/StringUtils.h"
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
 
@@ -157,6 +158,23 @@ TEST_F(FileEncodingRead, FileOfUnknownSizeIsReadWhole) {
     Encoding detected = FS::NOTSET;
     EXPECT_THAT(FS::ReadFile("/proc/self/status", detected, FS::NOTSET), testing::HasSubstr("\nThreads:"));
     EXPECT_EQ(detected, FS::ANSI);
+}
+
+TEST_F(FileEncodingRead, ALimitIsKeptAndTheReasonTold) {
+    std::string text = "old";
+    Encoding detected = kBeyond;
+    const std::string path = dir.Write("file", kLeMark + Le(kUnits));
+    const std::uint64_t size = 2 + 2 * kUnits.size();
+    EXPECT_TRUE(FS::ReadFileLimited(path, size, text, detected));
+    EXPECT_EQ(text, kText);
+    EXPECT_EQ(detected, FS::UTF16LE);
+    detected = kBeyond;
+    EXPECT_FALSE(FS::ReadFileLimited(path, size - 1, text, detected));
+    EXPECT_THAT(StringUtils::GetLastErrorAsString(), testing::StartsWith("(8/"));
+    EXPECT_FALSE(FS::ReadFileLimited(dir.Path("missing"), size, text, detected));
+    EXPECT_THAT(StringUtils::GetLastErrorAsString(), testing::StartsWith("(2/"));
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(detected, kBeyond);
 }
 
 TEST_F(FileEncodingRead, GrowingFileGivesAPrefixOfItsContent) {

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <utility>
 
 #include "support/RecordingLogger.h"
 #include "support/System.h"
@@ -121,6 +123,79 @@ TEST_F(FileSystemUtilsTest, LinksToFoldersAreNotEnteredBelowTheStart) {
     EXPECT_THAT(Listed(FS::GetAllFilesWithin, dir.Path("start")),
                 ElementsAre("kept", dir.Path("start\\a.txt")));
     EXPECT_THAT(Listed(FS::GetImmediateDirectoriesWithin, dir.Path("real")), ElementsAre("kept", "loop"));
+}
+
+/// What a walk visits, as "path size" below the directory, and how it ended.
+std::pair<FS::WalkEnd, Names> Walked(const test::TempDir& dir, const FS::WalkOptions& options,
+                                     const std::function<bool(const FS::WalkEntry&)>& visit = {}) {
+    Names seen;
+    const FS::WalkEnd end = FS::WalkFiles(dir.Path(), options, [&](const FS::WalkEntry& entry) {
+        const std::string name = entry.path.substr(dir.Path().size() + 1);
+        seen.push_back(entry.isDirectory ? name + (entry.isLink ? "@" : "/")
+                                         : name + ' ' + std::to_string(entry.size));
+        return !visit || visit(entry);
+    });
+    return {end, seen};
+}
+
+TEST_F(FileSystemUtilsTest, AWalkTellsSizesAndTimesWithinItsLimits) {
+    dir.Write("a.txt", "1");
+    dir.Write("sub/b.txt", "22");
+    dir.Write("sub/deep/c.txt", "333");
+    const std::chrono::sys_seconds stamp{std::chrono::seconds{981173106}};
+    fs::last_write_time(dir.Native("a.txt"), fs::file_time_type::clock::from_sys(stamp));
+    FS::WalkOptions all;
+    all.withDirectories = true;
+    const auto isStamped = [&](const FS::WalkEntry& entry) {
+        EXPECT_EQ(entry.modified == TimePoint(stamp), entry.path == dir.Path("a.txt")) << entry.path;
+        return true;
+    };
+    EXPECT_THAT(Walked(dir, all, isStamped),
+                testing::Pair(FS::WalkEnd::Complete, ElementsAre("a.txt 1", "sub/", "sub\\b.txt 2",
+                                                                 "sub\\deep/", "sub\\deep\\c.txt 3")));
+    const auto with = [](auto change) {
+        FS::WalkOptions options;
+        change(options);
+        return options;
+    };
+    int asked = 0;
+    const struct {
+        FS::WalkOptions options;
+        FS::WalkEnd end;
+        Names seen;
+    } cases[] = {
+        {{}, FS::WalkEnd::Complete, {"a.txt 1", "sub\\b.txt 2", "sub\\deep\\c.txt 3"}},
+        {with([](auto& o) { o.deepest = 0; }), FS::WalkEnd::Complete, {"a.txt 1"}},
+        {with([](auto& o) { o.deepest = 1; }), FS::WalkEnd::Complete, {"a.txt 1", "sub\\b.txt 2"}},
+        {with([](auto& o) { o.mostEntries = 2; }), FS::WalkEnd::TooMany, {"a.txt 1", "sub\\b.txt 2"}},
+        {with([](auto& o) { o.mostEntries = 3; }),
+         FS::WalkEnd::Complete,
+         {"a.txt 1", "sub\\b.txt 2", "sub\\deep\\c.txt 3"}},
+        {with([&](auto& o) { o.isCancelled = [&] { return ++asked > 2; }; }),
+         FS::WalkEnd::Cancelled,
+         {"a.txt 1"}},
+    };
+    for (const auto& c : cases) EXPECT_THAT(Walked(dir, c.options), testing::Pair(c.end, c.seen));
+    EXPECT_THAT(Walked(dir, {}, [](const FS::WalkEntry&) { return false; }),
+                testing::Pair(FS::WalkEnd::Stopped, ElementsAre("a.txt 1")));
+    EXPECT_EQ(FS::WalkFiles(dir.Path("missing"), {}, [](const FS::WalkEntry&) { return true; }),
+              FS::WalkEnd::Failed);
+}
+
+TEST_F(FileSystemUtilsTest, AWalkGoesOnWithoutWhatVanishes) {
+    if (test::kWindows) GTEST_SKIP() << "a directory that a walk is in stays there";
+    for (const char* name : {"1/a", "2/in/b", "2/in/deep/c", "3/d"}) dir.Write(name, "x");
+    Names seen;
+    const auto end = FS::WalkFiles(dir.Path(), {}, [&](const FS::WalkEntry& entry) {
+        seen.push_back(entry.path.substr(dir.Path().size() + 1));
+        // Of those that are left one goes with the way back from it, and one before it is entered.
+        if (seen.back() == "2\\in\\deep\\c") fs::remove_all(dir.Native("2"));
+        if (seen.size() == 1) fs::remove_all(dir.Native(seen.back() == "1\\a" ? "3" : "1"));
+        return true;
+    });
+    EXPECT_EQ(end, FS::WalkEnd::Complete);
+    EXPECT_EQ(seen.size(), 3u) << testing::PrintToString(seen);
+    EXPECT_THAT(seen, testing::IsSupersetOf({"2\\in\\b", "2\\in\\deep\\c"}));
 }
 
 TEST_F(FileSystemUtilsTest, FindsFilesByTheSystemsWildcards) {

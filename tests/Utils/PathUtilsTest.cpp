@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "support/System.h"
+
 namespace quillon {
 namespace {
 
@@ -88,6 +90,15 @@ TEST(PathUtilsNormalise, IsLexicalAndTheSameOnEverySystem) {
     }
     std::wstring wide = L"C:/\x20AC/../b/";
     EXPECT_EQ(PathUtils::Normalise(wide), L"C:\\b");
+}
+
+TEST(PathUtilsText, TheSystemsPathOfEverySpelling) {
+    const char* const spellings[] = {R"(C:\etc\hosts)", R"(c:\etc/hosts)", R"(\\?\C:\etc\hosts)",
+                                     R"(\etc\hosts)"};
+    for (const std::string path : spellings) {
+        EXPECT_EQ(PathUtils::ToSystemPath(path), test::kWindows ? path : "/etc/hosts") << path;
+    }
+    EXPECT_EQ(PathUtils::ToSystemPath("a.txt"), "a.txt");
 }
 
 TEST(PathUtilsText, IsMadeSafeByteByByte) {

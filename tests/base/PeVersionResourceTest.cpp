@@ -67,6 +67,27 @@ TEST(PeVersionResource, GivesNumbersAndTheTextsOfEveryLanguage) {
     EXPECT_EQ(valueOf("040704e4", "ProductName") + valueOf("040c04b0", "FileVersion"), L"nonenone");
 }
 
+TEST(PeVersionResource, OfSeveralLanguagesOneIsTaken) {
+    const auto blockOf = [](const std::string& product) {
+        const std::string table = test::VersionNode("040904b0", 0, test::VersionText("ProductName", product));
+        return test::VersionBlock(table, Word(0x409) + Word(0x4B0));
+    };
+    const std::pair<std::vector<std::size_t>, std::string> cases[] = {{{0x401, 0x409, 0}, "0"},
+                                                                      {{0x401, 0x409, 0x407}, "1033"},
+                                                                      {{0x401, 0x407}, "1025"},
+                                                                      {{0x407}, "1031"}};
+    for (const auto& [languages, expected] : cases) {
+        std::vector<std::pair<std::size_t, std::string>> blocks;
+        for (const std::size_t language : languages)
+            blocks.emplace_back(language, blockOf(std::to_string(language)));
+        const auto texts = ReadVersion(test::PeFile(blocks)).texts;
+        ASSERT_TRUE(texts);
+        const std::wstring* const product = texts->Find("040904b0", "ProductName");
+        ASSERT_NE(product, nullptr);
+        EXPECT_EQ(product->substr(0, product->size() - 1), std::wstring(expected.begin(), expected.end()));
+    }
+}
+
 TEST(PeVersionResource, FilesThatContradictThemselvesGiveNothing) {
     const std::string good = GoodFile();
     const std::string all = "\xFF\xFF\xFF\xFF";

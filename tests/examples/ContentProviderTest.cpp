@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "host/Host.h"
 #include "quillon/DataTableIO.h"
@@ -158,6 +159,19 @@ TEST_F(ContentTest, WritesThroughNoLink) {
     EXPECT_EQ(dir.Read("to/b"), "beta");
     ASSERT_EQ(std::system(("mkfifo '" + dir.Native("source/pipe").string() + '\'').c_str()), 0);
     EXPECT_THAT(Download(Line("pipe", "")), HasSubstr("not a regular file"));
+}
+
+TEST_F(ContentTest, WhatItMakesBelongsToItsOwner) {
+    if (kWindows) GTEST_SKIP() << "folders inherit their rights there";
+    dir.Write("source/sub/a", "alpha");
+    const ::mode_t before = ::umask(0);
+    EXPECT_THAT(Download(Line("sub\\a", "alpha")), StartsWith("0|"));
+    ::umask(before);
+    const auto modeOf = [&](const char* name) {
+        return std::filesystem::status(dir.Native(name)).permissions();
+    };
+    EXPECT_EQ(modeOf("to"), std::filesystem::perms::owner_all);
+    EXPECT_EQ(modeOf("to/sub"), std::filesystem::perms::owner_all);
 }
 
 TEST_F(ContentTest, DownloadsOneFileOrLeavesNothing) {

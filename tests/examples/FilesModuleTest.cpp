@@ -28,6 +28,10 @@ TEST(FilesModule, FindsFilesTheirTextAndTheirVersions) {
     EXPECT_EQ(run("Read", {wide, "maxSize=19"}), "3|");
     EXPECT_EQ(run("Read", {wide, "encoding=UTF9"}), "2|");
     EXPECT_EQ(run("Read", {"path=" + dir.Path("missing")}), "3|");
+    if (!kWindows) {  // which has no files that tell no size
+        EXPECT_EQ(run("Read", {"path=/proc/self/pagemap", "maxSize=1000"}), "3|");
+        EXPECT_THAT(run("Read", {"path=/proc/self/status"}), testing::StartsWith("0|Encoding,Text\nANSI,"));
+    }
     EXPECT_EQ(run("Find", {"path=" + dir.Path("none*")}), "0|File,Size,Modified\n");
     EXPECT_THAT(run("Find", {"path=" + dir.Path("p*")}),
                 testing::StartsWith("0|File,Size,Modified\nplain.bin,1,2"));

@@ -61,6 +61,13 @@ TEST_F(LsZFileTest, EveryLineIsAnEntryACommentOrSkipped) {
         {done + other, "bad  0 0\nLSZ comment: " + other + wrong},
     };
     for (const auto& [text, told] : cases) EXPECT_EQ(Told(Marked(text)), told) << text;
+    // Two characters are skipped, not bytes; one beyond the BMP is two.
+    EXPECT_EQ(Told(R"("a" ln=1 dt=1 from=)"
+                   "\xC3\xA9\xE2\x82\xAC"
+                   R"(ff to=)"
+                   "\xF0\x9F\x98\x80"
+                   "7f"),
+              "bad  0 0\n0|a|1|1|255|127|0|\nLSZ file '" + dir.Path("list") + "' is not Unicode");
     EXPECT_EQ(Told(Marked("\"") + "\x01\xD8" + Units("\" ln=1 dt=1")),
               "bad  0 0\n0||1|1|0|0|0|\nInvalid wide string for conversion to narrow");
 }

@@ -88,6 +88,35 @@ TEST_F(FileApiTest, WhatDoesNotFitIntoMemoryIsAFailure) {
     EXPECT_EQ(LastError(), 8u);
 }
 
+TEST_F(FileApiTest, AFileIsReadWithinALimit) {
+    const std::string path = dir.Write("file", "12345");
+    EXPECT_EQ(ReadFileWithin(path, 5), "12345");
+    EXPECT_EQ(ReadFileWithin(path, 4), std::nullopt);
+    EXPECT_EQ(LastError(), 8u);
+    EXPECT_EQ(ReadWholeFile(path, 4), "1234");
+    EXPECT_EQ(ReadFileWithin(dir.Write("empty", ""), 0), "");
+}
+
+TEST_F(FileApiTest, AFileThatTellsNoSizeHasToEnd) {
+    const std::string endless = "/proc/self/pagemap", status = "/proc/self/status";
+    if (!fs::exists(endless)) GTEST_SKIP() << "only Linux has files without a size";
+    const auto content = ReadWholeFile(status);
+    ASSERT_TRUE(content);
+    EXPECT_GT(content->size(), 100u);
+    EXPECT_EQ(ReadWholeFile(status, 7), "Name:\t" + content->substr(6, 1));
+    EXPECT_EQ(ReadFileWithin(status, 100), std::nullopt);
+    EXPECT_EQ(LastError(), 8u);
+    SetLastErrorCode(0);
+    EXPECT_EQ(ReadWholeFile(endless), std::nullopt);
+    EXPECT_EQ(LastError(), 8u);
+    std::size_t seen = 0;
+    EXPECT_FALSE(ReadPieces(endless, [&](std::string_view piece) {
+        seen += piece.size();
+        return true;
+    }));
+    EXPECT_EQ(seen, std::size_t{64} << 20);
+}
+
 TEST_F(FileApiTest, PlantedLinksAreNotFollowed) {
     if (test::kWindows) GTEST_SKIP() << "links need a privilege there";
     fs::create_directory(dir.Native("temp"));

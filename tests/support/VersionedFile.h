@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace quillon::test {
 
@@ -51,14 +53,26 @@ inline std::string VersionBlock(const std::string& tables, const std::string& la
 constexpr std::size_t kPeResourceAddress = 0x1000;
 constexpr std::size_t kPeHeaders = 512;
 
-/// A 64-bit PE file of one section that holds a version resource.
-inline std::string PeFile(const std::string& block) {
+/// The resource directories of version blocks, each with its language, and the blocks.
+inline std::string VersionResources(const std::vector<std::pair<std::size_t, std::string>>& blocks) {
     const auto directory = [](std::size_t id, std::size_t target) {
         return std::string(12, '\0') + Word(0) + Word(1) + DoubleWord(id) + DoubleWord(target);
     };
-    const std::string resources = directory(16, 0x80000000U + 24) + directory(1, 0x80000000U + 48) +
-                                  directory(1033, 72) + DoubleWord(kPeResourceAddress + 88) +
-                                  DoubleWord(block.size()) + std::string(8, '\0') + block;
+    std::string entries, places, content;
+    const std::size_t placesAt = 64 + 8 * blocks.size(), contentAt = placesAt + 16 * blocks.size();
+    for (const auto& [language, block] : blocks) {
+        entries += DoubleWord(language) + DoubleWord(placesAt + places.size());
+        places += DoubleWord(kPeResourceAddress + contentAt + content.size()) + DoubleWord(block.size()) +
+                  std::string(8, '\0');
+        content += block;
+    }
+    return directory(16, 0x80000000U + 24) + directory(1, 0x80000000U + 48) + std::string(12, '\0') +
+           Word(0) + Word(blocks.size()) + entries + places + content;
+}
+
+/// A 64-bit PE file of one section that holds version resources.
+inline std::string PeFile(const std::vector<std::pair<std::size_t, std::string>>& blocks) {
+    const std::string resources = VersionResources(blocks);
     std::string optional = Word(0x20B) + std::string(30, '\0') + DoubleWord(0x1000) + DoubleWord(0x200) +
                            std::string(16, '\0') + DoubleWord(0x12000) + DoubleWord(kPeHeaders);
     optional.resize(108);
@@ -73,6 +87,8 @@ inline std::string PeFile(const std::string& block) {
     headers.resize(kPeHeaders);
     return headers + resources;
 }
+
+inline std::string PeFile(const std::string& block) { return PeFile({{1033, block}}); }
 
 inline std::string Patched(std::string file, std::size_t offset, const std::string& bytes) {
     return file.replace(offset, bytes.size(), bytes);

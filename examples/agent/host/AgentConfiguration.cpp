@@ -4,7 +4,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "system/SystemPath.h"
+#include "quillon/PathUtils.h"
 
 namespace quillon::agent {
 
@@ -19,7 +19,7 @@ constexpr std::size_t kLargestFile = 1024 * 1024;
 }
 
 std::string ReadDocument(const std::string& file) {
-    const std::string path = ToSystemPath(file);
+    const std::string path = PathUtils::ToSystemPath(file);
     std::ifstream stream(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary);
     std::string document(kLargestFile + 1, '\0');
     stream.read(document.data(), static_cast<std::streamsize>(document.size()));

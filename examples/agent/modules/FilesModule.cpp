@@ -19,13 +19,14 @@ namespace {
 constexpr long long kDefaultMaxSize = 64 * 1024 * 1024;
 using Encoding = FileSystemUtils::FileEncoding;
 
-/// With its variables expanded; in the working directory when it names none.
+/// With its variables expanded; in the working directory, or a drive's, when it names none.
 std::string ReadPattern(const std::string& text) {
     const std::wstring expanded =
         StringUtils::ExpandEnvironmentVariables(StringUtils::NarrowStringToWide(text));
     const std::string pattern = PathUtils::HomogeniseSlashesForOs(StringUtils::WideStringToNarrow(expanded));
-    const bool isBare = pattern.find_first_of("\\:") == std::string::npos;
-    return isBare ? ".\\" + pattern : pattern;
+    if (pattern.find(PathUtils::PathSep) != std::string::npos) return pattern;
+    const std::size_t name = pattern.rfind(':') + 1;  // 0 when there is none
+    return pattern.substr(0, name) + ".\\" + pattern.substr(name);
 }
 
 /// A row for every file that matches the parameter "path"; none is no failure.
@@ -142,9 +143,13 @@ void ReadText(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddOptionalBinding("maxSize", call.maxSize);
     if (!binder.Bind(result) || !Check(call, result)) return;
     Encoding detected = FileSystemUtils::NOTSET;
-    const std::string text = FileSystemUtils::ReadFile(call.path, detected, call.encoding);
-    if (detected == FileSystemUtils::NOTSET) {
-        Fail(InvocationResult::kSystemFailure, "Cannot read file '" + call.path + '\'', result);
+    std::string text;
+    const auto most = static_cast<std::uint64_t>(call.maxSize);
+    if (!FileSystemUtils::ReadFileLimited(call.path, most, text, detected, call.encoding)) {
+        const std::string reason = StringUtils::GetLastErrorAsString();
+        Fail(InvocationResult::kSystemFailure,
+             "Cannot read file '" + call.path + "' within " + std::to_string(most) + " bytes: " + reason,
+             result);
         return;
     }
     AddText(call, text, detected, result.resultTable);

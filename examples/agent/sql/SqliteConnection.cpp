@@ -4,11 +4,11 @@
 
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 #include "sql/SqliteStatement.h"
 #include "system/PrivateFile.h"
-#include "system/SystemPath.h"
 
 namespace quillon::agent {
 
@@ -74,7 +74,7 @@ int SqliteConnection::Open(const std::string& libraryPath, int busyMilliseconds,
 /// SQLite itself opens a file for reading when it cannot be written.
 int SqliteConnection::OpenForWriting(const std::string& libraryPath) {
     MakePrivateFile(libraryPath);  // the log takes over the file's mode
-    const int code = OpenHandle(ToSystemPath(libraryPath), kWriteFlags);
+    const int code = OpenHandle(PathUtils::ToSystemPath(libraryPath), kWriteFlags);
     if (code != SQLITE_OK) return code;
     return sqlite3_db_readonly(Get(), "main") == 1 ? OpenForReading(libraryPath) : Prepare();
 }
@@ -100,10 +100,10 @@ int SqliteConnection::Prepare() {
 
 /// With its log, when that is there: only without one the file alone is the whole database.
 int SqliteConnection::OpenForReading(const std::string& libraryPath) {
-    int code = OpenHandle(ToSystemPath(libraryPath), kReadFlags);
+    int code = OpenHandle(PathUtils::ToSystemPath(libraryPath), kReadFlags);
     if (code == SQLITE_OK) code = sqlite3_exec(Get(), kReadSchema, nullptr, nullptr, nullptr);
     if (CannotOpen(code) && !FileSystemUtils::Exists(libraryPath + "-wal")) {
-        code = OpenHandle(ToImmutableUri(ToSystemPath(libraryPath)), kReadFlags);
+        code = OpenHandle(ToImmutableUri(PathUtils::ToSystemPath(libraryPath)), kReadFlags);
         if (code == SQLITE_OK) code = sqlite3_exec(Get(), kReadSchema, nullptr, nullptr, nullptr);
     }
     auto* const logger = ServiceLocator::Get<ICLogger>(true);

@@ -1,7 +1,7 @@
 #include "sql/SqliteFileLock.h"
 
+#include "quillon/PathUtils.h"
 #include "system/PrivateFile.h"
-#include "system/SystemPath.h"
 
 namespace quillon::agent {
 
@@ -15,8 +15,8 @@ SqliteFileLock::SqliteFileLock(const std::string& libraryPath) {
     const std::string file = libraryPath + ".lock";
     MakePrivateFile(file);
     sqlite3* handle = nullptr;
-    m_code = sqlite3_open_v2(ToSystemPath(file).c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
-                             nullptr);
+    m_code = sqlite3_open_v2(PathUtils::ToSystemPath(file).c_str(), &handle,
+                             SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     m_handle.reset(handle);
     if (m_code != SQLITE_OK) return;
     sqlite3_busy_timeout(handle, kWaitMilliseconds);

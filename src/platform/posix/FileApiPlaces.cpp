@@ -59,6 +59,11 @@ std::optional<std::string> CreateNumbered(const std::string& folder, const std::
 
 }  // namespace
 
+std::string SystemPath(const std::string& path) {
+    const std::optional<std::string> native = NativePath(path);
+    return native.value_or("/nonexistent");
+}
+
 std::optional<std::string> TemporaryFolder() {
     const char* const chosen = ::secure_getenv("TMPDIR");
     const bool isUsable = chosen != nullptr && chosen[0] == '/' && IsFolder(chosen);

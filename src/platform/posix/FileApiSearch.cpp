@@ -15,7 +15,10 @@
 namespace quillon::platform {
 
 DirectoryEntry ToEntry(int folder, const ::dirent& found) {
-    DirectoryEntry entry{LibraryName(found.d_name), found.d_type == DT_DIR, found.d_type == DT_LNK};
+    DirectoryEntry entry;
+    entry.name = LibraryName(found.d_name);
+    entry.isDirectory = found.d_type == DT_DIR;
+    entry.isLink = found.d_type == DT_LNK;
     if (found.d_type != DT_LNK && found.d_type != DT_UNKNOWN) return entry;
     struct ::stat status {};
     if (found.d_type == DT_UNKNOWN && ::fstatat(folder, found.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {

@@ -15,5 +15,7 @@ using OpenFolder = std::unique_ptr<::DIR, CloseFolder>;
 
 /// Returns the entry that was found in an open directory.
 DirectoryEntry ToEntry(int folder, const ::dirent& found);
+/// Adds size and times; nothing of an entry that is gone.
+void AddFacts(int folder, const char* name, DirectoryEntry& entry);
 
 }  // namespace quillon::platform

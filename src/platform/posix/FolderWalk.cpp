@@ -80,7 +80,7 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
     return FolderWalk(std::move(state));
 }
 
-bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
+bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit, Detail detail) {
     FileHandle copy(::fcntl(m_state->folder.Get(), F_DUPFD_CLOEXEC, 0));
     if (!copy) return FailWithErrno();
     const OpenFolder folder(::fdopendir(copy.Get()));
@@ -89,7 +89,11 @@ bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
     ::rewinddir(folder.get());
     errno = 0;
     while (const ::dirent* const found = ::readdir(folder.get())) {
-        if (!IsDotOrDotDot(found->d_name)) visit(ToEntry(descriptor, *found));
+        if (!IsDotOrDotDot(found->d_name)) {
+            DirectoryEntry entry = ToEntry(descriptor, *found);
+            if (detail == Detail::Facts) AddFacts(descriptor, found->d_name, entry);
+            visit(std::move(entry));
+        }
         errno = 0;
     }
     return errno == 0 || FailWithErrno();

@@ -58,6 +58,8 @@ public:
         std::vector<bool> next(m_reached.size());
         for (std::size_t i = 0; i < m_pattern.size(); ++i) {
             if (!m_reached[i]) continue;
+            // A star that a "?" before it was skipped for may stand for nothing as well.
+            if (IsStar(i)) m_reached[i + 1] = true;
             if (StaysOn(m_pattern[i], isLastDot)) next[i] = true;
             if (PassesOver(m_pattern[i], unit)) next[i + 1] = true;
             // "?" before a dot: a run of them may stand for nothing.

@@ -62,6 +62,8 @@ std::optional<std::string> CreateNumbered(const std::string& folder, const std::
 
 }  // namespace
 
+std::string SystemPath(const std::string& path) { return path; }
+
 std::optional<std::string> TemporaryFolder() {
     PathBuffer folder;
     const DWORD length = ::GetTempPathW(MAX_PATH, folder);

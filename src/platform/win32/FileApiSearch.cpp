@@ -18,9 +18,23 @@ struct SearchTraits {
     }
 };
 
+TimePoint ToTimePoint(const FILETIME& time) {
+    constexpr std::int64_t kTicksFrom1601To1970 = 116'444'736'000'000'000;
+    const auto ticks =
+        static_cast<std::int64_t>(static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
+    return ticks == 0 ? TimePoint() : TimePoint(TimePoint::duration(ticks - kTicksFrom1601To1970));
+}
+
 DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
-    return {base::ToUtf8(found.cFileName), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-            IsLink(found.dwFileAttributes, found.dwReserved0)};
+    const bool isDirectory = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const std::uint64_t size = static_cast<std::uint64_t>(found.nFileSizeHigh) << 32 | found.nFileSizeLow;
+    return {base::ToUtf8(found.cFileName),
+            isDirectory,
+            IsLink(found.dwFileAttributes, found.dwReserved0),
+            isDirectory ? 0 : size,
+            ToTimePoint(found.ftLastWriteTime),
+            ToTimePoint(found.ftLastAccessTime),
+            ToTimePoint(found.ftCreationTime)};
 }
 
 }  // namespace

@@ -128,7 +128,7 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
     return FolderWalk(std::move(state));
 }
 
-bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit) {
+bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit, Detail) {
     const bool found = EnumerateMatches(base::ToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
         if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
         return true;

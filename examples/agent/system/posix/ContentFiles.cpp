@@ -10,13 +10,13 @@
 
 #include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
-#include "system/SystemPath.h"
+#include "quillon/PathUtils.h"
 
 namespace quillon::agent {
 
 namespace {
 
-constexpr mode_t kFolderMode = 0755, kFileMode = 0644;
+constexpr mode_t kFolderMode = 0700, kFileMode = 0644;
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 class Descriptor {
@@ -89,6 +89,14 @@ private:
     bool m_isCommitted = false;
 };
 
+/// Makes a directory and those above it where they are missing, for the agent alone whatever its mask is.
+void MakeFolders(const std::string& path) {
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = path.find('/', end + 1);
+        ::mkdir(path.substr(0, end).c_str(), kFolderMode);
+    }
+}
+
 /// Makes the directory when it is not there; never through a link.
 std::string Descend(Descriptor& folder, const std::string& name) {
     if (::mkdirat(folder.Get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) return LastFault();
@@ -111,7 +119,7 @@ SourceFile::SourceFile() : m_state(std::make_unique<State>()) {}
 SourceFile::~SourceFile() = default;
 
 std::string SourceFile::Open(const std::string& path) {
-    const std::string name = ToSystemPath(path);
+    const std::string name = PathUtils::ToSystemPath(path);
     m_state->file = Descriptor(
         Retried([&] { return ::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     if (!m_state->file.IsOpen()) return LastFault();
@@ -134,8 +142,8 @@ DestinationFolder::DestinationFolder() : m_state(std::make_unique<State>()) {}
 DestinationFolder::~DestinationFolder() = default;
 
 std::string DestinationFolder::Open(const std::string& path) {
-    if (!FileSystemUtils::Exists(path)) FileSystemUtils::MakeDirectory(path);
-    const std::string name = ToSystemPath(path);
+    const std::string name = PathUtils::ToSystemPath(path);
+    if (!FileSystemUtils::Exists(path)) MakeFolders(name);
     m_state->root = Descriptor(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
     return m_state->root.IsOpen() ? std::string() : LastFault();
 }
