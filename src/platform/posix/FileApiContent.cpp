@@ -109,11 +109,4 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
     return CopyContent(reader, writer) && CopyModeAndTime(source, writer) && CloseWritten(std::move(writer));
 }
 
-FileHandle OpenForCapture(const std::string& path) {
-    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW;
-    FileHandle file(::open(NativePath(path).c_str(), flags, kOwnerOnly));
-    if (!file) FailWithErrno();
-    return file;
-}
-
 }  // namespace quillon::platform
