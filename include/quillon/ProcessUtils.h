@@ -54,6 +54,7 @@ public:
         kKilled = -5,          ///< also the exit status that a killed process gets
         kAborted = -6,         ///< the host is shutting down
         kNotLoggedOn = -7,     ///< a user was not logged on; for hosts, the runner never returns it
+        kOutputLost = -8,      ///< the command ended, but not all of its output could be kept
     };
 
     /// Says what to run, and tells how it ended. One record serves one run. The caller's thread
@@ -82,22 +83,38 @@ public:
         // Refinements; the defaults change nothing.
         bool killTree = false;             ///< a kill reaches every descendant
         std::uint64_t maxOutputBytes = 0;  ///< captured output past this ends the command; 0: no limit
-        bool outputTruncated = false;      ///< out: maxOutputBytes was reached
+        bool outputTruncated = false;      ///< out: maxOutputBytes was reached, or output was lost
         std::uint64_t outputBytes = 0;     ///< out: bytes captured
         /// Replaces the caller's whole environment (UTF-8); nothing: it is inherited. A name
         /// that is empty or holds '=', or a text with a NUL, makes the start fail.
         std::optional<std::map<std::string, std::string>> environment;
         /// Is fed to the command's standard input, which then ends; nothing: there is none.
         std::optional<std::string> standardInput;
+        std::uint32_t killGraceMs = 0;         ///< a kill asks first and waits so long; 0: it does not ask
+        std::vector<std::uint32_t> survivors;  ///< out: processes that a kill could not end
+        std::shared_ptr<void> run;             ///< internal
     };
 
     /// Runs a command to its end, its time-out or the host's shutdown, and blocks the caller
-    /// meanwhile; the shutdown monitor is asked at least every 100 ms. Output goes through a
-    /// temporary file, is read whatever its encoding, and loses the white space at its end; the
-    /// table gets one row, or one a line, numbered from 0, and without any row its columns.
+    /// meanwhile. Shutdown is told by the host's IShutdownNotifier, and nothing wakes up meanwhile;
+    /// without one its IShutdownMonitor is asked every 100 ms. Output goes through a pipe. All
+    /// that was written until the command ended counts, whatever its encoding, without the white
+    /// space at its end; what descendants write later is read to nowhere. The table gets one row,
+    /// or one a line, numbered from 0, and without any row its columns.
     ///
     /// Returns the program's exit code or a SpecialCode. A process that is not killed goes on
     /// running. `props` is shared with the worker and must not be null.
+    ///
+    /// With `killTree` the command and its descendants are killed together: a job on Windows; on
+    /// Linux a group of their own and the variable QUILLON_COMMAND, by which those are found that
+    /// have left the group and lost their parents. `maxOutputBytes` prepares the same, because
+    /// its kill always reaches the descendants, who may write too. The variable comes into the
+    /// environment also when `environment` replaces it: of an empty one it is the only variable.
+    /// With `killOnTimeout` the command also ends when the host itself is killed.
+    ///
+    /// On Linux the exit code needs a host that neither ignores SIGCHLD nor waits for children
+    /// that are not its own, or a kernel from 6.15 on; otherwise it is kNotStarted with an Error
+    /// entry.
     ///
     /// Logs the start and the end at Debug, a time-out and a shutdown at Info, too much output
     /// at Warn, and every failure at Error with the system's text, such as "Could not run
@@ -106,8 +123,10 @@ public:
     /// Debug, up to 1,000 bytes.
     static int RunCliCommand(std::shared_ptr<CmdProperties> props);
     /// Ends the process of a run with exit status -5, and with `killTree` its descendants; may
-    /// be called from any thread while the run lasts. Returns false, with an Error entry, when
-    /// it has not started, or cannot be opened or ended; success is an Info entry.
+    /// be called from any thread while the run lasts, and afterwards for a process that goes on.
+    /// Returns false, with an Error entry, when it has not started or has ended, or cannot be
+    /// opened or ended; success is an Info entry, and a Warn entry when descendants are left.
+    /// Properties that were not run, with a `processId` of the caller's, mean that process.
     static bool KillCommandProcess(const std::shared_ptr<CmdProperties>& props);
 
     /// Replaces the result's table by one row (ExitCode -2 and the text "Timed out after N

@@ -111,9 +111,6 @@ bool IsFixedDrive(const std::string& root);
 /// The NT device name of a drive such as "C:".
 std::optional<std::string> DeviceNameOfDrive(const std::string& drive);
 
-/// A new or truncated file for writing that others may read, write and delete; a
-/// child gets it only when it is listed for it.
-FileHandle OpenForCapture(const std::string& path);
 /// Size of an open file.
 std::optional<std::uint64_t> SizeOfOpenFile(const FileHandle& file);
 

@@ -3,9 +3,11 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/Handle.h"
 
@@ -39,54 +41,85 @@ struct ProcessRequest {
     const FileHandle* output = nullptr;  ///< for standard output and error; null: they go nowhere
     const FileHandle* input = nullptr;   ///< for standard input; null: there is none
     bool killableAsTree = false;         ///< prepares for KillScope::Tree
+    /// The system ends the process when the thread that starts it ends (Linux) or this process does
+    /// (Windows), however that happens.
+    bool endsWithUs = false;
+    bool canBeAsked = false;  ///< prepares for a kill that asks first
 };
 
-/// Say what ended a wait; the values are the system's on Windows.
+/// Say what ended a wait; all but kWaitOutput have the system's values on Windows.
 constexpr std::uint32_t kWaitProcess = 0;
 constexpr std::uint32_t kWaitEvent = 1;
+constexpr std::uint32_t kWaitOutput = 2;
 constexpr std::uint32_t kWaitTimeout = 0x102;
 constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
+
+enum class KillScope { Process, Tree };
+enum class KillResult { Killed, NotOpened, NotKilled };
+struct KillRequest {
+    std::int32_t exitStatus = 0;
+    KillScope scope = KillScope::Process;
+    /// How long the process may take to end by itself after it has been asked to (SIGTERM, CTRL_BREAK).
+    std::chrono::milliseconds grace{0};
+};
+struct KillOutcome {
+    KillResult result = KillResult::NotOpened;
+    std::vector<std::uint32_t> survivors;  ///< those of the tree that could not be ended
+};
+
+/// What a process has used; a field is 0 when the system does not tell it.
+struct ProcessUsage {
+    std::chrono::milliseconds cpuTime{0};  ///< on Linux with the descendants that were waited for
+    /// Bytes of memory at the peak; Linux does not tell it for one that has used less than this process.
+    std::uint64_t peakMemory = 0;
+};
+
+class OutputCapture;
 
 /// A process started by this one. It inherits the handles that its request names,
 /// and nothing else; it has no console window and default signal handling. Its
 /// identifier is nobody else's while the object lives. A child that is let go before
-/// its end goes on running and leaves no zombie behind.
+/// its end goes on running and leaves no zombie behind. Several threads may use an object at once.
 class ChildProcess {
 public:
     /// Starts a program. Returns nothing when it cannot be started: base::kFileNotFound when it does not
     /// exist, base::kInvalidDirectory when the working directory does not.
     static std::optional<ChildProcess> Start(const ProcessRequest& request);
 
-    ChildProcess(ChildProcess&& other) noexcept;
+    ChildProcess(ChildProcess&& other) noexcept = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
     ~ChildProcess();
 
     [[nodiscard]] std::uint32_t Id() const { return m_id; }
-    /// Waits for the end of the process or for the event; the process goes first.
-    [[nodiscard]] std::uint32_t Wait(const EventHandle& event,
+    /// Waits for the end of the process, for the event, or for output to read (null: for none); the
+    /// process goes first, then the event.
+    [[nodiscard]] std::uint32_t Wait(const EventHandle& event, OutputCapture* output,
                                      std::optional<std::chrono::milliseconds> limit) const;
-    /// Returns the exit status of a process that has ended: its own, the one KillProcess() ended it with,
-    /// or 128 plus the number of the signal that ended it.
+    [[nodiscard]] bool HasEnded() const;
+    /// Returns the exit status of a process that has ended: its own, the one Kill() ended it with,
+    /// or 128 plus the number of the signal that ended it. Waits for a kill that is under way.
     [[nodiscard]] std::optional<std::int32_t> ExitStatus() const;
+    /// Returns the signal that ended a process that has ended; 0 for none, and always on Windows.
+    [[nodiscard]] int EndingSignal() const;
+    [[nodiscard]] ProcessUsage Usage() const;
+    /// Ends the process. The scope Tree also ends its descendants when it was started so. One that has
+    /// ended already is not killed (base::kAccessDenied). Holds no lock that concerns other children.
+    [[nodiscard]] KillOutcome Kill(const KillRequest& request) const;
+
+    struct State;
 
 private:
-    ChildProcess(std::uint32_t id, ObjectTraits::Type handle) : m_id(id), m_handle(handle) {}
+    ChildProcess(std::uint32_t id, std::shared_ptr<State> state) : m_id(id), m_state(std::move(state)) {}
 
-    std::uint32_t m_id = 0;  // 0 after a move
-    /// Empty on a kernel that has no handles for processes.
-    Handle<ObjectTraits> m_handle;
+    std::uint32_t m_id = 0;
+    std::shared_ptr<State> m_state;  ///< empty after a move
 };
 
-enum class KillScope { Process, Tree };
-enum class KillResult { Killed, NotOpened, NotKilled };
-/// Ends a process with an exit status. The scope Tree also ends its descendants
-/// when it was started so. One that has ended already is not killed (base::kAccessDenied).
-KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scope);
+/// Ends a process by its identifier, whoever started it.
+KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus);
 
 /// A file, open for reading at its start and gone once it is closed, that holds
 /// these bytes; without any, the null device.
 FileHandle MakeInputFile(std::string_view content);
-/// Cuts an open file to at most `size` bytes.
-bool CutOpenFile(const FileHandle& file, std::uint64_t size);
 
 }  // namespace quillon::platform

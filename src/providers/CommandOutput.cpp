@@ -1,12 +1,14 @@
 #include "providers/CommandOutput.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include "platform/FileApi.h"
-#include "platform/ProcessApi.h"
+#include "base/ErrorCodes.h"
+#include "base/Utf.h"
+#include "platform/ErrorText.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ProcessUtils.h"
 #include "quillon/StringUtils.h"
@@ -18,6 +20,13 @@ namespace {
 std::string_view WithoutLineEnd(std::string_view line) {
     const auto last = line.find_last_not_of("\n\f\r");
     return line.substr(0, last == std::string_view::npos ? 0 : last + 1);
+}
+
+/// Removes a character whose end was cut off.
+void TrimCutCharacter(std::string& text) {
+    constexpr std::size_t kLongestCut = 3;
+    const std::size_t invalid = base::FindInvalidUtf8(text);
+    if (invalid != std::string::npos && text.size() - invalid <= kLongestCut) text.resize(invalid);
 }
 
 void AddLineRows(std::string_view text, int exitCode, DataTable& table) {
@@ -38,44 +47,44 @@ void AddLineRows(std::string_view text, int exitCode, DataTable& table) {
 
 }  // namespace
 
-CommandOutput::~CommandOutput() {
-    m_file.Reset();
+void CommandOutput::TakePiece() {
+    const std::optional<std::string_view> piece = m_capture.Read();
+    if (piece) return Keep(*piece);
+    m_fault = platform::LastError();
+    m_capture.Refuse();  // whoever still writes must not wait for ever
+}
+
+void CommandOutput::TakeRest() {
+    const std::uint64_t last = m_total + m_capture.Available();
+    std::uint64_t before = m_total - 1;
+    while (m_total < last && before != m_total) {
+        before = m_total;
+        TakePiece();
+    }
+    // A piece may hold what was written after the end.
+    if (m_total <= last) return;
+    if (m_fault == 0) m_bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(last, m_bytes.size())));
+    m_total = last;
+}
+
+void CommandOutput::Keep(std::string_view piece) {
+    m_total += piece.size();
+    if (m_fault != 0) return;
     try {
-        Erase();
-    } catch (...) {
-        // A logger of the host may throw.
+        if (IsPastLimit()) piece = piece.substr(0, static_cast<std::size_t>(m_limit - m_bytes.size()));
+        m_bytes.append(piece);
+    } catch (const std::exception&) {  // no memory, or no string is as long
+        m_fault = base::kNotEnoughMemory;
     }
 }
 
-bool CommandOutput::Open() {
-    m_path = FileSystemUtils::GetTemporaryFile();
-    if (!m_path.empty()) m_file = platform::OpenForCapture(m_path);
-    return static_cast<bool>(m_file);
-}
-
-std::uint64_t CommandOutput::Size() const { return platform::SizeOfOpenFile(m_file).value_or(0); }
-
-std::uint64_t CommandOutput::Close(std::uint64_t limit) {
-    if (!m_file) return 0;
-    if (limit > 0) platform::CutOpenFile(m_file, limit);
-    m_size = limit > 0 ? std::min(Size(), limit) : Size();
-    m_file.Reset();
-    return m_size;
-}
-
-std::string CommandOutput::Read() const {
-    if (m_size == 0) return {};
-    // A descendant of the command may still be writing: only the bytes that were there at the end count.
-    std::optional<std::string> content = platform::ReadWholeFile(m_path, m_size);
-    if (!content) return {};
+std::string CommandOutput::TakeText() {
     auto encoding = FileSystemUtils::NOTSET;
-    std::string text = FileSystemUtils::DecodeContent(*std::move(content), encoding);
+    std::string text = FileSystemUtils::DecodeContent(std::move(m_bytes), encoding);
+    m_bytes.clear();
+    if (IsPastLimit()) TrimCutCharacter(text);
     StringUtils::RightTrim(text);
     return text;
-}
-
-void CommandOutput::Erase() {
-    if (!m_path.empty()) FileSystemUtils::EraseFile(std::exchange(m_path, {}), false);
 }
 
 void AddOutputRows(std::string text, int exitCode, bool asLines, DataTable& table) {

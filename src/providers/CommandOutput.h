@@ -3,35 +3,44 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/Handle.h"
+#include "platform/OutputCapture.h"
 #include "quillon/DataTable.h"
 
 namespace quillon {
 
-/// The temporary file that a command's output goes to. It is erased with its owner.
+/// Collects what a command writes, up to a limit. Past it, and when there is no memory for more, it reads
+/// on and keeps nothing.
 class CommandOutput {
 public:
-    CommandOutput() = default;
-    CommandOutput(const CommandOutput&) = delete;
-    CommandOutput& operator=(const CommandOutput&) = delete;
-    ~CommandOutput();
+    /// `limit` in bytes; 0: none.
+    explicit CommandOutput(std::uint64_t limit) : m_limit(limit) {}
 
-    /// Creates the file; returns false, with the last error set, when that fails.
-    bool Open();
-    [[nodiscard]] const platform::FileHandle& File() const { return m_file; }
-    /// Bytes written so far.
-    [[nodiscard]] std::uint64_t Size() const;
-    /// Closes the file, cut to `limit` bytes unless that is 0, and returns its size.
-    std::uint64_t Close(std::uint64_t limit);
-    /// The text in UTF-8 of what the file held when it was closed, without trailing
-    /// white space.
-    [[nodiscard]] std::string Read() const;
-    void Erase();
+    /// Makes the pipe; returns false, with the last error set, when that fails.
+    bool Open() { return m_capture.Open(); }
+    [[nodiscard]] platform::OutputCapture& Capture() { return m_capture; }
+
+    /// Takes one piece of what is there.
+    void TakePiece();
+    /// Takes what is there now, and no more: a descendant of the command may write for ever.
+    void TakeRest();
+
+    /// Whether more was written than the limit allows.
+    [[nodiscard]] bool IsPastLimit() const { return m_limit > 0 && m_total > m_limit; }
+    /// The Windows code of what kept output from being kept; 0 when nothing did.
+    [[nodiscard]] std::uint32_t Fault() const { return m_fault; }
+    /// The number of bytes kept.
+    [[nodiscard]] std::uint64_t Size() const { return m_bytes.size(); }
+    /// Returns the text in UTF-8, without trailing white space, and forgets it.
+    std::string TakeText();
 
 private:
-    std::string m_path;
-    platform::FileHandle m_file;
-    std::uint64_t m_size = 0;  // when it was closed
+    void Keep(std::string_view piece);
+
+    platform::OutputCapture m_capture;
+    std::uint64_t m_limit;
+    std::uint64_t m_total = 0;
+    std::uint32_t m_fault = 0;
+    std::string m_bytes;
 };
 
 /// Appends the rows of an output: one with the whole text, or one a line.

@@ -1,6 +1,7 @@
 #include "providers/CommandRun.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <optional>
 #include <system_error>
@@ -8,6 +9,7 @@
 #include "providers/SilentLogger.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/IShutdownMonitor.h"
+#include "quillon/IShutdownNotifier.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -18,8 +20,36 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The caller looks at the shutdown monitor at least this often.
+/// The caller looks at a monitor without a notifier this often.
 constexpr std::chrono::milliseconds kLookInterval{100};
+
+/// Tells a run of the host's shutdown, where the host has a notifier.
+class ShutdownWatch {
+public:
+    explicit ShutdownWatch(const std::shared_ptr<tRunCmdSynch>& synch) {
+        if (m_notifier == nullptr) return;
+        m_registration = m_notifier->OnShutdown([synch] {
+            const std::lock_guard lock(synch->mutex);
+            synch->shutdown = true;
+            synch->changed.notify_all();
+        });
+    }
+    ShutdownWatch(const ShutdownWatch&) = delete;
+    ShutdownWatch& operator=(const ShutdownWatch&) = delete;
+    ~ShutdownWatch() {
+        if (m_notifier != nullptr) m_notifier->ForgetCallback(m_registration);
+    }
+
+    [[nodiscard]] bool MustLook() const { return m_notifier == nullptr && m_monitor != nullptr; }
+    [[nodiscard]] bool IsRequested() const {
+        return m_monitor != nullptr && m_monitor->IsShutdownRequested();
+    }
+
+private:
+    IShutdownMonitor* m_monitor = ServiceLocator::Get<IShutdownMonitor>(true);
+    IShutdownNotifier* m_notifier = ServiceLocator::Get<IShutdownNotifier>(true);
+    std::uint64_t m_registration = 0;
+};
 
 /// Waits, on the caller's thread, for the worker, the deadline and the host's shutdown. The worker shares
 /// m_props and m_synch and never refers to this object: a command that ignores the abort, or that cannot
@@ -37,13 +67,15 @@ private:
 
     int RunWorker(const ThreadStarter& start);
     End Watch();
+    void AwaitChange(bool mustLook);
     std::optional<End> Settle(bool shutdown);
+    bool HasEnded();
     bool Leave(std::thread& worker, End end);
+    bool Kill();
     void LogCompleted();
 
     SharedProperties m_props;
     ICLogger& m_logger;
-    IShutdownMonitor* m_monitor = ServiceLocator::Get<IShutdownMonitor>(true);
     std::shared_ptr<tRunCmdSynch> m_synch;
     std::optional<Clock::time_point> m_deadline;
 };
@@ -57,6 +89,7 @@ int CommandWatch::Run(const ThreadStarter& start) {
         return ProcessUtils::kNotRun;
     }
     m_props->abortEvent = &m_synch->abort;
+    m_props->run = m_synch;
     // The worker may be detached and still use the event: the last owner of m_synch closes it.
     const DestructorFunctor close([this] { m_props->abortEvent = nullptr; });
     try {
@@ -91,36 +124,55 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
     }
     if (!isFinal) return ProcessUtils::kTimedOut;
     const std::lock_guard lock(m_synch->mutex);
+    if (end == End::TimedOut && !m_props->killed) m_props->timedOut = false;  // it ended just in time
     return m_props->resultCode;
 }
 
 CommandWatch::End CommandWatch::Watch() {
+    const ShutdownWatch watch(m_synch);
     for (;;) {
-        {
-            const auto next = Clock::now() + kLookInterval;
-            std::unique_lock lock(m_synch->mutex);
-            m_synch->changed.wait_until(lock, m_deadline ? std::min(*m_deadline, next) : next,
-                                        [this] { return m_synch->completed; });
-        }
-        const bool shutdown = m_monitor != nullptr && m_monitor->IsShutdownRequested();
-        const std::optional<End> end = Settle(shutdown);
-        if (end == End::Aborted) platform::SignalEvent(m_synch->abort);
+        AwaitChange(watch.MustLook());
+        const std::optional<End> end = Settle(watch.IsRequested());
         if (end == End::Completed) LogCompleted();
         if (end) return *end;
     }
 }
 
+/// Returns at the end of the worker, at the shutdown or the deadline, and at the next look if there must be
+/// one.
+void CommandWatch::AwaitChange(bool mustLook) {
+    std::optional<Clock::time_point> limit = m_deadline;
+    if (mustLook) limit = std::min(limit.value_or(Clock::time_point::max()), Clock::now() + kLookInterval);
+    std::unique_lock lock(m_synch->mutex);
+    const auto hasChanged = [this] { return m_synch->completed || m_synch->shutdown; };
+    if (limit) {
+        m_synch->changed.wait_until(lock, *limit, hasChanged);
+    } else {
+        m_synch->changed.wait(lock, hasChanged);
+    }
+}
+
 std::optional<CommandWatch::End> CommandWatch::Settle(bool shutdown) {
+    const bool isLate = m_deadline && Clock::now() >= *m_deadline;
+    const bool hasEnded = isLate && HasEnded();
     const std::lock_guard lock(m_synch->mutex);
-    if (shutdown) {
+    if (shutdown || m_synch->shutdown) {
         m_props->abortedOnShutdown = true;
         return End::Aborted;
     }
     if (m_synch->completed) return End::Completed;
-    if (!m_deadline || Clock::now() < *m_deadline) return std::nullopt;
+    // A command that ended in time is not late because of what its output takes to become rows.
+    if (hasEnded) m_deadline.reset();
+    if (!isLate || hasEnded) return std::nullopt;
     m_props->timedOut = true;
     m_props->resultCode = ProcessUtils::kTimedOut;
     return End::TimedOut;
+}
+
+/// Returns whether the process was started and has ended.
+bool CommandWatch::HasEnded() {
+    const tRunCmdSynch::Process process = m_synch->RunningProcess();
+    return process ? process->HasEnded() : std::atomic_ref(m_props->processId).load() != 0;
 }
 
 void CommandWatch::LogCompleted() {
@@ -138,12 +190,26 @@ bool CommandWatch::Leave(std::thread& worker, End end) {
         m_logger.Info("Command '%s' timed out after %i seconds", m_props->command.c_str(),
                       m_props->timeoutSecs);
     }
-    if (end == End::Completed || (m_props->killOnTimeout && ProcessUtils::KillCommandProcess(m_props))) {
+    if (end == End::Completed || Kill()) {
         worker.join();
         return true;
     }
+    if (end == End::Aborted) platform::SignalEvent(m_synch->abort);
     worker.detach();
     return false;
+}
+
+/// Returns whether the process is certain to end, or has ended. One that is being started ends by the
+/// worker's hand.
+bool CommandWatch::Kill() {
+    bool isStarting = false;
+    {
+        const std::lock_guard lock(m_synch->mutex);
+        m_synch->given = true;
+        isStarting = !m_synch->process && std::atomic_ref(m_props->processId).load() == 0;
+    }
+    if (!m_props->killOnTimeout || isStarting) return false;
+    return HasEnded() || ProcessUtils::KillCommandProcess(m_props) || HasEnded();
 }
 
 }  // namespace

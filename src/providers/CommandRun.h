@@ -12,17 +12,26 @@
 
 namespace quillon {
 
-/// Holds what the caller's thread and the worker of a run share. The later of the two to end destroys it,
-/// and closes the event with it.
+/// Holds what the caller's thread and the worker of a run share. The properties refer to it, so that the
+/// process can be killed as long as they live. The last of the three destroys it, and closes the event with
+/// it.
 struct tRunCmdSynch {
+    using Process = std::shared_ptr<const platform::ChildProcess>;
+
     std::mutex mutex;
     std::condition_variable changed;
-    /// Guarded by the mutex, as are the outcome members of the run's properties.
+    // Guarded by the mutex, as are the outcome members of the run's properties.
     bool completed = false;
+    bool shutdown = false;  ///< the host has said so
+    bool given = false;     ///< the caller has given the run up, perhaps before the process was started
+    Process process;        ///< set by the worker, and taken away when the process has ended
     platform::EventHandle abort;
-    /// The worker sets it. It is kept until nobody can kill the process any more, so that its identifier
-    /// is not given to another process meanwhile.
-    std::optional<platform::ChildProcess> process;
+
+    /// Null before the start and after the end.
+    Process RunningProcess() {
+        const std::lock_guard lock(mutex);
+        return process;
+    }
 };
 
 using SharedProperties = std::shared_ptr<ProcessUtils::CmdProperties>;
@@ -34,6 +43,10 @@ ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props);
 
 /// ProcessUtils::RunCliCommand with a given way to start the worker.
 int RunCommand(const SharedProperties& props, const ThreadStarter& start);
+/// The scope of a kill that the properties ask for.
+platform::KillScope ScopeOf(const ProcessUtils::CmdProperties& props);
+/// ProcessUtils::KillCommandProcess with a scope.
+bool KillCommand(ProcessUtils::CmdProperties& props, platform::KillScope scope);
 
 /// The worker of a run: runs the command to its end or the abort event, fills in
 /// the outcome and sets the completion flag, whatever happens.

@@ -13,8 +13,8 @@ namespace quillon {
 
 namespace {
 
-/// The size of an output that is limited is looked at this often.
-constexpr std::chrono::milliseconds kSizeInterval{25};
+/// Between two attempts to end what writes too much.
+constexpr std::chrono::milliseconds kRetryInterval{100};
 constexpr unsigned long long kLoggedOutput = 1000;
 
 bool IsText(const std::string& text) {
@@ -41,43 +41,39 @@ bool CheckRequest(const ProcessUtils::CmdProperties& props) {
     return valid;
 }
 
-/// Removes a character whose end was cut off.
-void TrimCutCharacter(std::string& text) {
-    constexpr std::size_t kLongestCut = 3;
-    const std::size_t invalid = base::FindInvalidUtf8(text);
-    if (invalid != std::string::npos && text.size() - invalid <= kLongestCut) text.resize(invalid);
-}
-
 /// Runs one command on the worker's thread.
 class CommandWorker {
 public:
     CommandWorker(const SharedProperties& props, tRunCmdSynch& synch)
-        : m_shared(props), m_props(*props), m_logger(LoggerOf(*props)), m_synch(synch) {}
+        : m_props(*props), m_logger(LoggerOf(*props)), m_synch(synch), m_output(props->maxOutputBytes) {}
 
     int Run();
 
 private:
     int Execute();
     std::optional<platform::ChildProcess> Start();
+    bool IsGivenUp();
+    bool Publish(const tRunCmdSynch::Process& process);
     int AwaitEnd(const platform::ChildProcess& process);
     int CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult);
-    void CheckSize();
-    void CollectOutput(int code);
+    void EndFlood();
+    int CollectOutput(int code);
+    int ReportLoss(std::uint32_t reason, int code);
     /// `format` takes the command and the text of the last error.
     void LogFailure(const char* format);
 
-    const SharedProperties& m_shared;
     ProcessUtils::CmdProperties& m_props;
     ICLogger& m_logger;
     tRunCmdSynch& m_synch;
     CommandOutput m_output;
-    bool m_watchesSize = false;
+    bool m_endsFlood = false;  // the output is past its limit, and its kill has not succeeded yet
+    bool m_isFlood = false;
 };
 
 int CommandWorker::Run() {
     m_logger.Debug("Running '%s'", m_props.command.c_str());
-    const int code = Execute();
-    if (m_props.captureOutput) CollectOutput(code);
+    int code = Execute();
+    if (m_props.captureOutput) code = CollectOutput(code);
     if (m_props.outputTable.Empty()) SetOutputColumns(m_props.outputAsLines, m_props.outputTable);
     return code;
 }
@@ -91,15 +87,30 @@ int CommandWorker::Execute() {
         LogFailure("Could not open temporary output file for command '%s' because: %s");
         return ProcessUtils::kNotStarted;
     }
-    if (auto started = Start()) {
-        m_synch.process.emplace(*std::move(started));
-    } else {
+    if (IsGivenUp()) return m_props.abortedOnShutdown ? ProcessUtils::kAborted : ProcessUtils::kTimedOut;
+    auto started = Start();
+    if (!started) {
         LogFailure("Could not run command '%s' because: %s");
         return ProcessUtils::kNotStarted;
     }
-    std::atomic_ref(m_props.processId).store(m_synch.process->Id());
-    m_watchesSize = m_props.captureOutput && m_props.maxOutputBytes > 0;
-    return AwaitEnd(*m_synch.process);
+    const auto process = std::make_shared<const platform::ChildProcess>(*std::move(started));
+    m_output.Capture().CloseChildEnd();
+    if (Publish(process)) KillCommand(m_props, ScopeOf(m_props));
+    return AwaitEnd(*process);
+}
+
+/// Returns whether the caller has left before the start, and would have the process killed.
+bool CommandWorker::IsGivenUp() {
+    const std::lock_guard lock(m_synch.mutex);
+    return m_synch.given && (m_props.killOnTimeout || m_props.abortedOnShutdown);
+}
+
+/// Lets the caller's thread kill the process; returns whether that has left it to the worker.
+bool CommandWorker::Publish(const tRunCmdSynch::Process& process) {
+    const std::lock_guard lock(m_synch.mutex);
+    m_synch.process = process;
+    std::atomic_ref(m_props.processId).store(process->Id());
+    return m_synch.given && m_props.killOnTimeout;
 }
 
 std::optional<platform::ChildProcess> CommandWorker::Start() {
@@ -108,8 +119,10 @@ std::optional<platform::ChildProcess> CommandWorker::Start() {
     request.command = m_props.command;
     request.workingDirectory = base::ToUtf8(m_props.workingDirectory);
     if (m_props.environment) request.environment = &*m_props.environment;
-    if (m_props.captureOutput) request.output = &m_output.File();
-    request.killableAsTree = m_props.killTree;
+    if (m_props.captureOutput) request.output = &m_output.Capture().ChildEnd();
+    request.killableAsTree = m_props.killTree || m_props.maxOutputBytes > 0;
+    request.endsWithUs = m_props.killOnTimeout;
+    request.canBeAsked = m_props.killGraceMs > 0;
     platform::FileHandle input;
     if (m_props.standardInput) {
         input = platform::MakeInputFile(*m_props.standardInput);
@@ -120,11 +133,16 @@ std::optional<platform::ChildProcess> CommandWorker::Start() {
 }
 
 int CommandWorker::AwaitEnd(const platform::ChildProcess& process) {
+    platform::OutputCapture* const capture = m_props.captureOutput ? &m_output.Capture() : nullptr;
     for (;;) {
-        const std::optional limit = m_watchesSize ? std::optional(kSizeInterval) : std::nullopt;
-        const std::uint32_t result = process.Wait(m_synch.abort, limit);
-        if (result != platform::kWaitTimeout || !m_watchesSize) return CodeOf(process, result);
-        CheckSize();
+        const std::optional limit = m_endsFlood ? std::optional(kRetryInterval) : std::nullopt;
+        const std::uint32_t result = process.Wait(m_synch.abort, capture, limit);
+        if (result == platform::kWaitOutput) {
+            m_output.TakePiece();
+        } else if (result != platform::kWaitTimeout || !m_endsFlood) {
+            return CodeOf(process, result);
+        }
+        if (m_output.IsPastLimit()) EndFlood();
     }
 }
 
@@ -133,6 +151,8 @@ int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t w
         case platform::kWaitProcess: {
             const std::optional<std::int32_t> status = process.ExitStatus();
             if (!status) LogFailure("Could not get exit code of '%s' because: %s");
+            const std::lock_guard lock(m_synch.mutex);
+            m_synch.process.reset();  // nobody can kill it any more
             return status.value_or(ProcessUtils::kNotStarted);
         }
         case platform::kWaitEvent:
@@ -147,25 +167,42 @@ int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t w
     }
 }
 
-/// Ends a command that has written too much. A kill that fails is not tried again.
-void CommandWorker::CheckSize() {
-    if (m_output.Size() <= m_props.maxOutputBytes) return;
-    m_watchesSize = false;
-    m_logger.Warn("Command '%s' has written more than %llu bytes", m_props.command.c_str(),
-                  static_cast<unsigned long long>(m_props.maxOutputBytes));
-    ProcessUtils::KillCommandProcess(m_shared);
+/// Ends a command that has written too much, and all that it started. A kill that fails is tried again.
+void CommandWorker::EndFlood() {
+    if (m_isFlood && !m_endsFlood) return;
+    if (!m_isFlood) {
+        m_logger.Warn("Command '%s' has written more than %llu bytes", m_props.command.c_str(),
+                      static_cast<unsigned long long>(m_props.maxOutputBytes));
+    }
+    m_isFlood = true;
+    const tRunCmdSynch::Process process = m_synch.RunningProcess();
+    m_endsFlood = !process->HasEnded() && !KillCommand(m_props, platform::KillScope::Tree);
+    m_output.Capture().Refuse();
 }
 
-void CommandWorker::CollectOutput(int code) {
-    const std::uint64_t limit = m_props.maxOutputBytes;
-    m_props.outputTruncated = limit > 0 && m_output.Size() > limit;
-    m_props.outputBytes = m_output.Close(limit);
-    std::string text = m_output.Read();
-    if (m_props.outputTruncated) TrimCutCharacter(text);
-    const std::string logged = code == 0 ? std::string() : StringUtils::Truncate(text, kLoggedOutput);
-    AddOutputRows(std::move(text), code, m_props.outputAsLines, m_props.outputTable);
-    m_output.Erase();
+int CommandWorker::CollectOutput(int code) {
+    m_output.TakeRest();
+    m_props.outputBytes = m_output.Size();
+    m_props.outputTruncated = m_output.IsPastLimit();
+    if (m_output.Fault() != 0) code = ReportLoss(m_output.Fault(), code);
+    std::string logged;
+    try {
+        std::string text = m_output.TakeText();
+        if (code != 0) logged = StringUtils::Truncate(text, kLoggedOutput);
+        AddOutputRows(std::move(text), code, m_props.outputAsLines, m_props.outputTable);
+    } catch (const std::exception&) {  // no memory, or no string is as long
+        code = ReportLoss(base::kNotEnoughMemory, code);
+    }
     if (code != 0) m_logger.Debug("Output from command: '%s'", logged.c_str());
+    return code;
+}
+
+/// Returns the code of a command whose output is not complete.
+int CommandWorker::ReportLoss(std::uint32_t reason, int code) {
+    m_props.outputTruncated = true;
+    platform::SetLastErrorCode(reason);
+    LogFailure("Could not keep the output of command '%s' because: %s");
+    return code == 0 ? ProcessUtils::kOutputLost : code;
 }
 
 /// A logger of the host may throw as well.

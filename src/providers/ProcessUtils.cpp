@@ -1,9 +1,7 @@
 #include "quillon/ProcessUtils.h"
 
-#include <atomic>
 #include <utility>
 
-#include "platform/ProcessApi.h"
 #include "providers/CommandRun.h"
 #include "quillon/StringUtils.h"
 
@@ -54,29 +52,7 @@ int ProcessUtils::RunCliCommand(std::shared_ptr<CmdProperties> props) {
 }
 
 bool ProcessUtils::KillCommandProcess(const std::shared_ptr<CmdProperties>& props) {
-    ICLogger& logger = LoggerOf(*props);
-    const unsigned long id = std::atomic_ref(props->processId).load();
-    if (id == 0) {
-        logger.Error("Internal error: no PID for command process to be killed");
-        return false;
-    }
-    logger.Debug("About to attempt to kill command process with PID %lu", id);
-    const auto scope = props->killTree ? platform::KillScope::Tree : platform::KillScope::Process;
-    const auto result = platform::KillProcess(static_cast<std::uint32_t>(id), kKilled, scope);
-    if (result == platform::KillResult::NotOpened) {
-        logger.Error("Could not open command process with PID %lu for killing because: %s", id,
-                     StringUtils::GetLastErrorAsString().c_str());
-        return false;
-    }
-    const bool killed = result == platform::KillResult::Killed;
-    std::atomic_ref(props->killed).store(killed);
-    if (killed) {
-        logger.Info("Killed command process with PID %lu", id);
-    } else {
-        logger.Error("Could not kill command process with PID %lu because: %s", id,
-                     StringUtils::GetLastErrorAsString().c_str());
-    }
-    return killed;
+    return KillCommand(*props, ScopeOf(*props));
 }
 
 void ProcessUtils::SetCliTimedOutInvocationResult(int timeoutSecs, InvocationResult& result) {

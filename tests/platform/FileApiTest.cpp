@@ -134,16 +134,6 @@ TEST_F(FileApiTest, PlantedLinksAreNotFollowed) {
         EXPECT_EQ(status.permissions(), fs::perms::owner_read | fs::perms::owner_write);
     }
     EXPECT_FALSE(dir.Exists("victim"));
-    EXPECT_FALSE(OpenForCapture(dir.Path("temp\\vnt0000.tmp")));
-}
-
-TEST_F(FileApiTest, CaptureTruncatesAndTellsItsSize) {
-    const std::string path = dir.Write("out", "old content");
-    const FileHandle file = OpenForCapture(path);
-    ASSERT_TRUE(file);
-    EXPECT_EQ(SizeOfOpenFile(file), 0u);
-    std::ofstream(dir.Native("out"), std::ios::app) << "12345";
-    EXPECT_EQ(SizeOfOpenFile(file), 5u);
 }
 
 TEST_F(FolderWalkMoves, OneFolderAtATimeAndNeverThroughALink) {

@@ -31,17 +31,16 @@ TEST(ProcessApi, WaitsForTheProcessTheEventOrTheLimit) {
     auto child = ChildProcess::Start(
         RequestOf(ChildCommand("await", {dir.Native("started").string(), dir.Native("go").string()})));
     ASSERT_TRUE(child);
-    EXPECT_EQ(child->Wait(event, milliseconds(1)), platform::kWaitTimeout);
+    EXPECT_EQ(child->Wait(event, nullptr, milliseconds(1)), platform::kWaitTimeout);
     ASSERT_TRUE(platform::SignalEvent(event));
-    EXPECT_EQ(child->Wait(event, std::nullopt), platform::kWaitEvent);
-    EXPECT_EQ(child->Wait(event, milliseconds(0)), platform::kWaitTimeout);  // reset by the wait
+    EXPECT_EQ(child->Wait(event, nullptr, std::nullopt), platform::kWaitEvent);
+    EXPECT_EQ(child->Wait(event, nullptr, milliseconds(0)), platform::kWaitTimeout);  // reset by the wait
     dir.Write("go", "");
-    EXPECT_EQ(child->Wait(event, std::nullopt), platform::kWaitProcess);
+    EXPECT_EQ(child->Wait(event, nullptr, std::nullopt), platform::kWaitProcess);
     ASSERT_TRUE(platform::SignalEvent(event));
-    EXPECT_EQ(child->Wait(event, std::nullopt), platform::kWaitProcess);
+    EXPECT_EQ(child->Wait(event, nullptr, std::nullopt), platform::kWaitProcess);
     if (!kWindows) {  // refused on Windows too, but not by the emulator
-        EXPECT_EQ(platform::KillProcess(child->Id(), -5, platform::KillScope::Process),
-                  platform::KillResult::NotKilled);
+        EXPECT_EQ(child->Kill({.exitStatus = -5}).result, platform::KillResult::NotKilled);
         EXPECT_EQ(platform::LastError(), 5u);
     }
     EXPECT_EQ(child->ExitStatus(), 7);
@@ -59,7 +58,7 @@ TEST(ProcessApi, SaysWhyAProgramCannotBeStarted) {
 TEST(ProcessApi, KillsNoGroupsAndNobodyUnknown) {
     for (const std::uint32_t id : {0u, 0xFFFFFFFFu, 0x80000000u}) {
         SCOPED_TRACE(id);
-        EXPECT_EQ(platform::KillProcess(id, -5, platform::KillScope::Tree), platform::KillResult::NotOpened);
+        EXPECT_EQ(platform::KillProcess(id, -5), platform::KillResult::NotOpened);
         EXPECT_EQ(platform::LastError(), 87u);
     }
 }

@@ -3,38 +3,59 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <vector>
+
+#include "platform/ProcessApi.h"
 
 namespace quillon::platform {
 
-/// Holds the children that have not been reaped. An identifier in the table cannot belong to another
-/// process: a child is reaped and leaves the table under one hold of the lock.
-struct ChildTable {
-    struct Child {
-        /// "NAME=value" in the environment of its tree; empty: it is not killed as one.
-        std::string treeMark;
-        bool letGo = false;                      ///< nobody waits for it
-        std::optional<std::int32_t> killedWith;  ///< the status that KillProcess gave it
-    };
+/// A child that has not been reaped. The last owner reaps it, so its identifier belongs to no other process
+/// while somebody has a reference.
+struct ChildProcess::State {
+    State(pid_t child, int processDescriptor, std::string mark);
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State();
 
-    std::mutex mutex;
-    std::unordered_map<pid_t, Child> children;
+    const pid_t id;
+    /// Empty on a kernel that has no handles for processes.
+    const Handle<ObjectTraits> descriptor;
+    /// In the environment of its tree; empty: it is not killed as one.
+    const std::string treeMark;
+    /// Kibibytes that this process had used at most at the start. The kernel counts them as the child's.
+    const long parentPeak;
+
+    std::mutex mutex;                        ///< held by a kill from its beginning to its end
+    std::optional<std::int32_t> killedWith;  ///< the status that the kill gave it
+};
+
+/// Finds the children by their identifiers, and holds those that nobody waits for.
+struct ChildTable {
+    std::mutex mutex;  ///< never held during a kill
+    std::unordered_map<pid_t, std::weak_ptr<ChildProcess::State>> children;
+    std::vector<std::shared_ptr<ChildProcess::State>> letGo;
 };
 
 /// Never destroyed: a detached thread may outlive the static objects.
 ChildTable& Children();
 /// Returns whether a child has ended, reaped or not.
-bool HasChildEnded(pid_t child);
-/// Kills a child that leads its group, and its descendants: the members of the
-/// group, the children of all these, and whoever has the mark in its environment.
-/// The caller keeps the child from being reaped.
-bool KillTree(pid_t leader, const std::string& mark);
+bool HasEnded(const ChildProcess::State& child);
+/// Ends a child in a way that descendants cannot avoid, see ChildProcess::Kill(). False when it cannot be
+/// ended; the caller keeps the child from being reaped.
+bool KillTree(const ChildProcess::State& leader, std::vector<std::uint32_t>& survivors);
+/// Sends a signal to a child, or to all its descendants that can be found at one look.
+void SignalChild(const ChildProcess::State& child, int number);
+void SignalTree(const ChildProcess::State& leader, int number);
 /// Returns whether a process exists and has not ended.
 bool IsAlive(pid_t process);
 /// A handle that can be polled for the end of a process; -1 when there is none.
 int OpenProcessDescriptor(pid_t process);
+/// Sends a signal through a handle, or to the identifier when the handle is -1.
+bool SendSignal(int descriptor, pid_t process, int number);
 
 }  // namespace quillon::platform

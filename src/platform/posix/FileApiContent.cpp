@@ -74,12 +74,6 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
     return file && WriteAll(file, head) && WriteAll(file, body) && CloseWritten(std::move(file));
 }
 
-FileHandle OpenForCapture(const std::string& path) {
-    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW;
-    const auto native = NativePath(path);
-    FileHandle file(native ? ::open(native->c_str(), flags, kOwnerOnly) : -1);
-    if (!file) FailWithErrno();
-    return file;
 }
 
 }  // namespace quillon::platform

@@ -5,7 +5,6 @@
 #include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,6 +15,8 @@
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileContent.h"
+#include "platform/posix/CaptureState.h"
+#include "platform/posix/ChildEnd.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
 
@@ -30,6 +31,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLookInterval{10};
 
 int PollTimeout(std::optional<Clock::time_point> deadline, bool canPoll) {
+    if (!deadline && canPoll) return -1;
     auto timeout = canPoll ? milliseconds(std::numeric_limits<int>::max()) : kLookInterval;
     if (deadline) {
         const auto left = std::chrono::ceil<milliseconds>(*deadline - Clock::now());
@@ -38,25 +40,37 @@ int PollTimeout(std::optional<Clock::time_point> deadline, bool canPoll) {
     return static_cast<int>(timeout.count());
 }
 
+long OwnPeak() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
 /// Resets a signalled event; false when another wait was faster.
 bool Consume(int event) {
     std::uint64_t count = 0;
     return ::read(event, &count, sizeof count) == sizeof count;
 }
 
-std::int32_t StatusOfEnd(const siginfo_t& end, const std::optional<std::int32_t>& killedWith) {
-    if (end.si_code == CLD_EXITED) return end.si_status;
-    return end.si_status == SIGKILL && killedWith ? *killedWith : 128 + end.si_status;
+std::int32_t StatusOf(const ChildEnd& end, const std::optional<std::int32_t>& killedWith) {
+    if (end.signal == 0) return end.status;
+    return killedWith && (end.signal == SIGKILL || end.signal == SIGTERM) ? *killedWith : 128 + end.signal;
 }
 
 /// The children that were let go and have ended since.
 void ReapLetGo(ChildTable& table) {
-    std::erase_if(table.children, [](const auto& entry) {
-        siginfo_t end{};
-        return entry.second.letGo &&
-               (::waitid(P_PID, static_cast<id_t>(entry.first), &end, WEXITED | WNOHANG) != 0 ||
-                end.si_pid != 0);
+    std::erase_if(table.letGo, [&table](const auto& child) {
+        if (child.use_count() > 1 || !HasEnded(*child)) return false;
+        table.children.erase(child->id);
+        return true;
     });
+}
+
+std::shared_ptr<ChildProcess::State> FindChild(pid_t process) {
+    ChildTable& table = Children();
+    const std::lock_guard lock(table.mutex);
+    const auto child = table.children.find(process);
+    return child == table.children.end() ? nullptr : child->second.lock();
 }
 
 KillResult KillStranger(pid_t process) {
@@ -67,6 +81,38 @@ KillResult KillStranger(pid_t process) {
     if (::kill(process, SIGKILL) == 0) return KillResult::Killed;
     FailWithErrno();
     return KillResult::NotOpened;
+}
+
+/// Asks the child, and its tree, to end, and gives them the time to do so.
+void AskToEnd(const ChildProcess::State& child, const KillRequest& request) {
+    if (request.scope == KillScope::Tree && !child.treeMark.empty()) {
+        SignalTree(child, SIGTERM);
+    } else {
+        SignalChild(child, SIGTERM);
+    }
+    const Clock::time_point deadline = Clock::now() + request.grace;
+    while (!HasEnded(child) && Clock::now() < deadline) {
+        pollfd waited{child.descriptor.Get(), POLLIN, 0};
+        ::poll(&waited, 1, PollTimeout(deadline, static_cast<bool>(child.descriptor)));
+    }
+}
+
+KillOutcome KillChild(ChildProcess::State& child, const KillRequest& request) {
+    const std::lock_guard lock(child.mutex);
+    if (child.killedWith || HasEnded(child)) {
+        SetLastErrorCode(base::kAccessDenied);
+        return {KillResult::NotKilled, {}};
+    }
+    child.killedWith = request.exitStatus;
+    if (request.grace > milliseconds(0)) AskToEnd(child, request);
+    KillOutcome outcome{KillResult::Killed, {}};
+    const bool isTree = request.scope == KillScope::Tree && !child.treeMark.empty();
+    const bool isKilled = isTree ? KillTree(child, outcome.survivors)
+                                 : HasEnded(child) || SendSignal(child.descriptor.Get(), child.id, SIGKILL);
+    if (isKilled) return outcome;
+    child.killedWith.reset();
+    outcome.result = KillResult::NotKilled;
+    return outcome;
 }
 
 }  // namespace
@@ -93,69 +139,92 @@ ChildTable& Children() {
     return table;
 }
 
-bool HasChildEnded(pid_t child) {
-    siginfo_t end{};
-    return ::waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOHANG | WNOWAIT) != 0 ||
-           end.si_pid != 0;
+ChildProcess::State::State(pid_t child, int processDescriptor, std::string mark)
+    : id(child), descriptor(processDescriptor), treeMark(std::move(mark)), parentPeak(OwnPeak()) {}
+
+ChildProcess::State::~State() {
+    ChildEnd end;
+    AwaitChild(*this, true, false, end);
+}
+
+bool HasEnded(const ChildProcess::State& child) {
+    ChildEnd end;
+    return AwaitChild(child, false, false, end) != EAGAIN;
 }
 
 int OpenProcessDescriptor(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); }
 
+bool SendSignal(int descriptor, pid_t process, int number) {
+    if (descriptor < 0) return ::kill(process, number) == 0 || FailWithErrno();
+    return ::syscall(SYS_pidfd_send_signal, descriptor, number, nullptr, 0) == 0 || FailWithErrno();
+}
+
 ChildProcess::~ChildProcess() {
-    if (m_id == 0) return;
+    if (!m_state) return;
     ChildTable& table = Children();
     const std::lock_guard lock(table.mutex);
-    const auto child = table.children.find(static_cast<pid_t>(m_id));
-    if (child != table.children.end()) child->second.letGo = true;
+    table.letGo.push_back(std::move(m_state));
     ReapLetGo(table);
 }
 
-std::uint32_t ChildProcess::Wait(const EventHandle& event, std::optional<milliseconds> limit) const {
+std::uint32_t ChildProcess::Wait(const EventHandle& event, OutputCapture* output,
+                                 std::optional<milliseconds> limit) const {
     std::optional<Clock::time_point> deadline;
     if (limit) deadline = Clock::now() + *limit;
+    const bool canPoll = static_cast<bool>(m_state->descriptor);
+    const int reader = output == nullptr || output->HasEnded() ? -1 : output->Internals().reader.Get();
     for (;;) {
-        pollfd waited[] = {{m_handle.Get(), POLLIN, 0}, {event.Get(), POLLIN, 0}};
-        if (::poll(waited, 2, PollTimeout(deadline, static_cast<bool>(m_handle))) < 0 && errno != EINTR) {
+        pollfd waited[] = {
+            {m_state->descriptor.Get(), POLLIN, 0}, {event.Get(), POLLIN, 0}, {reader, POLLIN, 0}};
+        if (::poll(waited, 3, PollTimeout(deadline, canPoll)) < 0 && errno != EINTR) {
             FailWithErrno();
             return kWaitFailed;
         }
-        if (m_handle ? waited[0].revents != 0 : HasChildEnded(static_cast<pid_t>(m_id))) return kWaitProcess;
+        if (canPoll ? waited[0].revents != 0 : HasEnded()) return kWaitProcess;
         if (waited[1].revents != 0 && Consume(event.Get())) return kWaitEvent;
+        if (waited[2].revents != 0) return kWaitOutput;
         if (deadline && Clock::now() >= *deadline) return kWaitTimeout;
     }
 }
 
+bool ChildProcess::HasEnded() const { return platform::HasEnded(*m_state); }
+
 std::optional<std::int32_t> ChildProcess::ExitStatus() const {
-    ChildTable& table = Children();
-    const std::lock_guard lock(table.mutex);
-    siginfo_t end{};
-    int result = -1;
-    do {
-        result = ::waitid(P_PID, static_cast<id_t>(m_id), &end, WEXITED | WNOWAIT);
-    } while (result != 0 && errno == EINTR);
-    if (result == 0) return StatusOfEnd(end, table.children.at(static_cast<pid_t>(m_id)).killedWith);
+    const std::lock_guard lock(m_state->mutex);
+    const std::optional<ChildEnd> end = ReadChildEnd(*m_state);
+    if (end) return StatusOf(*end, m_state->killedWith);
     FailWithErrno();
     return std::nullopt;
 }
 
-KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scope) {
-    // 0 and negative identifiers mean whole groups to the system.
+int ChildProcess::EndingSignal() const {
+    const std::optional<ChildEnd> end = ReadChildEnd(*m_state);
+    return end ? end->signal : 0;
+}
+
+ProcessUsage ChildProcess::Usage() const {
+    const auto end = ReadChildEnd(*m_state);
+    if (!end) return {};
+    const auto timeOf = [](const timeval& time) {
+        return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+    };
+    constexpr std::uint64_t kKibibyte = 1024;
+    ProcessUsage usage;
+    usage.cpuTime =
+        std::chrono::ceil<milliseconds>(timeOf(end->usage.ru_utime) + timeOf(end->usage.ru_stime));
+    if (end->usage.ru_maxrss > m_state->parentPeak)
+        usage.peakMemory = static_cast<std::uint64_t>(end->usage.ru_maxrss) * kKibibyte;
+    return usage;
+}
+
+KillOutcome ChildProcess::Kill(const KillRequest& request) const { return KillChild(*m_state, request); }
+
+KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus) {
+    // Other values of the system's type mean groups of processes.
     const pid_t process = id <= std::numeric_limits<pid_t>::max() ? static_cast<pid_t>(id) : 0;
-    ChildTable& table = Children();
-    const std::lock_guard lock(table.mutex);
-    const auto child = table.children.find(process);
-    if (child == table.children.end()) return KillStranger(process);
-    if (child->second.killedWith || HasChildEnded(process)) {
-        SetLastErrorCode(base::kAccessDenied);
-        return KillResult::NotKilled;
-    }
-    const bool tree = scope == KillScope::Tree && !child->second.treeMark.empty();
-    if (!(tree ? KillTree(process, child->second.treeMark)
-               : ::kill(process, SIGKILL) == 0 || FailWithErrno())) {
-        return KillResult::NotKilled;
-    }
-    child->second.killedWith = exitStatus;
-    return KillResult::Killed;
+    const auto child = FindChild(process);
+    if (!child) return KillStranger(process);
+    return KillChild(*child, {exitStatus, KillScope::Process, milliseconds(0)}).result;
 }
 
 FileHandle MakeInputFile(std::string_view content) {
@@ -167,12 +236,6 @@ FileHandle MakeInputFile(std::string_view content) {
     if (::lseek(file.Get(), 0, SEEK_SET) == 0) return file;
     FailWithErrno();
     return FileHandle();
-}
-
-bool CutOpenFile(const FileHandle& file, std::uint64_t size) {
-    const auto current = ::lseek(file.Get(), 0, SEEK_END);
-    if (current >= 0 && static_cast<std::uint64_t>(current) <= size) return true;
-    return ::ftruncate(file.Get(), static_cast<off_t>(size)) == 0 || FailWithErrno();
 }
 
 }  // namespace quillon::platform

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -23,18 +24,20 @@ namespace quillon::platform {
 
 namespace {
 
-/// A tree that forks faster than it is stopped is killed as far as it was found.
-constexpr int kMaxRounds = 300;
+/// A tree that forks faster than it is stopped is killed as far as it was found by then.
+constexpr std::chrono::milliseconds kStopLimit{2000};
 constexpr std::chrono::milliseconds kRoundPause{1};
+/// A chain whose links fork and end may have been between two links during one look.
+constexpr int kQuietRounds = 2;
 /// The time that the kernel gets to end a process that was killed.
 constexpr std::chrono::milliseconds kEndLimit{1000};
 
-std::string ReadOf(pid_t process, const char* name) {
-    return ReadProcessFile(process, name).value_or(std::string());
-}
+using Clock = std::chrono::steady_clock;
 
-std::vector<ProcessStat> AllProcesses() {
-    std::vector<ProcessStat> entries;
+/// Calls `visit` for every process that has not ended, each as soon as it is found: a chain is caught up
+/// with in the middle of a look.
+template <class Visit>
+void VisitProcesses(Visit visit) {
     std::error_code error;
     for (std::filesystem::directory_iterator folder("/proc", error), end; !error && folder != end;
          folder.increment(error)) {
@@ -42,9 +45,8 @@ std::vector<ProcessStat> AllProcesses() {
         const pid_t process = FieldAt<pid_t>(name, 0);
         if (process <= 0) continue;
         const auto entry = ReadProcessStat(process);
-        if (entry && !entry->HasEnded()) entries.push_back(*entry);
+        if (entry && !entry->HasEnded()) visit(*entry);
     }
-    return entries;
 }
 
 /// A process that was found in the tree; signals reach it or nobody.
@@ -55,20 +57,20 @@ public:
         m_isSame = now && now->startTime == entry.startTime;
     }
 
-    void Signal(int number) const {
-        if (!m_isSame) return;
-        if (m_handle) {
-            ::syscall(SYS_pidfd_send_signal, m_handle.Get(), number, nullptr, 0);
-        } else {
-            ::kill(m_entry.id, number);
-        }
+    [[nodiscard]] pid_t Id() const { return m_entry.id; }
+
+    /// Returns false when it is not permitted.
+    bool Signal(int number) const {
+        return !m_isSame || SendSignal(m_handle.Get(), m_entry.id, number) || errno != EPERM;
     }
 
-    void AwaitEnd(std::chrono::steady_clock::time_point deadline) const {
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    /// Returns whether it has ended.
+    [[nodiscard]] bool AwaitEnd(Clock::time_point deadline) const {
+        if (!m_isSame) return true;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         pollfd waited{m_handle.Get(), POLLIN, 0};
-        if (m_isSame && m_handle && left.count() > 0) ::poll(&waited, 1, static_cast<int>(left.count()));
+        if (!m_handle) return !IsAlive(m_entry.id);
+        return ::poll(&waited, 1, left.count() > 0 ? static_cast<int>(left.count()) : 0) > 0;
     }
 
 private:
@@ -80,43 +82,72 @@ private:
 /// Holds the processes of a tree while it is being stopped.
 class Tree {
 public:
-    Tree(pid_t leader, std::string_view mark) : m_leader(leader), m_mark(mark), m_known{leader} {
-        if (const auto entry = ReadProcessStat(leader)) m_startTime = entry->startTime;
+    explicit Tree(const ChildProcess::State& leader) : m_leader(leader.id), m_mark(leader.treeMark) {
+        if (const auto entry = ReadProcessStat(m_leader)) m_startTime = entry->startTime;
+        m_found.emplace(m_leader, m_startTime);
     }
 
-    /// Stops the descendants that this look at the process list finds new. True when
+    /// Signals the descendants that this look at the process list finds new. True when
     /// another look is needed: a process may complete a fork until it has stopped.
-    bool StopMore() {
+    bool SignalMore(int number) {
         bool again = false;
-        for (const ProcessStat& entry : AllProcesses()) {
-            if (!Contains(entry)) continue;
-            again |= entry.IsRunnable();
-            if (m_known.insert(entry.id).second) m_members.emplace_back(entry).Signal(SIGSTOP);
-        }
+        VisitProcesses([&](const ProcessStat& entry) {
+            if (!Contains(entry)) return;
+            if (!IsFound(entry)) {
+                m_found.insert_or_assign(entry.id, entry.startTime);
+                if (!m_members.emplace_back(entry).Signal(number)) m_forbidden.insert(entry.id);
+                again = true;
+            } else {
+                again |= entry.IsRunnable() && !m_forbidden.contains(entry.id);
+            }
+        });
         return again;
+    }
+
+    void StopAll() {
+        const auto deadline = Clock::now() + kStopLimit;
+        for (int quiet = 0; quiet < kQuietRounds && Clock::now() < deadline;) {
+            quiet = SignalMore(SIGSTOP) ? 0 : quiet + 1;
+            std::this_thread::sleep_for(kRoundPause);
+        }
     }
 
     void Kill() const {
         for (const Member& member : m_members) member.Signal(SIGKILL);
     }
 
-    void AwaitEnd() const {
-        const auto deadline = std::chrono::steady_clock::now() + kEndLimit;
-        for (const Member& member : m_members) member.AwaitEnd(deadline);
+    void AwaitEnd(std::vector<std::uint32_t>& survivors) const {
+        const auto deadline = Clock::now() + kEndLimit;
+        for (const Member& member : m_members) {
+            if (m_forbidden.contains(member.Id()) || !member.AwaitEnd(deadline))
+                survivors.push_back(static_cast<std::uint32_t>(member.Id()));
+        }
     }
 
 private:
     [[nodiscard]] bool Contains(const ProcessStat& entry) const {
-        if (m_known.contains(entry.id) || entry.group == m_leader || m_known.contains(entry.parent))
-            return true;
+        if (entry.group == m_leader || IsFound(entry) || IsFoundNow(entry.parent)) return true;
         return entry.startTime >= m_startTime &&
-               ReadOf(entry.id, "environ").find(m_mark) != std::string::npos;
+               ReadProcessFile(entry.id, "environ").value_or("").find(m_mark) != std::string::npos;
+    }
+
+    [[nodiscard]] bool IsFound(const ProcessStat& entry) const {
+        const auto found = m_found.find(entry.id);
+        return found != m_found.end() && found->second == entry.startTime;
+    }
+
+    /// An identifier may be another process's by now.
+    [[nodiscard]] bool IsFoundNow(pid_t process) const {
+        if (!m_found.contains(process)) return false;
+        const auto entry = ReadProcessStat(process);
+        return entry && IsFound(*entry);
     }
 
     pid_t m_leader;
     std::string_view m_mark;
     unsigned long long m_startTime = 0;
-    std::unordered_set<pid_t> m_known;
+    std::unordered_map<pid_t, unsigned long long> m_found;  // with their start times
+    std::unordered_set<pid_t> m_forbidden;
     std::vector<Member> m_members;
 };
 
@@ -128,16 +159,26 @@ bool IsAlive(pid_t process) {
     return entry ? !entry->HasEnded() : ::kill(process, 0) == 0 || errno == EPERM;
 }
 
-bool KillTree(pid_t leader, const std::string& mark) {
-    if (::kill(leader, SIGSTOP) != 0) return FailWithErrno();
-    Tree tree(leader, std::string_view(mark.c_str(), mark.size() + 1));  // not the beginning of another
-    for (int round = 0; round < kMaxRounds && tree.StopMore(); ++round) {
-        std::this_thread::sleep_for(kRoundPause);
-    }
+void SignalChild(const ChildProcess::State& child, int number) {
+    SendSignal(child.descriptor.Get(), child.id, number);
+}
+
+void SignalTree(const ChildProcess::State& leader, int number) {
+    Tree tree(leader);
+    SignalChild(leader, number);
+    tree.SignalMore(number);
+}
+
+bool KillTree(const ChildProcess::State& leader, std::vector<std::uint32_t>& survivors) {
+    SignalChild(leader, SIGSTOP);
+    Tree tree(leader);
+    tree.StopAll();
     tree.Kill();
-    if (::kill(-leader, SIGKILL) != 0) return FailWithErrno();
-    tree.AwaitEnd();
-    return true;
+    // The leader may have joined another group, even that of this process.
+    const bool isKilled = HasEnded(leader) || SendSignal(leader.descriptor.Get(), leader.id, SIGKILL);
+    ::kill(-leader.id, SIGKILL);
+    tree.AwaitEnd(survivors);
+    return isKilled;
 }
 
 }  // namespace quillon::platform

@@ -72,12 +72,4 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
     return file && WriteAll(file, head) && WriteAll(file, body) && CloseWritten(std::move(file));
 }
 
-FileHandle OpenForCapture(const std::string& path) {
-    const auto wide = WidePath(path);
-    if (!wide) return {};
-    // A descendant that outlives its command must keep nobody from reading and deleting the file.
-    return FileHandle(::CreateFileW(wide->c_str(), GENERIC_WRITE, kShareAll, nullptr, CREATE_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
 }  // namespace quillon::platform

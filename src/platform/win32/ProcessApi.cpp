@@ -5,8 +5,11 @@
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
-#include "platform/win32/Jobs.h"
+#include "platform/win32/CaptureState.h"
+#include "platform/win32/ChildState.h"
 #include "platform/win32/WindowsHeaders.h"
+
+#include <psapi.h>  // after <windows.h>
 
 namespace quillon::platform {
 
@@ -26,6 +29,23 @@ FileHandle CreateScratchFile() {
     return file;
 }
 
+std::chrono::duration<std::uint64_t, std::ratio<1, 10'000'000>> DurationOf(const FILETIME& time) {
+    constexpr unsigned kHighBits = 32;
+    return std::chrono::duration<std::uint64_t, std::ratio<1, 10'000'000>>(
+        std::uint64_t{time.dwHighDateTime} << kHighBits | time.dwLowDateTime);
+}
+
+/// Sends CTRL_BREAK to the group of a console program. A process can do so in one console at a time, and not
+/// while it has one of its own.
+bool AskToEnd(std::uint32_t group) {
+    static std::mutex& mutex = *new std::mutex;
+    const std::lock_guard lock(mutex);
+    if (::AttachConsole(group) == 0) return false;
+    const BOOL sent = ::GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, group);
+    ::FreeConsole();
+    return sent != 0;
+}
+
 }  // namespace
 
 void ObjectTraits::Close(Type value) noexcept {
@@ -38,52 +58,76 @@ EventHandle CreateAutoResetEvent() { return EventHandle(::CreateEventW(nullptr, 
 
 bool SignalEvent(const EventHandle& event) { return ::SetEvent(event.Get()) != 0; }
 
-JobTable& Jobs() {
-    static JobTable& table = *new JobTable;
-    return table;
-}
-
+/// What is in the job goes on without this object, unless this process ends before it.
 ChildProcess::~ChildProcess() {
-    if (m_id == 0) return;
-    JobTable& table = Jobs();
-    const std::lock_guard lock(table.mutex);
-    const auto job = table.jobs.find(m_id);
-    if (job != table.jobs.end()) job->second.process = std::move(m_handle);
-    std::erase_if(table.jobs, [](const auto& entry) {
-        const Handle<ObjectTraits>& process = entry.second.process;
-        return process && ::WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
-    });
+    if (!m_state || m_state.use_count() > 1 || !m_state->job) return;
+    if (HasEnded() && !m_state->isTree) return;
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION none{};
+    ::SetInformationJobObject(m_state->job.Get(), JobObjectExtendedLimitInformation, &none, sizeof none);
 }
 
-std::uint32_t ChildProcess::Wait(const EventHandle& event,
+std::uint32_t ChildProcess::Wait(const EventHandle& event, OutputCapture* output,
                                  std::optional<std::chrono::milliseconds> limit) const {
-    static_assert(kWaitEvent == WAIT_OBJECT_0 + 1 && kWaitTimeout == WAIT_TIMEOUT &&
-                  kWaitFailed == WAIT_FAILED);
-    const HANDLE waited[] = {m_handle.Get(), event.Get()};
-    return ::WaitForMultipleObjects(2, waited, FALSE, limit ? static_cast<DWORD>(limit->count()) : INFINITE);
+    static_assert(kWaitEvent == WAIT_OBJECT_0 + 1 && kWaitOutput == WAIT_OBJECT_0 + 2 &&
+                  kWaitTimeout == WAIT_TIMEOUT && kWaitFailed == WAIT_FAILED);
+    HANDLE waited[] = {m_state->process.Get(), event.Get(), nullptr};
+    DWORD count = 2;
+    if (output != nullptr) output->Internals().BeginRead();
+    if (output != nullptr && !output->HasEnded()) waited[count++] = output->Internals().ready.Get();
+    return ::WaitForMultipleObjects(count, waited, FALSE,
+                                    limit ? static_cast<DWORD>(limit->count()) : INFINITE);
+}
+
+bool ChildProcess::HasEnded() const {
+    return ::WaitForSingleObject(m_state->process.Get(), 0) == WAIT_OBJECT_0;
 }
 
 std::optional<std::int32_t> ChildProcess::ExitStatus() const {
+    const std::lock_guard lock(m_state->mutex);
     DWORD status = 0;
-    if (::GetExitCodeProcess(m_handle.Get(), &status) == 0) return std::nullopt;
+    if (::GetExitCodeProcess(m_state->process.Get(), &status) == 0) return std::nullopt;
     return static_cast<std::int32_t>(status);
 }
 
-KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus, KillScope scope) {
+int ChildProcess::EndingSignal() const { return 0; }
+
+ProcessUsage ChildProcess::Usage() const {
+    FILETIME created{}, ended{}, kernel{}, user{};
+    ProcessUsage usage;
+    if (::GetProcessTimes(m_state->process.Get(), &created, &ended, &kernel, &user) != 0)
+        usage.cpuTime = std::chrono::ceil<std::chrono::milliseconds>(DurationOf(kernel) + DurationOf(user));
+    PROCESS_MEMORY_COUNTERS memory{};
+    if (::GetProcessMemoryInfo(m_state->process.Get(), &memory, sizeof memory) != 0)
+        usage.peakMemory = memory.PeakWorkingSetSize;
+    return usage;
+}
+
+KillOutcome ChildProcess::Kill(const KillRequest& request) const {
+    const std::lock_guard lock(m_state->mutex);
+    // A job of ended processes would let itself be ended.
+    if (HasEnded()) {
+        ::SetLastError(ERROR_ACCESS_DENIED);
+        return {KillResult::NotKilled, {}};
+    }
+    const bool mayAsk = m_state->canBeAsked && request.grace.count() > 0;
+    if (mayAsk && AskToEnd(m_id)) {
+        ::WaitForSingleObject(m_state->process.Get(), static_cast<DWORD>(request.grace.count()));
+    }
+    const auto status = static_cast<UINT>(request.exitStatus);
+    const bool tree = request.scope == KillScope::Tree && m_state->isTree;
+    const bool killed = (tree ? ::TerminateJobObject(m_state->job.Get(), status)
+                              : ::TerminateProcess(m_state->process.Get(), status)) != 0;
+    return {killed || HasEnded() ? KillResult::Killed : KillResult::NotKilled, {}};
+}
+
+KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus) {
     const Handle<ObjectTraits> process(::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
     if (!process) return KillResult::NotOpened;
-    // A job of ended processes would let itself be ended.
     if (::WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) {
         ::SetLastError(ERROR_ACCESS_DENIED);
         return KillResult::NotKilled;
     }
-    const auto status = static_cast<UINT>(exitStatus);
-    JobTable& table = Jobs();
-    const std::lock_guard lock(table.mutex);
-    const auto job = table.jobs.find(id);
-    const bool tree = scope == KillScope::Tree && job != table.jobs.end();
-    const BOOL killed = tree ? ::TerminateJobObject(job->second.job.Get(), status)
-                             : ::TerminateProcess(process.Get(), status);
+    const BOOL killed = ::TerminateProcess(process.Get(), static_cast<UINT>(exitStatus));
     return killed != 0 ? KillResult::Killed : KillResult::NotKilled;
 }
 
@@ -97,15 +141,6 @@ FileHandle MakeInputFile(std::string_view content) {
                          ::SetFilePointer(file.Get(), 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER;
     if (isReady) return file;
     return FileHandle();
-}
-
-bool CutOpenFile(const FileHandle& file, std::uint64_t size) {
-    LARGE_INTEGER current{};
-    if (::GetFileSizeEx(file.Get(), &current) == 0) return false;
-    if (static_cast<std::uint64_t>(current.QuadPart) <= size) return true;
-    FILE_END_OF_FILE_INFO end{};
-    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
-    return ::SetFileInformationByHandle(file.Get(), FileEndOfFileInfo, &end, sizeof end) != 0;
 }
 
 }  // namespace quillon::platform

@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "base/Utf.h"
 #include "platform/ProcessApi.h"
-#include "platform/win32/Jobs.h"
+#include "platform/win32/ChildState.h"
 #include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -90,6 +92,8 @@ STARTUPINFOEXW StartUpInformation(const ProcessRequest& request, InheritedHandle
     return start;
 }
 
+bool NeedsJob(const ProcessRequest& request) { return request.killableAsTree || request.endsWithUs; }
+
 bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_INFORMATION& created) {
     STARTUPINFOEXW start = StartUpInformation(request, handles);
     std::wstring command = base::ToWide(request.command);
@@ -97,12 +101,14 @@ bool Create(const ProcessRequest& request, InheritedHandles& handles, PROCESS_IN
     if (!directory) return false;
     std::wstring environment;
     if (request.environment != nullptr) environment = EnvironmentBlock(*request.environment);
-    const DWORD suspended = request.killableAsTree ? CREATE_SUSPENDED : 0;
-    return ::CreateProcessW(
-               nullptr, command.data(), nullptr, nullptr, !handles.Empty(),
-               CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT | suspended,
-               request.environment != nullptr ? environment.data() : nullptr,
-               directory->empty() ? nullptr : directory->c_str(), &start.StartupInfo, &created) != 0;
+    const DWORD suspended = NeedsJob(request) ? CREATE_SUSPENDED : 0;
+    const DWORD group = request.canBeAsked ? CREATE_NEW_PROCESS_GROUP : 0;
+    return ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, !handles.Empty(),
+                            CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
+                                suspended | group,
+                            request.environment != nullptr ? environment.data() : nullptr,
+                            directory->empty() ? nullptr : directory->c_str(), &start.StartupInfo,
+                            &created) != 0;
 }
 
 /// Ends a process that was never let run, unless it is dismissed. Keeps the last error.
@@ -128,14 +134,25 @@ private:
     HANDLE m_process;
 };
 
-/// Puts a suspended process into a job of its own before its first instruction.
-bool EnterJob(const PROCESS_INFORMATION& created) {
-    ObjectHandle job(::CreateJobObjectW(nullptr, nullptr));
-    if (!job || ::AssignProcessToJobObject(job.Get(), created.hProcess) == 0) return false;
-    JobTable& table = Jobs();
-    const std::lock_guard lock(table.mutex);
-    table.jobs.insert_or_assign(created.dwProcessId, JobTable::Job{std::move(job), {}});
-    return true;
+/// A job without the descendants lets them leave it without a word. One that ends with this process kills
+/// what is in it when the system closes its handle.
+bool LimitJob(HANDLE job, const ProcessRequest& request) {
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    DWORD& flags = limits.BasicLimitInformation.LimitFlags;
+    if (!request.killableAsTree) flags |= JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+    if (request.endsWithUs) flags |= JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    return flags == 0 ||
+           ::SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits) != 0;
+}
+
+/// Puts a suspended process into a job of its own before its first instruction. Only a tree cannot do
+/// without one.
+bool EnterJob(const PROCESS_INFORMATION& created, const ProcessRequest& request, ObjectHandle& job) {
+    job.Reset(::CreateJobObjectW(nullptr, nullptr));
+    if (job && LimitJob(job.Get(), request) && ::AssignProcessToJobObject(job.Get(), created.hProcess) != 0)
+        return true;
+    job.Reset();
+    return !request.killableAsTree;
 }
 
 }  // namespace
@@ -145,12 +162,15 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
     if (!handles.Empty() && !handles.Prepare()) return std::nullopt;
     PROCESS_INFORMATION created{};
     if (!Create(request, handles, created)) return std::nullopt;
-    ChildProcess child(created.dwProcessId, created.hProcess);
+    auto state = std::make_shared<State>();
+    state->process.Reset(created.hProcess);
     const ObjectHandle thread(created.hThread);
-    if (!request.killableAsTree) return child;
+    state->isTree = request.killableAsTree;
+    state->canBeAsked = request.canBeAsked;
+    if (!NeedsJob(request)) return ChildProcess(created.dwProcessId, std::move(state));
     SuspendedProcess suspended(created.hProcess);
-    if (EnterJob(created) && suspended.Resume(thread.Get())) return child;
-    return std::nullopt;
+    if (!EnterJob(created, request, state->job) || !suspended.Resume(thread.Get())) return std::nullopt;
+    return ChildProcess(created.dwProcessId, std::move(state));
 }
 
 }  // namespace quillon::platform

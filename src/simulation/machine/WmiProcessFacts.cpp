@@ -164,8 +164,7 @@ HRESULT Terminate(const std::wstring& path, const WmiValues& in, WmiValues& out)
     if (!id) return WBEM_E_NOT_FOUND;
     const VARIANT* const reason = Find(in, L"Reason");
     const int status = reason != nullptr && reason->vt == VT_I4 ? reason->lVal : 0;
-    const auto killed =
-        platform::KillProcess(static_cast<std::uint32_t>(*id), status, platform::KillScope::Process);
+    const auto killed = platform::KillProcess(static_cast<std::uint32_t>(*id), status);
     SetReturnValue(out, killed == platform::KillResult::Killed ? kSuccess : ResultOf(platform::LastError()));
     return S_OK;
 }

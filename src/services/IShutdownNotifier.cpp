@@ -1,0 +1,7 @@
+#include "quillon/IShutdownNotifier.h"
+
+namespace quillon {
+
+IShutdownNotifier::~IShutdownNotifier() = default;
+
+}  // namespace quillon
