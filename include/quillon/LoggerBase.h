@@ -57,6 +57,8 @@ public:
     /// Sets the level and returns the previous one.
     Level SetLevel(Level level) override;
     Level GetLevel() override;
+    /// Returns what the logging operations decide by.
+    bool IsEnabled(Level level);
 
 protected:
     /// A threshold above every level: no entry is written.
@@ -74,9 +76,21 @@ protected:
     std::int32_t GetThreshold() const { return m_threshold.load(std::memory_order_acquire); }
     /// Lets entries from this level on through; what was written before this call is seen by Write().
     void SetThreshold(std::int32_t threshold) { m_threshold.store(threshold, std::memory_order_release); }
+    /// Lets an entry through only when a number that others keep and change does so as well: level L passes
+    /// from L * 10,000 on, as log4cplus counts. The number must live as long as this object; null ends it.
+    void FollowNumber(std::int32_t* number) { m_followed.store(number, std::memory_order_release); }
 
 private:
+    bool Passes(Level level) const {
+        constexpr std::int32_t kStep = 10'000;
+        if (level < GetThreshold()) return false;
+        std::int32_t* const followed = m_followed.load(std::memory_order_acquire);
+        return followed == nullptr ||
+               level * kStep >= std::atomic_ref<std::int32_t>(*followed).load(std::memory_order_relaxed);
+    }
+
     std::atomic<std::int32_t> m_threshold;
+    std::atomic<std::int32_t*> m_followed{nullptr};
 };
 
 }  // namespace quillon

@@ -40,6 +40,11 @@ void CountDroppedLogLine() { Dropped().fetch_add(1, std::memory_order_relaxed); 
 
 std::uint64_t DroppedLogLines() { return Dropped().load(std::memory_order_relaxed); }
 
+LogFigures& TheLogFigures() {
+    static constinit LogFigures figures;
+    return figures;
+}
+
 void CountLookups(int change) { Lookups().fetch_add(change, std::memory_order_relaxed); }
 
 std::int64_t LookupsUnderWay() { return Lookups().load(std::memory_order_relaxed); }

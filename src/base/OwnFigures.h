@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -13,6 +14,15 @@ namespace quillon::base {
 /// A log entry could not be written.
 void CountDroppedLogLine();
 std::uint64_t DroppedLogLines();
+
+/// What became of the log besides.
+struct LogFigures {
+    std::atomic<std::uint64_t> bytes{0};                ///< written to log files
+    std::atomic<std::uint64_t> refusedRollOvers{0};     ///< attempts at moving a full file aside that failed
+    std::atomic<std::uint64_t> droppedConsoleLines{0};  ///< copies that nobody took in time
+    std::atomic<std::uint32_t> lastError{0};            ///< of the log file, a system's code; 0: none yet
+};
+LogFigures& TheLogFigures();
 
 /// A look-up of a name begins (1) or ends (-1) in the background.
 void CountLookups(int change);

@@ -1,27 +1,19 @@
 #include "quillon/CLogger.h"
 
-#include <log4cplus/configurator.h>
-#include <log4cplus/hierarchy.h>
-#include <log4cplus/initializer.h>
-#include <log4cplus/layout.h>
-#include <log4cplus/logger.h>
-
+#include <algorithm>
+#include <cstddef>
 #include <mutex>
 #include <utility>
 
 #include "base/OwnFigures.h"
+#include "base/PrintfFormat.h"
 #include "logging/CallbackLogger.h"
-#include "logging/CustomRollingFileAppender.h"
 #include "logging/Log4cplusEntry.h"
-#include "logging/RollOverBanner.h"
-#include "quillon/StringUtils.h"
+#include "logging/Log4cplusRoot.h"
 
 namespace quillon {
 
 namespace {
-
-constexpr const char* kPattern = "%d{%Y-%m-%d %H:%M:%S.%q} [%5T] %-5p - %m%n";
-constexpr const char* kFileAppender = "DefaultFileAppender";
 
 struct Slot {
     std::mutex mutex;
@@ -43,25 +35,10 @@ ICLogger* Replace(std::unique_ptr<ICLogger> instance) {
     return slot.instance.get();
 }
 
-std::unique_ptr<log4cplus::Layout> NewLayout() {
-    return std::make_unique<log4cplus::PatternLayout>(kPattern);
-}
-
-void InstallFileAppender(const std::string& path) {
-    log4cplus::Logger root = log4cplus::Logger::getRoot();
-    if (const auto old = root.getAppender(kFileAppender)) root.removeAppender(old);
-    PrepareRollOverBanner();
-    log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, &WriteRollOverBanner));
-    file->setName(kFileAppender);
-    file->setLayout(NewLayout());
-    root.addAppender(file);
-}
-
 }  // namespace
 
 struct CLogger::Impl {
     std::string path;
-    log4cplus::Logger logger;
 };
 
 ICLogger* CLogger::GetInstance() {
@@ -88,24 +65,20 @@ ICLogger* CLogger::ClearLoggingCallback() {
     return GetInstance();
 }
 
-// The threshold is log4cplus's own level, where a suppressed entry sees it for one comparison.
 CLogger::CLogger() : LoggerBase(kNothing), m_impl(std::make_unique<Impl>()) {}
 CLogger::~CLogger() = default;
 
 void CLogger::InitializeLogging(const char* path, Level level) {
     if (IsInitialized()) return;
 
-    log4cplus::initialize();
-    log4cplus::BasicConfigurator::doConfigure();
-    log4cplus::setThreadPoolSize(0);
-    log4cplus::Logger root = log4cplus::Logger::getRoot();
-    root.getAllAppenders().at(0)->setLayout(NewLayout());
+    ConfigureRoot();
     if (path != nullptr) m_impl->path = path;
     // Configuring log4cplus has removed the appender of a path that was set before.
-    if (path != nullptr || !m_impl->path.empty()) InstallFileAppender(m_impl->path);
+    if (path != nullptr || !m_impl->path.empty()) InstallFile(m_impl->path);
 
-    m_impl->logger = root;
-    SetThreshold(FromLog4cplusLevel(root.getLogLevel()));
+    // The root's own level decides, which a host may change behind this logger's back.
+    FollowNumber(RootLevel());
+    SetThreshold(Level::Trace);
     SetLevel(level);
 }
 
@@ -115,8 +88,7 @@ void CLogger::StopLogging() {
     if (!IsInitialized()) return;
 
     SetThreshold(kNothing);
-    m_impl->logger.removeAllAppenders();
-    log4cplus::Logger::getDefaultHierarchy().shutdown();
+    ShutRootDown();
     m_impl->path.clear();
 }
 
@@ -127,27 +99,29 @@ void CLogger::SetPath(const std::string& path) {
     if (path.empty()) return Error(kAgain, path.c_str());
     if (path == m_impl->path) return Warn(kAgain, path.c_str());
 
-    InstallFileAppender(path);
+    InstallFile(path);
     m_impl->path = path;
 }
 
 ICLogger::Level CLogger::SetLevel(Level level) {
     const Level previous = GetLevel();
     const auto mapped = ToLog4cplusLevel(level);
-    if (!IsInitialized() || !mapped) return previous;
-
-    m_impl->logger.setLogLevel(*mapped);
-    SetThreshold(level);
+    if (IsInitialized() && mapped) SetRootLevel(*mapped);
     return previous;
 }
 
 ICLogger::Level CLogger::GetLevel() {
-    return IsInitialized() ? FromLog4cplusLevel(m_impl->logger.getLogLevel()) : Level::Info;
+    return IsInitialized() ? FromLog4cplusLevel(*RootLevel()) : Level::Info;
 }
 
 void CLogger::Write(Level level, const char* format, std::va_list arguments) {
+    constexpr std::size_t kLongest = 9'999;
+    char buffer[kLongest + 1];
     try {
-        WriteEntry(m_impl->logger, level, StringUtils::Format(format, arguments));
+        if (!IsRootEnabledFor(ToLog4cplusLevel(level).value_or(log4cplus::ERROR_LOG_LEVEL))) return;
+        const int length = base::FormatBounded(buffer, sizeof buffer, format, arguments);
+        if (length < 0) return WriteToRoot(level, std::string("Invalid Log format: ") + format);
+        WriteToRoot(level, {buffer, std::min(static_cast<std::size_t>(length), kLongest)});
     } catch (...) {
         // An entry that cannot be written must not fail the operation that reports by it.
         base::CountDroppedLogLine();

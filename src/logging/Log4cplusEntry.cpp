@@ -1,9 +1,5 @@
 #include "logging/Log4cplusEntry.h"
 
-#include <log4cplus/loglevel.h>
-
-#include <cstdint>
-
 namespace quillon {
 
 std::optional<log4cplus::LogLevel> ToLog4cplusLevel(ICLogger::Level level) {
@@ -32,16 +28,6 @@ ICLogger::Level FromLog4cplusLevel(log4cplus::LogLevel level) {
     if (level >= log4cplus::INFO_LOG_LEVEL) return ICLogger::Level::Info;
     if (level >= log4cplus::DEBUG_LOG_LEVEL) return ICLogger::Level::Debug;
     return ICLogger::Level::Trace;
-}
-
-void WriteEntry(const log4cplus::Logger& logger, ICLogger::Level level, const std::string& text) {
-    if (const auto mapped = ToLog4cplusLevel(level)) {
-        logger.log(*mapped, text);
-        return;
-    }
-    const auto code = static_cast<std::int32_t>(level);
-    logger.log(log4cplus::ERROR_LOG_LEVEL, "Unexpected log level code" + std::to_string(code));
-    logger.log(log4cplus::ERROR_LOG_LEVEL, text);
 }
 
 }  // namespace quillon

@@ -20,23 +20,24 @@ ICLogger::Level LoggerBase::SetLevel(Level level) {
 }
 
 ICLogger::Level LoggerBase::GetLevel() { return static_cast<Level>(GetThreshold()); }
+bool LoggerBase::IsEnabled(Level level) { return Passes(level); }
 
-// A suppressed entry costs one comparison: its arguments are not even looked at.
-#define QUILLON_LEVEL_OPERATIONS(level)                                             \
-    void LoggerBase::level(const char* format, ...) {                               \
-        if (Level::level < GetThreshold()) return;                                  \
-        std::va_list arguments;                                                     \
-        va_start(arguments, format);                                                \
-        try {                                                                       \
-            Write(Level::level, format, arguments);                                 \
-        } catch (...) {                                                             \
-            va_end(arguments);                                                      \
-            throw;                                                                  \
-        }                                                                           \
-        va_end(arguments);                                                          \
-    }                                                                               \
-    void LoggerBase::level##V(const char* format, std::va_list arguments) {         \
-        if (Level::level >= GetThreshold()) Write(Level::level, format, arguments); \
+// A suppressed entry costs comparisons only: its arguments are not even looked at.
+#define QUILLON_LEVEL_OPERATIONS(level)                                     \
+    void LoggerBase::level(const char* format, ...) {                       \
+        if (!Passes(Level::level)) return;                                  \
+        std::va_list arguments;                                             \
+        va_start(arguments, format);                                        \
+        try {                                                               \
+            Write(Level::level, format, arguments);                         \
+        } catch (...) {                                                     \
+            va_end(arguments);                                              \
+            throw;                                                          \
+        }                                                                   \
+        va_end(arguments);                                                  \
+    }                                                                       \
+    void LoggerBase::level##V(const char* format, std::va_list arguments) { \
+        if (Passes(Level::level)) Write(Level::level, format, arguments);   \
     }
 QUILLON_LEVEL_OPERATIONS(Trace)
 QUILLON_LEVEL_OPERATIONS(Debug)

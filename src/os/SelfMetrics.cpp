@@ -1,5 +1,6 @@
 #include "quillon/SelfMetrics.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <typeinfo>
@@ -28,6 +29,19 @@ void AddFigure(DataTable& table, const std::string& name, std::optional<long lon
     table.AddRow(std::move(row));
 }
 
+void AddLogFigures(DataTable& table) {
+    const base::LogFigures& log = base::TheLogFigures();
+    const auto add = [&table](const char* name, std::uint64_t value, const char* unit) {
+        AddFigure(table, name, static_cast<long long>(value), unit);
+    };
+    add("DroppedConsoleLines", log.droppedConsoleLines, kCount);
+    add("LogBytes", log.bytes, kBytes);
+    add("RefusedLogRollOvers", log.refusedRollOvers, kCount);
+    const std::uint32_t lastError = log.lastError;
+    AddFigure(table, "LastLogError", lastError == 0 ? std::nullopt : std::optional<long long>(lastError),
+              "code");
+}
+
 }  // namespace
 
 DataTable SelfMetrics() {
@@ -43,6 +57,7 @@ DataTable SelfMetrics() {
     AddFigure(table, "Threads", usage.threads, kCount);
     AddFigure(table, "Handles", usage.handles, kCount);
     AddFigure(table, "DroppedLogLines", static_cast<long long>(base::DroppedLogLines()), kCount);
+    AddLogFigures(table);
     AddFigure(table, "LookupsUnderWay", base::LookupsUnderWay(), kCount);
     for (const base::CacheSize& cache : base::CacheSizes()) {
         AddFigure(table, "Cache." + cache.name, static_cast<long long>(cache.entries), kCount);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,11 +13,23 @@ namespace quillon::platform {
 /// of a failure is in LastError().
 
 /// Opens a log file for appending; one that is missing is made, for its owner to
-/// write and its group to read. Others may read and write it meanwhile. No child
-/// inherits it. Pipes and sockets are refused.
+/// write and its group to read. Others may read, write, rename and delete it meanwhile.
+/// No child inherits it, and it never takes the place of a standard stream that is closed.
+/// Pipes and sockets are refused, and on Linux a link that belongs neither to this user nor to root.
 FileHandle OpenLogFile(const std::string& path);
+/// Makes one directory for a log file, which others than the owner and its group cannot enter.
+bool MakeLogDirectory(const std::string& path);
 /// Returns false for a device, which must not be moved aside.
 bool IsDiskFile(const FileHandle& file);
+/// Returns whether an open file of `size` bytes ends within a line; false when that cannot be told.
+bool EndsWithinLine(const FileHandle& file, std::uint64_t size);
+/// Returns the size of the open file when `path` still leads to it; nothing when it was deleted or replaced,
+/// or when that cannot be told.
+std::optional<std::uint64_t> SizeWhileAt(const FileHandle& file, const std::string& path);
+
+enum class PathUse { Free, File, Other };
+/// Tells what stands at a path: nothing, a regular file, or something that must be left alone.
+PathUse UseOfPath(const std::string& path);
 
 struct Appended {
     std::uint64_t bytes = 0;  ///< in the file, line ends as the system writes them
@@ -24,8 +37,5 @@ struct Appended {
 };
 /// Appends a text whose lines end in LF, in one piece as far as the system lets it.
 Appended AppendToLogFile(const FileHandle& file, std::string_view text);
-
-/// The system's own name of the file that swallows what is written.
-const char* NullDevice();
 
 }  // namespace quillon::platform

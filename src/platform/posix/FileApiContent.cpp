@@ -74,6 +74,4 @@ bool WriteWholeFile(const std::string& path, std::string_view head, std::string_
     return file && WriteAll(file, head) && WriteAll(file, body) && CloseWritten(std::move(file));
 }
 
-}
-
 }  // namespace quillon::platform

@@ -15,47 +15,112 @@ namespace quillon::platform {
 
 namespace {
 
-/// 0 when it cannot be told.
-mode_t ModeOf(const FileHandle& file) {
+constexpr mode_t kOwnerWritesGroupReads = S_IRUSR | S_IWUSR | S_IRGRP;
+constexpr mode_t kOwnerAndGroupEnter = S_IRWXU | S_IRGRP | S_IXGRP;
+
+/// Opens for reading as well, if that is allowed, to look at the end of the file.
+int OpenToAppend(const char* path, int more) {
+    // A pipe that nobody reads would hold the caller up for ever.
+    const int flags = O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | more;
+    const int file = ::open(path, O_RDWR | flags, kOwnerWritesGroupReads);
+    return file >= 0 || errno != EACCES ? file : ::open(path, O_WRONLY | flags, kOwnerWritesGroupReads);
+}
+
+/// Somebody else's link could lead to a file that only this process may write.
+bool IsTrustedLink(const char* path) {
     struct ::stat status {};
-    return ::fstat(file.Get(), &status) == 0 ? status.st_mode : 0;
+    const bool isTrusted =
+        ::lstat(path, &status) == 0 && (status.st_uid == 0 || status.st_uid == ::geteuid());
+    if (!isTrusted) errno = EACCES;
+    return isTrusted;
+}
+
+FileHandle OpenNoLinkOfOthers(const char* path) {
+    FileHandle file(OpenToAppend(path, O_NOFOLLOW));
+    if (!file && errno == ELOOP && IsTrustedLink(path)) file.Reset(OpenToAppend(path, 0));
+    return file;
+}
+
+/// Whoever writes to a closed standard stream would otherwise write into the log.
+FileHandle AboveStandardStreams(FileHandle file) {
+    if (!file || file.Get() > STDERR_FILENO) return file;
+    return FileHandle(::fcntl(file.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+bool IsOfUse(const FileHandle& file) {
+    struct ::stat status {};
+    if (::fstat(file.Get(), &status) != 0) return FailWithErrno();
+    if (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode)) return true;
+    SetLastErrorCode(base::kInvalidParameter);
+    return false;
+}
+
+bool IsSameFile(const struct ::stat& one, const struct ::stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 }  // namespace
 
 FileHandle OpenLogFile(const std::string& path) {
-    constexpr mode_t kOwnerWritesGroupReads = S_IRUSR | S_IWUSR | S_IRGRP;
-    // A pipe that nobody reads would hold the caller up for ever.
-    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     const auto native = NativePath(path);
-    FileHandle file(native ? ::open(native->c_str(), flags, kOwnerWritesGroupReads) : -1);
+    FileHandle file = native ? AboveStandardStreams(OpenNoLinkOfOthers(native->c_str())) : FileHandle();
     if (!file) {
         FailWithErrno();
-    } else if (const mode_t mode = ModeOf(file); !S_ISREG(mode) && !S_ISCHR(mode)) {
+    } else if (!IsOfUse(file)) {
         file.Reset();
-        SetLastErrorCode(base::kInvalidParameter);
     } else {
         ::fcntl(file.Get(), F_SETFL, O_APPEND);
     }
     return file;
 }
 
-bool IsDiskFile(const FileHandle& file) { return S_ISREG(ModeOf(file)); }
+bool MakeLogDirectory(const std::string& path) {
+    const auto native = NativePath(path);
+    return (native && ::mkdir(native->c_str(), kOwnerAndGroupEnter) == 0) || FailWithErrno();
+}
+
+bool IsDiskFile(const FileHandle& file) {
+    struct ::stat status {};
+    return ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool EndsWithinLine(const FileHandle& file, std::uint64_t size) {
+    char last = '\n';
+    return size > 0 && ::pread(file.Get(), &last, 1, static_cast<off_t>(size - 1)) == 1 && last != '\n';
+}
+
+std::optional<std::uint64_t> SizeWhileAt(const FileHandle& file, const std::string& path) {
+    struct ::stat open {
+    }, named{};
+    const auto native = NativePath(path);
+    if (!native || ::fstat(file.Get(), &open) != 0 || ::stat(native->c_str(), &named) != 0 ||
+        !IsSameFile(open, named)) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(open.st_size);
+}
+
+PathUse UseOfPath(const std::string& path) {
+    struct ::stat status {};
+    const auto native = NativePath(path);
+    if (!native) return PathUse::Other;
+    if (::lstat(native->c_str(), &status) != 0) return errno == ENOENT ? PathUse::Free : PathUse::Other;
+    return S_ISREG(status.st_mode) ? PathUse::File : PathUse::Other;
+}
 
 Appended AppendToLogFile(const FileHandle& file, std::string_view text) {
     std::size_t done = 0;
     while (done < text.size()) {
         const ::ssize_t count = ::write(file.Get(), text.data() + done, text.size() - done);
-        if (count >= 0) {
+        if (count > 0) {
             done += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
+        } else if (count == 0 || errno != EINTR) {
+            if (count == 0) errno = ENOSPC;
             FailWithErrno();
             break;
         }
     }
     return {done, done == text.size()};
 }
-
-const char* NullDevice() { return "/dev/null"; }
 
 }  // namespace quillon::platform

@@ -1,5 +1,7 @@
 #include "platform/LogFileApi.h"
 
+#include "platform/win32/LineEnds.h"
+#include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -7,26 +9,26 @@ namespace quillon::platform {
 
 namespace {
 
-std::string WithCrLf(std::string_view text) {
-    std::string result;
-    result.reserve(text.size() + 2);
-    char previous = '\0';
-    for (const char c : text) {
-        if (c == '\n' && previous != '\r') result.push_back('\r');
-        result.push_back(c);
-        previous = c;
-    }
-    return result;
+/// Shared for deletion, so that the file can be renamed while it is open.
+HANDLE OpenShared(const std::string& path, DWORD access, DWORD disposition) {
+    const auto wide = WidePath(path);
+    if (!wide) return INVALID_HANDLE_VALUE;
+    return ::CreateFileW(wide->c_str(), access, kShareAll, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
+                         nullptr);
+}
+
+bool IsSameFile(const BY_HANDLE_FILE_INFORMATION& one, const BY_HANDLE_FILE_INFORMATION& other) {
+    return one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+           one.nFileIndexHigh == other.nFileIndexHigh && one.nFileIndexLow == other.nFileIndexLow;
 }
 
 }  // namespace
 
 FileHandle OpenLogFile(const std::string& path) {
-    const auto wide = WidePath(path);
-    if (!wide) return {};
+    // Without FILE_WRITE_DATA every write goes to the end.
     const DWORD access = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
-    FileHandle file(::CreateFileW(wide->c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle file(OpenShared(path, access | FILE_READ_DATA, OPEN_ALWAYS));
+    if (!file && ::GetLastError() == ERROR_ACCESS_DENIED) file.Reset(OpenShared(path, access, OPEN_ALWAYS));
     if (file && ::GetFileType(file.Get()) == FILE_TYPE_PIPE) {
         file.Reset();
         ::SetLastError(ERROR_INVALID_PARAMETER);
@@ -34,7 +36,46 @@ FileHandle OpenLogFile(const std::string& path) {
     return file;
 }
 
+bool MakeLogDirectory(const std::string& path) {
+    const auto wide = WidePath(path);
+    return wide && ::CreateDirectoryW(wide->c_str(), nullptr) != 0;
+}
+
 bool IsDiskFile(const FileHandle& file) { return ::GetFileType(file.Get()) == FILE_TYPE_DISK; }
+
+bool EndsWithinLine(const FileHandle& file, std::uint64_t size) {
+    if (size == 0) return false;
+    constexpr unsigned kHalf = 32;
+    OVERLAPPED place{};
+    place.Offset = static_cast<DWORD>(size - 1);
+    place.OffsetHigh = static_cast<DWORD>((size - 1) >> kHalf);
+    char last = '\n';
+    DWORD count = 0;
+    return ::ReadFile(file.Get(), &last, 1, &count, &place) != 0 && count == 1 && last != '\n';
+}
+
+std::optional<std::uint64_t> SizeWhileAt(const FileHandle& file, const std::string& path) {
+    const FileHandle named(OpenShared(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING));
+    BY_HANDLE_FILE_INFORMATION open{}, there{};
+    if (!named || ::GetFileInformationByHandle(file.Get(), &open) == 0 ||
+        ::GetFileInformationByHandle(named.Get(), &there) == 0 || !IsSameFile(open, there)) {
+        return std::nullopt;
+    }
+    ULARGE_INTEGER size{};
+    size.LowPart = open.nFileSizeLow;
+    size.HighPart = open.nFileSizeHigh;
+    return size.QuadPart;
+}
+
+PathUse UseOfPath(const std::string& path) {
+    const auto wide = WidePath(path);
+    if (!wide) return PathUse::Other;
+    const DWORD attributes = ::GetFileAttributesW(wide->c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return ::GetLastError() == ERROR_FILE_NOT_FOUND ? PathUse::Free : PathUse::Other;
+    constexpr DWORD kNoFile = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+    return (attributes & kNoFile) == 0 ? PathUse::File : PathUse::Other;
+}
 
 Appended AppendToLogFile(const FileHandle& file, std::string_view text) {
     const std::string bytes = WithCrLf(text);
@@ -43,7 +84,5 @@ Appended AppendToLogFile(const FileHandle& file, std::string_view text) {
         ::WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
     return {count, written != 0 && count == bytes.size()};
 }
-
-const char* NullDevice() { return "NUL"; }
 
 }  // namespace quillon::platform

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "logging/internal/RollingLog.h"
-#include "support/TempDir.h"
-
 namespace quillon::test {
 
 using Level = ICLogger::Level;
@@ -20,17 +17,6 @@ TEST(Log4cplusEntry, LevelsMapBothWays) {
         EXPECT_EQ(ToLog4cplusLevel(static_cast<Level>(code)), code * 10'000);
     for (int code : {-1, 6, 40'000})
         EXPECT_EQ(ToLog4cplusLevel(static_cast<Level>(code)), std::nullopt) << code;
-}
-
-TEST(Log4cplusEntry, UnexpectedLevelCodesAreErrors) {
-    TempDir dir;
-    const RollingLog log(dir.Path("log"), {}, "%p %m%n");
-    WriteEntry(log.logger, Level::Fatal, "50% %s");
-    WriteEntry(log.logger, static_cast<Level>(6), "six");
-    WriteEntry(log.logger, static_cast<Level>(-1), "minus");
-    EXPECT_EQ(dir.Read("log"), Line("FATAL 50% %s") + Line("ERROR Unexpected log level code6") +
-                                   Line("ERROR six") + Line("ERROR Unexpected log level code-1") +
-                                   Line("ERROR minus"));
 }
 
 }  // namespace quillon::test

@@ -1,36 +1,38 @@
 #pragma once
 
-#include <log4cplus/initializer.h>
-#include <log4cplus/layout.h>
-#include <log4cplus/logger.h>
-
+#include <ctime>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "logging/CustomRollingFileAppender.h"
+#include "logging/RollingFile.h"
 #include "support/System.h"
 
 namespace quillon::test {
 
-/// A log4cplus logger whose one appender is the rolling file, without any decoration.
+/// A rolling file whose lines are nothing but texts; several threads may write.
 class RollingLog {
 public:
-    explicit RollingLog(const std::string& path, std::function<void()> afterRollOver = {},
-                        const char* pattern = "%m%n") {
-        log4cplus::initialize();
-        log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, std::move(afterRollOver)));
-        file->setLayout(std::make_unique<log4cplus::PatternLayout>(pattern));
-        logger.setAdditivity(false);
-        logger.removeAllAppenders();
-        logger.addAppender(file);
+    explicit RollingLog(const std::string& path, std::function<void()> report = {})
+        : m_file(path,
+                 {std::move(report), [this](const std::string& text) { complaints.push_back(text); }, {}}) {}
+
+    void Write(const std::string& text) {
+        const std::lock_guard lock(m_mutex);
+        m_file.Write(text + '\n', m_second);
+        m_file.RollOverIfDue();
     }
-    ~RollingLog() { logger.removeAllAppenders(); }
-    RollingLog(const RollingLog&) = delete;
-    RollingLog& operator=(const RollingLog&) = delete;
+    /// The file looks after its path in each second.
+    void LetSecondPass() { ++m_second; }
 
-    void Write(const std::string& text) const { logger.log(log4cplus::INFO_LOG_LEVEL, text); }
+    std::vector<std::string> complaints;
 
-    log4cplus::Logger logger = log4cplus::Logger::getInstance("RollingLog");
+private:
+    std::recursive_mutex m_mutex;
+    std::int64_t m_second = 1;
+    RollingFile m_file;
 };
 
 /// A line as it stands in the file.

@@ -1,0 +1,243 @@
+#include "logging/Log4cplusRoot.h"
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/helpers/loglog.h>
+#include <log4cplus/hierarchy.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/spi/loggerimpl.h>
+#include <log4cplus/spi/loggingevent.h>
+#include <log4cplus/thread/threads.h>
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "logging/CustomRollingFileAppender.h"
+#include "logging/Log4cplusEntry.h"
+#include "logging/RollOverBanner.h"
+#include "platform/ProcessStagesApi.h"
+#include "platform/StandardStreamApi.h"
+#include "platform/ThreadApi.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr const char* kFileAppender = "DefaultFileAppender";
+
+// log4cplus keeps these to its own classes.
+
+struct LoggerAccess : log4cplus::Logger {
+    static log4cplus::spi::LoggerImpl& ImplOf(log4cplus::Logger& logger) {
+        return *(logger.*(&LoggerAccess::value));
+    }
+};
+
+struct ImplAccess : log4cplus::spi::LoggerImpl {
+    static log4cplus::LogLevel& LevelOf(log4cplus::spi::LoggerImpl& impl) { return impl.*(&ImplAccess::ll); }
+    static std::size_t CountAppenders(log4cplus::spi::LoggerImpl& impl) {
+        const log4cplus::thread::MutexGuard guard(impl.appender_list_mutex);
+        return (impl.*(&ImplAccess::appenderList)).size();
+    }
+};
+
+/// An event that the output has written already.
+class OwnEvent final : public log4cplus::spi::InternalLoggingEvent {
+public:
+    OwnEvent(ICLogger::Level level, const std::string& text)
+        : InternalLoggingEvent("root", ToLog4cplusLevel(level).value_or(log4cplus::ERROR_LOG_LEVEL), text,
+                               nullptr, 0) {}
+    unsigned getType() const override { return kOwnEvent; }
+};
+
+/// Never destroyed: threads may log while the process ends.
+struct Shared {
+    std::shared_ptr<LogOutput> output;
+    log4cplus::Logger root = log4cplus::Logger::getRoot();  ///< keeps the level alive
+    std::atomic<bool> hasEnded{false};
+    std::atomic<int> visitors{0};  ///< threads that are within log4cplus
+    std::atomic<bool> hasGuests{false};
+    std::vector<std::pair<ICLogger::Level, std::string>> ofReports;  ///< the output's lock guards it
+};
+
+void Complain(const std::string& text) {
+    // log4cplus's own diagnostics go to standard error, which nobody may read.
+    if (!HasLog4cplusEnded() && platform::TakesText(platform::StandardStream::Error))
+        log4cplus::helpers::getLogLog().error(text);
+}
+
+Shared& TheShared();
+
+log4cplus::spi::LoggerImpl& RootImpl() { return LoggerAccess::ImplOf(TheShared().root); }
+
+/// Keeps the end of the process waiting while a thread is within log4cplus.
+class Visit {
+public:
+    Visit() { TheShared().visitors.fetch_add(1); }
+    ~Visit() { TheShared().visitors.fetch_sub(1); }
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+    explicit operator bool() const { return !HasLog4cplusEnded(); }
+};
+
+void TakeLocks() {
+    if (!HasLog4cplusEnded()) RootImpl().appender_list_mutex.lock();
+    TheShared().output->Mutex().lock();
+}
+
+void GiveLocks() {
+    TheShared().output->Mutex().unlock();
+    if (!HasLog4cplusEnded()) RootImpl().appender_list_mutex.unlock();
+}
+
+/// log4cplus keeps the identifier of the thread that has forked.
+void ForgetThreadNumber() {
+    const std::string& name = log4cplus::thread::getCurrentThreadName2();
+    if (name.find_first_not_of("0123456789") == std::string::npos)
+        log4cplus::thread::setCurrentThreadName2("");
+}
+
+void RenewLocks() {
+    Shared& shared = TheShared();
+    shared.output->Mutex().Renew();
+    shared.visitors = 0;
+    if (shared.hasEnded) return;
+    std::construct_at(&RootImpl().appender_list_mutex);
+    ForgetThreadNumber();
+}
+
+/// Lets the threads out of log4cplus, within a second, and none in again.
+void EndLog4cplus() {
+    constexpr int kLooks = 1'000;
+    Shared& shared = TheShared();
+    shared.hasEnded = true;
+    for (int look = 0; look < kLooks && shared.visitors > 0; ++look)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+Shared& TheShared() {
+    static Shared& shared = *[] {
+        auto* const made = new Shared;
+        made->output = std::make_shared<LogOutput>(&WriteRollOverBanner, &Complain);
+        return made;
+    }();
+    return shared;
+}
+
+void HandleStagesOnce() {
+    static const bool isDone = [] {
+        TheShared();
+        platform::HandleStages({&TakeLocks, &GiveLocks, &RenewLocks, &EndLog4cplus});
+        return true;
+    }();
+    static_cast<void>(isDone);
+}
+
+void PassToGuests(ICLogger::Level level, std::string_view text) {
+    const Visit visit;
+    if (visit) RootImpl().callAppenders(OwnEvent(level, std::string(text)));
+}
+
+/// Takes what was logged within reports since the last time.
+auto TakeReports() {
+    const std::lock_guard lock(TheLogOutput().Mutex());
+    return std::exchange(TheShared().ofReports, {});
+}
+
+/// Only the appenders of a host take such events.
+/// The entry is written already, whatever becomes of it there.
+void WriteToGuests(ICLogger::Level level, std::string_view text) noexcept try {
+    Shared& shared = TheShared();
+    {
+        const Visit visit;
+        const LogOutput& output = *shared.output;
+        const std::size_t own = (output.HasFile() ? 1U : 0U) + (output.HasConsole() ? 1U : 0U);
+        shared.hasGuests = visit && ImplAccess::CountAppenders(RootImpl()) > own;
+    }
+    if (!shared.hasGuests) return;
+    for (const auto& [reportLevel, reportText] : TakeReports()) PassToGuests(reportLevel, reportText);
+    PassToGuests(level, text);
+} catch (...) {
+}
+
+std::string_view NameOf(ICLogger::Level level) {
+    static constexpr std::string_view kNames[] = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
+    return kNames[level];
+}
+
+bool WriteToOutput(ICLogger::Level level, std::string_view text) {
+    LogOutput& output = *TheShared().output;
+    const Visit visit;
+    if (visit) return output.Write(log4cplus::thread::getCurrentThreadName2(), NameOf(level), text);
+    return output.Write(std::to_string(platform::CurrentThreadId()), NameOf(level), text);
+}
+
+/// log4cplus starts threads when it is loaded, for asynchronous appenders that nobody has asked for yet.
+const bool threadsEnded = [] {
+    if (log4cplus::Logger::getCurrentLoggers().empty() &&
+        log4cplus::Logger::getRoot().getAllAppenders().empty())
+        log4cplus::deinitialize();
+    return true;
+}();
+
+}  // namespace
+
+LogOutput& TheLogOutput() { return *TheShared().output; }
+
+bool HasLog4cplusEnded() { return TheShared().hasEnded.load(std::memory_order_acquire); }
+
+void ConfigureRoot() {
+    log4cplus::initialize();
+    HandleStagesOnce();
+    log4cplus::BasicConfigurator::doConfigure();
+    Shared& shared = TheShared();
+    const log4cplus::SharedAppenderPtr theirs = shared.root.getAllAppenders().at(0);
+    const log4cplus::SharedAppenderPtr ours(new ConsoleAppender(shared.output));
+    ours->setName(theirs->getName());
+    const log4cplus::thread::MutexGuard guard(RootImpl().appender_list_mutex);
+    shared.root.removeAppender(theirs);
+    shared.root.addAppender(ours);
+}
+
+void InstallFile(const std::string& path) {
+    HandleStagesOnce();
+    PrepareRollOverBanner();
+    Shared& shared = TheShared();
+    // A service of the host may ask for it while the output writes its report.
+    if (shared.output->HasFile()) return shared.output->OpenFile(path);
+    if (const auto other = shared.root.getAppender(kFileAppender)) shared.root.removeAppender(other);
+    const log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, shared.output));
+    file->setName(kFileAppender);
+    shared.root.addAppender(file);
+}
+
+void ShutRootDown() {
+    Shared& shared = TheShared();
+    shared.output->CloseFile();
+    shared.output->CloseConsole();
+    const Visit visit;
+    if (!visit || shared.output->IsWritingHere()) return;  // the appenders stay without an output
+    shared.root.removeAllAppenders();
+    log4cplus::Logger::getDefaultHierarchy().shutdown();
+}
+
+std::int32_t* RootLevel() { return &ImplAccess::LevelOf(RootImpl()); }
+
+void SetRootLevel(std::int32_t level) { TheShared().root.setLogLevel(level); }
+
+bool IsRootEnabledFor(std::int32_t level) {
+    const Visit visit;
+    return !visit || TheShared().root.isEnabledFor(level);
+}
+
+void WriteToRoot(ICLogger::Level level, std::string_view text) {
+    if (WriteToOutput(level, text)) return WriteToGuests(level, text);
+    // The lock of the entry that caused the report is still held here.
+    if (TheShared().hasGuests) TheShared().ofReports.emplace_back(level, text);
+}
+
+}  // namespace quillon

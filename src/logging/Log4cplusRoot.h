@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "logging/LogOutput.h"
+#include "quillon/ICLogger.h"
+
+namespace quillon {
+
+/// Marks the events that CLogger makes for appenders of the host (InternalLoggingEvent::getType()).
+inline constexpr unsigned kOwnEvent = 7'001;
+
+/// Connects the process-wide output with the root logger of log4cplus, for which it stands: the root's level
+/// decides, what a host logs through log4cplus comes to the output, and what CLogger writes comes to the
+/// appenders that a host has added. log4cplus is destroyed while the process ends, when threads may still
+/// log; from then on it is left alone, and the output goes on.
+
+/// Returns the process-wide output, which is never destroyed.
+LogOutput& TheLogOutput();
+
+/// Starts log4cplus, without threads of its own, with one appender for standard output. Throws
+/// std::out_of_range when log4cplus did not make one.
+void ConfigureRoot();
+/// Makes the root write to the file of that path. The new file is open before an old one is closed.
+void InstallFile(const std::string& path);
+/// Closes and removes every appender of every logger.
+void ShutRootDown();
+
+/// Returns the root's level in log4cplus's numbers, which lives as long as the process. A host may change it.
+std::int32_t* RootLevel();
+void SetRootLevel(std::int32_t level);
+/// Returns whether log4cplus would pass an entry of a level.
+bool IsRootEnabledFor(std::int32_t level);
+
+/// Writes an entry to the output and to the appenders that the host has added.
+void WriteToRoot(ICLogger::Level level, std::string_view text);
+
+/// Returns whether the process ends and log4cplus is, or will soon be, gone.
+bool HasLog4cplusEnded();
+
+}  // namespace quillon

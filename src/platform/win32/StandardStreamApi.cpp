@@ -1,0 +1,83 @@
+#include "platform/StandardStreamApi.h"
+
+#include <io.h>
+
+#include <cstdint>
+#include <string>
+
+#include "platform/win32/LineEnds.h"
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon::platform {
+
+namespace {
+
+/// Goes by the C runtime's descriptor, which a host may have led elsewhere.
+HANDLE HandleOf(StandardStream stream) {
+    const int descriptor = stream == StandardStream::Output ? 1 : 2;
+    return reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
+}
+
+bool IsOpen(HANDLE handle) {
+    constexpr std::intptr_t kNoConsole = -2;  // what the runtime answers without any stream
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE &&
+           handle != reinterpret_cast<HANDLE>(kNoConsole);
+}
+
+/// FILE_PIPE_LOCAL_INFORMATION, which the headers keep for drivers.
+struct PipeInformation {
+    ULONG type, configuration, maximumInstances, currentInstances, inboundQuota, readDataAvailable,
+        outboundQuota, writeQuotaAvailable, state, end;
+};
+
+struct StatusBlock {
+    void* status;
+    ULONG_PTR information;
+};
+
+using QueryFile = LONG(NTAPI*)(HANDLE, StatusBlock*, void*, ULONG, int);
+
+/// Returns how much a pipe takes without waiting; everything when the system does not tell.
+std::size_t RoomInPipe(HANDLE pipe) {
+    constexpr int kPipeLocalInformation = 24;
+    static const auto query = reinterpret_cast<QueryFile>(reinterpret_cast<void (*)()>(
+        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationFile")));
+    PipeInformation information{};
+    StatusBlock block{};
+    if (query == nullptr || query(pipe, &block, &information, sizeof information, kPipeLocalInformation) < 0)
+        return SIZE_MAX;
+    return information.writeQuotaAvailable;
+}
+
+}  // namespace
+
+StreamUse UseOfStream(StandardStream stream) {
+    const HANDLE handle = HandleOf(stream);
+    if (!IsOpen(handle)) return StreamUse::Closed;
+    const DWORD type = ::GetFileType(handle);
+    DWORD mode = 0;
+    if (type == FILE_TYPE_DISK) return StreamUse::Sink;
+    return type == FILE_TYPE_CHAR && ::GetConsoleMode(handle, &mode) == 0 ? StreamUse::Sink
+                                                                          : StreamUse::Reader;
+}
+
+std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text) {
+    const HANDLE handle = HandleOf(stream);
+    if (use == StreamUse::Closed || !IsOpen(handle)) return 0;
+    const std::string bytes = WithCrLf(text);
+    const bool isPipe = use == StreamUse::Reader && ::GetFileType(handle) == FILE_TYPE_PIPE;
+    if (isPipe && RoomInPipe(handle) < bytes.size()) return 0;
+    DWORD count = 0;
+    const BOOL written = ::WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
+    return written != 0 && count == bytes.size() ? text.size() : 0;
+}
+
+bool TakesText(StandardStream stream) {
+    constexpr std::size_t kShort = 1'000;
+    const StreamUse use = UseOfStream(stream);
+    const HANDLE handle = HandleOf(stream);
+    return use == StreamUse::Sink || (use == StreamUse::Reader && (::GetFileType(handle) != FILE_TYPE_PIPE ||
+                                                                   RoomInPipe(handle) >= kShort));
+}
+
+}  // namespace quillon::platform
