@@ -21,6 +21,10 @@ std::string BindFunctions(EvtFunctions& functions) {
         module = platform::Procedures().loadModule(*directory + separator + "wevtapi.dll");
     }
     if (module == nullptr) return "Failed to load wevtapi.dll";
+    EntryPointBinder(module).Bind("EvtSeek", functions.seek);
+    EntryPointBinder(module)
+        .Bind("EvtOpenPublisherMetadata", functions.openPublisherMetadata)
+        .Bind("EvtFormatMessage", functions.formatMessage);
     return EntryPointBinder(module)
         .Bind("EvtSubscribe", functions.subscribe)
         .Bind("EvtClose", functions.close)

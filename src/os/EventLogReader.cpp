@@ -1,17 +1,13 @@
 #include "quillon/EventLogReader.h"
 
-#include <array>
-#include <exception>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 #include "base/ErrorCodes.h"
-#include "base/Utf.h"
-#include "os/EventBookmark.h"
+#include "os/EventPlace.h"
+#include "os/EventReading.h"
 #include "platform/ErrorText.h"
 #include "platform/EventLogTypes.h"
-#include "quillon/EvtHandle.h"
 #include "quillon/IApplicationDataStore.h"
 #include "quillon/StringUtils.h"
 
@@ -23,107 +19,97 @@ using Result = EventLogReader::Result;
 using Start = EventLogReader::Start;
 using Visitor = EventLogReader::Visitor;
 
-constexpr unsigned long kNoTimeout = 0xFFFFFFFF;
-
-/// Owns the handles of one EvtNext from the moment when they are there.
-struct Batch {
-    /// Some systems refuse a batch of more than 2 MiB with RPC_S_INVALID_BOUND (1734), and an event may
-    /// have 64 KiB.
-    static constexpr unsigned long kSize = 16;
-    std::array<EvtHandle, kSize> events;
-    unsigned long count = 0;
-
-    bool Take(void* resultSet) {
-        std::array<void*, kSize> handles{};
-        count = 0;
-        if (EventLogProxy::EvtNext(resultSet, kSize, handles.data(), kNoTimeout, 0, &count) == 0)
-            return false;
-        for (unsigned long i = 0; i < count; ++i) events[i].Reset(handles[i]);
-        return true;
-    }
-};
-
-/// Visits the events of a query. Returns 0 when the query or the visitor came to an end, else the code of
-/// the failure.
-std::uint32_t VisitAll(const std::string& channel, const std::string& query, unsigned long direction,
-                       const Visitor& visitor) {
-    const EvtHandle results(EventLogProxy::EvtQuery(nullptr, base::ToWide(channel).c_str(),
-                                                    base::ToWide(query).c_str(),
-                                                    platform::kEvtChannelPath | direction));
-    if (!results) return platform::LastError();
-    Batch batch;
-    while (batch.Take(results.Get())) {
-        for (unsigned long i = 0; i < batch.count; ++i) {
-            LogEvent event;
-            if (!EventLogReader::Read(batch.events[i].Get(), event)) {
-                const std::uint32_t code = platform::LastError();
-                return code != 0 ? code : base::kInvalidData;
-            }
-            if (!visitor(event)) return 0;
-        }
-    }
-    const std::uint32_t code = platform::LastError();
-    return code == base::kNoMoreItems ? 0 : code;
-}
-
-/// Counts what it visits, and keeps the place of the last event that the visitor took.
+/// Visits events, counts them, and keeps the place of the last one that was taken.
 class Progress {
 public:
-    Progress(const Visitor& visitor, std::string& bookmark) : m_visitor(visitor), m_bookmark(bookmark) {}
+    Progress(const Visitor& visitor, EventPlace& place, Result& result)
+        : m_visitor(visitor), m_place(place), m_result(result) {}
 
-    bool Visit(const LogEvent& event) {
-        const bool goOn = m_visitor(event);
-        m_bookmark = EventBookmark{event.recordId, event.time}.ToText();
-        ++m_visited;
-        return goOn;
+    /// Visits what a reading has left.
+    void Run(EventReading& reading) {
+        m_result.errorCode =
+            reading.Visit([this](void* event, const LogEvent* read) { return Visit(event, read); });
+        if (m_result.errorCode == 0) m_result.errorCode = m_placeCode;
     }
-    std::uint64_t Visited() const { return m_visited; }
 
 private:
+    bool Visit(void* event, const LogEvent* read) {
+        const bool goOn = read == nullptr || m_visitor(*read);
+        ++(read == nullptr ? m_result.unreadable : m_result.visited);
+        if (m_place.MoveTo(event, read)) return goOn;
+        m_placeCode = platform::LastError();
+        return false;
+    }
+
     const Visitor& m_visitor;
-    std::string& m_bookmark;
-    std::uint64_t m_visited = 0;
+    EventPlace& m_place;
+    Result& m_result;
+    std::uint32_t m_placeCode = 0;
 };
 
-Result ReadFromOldest(const std::string& channel, Start start, const Visitor& visitor,
-                      std::string& bookmark) {
-    Progress progress(visitor, bookmark);
-    const std::uint32_t code = VisitAll(channel, "*", platform::kEvtForward,
-                                        [&](const LogEvent& event) { return progress.Visit(event); });
-    return {code, start, progress.Visited()};
+Result ReadFromOldest(const EventLogSource& source, Start start, const Visitor& visitor, EventPlace& place) {
+    Result result{0, start};
+    EventReading reading(source, platform::kEvtForward);
+    Progress(visitor, place, result).Run(reading);
+    return result;
 }
 
-/// Skips the event of the bookmark and visits those after it. Returns nothing when the first event of
-/// that number or above is another one: the one of the bookmark is gone, or another event has its number.
-std::optional<Result> ReadFromBookmark(const std::string& channel, const EventBookmark& from,
-                                       const Visitor& visitor, std::string& bookmark) {
-    Progress progress(visitor, bookmark);
-    bool isFound = false;
-    const auto visit = [&](const LogEvent& event) {
-        if (isFound) return progress.Visit(event);
-        isFound = from.IsOf(event);
-        return isFound;
-    };
-    const std::string query = "*[System[(EventRecordID>=" + std::to_string(from.recordId) + ")]]";
-    const std::uint32_t code = VisitAll(channel, query, platform::kEvtForward, visit);
-    if (!isFound && code == 0) return std::nullopt;
-    return Result{code, Start::Bookmark, progress.Visited()};
+/// Moves to the newest event, and to no event when there is none.
+Result SkipAll(const EventLogSource& source, EventPlace& place) {
+    Result result{0, Start::Now};
+    EventReading reading(source, platform::kEvtReverse);
+    result.errorCode = reading.Visit([&](void* event, const LogEvent* read) {
+        if (!place.MoveTo(event, read)) result.unreadable = 1;
+        return false;
+    });
+    return result;
+}
+
+/// Skips the event of the bookmark and visits those after it. Returns nothing when that event is not there
+/// any more, or another one is in its place.
+std::optional<Result> ReadFromBookmark(const EventLogSource& source, const EventBookmark& from,
+                                       const Visitor& visitor, EventPlace& place) {
+    Result result{0, Start::Bookmark};
+    EventReading reading(source, platform::kEvtForward);
+    if (!place.MoveTo(from)) {
+        result.errorCode = platform::LastError();
+        return IsPassingFailure(result.errorCode) ? std::optional(result) : std::nullopt;
+    }
+    if (!reading.Seek(place.Handle())) {
+        result.errorCode = reading.ErrorCode();
+        return result.errorCode != 0 ? std::optional(result) : std::nullopt;
+    }
+    bool isSame = false;
+    result.errorCode = reading.Visit([&](void*, const LogEvent* read) {
+        isSame = read == nullptr || from.MayBeOf(*read);
+        return false;
+    });
+    if (result.errorCode != 0) return result;
+    if (!isSame) return std::nullopt;
+    Progress(visitor, place, result).Run(reading);
+    return result;
 }
 
 }  // namespace
 
-EventLogReader::EventLogReader(std::string channel, IApplicationDataStore& store)
-    : m_channel(std::move(channel)), m_store(store) {}
+EventLogReader::EventLogReader(std::string channel, IApplicationDataStore& store) : m_store(store) {
+    m_source.name = std::move(channel);
+}
+
+EventLogReader::EventLogReader(EventLogSource source, IApplicationDataStore& store)
+    : m_source(std::move(source)), m_store(store) {}
 
 Result EventLogReader::ReadNew(const Visitor& visitor) const {
     std::string before;
     m_store.GetDatabaseProperty(PropertyName(), before);
     std::string bookmark = before;
+    EventPlace place;
     const auto keep = [&] {
+        if (const auto reached = place.Get()) bookmark = reached->ToText();
         if (bookmark != before) m_store.SetDatabaseProperty(PropertyName(), bookmark);
     };
     try {
-        const Result result = Continue(bookmark, visitor);
+        const Result result = Continue(bookmark, place, visitor);
         keep();
         return result;
     } catch (...) {
@@ -132,23 +118,41 @@ Result EventLogReader::ReadNew(const Visitor& visitor) const {
     }
 }
 
-Result EventLogReader::Continue(std::string& bookmark, const Visitor& visitor) const {
-    const auto from = EventBookmark::Parse(bookmark);
-    if (!from) return ReadFromOldest(m_channel, Start::Oldest, visitor, bookmark);
-    if (const auto result = ReadFromBookmark(m_channel, *from, visitor, bookmark)) return *result;
-    bookmark.clear();  // a cleared channel's gap is told once, also while it is empty
-    return ReadFromOldest(m_channel, Start::Gap, visitor, bookmark);
+/// Changes the bookmark only where there is no event to be its place.
+Result EventLogReader::Continue(std::string& bookmark, EventPlace& place, const Visitor& visitor) const {
+    const auto from = EventBookmark::Parse(bookmark, m_source.name);
+    if (!from && m_source.fromNow) {
+        const Result result = SkipAll(m_source, place);
+        if (result.errorCode == 0) bookmark = EventBookmark().ToText();
+        return result;
+    }
+    if (!from) return ReadFromOldest(m_source, Start::Oldest, visitor, place);
+    if (from->xml.empty()) return ReadFromOldest(m_source, Start::Bookmark, visitor, place);
+    if (const auto result = ReadFromBookmark(m_source, *from, visitor, place)) return *result;
+    place = EventPlace();
+    const Result result = ReadFromOldest(m_source, Start::Gap, visitor, place);
+    if (result.errorCode == 0) bookmark.clear();  // a cleared channel's gap is told once, also while empty
+    return result;
 }
 
 std::string EventLogReader::PropertyName() const {
-    return "EventLogBookmark." + StringUtils::ToUppercase(m_channel);
+    const std::string query = m_source.query == "*" ? "" : ' ' + m_source.query;
+    return "EventLogBookmark." + StringUtils::ToUppercase(m_source.name) + query;
 }
 
 Result EventLogReader::Query(const std::string& channel, const std::string& query, const Visitor& visitor) {
+    EventLogSource source;
+    source.name = channel;
+    source.query = query;
+    return Query(source, visitor);
+}
+
+Result EventLogReader::Query(const EventLogSource& source, const Visitor& visitor) {
     Result result;
-    result.errorCode = VisitAll(channel, query, platform::kEvtReverse, [&](const LogEvent& event) {
-        ++result.visited;
-        return visitor(event);
+    EventReading reading(source, platform::kEvtReverse);
+    result.errorCode = reading.Visit([&](void*, const LogEvent* read) {
+        ++(read == nullptr ? result.unreadable : result.visited);
+        return read == nullptr || visitor(*read);
     });
     return result;
 }

@@ -1,100 +1,32 @@
-#include <cstddef>
-#include <vector>
+#include <array>
+#include <cinttypes>
+#include <cstdio>
 
-#include "base/CivilTime.h"
-#include "base/ErrorCodes.h"
-#include "base/Utf.h"
+#include "os/EventRenderer.h"
 #include "platform/ErrorText.h"
-#include "platform/EventLogTypes.h"
 #include "quillon/DateTimeUtils.h"
-#include "quillon/EventLogReader.h"
-#include "quillon/EvtHandle.h"
 
 namespace quillon {
 
 namespace {
 
-using platform::EvtType;
-using platform::EvtVariant;
-
-/// Holds an array of variants followed by the texts that they point to, or a text.
-using Rendered = std::vector<EvtVariant>;
-
-/// Renders an event, or a part of it, in a buffer that is large enough; empty on failure, see the last
-/// error.
-Rendered Render(void* context, void* event, unsigned long flags, unsigned long& propertyCount) {
-    Rendered buffer(128);
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        const std::size_t size = buffer.size() * sizeof(EvtVariant);
-        unsigned long used = 0;
-        if (EventLogProxy::EvtRender(context, event, flags, static_cast<unsigned long>(size), buffer.data(),
-                                     &used, &propertyCount) != 0) {
-            return buffer;
-        }
-        if (platform::LastError() != base::kInsufficientBuffer) break;
-        buffer.resize(used / sizeof(EvtVariant) + 1);
-    }
-    return {};
-}
-
-std::string Text(const EvtVariant& value) {
-    return value.type == EvtType::String && value.text != nullptr ? base::ToUtf8(value.text) : "";
-}
-
-/// Returns the number in the width of its type: the system leaves the other bytes undefined.
-std::uint64_t Number(const EvtVariant& value) {
-    switch (value.type) {
-        case EvtType::Byte:
-            return value.byte;
-        case EvtType::UInt16:
-            return value.uint16;
-        case EvtType::UInt64:
-        case EvtType::FileTime:
-            return value.number;
-        default:
-            return 0;
-    }
-}
-
-TimePoint Time(const EvtVariant& value) {
-    constexpr std::int64_t kBefore1970 =
-        -base::DaysFromCivil(1601, 1, 1) * base::kSecondsPerDay * base::kTicksPerSecond;
-    return TimePoint(TimePoint::duration(static_cast<std::int64_t>(Number(value)) - kBefore1970));
-}
-
-bool ReadValues(void* context, void* event, LogEvent& result) {
-    unsigned long count = 0;
-    const Rendered values = Render(context, event, platform::kEvtRenderValues, count);
-    if (values.empty()) return false;
-    if (count < platform::EvtSystemPropertyCount) {
-        platform::SetLastErrorCode(base::kInvalidData);
-        return false;
-    }
-    result.provider = Text(values[platform::EvtProviderName]);
-    result.eventId = static_cast<std::uint32_t>(Number(values[platform::EvtEventId]));
-    result.level = static_cast<std::uint32_t>(Number(values[platform::EvtLevel]));
-    result.time = Time(values[platform::EvtTimeCreated]);
-    result.recordId = Number(values[platform::EvtRecordId]);
-    result.channel = Text(values[platform::EvtChannel]);
-    result.computer = Text(values[platform::EvtComputer]);
-    return true;
-}
-
-bool ReadXml(void* event, LogEvent& result) {
-    unsigned long count = 0;
-    const Rendered text = Render(nullptr, event, platform::kEvtRenderXml, count);
-    if (text.empty()) return false;
-    result.xml = base::ToUtf8(reinterpret_cast<const wchar_t*>(text.data()));
-    return true;
+/// As the event log writes them.
+std::string KeywordsText(std::uint64_t keywords) {
+    std::array<char, 24> text{};
+    std::snprintf(text.data(), text.size(), "0x%" PRIx64, keywords);
+    return text.data();
 }
 
 }  // namespace
 
 bool EventLogReader::Read(void* event, LogEvent& result) {
-    EvtHandle context(EventLogProxy::EvtCreateRenderContext(0, nullptr, platform::kEvtContextSystem));
-    const bool isRead = context && ReadValues(context.Get(), event, result) && ReadXml(event, result);
-    const std::uint32_t code = platform::LastError();
-    context.Reset();
+    std::uint32_t code = 0;
+    bool isRead = false;
+    {
+        EventRenderer renderer(false);
+        isRead = renderer.Read(event, result);
+        code = platform::LastError();
+    }
     platform::SetLastErrorCode(code);
     return isRead;
 }
@@ -108,6 +40,13 @@ DataTable EventLogReader::MakeTable() {
     table.AddLongLongCol("Level");
     table.AddStringCol("Channel");
     table.AddStringCol("Computer");
+    table.AddLongLongCol("Task");
+    table.AddLongLongCol("Opcode");
+    table.AddStringCol("Keywords");
+    table.AddLongLongCol("ProcessId");
+    table.AddLongLongCol("ThreadId");
+    table.AddStringCol("User");
+    table.AddStringCol("Message");
     table.AddStringCol("Xml");
     return table;
 }
@@ -121,6 +60,13 @@ VariantList EventLogReader::ToRow(const LogEvent& event) {
     row.Add("Level", event.level);
     row.Add("Channel", event.channel);
     row.Add("Computer", event.computer);
+    row.Add("Task", event.task);
+    row.Add("Opcode", event.opcode);
+    row.Add("Keywords", KeywordsText(event.keywords));
+    row.Add("ProcessId", event.processId);
+    row.Add("ThreadId", event.threadId);
+    row.Add("User", event.user);
+    row.Add("Message", event.message);
     row.Add("Xml", event.xml);
     return row;
 }

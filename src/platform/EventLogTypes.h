@@ -13,18 +13,23 @@ enum class EvtType : std::uint32_t {
     String = 1,
     Byte = 4,
     UInt16 = 6,
+    UInt32 = 8,
     UInt64 = 10,
     Boolean = 13,
-    FileTime = 17
+    FileTime = 17,
+    Sid = 19,
+    HexInt64 = 21
 };
 
 struct EvtVariant {
     union {
         std::uint64_t number = 0;  // also what has fewer bits
         std::int32_t boolean;
+        std::uint32_t uint32;
         std::uint16_t uint16;
         std::uint8_t byte;
         const wchar_t* text;
+        const unsigned char* sid;
     };
     std::uint32_t count = 0;
     EvtType type = EvtType::Null;
@@ -41,8 +46,14 @@ inline constexpr unsigned long kEvtOriginMask = 3;
 inline constexpr unsigned long kEvtStrict = 0x10000;
 // EvtQuery
 inline constexpr unsigned long kEvtChannelPath = 0x1;
+inline constexpr unsigned long kEvtFilePath = 0x2;
 inline constexpr unsigned long kEvtForward = 0x100;
 inline constexpr unsigned long kEvtReverse = 0x200;
+// EvtSeek
+inline constexpr unsigned long kEvtSeekRelativeToBookmark = 4;
+inline constexpr unsigned long kEvtSeekStrict = 0x10000;
+// EvtFormatMessage
+inline constexpr unsigned long kEvtFormatEvent = 1;
 // EvtRender and its contexts
 inline constexpr unsigned long kEvtRenderValues = 0;
 inline constexpr unsigned long kEvtRenderXml = 1;
@@ -53,10 +64,16 @@ enum EvtSystemProperty : unsigned {
     EvtProviderName = 0,
     EvtEventId = 2,
     EvtLevel = 4,
+    EvtTask = 5,
+    EvtOpcode = 6,
+    EvtKeywords = 7,
     EvtTimeCreated = 8,
     EvtRecordId = 9,
+    EvtProcessId = 12,
+    EvtThreadId = 13,
     EvtChannel = 14,
     EvtComputer = 15,
+    EvtUserId = 16,
     EvtSystemPropertyCount = 18
 };
 
@@ -83,6 +100,14 @@ struct EvtFunctions {
     int (*setChannelConfigProperty)(void* config, int property, unsigned long flags,
                                     const EvtVariant* value) = nullptr;
     int (*saveChannelConfig)(void* config, unsigned long flags) = nullptr;
+    // These are null when the system lacks them, which is no failure of the interface.
+    int (*seek)(void* resultSet, std::int64_t position, void* bookmark, unsigned long timeout,
+                unsigned long flags) = nullptr;
+    void* (*openPublisherMetadata)(void* session, const wchar_t* publisher, const wchar_t* logFile,
+                                   unsigned long locale, unsigned long flags) = nullptr;
+    int (*formatMessage)(void* publisherMetadata, void* event, unsigned long messageId,
+                         unsigned long valueCount, EvtVariant* values, unsigned long flags,
+                         unsigned long bufferSize, wchar_t* buffer, unsigned long* bufferUsed) = nullptr;
 };
 
 }  // namespace quillon::platform

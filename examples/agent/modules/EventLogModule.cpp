@@ -1,14 +1,16 @@
 #include "modules/Modules.h"
 
+#include <algorithm>
+#include <chrono>
 #include <limits>
-#include <mutex>
 #include <utility>
 
 #include "modules/Describe.h"
 #include "modules/Waiting.h"
 #include "quillon/DestructorFunctor.h"
+#include "quillon/EventLogProxy.h"
 #include "quillon/EventLogReader.h"
-#include "quillon/EvtHandle.h"
+#include "quillon/EventSubscription.h"
 #include "quillon/ICLogger.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ParameterBinder.h"
@@ -21,6 +23,7 @@ namespace {
 
 constexpr long long kDefaultMax = 100;
 constexpr long long kDefaultSeconds = 10;
+constexpr long long kMostFollowed = 10'000;
 
 bool HasEventLog(InvocationResult& result) {
     EventLogProxy::Initialize(*ServiceLocator::Get<ICLogger>());
@@ -28,13 +31,27 @@ bool HasEventLog(InvocationResult& result) {
     return Fail(InvocationResult::kSystemFailure, "The system has no event log", result);
 }
 
+/// Tells of events that are there and cannot be shown.
+void LogUnreadable(const std::string& channel, std::uint64_t count) {
+    if (count != 0)
+        ServiceLocator::Get<ICLogger>()->Warn("%llu events of channel '%s' cannot be rendered",
+                                              static_cast<unsigned long long>(count), channel.c_str());
+}
+
+void FailToRead(const std::string& channel, std::uint32_t code, InvocationResult& result) {
+    const std::string reason = StringUtils::GetErrorAsString(static_cast<int>(code));
+    Fail(InvocationResult::kSystemFailure, "Channel '" + channel + "' cannot be read: " + reason, result);
+}
+
 void Query(const MethodParameters& parameters, InvocationResult& result) {
-    std::string channel, query = "*";
+    EventLogSource source;
     long long max = kDefaultMax;
     ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("channel", channel);
-    binder.AddOptionalBinding("query", query);
+    binder.AddMandatoryBinding("channel", source.name);
+    binder.AddOptionalBinding("query", source.query);
     binder.AddOptionalBinding("max", max);
+    binder.AddOptionalBinding("file", source.isFile);
+    binder.AddOptionalBinding("message", source.withMessage);
     if (!binder.Bind(result) ||
         !MethodParameterValidation::InRange("max", max, 1, std::numeric_limits<long long>::max(), result) ||
         !HasEventLog(result)) {
@@ -42,78 +59,59 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     }
 
     DataTable table = EventLogReader::MakeTable();
-    const auto outcome = EventLogReader::Query(channel, query, [&](const LogEvent& event) {
+    const auto outcome = EventLogReader::Query(source, [&](const LogEvent& event) {
         table.AddRow(EventLogReader::ToRow(event));
         return --max > 0;
     });
     result.resultTable = std::move(table);
-    if (outcome.errorCode != 0)
-        Fail(InvocationResult::kSystemFailure,
-             StringUtils::GetErrorAsString(static_cast<int>(outcome.errorCode)), result);
+    LogUnreadable(source.name, outcome.unreadable);
+    if (outcome.errorCode != 0) FailToRead(source.name, outcome.errorCode, result);
 }
 
-/// Takes what a subscription delivers. It outlives every subscription: a last event may come
-/// while that is being closed.
-class Deliveries {
-public:
-    static Deliveries& Get() {
-        static Deliveries& deliveries = *new Deliveries;
-        return deliveries;
+/// Takes events until the time is over, there are enough, or the host shuts down.
+void TakeEvents(const EventLogSource& source, std::chrono::seconds time, long long max,
+                InvocationResult& result) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + time;
+    EventSubscription subscription;
+    if (!subscription.Open(source)) return FailToRead(source.name, subscription.ErrorCode(), result);
+    DataTable table = EventLogReader::MakeTable();
+    LogEvent event;
+    auto outcome = EventSubscription::Outcome::Event;
+    while (outcome == EventSubscription::Outcome::Event && max-- > 0) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+        outcome = subscription.Take(event, std::max(left, std::chrono::milliseconds(0)));
+        if (outcome == EventSubscription::Outcome::Event) table.AddRow(EventLogReader::ToRow(event));
     }
-
-    static unsigned long Take(EVT_SUBSCRIBE_NOTIFY_ACTION action, void*, void* event) {
-        if (action != EvtSubscribeActionDeliver) return 0;
-        try {
-            LogEvent read;
-            if (EventLogReader::Read(event, read)) Get().Add(read);
-        } catch (...) {  // no memory for one more event
-        }
-        return 0;
-    }
-
-    DataTable TakeAll() {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_events, EventLogReader::MakeTable());
-    }
-
-private:
-    void Add(const LogEvent& event) {
-        const std::lock_guard lock(m_mutex);
-        m_events.AddRow(EventLogReader::ToRow(event));
-    }
-
-    std::mutex m_mutex;
-    DataTable m_events = EventLogReader::MakeTable();
-};
+    result.resultTable = std::move(table);
+    LogUnreadable(source.name, subscription.Unreadable());
+    if (outcome == EventSubscription::Outcome::Failed)
+        FailToRead(source.name, subscription.ErrorCode(), result);
+}
 
 void Follow(const MethodParameters& parameters, InvocationResult& result) {
-    constexpr unsigned long kToFutureEvents = 1;
-    std::string channel;
-    long long seconds = kDefaultSeconds;
+    EventLogSource source;
+    source.fromNow = true;
+    long long seconds = kDefaultSeconds, max = kMostFollowed;
     ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("channel", channel);
+    binder.AddMandatoryBinding("channel", source.name);
     binder.AddOptionalBinding("seconds", seconds);
+    binder.AddOptionalBinding("query", source.query);
+    binder.AddOptionalBinding("max", max);
+    binder.AddOptionalBinding("message", source.withMessage);
     if (!binder.Bind(result) ||
         !MethodParameterValidation::InRange("seconds", seconds, 0, kLongestWait, result) ||
+        !MethodParameterValidation::InRange("max", max, 1, std::numeric_limits<long long>::max(), result) ||
         !HasEventLog(result))
         return;
 
-    const std::wstring wide = StringUtils::NarrowStringToWide(channel);
+    const std::wstring wide = StringUtils::NarrowStringToWide(source.name);
     if (!EventLogProxy::EnableChannelIfRequired(wide.c_str())) {
-        Fail(InvocationResult::kSystemFailure, "Channel '" + channel + "' cannot be enabled", result);
+        Fail(InvocationResult::kSystemFailure, "Channel '" + source.name + "' cannot be enabled", result);
         return;
     }
     const DestructorFunctor release([&] { EventLogProxy::DisableChannelIfRequired(wide.c_str()); });
-    Deliveries::Get().TakeAll();
-    EvtHandle subscription(EventLogProxy::EvtSubscribe(nullptr, nullptr, wide.c_str(), L"*", nullptr, nullptr,
-                                                       &Deliveries::Take, kToFutureEvents));
-    if (!subscription) {
-        Fail(InvocationResult::kSystemFailure, StringUtils::GetLastErrorAsString(), result);
-        return;
-    }
-    WaitSeconds(seconds);
-    subscription.Reset();
-    result.resultTable = Deliveries::Get().TakeAll();
+    TakeEvents(source, std::chrono::seconds(seconds), max, result);
 }
 
 void DescribeEvents(IMethodMetadataBuilder& builder) {
@@ -126,7 +124,19 @@ void DescribeEvents(IMethodMetadataBuilder& builder) {
               "1 critical, 2 error, 3 warning, 4 information, 5 verbose, 0 always.");
     AddColumn(builder, "Channel", typeid(std::string), "The channel's own name.");
     AddColumn(builder, "Computer", typeid(std::string), "Where it was logged.");
+    AddColumn(builder, "Task", typeid(long long), "The provider's part of the work.");
+    AddColumn(builder, "Opcode", typeid(long long), "The step in that part: 1 start, 2 stop.");
+    AddColumn(builder, "Keywords", typeid(std::string), "The event's keywords, bits in hexadecimal.");
+    AddColumn(builder, "ProcessId", typeid(long long), "The process that logged it; 0 when unknown.");
+    AddColumn(builder, "ThreadId", typeid(long long), "The thread that logged it; 0 when unknown.");
+    AddColumn(builder, "User", typeid(std::string),
+              "Security identifier of the account; empty when unknown.");
+    AddColumn(builder, "Message", typeid(std::string), "Text for people; empty unless it is wanted.");
     AddColumn(builder, "Xml", typeid(std::string), "The whole event.");
+}
+
+void DescribeMessage(IMethodMetadataBuilder& builder) {
+    AddFlag(builder, "message", "Whether the texts of the events are read as well, which takes longer.");
 }
 
 void DescribeQuery(IMethodMetadataBuilder& builder) {
@@ -143,6 +153,8 @@ void DescribeQuery(IMethodMetadataBuilder& builder) {
         .Description("Largest number of events.")
         .OptionalValue(kDefaultMax)
         .BindParameter();
+    AddFlag(builder, "file", "Whether 'channel' is the path of an .evtx file.");
+    DescribeMessage(builder);
     DescribeEvents(builder);
 }
 
@@ -157,7 +169,16 @@ void DescribeFollow(IMethodMetadataBuilder& builder) {
         .CreateParameter("seconds", typeid(long long))
         .Description("How long; less when the agent is asked to end.")
         .OptionalValue(kDefaultSeconds)
+        .BindParameter()
+        .CreateParameter("query", typeid(std::string))
+        .Description("XPath that the events must match.")
+        .OptionalValue("*")
+        .BindParameter()
+        .CreateParameter("max", typeid(long long))
+        .Description("Largest number of events, after which it ends early.")
+        .OptionalValue(kMostFollowed)
         .BindParameter();
+    DescribeMessage(builder);
     DescribeEvents(builder);
 }
 

@@ -42,6 +42,9 @@ EntryPoints EventLog::Exports() {
             {"EvtCreateBookmark", reinterpret_cast<platform::Procedure>(&CreateBookmark)},
             {"EvtUpdateBookmark", reinterpret_cast<platform::Procedure>(&UpdateBookmark)},
             {"EvtQuery", reinterpret_cast<platform::Procedure>(&Query)},
+            {"EvtSeek", reinterpret_cast<platform::Procedure>(&Seek)},
+            {"EvtOpenPublisherMetadata", reinterpret_cast<platform::Procedure>(&OpenPublisherMetadata)},
+            {"EvtFormatMessage", reinterpret_cast<platform::Procedure>(&FormatMessageText)},
             {"EvtNext", reinterpret_cast<platform::Procedure>(&Next)},
             {"EvtOpenChannelConfig", reinterpret_cast<platform::Procedure>(&OpenChannelConfig)},
             {"EvtGetChannelConfigProperty", reinterpret_cast<platform::Procedure>(&GetChannelConfigProperty)},
@@ -54,6 +57,7 @@ void EventLog::Reset() {
     m_channels.clear();
     m_objects.clear();
     m_failures.clear();
+    m_unreadable.clear();
     m_note.reset();
 }
 
@@ -69,13 +73,20 @@ bool EventLog::IsEnabled(const std::string& channel) {
 }
 
 std::uint64_t EventLog::Write(const std::string& channel, Event event) {
+    event.recordId = 0;
+    return Forward(channel, std::move(event));
+}
+
+std::uint64_t EventLog::Forward(const std::string& channel, Event event) {
     std::vector<void*> subscriptions;
     std::uint64_t number = 0;
     {
         const std::lock_guard lock(m_mutex);
         Channel* const target = Find(channel);
         if (target == nullptr || !target->isEnabled) return 0;
-        number = event.recordId = ++target->lastRecordId;
+        event.place = ++target->lastRecordId;
+        if (event.recordId == 0) event.recordId = event.place;
+        number = event.recordId;
         event.fileTime = FileTimeNow();
         event.channel = target->name;
         if (target->events.size() == target->capacity) target->events.pop_front();
@@ -102,6 +113,11 @@ void EventLog::Clear(const std::string& channel, bool restartNumbers) {
 void EventLog::FailNext(const std::string& entryPoint, std::uint32_t code) {
     const std::lock_guard lock(m_mutex);
     m_failures[entryPoint] = code;
+}
+
+void EventLog::MakeUnreadable(const std::string& message, std::uint32_t code) {
+    const std::lock_guard lock(m_mutex);
+    m_unreadable[message] = code;
 }
 
 std::size_t EventLog::CountHandles() {

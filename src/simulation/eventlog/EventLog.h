@@ -26,6 +26,7 @@ struct Event {
     std::uint64_t recordId = 0;
     std::uint64_t fileTime = 0;
     std::string channel;
+    std::uint64_t place = 0;  // in the channel, which a bookmark names
 };
 
 /// One condition on a number of an event, or none: "*" and "*[System[(EventID=7)]]",
@@ -60,8 +61,14 @@ public:
     bool IsEnabled(const std::string& channel);
     /// The event's number; 0 when the channel is disabled or missing, and nothing is kept.
     std::uint64_t Write(const std::string& channel, Event event);
+    /// As Write(), but with the number that the sender gave the event, as in a collector's log.
+    std::uint64_t Forward(const std::string& channel, Event event);
+    /// Lets every rendering of events with a text fail with a code.
+    void MakeUnreadable(const std::string& message, std::uint32_t code);
     /// Removes the events; numbers may begin anew.
     void Clear(const std::string& channel, bool restartNumbers);
+    /// The code of a failure that leaves the last error 0.
+    static constexpr std::uint32_t kWithoutReason = 0xFFFFFFFF;
     /// Lets the next call of an entry point fail with a code, once.
     void FailNext(const std::string& entryPoint, std::uint32_t code);
     std::size_t CountHandles();
@@ -94,10 +101,12 @@ private:
     };
     struct Bookmark {
         std::string channel;
-        std::uint64_t recordId = 0;
+        std::uint64_t place = 0;
     };
     struct RenderContext {};
-    using Object = std::variant<Config, ResultSet, Subscription, Bookmark, RenderContext, EventPointer>;
+    struct Publisher {};
+    using Object =
+        std::variant<Config, ResultSet, Subscription, Bookmark, RenderContext, Publisher, EventPointer>;
 
     EventLog() = default;
 
@@ -113,6 +122,13 @@ private:
     static void* Query(void* session, const wchar_t* path, const wchar_t* query, unsigned long flags);
     static int Next(void* resultSet, unsigned long count, void** events, unsigned long timeout,
                     unsigned long flags, unsigned long* returned);
+    static int Seek(void* resultSet, std::int64_t position, void* bookmark, unsigned long timeout,
+                    unsigned long flags);
+    static void* OpenPublisherMetadata(void* session, const wchar_t* publisher, const wchar_t* logFile,
+                                       unsigned long locale, unsigned long flags);
+    static int FormatMessageText(void* publisher, void* event, unsigned long messageId,
+                                 unsigned long valueCount, platform::EvtVariant* values, unsigned long flags,
+                                 unsigned long bufferSize, wchar_t* buffer, unsigned long* bufferUsed);
     static void* OpenChannelConfig(void* session, const wchar_t* channelPath, unsigned long flags);
     static int GetChannelConfigProperty(void* config, int property, unsigned long flags,
                                         unsigned long bufferSize, platform::EvtVariant* value,
@@ -137,6 +153,7 @@ private:
     std::map<std::uintptr_t, Object> m_objects;
     std::uintptr_t m_lastHandle = 0;
     std::map<std::string, std::uint32_t> m_failures;
+    std::map<std::string, std::uint32_t> m_unreadable;  // codes by the text of the event
     std::optional<Event> m_note;
 };
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
@@ -14,17 +15,16 @@ namespace quillon::simulation {
 namespace {
 
 constexpr std::uint32_t kNotSupported = 50;
-constexpr std::uint32_t kNotFound = 1168;
 constexpr std::uint32_t kInvalidQuery = 15001;
 constexpr std::uint32_t kChannelNotFound = 15007;
 
 int Result(std::uint32_t code) {
-    if (code != 0) platform::SetLastErrorCode(code);
+    if (code != 0) platform::SetLastErrorCode(code == EventLog::kWithoutReason ? 0 : code);
     return code == 0 ? 1 : 0;
 }
 
 void* NoHandle(std::uint32_t code) {
-    platform::SetLastErrorCode(code);
+    platform::SetLastErrorCode(code == EventLog::kWithoutReason ? 0 : code);
     return nullptr;
 }
 
@@ -60,7 +60,8 @@ int CopyValues(const Event& event, unsigned long bufferSize, void* buffer, unsig
         {platform::EvtProviderName, base::ToWide(event.provider)},
         {platform::EvtChannel, base::ToWide(event.channel)},
         {platform::EvtComputer, L"localhost"}};
-    std::size_t size = platform::EvtSystemPropertyCount * sizeof(platform::EvtVariant);
+    constexpr std::array<unsigned char, 12> kLocalSystem{1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0};
+    std::size_t size = platform::EvtSystemPropertyCount * sizeof(platform::EvtVariant) + kLocalSystem.size();
     for (const auto& [index, text] : texts) size += (text.size() + 1) * sizeof(wchar_t);
     *used = static_cast<unsigned long>(size);
     if (bufferSize < size) return Result(base::kInsufficientBuffer);
@@ -75,6 +76,11 @@ int CopyValues(const Event& event, unsigned long bufferSize, void* buffer, unsig
     set(platform::EvtLevel, event.level, platform::EvtType::Byte);
     set(platform::EvtTimeCreated, event.fileTime, platform::EvtType::FileTime);
     set(platform::EvtRecordId, event.recordId, platform::EvtType::UInt64);
+    set(platform::EvtTask, 3, platform::EvtType::UInt16);
+    set(platform::EvtOpcode, 1, platform::EvtType::Byte);
+    set(platform::EvtKeywords, 0x8000000000000000, platform::EvtType::HexInt64);
+    set(platform::EvtProcessId, 4711, platform::EvtType::UInt32);
+    set(platform::EvtThreadId, 815, platform::EvtType::UInt32);
     auto* place = reinterpret_cast<wchar_t*>(values + platform::EvtSystemPropertyCount);
     for (const auto& [index, text] : texts) {
         std::wmemcpy(place, text.c_str(), text.size() + 1);
@@ -82,6 +88,9 @@ int CopyValues(const Event& event, unsigned long bufferSize, void* buffer, unsig
         values[index].type = platform::EvtType::String;
         place += text.size() + 1;
     }
+    std::memcpy(place, kLocalSystem.data(), kLocalSystem.size());
+    values[platform::EvtUserId].sid = reinterpret_cast<const unsigned char*>(place);
+    values[platform::EvtUserId].type = platform::EvtType::Sid;
     return 1;
 }
 
@@ -125,13 +134,13 @@ std::uint32_t EventLog::Begin(Subscription& subscription, const void* bookmark, 
     if (origin == platform::kEvtAfterBookmark) {
         const Bookmark* const mark = As<Bookmark>(const_cast<void*>(bookmark));
         if (mark == nullptr) return base::kInvalidParameter;
-        after = mark->recordId;
+        after = mark->place;
         const bool isThere = std::any_of(channel->events.begin(), channel->events.end(),
-                                         [after](const auto& event) { return event->recordId == after; });
-        if (!isThere && (flags & platform::kEvtStrict) != 0) return kNotFound;
+                                         [after](const auto& event) { return event->place == after; });
+        if (!isThere && (flags & platform::kEvtStrict) != 0) return base::kNotFound;
     }
     for (const auto& event : channel->events) {
-        if (event->recordId > after && subscription.query.Matches(*event))
+        if (event->place > after && subscription.query.Matches(*event))
             subscription.undelivered.push_back(event);
     }
     return 0;
@@ -163,11 +172,13 @@ int EventLog::Render(void* context, void* fragment, unsigned long flags, unsigne
         const auto* const mark = log.As<Bookmark>(fragment);
         if (mark == nullptr) return Result(base::kInvalidHandle);
         return CopyText("<BookmarkList><Bookmark Channel='" + mark->channel + "' RecordId='" +
-                            std::to_string(mark->recordId) + "' IsCurrent='true'/></BookmarkList>",
+                            std::to_string(mark->place) + "' IsCurrent='true'/></BookmarkList>",
                         bufferSize, buffer, bufferUsed);
     }
     const auto* const event = log.As<EventPointer>(fragment);
     if (event == nullptr) return Result(base::kInvalidHandle);
+    if (const auto found = log.m_unreadable.find((*event)->message); found != log.m_unreadable.end())
+        return Result(found->second);
     if (flags == platform::kEvtRenderXml) return CopyText(EventXml(**event), bufferSize, buffer, bufferUsed);
     if (log.As<RenderContext>(context) == nullptr) return Result(base::kInvalidHandle);
     *propertyCount = platform::EvtSystemPropertyCount;
@@ -193,7 +204,7 @@ int EventLog::UpdateBookmark(void* bookmark, void* event) {
     auto* const mark = log.As<Bookmark>(bookmark);
     const auto* const kept = log.As<EventPointer>(event);
     if (mark == nullptr || kept == nullptr) return Result(base::kInvalidHandle);
-    *mark = {(*kept)->channel, (*kept)->recordId};
+    *mark = {(*kept)->channel, (*kept)->place};
     return 1;
 }
 
@@ -201,7 +212,7 @@ void* EventLog::Query(void*, const wchar_t* path, const wchar_t* query, unsigned
     EventLog& log = Machine();
     const std::lock_guard lock(log.m_mutex);
     if (const std::uint32_t failure = log.TakeFailure("EvtQuery")) return NoHandle(failure);
-    if ((flags & platform::kEvtChannelPath) == 0) return NoHandle(kNotSupported);
+    if ((flags & (platform::kEvtChannelPath | platform::kEvtFilePath)) == 0) return NoHandle(kNotSupported);
     const auto condition = EventQuery::Parse(NarrowOrEmpty(query));
     if (!condition) return NoHandle(kInvalidQuery);
     const Channel* const channel = log.Find(NarrowOrEmpty(path));
@@ -235,6 +246,46 @@ int EventLog::Next(void* resultSet, unsigned long count, void** events, unsigned
         events[(*returned)++] = log.Keep(event);
     }
     return Result(*returned > 0 ? 0 : base::kNoMoreItems);
+}
+
+/// Relative to a bookmark only, and without going on from it.
+int EventLog::Seek(void* resultSet, std::int64_t position, void* bookmark, unsigned long,
+                   unsigned long flags) {
+    EventLog& log = Machine();
+    const std::lock_guard lock(log.m_mutex);
+    if (const std::uint32_t failure = log.TakeFailure("EvtSeek")) return Result(failure);
+    auto* const results = log.As<ResultSet>(resultSet);
+    const auto* const mark = log.As<Bookmark>(bookmark);
+    if (results == nullptr || mark == nullptr) return Result(base::kInvalidHandle);
+    if (position != 0 || flags != (platform::kEvtSeekRelativeToBookmark | platform::kEvtSeekStrict))
+        return Result(kNotSupported);
+    const auto found = std::find_if(results->events.begin(), results->events.end(),
+                                    [mark](const auto& event) { return event->place == mark->place; });
+    if (found == results->events.end()) return Result(base::kNotFound);
+    results->next = static_cast<std::size_t>(found - results->events.begin());
+    return 1;
+}
+
+void* EventLog::OpenPublisherMetadata(void*, const wchar_t*, const wchar_t*, unsigned long, unsigned long) {
+    EventLog& log = Machine();
+    const std::lock_guard lock(log.m_mutex);
+    if (const std::uint32_t failure = log.TakeFailure("EvtOpenPublisherMetadata")) return NoHandle(failure);
+    return log.Keep(Publisher());
+}
+
+int EventLog::FormatMessageText(void* publisher, void* event, unsigned long, unsigned long,
+                                platform::EvtVariant*, unsigned long, unsigned long bufferSize,
+                                wchar_t* buffer, unsigned long* bufferUsed) {
+    EventLog& log = Machine();
+    const std::lock_guard lock(log.m_mutex);
+    if (const std::uint32_t failure = log.TakeFailure("EvtFormatMessage")) return Result(failure);
+    const auto* const kept = log.As<EventPointer>(event);
+    if (kept == nullptr || log.As<Publisher>(publisher) == nullptr) return Result(base::kInvalidHandle);
+    const std::wstring text = base::ToWide((*kept)->message);
+    *bufferUsed = static_cast<unsigned long>(text.size() + 1);
+    if (bufferSize < *bufferUsed) return Result(base::kInsufficientBuffer);
+    std::wmemcpy(buffer, text.c_str(), text.size() + 1);
+    return 1;
 }
 
 void* EventLog::OpenChannelConfig(void*, const wchar_t* channelPath, unsigned long) {

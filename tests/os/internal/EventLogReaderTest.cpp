@@ -3,6 +3,8 @@
 #include <stdexcept>
 
 #include "os/internal/EventLogTest.h"
+#include "quillon/DataTableIO.h"
+#include "quillon/EventSubscription.h"
 #include "quillon/IApplicationDataStore.h"
 
 namespace quillon::test {
@@ -59,6 +61,24 @@ protected:
         EXPECT_EQ(result.start, expected);
         EXPECT_EQ(result.visited, numbers.size());
         return numbers;
+    }
+
+    std::vector<std::string> Messages(const EventLogSource& source, Start expected,
+                                      std::uint64_t unreadable) {
+        std::vector<std::string> messages;
+        const auto result = EventLogReader(source, store).ReadNew([&](const LogEvent& event) {
+            messages.push_back(event.message);
+            return true;
+        });
+        EXPECT_EQ(result.errorCode, 0u);
+        EXPECT_EQ(result.start, expected);
+        EXPECT_EQ(result.unreadable, unreadable);
+        return messages;
+    }
+    static EventLogSource WithMessage(const std::string& query = "*") {
+        EventLogSource source{"C", query};
+        source.withMessage = true;
+        return source;
     }
 
     PropertyStore store;
@@ -121,6 +141,100 @@ TEST_F(EventLogReaderTest, QueriesNewestFirst) {
     EXPECT_THAT(numbers, ElementsAre(3, 2));
     EXPECT_EQ(EventLogReader::Query("missing", "*", take).errorCode, 15007u);
     EXPECT_EQ(EventLogReader::Query("C", "*[", take).errorCode, 15001u);
+}
+
+TEST_F(EventLogReaderTest, ReadsACollectorsLogOnceWhateverTheNumbersOfTheSenders) {
+    for (const std::uint64_t number : {900, 3, 900, 17, 1}) {
+        simulation::Event event{"Provider", 7, 4, std::to_string(number), number, 0, {}};
+        events.Forward("C", event);
+    }
+    EXPECT_THAT(Messages(WithMessage(), Start::Oldest, 0), ElementsAre("900", "3", "900", "17", "1"));
+    EXPECT_THAT(Messages(WithMessage(), Start::Bookmark, 0), IsEmpty());
+    events.Forward("C", {"Provider", 7, 4, "next", 2, 0, {}});
+    EXPECT_THAT(Messages(WithMessage(), Start::Bookmark, 0), ElementsAre("next"));
+}
+
+TEST_F(EventLogReaderTest, LeavesOutAndCountsWhatCannotBeRendered) {
+    for (const char* const message : {"a", "broken", "b", "broken"}) EventLogTest::Write("C", message);
+    events.MakeUnreadable("broken", 15003);
+    EXPECT_THAT(Messages(WithMessage(), Start::Oldest, 2), ElementsAre("a", "b"));
+    EventLogTest::Write("C", "c");
+    EXPECT_THAT(Messages(WithMessage(), Start::Bookmark, 0), ElementsAre("c"));
+    std::uint64_t unreadable =
+        EventLogReader::Query(WithMessage(), [](const LogEvent&) { return true; }).unreadable;
+    EXPECT_EQ(unreadable, 2u);
+    events.MakeUnreadable("c", 1722);  // no service: not the event's fault
+    EventLogTest::Write("C", "d");
+    EXPECT_EQ(EventLogReader("C", store).ReadNew([](const LogEvent&) { return true; }).errorCode, 1722u);
+}
+
+TEST_F(EventLogReaderTest, BeginsNowAndKeepsAPlaceForEachQuery) {
+    EventLogSource source = WithMessage(), seven = WithMessage("*[System[(EventRecordID>=3)]]");
+    source.fromNow = true;
+    EXPECT_THAT(Messages(source, Start::Now, 0), IsEmpty());  // while the channel is empty
+    EventLogTest::Write("C", "1");
+    EXPECT_THAT(Messages(source, Start::Bookmark, 0), ElementsAre("1"));
+    EventLogTest::Write("C", "2");
+    EventLogTest::Write("C", "3");
+    EXPECT_THAT(Messages(seven, Start::Oldest, 0), ElementsAre("3"));
+    EXPECT_THAT(Messages(source, Start::Bookmark, 0), ElementsAre("2", "3"));
+    store.SetDatabaseProperty("EventLogBookmark.C", "");
+    EXPECT_THAT(Messages(source, Start::Now, 0), IsEmpty());
+    EventLogTest::Write("C", "4");
+    EXPECT_THAT(Messages(source, Start::Bookmark, 0), ElementsAre("4"));
+    EXPECT_THAT(Messages(seven, Start::Bookmark, 0), ElementsAre("4"));
+}
+
+TEST_F(EventLogReaderTest, GoesOnFromThePlaceOfAnOlderVersionAndReadsEveryField) {
+    Write(2);
+    LogEvent first;
+    EventLogReader::Query("C", "*[System[(EventRecordID=1)]]", [&](const LogEvent& event) {
+        first = event;
+        return true;
+    });
+    store.SetDatabaseProperty("EventLogBookmark.C",
+                              "1 " + std::to_string(first.time.time_since_epoch().count()));
+    EXPECT_THAT(Read(Start::Bookmark), ElementsAre(2));
+    EXPECT_THAT(ToCsv(DataTable(EventLogReader::ToRow(first))),
+                testing::HasSubstr(",localhost,3,1,0x8000000000000000,4711,815,S-1-5-18,"));
+}
+
+TEST_F(EventLogReaderTest, AFailureWithoutAReasonIsOne) {
+    Write(1);
+    for (const char* const entry : {"EvtQuery", "EvtNext"}) {
+        events.FailNext(entry, simulation::EventLog::kWithoutReason);
+        EXPECT_NE(EventLogReader::Query("C", "*", [](const LogEvent&) { return true; }).errorCode, 0u);
+    }
+}
+
+TEST_F(EventLogReaderTest, SubscriptionsArePulledFromABookmarkOn) {
+    using Outcome = EventSubscription::Outcome;
+    constexpr std::chrono::milliseconds kNoWait(0);
+    EventLogTest::Write("C", "old");
+    std::string bookmark;
+    LogEvent event;
+    EventLogSource source = WithMessage();
+    source.fromNow = true;
+    {
+        EventSubscription subscription;
+        EXPECT_EQ(subscription.Take(event, kNoWait), Outcome::Failed);
+        ASSERT_TRUE(subscription.Open(source));
+        EXPECT_EQ(subscription.Take(event, kNoWait), Outcome::Timeout);
+        for (const char* const message : {"1", "broken", "2"}) EventLogTest::Write("C", message);
+        events.MakeUnreadable("broken", 15003);
+        EXPECT_EQ(subscription.Take(event, kNoWait), Outcome::Event);
+        EXPECT_EQ(event.message, "1");
+        bookmark = subscription.Bookmark();
+    }
+    EventSubscription subscription;
+    ASSERT_TRUE(subscription.Open(source, bookmark));
+    EXPECT_EQ(subscription.Take(event, kNoWait), Outcome::Event);
+    EXPECT_EQ(event.message + std::to_string(subscription.Unreadable()), "21");
+    events.Clear("C", true);
+    ASSERT_TRUE(subscription.Open(source, bookmark));
+    EXPECT_TRUE(subscription.HasGap());
+    EXPECT_FALSE(subscription.Open({"missing"}));
+    EXPECT_EQ(subscription.ErrorCode(), 15007u);
 }
 
 }  // namespace quillon::test
