@@ -174,6 +174,28 @@ TEST_F(ContentTest, WhatItMakesBelongsToItsOwner) {
     EXPECT_EQ(modeOf("to/sub"), std::filesystem::perms::owner_all);
 }
 
+TEST_F(ContentTest, WhatIsThereAlreadyIsNotCopiedAgain) {
+    std::string lines;
+    for (int i = 0; i < 250; ++i) {  // more than are put in place at once
+        const std::string name = "sub" + std::to_string(i % 3) + '/' + std::to_string(i);
+        dir.Write("source/" + name, "content of " + name);
+        lines += Line(name, "content of " + name);
+    }
+    EXPECT_THAT(Download(lines), StartsWith("0|"));
+    EXPECT_EQ(CountDownloaded(), 253u);
+    std::filesystem::remove_all(dir.Native("source"));
+    EXPECT_THAT(Download(lines), StartsWith("0|"));
+    dir.Write("to/sub1/1", "content of other");
+    dir.Write("to/sub2/2", "content of sub2/2 and more");
+    EXPECT_THAT(Download(lines),
+                StartsWith("3|2 of 250 files could not be downloaded; the first: 'sub1\\1' "));
+    EXPECT_EQ(dir.Read("to/sub1/1"), "content of other");
+    if (kWindows) return;  // which makes no links here
+    std::filesystem::rename(dir.Native("to/sub0/0"), dir.Native("elsewhere"));
+    std::filesystem::create_symlink(dir.Native("elsewhere"), dir.Native("to/sub0/0"));
+    EXPECT_THAT(Download(lines), StartsWith("3|3 of 250 files"));
+}
+
 TEST_F(ContentTest, DownloadsOneFileOrLeavesNothing) {
     dir.Write("source/a", "alpha");
     const std::string hash = StringUtils::ToUppercase(HashOf("alpha"));

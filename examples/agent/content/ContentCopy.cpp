@@ -15,6 +15,27 @@ constexpr std::int64_t kPiece = 1024 * 1024;
 
 CopyOutcome Differs(const std::string& fault) { return {InvocationResult::kContentDiffers, fault}; }
 
+CopyOutcome NotWritten(const std::string& fault) {
+    return {InvocationResult::kSystemFailure, "cannot be written: " + fault};
+}
+
+/// Whether the file is there with the expected content, so that a download goes on where another ended.
+bool IsThere(const ContentItem& item, DestinationFolder& destination) {
+    SourceFile file;
+    if (!destination.OpenExisting(item.components, file).empty() || file.Size() != item.size) return false;
+    Sha256 hash;
+    std::vector<char> piece(static_cast<std::size_t>(std::min(item.size, kPiece - 1) + 1));
+    for (std::int64_t left = item.size; !IsEnding();) {
+        std::size_t count = piece.size();
+        if (!file.Read(piece.data(), count).empty()) return false;
+        left -= static_cast<std::int64_t>(count);
+        if (left < 0) return false;
+        if (count == 0) return left == 0 && hash.Finish() == item.sha256;
+        hash.Add(piece.data(), count);
+    }
+    return false;
+}
+
 /// Until the source ends, or exceeds what is expected.
 CopyOutcome CopyPieces(const ContentItem& item, SourceFile& source, NewFile& file, Progress& progress) {
     Sha256 hash;
@@ -50,18 +71,39 @@ bool IsEnding() {
     return monitor != nullptr && monitor->IsShutdownRequested();
 }
 
-CopyOutcome CopyContent(const ContentItem& item, DestinationFolder& destination, Progress& progress) {
+CopyOutcome PrepareContent(const ContentItem& item, DestinationFolder& destination, Progress& progress,
+                           std::unique_ptr<NewFile>& file) {
+    if (IsThere(item, destination)) {
+        progress.Advance(item.size);
+        return {};
+    }
     SourceFile source;
     std::string fault = source.Open(item.source);
     if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be read: " + fault};
-    std::unique_ptr<NewFile> file;
-    fault = destination.Create(item.components, file);
-    if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be written: " + fault};
-    CopyOutcome outcome = CopyPieces(item, source, *file, progress);
-    if (outcome.code != 0) return outcome;
-    fault = file->Commit();
-    return fault.empty() ? CopyOutcome()
-                         : CopyOutcome{InvocationResult::kSystemFailure, "cannot be written: " + fault};
+    std::unique_ptr<NewFile> made;
+    fault = destination.Create(item.components, made);
+    if (!fault.empty()) return NotWritten(fault);
+    CopyOutcome outcome = CopyPieces(item, source, *made, progress);
+    if (outcome.code == 0) file = std::move(made);
+    return outcome;
+}
+
+std::vector<CopyOutcome> CommitContent(DestinationFolder& destination,
+                                       std::vector<std::unique_ptr<NewFile>>& files) {
+    const bool isSynced = files.size() > 1 && destination.Sync();
+    std::vector<CopyOutcome> outcomes;
+    for (const std::unique_ptr<NewFile>& file : files) {
+        const std::string fault = !file ? "" : isSynced ? file->CommitSynced() : file->Commit();
+        outcomes.push_back(fault.empty() ? CopyOutcome() : NotWritten(fault));
+    }
+    files.clear();
+    return outcomes;
+}
+
+CopyOutcome CopyContent(const ContentItem& item, DestinationFolder& destination, Progress& progress) {
+    std::vector<std::unique_ptr<NewFile>> files(1);
+    const CopyOutcome outcome = PrepareContent(item, destination, progress, files.front());
+    return outcome.code == 0 ? CommitContent(destination, files).front() : outcome;
 }
 
 }  // namespace quillon::agent

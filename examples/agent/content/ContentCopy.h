@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,9 +31,16 @@ bool IsSha256(const std::string& text);
 /// The host is shutting down; false without a monitor.
 bool IsEnding();
 
-/// Copies one file under a temporary name and gives it its own when length and hash are
-/// those expected; else nothing of it stays, and a file of that name stays as it was.
-/// The host's shutdown ends it between two pieces.
+/// Copies one file under a temporary name when length and hash are those expected; else nothing of it
+/// stays, and a file of that name stays as it was. `file` is to be committed; it is null when the file is
+/// there already with this content, or after a fault. The host's shutdown ends it between two pieces.
+CopyOutcome PrepareContent(const ContentItem& item, DestinationFolder& destination, Progress& progress,
+                           std::unique_ptr<NewFile>& file);
+/// Puts files in place, after one sync for them all where the system can; returns an outcome for each. A
+/// null file gives success.
+std::vector<CopyOutcome> CommitContent(DestinationFolder& destination,
+                                       std::vector<std::unique_ptr<NewFile>>& files);
+/// Does both for one file.
 CopyOutcome CopyContent(const ContentItem& item, DestinationFolder& destination, Progress& progress);
 
 }  // namespace quillon::agent

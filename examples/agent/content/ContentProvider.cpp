@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -48,30 +49,69 @@ VariantList RowOf(const ContentItem& item, const std::string& name, const CopyOu
                        Variant::StringOrNullVariant("Fault", outcome.fault));
 }
 
-/// The first fault gives the code.
-void CopyAll(const std::vector<ContentItem>& items, DestinationFolder& destination,
-             InvocationResult& result) {
-    Progress progress(SizeOf(items));
-    std::size_t failures = 0;
-    std::string first;
-    for (const ContentItem& item : items) {
-        const CopyOutcome outcome = CopyContent(item, destination, progress);
-        if (outcome.isAborted) {
-            Fail(outcome.code, outcome.fault, result);
-            return;
+/// Copies files one after the other, and puts as many of them in place at once as one sync is worth.
+class Download {
+public:
+    Download(const std::vector<ContentItem>& items, DestinationFolder& destination, InvocationResult& result)
+        : m_items(items), m_destination(destination), m_result(result), m_progress(SizeOf(items)) {}
+
+    /// A row for each file; the first fault gives the code.
+    void Run() {
+        for (const ContentItem& item : m_items) {
+            m_files.emplace_back();
+            m_prepared.push_back(PrepareContent(item, m_destination, m_progress, m_files.back()));
+            m_bytes += std::min(item.size, kMostBytes);
+            if (m_prepared.back().isAborted) {
+                const CopyOutcome aborted = m_prepared.back();
+                m_prepared.pop_back();
+                m_files.pop_back();
+                Commit();
+                Fail(aborted.code, aborted.fault, m_result);
+                return;
+            }
+            if (m_files.size() == kMostFiles || m_bytes >= kMostBytes) Commit();
         }
-        const std::string name = StringUtils::StringVecToString(item.components, PathUtils::PathSep);
-        result.resultTable.AddRow(RowOf(item, name, outcome));
-        if (outcome.code == 0 || ++failures > 1) continue;
-        result.resultCode = outcome.code;
-        first = '\'' + ShownText(name) + "' " + outcome.fault;
+        Commit();
+        if (m_failures > 0) Report();
     }
-    if (failures == 0) return;
-    Fail(result.resultCode,
-         std::to_string(failures) + " of " + std::to_string(items.size()) +
-             " files could not be downloaded; the first: " + first,
-         result);
-}
+
+private:
+    static constexpr std::size_t kMostFiles = 100;  // each holds two handles
+    static constexpr std::int64_t kMostBytes = 16 * 1024 * 1024;
+
+    void Commit() {
+        const std::vector<CopyOutcome> committed = CommitContent(m_destination, m_files);
+        for (std::size_t i = 0; i < committed.size(); ++i)
+            Add(m_items[m_done++], m_prepared[i].code != 0 ? m_prepared[i] : committed[i]);
+        m_prepared.clear();
+        m_bytes = 0;
+    }
+
+    void Add(const ContentItem& item, const CopyOutcome& outcome) {
+        const std::string name = StringUtils::StringVecToString(item.components, PathUtils::PathSep);
+        m_result.resultTable.AddRow(RowOf(item, name, outcome));
+        if (outcome.code == 0 || ++m_failures > 1) return;
+        m_result.resultCode = outcome.code;
+        m_first = '\'' + ShownText(name) + "' " + outcome.fault;
+    }
+
+    void Report() {
+        Fail(m_result.resultCode,
+             std::to_string(m_failures) + " of " + std::to_string(m_items.size()) +
+                 " files could not be downloaded; the first: " + m_first,
+             m_result);
+    }
+
+    const std::vector<ContentItem>& m_items;
+    DestinationFolder& m_destination;
+    InvocationResult& m_result;
+    Progress m_progress;
+    std::vector<std::unique_ptr<NewFile>> m_files;  ///< null where there is nothing to put in place
+    std::vector<CopyOutcome> m_prepared;
+    std::int64_t m_bytes = 0;
+    std::size_t m_done = 0, m_failures = 0;
+    std::string m_first;
+};
 
 void DownloadFolder(const MethodParameters& parameters, InvocationResult& result) {
     std::string folderUrl, listUrl, local, folder, list;
@@ -87,7 +127,7 @@ void DownloadFolder(const MethodParameters& parameters, InvocationResult& result
     DestinationFolder destination;
     if (ReadContentList(list, listUrl, folder, items, result) &&
         OpenDestination(PathUtils::HomogeniseSlashesForOs(local), destination, result))
-        CopyAll(items, destination, result);
+        Download(items, destination, result).Run();
 }
 
 /// Where a file goes: its directory and its name.

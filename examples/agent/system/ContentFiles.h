@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,10 +22,13 @@ public:
     SourceFile& operator=(const SourceFile&) = delete;
 
     std::string Open(const std::string& path);
+    /// Bytes; negative when that cannot be told.
+    std::int64_t Size() const;
     /// `count` is the room, and then how much was read: 0 at the end.
     std::string Read(char* bytes, std::size_t& count);
 
 private:
+    friend class DestinationFolder;
     struct State;
 
     std::unique_ptr<State> m_state;
@@ -39,6 +43,8 @@ public:
     /// Puts the file, once it is safe on the disk, in the place of one of its own name. A
     /// link there is replaced, not followed.
     virtual std::string Commit() = 0;
+    /// The same for a file that DestinationFolder::Sync() has made safe since it was written.
+    virtual std::string CommitSynced() { return Commit(); }
 };
 
 /// Where content goes. Nothing below the directory is written through a link: one that
@@ -56,6 +62,11 @@ public:
     /// Starts the file whose name has these components, making the directories on the way;
     /// they are names, and checked. The file holds on to its directory, not to this.
     std::string Create(const std::vector<std::string>& components, std::unique_ptr<NewFile>& file);
+    /// Opens what is there under such a name, for reading; nothing is made and no link followed.
+    std::string OpenExisting(const std::vector<std::string>& components, SourceFile& file);
+    /// Makes all files that were written safe on the disk at once, which costs as much as one of them
+    /// alone. False where the system cannot.
+    bool Sync();
 
 private:
     struct State;

@@ -167,4 +167,31 @@ std::string DestinationFolder::Create(const std::vector<std::string>& components
     return fault;
 }
 
+std::int64_t SourceFile::Size() const {
+    LARGE_INTEGER size = {};
+    return ::GetFileSizeEx(m_state->file.Get(), &size) != 0 ? size.QuadPart : -1;
+}
+
+std::string DestinationFolder::OpenExisting(const std::vector<std::string>& components, SourceFile& file) {
+    std::vector<OwnedHandle> held;
+    std::wstring path = m_state->path;
+    std::string fault = HoldFolder(path + L'\\', false, held);
+    for (std::size_t i = 0; i + 1 < components.size() && fault.empty(); ++i) {
+        path += L'\\' + StringUtils::NarrowStringToWide(components[i]);
+        fault = HoldFolder(path, true, held);
+    }
+    if (!fault.empty()) return fault;
+    path += L'\\' + StringUtils::NarrowStringToWide(components.back());
+    OwnedHandle found(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_SEQUENTIAL_SCAN | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION facts = {};
+    if (!found.IsOpen() || !::GetFileInformationByHandle(found.Get(), &facts)) return LastFault();
+    if ((facts.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) != 0)
+        return "not a regular file";
+    file.m_state->file = std::move(found);
+    return {};
+}
+
+bool DestinationFolder::Sync() { return false; }
+
 }  // namespace quillon::agent
