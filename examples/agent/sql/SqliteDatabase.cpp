@@ -48,7 +48,12 @@ std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, co
 }
 
 SqliteDatabase::SqliteDatabase(SqliteConnection connection) : m_connection(std::move(connection)) {}
-SqliteDatabase::~SqliteDatabase() { m_connection.Close(); }
+SqliteDatabase::~SqliteDatabase() {
+    try {
+        m_connection.Close();
+    } catch (...) {  // a logger threw
+    }
+}
 
 /// With the lock for writing, so that the wait for it is here and not in the middle.
 void SqliteDatabase::BeginTransaction(std::int32_t) { m_connection.Execute("BEGIN IMMEDIATE"); }
