@@ -11,8 +11,12 @@ ComScope::~ComScope() {
     if (!m_initialized) return;
     if (m_thread == std::this_thread::get_id()) {
         ComInitialization::Uninitialize();
-    } else if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
-        logger->Fatal("COM is left initialized: its scope ends on another thread than it began on");
+        return;
+    }
+    try {
+        if (ICLogger* const logger = detail::RegisteredLoggerIfAny())
+            logger->Fatal("COM is left initialized: its scope ends on another thread than it began on");
+    } catch (...) {  // a host's logger threw; an exception here would end the process
     }
 }
 

@@ -21,9 +21,11 @@ DeferredLog::~DeferredLog() = default;
 void DeferredLog::WriteTo(ICLogger* logger) noexcept {
     const auto entries = std::exchange(m_entries, {});
     if (logger == nullptr) return;
-    try {
-        for (const auto& [level, text] : entries) (logger->*OperationOf(level))("%s", text.c_str());
-    } catch (...) {  // the host's own logger; the operation is done whatever becomes of its report
+    for (const auto& [level, text] : entries) {
+        try {
+            (logger->*OperationOf(level))("%s", text.c_str());
+        } catch (...) {  // the host's own logger; the entries that follow are none of its business
+        }
     }
 }
 

@@ -52,6 +52,15 @@ std::string UniqueClause(const std::vector<std::string>& columns) {
     return ", UNIQUE (" + list + ") ON CONFLICT REPLACE";
 }
 
+void LogOpening(ICLogger& logger, const std::string& database, bool isOpen) {
+    if (isOpen) {
+        logger.Debug("Opened %s database", database.c_str());
+    } else {
+        logger.Warn("Local database services not available; %s storage will not be possible",
+                    database.c_str());
+    }
+}
+
 }  // namespace
 
 IApplicationDataStore::~IApplicationDataStore() = default;
@@ -65,11 +74,11 @@ SqlApplicationDataStore::SqlApplicationDataStore(const std::string& databaseName
         m_database = engine->OpenDatabase(0, m_databaseName);
     m_isOpen = m_database != nullptr;
     if (m_logger == nullptr) return;
-    if (m_isOpen) {
-        m_logger->Debug("Opened %s database", m_databaseName.c_str());
-    } else {
-        m_logger->Warn("Local database services not available; %s storage will not be possible",
-                       m_databaseName.c_str());
+    try {
+        LogOpening(*m_logger, m_databaseName, m_isOpen);
+    } catch (...) {  // a logger of the host threw, and no destructor will close the database
+        if (m_isOpen) ServiceLocator::Get<ISqliteInstance>()->CloseDatabase(m_database);
+        throw;
     }
 }
 

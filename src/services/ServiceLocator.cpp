@@ -131,7 +131,10 @@ bool ServiceLocator::HasFactoryInternal(const std::string& id) {
     return TheRegistry().factories.contains(id);
 }
 
-void* ServiceLocator::GetInstanceInternal(const std::string& id) { return ExistingFactory(id).first(); }
+void* ServiceLocator::GetInstanceInternal(const std::string& id) {
+    const Factory factory = ExistingFactory(id).first;  // it may remove itself
+    return factory();
+}
 
 ServiceLocator::Recycler ServiceLocator::GetRecyclerInternal(const std::string& id) {
     return ExistingFactory(id).second;

@@ -10,7 +10,7 @@ namespace quillon::base {
 TEST(OwnFigures, LinesThatCannotBeWrittenAreCounted) {
     const test::TempDir dir;
     const std::uint64_t before = DroppedLogLines();
-    const test::RollingLog unwritable(dir.Path());  // a folder
+    test::RollingLog unwritable(dir.Path());  // a folder
     unwritable.Write("lost");
     unwritable.Write("lost too");
     EXPECT_EQ(DroppedLogLines() - before, 2U);

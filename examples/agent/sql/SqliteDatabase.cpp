@@ -69,7 +69,12 @@ std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, co
 
 SqliteDatabase::SqliteDatabase(const std::string& name, std::string libraryPath, int busyMilliseconds)
     : m_file(std::move(libraryPath)), m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
-SqliteDatabase::~SqliteDatabase() { Close(); }
+SqliteDatabase::~SqliteDatabase() {
+    try {
+        Close();
+    } catch (...) {  // a logger threw
+    }
+}
 
 bool SqliteDatabase::Open() {
     const SqliteFileLock lock(m_file);

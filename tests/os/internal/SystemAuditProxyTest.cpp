@@ -263,14 +263,14 @@ namespace {
 /// Writes the entries of Info to a file that rolls over.
 class RollingLogger final : public LoggerBase {
 public:
-    explicit RollingLogger(const RollingLog& file) : m_file(file) {}
+    explicit RollingLogger(RollingLog& file) : m_file(file) {}
 
 private:
     void Write(Level level, const char*, std::va_list) override {
         if (level == Level::Info) m_file.Write("entry");
     }
 
-    const RollingLog& m_file;
+    RollingLog& m_file;
 };
 
 }  // namespace

@@ -1,0 +1,105 @@
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+#include "quillon/CLogger.h"
+#include "support/ChildMain.h"
+#include "support/LogLines.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+using Level = ICLogger::Level;
+
+/// What only Linux has: forks, and standard streams that a shell closes or leads into pipes. Paths are
+/// native, as a shell takes backslashes away.
+class CLoggerSurroundingsTest : public TempDirTest {
+protected:
+    /// Runs a mode with more shell around it; the code is that of the mode.
+    int Run(const std::string& mode, const Arguments& arguments, const std::string& rest) const {
+        const std::string line = "timeout 60 " + ChildCommand(mode, arguments) + ' ' + rest;
+        return std::system(("bash -c 'set -o pipefail; " + line + "'").c_str());
+    }
+    std::vector<std::string> Entries() const { return EntriesOf(dir.Read("log")); }
+};
+
+/// LOG LINES: writes that many entries.
+const ChildMode many("clogger-many", [](const Arguments& a) {
+    CLogger::GetInstance()->InitializeLogging(a[0].c_str(), Level::Info);
+    const int lines = std::stoi(a[1]);
+    for (int n = 0; n < lines; ++n) CLogger::GetInstance()->Info("%d", n);
+    return 0;
+});
+
+/// LOG: forks while four threads log; each child logs a line and ends.
+const ChildMode forking("clogger-forking", [](const Arguments& a) {
+    constexpr int kForks = 50, kMostLines = 50'000, kPatience = 30;
+    CLogger::GetInstance()->InitializeLogging(a[0].c_str(), Level::Info);
+    std::atomic<bool> isDone{false};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&isDone] {
+            for (int n = 0; n < kMostLines && !isDone; ++n) CLogger::GetInstance()->Info("parent");
+        });
+    }
+    int failed = 0;
+    for (int n = 0; n < kForks; ++n) {
+        const ::pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(kPatience);  // ends a child that hangs
+            CLogger::GetInstance()->Info("child %d", static_cast<int>(::getpid()));
+            ::_exit(0);
+        }
+        int status = 0;
+        if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0) ++failed;
+    }
+    isDone = true;
+    for (std::thread& thread : threads) thread.join();
+    return failed;
+});
+
+}  // namespace
+
+TEST_F(CLoggerSurroundingsTest, ForkedChildLogsOn) {
+    EXPECT_EQ(Run("clogger-forking", {dir.Native("log").string()}, ">/dev/null"), 0);
+    int children = 0;
+    for (const std::string& line : LinesOf(dir.Read("log"))) {
+        const std::size_t child = line.find("child ");
+        if (child == std::string::npos) continue;
+        ++children;
+        EXPECT_NE(line.find('[' + std::string(5 - std::min<std::size_t>(5, line.size() - child - 6), ' ') +
+                            line.substr(child + 6) + ']'),
+                  std::string::npos)
+            << "not the child's thread: " << line;
+    }
+    EXPECT_EQ(children, 50);
+}
+
+TEST_F(CLoggerSurroundingsTest, ClosedStandardStreamsGetNoLine) {
+    for (const char* closed : {">&-", "2>&-", "<&- >&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        EXPECT_EQ(Run("clogger-many", {dir.Native("log").string(), "100"},
+                      closed + std::string(" | cat >/dev/null")),
+                  0);
+        EXPECT_EQ(Entries().size(), 100u);
+        std::filesystem::remove(dir.Native("log"));
+    }
+}
+
+TEST_F(CLoggerSurroundingsTest, ReaderOfTheConsoleMayGoOrStall) {
+    for (const char* reader : {"| true", "| sleep 1"}) {
+        SCOPED_TRACE(reader);
+        EXPECT_EQ(Run("clogger-many", {dir.Native("log").string(), "20000"}, reader), 0);
+        EXPECT_EQ(Entries().size(), 20'000u);
+        std::filesystem::remove(dir.Native("log"));
+    }
+}
+
+}  // namespace quillon::test
