@@ -279,7 +279,7 @@ TEST_F(SystemAuditProxyTest, LogMayRollOverAndComeBackWhileACallbackReports) {
     const TempDir dir;
     dir.Write("log", std::string(5'242'881, 'x'));
     int rolled = 0;
-    const RollingLog file(dir.Path("log"), [&rolled] {
+    RollingLog file(dir.Path("log"), [&rolled] {
         ++rolled;
         EXPECT_TRUE(Enable());
         Disable();
