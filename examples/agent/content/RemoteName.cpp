@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "quillon/StringUtils.h"
+#include "system/FileNameCase.h"
 
 namespace quillon::agent {
 
@@ -61,7 +62,7 @@ RemoteName ReadRemoteName(const std::string& name) {
 }
 
 std::string KeyOf(const RemoteName& name) {
-    return StringUtils::ToLowercase(StringUtils::StringVecToString(name.components, '\\'));
+    return WithoutCase(StringUtils::StringVecToString(name.components, '\\'));
 }
 
 }  // namespace quillon::agent

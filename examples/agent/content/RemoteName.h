@@ -17,7 +17,7 @@ struct RemoteName {
 /// an Error entry of what is not UTF-8.
 RemoteName ReadRemoteName(const std::string& name);
 
-/// The same for every name that may be the same file: ASCII letters in lower case.
+/// The same for every name that may be the same file on a system that does not regard case.
 std::string KeyOf(const RemoteName& name);
 
 }  // namespace quillon::agent

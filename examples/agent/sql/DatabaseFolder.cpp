@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
@@ -67,8 +68,17 @@ bool DatabaseFolder::Contains(const std::string& name) const {
 }
 
 bool DatabaseFolder::Make() const {
-    return FileSystemUtils::Exists(m_folder) || FileSystemUtils::MakeDirectory(m_folder) ||
-           FileSystemUtils::Exists(m_folder);  // another process was quicker
+    if (FileSystemUtils::Exists(m_folder)) return true;
+    std::string fresh = m_folder;
+    while (fresh.ends_with('\\') || fresh.ends_with('/')) fresh.pop_back();
+    fresh += MakeTemporaryName();
+    // Stores and the files that SQLite puts beside them inherit the directory's rights, so it takes its name
+    // when it has its own.
+    if (FileSystemUtils::MakeDirectory(fresh) && FileSystemUtils::SecureFile(fresh) &&
+        FileSystemUtils::RenameFile(fresh, m_folder, false))
+        return true;
+    if (FileSystemUtils::Exists(fresh)) FileSystemUtils::EraseDirectory(fresh);
+    return FileSystemUtils::Exists(m_folder);  // another process was quicker
 }
 
 }  // namespace quillon::agent

@@ -109,7 +109,7 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
 bool MovePath(const std::string& from, const std::string& to) {
     const auto source = WidePath(from), target = WidePath(to);
     if (!source || !target) return false;
-    if (::MoveFileExW(source->c_str(), target->c_str(), MOVEFILE_WRITE_THROUGH) != 0) return true;
+    if (::MoveFileExW(source->c_str(), target->c_str(), 0) != 0) return true;
     return ::GetLastError() == ERROR_NOT_SAME_DEVICE && MoveToOtherVolume(from, to, false);
 }
 

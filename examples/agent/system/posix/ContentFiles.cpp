@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <set>
 #include <system_error>
 #include <utility>
 
 #include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
+#include "system/posix/Leftovers.h"
 
 namespace quillon::agent {
 
@@ -68,7 +70,8 @@ public:
             return ::openat(m_folder.Get(), m_temporary.c_str(),
                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode);
         }));
-        return m_file.IsOpen() ? std::string() : LastFault();
+        if (!m_file.IsOpen()) return LastFault();
+        return LockTemporary(m_file.Get()) ? "" : "its temporary file was removed";
     }
 
     std::string Write(const char* bytes, std::size_t count) override {
@@ -154,6 +157,7 @@ std::int64_t SourceFile::Size() const {
 
 struct DestinationFolder::State {
     Descriptor root;
+    std::set<std::vector<std::string>> swept;  ///< directories below it that hold no leftovers any more
 };
 
 DestinationFolder::DestinationFolder() : m_state(std::make_unique<State>()) {}
@@ -174,6 +178,8 @@ std::string DestinationFolder::Create(const std::vector<std::string>& components
         const std::string fault = Descend(folder, components[i]);
         if (!fault.empty()) return fault;
     }
+    const std::vector<std::string> above(components.begin(), components.end() - 1);
+    if (m_state->swept.insert(above).second) RemoveLeftovers(folder.Get());
     auto made = std::make_unique<PosixNewFile>(std::move(folder), components.back());
     const std::string fault = made->Open();
     if (fault.empty()) file = std::move(made);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <utility>
 
 #include "common/TemporaryName.h"
@@ -50,7 +51,37 @@ DWORD Piece(std::size_t count) {
     return static_cast<DWORD>(std::min<std::size_t>(count, std::numeric_limits<int>::max()));
 }
 
-/// A directory that, held open, can be neither renamed nor replaced. `isBelow`: a link is refused.
+/// Links and junctions lead elsewhere; other reparse points, such as a cloud provider's, are the content
+/// itself.
+bool LeadsElsewhere(const OwnedHandle& folder) {
+    FILE_ATTRIBUTE_TAG_INFO facts = {};
+    if (!::GetFileInformationByHandleEx(folder.Get(), FileAttributeTagInfo, &facts, sizeof facts))
+        return true;
+    return (facts.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           IsReparseTagNameSurrogate(facts.ReparseTag);
+}
+
+std::wstring FinalPath(const OwnedHandle& folder) {
+    std::wstring path(MAX_PATH, L'\0');
+    for (DWORD length = 0;; path.resize(length)) {
+        length = ::GetFinalPathNameByHandleW(folder.Get(), path.data(), static_cast<DWORD>(path.size()),
+                                             VOLUME_NAME_DOS);
+        if (length < path.size()) return path.substr(0, length);
+    }
+}
+
+/// Whether a directory lies in the one that is held: an empty directory can be turned into a junction in
+/// place while it is open, and the path then leads through it.
+bool LiesIn(const OwnedHandle& parent, const std::wstring& name, const OwnedHandle& folder) {
+    std::wstring expected = FinalPath(parent);
+    if (!expected.ends_with(L'\\')) expected += L'\\';
+    const std::wstring found = FinalPath(folder);
+    return found.size() == expected.size() + name.size() && found.starts_with(expected) &&
+           ::CompareStringOrdinal(found.c_str() + expected.size(), -1, name.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
+/// A directory that, held open, can be neither renamed nor replaced. `isBelow`: a link is refused, and so is
+/// what does not lie in the directory that is held already.
 std::string HoldFolder(const std::wstring& path, bool isBelow, std::vector<OwnedHandle>& held) {
     const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | (isBelow ? FILE_FLAG_OPEN_REPARSE_POINT : 0);
     OwnedHandle folder(::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES | FILE_LIST_DIRECTORY,
@@ -59,11 +90,26 @@ std::string HoldFolder(const std::wstring& path, bool isBelow, std::vector<Owned
     if (!folder.IsOpen()) return LastFault();
     BY_HANDLE_FILE_INFORMATION facts = {};
     if (!::GetFileInformationByHandle(folder.Get(), &facts)) return LastFault();
-    const DWORD kinds = FILE_ATTRIBUTE_DIRECTORY | (isBelow ? FILE_ATTRIBUTE_REPARSE_POINT : 0);
-    if ((facts.dwFileAttributes & kinds) != FILE_ATTRIBUTE_DIRECTORY)
+    const bool isFolder = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const std::wstring name = path.substr(path.rfind(L'\\') + 1);
+    if (!isFolder || (isBelow && (LeadsElsewhere(folder) || !LiesIn(held.back(), name, folder))))
         return "a link or a file stands in the place of a folder";
     held.push_back(std::move(folder));
     return {};
+}
+
+/// Removes the temporary files that no process has open any more: those of a download that was killed.
+void RemoveLeftovers(const std::wstring& folder) {
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = ::FindFirstFileW((folder + L"\\.quillon-*.part").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return;
+    do {
+        if (!IsTemporaryName(StringUtils::WideStringToNarrow(found.cFileName))) continue;
+        const OwnedHandle file(
+            ::CreateFileW((folder + L'\\' + found.cFileName).c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
+                          FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    } while (::FindNextFileW(search, &found));
+    ::FindClose(search);
 }
 
 class WindowsNewFile final : public NewFile {
@@ -78,8 +124,9 @@ public:
     }
 
     std::string Open() {
-        m_file = OwnedHandle(::CreateFileW(m_temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+        // It is held until it has its name, by which it is told from the leftover of a killed process.
+        m_file = OwnedHandle(::CreateFileW(m_temporary.c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr,
+                                           CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         m_isThere = m_file.IsOpen();
         return m_isThere ? std::string() : LastFault();
     }
@@ -96,11 +143,11 @@ public:
 
     std::string Commit() override {
         if (!::FlushFileBuffers(m_file.Get())) return LastFault();
-        m_file.Close();
         if (!::MoveFileExW(m_temporary.c_str(), m_path.c_str(),
                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             return LastFault();
         m_isThere = false;
+        m_file.Close();
         return {};
     }
 
@@ -136,6 +183,7 @@ std::string SourceFile::Read(char* bytes, std::size_t& count) {
 
 struct DestinationFolder::State {
     std::wstring path;
+    std::set<std::wstring> swept;  ///< directories that hold no leftovers any more
 };
 
 DestinationFolder::DestinationFolder() : m_state(std::make_unique<State>()) {}
@@ -161,6 +209,7 @@ std::string DestinationFolder::Create(const std::vector<std::string>& components
         fault = HoldFolder(path, true, held);
     }
     if (!fault.empty()) return fault;
+    if (m_state->swept.insert(path).second) RemoveLeftovers(path);
     auto made = std::make_unique<WindowsNewFile>(std::move(held), path, components.back());
     fault = made->Open();
     if (fault.empty()) file = std::move(made);

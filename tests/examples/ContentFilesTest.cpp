@@ -1,0 +1,122 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <thread>
+
+#include "common/TemporaryName.h"
+#include "content/RemoteName.h"
+#include "sql/DatabaseFolder.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+#include "system/ContentFiles.h"
+
+namespace fs = std::filesystem;
+
+namespace quillon::test {
+
+namespace {
+
+using agent::DestinationFolder;
+using agent::NewFile;
+using ContentFilesTest = TempDirTest;
+
+std::string Put(DestinationFolder& folder, const std::vector<std::string>& components) {
+    std::unique_ptr<NewFile> file;
+    std::string fault = folder.Create(components, file);
+    if (fault.empty()) fault = file->Write("new", 3);
+    return fault.empty() ? file->Commit() : fault;
+}
+
+}  // namespace
+
+TEST_F(ContentFilesTest, LeftoversOfKilledDownloadsGoAndFilesInTheMakingStay) {
+    const std::string left = "to/sub/.quillon-123-456.part",
+                      library = "to/sub/.quillon-00ffaa0011223344.part";
+    dir.Write(left, "x");
+    dir.Write(library, "x");
+    for (const char* const other :
+         {"to/sub/.quillon-.part", "to/sub/.quillon-my.part", "to/sub/.quillon-1.txt"})
+        dir.Write(other, "x");
+    DestinationFolder first;
+    ASSERT_EQ(first.Open(dir.Path("to")), "");
+    std::unique_ptr<NewFile> held;
+    ASSERT_EQ(first.Create({"sub", "held"}, held), "");
+    EXPECT_FALSE(dir.Exists(left) || dir.Exists(library));
+
+    DestinationFolder second;
+    ASSERT_EQ(second.Open(dir.Path("to")), "");
+    EXPECT_EQ(Put(second, {"sub", "a"}), "");
+    EXPECT_EQ(held->Write("held", 4), "");
+    EXPECT_EQ(held->Commit(), "");
+    held.reset();
+    EXPECT_EQ(dir.Read("to/sub/held"), "held");
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("to/sub")), {}), 5);
+    EXPECT_TRUE(agent::IsTemporaryName(agent::MakeTemporaryName()));
+}
+
+TEST_F(ContentFilesTest, SwappedFoldersLeadNoDownloadOutside) {
+    // The emulator's C++ library makes no links.
+    if (kWindows) GTEST_SKIP() << "no links can be made";
+    constexpr int kMostTries = 10'000'000;
+    const char* const chosen = std::getenv("QUILLON_TORTURE_SECONDS");
+    const double seconds = chosen != nullptr ? std::clamp(std::strtod(chosen, nullptr), 0.5, 3600.0) : 5;
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds / 5 / QUILLON_TEST_SLOWDOWN);
+    dir.Write("outside/a", "precious");
+    fs::create_directories(dir.Native("to/sub"));
+    fs::create_directory_symlink(dir.Native("outside"), dir.Native("link"));
+    DestinationFolder folder;
+    ASSERT_EQ(folder.Open(dir.Path("to")), "");
+    std::atomic<bool> isOver{false};
+    std::atomic<int> swaps{0};
+    std::thread attacker([&] {
+        std::error_code ignored;
+        while (!isOver && swaps < kMostTries && std::chrono::steady_clock::now() < end) {
+            fs::rename(dir.Native("to/sub"), dir.Native("parked"), ignored);
+            fs::rename(dir.Native("link"), dir.Native("to/sub"), ignored);
+            fs::create_symlink(dir.Native("outside/a"), dir.Native("parked/a"), ignored);
+            fs::rename(dir.Native("to/sub"), dir.Native("link"), ignored);
+            fs::rename(dir.Native("parked"), dir.Native("to/sub"), ignored);
+            ++swaps;
+        }
+    });
+    int tries = 0, written = 0;
+    for (; tries < kMostTries && std::chrono::steady_clock::now() < end; ++tries) {
+        written += Put(folder, {"sub", "a"}).empty() ? 1 : 0;
+        if (dir.Read("outside/a") != "precious") break;
+    }
+    isOver = true;
+    attacker.join();
+    EXPECT_EQ(dir.Read("outside/a"), "precious") << "after " << tries << " tries";
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("outside")), {}), 1);
+    EXPECT_GT(swaps, 0);
+    std::cout << "download: " << tries << " tries, " << written << " written, " << swaps << " swaps\n";
+}
+
+TEST(RemoteNames, ThatDifferOnlyInCaseAreOneBeyondAsciiAsWell) {
+    const std::pair<const char*, const char*> pairs[] = {{"A/b", "a\\B"},
+                                                         {"\xC3\xA9", "\xC3\x89"},
+                                                         {"\xD1\x8F.txt", "\xD0\xAF.TXT"},
+                                                         {"\xCF\x89", "\xCE\xA9"}};
+    for (const auto& [a, b] : pairs)
+        EXPECT_EQ(KeyOf(agent::ReadRemoteName(a)), KeyOf(agent::ReadRemoteName(b))) << a;
+    EXPECT_NE(KeyOf(agent::ReadRemoteName("\xC3\xA9")), KeyOf(agent::ReadRemoteName("e")));
+}
+
+TEST_F(ContentFilesTest, FolderOfDatabasesIsItsUsersAlone) {
+    const agent::DatabaseFolder folder(dir.Path("new") + "\\stores\\");
+    ASSERT_TRUE(folder.Make());
+    EXPECT_TRUE(folder.Make());
+    EXPECT_TRUE(dir.Exists("new/stores"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("new")), {}), 1);
+    if (kWindows) GTEST_SKIP() << "the C++ library shows no access lists";
+    EXPECT_EQ(fs::status(dir.Native("new/stores")).permissions(), fs::perms::owner_all);
+}
+
+}  // namespace quillon::test
