@@ -46,6 +46,8 @@ int __real_rename(const char* from, const char* to);
 int __real_renameat(int fromFolder, const char* from, int toFolder, const char* to);
 int __real_renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags);
 int __real_mkdir(const char* path, mode_t mode);
+int __real_mkdirat(int folder, const char* path, mode_t mode);
+int __real_fdatasync(int file);
 
 int __wrap_open(const char* path, int flags, ...) {
     mode_t mode = 0;
@@ -89,5 +91,11 @@ int __wrap_renameat2(int fromFolder, const char* from, int toFolder, const char*
 }
 
 int __wrap_mkdir(const char* path, mode_t mode) { return Fails() ? -1 : __real_mkdir(path, mode); }
+
+int __wrap_mkdirat(int folder, const char* path, mode_t mode) {
+    return Fails() ? -1 : __real_mkdirat(folder, path, mode);
+}
+
+int __wrap_fdatasync(int file) { return Fails() ? -1 : __real_fdatasync(file); }
 
 }  // extern "C"

@@ -184,18 +184,22 @@ TEST_F(SwappedPlaces, MoveTakesNothingOfOthersAlong) {
 
 TEST_F(SwappedPlaces, TemporaryNamesAreNeverThoseOfOthers) {
     const std::string folder = dir.Path("in");
+    const auto take = [this](unsigned number) {
+        char name[32];
+        std::snprintf(name, sizeof name, "in/vnt%04X.tmp", number % 0x10000);
+        if (number % 3 == 0) {
+            ::symlink(At("outside/below").c_str(), At(name).c_str());
+        } else {
+            ::mkdir(At(name).c_str(), 0777);
+        }
+    };
+    for (unsigned number = 0; number < 0x10000; number += 64) take(number);
+    constexpr unsigned kStep = 7, kMost = 20'000;  // most names stay free
     unsigned next = 0;
     Run(
         "CreateTemporaryFile, CreateTemporaryDirectory",
         [&] {
-            char name[32];
-            std::snprintf(name, sizeof name, "in/vnt%04X.tmp", next += 7);
-            next %= 0x10000;
-            if (next % 2 == 0) {
-                ::symlink(At("outside/below").c_str(), At(name).c_str());
-            } else {
-                ::mkdir(At(name).c_str(), 0777);
-            }
+            if (next < kStep * kMost) take(next += kStep);
         },
         [&] {
             const auto directory = platform::CreateTemporaryDirectory(folder, "vnt");
