@@ -7,9 +7,9 @@ namespace quillon {
 
 /// Returns what the process costs now: columns Name, Value (an integer) and Unit, a row a
 /// figure: resident and private memory, CPU time in user and in kernel mode, threads,
-/// handles, log lines dropped, look-ups of names that the system still works on, and the
-/// sizes of the library's caches. A figure that the system does not tell has a null
-/// value. Thread-safe; nothing is logged.
+/// handles, log lines dropped, look-ups of names that the system still works on, calls of WMI
+/// that were left behind and still run, and the sizes of the library's caches. A figure that the system does
+/// not tell has a null value. Thread-safe; nothing is logged.
 QUILLON_API DataTable SelfMetrics();
 
 }  // namespace quillon
