@@ -9,8 +9,6 @@
 
 namespace quillon {
 
-class ICLogger;
-
 /// Describes a change of a user's session.
 ///
 /// @code
@@ -39,7 +37,7 @@ public:
     /// WTSSESSION_NOTIFICATION (its size, then the session's identifier, 32 bits each), which is not
     /// kept; null gives session 0. Two Debug entries are logged on the registered logger, and one Warn
     /// entry for an unknown event type. A control other than 14, SERVICE_CONTROL_SESSIONCHANGE, is
-    /// logged at Debug and throws std::invalid_argument with the same text. The logger is kept.
+    /// logged at Debug and throws std::invalid_argument with the same text.
     OperatingSystemUserSessionNotification(unsigned long control, unsigned long eventType, void* eventData,
                                            void* context);
     ~OperatingSystemUserSessionNotification() override;
@@ -68,7 +66,6 @@ private:
 
     UserSessionNotificationType m_sessionType = Unknown;
     std::int64_t m_timestamp;
-    ICLogger* m_logger;
     std::uint32_t m_sessionId = 0;
 };
 

@@ -37,9 +37,16 @@ public:
     /// on; a failure is an Error entry, and two Warn entries tell the administrator to review the
     /// policy. A sub-category without holders is left alone.
     static void DisableAuditLogSubCategory(const UniqueIdentifier& subcategory);
+    /// Writes down, from now on, what this class switches on, in a file of the process alone, and restores
+    /// what a former process, which was killed, had written there and not switched off: an Info entry
+    /// each, or an Error entry, and the next start tries again. A record that cannot be written is a Warn
+    /// entry, and auditing works without it.
+    static void KeepRecordIn(const std::string& path);
 
 private:
     static bool EnsureSystemAuditAvailable();
+    static void RestoreAuditPolicy();
+    static void WriteRecord();
     static void AuditPolicyChangedCallback(void* context, unsigned char timedOut);
     static void ReaffirmAuditPolicy();
     static void StartMonitoringAuditPolicyChanges();

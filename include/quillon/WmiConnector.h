@@ -14,6 +14,7 @@
 
 namespace quillon {
 
+class WmiCaller;
 class WmiEnumeration;
 
 /// Asks and changes objects of Windows Management Instrumentation through one connection to one
@@ -33,9 +34,13 @@ class WmiEnumeration;
 /// object with a property that cannot be read gives an Error entry and the part of a row before
 /// it, and the query goes on.
 ///
-/// A wait for objects is cut into slices of at most 500 ms. After a slice without an answer the
-/// wait ends when the host is shutting down (0x800704C7, ERROR_CANCELLED as an HRESULT) or the
-/// deadline is over (0x800705B4, ERROR_TIMEOUT).
+/// Every operation ends, at most 100 ms late, when the host is shutting down (0x800704C7,
+/// ERROR_CANCELLED as an HRESULT) or its deadline is over (0x800705B4, ERROR_TIMEOUT), whatever a
+/// provider does. As a call of WMI cannot be cancelled, the calls then run on a thread of the
+/// library's, in the multi-threaded apartment and with the identity of the process; a call that does
+/// not end in time is left behind there. While 16 are left behind no further one is made
+/// (0x800705AA, ERROR_NO_SYSTEM_RESOURCES); SelfMetrics() counts them. Without a deadline and an
+/// IShutdownMonitor the calls run on the caller's thread.
 ///
 /// @code
 /// const ComScope com;  // #include "quillon/ComScope.h"
@@ -65,12 +70,17 @@ public:
     WmiConnector(const WmiConnector&) = delete;
     WmiConnector& operator=(const WmiConnector&) = delete;
 
-    /// Limits how long one of the following operations waits, in all, for the objects of its
-    /// query, in milliseconds; 0, the default, and less is without limit. With a limit,
-    /// Connect() gives up after two minutes at most.
+    /// Limits how long one of the following operations takes, from its beginning to its end, in
+    /// milliseconds; 0, the default, and less is without limit. What was done before the end stays:
+    /// rows, and objects that were stored. Whether the call that was left behind still changes
+    /// something cannot be known.
     void SetDeadline(std::int32_t milliseconds);
     /// Replaces the policy; the default is Raise.
     void SetUint64Policy(Uint64Policy policy);
+
+    /// Says what a value does that the called method has no parameter for: nothing, by default, or,
+    /// when `refused`, an Error entry and a failure before the call.
+    void RefuseUnknownParameters(bool refused);
 
     /// Connects to a namespace path such as "ROOT\CIMV2" (the narrow form is UTF-8) as the
     /// current user, in place of the connection before, which ends also when this fails.
@@ -117,14 +127,22 @@ public:
     /// not clear it. The reference is valid as long as the connector.
     const std::wstring& LastWmiError() const;
 
+    /// Returns the code of the last failure, negative, as the text shows it in hexadecimal; 0 before the
+    /// first. Without a connection it is 0x80010108 (RPC_E_DISCONNECTED).
+    std::int32_t LastWmiErrorCode() const;
+
     /// Returns the one text value of the one object of a class, over a connection of its own,
     /// logging to the registered logger. The empty text, with an Error entry, when connecting
     /// or the query fails, or there is any other number of objects or kind of value. The names
     /// go into the query as they are: never pass foreign text.
     static std::string GetStringFromWmi(const char* className, const char* propertyName,
                                         const std::wstring& ns);
+    /// Does the same within so many milliseconds, connecting included; 0 and less is without limit.
+    static std::string GetStringFromWmi(const char* className, const char* propertyName,
+                                        const std::wstring& ns, std::int32_t milliseconds);
 
 private:
+    class Operation;
     class Services;
     class Update;
     using PropertyVisitor = std::function<bool(wchar_t* const&, const _variant_t&, long)>;
@@ -132,6 +150,7 @@ private:
     using ObjectVisitor = std::function<bool(const ATL::CComPtr<IWbemClassObject>&, unsigned int)>;
 
     bool CheckConnected(const char* failure);
+    bool HasEnded(const wchar_t* context) const;
     std::unique_ptr<WmiEnumeration> StartQuery(const std::wstring& wql);
     bool VisitObjects(const std::wstring& wql, const ObjectVisitor& visit);
     bool ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
@@ -152,6 +171,8 @@ private:
                     const MethodParameters& params, DataTable* results, wchar_t* objectPath);
     bool ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>& object, const std::wstring& methodName,
                                        const MethodParameters& params, DataTable* results);
+    bool KnowsParameters(const std::wstring& methodName, IWbemClassObject* inDefinition,
+                         const MethodParameters& params) const;
     bool SetWmiParametersFromUserParameters(const std::wstring& methodName,
                                             ATL::CComPtr<IWbemClassObject>& inDefinition,
                                             ATL::CComPtr<IWbemClassObject>& inInstance,
@@ -166,8 +187,11 @@ private:
     ICLogger* m_logger;                    // not owned, never null
     std::unique_ptr<Services> m_services;  // holds no reference while not connected
     std::unique_ptr<std::wstring> m_lastError;
+    mutable std::int32_t m_lastErrorCode = 0;
+    std::unique_ptr<WmiCaller> m_caller;  // of the operation that is under way
     std::int32_t m_deadline = 0;
     Uint64Policy m_uint64Policy = Uint64Policy::Raise;
+    bool m_refusesUnknown = false;
 };
 
 }  // namespace quillon

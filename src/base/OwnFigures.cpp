@@ -34,6 +34,11 @@ std::atomic<std::int64_t>& Lookups() {
     return count;
 }
 
+std::atomic<std::int64_t>& CallsLeft() {
+    static std::atomic<std::int64_t> count{0};
+    return count;
+}
+
 }  // namespace
 
 void CountDroppedLogLine() { Dropped().fetch_add(1, std::memory_order_relaxed); }
@@ -48,6 +53,10 @@ LogFigures& TheLogFigures() {
 void CountLookups(int change) { Lookups().fetch_add(change, std::memory_order_relaxed); }
 
 std::int64_t LookupsUnderWay() { return Lookups().load(std::memory_order_relaxed); }
+
+void CountWmiCallsLeft(int change) { CallsLeft().fetch_add(change, std::memory_order_relaxed); }
+
+std::int64_t WmiCallsLeft() { return CallsLeft().load(std::memory_order_relaxed); }
 
 void RegisterCache(const std::string& name, std::function<std::uint64_t()> entries) {
     Register& instance = TheRegister();

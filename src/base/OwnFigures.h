@@ -28,6 +28,10 @@ LogFigures& TheLogFigures();
 void CountLookups(int change);
 std::int64_t LookupsUnderWay();
 
+/// A call of WMI is left behind (1), because it did not come to an end in time, or ends after that (-1).
+void CountWmiCallsLeft(int change);
+std::int64_t WmiCallsLeft();
+
 struct CacheSize {
     std::string name;
     std::uint64_t entries = 0;

@@ -20,6 +20,8 @@ AuditState& AuditState::Get() {
 void AuditState::ForgetFunctions() {
     const std::lock_guard lock(m_auditSync);
     m_isInitialized = m_isAvailable = false;
+    m_recordPath.clear();
+    m_leftOn.clear();
 }
 
 AuditOperation::AuditOperation() : m_lock(AuditState::Get().m_auditSync) { AuditState::Get().log = &m_log; }

@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <string>
+#include <vector>
 
+#include "os/AuditRecord.h"
 #include "os/DeferredLog.h"
 #include "platform/AuditApi.h"
 #include "quillon/UniqueIdentifier.h"
@@ -13,6 +16,7 @@ namespace quillon {
 struct SubcategoryReference {
     std::uint32_t referenceCount = 0;
     bool enabledByProxy = false;
+    std::uint32_t bitsBefore = 0;  // when the proxy has switched it on
 };
 
 /// Holds the state of SystemAuditProxy for the life of the process. m_auditSync guards it and is held
@@ -24,6 +28,11 @@ struct AuditState {
     std::map<UniqueIdentifier, SubcategoryReference> m_auditReferenceCounts;
     platform::AuditEvent m_policyChangeNotificationHandle;
     platform::AuditWait m_policyChangeWaitHandle;
+
+    /// Where it is written down what is switched on; empty: nowhere.
+    std::string m_recordPath;
+    /// What could not be switched off.
+    std::vector<AuditRecordEntry> m_leftOn;
 
     platform::AuditQuerySystemPolicy AuditQuerySystemPolicy = nullptr;
     platform::AuditSetSystemPolicy AuditSetSystemPolicy = nullptr;

@@ -23,14 +23,16 @@ std::optional<std::string> ContentOf(const std::string& path) {
     return isRead && content.size() <= kLargestFile ? std::optional(std::move(content)) : std::nullopt;
 }
 
-/// Takes the first PEM block off the front of `text`, with what stands before it; empty when there is no
-/// whole block.
+/// Takes the first whole PEM block off the front of `text`, with what stands before it, such as a block that
+/// was cut; empty when there is no whole one.
 std::string_view TakePemBlock(std::string_view& text) {
     constexpr std::string_view kBegin = "-----BEGIN ";
     constexpr std::string_view kEnd = "-----END ";
     text.remove_prefix(std::min(text.find(kBegin), text.size()));
+    const std::size_t end = text.find(kEnd);
+    if (end == std::string_view::npos) return {};
+    text.remove_prefix(text.substr(0, end).rfind(kBegin));
     const std::size_t lastLine = text.find(kEnd);
-    if (lastLine == std::string_view::npos) return {};
     const std::string_view block = text.substr(0, text.find('\n', lastLine));
     text.remove_prefix(block.size());
     return block;

@@ -51,9 +51,7 @@ std::uint32_t SessionIdIn(const void* eventData) {
 OperatingSystemUserSessionNotification::OperatingSystemUserSessionNotification(unsigned long control,
                                                                                unsigned long eventType,
                                                                                void* eventData, void* context)
-    : IOperatingSystemNotification(UserSession),
-      m_timestamp(std::time(nullptr)),
-      m_logger(detail::RegisteredLogger()) {
+    : IOperatingSystemNotification(UserSession), m_timestamp(std::time(nullptr)) {
     CreateFromServiceControlSessionNotification(control, eventType, eventData, context);
 }
 
@@ -69,14 +67,15 @@ long long OperatingSystemUserSessionNotification::GetTimestamp() const { return 
 unsigned long OperatingSystemUserSessionNotification::GetSessionId() const { return m_sessionId; }
 
 std::wstring OperatingSystemUserSessionNotification::GetSessionDomainUser(bool logErrors) const {
-    ICLogger* const errors = logErrors ? m_logger : nullptr;
+    ICLogger* const logger = detail::RegisteredLogger();
+    ICLogger* const errors = logErrors ? logger : nullptr;
     if (m_sessionType != UserLogOn) {
         if (errors != nullptr) errors->Warn("Cannot get domain user for a logged out user");
         return kUnknownUser;
     }
     auto* const service = ServiceLocator::Get<IWindowsTerminalServicesService>();
-    if (m_logger != nullptr)
-        m_logger->Trace("windowsTerminalServicesService %p", static_cast<const void*>(service));
+    if (logger != nullptr)
+        logger->Trace("windowsTerminalServicesService %p", static_cast<const void*>(service));
     if (service == nullptr) {
         if (errors != nullptr) errors->Warn("Unable to locate the windowsTerminalServicesService object");
         return kUnknownUser;
@@ -100,25 +99,26 @@ std::shared_ptr<IOperatingSystemNotification> OperatingSystemUserSessionNotifica
 
 void OperatingSystemUserSessionNotification::CreateFromServiceControlSessionNotification(
     unsigned long control, unsigned long eventType, void* eventData, void*) {
+    ICLogger* const logger = detail::RegisteredLogger();
     if (control != kSessionControl) {
         const std::string text =
             "OperatingSystemLogonEvent was given an unexpected control code: " + std::to_string(control) +
             " Event type: " + std::to_string(eventType);
-        if (m_logger != nullptr) m_logger->Debug("%s", text.c_str());
+        if (logger != nullptr) logger->Debug("%s", text.c_str());
         throw std::invalid_argument(text);
     }
-    m_sessionType = SessionEventType(eventType, m_logger);
+    m_sessionType = SessionEventType(eventType, logger);
     m_sessionId = SessionIdIn(eventData);
-    if (m_logger != nullptr) {
-        m_logger->Debug("Session ID for SERVICE_CONTROL_SESSIONCHANGE event %lu is %lu", eventType,
-                        static_cast<unsigned long>(m_sessionId));
+    if (logger != nullptr) {
+        logger->Debug("Session ID for SERVICE_CONTROL_SESSIONCHANGE event %lu is %lu", eventType,
+                      static_cast<unsigned long>(m_sessionId));
     }
     LogEvent();
 }
 
 void OperatingSystemUserSessionNotification::LogEvent() const {
-    if (m_logger != nullptr) {
-        m_logger->Debug("OperatingSystemUserSessionNotification %s occurred", EventToString().c_str());
+    if (ICLogger* const logger = detail::RegisteredLogger()) {
+        logger->Debug("OperatingSystemUserSessionNotification %s occurred", EventToString().c_str());
     }
 }
 

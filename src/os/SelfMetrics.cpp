@@ -59,6 +59,7 @@ DataTable SelfMetrics() {
     AddFigure(table, "DroppedLogLines", static_cast<long long>(base::DroppedLogLines()), kCount);
     AddLogFigures(table);
     AddFigure(table, "LookupsUnderWay", base::LookupsUnderWay(), kCount);
+    AddFigure(table, "WmiCallsLeftBehind", base::WmiCallsLeft(), kCount);
     for (const base::CacheSize& cache : base::CacheSizes()) {
         AddFigure(table, "Cache." + cache.name, static_cast<long long>(cache.entries), kCount);
     }

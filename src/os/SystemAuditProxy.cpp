@@ -76,8 +76,13 @@ bool SystemAuditProxy::EnableAuditLogSubCategory(const UniqueIdentifier& subcate
     if (!scope.IsActive() || !GetAuditPolicyState(guid, &bits, &operation.Log())) return false;
     const bool wasEmpty = held.empty();
     const bool isNew = !IncludesBoth(bits);
-    if (isNew && !SetAuditPolicyState(guid, kAuditBoth, &operation.Log())) return false;
-    held[subcategory] = {1, isNew};
+    held[subcategory] = {1, isNew, static_cast<std::uint32_t>(bits)};
+    if (isNew) WriteRecord();  // before, so that a kill in between leaves nothing switched on for ever
+    if (isNew && !SetAuditPolicyState(guid, kAuditBoth, &operation.Log())) {
+        held.erase(subcategory);
+        WriteRecord();
+        return false;
+    }
     if (wasEmpty) StartMonitoringAuditPolicyChanges();
     return true;
 }
@@ -89,14 +94,16 @@ void SystemAuditProxy::DisableAuditLogSubCategory(const UniqueIdentifier& subcat
     const auto found = held.find(subcategory);
     if (found == held.end() || --found->second.referenceCount > 0) return;
 
-    const bool enabledByProxy = found->second.enabledByProxy;
+    const auto [count, enabledByProxy, bitsBefore] = found->second;
     held.erase(found);
     if (enabledByProxy && !ClearBits(subcategory, operation.Log())) {
         operation.Log().Warn(
             "The Agent enabled extended security auditing on this machine, but could not disable it");
         operation.Log().Warn(
             "The audit configuration policy for this machine may have to be reviewed with auditpol.exe");
+        AuditState::Get().m_leftOn.push_back({subcategory, bitsBefore});
     }
+    if (enabledByProxy) WriteRecord();
     if (held.empty()) StopMonitoringAuditPolicyChanges();
 }
 

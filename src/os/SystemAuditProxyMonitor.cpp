@@ -78,10 +78,12 @@ void SystemAuditProxy::ReaffirmAuditPolicy() {
         state.log->Debug("%s Reapplying success + failure audit policy for subcategory %s", kIndent,
                          id.ToString().c_str());
         SetAuditPolicyState(id.ToMsGuid(), platform::kAuditBoth, state.log);
+        if (!reference.enabledByProxy) reference.bitsBefore = static_cast<std::uint32_t>(bits);
         reference.enabledByProxy = true;
         ++reapplied;
     }
     if (reapplied > 0) {
+        WriteRecord();
         state.log->Info(
             "Re-applied success + failure auditing on %d subcategories (which had been disabled by local or "
             "group policy refresh)",

@@ -35,8 +35,8 @@ bool ReadCertificateStore(const std::wstring& name, std::vector<CertificateHandl
 /// `certificate` came from here.
 std::optional<std::string> CertificateProperty(const CERT_CONTEXT& certificate, std::uint64_t id);
 
-/// An encoded name in X.500 form, in the order of the encoding: "C=GB, O=Quillon, CN=host"; nothing when it
-/// is malformed or has 2,048 units or more.
+/// An encoded name in X.500 form, in the order of the encoding: "C=GB, O=Quillon, CN=host"; its first
+/// 2,047 units when it is longer, and nothing when it is malformed.
 std::optional<std::wstring> CertificateNameText(const CRYPTOAPI_BLOB& name);
 
 }  // namespace quillon::platform

@@ -1,11 +1,13 @@
 #include "quillon/WmiConnector.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Utf.h"
 #include "platform/TextApi.h"
 #include "providers/SilentLogger.h"
 #include "providers/WmiEnumeration.h"
+#include "providers/WmiOperation.h"
 #include "providers/WmiServices.h"
 
 namespace quillon {
@@ -21,14 +23,19 @@ void WmiConnector::SetDeadline(std::int32_t milliseconds) { m_deadline = millise
 
 void WmiConnector::SetUint64Policy(Uint64Policy policy) { m_uint64Policy = policy; }
 
+void WmiConnector::RefuseUnknownParameters(bool refused) { m_refusesUnknown = refused; }
+
 const std::wstring& WmiConnector::LastWmiError() const { return *m_lastError; }
+
+std::int32_t WmiConnector::LastWmiErrorCode() const { return m_lastErrorCode; }
 
 // --- Connection ---
 
 bool WmiConnector::Connect(const std::string& ns) { return Connect(base::ToWide(ns)); }
 
 bool WmiConnector::Connect(const std::wstring& ns) {
-    const auto [step, code] = m_services->Connect(ns, m_deadline > 0);
+    const Operation operation(*this);
+    const auto [step, code] = m_services->Connect(ns, *m_caller);
     if (step != Services::Step::Connected) {
         const bool isSecurity = step == Services::Step::Security;
         HandleWbemError(isSecurity ? L"setting COM proxy blanket" : L"creating instance of IWbemLocator",
@@ -40,7 +47,8 @@ bool WmiConnector::Connect(const std::wstring& ns) {
 }
 
 bool WmiConnector::TryConnect(const std::string& ns) {
-    const auto step = m_services->Connect(platform::AnsiToWide(ns), m_deadline > 0).step;
+    const Operation operation(*this);
+    const auto step = m_services->Connect(platform::AnsiToWide(ns), *m_caller).step;
     if (step == Services::Step::Locator) {
         m_logger->Debug("Failed to create WbemLocator");
     } else if (step == Services::Step::Namespace) {
@@ -59,8 +67,17 @@ bool WmiConnector::Disconnect() {
 bool WmiConnector::CheckConnected(const char* failure) {
     if (m_services->reference != nullptr) return true;
     *m_lastError = L"Not connected to WMI";
+    m_lastErrorCode = static_cast<std::int32_t>(0x80010108);
     m_logger->Error("%s", failure);
     return false;
+}
+
+/// Says whether the operation has to end, which is reported then: objects that are ready are not a reason
+/// to go on for ever.
+bool WmiConnector::HasEnded(const wchar_t* context) const {
+    const HRESULT end = m_caller->Limit().Look();
+    if (FAILED(end)) HandleWbemError(context, end);
+    return FAILED(end);
 }
 
 // --- Queries ---
@@ -102,6 +119,7 @@ void WmiConnector::ReportUnread(unsigned int index) const {
 
 bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& visit) {
     if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
+    const Operation operation(*this);
     const auto objects = StartQuery(wql);
     if (objects == nullptr) return false;
     WmiObjects batch;
@@ -111,7 +129,10 @@ bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& vi
         if (!batch.empty()) {
             m_logger->Trace("Processing %lu WMI objects", static_cast<unsigned long>(batch.size()));
         }
-        for (unsigned int i = 0; goesOn && i < batch.size(); ++i) goesOn = visit(batch[i], i);
+        for (unsigned int i = 0; goesOn && i < batch.size(); ++i) {
+            if (SUCCEEDED(result) && HasEnded(L"enumerating WMI result")) return false;
+            goesOn = visit(batch[i], i);
+        }
         if (goesOn && FAILED(result)) {
             HandleWbemError(L"enumerating WMI result", result);
             return false;
@@ -123,8 +144,8 @@ bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& vi
 
 std::unique_ptr<WmiEnumeration> WmiConnector::StartQuery(const std::wstring& wql) {
     m_logger->Debug("Executing WMI query '%s'", base::ToUtf8(wql).c_str());
-    auto objects = std::make_unique<WmiEnumeration>(m_deadline);
-    const HRESULT result = objects->Start(*m_services->reference, wql);
+    auto objects = std::make_unique<WmiEnumeration>(*m_caller);
+    const HRESULT result = objects->Start(m_services->reference, wql);
     if (SUCCEEDED(result)) return objects;
     HandleWbemError(L"executing WQL query", result);
     return nullptr;
@@ -154,9 +175,17 @@ const std::string* OnlyText(const DataTable& table, const char* className, const
 
 std::string WmiConnector::GetStringFromWmi(const char* className, const char* propertyName,
                                            const std::wstring& ns) {
+    return GetStringFromWmi(className, propertyName, ns, 0);
+}
+
+std::string WmiConnector::GetStringFromWmi(const char* className, const char* propertyName,
+                                           const std::wstring& ns, std::int32_t milliseconds) {
+    const WmiLimit whole(milliseconds);
     WmiConnector connector;
     DataTable table;
+    connector.SetDeadline(milliseconds);
     if (!connector.Connect(ns)) return {};
+    if (whole.HasDeadline()) connector.SetDeadline(std::max(1, whole.Left(milliseconds)));
     if (!connector.ExecuteQuery(std::string("SELECT ") + propertyName + " FROM " + className, &table))
         return {};
     const std::string* const text = OnlyText(table, className, propertyName, *connector.m_logger);

@@ -47,6 +47,7 @@ void WmiConnector::HandleWbemError(const std::wstring& context, long hr) const {
     StringUtils::Trim(text);
     m_logger->Error("%s (while %s)", base::ToUtf8(text).c_str(), base::ToUtf8(context).c_str());
     *m_lastError = std::move(text);
+    m_lastErrorCode = code;
 }
 
 }  // namespace quillon

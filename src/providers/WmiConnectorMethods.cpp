@@ -1,8 +1,9 @@
-#include <optional>
+#include <memory>
 
 #include "base/Utf.h"
 #include "platform/TextApi.h"
 #include "providers/WmiEnumeration.h"
+#include "providers/WmiOperation.h"
 #include "providers/WmiOwners.h"
 #include "providers/WmiServices.h"
 #include "quillon/StringUtils.h"
@@ -25,6 +26,24 @@ HRESULT ReadText(IWbemClassObject& object, const wchar_t* property, std::wstring
     return result;
 }
 
+/// What a look-up of a class that may be left behind needs and gives.
+struct Definition {
+    CComPtr<IWbemServices> services;
+    OwnedBstr className;
+    CComPtr<IWbemClassObject> object;
+
+    HRESULT Make() { return services->GetObject(className.get(), 0, nullptr, &object, nullptr); }
+};
+
+/// The same for the call of a method.
+struct Method {
+    CComPtr<IWbemServices> services;
+    OwnedBstr path, name;
+    CComPtr<IWbemClassObject> in, out;
+
+    HRESULT Make() { return services->ExecMethod(path.get(), name.get(), 0, nullptr, in, &out, nullptr); }
+};
+
 bool IsSettable(long cimType) {
     return cimType != CIM_OBJECT && cimType != CIM_REFERENCE && cimType != CIM_ILLEGAL &&
            cimType != CIM_FLAG_ARRAY;
@@ -36,6 +55,7 @@ bool WmiConnector::ExecuteStaticMethod(const std::wstring& className, const std:
                                        const MethodParameters& params, DataTable* results) {
     m_logger->Debug("Executing static WMI method '%s' on '%s'", ToUtf8(methodName).c_str(),
                     ToUtf8(className).c_str());
+    const Operation operation(*this);
     return CheckConnected(kNotConnected) &&
            CallMethod(className, className, methodName, params, results, nullptr);
 }
@@ -46,6 +66,7 @@ bool WmiConnector::ExecuteInstanceMethod(const std::wstring& wql, const std::wst
     m_logger->Debug("Executing instance WMI method '%s' on %s of '%s'", ToUtf8(methodName).c_str(),
                     allResults ? "all results" : "first result", ToUtf8(wql).c_str());
     if (!CheckConnected(kNotConnected)) return false;
+    const Operation operation(*this);
     const auto objects = StartQuery(wql);
     if (objects == nullptr) return false;
     WmiObjects next;
@@ -87,17 +108,39 @@ bool WmiConnector::CallMethod(const std::wstring& className, const std::wstring&
         if (FAILED(result)) HandleWbemError(context, result);
         return SUCCEEDED(result);
     };
-    IWbemServices& services = *m_services->reference;
-    CComPtr<IWbemClassObject> definition, inDefinition, inInstance, output;
-    HRESULT result = services.GetObject(ToBstr(className).get(), 0, nullptr, &definition, nullptr);
+    const auto definition = std::make_shared<Definition>();
+    definition->services = m_services->reference;
+    definition->className = ToBstr(className);
+    HRESULT result = m_caller->Run([definition] { return definition->Make(); });
     if (!check(result, L"getting reference to class " + className)) return false;
-    result = definition->GetMethod(methodName.c_str(), 0, &inDefinition, nullptr);
+    const auto method = std::make_shared<Method>();
+    CComPtr<IWbemClassObject> inDefinition;
+    result = definition->object->GetMethod(methodName.c_str(), 0, &inDefinition, nullptr);
     if (!check(result, L"getting metadata for method " + methodName)) return false;
-    if (!SetWmiParametersFromUserParameters(methodName, inDefinition, inInstance, params)) return false;
-    result = services.ExecMethod(ToBstr(path).get(), ToBstr(methodName).get(), 0, nullptr, inInstance,
-                                 &output, nullptr);
+    if (m_refusesUnknown && !KnowsParameters(methodName, inDefinition, params)) return false;
+    if (!SetWmiParametersFromUserParameters(methodName, inDefinition, method->in, params)) return false;
+    method->services = m_services->reference;
+    method->path = ToBstr(path);
+    method->name = ToBstr(methodName);
+    result = m_caller->Run([method] { return method->Make(); });
     if (!check(result, L"executing method " + methodName)) return false;
-    if (output != nullptr) AccumulateWmiClassObject(output, results, objectPath, false);
+    if (method->out != nullptr) AccumulateWmiClassObject(method->out, results, objectPath, false);
+    return true;
+}
+
+bool WmiConnector::KnowsParameters(const std::wstring& methodName, IWbemClassObject* inDefinition,
+                                   const MethodParameters& params) const {
+    for (const Variant& value : params.scalars) {
+        _variant_t unused;
+        const std::wstring name = base::ToWide(value.GetName());
+        if (inDefinition != nullptr &&
+            SUCCEEDED(inDefinition->Get(name.c_str(), 0, &unused, nullptr, nullptr)))
+            continue;
+        *m_lastError = L"Method " + methodName + L" has no parameter " + name;
+        m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_INVALID_METHOD_PARAMETERS);
+        m_logger->Error("%s", ToUtf8(*m_lastError).c_str());
+        return false;
+    }
     return true;
 }
 

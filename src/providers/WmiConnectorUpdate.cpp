@@ -2,6 +2,7 @@
 #include "platform/TextApi.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiEnumeration.h"
+#include "providers/WmiOperation.h"
 #include "providers/WmiOwners.h"
 #include "providers/WmiServices.h"
 #include "providers/WmiUpdate.h"
@@ -135,6 +136,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
         m_logger->Error("%s", base::ToUtf8(*m_lastError).c_str());
         return false;
     }
+    const Operation operation(*this);
     const auto objects = StartQuery(wql);
     if (objects == nullptr) return false;
     Update update(*this, *updates);
@@ -159,7 +161,9 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
 
 bool WmiConnector::StoreObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* results) {
     m_logger->Debug("Putting instance");
-    const HRESULT result = m_services->reference->PutInstance(object, 0, nullptr, nullptr);
+    const HRESULT result = m_caller->Run([services = m_services->reference, object] {
+        return services->PutInstance(object, 0, nullptr, nullptr);
+    });
     if (FAILED(result)) {
         HandleWbemError(L"failed to PutInstance after updates applied", result);
         return false;

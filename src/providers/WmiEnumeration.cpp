@@ -1,36 +1,49 @@
 #include "providers/WmiEnumeration.h"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
 #include "providers/WmiOwners.h"
-#include "quillon/IShutdownMonitor.h"
-#include "quillon/ServiceLocator.h"
 
 namespace quillon {
 
 namespace {
 
-constexpr std::chrono::milliseconds kSlice{500};
-constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x800705B4);      // ERROR_TIMEOUT
-constexpr HRESULT kShuttingDown = static_cast<HRESULT>(0x800704C7);  // ERROR_CANCELLED
+constexpr std::int32_t kSlice = 100;  // milliseconds
 
-bool IsShuttingDown() {
-    auto* const monitor = ServiceLocator::Get<IShutdownMonitor>(true);
-    return monitor != nullptr && monitor->IsShutdownRequested();
-}
+/// What a query that may be left behind needs and gives.
+struct Query {
+    platform::CComPtr<IWbemServices> services;
+    OwnedBstr language, text;
+    platform::CComPtr<IEnumWbemClassObject> objects;
+
+    HRESULT Make() {
+        constexpr LONG kFlags = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
+        return services->ExecQuery(language.get(), text.get(), kFlags, nullptr, &objects);
+    }
+};
 
 }  // namespace
 
-WmiEnumeration::WmiEnumeration(std::int32_t deadline) {
-    if (deadline > 0) m_end = Clock::now() + std::chrono::milliseconds(deadline);
+HRESULT WmiEnumeration::Request::Make() {
+    std::array<IWbemClassObject*, kBatch> objectsTaken{};
+    returned = 0;
+    const HRESULT result = objects->Next(slice, count, objectsTaken.data(), &returned);
+    returned = std::min(returned, count);
+    for (std::size_t i = 0; i < returned; ++i) taken[i].Attach(objectsTaken[i]);
+    return result;
 }
 
-HRESULT WmiEnumeration::Start(IWbemServices& services, const std::wstring& wql) {
-    const OwnedBstr language = ToBstr(L"WQL");
-    const OwnedBstr query = ToBstr(wql);
-    constexpr LONG kFlags = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
-    return services.ExecQuery(language.get(), query.get(), kFlags, nullptr, &m_objects);
+HRESULT WmiEnumeration::Start(const platform::CComPtr<IWbemServices>& services, const std::wstring& wql) {
+    const auto query = std::make_shared<Query>();
+    query->services = services;
+    query->language = ToBstr(L"WQL");
+    query->text = ToBstr(wql);
+    const HRESULT result = m_caller.Run([query] { return query->Make(); });
+    if (FAILED(result)) return result;
+    m_request = std::make_shared<Request>();
+    m_request->objects = query->objects;
+    return result;
 }
 
 HRESULT WmiEnumeration::Next(std::size_t count, WmiObjects& objects) {
@@ -40,33 +53,20 @@ HRESULT WmiEnumeration::Next(std::size_t count, WmiObjects& objects) {
         const HRESULT result = Take(count - objects.size(), objects);
         if (FAILED(result)) return result;
         if (objects.size() >= count || result != static_cast<HRESULT>(WBEM_S_TIMEDOUT)) return S_OK;
-        const HRESULT end = LookForEnd();
+        const HRESULT end = m_caller.Limit().Look();
         if (FAILED(end)) return end;
     }
 }
 
 HRESULT WmiEnumeration::Take(std::size_t count, WmiObjects& objects) {
-    std::array<IWbemClassObject*, kBatch> taken{};
-    ULONG returned = 0;
-    const HRESULT result = m_objects->Next(SliceLength(), static_cast<ULONG>(count), taken.data(), &returned);
-    for (std::size_t i = 0; i < std::min<std::size_t>(returned, count); ++i) {
-        objects.emplace_back().Attach(taken[i]);
-    }
+    m_request->count = static_cast<ULONG>(count);
+    m_request->slice = m_caller.Limit().Left(kSlice);
+    const HRESULT result = m_caller.Run([request = m_request] { return request->Make(); });
+    if (m_caller.HasLeft()) return result;  // the request is still somebody else's
+    for (std::size_t i = 0; i < m_request->returned; ++i)
+        objects.push_back(std::exchange(m_request->taken[i], {}));
+    m_request->returned = 0;
     return result;
-}
-
-LONG WmiEnumeration::SliceLength() const {
-    auto slice = kSlice;
-    if (m_end) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*m_end - Clock::now());
-        slice = std::clamp(left, std::chrono::milliseconds(0), kSlice);
-    }
-    return static_cast<LONG>(slice.count());
-}
-
-HRESULT WmiEnumeration::LookForEnd() const {
-    if (IsShuttingDown()) return kShuttingDown;
-    return m_end && Clock::now() >= *m_end ? kTimedOut : S_OK;
 }
 
 }  // namespace quillon

@@ -1,42 +1,48 @@
 #pragma once
 
-#include <chrono>
+#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/Wbem.h"
+#include "providers/WmiCaller.h"
 
 namespace quillon {
 
 using WmiObjects = std::vector<platform::CComPtr<IWbemClassObject>>;
 
 /// Gets the objects of one query. ExecQuery returns at once and the enumerator is waited for in slices,
-/// because a call of WMI cannot be cancelled: between two slices the host's shutdown and the deadline can
-/// end the wait. One thread uses it; nothing is logged.
+/// so that a thread which was left behind ends soon even if the provider never answers. One thread uses it;
+/// nothing is logged.
 class WmiEnumeration {
 public:
     static constexpr std::size_t kBatch = 100;
 
-    /// The deadline counts from here, in milliseconds; 0 and less is none.
-    explicit WmiEnumeration(std::int32_t deadline);
+    /// The caller makes the calls, and must live as long.
+    explicit WmiEnumeration(WmiCaller& caller) : m_caller(caller) {}
 
-    HRESULT Start(IWbemServices& services, const std::wstring& wql);
+    HRESULT Start(const platform::CComPtr<IWbemServices>& services, const std::wstring& wql);
     /// Gets the next objects, at most kBatch. Fewer than `count` are the last ones, or those that came
     /// before the failure that is returned.
     HRESULT Next(std::size_t count, WmiObjects& objects);
 
 private:
-    using Clock = std::chrono::steady_clock;
+    /// What a call that may be left behind needs and gives.
+    struct Request {
+        platform::CComPtr<IEnumWbemClassObject> objects;
+        LONG slice = 0;
+        ULONG count = 0, returned = 0;
+        std::array<platform::CComPtr<IWbemClassObject>, kBatch> taken;
+
+        HRESULT Make();
+    };
 
     HRESULT Take(std::size_t count, WmiObjects& objects);
-    LONG SliceLength() const;
-    HRESULT LookForEnd() const;
 
-    platform::CComPtr<IEnumWbemClassObject> m_objects;
-    std::optional<Clock::time_point> m_end;
+    WmiCaller& m_caller;
+    std::shared_ptr<Request> m_request;
 };
 
 }  // namespace quillon

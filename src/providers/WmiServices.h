@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/Wbem.h"
+#include "providers/WmiCaller.h"
 #include "quillon/WmiConnector.h"
 
 namespace quillon {
@@ -17,9 +18,8 @@ public:
         HRESULT code;
     };
 
-    /// Gives the reference up first. One whose security cannot be set stays. A server that
-    /// does not answer is given up after two minutes when `mayGiveUp`.
-    Outcome Connect(const std::wstring& ns, bool mayGiveUp);
+    /// Gives the reference up first. One whose security cannot be set stays.
+    Outcome Connect(const std::wstring& ns, WmiCaller& caller);
 
     platform::CComPtr<IWbemServices> reference;
 };

@@ -22,6 +22,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 ordered_json RunForJson(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"--format", "json"});
@@ -195,6 +196,14 @@ TEST(AgentWmi, QueriesAndSaysWhatCannotBeChanged) {
                 HasSubstr("WMI error 0x80041002"));
     EXPECT_EQ(RunAgent({"run", "Wmi.Update", wql, "set=Description:word=text"}).exitCode, 2);
     EXPECT_EQ(RunAgent({"run", "Wmi.Invoke", wql, "class=Win32_Process", "method=Create"}).exitCode, 2);
+
+    const std::string none = "wql=SELECT Name FROM Win32_Process WHERE ProcessId = 4294967295";
+    EXPECT_EQ(RunForJson({"run", "Wmi.Query", none}), ordered_json::array());
+    EXPECT_THAT(RunAgent({"run", "Wmi.Query", none}).output, StartsWith("Name"));
+    const AgentRun call = RunAgent({"run", "Wmi.Invoke", "wql=SELECT * FROM Win32_Process", "method=GetOwner",
+                                    "arguments=Misspelt=1"});
+    EXPECT_EQ(call.exitCode, 3);
+    EXPECT_THAT(call.errors, HasSubstr("has no parameter Misspelt"));
 }
 
 TEST(AgentAudit, HoldRefusesWhatIsNoSubcategory) {

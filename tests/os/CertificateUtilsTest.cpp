@@ -61,6 +61,7 @@ TEST_F(CertificateFileTest, AgreesWithOpenSsl) {
             -subj "/C=GB/O=Quillon/CN=host $n" -out plain$n &&
         openssl x509 -in plain$n -trustout -setalias "Name $n" -out c$n; done
         cat key1 c1 key2 c2 > all; echo damaged | cat - c1 | sed 's/^MII/MIA/' > damaged
+        head -n 3 c1 | cat - c2 > cut
         openssl x509 -in c2 -outform DER -out der
         openssl x509 -in c2 -noout -serial -dateopt iso_8601 -dates -nameopt sep_comma_plus_space,sname -subject |
             sed 's/^[^=]*=//; 1y/ABCDEF/abcdef/; s/ \(..:..:..\)Z/T\1.000Z/' > facts
@@ -82,6 +83,9 @@ TEST_F(CertificateFileTest, AgreesWithOpenSsl) {
               std::string("Name 2") + '\0');
     EXPECT_TRUE(Certificate::ReadFile(dir.Path("damaged"), read));
     EXPECT_EQ(read.size(), 3u);
+    EXPECT_TRUE(Certificate::ReadFile(dir.Path("cut"), read));
+    ASSERT_EQ(read.size(), 4u);
+    EXPECT_THAT(FactsOf(read[3]), ElementsAre(facts[0], prints[0], prints[1], facts[1], facts[2], facts[3]));
 }
 
 TEST_F(CertificateFileTest, FilesAndStoresThatCannotBeRead) {

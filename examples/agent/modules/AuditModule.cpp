@@ -2,16 +2,19 @@
 
 #include "modules/Describe.h"
 #include "modules/Waiting.h"
-#include "quillon/DestructorFunctor.h"
+#include "quillon/AuditHolder.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ParameterBinder.h"
-#include "quillon/SystemAuditProxy.h"
+#include "quillon/PathUtils.h"
+#include "quillon/ServiceLocator.h"
+#include "sql/DatabaseFolder.h"
 
 namespace quillon::agent {
 
 namespace {
 
 constexpr long long kDefaultSeconds = 10;
+constexpr const char* kRecord = "audit-record";
 
 void Hold(const MethodParameters& parameters, InvocationResult& result) {
     std::string text;
@@ -28,12 +31,16 @@ void Hold(const MethodParameters& parameters, InvocationResult& result) {
         RefuseParameter("'subcategory' parameter must be a GUID", result);
         return;
     }
-    if (!SystemAuditProxy::EnableAuditLogSubCategory(subcategory)) {
+    const DatabaseFolder& folder = *ServiceLocator::Get<DatabaseFolder>();
+    if (folder.Make())
+        SystemAuditProxy::KeepRecordIn(
+            PathUtils::CombinePaths(folder.GetPath(), kRecord, PathUtils::PathSep));
+    const AuditHolder holder(subcategory);
+    if (!holder) {
         Fail(InvocationResult::kSystemFailure,
              "Sub-category " + subcategory.ToString() + " cannot be audited; the log says why", result);
         return;
     }
-    const DestructorFunctor release([&] { SystemAuditProxy::DisableAuditLogSubCategory(subcategory); });
     WaitSeconds(seconds);
     result.resultTable.AddRow(
         VariantList(Variant("Subcategory", subcategory.ToString()), Variant("Seconds", seconds)));
@@ -43,7 +50,10 @@ void DescribeHold(IMethodMetadataBuilder& builder) {
     builder.Description("Keeps success and failure auditing of a sub-category switched on for a while.")
         .Flags({IMethodMetadata::MayModifySystemState})
         .Note("Outside Windows the audit policy is simulated, and lives only as long as the agent.")
-        .Note("Auditing that was on before stays on. Ending the agent by force leaves it on.")
+        .Note(
+            "Auditing that was on before stays on. What an agent that was ended by force left on is restored "
+            "by "
+            "the next call.")
         .Example("quillon-agent run Audit.Hold subcategory=0cce922b-69ae-11d9-bed3-505054503030 seconds=60")
         .CreateParameter("subcategory", typeid(std::string))
         .Description("GUID of the sub-category; the example's is process creation.")

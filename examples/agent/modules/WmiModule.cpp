@@ -1,5 +1,7 @@
 #include "modules/Modules.h"
 
+#include <utility>
+
 #include "modules/Assignments.h"
 #include "modules/Describe.h"
 #include "modules/WmiCall.h"
@@ -8,6 +10,30 @@
 namespace quillon::agent {
 
 namespace {
+
+/// Returns the properties that a query names; none when it asks for all.
+std::vector<std::string> SelectedProperties(const std::string& wql) {
+    const std::string lower = StringUtils::ToLowercase(wql);
+    const std::size_t begin = lower.find("select"), end = lower.find("from");
+    std::vector<std::string> names;
+    if (begin == std::string::npos || end == std::string::npos) return names;
+    std::string name;
+    for (std::size_t i = begin + std::string("select").size(); i < end; ++i) {
+        if (wql[i] == '*') return {};
+        if (wql[i] == ',') names.push_back(std::exchange(name, {}));
+        if (wql[i] != ',' && static_cast<unsigned char>(wql[i]) > ' ') name += wql[i];
+    }
+    names.push_back(name);
+    return names;
+}
+
+/// A query without objects has no columns of its own, and is no query without an answer.
+void ShowNoObjects(const std::string& wql, DataTable& table) {
+    table.AddRow(VariantList(Variant("", 0)));
+    table.Clear(true);
+    const auto names = SelectedProperties(wql);
+    if (!names.empty()) table.SetDefaultColumnNames(names);
+}
 
 void Query(const MethodParameters& parameters, InvocationResult& result) {
     WmiCall call;
@@ -18,10 +44,11 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     binder.AddMandatoryBinding("wql", wql);
     binder.AddOptionalBinding("qualifiers", qualifiers);
     if (!binder.Bind(result)) return;
-    RunWmi(call, result, [&](WmiConnector& connector) {
+    const bool isDone = RunWmi(call, result, [&](WmiConnector& connector) {
         return qualifiers ? connector.ExecuteQueryReturnQualifiers(wql, &result.resultTable)
                           : connector.ExecuteQuery(wql, &result.resultTable);
     });
+    if (isDone && result.resultTable.IsUndefined()) ShowNoObjects(wql, result.resultTable);
 }
 
 void Update(const MethodParameters& parameters, InvocationResult& result) {
@@ -62,6 +89,7 @@ void Invoke(const MethodParameters& parameters, InvocationResult& result) {
     }
     const auto wide = [](const std::string& text) { return StringUtils::NarrowStringToWide(text); };
     RunWmi(call, result, [&](WmiConnector& connector) {
+        connector.RefuseUnknownParameters(true);
         return wql.empty()
                    ? connector.ExecuteStaticMethod(wide(className), wide(method), values, &result.resultTable)
                    : connector.ExecuteInstanceMethod(wide(wql), wide(method), all, values,
@@ -102,7 +130,9 @@ void DescribeUpdate(IMethodMetadataBuilder& builder) {
 void DescribeInvoke(IMethodMetadataBuilder& builder) {
     builder.Flags({IMethodMetadata::MayModifySystemState})
         .Description("Calls a method of a class or of objects and answers with its results, a row a call.")
-        .Note("An argument that the method does not have, or does not take, is left out.")
+        .Note(
+            "An argument that the method does not have fails the call before it is made; one whose value it "
+            "does not take is left out.")
         .Example(
             "quillon-agent run Wmi.Invoke wql=\"SELECT * FROM Win32_Process WHERE ProcessId = 1\" "
             "method=GetOwner")

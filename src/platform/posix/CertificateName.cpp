@@ -131,8 +131,6 @@ std::wstring Hexadecimal(std::string_view bytes) {
 }
 
 std::optional<std::wstring> ValueText(const Element& value) {
-    constexpr std::size_t kBytesOfCharacter = 4;
-    if (value.whole.size() > kLongestText * kBytesOfCharacter) return std::nullopt;
     if (value.tag == V_ASN1_OCTET_STRING) return Hexadecimal(value.content);
     if (!IsText(value.tag)) return Hexadecimal(value.whole);
     const auto text = Decode(value);
@@ -157,7 +155,7 @@ bool AppendPart(std::string_view part, std::wstring& text) {
         const auto piece = attribute ? AttributeText(*attribute) : std::nullopt;
         if (!piece) return false;
         text += separator + *piece;
-        if (text.size() > kLongestText) return false;
+        if (text.size() > kLongestText) text.resize(kLongestText);
         separator = L" + ";
     }
     return true;

@@ -73,14 +73,12 @@ std::optional<std::string> CertificateProperty(const CERT_CONTEXT& certificate, 
 }
 
 std::optional<std::wstring> CertificateNameText(const CRYPTOAPI_BLOB& name) {
-    // Asked for first, because a name that is too long is cut without a word.
     constexpr DWORD kRoom = 2048;
-    const DWORD needed = ConvertName(name, nullptr, 0);
-    if (needed == 0 || needed > kRoom) return std::nullopt;
-    wchar_t buffer[kRoom];
-    const DWORD length = ConvertName(name, buffer, kRoom);
-    if (length == 0) return std::nullopt;
-    return std::wstring(buffer, length - 1);
+    wchar_t buffer[kRoom] = {};
+    if (ConvertName(name, nullptr, 0) == 0 || ConvertName(name, buffer, kRoom) == 0) return std::nullopt;
+    std::wstring text(buffer, std::char_traits<wchar_t>::length(buffer));
+    if (!text.empty() && IS_HIGH_SURROGATE(text.back())) text.pop_back();  // where it was cut
+    return text;
 }
 
 }  // namespace quillon::platform

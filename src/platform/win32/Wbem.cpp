@@ -16,14 +16,17 @@ HRESULT SetProxyBlanket(IWbemServices* services) {
                                RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
 }
 
-/// From its own folder, which need not be among those that are searched.
+/// From the system's own directories only: elsewhere anybody may have put a file of that name.
 HMODULE LoadMessages() {
     wchar_t folder[MAX_PATH];
     const UINT length = ::GetSystemDirectoryW(folder, MAX_PATH);
-    const std::wstring path = std::wstring(folder, length < MAX_PATH ? length : 0) + L"\\wbem\\WmiUtils.dll";
-    if (const HMODULE module = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE))
-        return module;
-    return ::LoadLibraryExW(L"WmiUtils.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    if (length == 0 || length >= MAX_PATH) return nullptr;
+    for (const wchar_t* const name : {L"\\wbem\\WmiUtils.dll", L"\\WmiUtils.dll"}) {
+        const std::wstring path = std::wstring(folder, length) + name;
+        if (const HMODULE module = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE))
+            return module;
+    }
+    return nullptr;
 }
 
 /// Never freed: messages are asked for until the process ends.

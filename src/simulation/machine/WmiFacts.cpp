@@ -49,8 +49,9 @@ _variant_t WmiFact::As(CIMTYPE type) const {
 }
 
 void AddMachineFacts(WmiRepository& repository) {
-    for (const auto make : {OperatingSystemClass, ComputerSystemClass, ProcessClass, LogicalDiskClass,
-                            NetworkAdapterClass, ServiceClass}) {
+    for (const auto make :
+         {OperatingSystemClass, ComputerSystemClass, ProcessClass, LogicalDiskClass, NetworkAdapterClass,
+          ServiceClass, BiosClass, UserAccountClass, QuickFixEngineeringClass}) {
         repository.AddClass(L"ROOT\\CIMV2", make());
     }
 }

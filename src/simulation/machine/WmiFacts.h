@@ -95,6 +95,11 @@ WmiClass NetworkAdapterClass();
 /// that a unit that stays active without a process counts as stopped.
 WmiClass ServiceClass();
 
+WmiClass BiosClass();
+/// The local accounts.
+WmiClass UserAccountClass();
+WmiClass QuickFixEngineeringClass();
+
 /// Adds all classes of facts, in ROOT\CIMV2.
 void AddMachineFacts(WmiRepository& repository);
 

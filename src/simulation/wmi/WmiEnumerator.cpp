@@ -71,8 +71,14 @@ HRESULT WmiEnumerator::Start(const std::wstring& nameSpace) {
     }
     if (!KnowsProperties()) return Code(WBEM_E_INVALID_QUERY);
     m_shape = ShapeFor(*m_schema, m_query.Properties());
-    if (!m_schema->live) return S_OK;
-    return AskProvider(*m_schema, Wanted(m_query, *m_schema, m_shape->ShowsPath()), m_provided);
+    return S_OK;
+}
+
+HRESULT WmiEnumerator::Provide() {
+    if (FAILED(m_result) || m_isProvided || !m_schema->live) return m_result;
+    m_isProvided = true;
+    m_result = AskProvider(*m_schema, Wanted(m_query, *m_schema, m_shape->ShowsPath()), m_provided);
+    return m_result;
 }
 
 bool WmiEnumerator::KnowsProperties() const {
@@ -88,9 +94,9 @@ HRESULT WmiEnumerator::Next(LONG timeout, ULONG count, IWbemClassObject** object
     if (objects == nullptr || returned == nullptr) return Code(WBEM_E_INVALID_PARAMETER);
     *returned = 0;
     if (const auto code = State()->Begin(WmiCall::Next)) return *code;
-    if (FAILED(m_result)) return m_result;
 
     const std::lock_guard turn(m_turn);
+    if (const HRESULT result = Provide(); FAILED(result)) return result;
     try {
         return Fill(After(timeout), count, objects, *returned);
     } catch (const std::exception&) {

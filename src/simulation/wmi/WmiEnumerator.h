@@ -15,9 +15,10 @@ class WmiEnumerator final : public WbemObject<IEnumWbemClassObject> {
 public:
     WmiEnumerator(const std::shared_ptr<WmiState>& state, const std::wstring& nameSpace, WqlQuery query);
 
+    /// Asks the provider of a live class, on the caller's thread and once, unless Next() has done so.
     /// Returns the code that Next() fails with: WBEM_E_INVALID_CLASS, WBEM_E_INVALID_QUERY when the class
     /// has no such property, WBEM_E_PROVIDER_FAILURE.
-    HRESULT Result() const { return m_result; }
+    HRESULT Provide();
 
     HRESULT Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override;
 
@@ -37,9 +38,10 @@ private:
     const WqlQuery m_query;
     WmiSchemaPtr m_schema;
     WmiShapePtr m_shape;
-    HRESULT m_result = 0;
 
     std::mutex m_turn;  // one Next at a time; also what follows
+    HRESULT m_result = 0;
+    bool m_isProvided = false;
     std::vector<WmiRowPtr> m_stored;
     std::vector<WmiValues> m_provided;
     std::size_t m_position = 0;

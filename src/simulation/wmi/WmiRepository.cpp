@@ -68,6 +68,10 @@ void WmiRepository::FailNext(WmiCall call, HRESULT code, unsigned int skip) {
 
 void WmiRepository::HangAfter(long objects) { m_state->HangAfter(objects); }
 
+void WmiRepository::Hold(WmiCall call) { m_state->Hold(call); }
+
+void WmiRepository::LetGo() { m_state->Hold(WmiCall::Count); }
+
 unsigned long long WmiRepository::CallCount(WmiCall call) const {
     return m_state->calls[static_cast<std::size_t>(call)];
 }

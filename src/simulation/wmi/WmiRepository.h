@@ -105,6 +105,9 @@ public:
     void FailNext(WmiCall call, HRESULT code, unsigned int skip = 0);
     /// Lets enumerators wait without an answer after this many objects each, until it is called with -1.
     void HangAfter(long objects);
+    /// Lets every call of a kind wait without an answer, until LetGo().
+    void Hold(WmiCall call);
+    void LetGo();
     unsigned long long CallCount(WmiCall call) const;
     /// Locators, services, enumerators and objects that someone still has a reference to.
     long long LiveObjects() const;

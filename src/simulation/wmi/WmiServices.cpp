@@ -94,7 +94,9 @@ HRESULT WmiServices::ExecQuery(BSTR language, BSTR query, LONG flags, IWbemConte
     auto* const enumerator = new WmiEnumerator(State(), m_nameSpace, std::move(parsed));
     owner.Attach(enumerator);
     const bool tellsLater = (flags & WBEM_FLAG_RETURN_IMMEDIATELY) != 0;
-    if (FAILED(enumerator->Result()) && !tellsLater) return enumerator->Result();
+    if (!tellsLater) {
+        if (const HRESULT result = enumerator->Provide(); FAILED(result)) return result;
+    }
     *objects = owner.Detach();
     return S_OK;
 }

@@ -35,6 +35,10 @@ WmiRowPtr WmiTable::Find(std::wstring_view relativePath) const {
 
 std::optional<HRESULT> WmiState::Begin(WmiCall call) {
     calls[static_cast<std::size_t>(call)].fetch_add(1, std::memory_order_relaxed);
+    if (m_held == call) {
+        std::unique_lock lock(mutex);
+        m_released.wait(lock, [this, call] { return m_held != call; });
+    }
     if (!m_hasFailures.load(std::memory_order_acquire)) return std::nullopt;
 
     const std::lock_guard lock(mutex);
@@ -55,6 +59,14 @@ void WmiState::FailNext(WmiCall call, HRESULT code, unsigned int skip) {
     const std::lock_guard lock(mutex);
     m_failures.push_back({call, code, skip});
     m_hasFailures.store(true, std::memory_order_release);
+}
+
+void WmiState::Hold(WmiCall call) {
+    {
+        const std::lock_guard lock(mutex);
+        m_held = call;
+    }
+    m_released.notify_all();
 }
 
 void WmiState::HangAfter(long objects) {

@@ -50,6 +50,8 @@ struct WmiState {
     /// Counts a call; gives the code that it was asked to answer with.
     std::optional<HRESULT> Begin(WmiCall call);
     void FailNext(WmiCall call, HRESULT code, unsigned int skip);
+    /// Count holds none.
+    void Hold(WmiCall call);
     void HangAfter(long objects);
     /// Waits while enumerators shall hang after `objects`; false when the time was up first.
     bool AwaitAnswer(long objects, const Deadline& deadline);
@@ -74,6 +76,7 @@ private:
     std::atomic<bool> m_hasFailures = false;
     std::vector<Failure> m_failures;
     std::atomic<long> m_hangAfter = -1;
+    std::atomic<WmiCall> m_held = WmiCall::Count;
     std::condition_variable m_released;
 };
 

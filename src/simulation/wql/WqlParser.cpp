@@ -2,6 +2,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/Characters.h"
 #include "simulation/WbemCode.h"
 #include "simulation/wql/WqlLexer.h"
 #include "simulation/wql/WqlQuery.h"
@@ -15,6 +16,7 @@ public:
 
     /// Reads the whole text; nothing when it is not a query.
     std::optional<WqlQuery> Parse() {
+        m_isOther = AtWord(L"ASSOCIATORS") || AtWord(L"REFERENCES");
         if (!Take(WqlToken::Select) || !ReadProperties() || !Take(WqlToken::From) ||
             !TakeName(m_query.m_className)) {
             return std::nullopt;
@@ -23,12 +25,20 @@ public:
         return At(WqlToken::End) ? std::optional(std::move(m_query)) : std::nullopt;
     }
 
+    /// Returns whether the text began as a query of a form that is not simulated.
+    [[nodiscard]] bool IsOther() const { return m_isOther; }
+
 private:
     using Step = WqlQuery::Step;
     using Kind = Step::Kind;
     using Operator = Step::Operator;
 
     [[nodiscard]] bool At(WqlToken token) const { return m_lexer.Token() == token; }
+
+    /// A word of those forms is a name elsewhere.
+    [[nodiscard]] bool AtWord(std::wstring_view word) const {
+        return At(WqlToken::Name) && base::EqualIgnoringCase(m_lexer.Name(), word);
+    }
 
     bool Take(WqlToken token) {
         if (!At(token)) return false;
@@ -120,6 +130,7 @@ private:
             Emit(kind).property = std::move(property);
             return Take(WqlToken::Null);
         }
+        m_isOther = m_isOther || AtWord(L"ISA");
         const bool isLike = At(WqlToken::Like);
         const auto op = TakeOperator();
         auto constant = op ? TakeConstant() : std::nullopt;
@@ -200,6 +211,7 @@ private:
     }
 
     WqlLexer m_lexer;
+    bool m_isOther = false;
     std::vector<WqlToken> m_pending;
     WqlQuery m_query;
 };
@@ -207,8 +219,9 @@ private:
 HRESULT WqlQuery::Parse(std::wstring_view text) {
     *this = WqlQuery();
     try {
-        auto query = WqlParser(text).Parse();
-        if (!query) return Code(WBEM_E_INVALID_QUERY);
+        WqlParser parser(text);
+        auto query = parser.Parse();
+        if (!query) return Code(parser.IsOther() ? WBEM_E_NOT_SUPPORTED : WBEM_E_INVALID_QUERY);
         *this = std::move(*query);
         return S_OK;
     } catch (const std::bad_alloc&) {

@@ -8,6 +8,7 @@
 #include "base/Characters.h"
 #include "platform/TextApi.h"
 #include "platform/ole/VariantNumber.h"
+#include "simulation/wql/WqlDateTime.h"
 #include "simulation/wql/WqlPattern.h"
 
 namespace quillon::simulation {
@@ -43,6 +44,9 @@ std::optional<bool> BoolOf(const VARIANT& value) {
 }
 
 std::partial_ordering CompareTexts(std::wstring_view left, std::wstring_view right) {
+    if (const auto a = InstantOf(left)) {
+        if (const auto b = InstantOf(right)) return *a <=> *b;
+    }
     const std::size_t common = std::min(left.size(), right.size());
     for (std::size_t i = 0; i < common; ++i) {
         const auto order = base::Lower(left[i]) <=> base::Lower(right[i]);

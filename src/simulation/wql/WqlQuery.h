@@ -14,8 +14,8 @@ namespace quillon::simulation {
 /// parentheses. Keywords and names have no case; a comparison may have its constant
 /// first. A query is cheap to match and is matched on any number of threads.
 ///
-/// Texts are compared without regard to ASCII case, date-times as texts, numbers by
-/// value: a text (as which 64-bit integers come) is read as a number when it meets one.
+/// Texts are compared without regard to ASCII case, two date-times by the instant that
+/// they mean, numbers by value: a text (as which 64-bit integers come) is read as a number when it meets one.
 /// What cannot be compared differs, and is neither less nor greater. A comparison with
 /// NULL, an array or an object is neither true nor false, and so is its NOT; "= NULL"
 /// and "<> NULL" are IS NULL and IS NOT NULL.
@@ -24,7 +24,8 @@ public:
     /// A property's value; null when the object has no such property.
     using Property = std::function<const VARIANT*(std::wstring_view name)>;
 
-    /// 0, WBEM_E_INVALID_QUERY, or WBEM_E_OUT_OF_MEMORY, and the query is empty then.
+    /// 0, WBEM_E_INVALID_QUERY, WBEM_E_NOT_SUPPORTED (0x8004100C) for ASSOCIATORS OF,
+    /// REFERENCES OF and ISA, or WBEM_E_OUT_OF_MEMORY, and the query is empty then.
     /// Refused are also a zero anywhere, and in a literal a '\' in front of anything
     /// but a quote or itself. Linear; no nesting overflows a stack.
     HRESULT Parse(std::wstring_view text);

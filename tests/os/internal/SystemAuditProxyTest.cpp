@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 #include <thread>
@@ -9,6 +10,7 @@
 #include "logging/internal/RollingLog.h"
 #include "os/AuditState.h"
 #include "os/HolderCount.h"
+#include "quillon/AuditHolder.h"
 #include "quillon/StringUtils.h"
 #include "simulation/audit/AuditPolicy.h"
 #include "support/RecordingLogger.h"
@@ -299,6 +301,41 @@ TEST(HolderCount, EndsAtTheLargest) {
     EXPECT_TRUE(AddHolder(count));
     EXPECT_FALSE(AddHolder(count));
     EXPECT_EQ(count, std::numeric_limits<std::uint32_t>::max());
+}
+
+TEST_F(SystemAuditProxyTest, WhatAKilledProcessLeftOnIsRestoredAtTheNextStart) {
+    const TempDir dir;
+    const std::string record = dir.Path("record");
+    SetState(1);
+    SystemAuditProxy::KeepRecordIn(record);
+    {
+        const AuditHolder first(Id(kId)), second(Id(kOtherId));
+        EXPECT_TRUE(first && second);
+        dir.Write("killed", dir.Read("record"));  // as the process would leave it
+    }
+    EXPECT_FALSE(dir.Exists("record"));
+
+    SetState(3), SetState(3, kOtherId);
+    const std::string left = dir.Read("killed");
+    for (const char* const name : {"record", "record.new"}) {
+        SCOPED_TRACE(name);
+        dir.Write(name, "no identifier 1\n" + left + "cut");
+        log.Forget();
+        SetState(3), SetState(3, kOtherId);
+        AuditState::Get().ForgetFunctions();  // as in another process
+        SystemAuditProxy::KeepRecordIn(record);
+        EXPECT_EQ(State(), 1u);
+        EXPECT_EQ(State(kOtherId) & 3u, 0u);
+        EXPECT_EQ(log.Lines(ICLogger::Level::Info).size(), 2u);
+        EXPECT_FALSE(dir.Exists("record") || dir.Exists("record.new"));
+    }
+    dir.Write("record", left);
+    policy.FailNext("AuditSetSystemPolicy", kCode);
+    SystemAuditProxy::KeepRecordIn(record);
+    EXPECT_EQ(std::count(left.begin(), left.end(), '\n'), 2);
+    EXPECT_EQ(dir.Read("record").size(), left.size() / 2);  // one is tried again
+    SystemAuditProxy::KeepRecordIn(record);
+    EXPECT_FALSE(dir.Exists("record"));
 }
 
 }  // namespace quillon::test

@@ -1,0 +1,52 @@
+#include <utility>
+
+#include "os/AuditState.h"
+#include "quillon/StringUtils.h"
+#include "quillon/SystemAuditProxy.h"
+
+namespace quillon {
+
+void SystemAuditProxy::KeepRecordIn(const std::string& path) {
+    const bool isAvailable = EnsureSystemAuditAvailable();
+    AuditOperation operation;
+    AuditState& state = AuditState::Get();
+    state.m_recordPath = path;
+    if (!isAvailable) return;
+    state.m_leftOn = ReadAuditRecord(path);
+    if (!state.m_leftOn.empty()) RestoreAuditPolicy();
+    WriteRecord();
+}
+
+/// Leaves alone what is held, which its last holder switches off.
+void SystemAuditProxy::RestoreAuditPolicy() {
+    AuditState& state = AuditState::Get();
+    const SecurityPrivilegeScope scope(*state.log);
+    if (!scope.IsActive()) return;
+    for (const AuditRecordEntry& entry : std::exchange(state.m_leftOn, {})) {
+        if (state.m_auditReferenceCounts.contains(entry.id)) continue;
+        const std::uint32_t bits = entry.bitsBefore != 0 ? entry.bitsBefore : platform::kAuditNone;
+        const platform::AuditPolicyRecord record{entry.id.ToMsGuid(), bits, entry.id.ToMsGuid()};
+        if (state.AuditSetSystemPolicy(&record, 1) != 0) {
+            state.log->Info("Restored audit sub-category '%s', which a former run had left switched on",
+                            entry.id.ToString().c_str());
+        } else {
+            state.log->Error("Failed to restore audit sub-category '%s' - %s", entry.id.ToString().c_str(),
+                             StringUtils::GetLastErrorAsString().c_str());
+            state.m_leftOn.push_back(entry);
+        }
+    }
+}
+
+void SystemAuditProxy::WriteRecord() {
+    const AuditState& state = AuditState::Get();
+    if (state.m_recordPath.empty()) return;
+    std::vector<AuditRecordEntry> entries = state.m_leftOn;
+    for (const auto& [id, reference] : state.m_auditReferenceCounts) {
+        if (reference.enabledByProxy) entries.push_back({id, reference.bitsBefore});
+    }
+    if (!WriteAuditRecord(state.m_recordPath, entries))
+        state.log->Warn("The record of audit sub-categories cannot be written to '%s' - %s",
+                        state.m_recordPath.c_str(), StringUtils::GetLastErrorAsString().c_str());
+}
+
+}  // namespace quillon

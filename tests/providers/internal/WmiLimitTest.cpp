@@ -1,0 +1,150 @@
+#include <atomic>
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
+#include "WmiFixture.h"
+#include "providers/WmiCaller.h"
+#include "quillon/SelfMetrics.h"
+#include "support/ChildMain.h"
+
+namespace quillon::test {
+
+namespace {
+
+using simulation::WmiCall;
+
+constexpr auto kTimedOut = static_cast<std::int32_t>(0x800705B4);
+constexpr auto kShuttingDown = static_cast<std::int32_t>(0x800704C7);
+constexpr auto kNoResources = static_cast<std::int32_t>(0x800705AA);
+
+/// A repository whose calls can be held; all of them have ended when the test does.
+class WmiLimitTest : public WmiTest {
+protected:
+    ~WmiLimitTest() override { EXPECT_TRUE(LetGo()); }
+
+    /// False when a call that was left behind has not ended after half a minute.
+    bool LetGo() {
+        repository.LetGo();
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (WmiCaller::LeftBehind() != 0 && std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return WmiCaller::LeftBehind() == 0;
+    }
+    bool Query() { return connector.ExecuteQuery("SELECT * FROM Item", &table); }
+};
+
+long long LeftBehindInMetrics() {
+    for (const VariantList& row : SelfMetrics()) {
+        if (row.Get("Name").GetStringValue() == "WmiCallsLeftBehind")
+            return row.Get("Value").GetLongLongValue();
+    }
+    return -1;
+}
+
+}  // namespace
+
+TEST_F(WmiLimitTest, ACallThatNeverReturnsIsLeftBehindAfterTheDeadline) {
+    methods = {{L"Do", {}, {}, {}, true}};
+    AddItems(1);
+    const DataTable update(VariantList(Variant("Number", 1)));
+    const auto run = [this, &update](WmiCall call) {
+        switch (call) {
+            case WmiCall::ConnectServer:
+                return connector.Connect(kNamespace);
+            case WmiCall::PutInstance:
+                return connector.ExecuteUpdateAll(L"SELECT * FROM Item", &update, nullptr);
+            case WmiCall::GetObject:
+            case WmiCall::ExecMethod:
+                return connector.ExecuteStaticMethod(L"Item", L"Do", {}, nullptr);
+            default:
+                return Query();
+        }
+    };
+    for (const WmiCall call : {WmiCall::ExecQuery, WmiCall::Next, WmiCall::GetObject, WmiCall::ExecMethod,
+                               WmiCall::PutInstance, WmiCall::ConnectServer}) {
+        SCOPED_TRACE(static_cast<int>(call));
+        connector.SetDeadline(20);
+        repository.Hold(call);
+        EXPECT_FALSE(run(call));
+        EXPECT_EQ(connector.LastWmiErrorCode(), kTimedOut);
+        EXPECT_EQ(LeftBehindInMetrics(), 1);
+        EXPECT_TRUE(LetGo());
+        connector.SetDeadline(0);
+        EXPECT_TRUE(connector.Connect(kNamespace) && run(call));
+    }
+    repository.Hold(WmiCall::ExecQuery);
+    EXPECT_EQ(WmiConnector::GetStringFromWmi("Item", "Name", kNamespace, 20), "");
+    EXPECT_TRUE(LetGo());
+    EXPECT_EQ(WmiConnector::GetStringFromWmi("Item", "Name", kNamespace, 30'000), "item0");
+}
+
+TEST_F(WmiLimitTest, AProviderThatNeverReturnsCostsAThreadAndNotItsCaller) {
+    std::atomic<bool> mayAnswer{false};
+    const auto live = [&mayAnswer](const std::vector<std::wstring>&) {
+        for (int n = 0; n < 30'000 && !mayAnswer; ++n)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return std::vector<simulation::WmiValues>{};
+    };
+    repository.AddClass(kNamespace, {L"Item", {{L"Name", CIM_STRING, {}}}, {L"Name"}, {}, live});
+    connector.SetDeadline(1);
+    for (int n = 0; n < WmiCaller::kMostLeftBehind; ++n) {
+        EXPECT_FALSE(Query());
+        EXPECT_EQ(connector.LastWmiErrorCode(), kTimedOut);
+    }
+    connector.SetDeadline(30'000);
+    EXPECT_FALSE(Query());
+    EXPECT_EQ(connector.LastWmiErrorCode(), kNoResources);
+    mayAnswer = true;
+    EXPECT_TRUE(LetGo());
+    EXPECT_TRUE(Query());
+}
+
+TEST_F(WmiLimitTest, ObjectsThatAreReadyDoNotOutlastTheShutdown) {
+    std::atomic<int> calls{0};
+    const auto body = [&calls](const std::wstring&, const simulation::WmiValues&, simulation::WmiValues&) {
+        ++calls;
+        return S_OK;
+    };
+    methods = {{L"Do", {}, {}, body}};
+    AddItems(1000);
+    std::atomic<bool> ends{false};
+    const Monitor monitor([&ends] { return ends.load(); });
+    int rows = 0;
+    EXPECT_FALSE(connector.ExecuteQuery("SELECT Name FROM Item", [&](const VariantList&) {
+        ends = ++rows == 10;
+        return true;
+    }));
+    EXPECT_EQ(rows, 10);
+    EXPECT_EQ(connector.LastWmiErrorCode(), kShuttingDown);
+    ends = false;
+    methods.front().body = [&ends, &calls](const std::wstring&, const auto&, auto&) {
+        ends = ++calls == 3;
+        return S_OK;
+    };
+    AddItems(1000);
+    EXPECT_FALSE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, {}, &table));
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(connector.LastWmiErrorCode(), kShuttingDown);
+}
+
+TEST_F(WmiLimitTest, WithinTheLimitEverythingIsAsWithoutOne) {
+    AddItems(250);
+    connector.SetDeadline(60'000);
+    EXPECT_TRUE(connector.Connect(kNamespace) && Query());
+    EXPECT_EQ(table.GetNumberOfRows(), 250u);
+    int outer = 0;
+    EXPECT_TRUE(connector.ExecuteQuery("SELECT Name FROM Item", [&](const VariantList&) {
+        EXPECT_TRUE(Query());  // an operation within another one
+        return ++outer < 3;
+    }));
+    const auto live = [](const std::vector<std::wstring>&) -> std::vector<simulation::WmiValues> {
+        throw std::runtime_error("provider");
+    };
+    repository.AddClass(kNamespace, {L"Item", {{L"Name", CIM_STRING, {}}}, {L"Name"}, {}, live});
+    EXPECT_FALSE(Query());
+    EXPECT_EQ(connector.LastWmiErrorCode(), static_cast<std::int32_t>(WBEM_E_PROVIDER_FAILURE));
+    EXPECT_EQ(LeftBehindInMetrics(), 0);
+}
+
+}  // namespace quillon::test
