@@ -198,7 +198,14 @@ TEST_F(FileSystemChangesTest, RenameThatCannotBeLosesNothing) {
     EXPECT_EQ(dir.Read("tree/sub/inner"), "inner");
 }
 
+// The emulator reports a rename to another spelling, and one to another name of the same file, as done and
+// does nothing. What the system's own call does is therefore asked first.
+
 TEST_F(FileSystemChangesTest, RenameChangesTheCaseOfANameOnly) {
+    dir.Write("plain/OtHer", "x");
+    fs::rename(dir.Native("plain/OtHer"), dir.Native("plain/other"));
+    if (fs::directory_iterator(dir.Native("plain"))->path().filename() != "other") GTEST_SKIP() << "not here";
+    fs::remove_all(dir.Native("plain"));
     dir.Write("CaSe", "x");
     EXPECT_TRUE(FS::RenameFile(dir.Path("CaSe"), dir.Path("case"), true));
     std::vector<std::string> names;
@@ -212,6 +219,10 @@ TEST_F(FileSystemChangesTest, RenameOfASecondNameLeavesOne) {
     std::error_code refused;
     fs::create_hard_link(dir.Native("a"), dir.Native("b"), refused);
     if (refused) GTEST_SKIP() << "no second names here";
+    dir.Write("plain/a", "x");
+    fs::create_hard_link(dir.Native("plain/a"), dir.Native("plain/b"));
+    fs::rename(dir.Native("plain/a"), dir.Native("plain/b"));
+    if (test::kWindows && dir.Exists("plain/a")) GTEST_SKIP() << "not here";
     EXPECT_TRUE(FS::RenameFile(dir.Path("a"), dir.Path("b"), true));
     EXPECT_FALSE(dir.Exists("a"));
     EXPECT_EQ(dir.Read("b"), "x");
