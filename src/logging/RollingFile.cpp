@@ -83,6 +83,7 @@ void RollingFile::Prepare(std::int64_t second) {
 /// Somebody may have deleted, moved or emptied the file.
 void RollingFile::LookForFile() {
     if (const auto size = platform::SizeWhileAt(m_file, m_path)) {
+        if (*size != m_size) m_isLineTorn = platform::EndsWithinLine(m_file, *size);
         m_size = *size;
     } else {
         Reopen();
