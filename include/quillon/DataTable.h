@@ -21,8 +21,10 @@ namespace quillon {
 /// added, until the row itself is removed. Copies are deep; a move leaves the source undefined.
 /// Operations log nothing, Dump() and RationaliseFirstRow() excepted.
 ///
-/// One table is used by one thread at a time. Several threads may read one table at once if
-/// they use the walks that keep no position in it: cGetFirstRow(), EnumerateRows(), begin().
+/// One table is changed by one thread at a time, and not while others read it. Several threads may
+/// call the const operations of one table at once, except GetFirstRow() and GetNextRow(), which keep
+/// a position in it: cGetFirstRow(), EnumerateRows() and begin() walk without one. A table may be
+/// handed to another thread, and copies may be used on different ones.
 ///
 /// @code
 /// DataTable table;
@@ -37,6 +39,7 @@ namespace quillon {
 /// @endcode
 class QUILLON_API DataTable {
 public:
+    using iterator = std::list<VariantList>::iterator;
     using const_iterator = std::list<VariantList>::const_iterator;
 
     /// Makes an undefined table: no rows, no columns, not promoted from a scalar.
@@ -58,7 +61,7 @@ public:
     DataTable& operator=(const DataTable& other);
     DataTable(DataTable&& other) noexcept;
     DataTable& operator=(DataTable&& other) noexcept;
-    ~DataTable() = default;
+    ~DataTable();
 
     // --- Columns ---
 
@@ -110,9 +113,13 @@ public:
     /// Returns a copy of this table followed by the other's rows; undefined when both are.
     DataTable operator+(const DataTable& other) const;
     /// Returns whether there are no rows; there may be columns.
-    bool Empty() const;
+    [[nodiscard]] bool Empty() const;
     /// Returns the number of rows; it is kept, not counted.
-    unsigned long long GetNumberOfRows() const;
+    [[nodiscard]] unsigned long long GetNumberOfRows() const;
+    /// Returns the row at an index from 0; the cost grows with the distance to the nearer end. One
+    /// past the end throws std::out_of_range with the text "row 7 out of range".
+    [[nodiscard]] const VariantList& GetRow(unsigned long long index) const;
+    [[nodiscard]] VariantList& GetRow(unsigned long long index);
 
     /// Starts a walk over rows that may be changed, or takes its next step; null at the end,
     /// and for GetNextRow() before a first GetFirstRow(). The table keeps the position, so two
@@ -133,6 +140,15 @@ public:
     /// Returns the range for a `for` loop and for algorithms.
     const_iterator begin() const;
     const_iterator end() const;
+    /// Returns the rows for changes.
+    iterator begin();
+    iterator end();
+
+    /// Sorts the rows by the cells of these columns, the first column first, as
+    /// Variant::CompareValues() orders them; a row without the cell stands before all others. Rows
+    /// that are equal in all of them keep their order. Pointers to rows stay valid; the walk of
+    /// GetFirstRow() ends.
+    void SortBy(const std::vector<std::string>& columns);
 
     /// Adds to the first row a null cell for every column that only other rows have, so that
     /// the first row alone names them all (and GetColumnNames() too, if there are no
@@ -145,15 +161,15 @@ public:
     // --- State and comparison ---
 
     /// Returns whether nothing was ever put into the table; see the class.
-    bool IsUndefined() const;
+    [[nodiscard]] bool IsUndefined() const;
     /// Marks the table as made from a single value. The mark is only kept and told by
     /// WasPromotedFromScalar(); copies and moves take it along.
     void MarkAsPromotedFromScalar();
     bool WasPromotedFromScalar() const;
     /// Compares rows only, position by position. ContentSimilar() allows the cells of a row to
     /// have another order (VariantList::Similar()).
-    bool ContentEqual(const DataTable& other) const;
-    bool ContentSimilar(const DataTable& other) const;
+    [[nodiscard]] bool ContentEqual(const DataTable& other) const;
+    [[nodiscard]] bool ContentSimilar(const DataTable& other) const;
     /// Compares rows as ContentEqual() does, and GetColumnNames() in order. An undefined table
     /// and one that was emptied, columns included, are equal and also unequal; the same goes
     /// for Similar() and NotSimilar().
@@ -161,10 +177,10 @@ public:
     bool operator!=(const DataTable& other) const;
     /// Compares rows as ContentSimilar() does and, unless `ignoreColumns`, the column names in
     /// any order.
-    bool Similar(const DataTable& other, bool ignoreColumns) const;
+    [[nodiscard]] bool Similar(const DataTable& other, bool ignoreColumns) const;
     /// Returns the opposite of Similar() with columns, except for the pair of tables named
     /// above.
-    bool NotSimilar(const DataTable& other) const;
+    [[nodiscard]] bool NotSimilar(const DataTable& other) const;
     /// Writes Debug lines: a start line with the number of rows, whether the table is
     /// undefined, the column names, VariantList::Dump() of each row, and an end line. `indent`
     /// is at most 40 blanks. A null logger means the registered one, and standard error when
@@ -176,6 +192,8 @@ private:
     void SetDefined();
     void MarkChanged();
     bool AddColumn(Variant&& definition);
+    void AppendCopies(const_iterator row, std::size_t count);
+    void FreeRows() noexcept;
 
     VariantList m_columns;
     bool m_rationalised = false;
@@ -187,5 +205,8 @@ private:
 
 /// Writes the table as ToText() of DataTableIO.h gives it.
 QUILLON_API std::ostream& operator<<(std::ostream& stream, const DataTable& table);
+
+/// Shows the first rows of a table with names and kinds in the messages of GoogleTest.
+QUILLON_API void PrintTo(const DataTable& table, std::ostream* stream);
 
 }  // namespace quillon

@@ -27,9 +27,9 @@ class QUILLON_API UniqueIdentifier {
 public:
     UniqueIdentifier() = default;
     /// Takes the bytes in the order in which they are printed.
-    explicit UniqueIdentifier(const unsigned char (&bytes)[16]);
+    UniqueIdentifier(const unsigned char (&bytes)[16]);
     /// Takes a GUID, whose first three fields are in the machine's byte order.
-    explicit UniqueIdentifier(const GUID& guid);
+    UniqueIdentifier(const GUID& guid);
 
     /// Returns a new random identifier; the empty one when the system cannot make one.
     static UniqueIdentifier Generate();

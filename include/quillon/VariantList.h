@@ -1,14 +1,18 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <typeindex>
 #include <typeinfo>
-#include <vector>
+#include <utility>
 
 #include "quillon/Export.h"
 #include "quillon/Variant.h"
@@ -21,7 +25,9 @@ namespace quillon {
 /// Names need not be unique; look-ups compare bytes, case-sensitively, and find the first. An
 /// index or name that is not there throws std::invalid_argument and logs nothing. Adding and
 /// removing invalidate references, pointers and iterators into the list. Copies are deep; a
-/// move leaves the source empty. One object is used by one thread at a time.
+/// move leaves the source empty. The elements lie in one block of memory. One object is changed by one
+/// thread at a time, and not while others read it; any number of threads may call its const operations
+/// at once.
 ///
 /// @code
 /// VariantList row;
@@ -33,7 +39,8 @@ namespace quillon {
 /// @endcode
 class QUILLON_API VariantList {
 public:
-    using const_iterator = std::vector<Variant>::const_iterator;
+    using iterator = Variant*;
+    using const_iterator = const Variant*;
 
     /// Makes an empty list; it allocates no memory.
     VariantList();
@@ -52,6 +59,8 @@ public:
                 const Variant& v6, const Variant& v7, const Variant& v8);
     VariantList(const Variant& v1, const Variant& v2, const Variant& v3, const Variant& v4, const Variant& v5,
                 const Variant& v6, const Variant& v7, const Variant& v8, const Variant& v9);
+    /// Makes a list of copies of any number of values: `VariantList{{"name", "a.log"}, {"size", 10}}`.
+    VariantList(std::initializer_list<Variant> values);
     /// Copies every element. The copy's own walk (GetFirst()) is at its end until it is
     /// started.
     VariantList(const VariantList& other);
@@ -74,12 +83,32 @@ public:
     void Add(const std::string& name, long long value);
     void Add(const std::string& name, bool value);
     void Add(const std::string& name, double value);
+    void Add(const std::string& name, std::string_view value);
     template <NarrowInteger T>
     void Add(const std::string& name, T value) {
         Add(name, static_cast<long long>(value));
     }
+    /// Appends what the constructors of Variant make of the same arguments: an unsigned 64-bit integer,
+    /// a time point of any clock, a value or null.
+    template <WideUnsigned T>
+    void Add(const std::string& name, T value) {
+        Add(Variant(name, value));
+    }
+    template <class Clock, class Duration>
+    void Add(const std::string& name, const std::chrono::time_point<Clock, Duration>& value) {
+        Add(Variant(name, value));
+    }
+    template <class T>
+    void Add(const std::string& name, const std::optional<T>& value) {
+        Add(Variant(name, value));
+    }
+    void Add(const std::string& name, std::nullptr_t) { Add(Variant::NullVariant(name)); }
+    void Add(const std::string& name, std::nullopt_t) { Add(Variant::NullVariant(name)); }
+    /// Refuses pointers and characters; the constructors of Variant say what to write instead.
     template <class T>
     requires(!std::same_as<std::remove_cv_t<T>, char>) void Add(const std::string& name, T* value) = delete;
+    template <Character T>
+    void Add(const std::string& name, T value) = delete;
     /// Appends a null placeholder of that type, as Variant's constructor from a name and a type
     /// makes it: an unsupported type logs an Error entry and still gives a null.
     void AddEmptyCell(const std::string& name, const std::type_index& type);
@@ -93,26 +122,38 @@ public:
     void Clear();
 
     /// Returns the number of elements.
-    unsigned long long Size() const;
+    [[nodiscard]] unsigned long long Size() const { return m_block ? m_block->size : 0; }
     /// Returns the element at an index from 0, or the first of a name. The messages of the
     /// exception are "index 7 out of range" and "index 'name' not present".
     const Variant& operator[](int index) const;
-    const Variant& operator[](const std::string& name) const;
+    const Variant& operator[](const std::string& name) const {
+        const Variant* const found = Find(name);
+        if (found == nullptr) ThrowNotPresent(name);
+        return *found;
+    }
     /// Returns the same. The index is converted to `int` first, so one of 2^32 finds element 0.
     const Variant& Get(unsigned long long index) const;
     const Variant& Get(const std::string& name) const;
     /// Returns whether an element has that name.
-    bool Contains(const std::string& name) const;
+    [[nodiscard]] bool Contains(const std::string& name) const { return Find(name) != nullptr; }
     /// Returns the first element of that name, or null when there is none; it never throws.
-    const Variant* Find(const std::string& name) const;
+    [[nodiscard]] const Variant* Find(const std::string& name) const {
+        const const_iterator last = end();
+        for (const_iterator cell = begin(); cell != last; ++cell) {
+            if (detail::EqualTexts(cell->GetName(), name)) return cell;
+        }
+        return nullptr;
+    }
+    [[nodiscard]] Variant* Find(const std::string& name) {
+        return const_cast<Variant*>(std::as_const(*this).Find(name));
+    }
     /// Returns Variant::TypeIs() of the element at `index`. The message of the exception is
     /// "TypeIs index 7 out of range".
-    bool TypeIs(const std::type_info& type, int index) const;
+    [[nodiscard]] bool TypeIs(const std::type_info& type, int index) const;
 
     /// Starts a walk over elements that may be changed, or takes its next step. The list keeps
     /// the position, so two walks cannot be nested. Both return null at the end, and GetNext()
-    /// also before a first GetFirst(). The caller may rename what is handed out, so look-ups by
-    /// name are slower from then on.
+    /// also before a first GetFirst(). The caller may rename what is handed out.
     Variant* GetFirst();
     Variant* GetNext();
     /// Walks over the elements with a position that the caller keeps; both return null at the
@@ -123,58 +164,84 @@ public:
     /// throws std::bad_function_call unless the list is empty.
     void VisitItems(const std::function<bool(const Variant&)>& visitor) const;
     /// Returns the range for a `for` loop and for algorithms.
-    const_iterator begin() const;
-    const_iterator end() const;
+    const_iterator begin() const { return m_block ? m_block->Cells() : nullptr; }
+    const_iterator end() const { return m_block ? m_block->Cells() + m_block->size : nullptr; }
+    iterator begin() { return m_block ? m_block->Cells() : nullptr; }
+    iterator end() { return m_block ? m_block->Cells() + m_block->size : nullptr; }
 
     /// Compares the elements in order, as Variant does: names, null flags, kinds, values.
     bool operator==(const VariantList& other) const;
     bool operator!=(const VariantList& other) const;
+    /// Returns a hash of the elements in their order; equal lists have equal hashes within one process.
+    [[nodiscard]] std::size_t Hash() const noexcept;
     /// Compares the elements whatever their order, each pairing with one of the other list.
-    /// Long lists are sorted by hash, so the cost stays near n log n.
-    bool Similar(const VariantList& other) const;
+    /// The cost grows with the number of elements.
+    [[nodiscard]] bool Similar(const VariantList& other) const;
     /// Returns the opposite of Similar().
-    bool NotSimilar(const VariantList& other) const;
+    [[nodiscard]] bool NotSimilar(const VariantList& other) const;
 
     /// Returns the elements' AsString() joined by `separator`. Texts that hold white space
     /// stand between two `quote`; quotes inside are not escaped. Null pointers count as empty
     /// texts.
-    std::string ToString(const char* separator, const char* quote) const;
+    [[nodiscard]] std::string ToString(const char* separator, const char* quote) const;
     /// Returns the same in UTF-16; the empty text, with one Error entry, when it is not valid
     /// UTF-8.
-    std::wstring ToWideString(const char* separator, const char* quote) const;
+    [[nodiscard]] std::wstring ToWideString(const char* separator, const char* quote) const;
     /// Returns every value between quotes, joined by `delimiter`; with `optionsUnquoted`, texts
     /// that begin with '-' stand without quotes. Quotes inside a value are not escaped: for a
     /// command line that must survive any argument, use CommandLineBuilder.
-    std::string ToDelimitedStrings(char delimiter, char quote, bool optionsUnquoted) const;
+    [[nodiscard]] std::string ToDelimitedStrings(char delimiter, char quote, bool optionsUnquoted) const;
     /// Writes Debug lines: a start and an end line with the title, and between them
     /// Variant::Dump() of each element, one blank further in. `indent` is at most 40 blanks. A
     /// null logger means the registered one, and standard error when there is none.
     void Dump(const char* title, ICLogger* logger, unsigned int indent) const;
 
 private:
-    struct Record;
+    friend struct CellAccess;
+
+    /// Stands before the elements in the same block of memory.
+    struct Block {
+        std::uint32_t size = 0;                    // elements that are alive
+        std::uint32_t capacity = 0;                // elements that there is room for
+        std::uint64_t cursor = ~std::uint64_t{0};  // of GetFirst() and GetNext(); unset at first
+
+        Variant* Cells() noexcept { return reinterpret_cast<Variant*>(this + 1); }
+        const Variant* Cells() const noexcept { return reinterpret_cast<const Variant*>(this + 1); }
+    };
     struct Deleter {
-        void operator()(Record* record) const noexcept { Delete(record); }
+        void operator()(Block* block) const noexcept { Delete(block); }
     };
+    using BlockOwner = std::unique_ptr<Block, Deleter>;
 
-    struct Hashed {
-        std::size_t hash;
-        const Variant* element;
-    };
-
-    static void Delete(Record* record) noexcept;
-    Record& Own();
-    const std::vector<Variant>& Elements() const noexcept;
+    static void Delete(Block* block) noexcept;
+    static BlockOwner Allocate(std::size_t capacity);
+    static BlockOwner CopyOf(const VariantList& other);
+    [[noreturn]] static void ThrowNotPresent(const std::string& name);
+    /// Whether the next element needs another block.
+    bool IsFull() const noexcept { return !m_block || m_block->size == m_block->capacity; }
+    /// Makes room for more elements.
+    void Grow();
+    /// Makes an element at the end; the arguments may be part of this list.
+    template <class... Arguments>
+    void Emplace(Arguments&&... arguments);
     void AddAll(std::initializer_list<const Variant*> values);
     bool Erase(const_iterator position);
     bool SimilarByPairs(const VariantList& other) const;
     bool SimilarByHash(const VariantList& other) const;
-    std::vector<Hashed> SortedByHash() const;
 
-    std::unique_ptr<Record, Deleter> m_record;  // none while nothing was ever added, and after a move
+    BlockOwner m_block;  // none while nothing was ever added, and after a move
 };
 
 /// Writes the list as "{name=value, ...}", the values as by Variant::AsString().
 QUILLON_API std::ostream& operator<<(std::ostream& stream, const VariantList& list);
 
+/// Shows a list with names and kinds in the messages of GoogleTest.
+QUILLON_API void PrintTo(const VariantList& list, std::ostream* stream);
+
 }  // namespace quillon
+
+/// Hashes a list as its Hash() does.
+template <>
+struct std::hash<quillon::VariantList> {
+    std::size_t operator()(const quillon::VariantList& list) const noexcept { return list.Hash(); }
+};

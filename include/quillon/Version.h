@@ -29,7 +29,7 @@ public:
     /// text behind the last number is not looked at ("1.2beta" is 1.2.0.0 and valid). A dot
     /// without a number behind it, more than three dots, and a text without a number are not
     /// valid; the parts read so far are kept, with more than three dots none.
-    explicit Version(const std::string& text);
+    Version(const std::string& text);
 
     /// Returns whether the text was well formed; a version made of numbers is.
     bool Valid() const;

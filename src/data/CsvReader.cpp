@@ -76,17 +76,17 @@ void CsvReader::Read(DataTable& table) {
 }
 
 void CsvReader::ReadHeading(DataTable& table) {
+    std::vector<std::string> names;
+    VariantList columns;
     do {
         ReadField();
-        m_names.emplace_back(m_field);
-        m_kinds.push_back(KindIn(m_options.types, m_names.back()));
-    } while (EndField());
-    VariantList columns;
-    for (const std::string& name : m_names) {
+        const std::string& name = names.emplace_back(m_field);
+        m_names.emplace_back(name);
+        m_kinds.push_back(KindIn(m_options.types, name));
         const Variant* const type = m_options.types.Find(name);
         columns.Add(type != nullptr ? *type : Variant::NullVariant(name));
-    }
-    table.SetDefaultColumnNames(m_names);  // makes the table defined
+    } while (EndField());
+    table.SetDefaultColumnNames(names);  // makes the table defined
     table.SetDefaultColumns(columns);
 }
 
@@ -157,27 +157,22 @@ void CsvReader::ReadQuoted() {
 }
 
 void CsvReader::AddCell(VariantList& row, std::size_t column) {
-    if (m_field.empty() && !m_quoted) {
-        row.Add(Variant::NullVariant(m_names[column]));
-    } else if (m_kinds[column] == CellKind::Text) {
-        row.Add(m_names[column], std::string(m_field));
-    } else {
-        AddTyped(row, column);
-    }
-}
-
-void CsvReader::AddTyped(VariantList& row, std::size_t column) {
-    const std::string& name = m_names[column];
-    const auto add = [&](const auto& value, const char* wanted) {
-        if (!value) Fail(m_start, "not " + std::string(wanted) + " in column '" + name + '\'');
-        row.Add(name, *value);
+    HeldName& name = m_names[column];
+    const auto require = [&](const auto& value, const char* wanted) {
+        if (!value)
+            Fail(m_start, std::string("not ") + wanted + " in column '" + std::string(name.Text()) + '\'');
+        return *value;
     };
-    if (m_kinds[column] == CellKind::Integer) {
-        add(ToNumber<long long>(m_field), "an integer");
+    if (m_field.empty() && !m_quoted) {
+        CellAccess::AddNull(row, name);
+    } else if (m_kinds[column] == CellKind::Integer) {
+        CellAccess::AddInteger(row, name, require(ToNumber<long long>(m_field), "an integer"));
     } else if (m_kinds[column] == CellKind::Boolean) {
-        add(ToBool(m_field), "a boolean");
+        CellAccess::AddBoolean(row, name, require(ToBool(m_field), "a boolean"));
+    } else if (m_kinds[column] == CellKind::Double) {
+        CellAccess::AddDouble(row, name, require(ToNumber<double>(m_field), "a number"));
     } else {
-        add(ToNumber<double>(m_field), "a number");
+        CellAccess::AddText(row, name, std::string(m_field));
     }
 }
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "data/CellKind.h"
+#include "data/CellAccess.h"
 #include "quillon/DataTableIO.h"
 
 namespace quillon {
@@ -36,7 +36,6 @@ private:
     void ReadField();
     void ReadQuoted();
     void AddCell(VariantList& row, std::size_t column);
-    void AddTyped(VariantList& row, std::size_t column);
     std::size_t PassFurtherFields(std::size_t count);
 
     const std::string_view m_text;
@@ -46,7 +45,7 @@ private:
     const char* const m_lastContent;  // behind the last character that is no white space
     const bool m_valid;               // the text is valid UTF-8
     std::size_t m_record = 1;         // that is being read
-    std::vector<std::string> m_names;
+    std::vector<HeldName> m_names;
     std::vector<CellKind> m_kinds;  // of the columns
     // The field that was read last: where it begins, its text, whether it was quoted.
     const char* m_start = nullptr;

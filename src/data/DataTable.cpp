@@ -4,12 +4,16 @@
 #include <iterator>
 #include <limits>
 #include <map>
+#include <ostream>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
 
 #include "data/DumpWriter.h"
+#include "data/NameCache.h"
+#include "data/NameRuns.h"
 
 namespace quillon {
 namespace {
@@ -95,9 +99,12 @@ DataTable::DataTable(const VariantList& r1, const VariantList& r2, const Variant
 DataTable::DataTable(const DataTable& other)
     : m_columns(other.m_columns),
       m_rationalised(other.m_rationalised),
-      m_rows(other.m_rows),
       m_undefined(other.m_undefined),
-      m_promotedFromScalar(other.m_promotedFromScalar) {}
+      m_promotedFromScalar(other.m_promotedFromScalar) {
+    AppendCopies(other.begin(), other.m_rows.size());
+}
+
+DataTable::~DataTable() { FreeRows(); }
 
 DataTable& DataTable::operator=(const DataTable& other) {
     if (this != &other) *this = DataTable(other);
@@ -110,7 +117,7 @@ DataTable& DataTable::operator=(DataTable&& other) noexcept {
     if (this == &other) return *this;
     m_columns = std::move(other.m_columns);
     m_rationalised = std::exchange(other.m_rationalised, false);
-    m_rows.clear();
+    FreeRows();
     m_rows.splice(m_rows.end(), other.m_rows);
     m_cursor = m_rows.end();
     other.m_cursor = other.m_rows.end();
@@ -174,6 +181,7 @@ void DataTable::AddRow(const VariantList& row) {
 }
 
 void DataTable::AddRow(VariantList&& row) {
+    SetUsualRowSize(row.Size());
     m_rows.push_back(std::move(row));
     MarkChanged();
 }
@@ -186,7 +194,7 @@ void DataTable::RemoveRow(unsigned long long index) {
 }
 
 void DataTable::Clear(bool alsoColumns) {
-    m_rows.clear();
+    FreeRows();
     m_cursor = m_rows.end();
     if (alsoColumns) m_columns.Clear();
     m_rationalised = false;
@@ -197,9 +205,18 @@ void DataTable::Append(const DataTable* other, unsigned int maximum) {
     // Counted beforehand: the other table may be this one.
     const auto count = std::min<std::size_t>(other->m_rows.size(), maximum);
     if (count == 0) return;
-    auto row = other->m_rows.begin();
-    for (std::size_t copied = 0; copied < count; ++copied) m_rows.push_back(*row++);
+    AppendCopies(other->begin(), count);
     MarkChanged();
+}
+
+void DataTable::AppendCopies(const_iterator row, std::size_t count) {
+    NameRuns runs;
+    for (; count > 0; --count) m_rows.push_back(runs.Copy(*row++));
+}
+
+void DataTable::FreeRows() noexcept {
+    NameRuns runs;
+    for (; !m_rows.empty(); m_rows.pop_front()) runs.ReleaseNames(m_rows.front());
 }
 
 DataTable& DataTable::operator+=(const DataTable& other) {
@@ -263,6 +280,48 @@ void DataTable::EnumerateRows(const std::function<bool(const VariantList&)>& vis
 
 DataTable::const_iterator DataTable::begin() const { return m_rows.cbegin(); }
 DataTable::const_iterator DataTable::end() const { return m_rows.cend(); }
+
+DataTable::iterator DataTable::begin() { return m_rows.begin(); }
+DataTable::iterator DataTable::end() { return m_rows.end(); }
+
+const VariantList& DataTable::GetRow(unsigned long long index) const {
+    if (index >= m_rows.size()) throw std::out_of_range("row " + std::to_string(index) + " out of range");
+    const bool fromEnd = index > m_rows.size() / 2;
+    const auto from = fromEnd ? end() : begin();
+    return *std::next(from, static_cast<std::ptrdiff_t>(fromEnd ? index - m_rows.size() : index));
+}
+
+VariantList& DataTable::GetRow(unsigned long long index) {
+    return const_cast<VariantList&>(std::as_const(*this).GetRow(index));
+}
+
+void DataTable::SortBy(const std::vector<std::string>& columns) {
+    m_rows.sort([&columns](const VariantList& left, const VariantList& right) {
+        for (const std::string& column : columns) {
+            const Variant* const own = left.Find(column);
+            const Variant* const its = right.Find(column);
+            if (own == nullptr || its == nullptr) {
+                if ((own == nullptr) != (its == nullptr)) return own == nullptr;
+            } else if (const auto order = own->CompareValues(*its); order != 0) {
+                return order < 0;
+            }
+        }
+        return false;
+    });
+    m_cursor = m_rows.end();
+    m_rationalised = false;
+}
+
+void PrintTo(const DataTable& table, std::ostream* stream) {
+    constexpr unsigned long long kMostRows = 10;
+    unsigned long long shown = 0;
+    *stream << table.GetNumberOfRows() << (table.IsUndefined() ? " rows, undefined" : " rows");
+    for (auto row = table.begin(); row != table.end() && shown < kMostRows; ++row, ++shown) {
+        *stream << '\n';
+        PrintTo(*row, stream);
+    }
+    if (shown < table.GetNumberOfRows()) *stream << "\n...";
+}
 
 void DataTable::RationaliseFirstRow() {
     if (IsUndefined() || m_rationalised) return;

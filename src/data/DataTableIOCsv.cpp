@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/ByteScan.h"
-#include "data/CellKind.h"
+#include "data/CellAccess.h"
 #include "data/CsvReader.h"
 #include "data/DataTableColumns.h"
 #include "data/TableSink.h"

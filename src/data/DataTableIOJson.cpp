@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "data/CellKind.h"
+#include "data/CellAccess.h"
 #include "data/DataTableColumns.h"
 #include "data/JsonReader.h"
 #include "data/JsonText.h"

@@ -9,6 +9,7 @@
 #include "base/ByteScan.h"
 #include "base/HexDigits.h"
 #include "base/Utf.h"
+#include "data/CellAccess.h"
 #include "data/DataTableColumns.h"
 #include "data/JsonText.h"
 #include "data/TextPlace.h"
@@ -136,7 +137,7 @@ void JsonReader::ReadRow() {
     SkipSpace();
     bool more = !Skip('}');
     for (std::size_t column = 0; more; ++column) {
-        const std::string& name = ReadName(column);
+        HeldName& name = ReadName(column);
         Expect(':');
         SkipSpace();
         ReadCell(row, name);
@@ -148,41 +149,41 @@ void JsonReader::ReadRow() {
 }
 
 /// Rows mostly have the names of the row before them.
-const std::string& JsonReader::ReadName(std::size_t column) {
+HeldName& JsonReader::ReadName(std::size_t column) {
     SkipSpace();
     if (!IsAt('"')) Fail(m_position, "expected a name in quotes");
     const std::string_view name = ReadString();
     if (column == m_names.size()) m_names.emplace_back(name);
-    if (m_names[column] != name) m_names[column] = name;
+    if (!m_names[column].Equals(name)) m_names[column] = HeldName(name);
     return m_names[column];
 }
 
-void JsonReader::ReadCell(VariantList& row, const std::string& name) {
+void JsonReader::ReadCell(VariantList& row, HeldName& name) {
     if (IsAt('"')) {
-        row.Add(name, std::string(ReadString()));
+        CellAccess::AddText(row, name, std::string(ReadString()));
     } else if (IsAt('{') || IsAt('[')) {
         std::string nested;
         AppendNested(nested, 1);
-        row.Add(name, std::move(nested));
+        CellAccess::AddText(row, name, std::move(nested));
     } else if (SkipWord("null")) {
-        row.Add(Variant::NullVariant(name));
+        CellAccess::AddNull(row, name);
     } else if (SkipWord("true")) {
-        row.Add(name, true);
+        CellAccess::AddBoolean(row, name, true);
     } else if (SkipWord("false")) {
-        row.Add(name, false);
+        CellAccess::AddBoolean(row, name, false);
     } else {
         ReadNumberCell(row, name);
     }
 }
 
-void JsonReader::ReadNumberCell(VariantList& row, const std::string& name) {
+void JsonReader::ReadNumberCell(VariantList& row, HeldName& name) {
     const char* const start = m_position;
     long long integer = 0;
     const bool isInteger = PassNumber() && std::from_chars(start, m_position, integer).ec == std::errc();
     if (isInteger && (integer != 0 || *start != '-')) {
-        row.Add(name, integer);
+        CellAccess::AddInteger(row, name, integer);
     } else {
-        row.Add(name, ToDouble(start));
+        CellAccess::AddDouble(row, name, ToDouble(start));
     }
 }
 

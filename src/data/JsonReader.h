@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "data/HeldName.h"
 #include "quillon/DataTable.h"
 
 namespace quillon {
@@ -31,9 +32,9 @@ private:
     void ReadArray();
     void ReadObjects();
     void ReadRow();
-    void ReadCell(VariantList& row, const std::string& name);
-    void ReadNumberCell(VariantList& row, const std::string& name);
-    const std::string& ReadName(std::size_t column);
+    void ReadCell(VariantList& row, HeldName& name);
+    void ReadNumberCell(VariantList& row, HeldName& name);
+    HeldName& ReadName(std::size_t column);
     void AppendNested(std::string& output, std::size_t depth);
     void AppendNestedItems(std::string& output, std::size_t depth, char close);
 
@@ -51,7 +52,7 @@ private:
     const char* const m_end;
     const bool m_valid;  // the text is valid UTF-8
     DataTable& m_table;
-    std::vector<std::string> m_names;  // of the cells of the row before, by their place
+    std::vector<HeldName> m_names;  // of the cells of the row before, by their place
     std::string m_unescaped, m_repaired;
 };
 

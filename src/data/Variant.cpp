@@ -1,18 +1,19 @@
 #include "quillon/Variant.h"
 
-#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
-#include <memory>
 #include <ostream>
 #include <string_view>
 #include <utility>
 
 #include "base/TextOrEmpty.h"
+#include "data/CellAccess.h"
 #include "data/DumpWriter.h"
-#include "data/VariantRecord.h"
+#include "data/NameCache.h"
+#include "data/TextHash.h"
 #include "quillon/DateTimeUtils.h"
 
 namespace quillon {
@@ -24,16 +25,46 @@ struct KindTraits {
     const char* sqlName;
 };
 
-const KindTraits& Traits(Kind kind) {
+const KindTraits& Traits(CellKind kind) {
     static constexpr KindTraits kTraits[] = {
-        {"string", 3, "TEXT"},  {"long long", 1, "INTEGER"}, {"bool", 1, "INTEGER"},
-        {"double", 2, "FLOAT"}, {"time_point", 3, "TEXT"},   {"", 3, "TEXT"},
+        {"null", 5, "NULL"},    {"string", 3, "TEXT"},  {"long long", 1, "INTEGER"},
+        {"bool", 1, "INTEGER"}, {"double", 2, "FLOAT"}, {"time_point", 3, "TEXT"},
     };
     return kTraits[static_cast<std::size_t>(kind)];
 }
 
-constexpr int kSqlNull = 5;
-constexpr std::size_t kDumpBufferSize = 1024;
+const std::type_info& TypeOf(CellKind kind) {
+    static constexpr const std::type_info* kTypes[] = {&typeid(void),      &typeid(std::string),
+                                                       &typeid(long long), &typeid(bool),
+                                                       &typeid(double),    &typeid(TimePoint)};
+    return *kTypes[static_cast<std::size_t>(kind)];
+}
+
+/// Where the values of a kind stand in a sorted column; both kinds of numbers stand together.
+int OrderOf(CellKind kind) {
+    static constexpr int kOrders[] = {0, 3, 2, 1, 2, 4};
+    return kOrders[static_cast<std::size_t>(kind)];
+}
+
+std::weak_ordering CompareNumbers(double left, double right) {
+    if (std::isnan(left) || std::isnan(right)) return std::isnan(left) <=> std::isnan(right);
+    return left < right   ? std::weak_ordering::less
+           : left > right ? std::weak_ordering::greater
+                          : std::weak_ordering::equivalent;
+}
+
+/// Compares without rounding the integer; of two that are equal it is the lesser one.
+std::weak_ordering CompareNumbers(long long left, double right) {
+    constexpr double kPastEnd = 9223372036854775808.0;  // 2^63
+    if (std::isnan(right) || right >= kPastEnd) return std::weak_ordering::less;
+    if (right < -kPastEnd) return std::weak_ordering::greater;
+    const double whole = std::trunc(right);
+    if (const auto integer = static_cast<long long>(whole); integer != left) return left <=> integer;
+    return right < whole ? std::weak_ordering::greater : std::weak_ordering::less;
+}
+
+constexpr std::size_t kLongestDumpLine = 1023;
+static_assert(sizeof(Variant) <= 48);
 
 /// Formats the number as "%g" does in the C locale.
 std::string DoubleAsText(double value) {
@@ -57,24 +88,10 @@ void LogError(const std::string& text) {
 
 }  // namespace
 
-std::unique_ptr<const std::string> Variant::Record::BindName(const std::string& name) {
-    if (name.find('-') == std::string::npos) return nullptr;
-    auto bindName = std::make_unique<std::string>(name);
-    std::replace(bindName->begin(), bindName->end(), '-', '_');
-    return bindName;
-}
-
-const std::type_info& Variant::Record::HeldType() const noexcept {
-    if (const boost::any* other = HeldIf<boost::any>()) return other->type();
-    static constexpr const std::type_info* kTypes[] = {&typeid(std::string), &typeid(long long),
-                                                       &typeid(bool), &typeid(double), &typeid(TimePoint)};
-    return *kTypes[value.index()];
-}
-
 null_Variant::null_Variant(const std::string& message) : std::runtime_error(message) {}
 null_Variant::~null_Variant() = default;
 
-Variant::Variant() : m_record(new Record) {}
+Variant::Variant() = default;
 Variant::Variant(const char* value) : Variant(std::string(), value) {}
 Variant::Variant(const std::string& value) : Variant(std::string(), value) {}
 Variant::Variant(std::string&& value) : Variant(std::string(), std::move(value)) {}
@@ -82,110 +99,148 @@ Variant::Variant(long long value) : Variant(std::string(), value) {}
 Variant::Variant(bool value) : Variant(std::string(), value) {}
 Variant::Variant(double value) : Variant(std::string(), value) {}
 Variant::Variant(TimePoint value) : Variant(std::string(), value) {}
-Variant::Variant(const std::string& name, const char* value)
-    : Variant(name, std::string(base::TextOrEmpty(value))) {}
-Variant::Variant(const std::string& name, const std::string& value) : m_record(new Record(name, value)) {}
-Variant::Variant(const std::string& name, std::string&& value)
-    : m_record(new Record(name, std::move(value))) {}
-Variant::Variant(const std::string& name, long long value) : m_record(new Record(name, value)) {}
-Variant::Variant(const std::string& name, bool value) : m_record(new Record(name, value)) {}
-Variant::Variant(const std::string& name, double value) : m_record(new Record(name, value)) {}
-Variant::Variant(const std::string& name, TimePoint value) : m_record(new Record(name, value)) {}
-
-Variant::Variant(const std::string& name, const std::type_index& type) : m_record(new Record(name)) {
-    if (type == typeid(std::string)) {
-        m_record->Hold(std::string());
-    } else if (type == typeid(bool)) {
-        m_record->Hold(false);
-    } else if (type == typeid(double)) {
-        m_record->Hold(0.0);
-    } else if (type != typeid(long long)) {
-        LogError("Internal error: unsupported type " + std::string(type.name()) + " in Variant(,type_info)");
-        m_record->Hold(boost::any(static_cast<const char*>("")));
-    }
+Variant::Variant(const std::string& name, const char* value) : Variant(name, base::TextOrEmpty(value)) {}
+Variant::Variant(const std::string& name, const std::string& value)
+    : Variant(name, std::string_view(value)) {}
+Variant::Variant(const std::string& name, std::string_view value) : Variant(name, std::string(value)) {}
+Variant::Variant(const std::string& name, std::string&& value) : Variant(TakeName(name), Kind::Text) {
+    new (&m_value.text) std::string(std::move(value));
+}
+Variant::Variant(const std::string& name, long long value) : Variant(TakeName(name), Kind::Integer) {
+    m_value.integer = value;
+}
+Variant::Variant(const std::string& name, bool value) : Variant(TakeName(name), Kind::Boolean) {
+    m_value.boolean = value;
+}
+Variant::Variant(const std::string& name, double value) : Variant(TakeName(name), Kind::Double) {
+    m_value.real = value;
+}
+Variant::Variant(const std::string& name, TimePoint value) : Variant(TakeName(name), Kind::Time) {
+    m_value.time = value;
 }
 
-Variant::Variant(const Variant& other) : m_record(new Record(other.Get())) {}
+Variant::Variant(const std::string& name, const std::type_index& type) : Variant(NullVariant(name)) {
+    if (type == typeid(long long)) return;
+    SetKind(type == typeid(bool) ? Kind::NullBoolean : Kind::Null);
+    if (type == typeid(bool) || type == typeid(std::string) || type == typeid(double)) return;
+    LogError("Internal error: unsupported type " + std::string(type.name()) + " in Variant(,type_info)");
+}
+
+Variant::Variant(const Variant& other) : m_head(other.m_head) {
+    CopyValue(other);  // first, as it may throw
+    detail::TakeUses(Name());
+}
 
 Variant& Variant::operator=(const Variant& other) {
-    if (this != &other) m_record.reset(new Record(other.Get()));
+    if (this != &other) *this = Variant(other);
     return *this;
 }
 
-Variant Variant::NullVariant(const std::string& name) {
-    Variant result;
-    result.SetName(name);
-    return result;
+Variant& Variant::operator=(Variant&& other) noexcept {
+    if (this == &other) return *this;
+    DestroyText();
+    detail::SharedName* const former = Name();
+    m_head = std::exchange(other.m_head, 0);
+    TakeValue(other);
+    detail::DropUses(former);
+    return *this;
 }
+
+Variant Variant::NullVariant(const std::string& name) { return Variant(TakeName(name), Kind::NullInteger); }
 
 Variant Variant::StringOrNullVariant(const std::string& name, const std::string& value) {
     return value.empty() ? NullVariant(name) : Variant(name, value);
 }
 
-void Variant::SetStringValue(const char* value) { SetValue(std::string(base::TextOrEmpty(value))); }
-void Variant::SetStringValue(const std::string& value) { SetValue(value); }
-void Variant::SetStringValue(std::string&& value) { SetValue(std::move(value)); }
-void Variant::SetLongLongValue(long long value) { SetValue(value); }
-void Variant::SetBoolValue(bool value) { SetValue(value); }
-void Variant::SetDoubleValue(double value) { SetValue(value); }
-void Variant::SetTimePoint(const TimePoint& value) { SetValue(value); }
-void Variant::SetToNull() { Own().null = true; }
+void Variant::SetStringValue(const char* value) { SetStringValue(base::TextOrEmpty(value)); }
+void Variant::SetStringValue(const std::string& value) { BecomeText(std::string(value)); }
+void Variant::SetStringValue(std::string_view value) { BecomeText(std::string(value)); }
+void Variant::SetStringValue(std::string&& value) { BecomeText(std::move(value)); }
+
+void Variant::SetLongLongValue(long long value) {
+    Become(Kind::Integer);
+    m_value.integer = value;
+}
+
+void Variant::SetBoolValue(bool value) {
+    Become(Kind::Boolean);
+    m_value.integer = 0;
+    m_value.boolean = value;
+}
+
+void Variant::SetDoubleValue(double value) {
+    Become(Kind::Double);
+    m_value.real = value;
+}
+
+void Variant::SetTimePoint(const TimePoint& value) {
+    const TimePoint copy = value;  // it may lie in this object
+    Become(Kind::Time);
+    m_value.time = copy;
+}
+
+void Variant::SetToNull() {
+    const Kind kind = HeldKind();
+    if (kind <= Kind::Null) return;
+    Become(kind == Kind::Integer   ? Kind::NullInteger
+           : kind == Kind::Boolean ? Kind::NullBoolean
+                                   : Kind::Null);
+}
 
 void Variant::SetName(const std::string& name) {
-    Record& record = Own();
-    auto bindName = Record::BindName(name);
-    record.name = name;
-    record.bindName = std::move(bindName);  // last, as the name given may be the old one
+    detail::SharedName* const former = Name();
+    m_head = reinterpret_cast<std::uintptr_t>(TakeName(name)) | static_cast<std::uintptr_t>(HeldKind());
+    detail::DropUses(former);  // last, as the name given may be the old one
 }
-
-bool Variant::IsNull() const { return Get().null; }
-const std::string& Variant::GetName() const { return Get().name; }
 
 const std::string& Variant::GetBindName() const {
-    const Record& record = Get();
-    return record.bindName ? *record.bindName : record.name;
+    const detail::SharedName* const name = Name();
+    return name != nullptr && !name->bindText.empty() ? name->bindText : GetName();
 }
 
-bool Variant::TypeIs(const std::type_info& type) const {
-    const Record& record = Get();
-    return !record.null && record.HeldType() == type;
-}
+bool Variant::TypeIs(const std::type_info& type) const { return !IsNull() && TypeOf(KindOf(*this)) == type; }
 
 const std::type_info& Variant::GetType() const {
-    const Record& record = Get();
-    if (record.null) throw null_Variant(record.name + " is null");
-    return record.HeldType();
+    if (IsNull()) throw null_Variant(GetName() + " is null");
+    return TypeOf(KindOf(*this));
 }
 
-const char* Variant::GetTypeName() const {
-    const Record& record = Get();
-    return record.null ? "null" : record.HeldType().name();
-}
+const char* Variant::GetTypeName() const { return IsNull() ? "null" : TypeOf(KindOf(*this)).name(); }
 
-const std::string& Variant::GetStringValue() const {
-    const Record& record = Get();
-    if (record.null || record.HeldKind() != Kind::Time) return Read<std::string>();
+const std::string& Variant::ReadText() const {
+    if (HeldKind() != Kind::Time) ThrowUnreadable<std::string>();
     thread_local std::string text;
-    text = DateTimeUtils::FormatTimeAsISO8601(record.Held<TimePoint>());
+    text = DateTimeUtils::FormatTimeAsISO8601(m_value.time);
     return text;
 }
 
-long long Variant::GetLongLongValue() const {
-    return Get().HeldKind() == Kind::Boolean ? static_cast<long long>(Read<bool>()) : Read<long long>();
+long long Variant::ReadInteger() const {
+    if (HeldKind() == Kind::Boolean) return static_cast<long long>(m_value.boolean);
+    if (HeldKind() == Kind::NullBoolean) ThrowUnreadable<bool>();
+    ThrowUnreadable<long long>();
 }
 
-bool Variant::GetBoolValue() const {
-    return Get().HeldKind() == Kind::Integer ? Read<long long>() != 0 : Read<bool>();
+bool Variant::ReadBoolean() const {
+    if (HeldKind() == Kind::Integer) return m_value.integer != 0;
+    if (HeldKind() == Kind::NullInteger) ThrowUnreadable<long long>();
+    ThrowUnreadable<bool>();
 }
 
-double Variant::GetDoubleValue() const { return Read<double>(); }
-const TimePoint& Variant::GetTimePoint() const { return Read<TimePoint>(); }
+double Variant::ReadDouble() const { ThrowUnreadable<double>(); }
+
+const TimePoint& Variant::GetTimePoint() const {
+    if (HeldKind() != Kind::Time) ThrowUnreadable<TimePoint>();
+    return m_value.time;
+}
 
 template <VariantKind T>
 std::optional<T> Variant::TryGet() const {
-    const Record& record = Get();
-    const T* const held = record.null ? nullptr : record.HeldIf<T>();
-    return held != nullptr ? std::optional<T>(*held) : std::nullopt;
+    if (!TypeIs(typeid(T))) return std::nullopt;
+    if constexpr (std::same_as<T, std::string>) return m_value.text;
+    if constexpr (std::same_as<T, long long>) return m_value.integer;
+    if constexpr (std::same_as<T, bool>) return m_value.boolean;
+    if constexpr (std::same_as<T, double>) return m_value.real;
+    if constexpr (std::same_as<T, TimePoint>) return m_value.time;
 }
 
 template QUILLON_API std::optional<std::string> Variant::TryGet() const;
@@ -195,151 +250,120 @@ template QUILLON_API std::optional<double> Variant::TryGet() const;
 template QUILLON_API std::optional<TimePoint> Variant::TryGet() const;
 
 std::string Variant::AsString() const {
-    const Record& record = Get();
-    if (record.null) return "null";
-    switch (record.HeldKind()) {
-        case Kind::Text:
-            return record.Held<std::string>();
-        case Kind::Integer:
-            return std::to_string(record.Held<long long>());
-        case Kind::Boolean:
-            return record.Held<bool>() ? "true" : "false";
-        case Kind::Double:
-            return DoubleAsText(record.Held<double>());
-        case Kind::Time:
-            return DateTimeUtils::FormatTimeAsISO8601(record.Held<TimePoint>());
-        case Kind::Unsupported:
+    switch (KindOf(*this)) {
+        case CellKind::Null:
             break;
+        case CellKind::Text:
+            return m_value.text;
+        case CellKind::Integer:
+            return std::to_string(m_value.integer);
+        case CellKind::Boolean:
+            return m_value.boolean ? "true" : "false";
+        case CellKind::Double:
+            return DoubleAsText(m_value.real);
+        case CellKind::Time:
+            return DateTimeUtils::FormatTimeAsISO8601(m_value.time);
     }
-    ReportUnsupported("AsString");
-    return "*** BAD TYPE ***";
+    return "null";
 }
 
-int Variant::SqlType() const {
-    const Record& record = Get();
-    if (record.null) return kSqlNull;
-    if (record.HeldKind() == Kind::Unsupported) ReportUnsupported("SqlType");
-    return Traits(record.HeldKind()).sqlType;
+int Variant::SqlType() const { return Traits(KindOf(*this)).sqlType; }
+const char* Variant::SqlTypeStr() const { return Traits(KindOf(*this)).sqlName; }
+
+bool Variant::operator==(const Variant& other) const { return CellAccess::Equal(*this, other); }
+bool Variant::operator!=(const Variant& other) const { return !(*this == other); }
+
+std::weak_ordering Variant::operator<=>(const Variant& other) const {
+    const int names = Name() == other.Name() ? 0 : GetName().compare(other.GetName());
+    return names != 0 ? names <=> 0 : CompareValues(other);
 }
 
-const char* Variant::SqlTypeStr() const {
-    const Record& record = Get();
-    if (record.null) return "NULL";
-    if (record.HeldKind() == Kind::Unsupported) ReportUnsupported("SqlTypeStr");
-    return Traits(record.HeldKind()).sqlName;
-}
-
-bool Variant::operator==(const Variant& other) const {
-    const std::optional<bool> equal = Equal(Get(), other.Get());
-    if (!equal) ReportUnsupported("operator==");
-    return equal.value_or(false);
-}
-
-bool Variant::operator!=(const Variant& other) const {
-    const std::optional<bool> equal = Equal(Get(), other.Get());
-    if (!equal) ReportUnsupported("operator!=");
-    return !equal.value_or(true);
+std::weak_ordering Variant::CompareValues(const Variant& other) const {
+    const CellKind kind = KindOf(*this), otherKind = KindOf(other);
+    if (OrderOf(kind) != OrderOf(otherKind)) return OrderOf(kind) <=> OrderOf(otherKind);
+    switch (kind) {
+        case CellKind::Null:
+            break;
+        case CellKind::Text:
+            return m_value.text.compare(other.m_value.text) <=> 0;
+        case CellKind::Boolean:
+            return m_value.boolean <=> other.m_value.boolean;
+        case CellKind::Integer:
+            if (otherKind == CellKind::Integer) return m_value.integer <=> other.m_value.integer;
+            return CompareNumbers(m_value.integer, other.m_value.real);
+        case CellKind::Double:
+            if (otherKind == CellKind::Double) return CompareNumbers(m_value.real, other.m_value.real);
+            return 0 <=> CompareNumbers(other.m_value.integer, m_value.real);
+        case CellKind::Time:
+            return m_value.time.time_since_epoch().count() <=> other.m_value.time.time_since_epoch().count();
+    }
+    return std::weak_ordering::equivalent;
 }
 
 void Variant::Dump(ICLogger* logger, unsigned int indent) const {
-    const Record& record = Get();
-    const std::string prefix = DumpIndent(indent);
-    const char* shownName = record.name.empty() ? "*NO NAME*" : record.name.c_str();
-    char line[kDumpBufferSize];
-    if (record.null) {
-        std::snprintf(line, sizeof(line), "%sVariant '%s' null", prefix.c_str(), shownName);
-    } else if (record.HeldKind() == Kind::Unsupported) {
-        std::snprintf(line, sizeof(line),
-                      "%sInternal error: unsupported non-null type %s in Variant::Dump for '%s'",
-                      prefix.c_str(), GetTypeName(), shownName);
+    std::string line =
+        DumpIndent(indent) + "Variant '" + (GetName().empty() ? "*NO NAME*" : GetName()) + '\'';
+    if (IsNull()) {
+        line += " null";
     } else {
-        std::snprintf(line, sizeof(line), "%sVariant '%s' of type %s = '%s'", prefix.c_str(), shownName,
-                      Traits(record.HeldKind()).dumpWord, AsString().c_str());
+        line += std::string(" of type ") + Traits(KindOf(*this)).dumpWord + " = '" + AsString() + '\'';
     }
-    WriteDumpLine(LoggerOrRegistered(logger), line);
+    WriteDumpLine(LoggerOrRegistered(logger), std::string(CutToBytes(line, kLongestDumpLine)));
 }
 
-void Variant::Delete(Record* record) noexcept { delete record; }
-
-/// Returns whether the two values are equal; nothing when they are of a type that cannot be compared.
-std::optional<bool> Variant::Equal(const Record& left, const Record& right) {
-    if (left.name != right.name || left.null != right.null) return false;
-    if (left.null) return true;
-    if (left.HeldKind() != right.HeldKind()) return false;
-    switch (left.HeldKind()) {
-        case Kind::Text:
-            return left.Held<std::string>() == right.Held<std::string>();
-        case Kind::Integer:
-            return left.Held<long long>() == right.Held<long long>();
-        case Kind::Boolean:
-            return left.Held<bool>() == right.Held<bool>();
-        case Kind::Double:
-            return left.Held<double>() == right.Held<double>();
-        case Kind::Time:
-            return left.Held<TimePoint>() == right.Held<TimePoint>();
-        case Kind::Unsupported:
-            break;
-    }
-    return std::nullopt;
-}
-
-template <class T>
-void Variant::SetValue(T value) {
-    Record& record = Own();
-    record.Hold(std::move(value));
-    record.null = false;
-}
-
-template <class T>
-const T& Variant::Read() const {
-    const Record& record = Get();
-    if (record.null) throw null_Variant(std::string(typeid(T).name()) + " value is null");
-    const T* const held = record.HeldIf<T>();
-    if (held == nullptr) ThrowWrongType(typeid(T), record.HeldType());
-    return *held;
-}
-
-Variant::Record& Variant::Own() {
-    if (!m_record) m_record.reset(new Record);
-    return *m_record;
-}
-
-const Variant::Record& Variant::None() noexcept {
-    static const Record none;
+const std::string& Variant::NoText() noexcept {
+    static const std::string none;
     return none;
 }
 
-/// Equal values have equal hashes.
-std::size_t Variant::Hash() const noexcept {
-    const Record& record = Get();
-    const std::size_t name = std::hash<std::string_view>()(record.name);
-    if (record.null) return name;
-    std::size_t value = 0;
-    switch (record.HeldKind()) {
-        case Kind::Text:
-            value = std::hash<std::string_view>()(record.Held<std::string>());
-            break;
-        case Kind::Integer:
-            value = std::hash<long long>()(record.Held<long long>());
-            break;
-        case Kind::Boolean:
-            value = std::hash<bool>()(record.Held<bool>());
-            break;
-        case Kind::Double:
-            value = std::hash<double>()(record.Held<double>());
-            break;
-        case Kind::Time:
-            value = std::hash<std::int64_t>()(record.Held<TimePoint>().time_since_epoch().count());
-            break;
-        case Kind::Unsupported:
-            break;
-    }
-    return name + 31 * (value + 1);
+template <class T>
+void Variant::ThrowUnreadable() const {
+    if (IsNull()) throw null_Variant(std::string(typeid(T).name()) + " value is null");
+    ThrowWrongType(typeid(T), TypeOf(KindOf(*this)));
 }
 
-void Variant::ReportUnsupported(const char* operation) const {
-    LogError("Internal error: unsupported type " + std::string(GetTypeName()) + " in Variant::" + operation);
-    Dump(nullptr, 0);
+void Variant::BecomeText(std::string&& text) noexcept {
+    if (HeldKind() == Kind::Text) {
+        m_value.text = std::move(text);
+    } else {
+        SetKind(Kind::Text);
+        new (&m_value.text) std::string(std::move(text));
+    }
+}
+
+std::size_t Variant::Hash() const noexcept {
+    std::uint64_t value = 0;
+    switch (KindOf(*this)) {
+        case CellKind::Null:
+            break;
+        case CellKind::Text:
+            value = TextHash(m_value.text);
+            break;
+        case CellKind::Integer:
+            value = static_cast<std::uint64_t>(m_value.integer);
+            break;
+        case CellKind::Boolean:
+            value = m_value.boolean ? 1 : 0;
+            break;
+        case CellKind::Double:
+            value = std::hash<double>()(m_value.real);  // the same for both zeros
+            break;
+        case CellKind::Time:
+            value = static_cast<std::uint64_t>(m_value.time.time_since_epoch().count());
+            break;
+    }
+    const std::uint64_t name = Name() != nullptr ? Name()->hash : 0;
+    const auto kind = static_cast<std::uint64_t>(KindOf(*this));
+    return static_cast<std::size_t>(Mixed(Mixed(value ^ kind << 60) ^ name));
+}
+
+void PrintTo(const Variant& value, std::ostream* stream) {
+    *stream << '\'' << value.GetName() << "' ";
+    if (value.IsNull()) {
+        *stream << "null";
+    } else {
+        *stream << Traits(KindOf(value)).dumpWord << " '" << value.AsString() << '\'';
+    }
 }
 
 std::ostream& operator<<(std::ostream& stream, const Variant& value) { return stream << value.AsString(); }

@@ -3,82 +3,28 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <memory>
+#include <new>
 #include <ostream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "base/TextOrEmpty.h"
+#include "data/CellAccess.h"
+#include "data/CellCounts.h"
 #include "data/DumpWriter.h"
-#include "data/NameMarks.h"
-#include "data/VariantRecord.h"
+#include "data/NameCache.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-/// Up to this size comparing every pair is cheaper than sorting by hash.
+/// Up to this size comparing every pair is cheaper than hashing.
 constexpr std::size_t kPairwiseLimit = 16;
 
-/// Whether the elements of two ranges of one size can be paired as equals. Swaps
-/// what is matched to the front of `right`.
-template <class Left, class Right, class Equal>
-bool PairUp(Left left, Left leftEnd, Right right, Right rightEnd, Equal equal) {
-    for (; left != leftEnd; ++left, ++right) {
-        const auto match =
-            std::find_if(right, rightEnd, [&](const auto& item) { return equal(*left, item); });
-        if (match == rightEnd) return false;
-        std::iter_swap(right, match);
-    }
-    return true;
-}
-
 }  // namespace
-
-struct VariantList::Record {
-    Record() = default;
-    Record(const Record& other) : elements(other.elements) { MarkAll(); }
-    Record& operator=(const Record&) = delete;
-
-    template <class... Arguments>
-    void Add(Arguments&&... arguments) {
-        elements.emplace_back(std::forward<Arguments>(arguments)...);
-        marks.Set(elements.size() - 1, elements.back().GetName());
-    }
-
-    void MarkAll() noexcept {
-        marks.Clear();
-        for (std::size_t i = 0; i < std::min(elements.size(), NameMarks::kCapacity); ++i) {
-            marks.Set(i, elements[i].GetName());
-        }
-    }
-
-    const Variant* Find(const std::string& name) const noexcept {
-        const Variant* found = nullptr;
-        const auto matches = [&](std::size_t index) {
-            const bool equal = EqualNames(elements[index].Get().name, name);
-            if (equal) found = &elements[index];
-            return equal;
-        };
-        if (!renamable && marks.AnyOf(name, matches)) return found;
-        std::size_t index = renamable ? 0 : NameMarks::kCapacity;
-        while (index < elements.size() && !matches(index)) ++index;
-        return found;
-    }
-
-    std::vector<Variant> elements;
-    std::size_t cursor = std::numeric_limits<std::size_t>::max();  // of GetFirst and GetNext; unset at first
-    NameMarks marks;
-    bool renamable = false;  // an element was handed out, so the marks may be stale
-};
-
-// Inline, as every look-up comes by here.
-inline const std::vector<Variant>& VariantList::Elements() const noexcept {
-    if (m_record) return m_record->elements;
-    static const std::vector<Variant> none;
-    return none;
-}
 
 VariantList::VariantList() = default;
 VariantList::VariantList(const Variant& v1) { AddAll({&v1}); }
@@ -109,77 +55,120 @@ VariantList::VariantList(const Variant& v1, const Variant& v2, const Variant& v3
     AddAll({&v1, &v2, &v3, &v4, &v5, &v6, &v7, &v8, &v9});
 }
 
-VariantList::VariantList(const VariantList& other)
-    : m_record(other.m_record ? new Record(*other.m_record) : nullptr) {}
+VariantList::VariantList(std::initializer_list<Variant> values) {
+    Reserve(values.size());
+    for (const Variant& value : values) Add(value);
+}
+
+VariantList::VariantList(const VariantList& other) : m_block(CopyOf(other)) {}
 
 VariantList& VariantList::operator=(const VariantList& other) {
     if (this != &other) *this = VariantList(other);
     return *this;
 }
 
-void VariantList::Add(const Variant& value) { Own().Add(value); }
-void VariantList::Add(Variant&& value) { Own().Add(std::move(value)); }
-void VariantList::Add(const Variant* value) { Add(*value); }
-void VariantList::Add(const std::string& name, const char* value) { Own().Add(name, value); }
-void VariantList::Add(const std::string& name, const std::string& value) { Own().Add(name, value); }
-void VariantList::Add(const std::string& name, std::string&& value) { Own().Add(name, std::move(value)); }
-void VariantList::Add(const std::string& name, long long value) { Own().Add(name, value); }
-void VariantList::Add(const std::string& name, bool value) { Own().Add(name, value); }
-void VariantList::Add(const std::string& name, double value) { Own().Add(name, value); }
-void VariantList::AddEmptyCell(const std::string& name, const std::type_index& type) {
-    Own().Add(name, type);
+VariantList::BlockOwner VariantList::Allocate(std::size_t capacity) {
+    if (capacity > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("too many elements");
+    static_assert(sizeof(Block) % alignof(Variant) == 0);
+    BlockOwner block(new (::operator new(sizeof(Block) + capacity * sizeof(Variant))) Block);
+    block->capacity = static_cast<std::uint32_t>(capacity);
+    return block;
 }
 
-void VariantList::Reserve(std::size_t count) { Own().elements.reserve(count); }
+void VariantList::Delete(Block* block) noexcept {
+    std::destroy_n(block->Cells(), block->size);
+    ::operator delete(block, sizeof(Block) + block->capacity * sizeof(Variant));
+}
+
+VariantList::BlockOwner VariantList::CopyOf(const VariantList& other) {
+    if (other.Size() == 0) return nullptr;
+    BlockOwner block = Allocate(other.Size());
+    for (const Variant& cell : other) {
+        new (block->Cells() + block->size) Variant(cell);
+        ++block->size;
+    }
+    return block;
+}
+
+void VariantList::Reserve(std::size_t count) {
+    if (m_block ? count <= m_block->capacity : count == 0) return;
+    BlockOwner larger = Allocate(count);
+    if (m_block) {
+        std::uninitialized_move_n(m_block->Cells(), m_block->size, larger->Cells());
+        larger->size = m_block->size;
+        larger->cursor = m_block->cursor;
+    }
+    m_block = std::move(larger);
+}
+
+void VariantList::Grow() {
+    const std::size_t capacity = m_block ? m_block->capacity : 0;
+    Reserve(capacity == 0 ? UsualRowSize() : std::max<std::size_t>(2 * capacity, 4));
+}
+
+template <class... Arguments>
+void VariantList::Emplace(Arguments&&... arguments) {
+    if (IsFull()) {
+        Variant made(std::forward<Arguments>(arguments)...);
+        Grow();
+        new (end()) Variant(std::move(made));
+    } else {
+        new (end()) Variant(std::forward<Arguments>(arguments)...);
+    }
+    ++m_block->size;
+}
+
+void VariantList::Add(const Variant& value) { Emplace(value); }
+void VariantList::Add(Variant&& value) { Emplace(std::move(value)); }
+void VariantList::Add(const Variant* value) { Add(*value); }
+void VariantList::Add(const std::string& name, const char* value) { Add(name, base::TextOrEmpty(value)); }
+void VariantList::Add(const std::string& name, const std::string& value) {
+    Add(name, std::string_view(value));
+}
+void VariantList::Add(const std::string& name, std::string_view value) { Emplace(name, value); }
+void VariantList::Add(const std::string& name, std::string&& value) { Emplace(name, std::move(value)); }
+void VariantList::Add(const std::string& name, long long value) { Emplace(name, value); }
+void VariantList::Add(const std::string& name, bool value) { Emplace(name, value); }
+void VariantList::Add(const std::string& name, double value) { Emplace(name, value); }
+void VariantList::AddEmptyCell(const std::string& name, const std::type_index& type) { Emplace(name, type); }
 
 bool VariantList::Remove(const std::string& name) {
     const Variant* const found = Find(name);
-    return found != nullptr && Erase(begin() + (found - Elements().data()));
+    return found != nullptr && Erase(found);
 }
 
-bool VariantList::Remove(const Variant& value) { return Erase(std::find(begin(), end(), value)); }
+bool VariantList::Remove(const Variant& value) {
+    return Erase(std::find(std::as_const(*this).begin(), std::as_const(*this).end(), value));
+}
 
-void VariantList::Clear() { m_record.reset(); }
-
-unsigned long long VariantList::Size() const { return Elements().size(); }
+void VariantList::Clear() { m_block.reset(); }
 
 const Variant& VariantList::operator[](int index) const {
-    const auto& elements = Elements();
-    if (index >= 0 && static_cast<std::size_t>(index) < elements.size()) {
-        return elements[static_cast<std::size_t>(index)];
-    }
+    if (index >= 0 && static_cast<std::size_t>(index) < Size()) return begin()[index];
     throw std::invalid_argument("index " + std::to_string(index) + " out of range");
 }
 
-const Variant& VariantList::operator[](const std::string& name) const {
-    if (const Variant* found = Find(name)) return *found;
+void VariantList::ThrowNotPresent(const std::string& name) {
     throw std::invalid_argument("index '" + name + "' not present");
 }
 
 const Variant& VariantList::Get(unsigned long long index) const { return (*this)[static_cast<int>(index)]; }
 const Variant& VariantList::Get(const std::string& name) const { return (*this)[name]; }
-bool VariantList::Contains(const std::string& name) const { return Find(name) != nullptr; }
-
-const Variant* VariantList::Find(const std::string& name) const {
-    return m_record ? m_record->Find(name) : nullptr;
-}
-
 bool VariantList::TypeIs(const std::type_info& type, int index) const {
-    if (index < 0 || static_cast<std::size_t>(index) >= Elements().size()) {
+    if (index < 0 || static_cast<std::size_t>(index) >= Size()) {
         throw std::invalid_argument("TypeIs index " + std::to_string(index) + " out of range");
     }
     return (*this)[index].TypeIs(type);
 }
 
 Variant* VariantList::GetFirst() {
-    if (m_record) m_record->cursor = 0;
+    if (m_block) m_block->cursor = 0;
     return GetNext();
 }
 
 Variant* VariantList::GetNext() {
-    if (!m_record || m_record->cursor >= m_record->elements.size()) return nullptr;
-    m_record->renamable = true;
-    return &m_record->elements[m_record->cursor++];
+    if (!m_block || m_block->cursor >= m_block->size) return nullptr;
+    return m_block->Cells() + m_block->cursor++;
 }
 
 const Variant* VariantList::cGetFirst(const_iterator& position) const {
@@ -192,15 +181,16 @@ const Variant* VariantList::cGetNext(const_iterator& position) const {
 }
 
 void VariantList::VisitItems(const std::function<bool(const Variant&)>& visitor) const {
-    for (const Variant& element : Elements()) {
+    for (const Variant& element : *this) {
         if (!visitor(element)) return;
     }
 }
 
-VariantList::const_iterator VariantList::begin() const { return Elements().begin(); }
-VariantList::const_iterator VariantList::end() const { return Elements().end(); }
-
-bool VariantList::operator==(const VariantList& other) const { return Elements() == other.Elements(); }
+bool VariantList::operator==(const VariantList& other) const {
+    return Size() == other.Size() &&
+           std::equal(begin(), end(), other.begin(),
+                      [](const Variant& own, const Variant& its) { return CellAccess::Equal(own, its); });
+}
 bool VariantList::operator!=(const VariantList& other) const { return !(*this == other); }
 
 bool VariantList::Similar(const VariantList& other) const {
@@ -213,8 +203,8 @@ bool VariantList::NotSimilar(const VariantList& other) const { return !Similar(o
 std::string VariantList::ToString(const char* separator, const char* quote) const {
     const std::string_view gap = base::TextOrEmpty(separator), mark = base::TextOrEmpty(quote);
     std::string result;
-    for (const Variant& element : Elements()) {
-        if (&element != &Elements().front()) result += gap;
+    for (const Variant& element : *this) {
+        if (&element != begin()) result += gap;
         const bool isText = element.TypeIs(typeid(std::string));
         const std::string text = element.AsString();
         const bool quoted = isText && text.find_first_of(kWhiteSpace) != std::string::npos;
@@ -231,8 +221,8 @@ std::wstring VariantList::ToWideString(const char* separator, const char* quote)
 
 std::string VariantList::ToDelimitedStrings(char delimiter, char quote, bool optionsUnquoted) const {
     std::string result;
-    for (const Variant& element : Elements()) {
-        if (&element != &Elements().front()) result += delimiter;
+    for (const Variant& element : *this) {
+        if (&element != begin()) result += delimiter;
         const std::string text = element.AsString();
         const bool option = optionsUnquoted && element.TypeIs(typeid(std::string)) && text.starts_with('-');
         if (!option) result += quote;
@@ -247,15 +237,8 @@ void VariantList::Dump(const char* title, ICLogger* logger, unsigned int indent)
     const std::string prefix = DumpIndent(indent), shownTitle(base::TextOrEmpty(title));
     WriteDumpLine(target, prefix + "Start of VariantList dump with " + std::to_string(Size()) +
                               " column(s): " + shownTitle);
-    for (const Variant& element : Elements()) element.Dump(target, InnerIndent(indent));
+    for (const Variant& element : *this) element.Dump(target, InnerIndent(indent));
     WriteDumpLine(target, prefix + "End of VariantList dump: " + shownTitle);
-}
-
-void VariantList::Delete(Record* record) noexcept { delete record; }
-
-VariantList::Record& VariantList::Own() {
-    if (!m_record) m_record.reset(new Record);
-    return *m_record;
 }
 
 void VariantList::AddAll(std::initializer_list<const Variant*> values) {
@@ -264,46 +247,51 @@ void VariantList::AddAll(std::initializer_list<const Variant*> values) {
 }
 
 bool VariantList::Erase(const_iterator position) {
-    if (position == end()) return false;
-    m_record->elements.erase(position);
-    m_record->MarkAll();
-    m_record->cursor = std::numeric_limits<std::size_t>::max();
+    if (position == std::as_const(*this).end()) return false;
+    Variant* const erased = m_block->Cells() + (position - m_block->Cells());
+    std::move(erased + 1, end(), erased);
+    std::destroy_at(m_block->Cells() + --m_block->size);
+    m_block->cursor = std::numeric_limits<std::uint64_t>::max();
     return true;
 }
 
 bool VariantList::SimilarByPairs(const VariantList& other) const {
     std::array<const Variant*, kPairwiseLimit> candidates{};
-    auto* const last = std::transform(other.begin(), other.end(), candidates.data(),
-                                      [](const Variant& element) { return &element; });
-    return PairUp(begin(), end(), candidates.data(), last,
-                  [](const Variant& own, const Variant* candidate) { return own == *candidate; });
-}
-
-/// Elements that are equal have equal hashes, so only runs of one hash, which
-/// are short unless elements repeat, need comparing.
-bool VariantList::SimilarByHash(const VariantList& other) const {
-    auto left = SortedByHash(), right = other.SortedByHash();
-    const auto equal = [](const Hashed& a, const Hashed& b) { return *a.element == *b.element; };
-    for (std::size_t start = 0, next = 0; start < left.size(); start = next) {
-        while (next < left.size() && left[next].hash == left[start].hash) {
-            if (right[next].hash != left[next].hash) return false;
-            ++next;
-        }
-        const auto from = static_cast<std::ptrdiff_t>(start), to = static_cast<std::ptrdiff_t>(next);
-        if (!PairUp(left.begin() + from, left.begin() + to, right.begin() + from, right.begin() + to,
-                    equal)) {
-            return false;
-        }
+    auto** const first = candidates.data();
+    auto** const last =
+        std::transform(other.begin(), other.end(), first, [](const Variant& element) { return &element; });
+    auto** next = first;
+    for (const Variant& element : *this) {
+        auto** const match = std::find_if(
+            next, last, [&](const Variant* candidate) { return CellAccess::Equal(element, *candidate); });
+        if (match == last) return false;
+        std::swap(*match, *next++);
     }
     return true;
 }
 
-std::vector<VariantList::Hashed> VariantList::SortedByHash() const {
-    std::vector<Hashed> result;
-    result.reserve(Elements().size());
-    for (const Variant& element : Elements()) result.push_back({element.Hash(), &element});
-    std::sort(result.begin(), result.end(), [](const Hashed& a, const Hashed& b) { return a.hash < b.hash; });
-    return result;
+bool VariantList::SimilarByHash(const VariantList& other) const {
+    CellCounts counts(other.Size());
+    const auto add = [&](const Variant& cell) { return counts.Add(cell); };
+    return std::all_of(other.begin(), other.end(), add) &&
+           std::all_of(begin(), end(), [&](const Variant& cell) { return counts.Remove(cell); });
+}
+
+std::size_t VariantList::Hash() const noexcept {
+    std::size_t hash = Size();
+    for (const Variant& element : *this) hash = hash * 31 + element.Hash();
+    return hash;
+}
+
+void PrintTo(const VariantList& list, std::ostream* stream) {
+    const char* gap = "";
+    *stream << '{';
+    for (const Variant& element : list) {
+        *stream << gap;
+        PrintTo(element, stream);
+        gap = ", ";
+    }
+    *stream << '}';
 }
 
 std::ostream& operator<<(std::ostream& stream, const VariantList& list) {

@@ -16,11 +16,50 @@ constexpr std::string_view kMarkup = "\\`*_[]<>|~&$#";
 constexpr std::string_view kBlockMarks = "+-=";
 constexpr std::string_view kDigits = "0123456789";
 
+/// Returns the length of the address of the web at the front of the text, without the punctuation of the
+/// sentence around it; 0 when there is none.
+std::size_t UrlLength(std::string_view text) {
+    constexpr std::string_view kSchemes[] = {"https://", "http://"};
+    for (const std::string_view scheme : kSchemes) {
+        if (!text.starts_with(scheme)) continue;
+        const auto ends = [](char c) {
+            return static_cast<unsigned char>(c) <= ' ' || c == '<' || c == '>' || c == '"';
+        };
+        std::string_view url(text.data(), static_cast<std::size_t>(
+                                              std::find_if(text.begin(), text.end(), ends) - text.begin()));
+        while (std::string_view(".,;:!?').]").find(url.back()) != std::string_view::npos) {
+            if (url.back() == ')' && url.find('(') != std::string_view::npos) break;
+            url.remove_suffix(1);
+        }
+        return url.size() > scheme.size() ? url.size() : 0;
+    }
+    return 0;
+}
+
+/// Writes an address as an autolink, in which nothing is read as markup and no escape is removed. Only a
+/// bar would end the cell of a table.
+std::string Autolink(std::string_view url) {
+    std::string result = "<";
+    for (const char character : url) {
+        if (character == '|') {
+            result += "%7C";
+        } else {
+            result += character;
+        }
+    }
+    return result += '>';
+}
+
 /// Escapes a text so that a reader sees it as it is, on one line; a line end becomes a break.
 std::string Escaped(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char character = text[i];
+        if (const std::size_t url = UrlLength(text.substr(i)); url > 0) {
+            result += Autolink(text.substr(i, url));
+            i += url - 1;
+            continue;
+        }
         if (character == '\r' && text.substr(i + 1).starts_with('\n')) continue;
         if (character == '\r' || character == '\n') {
             result += "<br>";

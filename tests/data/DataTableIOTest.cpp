@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <limits>
+#include <ostream>
 #include <sstream>
+#include <streambuf>
+#include <string>
 
 namespace quillon {
 namespace {
@@ -184,6 +188,125 @@ TEST(DataTableIO, RoundTripsKeepWhatTheFormHolds) {
     EXPECT_TRUE(FromJson(ToJsonLines(table)) == table);
     const DataTable texts = FromCsv(ToCsv(table));
     EXPECT_TRUE(FromCsv(ToCsv(texts)) == texts);
+}
+
+TEST(DataTableIO, ErrorsTellTheirPlaceAsMembers) {
+    try {
+        (void)FromJson("\xEF\xBB\xBF[{\"\xC3\xA9\":1},\r\n {\"\xFF\":}]");
+        FAIL();
+    } catch (const TableFormatError& error) {
+        EXPECT_EQ(error.Place().record, 2u);
+        EXPECT_EQ(error.Place().line, 2u);
+        EXPECT_EQ(error.Place().column, 7u);
+        EXPECT_EQ(error.Place().byte, 22u);
+        EXPECT_EQ(error.Reason(), "expected a value");
+        EXPECT_STREQ(error.what(), "row 2, line 2, column 7: expected a value");
+    }
+}
+
+TEST(DataTableIO, CsvTakesAnotherSeparatorAndTypes) {
+    CsvOptions options;
+    options.separator = ';';
+    options.types = {{"id", 0}, {"ratio", 0.0}, {"flag", false}};
+    options.skipTrailingBlankLines = true;
+    const DataTable table = FromCsv("id;ratio;flag;text\n5;1.5;true;a,b\n;;;\r\n \n\r\r\n", options);
+    const VariantList expected = {{"id", 5}, {"ratio", 1.5}, {"flag", true}, {"text", "a,b"}};
+    EXPECT_EQ(table.GetRow(0), expected);
+    EXPECT_EQ(table.GetNumberOfRows(), 2u);
+    EXPECT_TRUE(table.GetRow(1)["id"].IsNull());
+    EXPECT_EQ(ToCsv(table, options), "id;ratio;flag;text\r\n5;1.5;true;a,b\r\n;;;\r\n");
+    const std::pair<const char*, const char*> faults[] = {
+        {"id\n5x", "record 2, line 2, column 1: not an integer in column 'id'"},
+        {"text;ratio\na;1,5", "record 2, line 2, column 3: not a number in column 'ratio'"},
+        {"flag\nyes", "record 2, line 2, column 1: not a boolean in column 'flag'"},
+    };
+    for (const auto& [csv, message] : faults) {
+        const auto read = [&options, text = csv] { (void)FromCsv(text, options); };
+        EXPECT_THAT(read, ThrowsMessage<TableFormatError>(message));
+    }
+    options.separator = '"';
+    EXPECT_THROW((void)ToCsv(table, options), std::invalid_argument);
+}
+
+TEST(DataTableIO, CsvForSpreadsheetsHoldsNoFormula) {
+    const DataTable table(VariantList{{"=n", "=1+1"}, {"b", -5}, {"c", "-5"}, {"d", "a=b"}, {"e", "\tx"}});
+    CsvOptions options;
+    options.formulaSafe = true;
+    EXPECT_EQ(ToCsv(table, options), "\"'=n\",b,c,d,e\r\n\"'=1+1\",-5,\"'-5\",a=b,\"'\tx\"\r\n");
+}
+
+TEST(DataTableIO, TextIsCutToAWidth) {
+    const DataTable table(VariantList{{"id", 1}, {"text", std::string(30, 'x') + "\xC3\xA9"}, {"n", 5}},
+                          VariantList{{"id", 2}, {"text", "short"}, {"n", 60}});
+    TextOptions options;
+    options.maxWidth = 20;
+    EXPECT_EQ(ToText(table, options),
+              "id  text           n\n"
+              "--  ------------  --\n"
+              " 1  xxxxxxxxxxx\xE2\x80\xA6   5\n"
+              " 2  short         60\n");
+    options.maxWidth = 10;
+    options.ellipsis = "...";
+    EXPECT_EQ(ToText(table, options),
+              "id  tex...\n"
+              "--  ---...\n"
+              " 1  xxx...\n"
+              " 2  sho...\n");
+}
+
+TEST(DataTableIO, OneLongCellDoesNotPadTheOthers) {
+    DataTable table(VariantList{{"text", std::string(1'000'000, 'x')}, {"n", 1}});
+    for (int i = 0; i < 1000; ++i) table.AddRow({{"text", "y"}, {"n", i}});
+    EXPECT_LT(ToText(table).size(), 1'400'000u);
+}
+
+TEST(DataTableIO, RepairedNamesStayApart) {
+    const DataTable table(VariantList{{"\xFF", 1}, {"\xFE", 2}, {"\xEF\xBF\xBD", 3}});
+    const std::string r = kReplacement;
+    EXPECT_EQ(ToCsv(table), r + "2," + r + "3," + r + "\r\n1,2,3\r\n");
+}
+
+/// Counts what a stream gets, and fails after `limit` writes.
+class CountingBuffer : public std::streambuf {
+public:
+    explicit CountingBuffer(int limit) : m_left(limit) {}
+    std::string text;
+    std::streamsize longest = 0;
+
+protected:
+    std::streamsize xsputn(const char* data, std::streamsize size) override {
+        if (m_left-- <= 0) return 0;
+        longest = std::max(longest, size);
+        text.append(data, static_cast<std::size_t>(size));
+        return size;
+    }
+
+private:
+    int m_left;
+};
+
+TEST(DataTableIO, StreamsEveryFormRowByRow) {
+    DataTable table;
+    for (int i = 0; i < 1000; ++i) table.AddRow({{"a", i}, {"b", "text"}});
+    const struct {
+        void (*write)(std::ostream&, const DataTable&);
+        std::string expected;
+    } cases[] = {
+        {WriteJson, ToJson(table)},
+        {WriteJsonLines, ToJsonLines(table)},
+        {[](std::ostream& stream, const DataTable& t) { WriteCsv(stream, t); }, ToCsv(table)},
+        {[](std::ostream& stream, const DataTable& t) { WriteText(stream, t); }, ToText(table)},
+    };
+    for (const auto& c : cases) {
+        CountingBuffer whole(100'000), failing(10);
+        std::ostream stream(&whole), failed(&failing);
+        c.write(stream, table);
+        EXPECT_EQ(whole.text, c.expected);
+        EXPECT_LT(whole.longest, 64);
+        c.write(failed, table);
+        EXPECT_TRUE(failed.bad());
+        EXPECT_EQ(failing.text, c.expected.substr(0, failing.text.size()));
+    }
 }
 
 }  // namespace

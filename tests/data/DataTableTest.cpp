@@ -2,6 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "quillon/DataTableIO.h"
 #include "support/RecordingLogger.h"
 
 namespace quillon {
@@ -157,6 +163,49 @@ TEST(DataTable, DumpsItsRows) {
                             " Column names: a", " Start of VariantList dump with 1 column(s): DataTable row",
                             "  Variant 'a' of type long long = '1'",
                             " End of VariantList dump: DataTable row", "End of DataTable dump: 50%d"));
+}
+
+TEST(DataTable, SortsByColumnsAndKeepsTheOrderOfEquals) {
+    DataTable table;
+    table.AddRow({{"k", 2}, {"n", "a"}});
+    table.AddRow({{"n", "b"}});
+    table.AddRow({{"k", 1.5}, {"n", "c"}});
+    table.AddRow({{"k", 2}, {"n", "d"}});
+    table.AddRow({{"k", nullptr}, {"n", "e"}});
+    table.SortBy({"k"});
+    std::string order;
+    for (const VariantList& row : table) order += row["n"].GetStringValue();
+    EXPECT_EQ(order, "becad");
+    EXPECT_EQ(table.GetNextRow(), nullptr);
+}
+
+/// Only under the thread sanitizer can this fail: const operations must keep nothing in the table.
+TEST(DataTable, SixThreadsReadOneTable) {
+    DataTable table;
+    for (int i = 0; i < 200; ++i) {
+        table.AddRow(
+            {{"name-" + std::to_string(i % 3), i}, {"text", std::string(30, 'x')}, {"time", TimePoint()}});
+    }
+    const DataTable& shared = table;
+    const std::string expected = ToJson(shared);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 6; ++t) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 5; ++round) {
+                const DataTable copy = shared;
+                bool right = ToJson(copy) == expected && copy == shared && shared.Similar(copy, false);
+                for (const VariantList& row : shared) {
+                    right = right && row.Find("text")->GetStringValue().size() == 30;
+                    right = right && row[0].GetBindName() != row[0].GetName() &&
+                            row[2].GetStringValue().size() == 24;
+                }
+                if (!right) ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace

@@ -2,10 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <limits>
+#include <optional>
 #include <sstream>
+#include <string_view>
 #include <thread>
+#include <vector>
 
+#include "quillon/VariantList.h"
 #include "support/RecordingLogger.h"
 
 namespace quillon {
@@ -16,6 +21,19 @@ using testing::HasSubstr;
 using testing::ThrowsMessage;
 
 TimePoint At(std::int64_t ticks) { return TimePoint(TimePoint::duration(ticks)); }
+
+template <class Value>
+concept TakesTextAsBoolean = requires(Value value) {
+    value.SetBoolValue("false");
+};
+template <class Value>
+concept TakesCharacterAsNumber = requires(Value value) {
+    value.SetLongLongValue('C');
+};
+template <class List>
+concept AddsCharacter = requires(List list) {
+    list.Add("Drive", 'C');
+};
 
 TEST(Variant, ShowsEveryKind) {
     const struct {
@@ -161,6 +179,101 @@ TEST(Variant, SurvivesMovesAndItself) {
     EXPECT_EQ(Variant(static_cast<const char*>(nullptr)).GetStringValue(), "");
 }
 
+TEST(Variant, TakesWhatProgramsHaveAtHand) {
+    const std::string_view view = std::string_view("textile").substr(0, 4);
+    EXPECT_EQ(Variant("n", view), Variant("n", "text"));
+    EXPECT_EQ(Variant("n", std::size_t{7}), Variant("n", 7));
+    EXPECT_EQ(Variant("n", std::numeric_limits<unsigned long long>::max()),
+              Variant("n", std::numeric_limits<long long>::max()));
+    EXPECT_EQ(Variant("n", nullptr), Variant::NullVariant("n"));
+    EXPECT_EQ(Variant("n", std::optional<int>()), Variant::NullVariant("n"));
+    EXPECT_EQ(Variant("n", std::optional<std::string>("x")), Variant("n", "x"));
+    using Seconds = std::chrono::sys_seconds;
+    EXPECT_EQ(Variant("n", Seconds(std::chrono::seconds(-2))), Variant("n", At(-20'000'000)));
+    const std::chrono::system_clock::time_point fine(std::chrono::nanoseconds(-1));
+    EXPECT_EQ(Variant("n", fine), Variant("n", At(-1))) << "towards the past";
+    const auto steady = Variant(std::chrono::steady_clock::now() + std::chrono::hours(1)).GetTimePoint();
+    EXPECT_GT(steady, ToTimePoint(std::chrono::system_clock::now() + std::chrono::minutes(59)));
+
+    static_assert(!std::is_constructible_v<Variant, std::string, char>);
+    static_assert(!std::is_constructible_v<Variant, std::string, wchar_t>);
+    static_assert(!std::is_constructible_v<Variant, std::string, const wchar_t*>);
+    static_assert(!TakesTextAsBoolean<Variant>);
+    static_assert(!TakesCharacterAsNumber<Variant>);
+    static_assert(!AddsCharacter<VariantList>);
+}
+
+TEST(Variant, SortsByNameKindAndValueAndHashesAlike) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const Variant sorted[] = {
+        Variant::NullVariant("a"),
+        Variant("a", false),
+        Variant("a", true),
+        Variant("a", -1.5),
+        Variant("a", 1LL << 53),
+        Variant("a", 9007199254740992.0),
+        Variant("a", (1LL << 53) + 1),
+        Variant("a", 9.3e18),
+        Variant("a", nan),
+        Variant("a", "B"),
+        Variant("a", "b"),
+        Variant("a", At(-1)),
+        Variant("a", At(0)),
+        Variant("b", 0),
+    };
+    for (std::size_t i = 0; i < std::size(sorted); ++i) {
+        for (std::size_t j = 0; j < std::size(sorted); ++j) {
+            SCOPED_TRACE(testing::PrintToString(sorted[i]) + " " + testing::PrintToString(sorted[j]));
+            EXPECT_EQ(sorted[i] <=> sorted[j], std::weak_ordering(i <=> j));
+        }
+    }
+    EXPECT_EQ(std::hash<Variant>()(Variant("n", 0.0)), std::hash<Variant>()(Variant("n", -0.0)));
+    EXPECT_EQ(Variant::NullVariant("n").Hash(), Variant("n", typeid(std::string)).Hash());
+    EXPECT_NE(Variant("n", 1).Hash(), Variant("n", true).Hash());
+    EXPECT_EQ(testing::PrintToString(Variant("n", 5)), "'n' long long '5'");
+}
+
+TEST(Variant, NullRemembersTheKindThatAGetterNames) {
+    const auto messageOf = [](const Variant& value, bool boolean) -> std::string {
+        try {
+            boolean ? static_cast<long long>(value.GetBoolValue()) : value.GetLongLongValue();
+        } catch (const null_Variant& error) {
+            return error.what();
+        }
+        return {};
+    };
+    const std::string integer = std::string(typeid(long long).name()) + " value is null";
+    const std::string boolean = std::string(typeid(bool).name()) + " value is null";
+    Variant flag("n", true), text("n", "x");
+    flag.SetToNull();
+    text.SetToNull();
+    EXPECT_EQ(messageOf(flag, false), boolean);
+    EXPECT_EQ(messageOf(Variant(), true), integer);
+    EXPECT_EQ(messageOf(text, false), integer);
+    EXPECT_EQ(messageOf(text, true), boolean);
+    EXPECT_EQ(messageOf(Variant("n", typeid(bool)), false), boolean);
+}
+
+TEST(Variant, NamesAreSharedBetweenThreads) {
+    constexpr int kThreads = 4, kRounds = 2000;
+    Variant shared("a-name", std::string(50, 'x'));
+    std::vector<std::thread> threads;
+    std::vector<Variant> kept(kThreads);
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&shared, &kept, t] {
+            for (int round = 0; round < kRounds; ++round) {
+                kept[static_cast<std::size_t>(t)] = shared;
+                Variant own("a-name", round);
+                own.SetName("name " + std::to_string(round % 700));
+                own = shared;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (const Variant& value : kept)
+        EXPECT_EQ(value.GetBindName() + value.GetStringValue().substr(49), "a_namex");
+}
+
 TEST(Variant, DumpIndentsAtMostFortyAndCutsTheLine) {
     testing::internal::CaptureStderr();  // where the line goes without a logger
     Variant("n", "100%").Dump(nullptr, 45);
@@ -171,6 +284,11 @@ TEST(Variant, DumpIndentsAtMostFortyAndCutsTheLine) {
     Variant("n", std::string(2000, '%')).Dump(nullptr, 3);
     const std::string head = "   Variant 'n' of type string = '";
     EXPECT_THAT(log.Lines(), ElementsAre(head + std::string(1023 - head.size(), '%')));
+
+    const test::RecordingLogger cut;
+    const std::string before(1021 - head.size(), 'x');
+    Variant("n", before + "\xE2\x82\xAC").Dump(nullptr, 3);
+    EXPECT_THAT(cut.Lines(), ElementsAre(head + before)) << "no part of a character";
 }
 
 }  // namespace

@@ -68,13 +68,16 @@ TEST(MetadataExport, JsonTellsEverything) {
 TEST(MetadataExport, CellsShowTextsAsTheyAre) {
     const struct {
         const char *text, *cell;
-    } cases[] = {{"a|b", "a\\|b"},
-                 {"a\\|b", "a\\\\\\|b"},
-                 {"one\r\ntwo\nthree\rfour", "one<br>two<br>three<br>four"},
-                 {"<script>&lt;", "\\<script\\>\\&lt;"},
-                 {"[x](y) *b* _i_ `c` ~s~ $m$", "\\[x\\](y) \\*b\\* \\_i\\_ \\`c\\` \\~s\\~ \\$m\\$"},
-                 {"\xC3\xA9 \xFF", "\xC3\xA9 \xEF\xBF\xBD"},
-                 {nullptr, ""}};
+    } cases[] = {
+        {"a|b", "a\\|b"},
+        {"a\\|b", "a\\\\\\|b"},
+        {"one\r\ntwo\nthree\rfour", "one<br>two<br>three<br>four"},
+        {"<script>&lt;", "\\<script\\>\\&lt;"},
+        {"see (https://a.example/x_y?b=1&c=~d#e|f*).", "see (<https://a.example/x_y?b=1&c=~d#e%7Cf*>)."},
+        {"http://a.example/p_(q) https://", "<http://a.example/p_(q)> https://"},
+        {"[x](y) *b* _i_ `c` ~s~ $m$", "\\[x\\](y) \\*b\\* \\_i\\_ \\`c\\` \\~s\\~ \\$m\\$"},
+        {"\xC3\xA9 \xFF", "\xC3\xA9 \xEF\xBF\xBD"},
+        {nullptr, ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         EXPECT_THAT(MarkdownWith(c.text),

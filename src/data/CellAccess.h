@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "data/HeldName.h"
+#include "quillon/VariantList.h"
+
+namespace quillon {
+
+enum class CellKind : std::uint8_t { Null, Text, Integer, Boolean, Double, Time };
+
+/// What the other files of the data model know of a cell beyond its interface.
+struct CellAccess {
+    using SharedName = detail::SharedName;
+
+    static CellKind KindOf(const Variant& cell) noexcept {
+        constexpr int kLastNull = static_cast<int>(Variant::Kind::Null);
+        const int kind = static_cast<int>(cell.HeldKind()) - kLastNull;
+        return static_cast<CellKind>(kind > 0 ? kind : 0);
+    }
+    static bool Equal(const Variant& left, const Variant& right) noexcept {
+        if (left.m_head != right.m_head) {  // kinds of nulls count as one, and a name may be there twice
+            if (KindOf(left) != KindOf(right)) return false;
+            if (left.Name() != right.Name() && !detail::EqualTexts(left.GetName(), right.GetName()))
+                return false;
+        }
+        return left.EqualValue(right);
+    }
+    static SharedName* NameOf(const Variant& cell) noexcept { return cell.Name(); }
+
+    /// Append a cell under a name.
+    static void AddNull(VariantList& row, HeldName& name) { Append(row, name, Variant::Kind::NullInteger); }
+    static void AddText(VariantList& row, HeldName& name, std::string&& text) {
+        new (&Append(row, name, Variant::Kind::Text).m_value.text) std::string(std::move(text));
+    }
+    static void AddInteger(VariantList& row, HeldName& name, long long value) {
+        Append(row, name, Variant::Kind::Integer).m_value.integer = value;
+    }
+    static void AddBoolean(VariantList& row, HeldName& name, bool value) {
+        Append(row, name, Variant::Kind::Boolean).m_value.boolean = value;
+    }
+    static void AddDouble(VariantList& row, HeldName& name, double value) {
+        Append(row, name, Variant::Kind::Double).m_value.real = value;
+    }
+
+    /// Makes a copy of a cell that does not count its use of the name yet.
+    static void CopyUncounted(const Variant& cell, Variant* target) {
+        Variant* const made = new (target) Variant(nullptr, cell.HeldKind());
+        made->CopyValue(cell);
+        made->m_head = cell.m_head;
+    }
+    /// Takes the name from a cell, with its use.
+    static SharedName* ReleaseName(Variant& cell) noexcept {
+        SharedName* const name = cell.Name();
+        cell.m_head &= Variant::kKindBits;
+        return name;
+    }
+    /// Returns an empty list with room for so many elements.
+    static VariantList NewList(std::size_t capacity) {
+        VariantList list;
+        list.Reserve(capacity);
+        return list;
+    }
+    /// Counts an element that was made at the end.
+    static void CountElement(VariantList& list) noexcept { ++list.m_block->size; }
+
+private:
+    static Variant& Append(VariantList& row, HeldName& name, Variant::Kind kind) {
+        if (row.IsFull()) row.Grow();
+        Variant* const cell = new (row.end()) Variant(name.Use(), kind);
+        ++row.m_block->size;
+        return *cell;
+    }
+};
+
+/// Compares with a value of the same kind.
+inline bool Variant::EqualValue(const Variant& other) const noexcept {
+    switch (HeldKind()) {
+        case Kind::Text:
+            return detail::EqualTexts(m_value.text, other.m_value.text);
+        case Kind::Integer:
+            return m_value.integer == other.m_value.integer;
+        case Kind::Boolean:
+            return m_value.boolean == other.m_value.boolean;
+        case Kind::Double:
+            return m_value.real == other.m_value.real;
+        case Kind::Time:
+            return m_value.time == other.m_value.time;
+        default:
+            return true;  // nulls
+    }
+}
+
+inline CellKind KindOf(const Variant& cell) noexcept { return CellAccess::KindOf(cell); }
+
+}  // namespace quillon
