@@ -78,7 +78,7 @@ std::optional<std::string> MoveAside(const std::string& path) {
 /// Both names lead to one file. Either they are spellings of one name, or there are two, of which one goes;
 /// which of it is seen only when the first one is away.
 bool MoveToOtherName(const std::string& from, const std::string& to) {
-    if (IsSameName(from, to) || platform::MovePath(from, to)) return true;
+    if (IsSameName(from, to)) return true;
     const auto aside = MoveAside(from);
     if (!aside) return false;
     const bool isFree = !FileSystemUtils::Exists(to) || FileSystemUtils::EraseFile(to, false);
