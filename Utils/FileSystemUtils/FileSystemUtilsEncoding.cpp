@@ -97,6 +97,8 @@ std::string_view ValidUtf16LePrefix(std::string_view bytes) {
 /// The system's test sees the units before the first invalid one, at most
 /// `sampleSize` bytes of them. It runs on the bytes: they are those units.
 bool IsUtf16WithoutBom(std::string_view content, std::uint64_t sampleSize) {
+    // With one unit more than the test looks at, so that a pair is not cut at the end of those.
+    sampleSize = std::min<std::uint64_t>(sampleSize, platform::Utf16SampleSize() + 2);
     const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(sampleSize, content.size()));
     return platform::LooksLikeUtf16(ValidUtf16LePrefix(content.substr(0, length)));
 }
@@ -177,16 +179,38 @@ FileEncoding FileSystemUtils::GetFileEncoding(std::string& path) {
     return content ? DetectEncoding(*content, GetFileSizeInBytes(path)) : NOTSET;
 }
 
+void Utf8Finder::Add(std::string_view piece) {
+    std::size_t at = 0;
+    while (!m_hasFound && at < piece.size()) {
+        if (m_expected == 0) {
+            at = SkipAscii(piece, at);
+            if (at == piece.size()) return;
+            m_expected = ContinuationsAfter(static_cast<unsigned char>(piece[at++]));
+            m_fits = true;
+            continue;
+        }
+        const std::string_view following = piece.substr(at, m_expected);
+        m_fits = m_fits && AreContinuations(following);
+        m_expected -= following.size();
+        at += following.size();
+        m_hasFound = m_expected == 0 && m_fits;
+    }
+}
+
 FileEncoding DetectEncoding(std::string_view content, std::uint64_t size) {
+    Utf8Finder utf8;
+    utf8.Add(content);
+    return DetectEncoding(content, size, utf8);
+}
+
+FileEncoding DetectEncoding(std::string_view content, std::uint64_t size, const Utf8Finder& utf8) {
     FileEncoding encoding = FileSystemUtils::ANSI;
     const std::size_t wanted = MarkSampleSize(size);
     const std::string_view start = content.substr(0, wanted);
     if (FileSystemUtils::CheckBufferForBom(start.data(), start.size(), encoding)) return encoding;
     // A content shorter than the size that was told ends a stream's reading here.
     const bool complete = wanted != 0 && start.size() == wanted;
-    if (complete && EndOfFirstUtf8Sequence(content) != std::string_view::npos) {
-        return FileSystemUtils::UTF8NOBOM;
-    }
+    if (complete && utf8.HasFound()) return FileSystemUtils::UTF8NOBOM;
     return IsUtf16WithoutBom(content, size) ? FileSystemUtils::UTF16LENOBOM : FileSystemUtils::ANSI;
 }
 

@@ -1,12 +1,16 @@
 #include <limits>
+#include <new>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include "Utils/internal/TextEncoding.h"
 #include "base/ErrorCodes.h"
 #include "base/Utf.h"
+#include "base/Utf16Decoder.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/FileContent.h"
 #include "quillon/FileSystemUtils.h"
 
 namespace quillon {
@@ -36,6 +40,65 @@ std::string Decoded(std::string content, FileSystemUtils::FileEncoding encoding)
     }
 }
 
+/// Takes the pieces of a file and looks at them, or converts them, while they are in the processor's cache.
+class TextReader {
+public:
+    using FileEncoding = FileSystemUtils::FileEncoding;
+
+    /// `size` is what the system tells, which need not be the content's own.
+    TextReader(std::uint64_t size, FileEncoding forced) : m_size(size), m_forced(forced) {}
+
+    void Add(std::string_view piece, std::uint64_t expected) {
+        if (m_isFirst) Begin(piece);
+        if (m_decoder) {
+            m_decoder->Add(piece, m_text);
+        } else {
+            if (m_isFirst) Reserve(expected);
+            m_utf8.Add(piece);
+            m_text.append(piece);
+        }
+        // The first piece tells how much the rest will need.
+        if (m_isFirst && m_decoder) Reserve(m_text.size() * (expected / (piece.size() + 1) + 1));
+        m_isFirst = false;
+    }
+
+    FileEncoding Detected() const { return m_decoder ? m_mark : DetectEncoding(m_text, m_size, m_utf8); }
+
+    std::string TakeText(FileEncoding encoding) {
+        return m_decoder ? std::move(m_text) : Decoded(std::move(m_text), encoding);
+    }
+
+private:
+    /// What has a mark of UTF-16, and is not to be read otherwise, is converted as it comes.
+    void Begin(std::string_view& piece) {
+        const bool isFree = m_forced == FileSystemUtils::NOTSET || m_forced == FileSystemUtils::UTF16LE ||
+                            m_forced == FileSystemUtils::UTF16BE;
+        if (m_size < 2 || !isFree) return;
+        FileSystemUtils::CheckBufferForBom(piece.data(), piece.size(), m_mark);
+        if (m_mark != FileSystemUtils::UTF16LE && m_mark != FileSystemUtils::UTF16BE) return;
+        m_decoder.emplace(m_mark == FileSystemUtils::UTF16BE);
+        piece.remove_prefix(2);
+    }
+
+    void Reserve(std::uint64_t size) {
+        m_text.reserve(static_cast<std::size_t>(size));
+        platform::PrepareMemory(m_text.data(), m_text.capacity());
+    }
+
+    std::uint64_t m_size;
+    FileEncoding m_forced;
+    FileEncoding m_mark = FileSystemUtils::NOTSET;
+    bool m_isFirst = true;
+    std::optional<base::Utf16Decoder> m_decoder;
+    Utf8Finder m_utf8;
+    std::string m_text;  ///< the content, or the text where there is a decoder
+};
+
+bool RefuseForMemory() {
+    platform::SetLastErrorCode(base::kNotEnoughMemory);
+    return false;
+}
+
 }  // namespace
 
 bool FileSystemUtils::HasBom(std::string_view text) {
@@ -59,22 +122,25 @@ std::string FileSystemUtils::ReadFile(const std::string& path, FileEncoding& det
 }
 
 bool FileSystemUtils::ReadFileLimited(const std::string& path, std::uint64_t mostBytes, std::string& text,
-                                      FileEncoding& detected, FileEncoding forced) {
+                                      FileEncoding& detected, FileEncoding forced) try {
     text.clear();
-    const std::uint64_t size = GetFileSizeInBytes(path);
-    std::optional<std::string> content = platform::ReadFileWithin(path, mostBytes);
-    if (!content) return false;
-    detected = DetectEncoding(*content, size);
-
+    TextReader reader(GetFileSizeInBytes(path), forced);
+    const auto add = [&](std::string_view piece, std::uint64_t expected) { reader.Add(piece, expected); };
+    if (!platform::ReadPiecesWithin(path, mostBytes, add)) return false;
+    detected = reader.Detected();
     const FileEncoding effective = forced == NOTSET ? detected : forced;
     if (!IsFileEncoding(effective)) {
         LogUnsupportedEncoding(effective, 2311);
         platform::SetLastErrorCode(base::kInvalidParameter);
         return false;
     }
-    text = Decoded(*std::move(content), effective);
+    text = reader.TakeText(effective);
     if (effective != ANSI) StripBom(text);
     return true;
+} catch (const std::bad_alloc&) {
+    return RefuseForMemory();
+} catch (const std::length_error&) {
+    return RefuseForMemory();
 }
 
 std::string FileSystemUtils::DecodeContent(std::string content, FileEncoding& detected) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -10,6 +11,22 @@ namespace quillon {
 /// FileSystemUtils::GetFileEncoding of a file's content in memory. `size` is what
 /// the system reports, which need not be the content's own.
 FileSystemUtils::FileEncoding DetectEncoding(std::string_view content, std::uint64_t size);
+
+/// Looks for a multi-byte UTF-8 sequence in a content that comes in pieces.
+class Utf8Finder {
+public:
+    void Add(std::string_view piece);
+    bool HasFound() const { return m_hasFound; }
+
+private:
+    std::size_t m_expected = 0;  ///< continuation bytes that the last lead byte still takes with it
+    bool m_fits = false;         ///< those that came are such
+    bool m_hasFound = false;
+};
+
+/// DetectEncoding() for a content in which UTF-8 was looked for while it was read.
+FileSystemUtils::FileEncoding DetectEncoding(std::string_view content, std::uint64_t size,
+                                             const Utf8Finder& utf8);
 
 /// Returns whether a file can have that encoding: false for NOTSET and for a value outside the
 /// enumeration.

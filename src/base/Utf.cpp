@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/AsciiRun.h"
+#include "base/Utf16Decoder.h"
 
 namespace quillon::base {
 
@@ -223,6 +224,26 @@ std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consume
     return narrow;
 }
 
+void SwapBytes(char16_t* units, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) units[i] = static_cast<char16_t>(units[i] << 8 | units[i] >> 8);
+}
+
+/// Puts units, up to the first invalid one, which `p` is moved to, as bytes. Returns how many those are.
+std::size_t EncodeUnits(const char16_t*& p, const char16_t* end, char* narrow) {
+    char* out = narrow;
+    while (p != end) {
+        const std::size_t run = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
+        p += run;
+        out += run;
+        while (p != end && Value(*p) >= 0x80) {
+            const std::uint32_t character = TakeUnits(p, end);
+            if (character == kInvalid) return static_cast<std::size_t>(out - narrow);
+            out = PutBytes(character, out);
+        }
+    }
+    return static_cast<std::size_t>(out - narrow);
+}
+
 template <class Unit>
 std::optional<std::string> Encode(std::basic_string_view<Unit> text) {
     std::size_t consumed = 0;
@@ -286,15 +307,42 @@ std::string RepairUtf8(std::string_view text) {
     }
 }
 
-std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {
-    std::u16string units(bytes.size() / 2, u'\0');
-    const unsigned first = bigEndian ? 8 : 0;
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        const auto byte = [&](std::size_t at) { return static_cast<unsigned>(static_cast<Byte>(bytes[at])); };
-        units[i] = static_cast<char16_t>(byte(2 * i) << first | byte(2 * i + 1) << (8 - first));
+bool Utf16Decoder::Add(std::string_view bytes, std::string& text) {
+    char16_t units[kUnits + 2];
+    auto* const raw = reinterpret_cast<char*>(units);
+    while (!m_hasFailed && !bytes.empty()) {
+        std::memcpy(raw, m_kept, sizeof m_kept);
+        const std::size_t taken = std::min(bytes.size(), 2 * kUnits);
+        std::memcpy(raw + m_keptSize, bytes.data(), taken);
+        bytes.remove_prefix(taken);
+        m_hasFailed = !AddUnits(units, m_keptSize + taken, text);
     }
-    std::size_t consumed = 0;
-    return EncodePrefix(std::u16string_view(units), consumed);
+    return !m_hasFailed;
+}
+
+bool Utf16Decoder::AddUnits(char16_t* units, std::size_t bytes, std::string& text) {
+    const std::size_t count = bytes / 2;
+    const char16_t* p = units;
+    if (m_bigEndian) SwapBytes(units, count);
+    char narrow[3 * (kUnits + 2)];
+    text.append(narrow, EncodeUnits(p, units + count, narrow));
+    const std::size_t left = count - static_cast<std::size_t>(p - units);
+    if (left > 1 || (left == 1 && !IsHighSurrogate(*p))) return false;
+    if (m_bigEndian) SwapBytes(units + count - left, left);
+    m_keptSize = 2 * left + bytes % 2;
+    std::memcpy(m_kept, p, m_keptSize);
+    return true;
+}
+
+std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {
+    constexpr std::size_t kProbe = 16 * 1024;
+    Utf16Decoder decoder(bigEndian);
+    std::string text;
+    if (!decoder.Add(bytes.substr(0, kProbe), text) || bytes.size() <= kProbe) return text;
+    // The beginning tells how much the rest will need.
+    text.reserve(text.size() * (bytes.size() / kProbe + 1) + kProbe);
+    decoder.Add(bytes.substr(kProbe), text);
+    return text;
 }
 
 std::optional<std::string> Utf8ToUtf16Bytes(std::string_view text, bool bigEndian) {

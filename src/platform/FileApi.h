@@ -83,11 +83,13 @@ bool CopyFileOver(const std::string& from, const std::string& to);
 /// or when a file that tells no size has more than 64 MiB.
 std::optional<std::string> ReadWholeFile(const std::string& path,
                                          std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
-/// The same of a file that has `most` bytes at most; base::kNotEnoughMemory when it has more.
-std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most);
-/// What ReadWholeFile() reads, one piece after the other, until `visit` returns false. False when the
+/// The same, one piece after the other, until `visit` returns false. False when the
 /// file cannot be opened or read.
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit);
+/// Visits the pieces of a file that has `most` bytes at most, and tells how many are expected in all, 0
+/// when that is not known. False also past `most` (base::kNotEnoughMemory).
+bool ReadPiecesWithin(const std::string& path, std::uint64_t most,
+                      const std::function<void(std::string_view piece, std::uint64_t expected)>& visit);
 enum class WriteMode { Truncate, Append };
 /// Writes `head`, then `body`, to a file that is made when missing. True when
 /// every byte was written and the file closed without error.

@@ -19,9 +19,15 @@ std::nullopt_t FailForMemory() {
     return std::nullopt;
 }
 
+bool RefuseForSize() {
+    SetLastErrorCode(base::kNotEnoughMemory);
+    return false;
+}
+
 std::optional<std::string> ReadAll(BoundedReader& reader) try {
     std::string content;
     content.reserve(static_cast<std::size_t>(reader.Limit()));
+    PrepareMemory(content.data(), content.capacity());
     const PieceBuffer buffer(reader.Limit());
     for (;;) {
         const auto piece = buffer.Fill(reader);
@@ -84,14 +90,21 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t 
     return ReadAll(reader);
 }
 
-std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most) {
+bool ReadPiecesWithin(const std::string& path, std::uint64_t most,
+                      const std::function<void(std::string_view, std::uint64_t)>& visit) {
     const FileHandle file = OpenForReading(path);
-    if (!file) return std::nullopt;
-    if (SizeOfOpenFile(file).value_or(0) > most) return FailForMemory();
+    if (!file) return false;
+    if (SizeOfOpenFile(file).value_or(0) > most) return RefuseForSize();
     BoundedReader reader(file, most == BoundedReader::kNoLimit ? most : most + 1);
-    auto content = ReadAll(reader);
-    if (content && content->size() > most) return FailForMemory();
-    return content;
+    const PieceBuffer buffer(reader.Limit());
+    for (std::uint64_t done = 0;;) {
+        const auto piece = buffer.Fill(reader);
+        if (!piece) return false;
+        if (piece->empty()) return true;
+        done += piece->size();
+        if (done > most) return RefuseForSize();
+        visit(*piece, reader.Limit());
+    }
 }
 
 }  // namespace quillon::platform

@@ -50,6 +50,9 @@ private:
     std::uint64_t m_done = 0;
 };
 
+/// Tells the system that memory of some size, which is not in use yet, is about to be filled.
+void PrepareMemory(void* memory, std::size_t size);
+
 /// Memory for one piece of a file at a time.
 class PieceBuffer {
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ std::wstring_view BstrText(BSTR text);
 std::optional<std::string> ExpandEnvironment(const std::string& text);
 std::optional<std::wstring> ExpandEnvironment(const std::wstring& text);
 
+/// More bytes than this LooksLikeUtf16() does not look at; an even number.
+std::size_t Utf16SampleSize();
 /// Whether bytes are likely to be little-endian UTF-16 without a byte-order mark,
 /// by a statistical test: the system's, ours elsewhere.
 bool LooksLikeUtf16(std::string_view bytes);

@@ -164,7 +164,7 @@ TEST_F(ContentTest, WritesThroughNoLink) {
 TEST_F(ContentTest, WhatItMakesBelongsToItsOwner) {
     if (kWindows) GTEST_SKIP() << "folders inherit their rights there";
     dir.Write("source/sub/a", "alpha");
-    const auto before = static_cast<::mode_t>(::umask(0));
+    const auto before = ::umask(0);
     EXPECT_THAT(Download(Line("sub\\a", "alpha")), StartsWith("0|"));
     ::umask(before);
     const auto modeOf = [&](const char* name) {

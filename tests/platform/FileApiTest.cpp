@@ -88,6 +88,13 @@ TEST_F(FileApiTest, WhatDoesNotFitIntoMemoryIsAFailure) {
     EXPECT_EQ(LastError(), 8u);
 }
 
+std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most) {
+    std::string content;
+    const bool isRead =
+        ReadPiecesWithin(path, most, [&](std::string_view piece, std::uint64_t) { content += piece; });
+    return isRead ? std::optional(content) : std::nullopt;
+}
+
 TEST_F(FileApiTest, AFileIsReadWithinALimit) {
     const std::string path = dir.Write("file", "12345");
     EXPECT_EQ(ReadFileWithin(path, 5), "12345");

@@ -84,6 +84,8 @@ Counts CountUnits(std::string_view bytes) {
 
 }  // namespace
 
+std::size_t Utf16SampleSize() { return kSampleSize; }
+
 bool LooksLikeUtf16(std::string_view bytes) {
     if (bytes.size() > kSampleSize) {
         // A sample must not end inside a surrogate pair.

@@ -50,6 +50,8 @@ FileHandle OpenForReading(const std::string& path) {
                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN | kNoImpersonation, nullptr)));
 }
 
+void PrepareMemory(void*, std::size_t) {}
+
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size) {
     DWORD count = 0;
     if (::ReadFile(file.Get(), buffer, OneTransfer(size), &count, nullptr) == 0) return std::nullopt;

@@ -55,9 +55,11 @@ std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {
     return ExpandWith(::ExpandEnvironmentStringsW, text);
 }
 
+std::size_t Utf16SampleSize() { return std::size_t{1} << 30; }
+
 bool LooksLikeUtf16(std::string_view bytes) {
-    constexpr std::size_t kSample = 1 << 30;
-    return ::IsTextUnicode(bytes.data(), static_cast<int>(std::min(bytes.size(), kSample)), nullptr) != 0;
+    const std::size_t size = std::min(bytes.size(), Utf16SampleSize());
+    return ::IsTextUnicode(bytes.data(), static_cast<int>(size), nullptr) != 0;
 }
 
 }  // namespace quillon::platform
