@@ -29,7 +29,7 @@ std::string DatabaseFolderOf(const RunCommand& command) {
 int Execute(const RunCommand& command, Output& output) {
     const AgentConfiguration configuration = Configure(command);
     LogSettings log = command.log;
-    if (!command.configuration.empty() && !log.level)
+    if (configuration.IsLoggingLevelGiven() && !log.level)
         log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
     const Host host(log, DatabaseFolderOf(command), configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
@@ -54,6 +54,7 @@ int Execute(const UsageMessage& message, Output& output) {
 }
 
 int Main(int argc, char** argv) {
+    SecureStandardStreams();
     Output output;
     const CommandLine commandLine = ParseCommandLine(GetArguments(argc, argv));
     return std::visit([&output](const auto& command) { return Execute(command, output); }, commandLine);

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -176,12 +177,14 @@ bool WriteToOutput(ICLogger::Level level, std::string_view text) {
     return output.Write(std::to_string(platform::CurrentThreadId()), NameOf(level), text);
 }
 
-/// log4cplus starts threads when it is loaded, for asynchronous appenders that nobody has asked for yet.
+/// log4cplus starts threads when it is loaded, for asynchronous appenders that nobody has asked for yet. On
+/// Windows it is built without them, and little may be done there while a library is loaded.
 const bool threadsEnded = [] {
-    if (log4cplus::Logger::getCurrentLoggers().empty() &&
+    constexpr bool isLinux = std::filesystem::path::preferred_separator == '/';
+    if (isLinux && log4cplus::Logger::getCurrentLoggers().empty() &&
         log4cplus::Logger::getRoot().getAllAppenders().empty())
         log4cplus::deinitialize();
-    return true;
+    return isLinux;
 }();
 
 }  // namespace

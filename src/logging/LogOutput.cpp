@@ -40,11 +40,12 @@ private:
     LogOutput& m_output;
 };
 
-LogOutput::LogOutput(std::function<void()> report, std::function<void(const std::string&)> complain)
-    : m_hooks{std::move(report), std::move(complain), &MakeNote} {}
+LogOutput::LogOutput(std::function<void()> report, std::function<void(const std::string&)> complain,
+                     RollingFile::Limits limits)
+    : m_hooks{std::move(report), std::move(complain), &MakeNote}, m_limits(limits) {}
 
 void LogOutput::OpenFile(const std::string& path) {
-    auto file = std::make_shared<RollingFile>(path, m_hooks);
+    auto file = std::make_shared<RollingFile>(path, m_hooks, m_limits);
     const std::lock_guard lock(m_mutex);
     m_file.swap(file);
     m_hasFile = true;

@@ -21,7 +21,8 @@ namespace quillon {
 class LogOutput {
 public:
     /// `report` and `complain` are what RollingFile::Hooks says.
-    LogOutput(std::function<void()> report, std::function<void(const std::string&)> complain);
+    LogOutput(std::function<void()> report, std::function<void(const std::string&)> complain,
+              RollingFile::Limits limits = {});
 
     /// Changes to another file: the new one is open before the old one is closed, and no line falls between
     /// them. A line that is being written still goes to the old one.
@@ -54,6 +55,7 @@ private:
     void Put(RollingFile* file, std::string_view line, std::int64_t second) noexcept;
 
     const RollingFile::Hooks m_hooks;
+    const RollingFile::Limits m_limits;
     RenewableMutex m_mutex;
     int m_depth = 0;  ///< of lines that are being written, one within the other
     std::atomic<std::thread::id> m_writer{};

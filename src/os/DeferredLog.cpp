@@ -1,20 +1,9 @@
 #include "os/DeferredLog.h"
 
 #include "quillon/StringUtils.h"
+#include "quillon/detail/EntryOperation.h"
 
 namespace quillon {
-
-namespace {
-
-using Operation = void (ICLogger::*)(const char* format, ...);
-
-Operation OperationOf(ICLogger::Level level) {
-    constexpr Operation kOperations[] = {&ICLogger::Trace, &ICLogger::Debug, &ICLogger::Info,
-                                         &ICLogger::Warn,  &ICLogger::Error, &ICLogger::Fatal};
-    return kOperations[level];
-}
-
-}  // namespace
 
 DeferredLog::~DeferredLog() = default;
 
@@ -23,7 +12,7 @@ void DeferredLog::WriteTo(ICLogger* logger) noexcept {
     if (logger == nullptr) return;
     for (const auto& [level, text] : entries) {
         try {
-            (logger->*OperationOf(level))("%s", text.c_str());
+            (logger->*detail::OperationOf(level))("%s", text.c_str());
         } catch (...) {  // the host's own logger; the entries that follow are none of its business
         }
     }

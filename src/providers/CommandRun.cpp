@@ -10,6 +10,7 @@
 #include "quillon/DestructorFunctor.h"
 #include "quillon/IShutdownMonitor.h"
 #include "quillon/IShutdownNotifier.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -81,7 +82,8 @@ private:
 };
 
 int CommandWatch::Run(const ThreadStarter& start) {
-    const char* const command = m_props->command.c_str();
+    const std::string shown = LogText::OneLine(m_props->command);
+    const char* const command = shown.c_str();
     m_synch->abort = platform::CreateAutoResetEvent();
     if (!m_synch->abort) {
         m_logger.Error("Cannot create shutdown event for command '%s' because: %s", command,
@@ -119,7 +121,7 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
     const End end = Watch();
     const bool isFinal = Leave(worker, end);
     if (end == End::Aborted) {
-        m_logger.Info("Aborting command due to shutdown: '%s'", m_props->command.c_str());
+        m_logger.Info("Aborting command due to shutdown: '%s'", LogText::OneLine(m_props->command).c_str());
         return ProcessUtils::kAborted;
     }
     if (!isFinal) return ProcessUtils::kTimedOut;
@@ -177,17 +179,17 @@ bool CommandWatch::HasEnded() {
 
 void CommandWatch::LogCompleted() {
     if (m_props->timeoutSecs != 0) {
-        m_logger.Debug("Command '%s' has completed within %i seconds", m_props->command.c_str(),
-                       m_props->timeoutSecs);
+        m_logger.Debug("Command '%s' has completed within %i seconds",
+                       LogText::OneLine(m_props->command).c_str(), m_props->timeoutSecs);
     } else {
-        m_logger.Debug("Command '%s' has completed", m_props->command.c_str());
+        m_logger.Debug("Command '%s' has completed", LogText::OneLine(m_props->command).c_str());
     }
 }
 
 /// Returns whether the worker has ended; otherwise it is detached and goes on by itself.
 bool CommandWatch::Leave(std::thread& worker, End end) {
     if (end == End::TimedOut) {
-        m_logger.Info("Command '%s' timed out after %i seconds", m_props->command.c_str(),
+        m_logger.Info("Command '%s' timed out after %i seconds", LogText::OneLine(m_props->command).c_str(),
                       m_props->timeoutSecs);
     }
     if (end == End::Completed || Kill()) {

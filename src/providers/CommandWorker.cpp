@@ -7,6 +7,7 @@
 #include "platform/ErrorText.h"
 #include "providers/CommandOutput.h"
 #include "providers/CommandRun.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -71,7 +72,7 @@ private:
 };
 
 int CommandWorker::Run() {
-    m_logger.Debug("Running '%s'", m_props.command.c_str());
+    m_logger.Debug("Running '%s'", LogText::OneLine(m_props.command).c_str());
     int code = Execute();
     if (m_props.captureOutput) code = CollectOutput(code);
     if (m_props.outputTable.Empty()) SetOutputColumns(m_props.outputAsLines, m_props.outputTable);
@@ -79,7 +80,8 @@ int CommandWorker::Run() {
 }
 
 void CommandWorker::LogFailure(const char* format) {
-    m_logger.Error(format, m_props.command.c_str(), StringUtils::GetLastErrorAsString().c_str());
+    m_logger.Error(format, LogText::OneLine(m_props.command).c_str(),
+                   StringUtils::GetLastErrorAsString().c_str());
 }
 
 int CommandWorker::Execute() {
@@ -162,7 +164,7 @@ int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t w
             return ProcessUtils::kNotRun;
         default:
             m_logger.Error("Wait for events when monitoring command '%s' unexpectedly returned %lu",
-                           m_props.command.c_str(), static_cast<unsigned long>(waitResult));
+                           LogText::OneLine(m_props.command).c_str(), static_cast<unsigned long>(waitResult));
             return ProcessUtils::kNotRun;
     }
 }
@@ -171,7 +173,8 @@ int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t w
 void CommandWorker::EndFlood() {
     if (m_isFlood && !m_endsFlood) return;
     if (!m_isFlood) {
-        m_logger.Warn("Command '%s' has written more than %llu bytes", m_props.command.c_str(),
+        m_logger.Warn("Command '%s' has written more than %llu bytes",
+                      LogText::OneLine(m_props.command).c_str(),
                       static_cast<unsigned long long>(m_props.maxOutputBytes));
     }
     m_isFlood = true;
@@ -208,7 +211,8 @@ int CommandWorker::ReportLoss(std::uint32_t reason, int code) {
 /// A logger of the host may throw as well.
 void LogException(const ProcessUtils::CmdProperties& props, const char* what) noexcept {
     try {
-        LoggerOf(props).Error("Cannot run command '%s' because: %s", props.command.c_str(), what);
+        LoggerOf(props).Error("Cannot run command '%s' because: %s", LogText::OneLine(props.command).c_str(),
+                              what);
     } catch (...) {
     }
 }

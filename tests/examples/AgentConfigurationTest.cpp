@@ -68,6 +68,10 @@ TEST(AgentConfiguration, NamesEveryFaultWithItsKeyAndLine) {
           "line 2: 'modules' must be an object"}},
         {"{\"backgroundChannelUrls\": [\n\"https://h/\",\n\"ftp://h/\"]}",
          {"line 3: 'backgroundChannelUrls[1]' must be a URL of http or https"}},
+        {"{\"backgroundChannelUrls\": [\"http://h:99999999999/\", \"http://h\\u0000/\", \"http://h:65536\"]}",
+         {"line 1: 'backgroundChannelUrls[0]' must be a URL of http or https",
+          "line 1: 'backgroundChannelUrls[1]' must be a URL of http or https",
+          "line 1: 'backgroundChannelUrls[2]' must be a URL of http or https"}},
         // names that look like places
         {"{\"switches[].host\": \"h\"}", {"line 1: 'switches[].host' is no setting"}},
         {"{\"switches[]\": {}}", {"line 1: 'switches[]' is no setting"}},
@@ -106,6 +110,7 @@ TEST(AgentConfiguration, IsCheckedBeforeTheAgentStarts) {
     EXPECT_THAT(run("bad.json").errors, HasSubstr("bad.json: line 2: 'ssl' must be"));
     dir.Write("good.json", "{\"loggingLevel\": \"trace\"}");
     EXPECT_EQ(run("good.json").exitCode, 0);
+    EXPECT_EQ(RunAgent({"run", "System.Echo", "text=x", "--config="}).exitCode, 2);
 }
 
 }  // namespace quillon::test

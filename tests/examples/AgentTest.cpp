@@ -124,6 +124,32 @@ TEST(Agent, LogsToTheFileAndStandardErrorButNeverIntoTheTable) {
     EXPECT_THAT(entries.at(1), StartsWith("INFO  - Quillon Client v1.0.0.0 on "));
 }
 
+TEST(Agent, LogIsAtInfoUnlessTheConfigurationSaysOtherwise) {
+    const TempDir dir;
+    dir.Write("silent.json", "{}");
+    dir.Write("warn.json", R"({"loggingLevel": "warn"})");
+    for (const std::string name : {"silent", "warn"}) {
+        const std::string log = dir.Native(name).string();
+        EXPECT_EQ(
+            RunAgent({"run", "System.Echo", "text=x", "--log", log, "--config", log + ".json"}).exitCode, 0);
+    }
+    EXPECT_THAT(dir.Read("silent"), HasSubstr("INFO  - Quillon Client"));
+    EXPECT_EQ(dir.Read("warn"), "");
+}
+
+TEST(Agent, LogMayBeJsonAndEndsTheAgentWhenItCannotBeOpened) {
+    const TempDir dir;
+    const AgentRun run = RunAgent(
+        {"run", "System.Echo", "text=x", "--log-format", "json", "--log", dir.Native("log").string()});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(LinesOf(dir.Read("log")),
+                testing::Each(AllOf(StartsWith("{\"time\":\""), testing::EndsWith("\"}"))));
+    const AgentRun refused = RunAgent({"run", "System.Echo", "text=x", "--log", dir.Native().string()});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.errors, AllOf(HasSubstr("Cannot open the log '"), HasSubstr("': ")));
+    EXPECT_EQ(refused.output, "");
+}
+
 TEST(Agent, WithoutALogFileOnlyWarningsReachStandardError) {
     EXPECT_THAT(RunMethod("Run", {"command=no-such-program"}).errors,
                 StartsWith("ERROR Could not run command 'no-such-program' because: "));

@@ -28,11 +28,15 @@ const Choices<Format> kTableFormats = {{"text", Format::Text}, {"json", Format::
 const Choices<ICLogger::Level> kLevels = {
     {"trace", ICLogger::Level::Trace}, {"debug", ICLogger::Level::Debug}, {"info", ICLogger::Level::Info},
     {"warn", ICLogger::Level::Warn},   {"error", ICLogger::Level::Error}, {"fatal", ICLogger::Level::Fatal}};
+const Choices<LogFormat> kLogFormats = {{"text", LogFormat::Text}, {"json", LogFormat::Json}};
+const Choices<SystemLog> kSystemLogs = {{"journal", SystemLog::Journal}, {"eventlog", SystemLog::EventLog}};
 
 std::string CheckArgument(const std::string& argument) {
     if (argument.find('=') != std::string::npos) return {};
     return "'" + argument + "' is not of the form name=value";
 }
+
+std::string CheckFileName(const std::string& name) { return name.empty() ? "a file name is needed" : ""; }
 
 /// Adds an option whose value is one of the choices' names, in any case.
 template <class T, class Target>
@@ -58,10 +62,15 @@ CLI::App* AddRun(CLI::App& app, RunCommand& command) {
         ->check(CheckArgument)
         ->type_name("name=value");
     AddChoice(*run, "--format", command.format, kTableFormats, "Form of the table (default text)");
-    run->add_option("--log", command.log.file, "Log to this file, and to standard error")->type_name("FILE");
+    run->add_option("--log", command.log.file, "Log to this file, and to standard error")
+        ->check(CheckFileName)
+        ->type_name("FILE");
+    AddChoice(*run, "--log-format", command.log.format, kLogFormats, "Form of its lines (default text)");
+    AddChoice(*run, "--log-to", command.log.systemLog, kSystemLogs, "Log to this log of the system as well");
     AddChoice(*run, "--level", command.log.level, kLevels,
               "Lowest level to log (default: the configuration's; info with --log, else warn)");
     run->add_option("--config", command.configuration, "Settings of the agent, a JSON file")
+        ->check(CheckFileName)
         ->type_name("FILE");
     run->add_option("--data", command.data, "Keep the databases below this directory, not the agent's own")
         ->type_name("FOLDER");

@@ -26,6 +26,8 @@ public:
     int GetAuthenticationPolicy() const override { return m_settings.authenticationPolicy; }
     const char* GetCrlChecks() const override { return m_settings.crlChecks.c_str(); }
     int GetLoggingLevel() const override { return m_settings.loggingLevel; }
+    /// Returns whether the file sets the level, which otherwise depends on where the log goes.
+    bool IsLoggingLevelGiven() const { return m_settings.isLoggingLevelGiven; }
     int GetSsl() const override { return m_settings.ssl; }
     void GetModuleSettings(const std::string& module,
                            std::map<std::string, std::string>& settings) const override;

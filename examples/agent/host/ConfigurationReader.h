@@ -19,6 +19,7 @@ struct AgentSettings {
     int authenticationPolicy = 2;
     std::string crlChecks = "hard";
     int loggingLevel = 3;
+    bool isLoggingLevelGiven = false;
     int ssl = 1;
     bool encryptDb = true;
     bool ignoreCertificateValidationErrors = false;

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "modules/Arguments.h"
+#include "quillon/LogText.h"
 #include "quillon/LoggerUtils.h"
 #include "quillon/MethodMetadataBuilder.h"
 #include "quillon/PathUtils.h"
@@ -72,7 +73,8 @@ InvocationResult Host::Run(const std::string& method, const std::vector<std::str
         if (ReadParameters(arguments, *found->metadata, parameters, result)) found->run(parameters, result);
         return result;
     } catch (const std::exception& error) {
-        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(), error.what());
+        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(),
+                                               LogText::OneLine(error.what()).c_str());
         return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + error.what());
     }
 }

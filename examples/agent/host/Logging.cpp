@@ -1,12 +1,23 @@
 #include "host/Logging.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
 
 #include "quillon/CLogger.h"
+#include "quillon/JsonLinesLogger.h"
+#include "quillon/SystemLoggers.h"
+#include "quillon/TeeLogger.h"
+#include "system/Console.h"
 
 namespace quillon::agent {
 
 namespace {
+
+constexpr const char* kName = "quillon-agent";
 
 const char* LevelName(ICLogger::Level level) {
     static const char* const names[] = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
@@ -18,22 +29,66 @@ void WriteToStandardError(ICLogger::Level level, const std::string& text) {
     std::fprintf(stderr, "%-5s %s\n", LevelName(level), text.c_str());
 }
 
+/// The loggers besides the process-wide one. Never destroyed: a thread may log while the process ends.
+struct Loggers {
+    std::unique_ptr<ICLogger> json, systemLog, tee;
+};
+
+Loggers& TheLoggers() {
+    static Loggers& loggers = *new Loggers;
+    return loggers;
+}
+
+/// Makes the file, so that a log that cannot be written ends the agent before it does anything.
+void CheckFile(const std::string& file) {
+    std::FILE* const stream = OpenToAppend(file);
+    if (stream == nullptr) {
+        const std::string reason = std::generic_category().message(errno);
+        throw std::runtime_error("Cannot open the log '" + file + "': " + reason);
+    }
+    std::fclose(stream);
+}
+
+ICLogger* StartFileLog(const LogSettings& settings, ICLogger::Level level) {
+    CheckFile(settings.file);
+    if (settings.format == LogFormat::Text) {
+        CLogger::GetInstance()->InitializeLogging(settings.file.c_str(), level);
+        return CLogger::GetInstance();
+    }
+    TheLoggers().json = std::make_unique<JsonLinesLogger>();
+    TheLoggers().json->InitializeLogging(settings.file.c_str(), level);
+    return TheLoggers().json.get();
+}
+
+ICLogger* StartErrorLog(ICLogger::Level level) {
+    ICLogger* const logger = CLogger::SetLoggingCallback(&WriteToStandardError);
+    logger->SetLevel(level);
+    return logger;
+}
+
+std::unique_ptr<ICLogger> MakeSystemLog(SystemLog log) {
+    if (log == SystemLog::Journal) return std::make_unique<JournalLogger>(kName);
+    return std::make_unique<EventLogLogger>(kName);
+}
+
 }  // namespace
 
 ICLogger* StartLogging(const LogSettings& settings) {
-    if (settings.file.empty()) {
-        ICLogger* const logger = CLogger::SetLoggingCallback(&WriteToStandardError);
-        logger->SetLevel(settings.level.value_or(ICLogger::Level::Warn));
-        return logger;
-    }
-    ICLogger* const logger = CLogger::GetInstance();
-    logger->InitializeLogging(settings.file.c_str(), settings.level.value_or(ICLogger::Level::Info));
-    return logger;
+    const bool hasFile = !settings.file.empty();
+    const auto level = settings.level.value_or(hasFile ? ICLogger::Level::Info : ICLogger::Level::Warn);
+    ICLogger* const logger = hasFile ? StartFileLog(settings, level) : StartErrorLog(level);
+    if (settings.systemLog == SystemLog::None) return logger;
+    Loggers& loggers = TheLoggers();
+    loggers.systemLog = MakeSystemLog(settings.systemLog);
+    loggers.systemLog->SetLevel(level);
+    loggers.tee = std::make_unique<TeeLogger>(std::vector<ICLogger*>{logger, loggers.systemLog.get()});
+    return loggers.tee.get();
 }
 
 void EndLogging() {
     CLogger::GetInstance()->StopLogging();
     CLogger::ReleaseInstance();
+    TheLoggers() = {};
 }
 
 }  // namespace quillon::agent

@@ -44,9 +44,15 @@ const char* StorePort(Settings& settings, const Place&, const Value& value) {
     return kStored;
 }
 
+bool IsGoodUrl(const std::string& text) {
+    if (text.find('\0') != std::string::npos) return false;
+    const Url url = Url::Parse(text);
+    return url.IsValid() && url.Port() <= kLastPort;
+}
+
 const char* StoreUrl(Settings& settings, const Place&, const Value& value) {
     const auto* const url = std::get_if<std::string>(&value);
-    if (url == nullptr || !Url::Parse(*url).IsValid()) return "a URL of http or https";
+    if (url == nullptr || !IsGoodUrl(*url)) return "a URL of http or https";
     settings.backgroundChannelUrls.push_back(*url);
     return kStored;
 }
@@ -68,6 +74,11 @@ const char* StoreLevel(Settings& settings, const Place&, const Value& value) {
     static const char* const names[] = {"trace", "debug", "info", "warn", "error", "fatal"};
     return StoreChoice(value, names, "\"trace\", \"debug\", \"info\", \"warn\", \"error\" or \"fatal\"",
                        settings.loggingLevel);
+}
+
+const char* StoreGivenLevel(Settings& settings, const Place& place, const Value& value) {
+    settings.isLoggingLevelGiven = true;
+    return StoreLevel(settings, place, value);
 }
 
 const char* StoreSsl(Settings& settings, const Place&, const Value& value) {
@@ -103,7 +114,7 @@ const SettingRule* FindSettingRule(std::string_view pattern) {
         {"backgroundChannelUrls[]", Kind::Scalar, &StoreUrl},
         {"authenticationPolicy", Kind::Scalar, &StoreAuthentication},
         {"crlChecks", Kind::Scalar, &StoreCrlChecks},
-        {"loggingLevel", Kind::Scalar, &StoreLevel},
+        {"loggingLevel", Kind::Scalar, &StoreGivenLevel},
         {"ssl", Kind::Scalar, &StoreSsl},
         {"encryptDb", Kind::Scalar, &StoreFlag<&Settings::encryptDb>},
         {"ignoreCertificateValidationErrors", Kind::Scalar,

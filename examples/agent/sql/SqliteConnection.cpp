@@ -4,6 +4,7 @@
 
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
@@ -149,7 +150,8 @@ void SqliteConnection::LogFailure(std::string_view sql) const {
 
 void SqliteConnection::LogError(const std::string& text, std::string_view sql) const {
     if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
-        logger->Error("Database '%s': %s (%s)", m_name.c_str(), text.c_str(), Shortened(sql).c_str());
+        logger->Error("Database '%s': %s (%s)", LogText::OneLine(m_name).c_str(),
+                      LogText::OneLine(text).c_str(), LogText::OneLine(Shortened(sql)).c_str());
 }
 
 SqliteSavepoint::SqliteSavepoint(const SqliteConnection& connection)

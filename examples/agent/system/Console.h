@@ -13,6 +13,13 @@ namespace quillon::agent {
 /// The arguments after the program's name, in UTF-8 whatever the system's code page.
 std::vector<std::string> GetArguments(int argc, char** argv);
 
+/// Opens the null device in place of each standard stream that the process was started without, so that no
+/// other file takes its place, and has the process ignore that nobody reads its output.
+void SecureStandardStreams();
+
+/// Opens a file of a UTF-8 name for appending. Null on failure, see errno. The caller closes the stream.
+std::FILE* OpenToAppend(const std::string& file);
+
 /// Takes the process's standard output away from everybody else: the stream
 /// returned writes there, byte for byte, and is not inherited by child processes;
 /// what the process writes to its standard output from now on goes to standard

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "support/posix/FailingCalls.h"
+#include "support/posix/RefusedCalls.h"
 
 namespace quillon::test {
 
@@ -25,6 +26,9 @@ bool Fails() {
     return true;
 }
 
+/// Whether the call fails by its number, or because calls of its kind are refused.
+bool Fails(RefusedCalls::Call call, int code) { return Fails() || RefuseCall(call, code); }
+
 bool MakesFile(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
 
 }  // namespace
@@ -33,6 +37,9 @@ bool MakesFile(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE)
 
 using quillon::test::Fails;
 using quillon::test::MakesFile;
+using quillon::test::RefuseCall;
+using quillon::test::RefusedCalls;
+using quillon::test::TheRefusedCalls;
 using quillon::test::ThisThreadsFileCalls;
 
 // The linker's option --wrap gives these names to the callers and the real functions their own.
@@ -48,6 +55,8 @@ int __real_renameat2(int fromFolder, const char* from, int toFolder, const char*
 int __real_mkdir(const char* path, mode_t mode);
 int __real_mkdirat(int folder, const char* path, mode_t mode);
 int __real_fdatasync(int file);
+int __real_fstat(int file, struct ::stat* status);
+int __real_fcntl(int file, int command, ...);
 
 int __wrap_open(const char* path, int flags, ...) {
     mode_t mode = 0;
@@ -55,10 +64,12 @@ int __wrap_open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     if (MakesFile(flags)) mode = va_arg(arguments, mode_t);
     va_end(arguments);
-    return Fails() ? -1 : __real_open(path, flags, mode);
+    return Fails(RefusedCalls::Open, EMFILE) ? -1 : __real_open(path, flags, mode);
 }
 
-int __wrap___open_2(const char* path, int flags) { return Fails() ? -1 : __real_open(path, flags, 0); }
+int __wrap___open_2(const char* path, int flags) {
+    return Fails(RefusedCalls::Open, EMFILE) ? -1 : __real_open(path, flags, 0);
+}
 
 int __wrap_openat(int folder, const char* path, int flags, ...) {
     mode_t mode = 0;
@@ -66,15 +77,18 @@ int __wrap_openat(int folder, const char* path, int flags, ...) {
     va_start(arguments, flags);
     if (MakesFile(flags)) mode = va_arg(arguments, mode_t);
     va_end(arguments);
-    return Fails() ? -1 : __real_openat(folder, path, flags, mode);
+    return Fails(RefusedCalls::Open, EMFILE) ? -1 : __real_openat(folder, path, flags, mode);
 }
 
 int __wrap___openat_2(int folder, const char* path, int flags) {
-    return Fails() ? -1 : __real_openat(folder, path, flags, 0);
+    return Fails(RefusedCalls::Open, EMFILE) ? -1 : __real_openat(folder, path, flags, 0);
 }
 
 ssize_t __wrap_write(int file, const void* bytes, std::size_t count) {
-    if (Fails()) return -1;
+    if (file <= STDERR_FILENO) return __real_write(file, bytes, count);
+    if (Fails(RefusedCalls::Write, ENOSPC)) return -1;
+    if (TheRefusedCalls().IsRefused(RefusedCalls::ShortWrite))
+        return __real_write(file, bytes, (count + 1) / 2);
     return __real_write(file, bytes, ThisThreadsFileCalls().writesHalf && count > 1 ? count / 2 : count);
 }
 
@@ -87,13 +101,23 @@ int __wrap_renameat(int fromFolder, const char* from, int toFolder, const char* 
 }
 
 int __wrap_renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) {
-    return Fails() ? -1 : __real_renameat2(fromFolder, from, toFolder, to, flags);
+    return Fails(RefusedCalls::Rename, EACCES) ? -1 : __real_renameat2(fromFolder, from, toFolder, to, flags);
 }
 
-int __wrap_mkdir(const char* path, mode_t mode) { return Fails() ? -1 : __real_mkdir(path, mode); }
+int __wrap_mkdir(const char* path, mode_t mode) {
+    return Fails(RefusedCalls::MakeDirectory, EACCES) ? -1 : __real_mkdir(path, mode);
+}
 
 int __wrap_mkdirat(int folder, const char* path, mode_t mode) {
     return Fails() ? -1 : __real_mkdirat(folder, path, mode);
+}
+
+int __wrap_fstat(int file, struct ::stat* status) {
+    return RefuseCall(RefusedCalls::Stat, EIO) ? -1 : __real_fstat(file, status);
+}
+
+int __wrap_fcntl(int file, int command, long argument) {
+    return RefuseCall(RefusedCalls::Control, EINVAL) ? -1 : __real_fcntl(file, command, argument);
 }
 
 int __wrap_fdatasync(int file) { return Fails() ? -1 : __real_fdatasync(file); }

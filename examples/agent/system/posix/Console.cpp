@@ -3,7 +3,10 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include "quillon/PathUtils.h"
 
 namespace quillon::agent {
 
@@ -25,6 +28,22 @@ extern "C" void HandleSignal(int number) {
 
 std::vector<std::string> GetArguments(int argc, char** argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
+void SecureStandardStreams() {
+    ::signal(SIGPIPE, [](int) {});  // a signal that is ignored would stay so in commands
+    int opened = 0;
+    do {  // the lowest free descriptor is taken
+        opened = ::open("/dev/null", O_RDWR);
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened > STDERR_FILENO) ::close(opened);
+}
+
+std::FILE* OpenToAppend(const std::string& file) {
+    const int descriptor = ::open(PathUtils::ToSystemPath(file).c_str(),
+                                  O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
+                                  S_IRUSR | S_IWUSR | S_IRGRP);
+    return descriptor < 0 ? nullptr : ::fdopen(descriptor, "a");
 }
 
 std::FILE* TakeStandardOutput() {

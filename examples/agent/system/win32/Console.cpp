@@ -50,6 +50,18 @@ std::vector<std::string> GetArguments(int, char**) {
     return arguments;
 }
 
+void SecureStandardStreams() {
+    int opened = 0;
+    do {  // the lowest free descriptor is taken
+        opened = ::_open("NUL", _O_RDWR);
+    } while (opened >= 0 && opened <= 2);
+    if (opened > 2) ::_close(opened);
+}
+
+std::FILE* OpenToAppend(const std::string& file) {
+    return ::_wfopen(StringUtils::NarrowStringToWide(file).c_str(), L"ab");
+}
+
 std::FILE* TakeStandardOutput() {
     const int taken = ::_dup(::_fileno(stdout));
     if (taken < 0) return nullptr;
