@@ -19,7 +19,7 @@ void DescribeWmi(IMethodMetadataBuilder& builder) {
         .OptionalValue(WmiCall::kDefaultNamespace)
         .BindParameter()
         .CreateParameter("deadline", typeid(long long))
-        .Description("Seconds to wait for the objects of the query; 0 for no limit.")
+        .Description("Seconds that connecting, and then the operation, may take; 0 for no limit.")
         .OptionalValue(0)
         .BindParameter();
 }
