@@ -1,5 +1,5 @@
 set debuginfod enabled off
-break main.cpp:18
+break main.cpp:19
 run
 print unnamed
 print time

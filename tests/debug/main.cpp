@@ -8,8 +8,9 @@
 int main() {
     const quillon::Variant unnamed("text");
     const quillon::TimePoint time = quillon::TimePoint() + std::chrono::milliseconds(1500);
-    const quillon::VariantList row = {{"Name", "disk"},   {"Path", std::string(40, 'x')}, {"Size", 42},
-                                      {"Full", false},    {"Ratio", 0.5},                 {"None", nullptr},
+    const quillon::VariantList row = {{"Name", "disk"}, {"Path", std::string(40, 'x')},
+                                      {"Size", 42},     {"Full", false},
+                                      {"Ratio", 0.5},   {"None", nullptr},
                                       {"a-time", time}};
     const quillon::VariantList empty;
     const quillon::DataTable table(row, quillon::VariantList{{"Name", "second"}});
