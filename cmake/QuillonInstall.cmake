@@ -1,4 +1,4 @@
-# Headers, library, CMake package and pkg-config file.
+# Headers, library, CMake package, pkg-config file and what debuggers show values with.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS quillon EXPORT quillonTargets
@@ -6,6 +6,9 @@ install(TARGETS quillon EXPORT quillonTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/quillon DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+install(FILES resources/debug/quillon_gdb.py resources/debug/quillon.natvis
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/quillon)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quillon)
 install(EXPORT quillonTargets NAMESPACE quillon:: DESTINATION ${package_dir})
