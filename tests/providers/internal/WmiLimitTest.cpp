@@ -88,7 +88,8 @@ TEST_F(WmiLimitTest, AProviderThatNeverReturnsCostsAThreadAndNotItsCaller) {
     };
     repository.AddClass(kNamespace, {L"Item", {{L"Name", CIM_STRING, {}}}, {L"Name"}, {}, live});
     connector.SetDeadline(1);
-    for (int n = 0; n < WmiCaller::kMostLeftBehind; ++n) {
+    // A query whose time is over before its thread has begun leaves none behind.
+    for (int n = 0; n < 10'000 && LeftBehindInMetrics() < WmiCaller::kMostLeftBehind; ++n) {
         EXPECT_FALSE(Query());
         EXPECT_EQ(connector.LastWmiErrorCode(), kTimedOut);
     }
