@@ -11,9 +11,12 @@ namespace quillon {
 /// backslashes it holds.
 ///
 /// Texts are UTF-8. What no quoting can carry throws std::invalid_argument: a NUL anywhere, a
-/// quote in a program's name, and, when the program is a batch file (.bat, .cmd), any of " % !
-/// ^ & | < > and line ends, upon which its interpreter would act. Nothing is logged. One object
-/// is used by one thread at a time.
+/// quote in a program's name, a path whose last component is nothing but dots and blanks,
+/// and, when the program is a batch file (.bat, .cmd), any of " % ! ^ & | < > and line ends, upon
+/// which its interpreter would act. What follows the switch /c of the interpreter itself (cmd)
+/// is held to the same, and to $ ` and ', upon which the shell would act that stands for it on
+/// Linux; whoever means a script writes it into CmdProperties::command. Nothing is logged. One
+/// object is used by one thread at a time.
 ///
 /// @code
 /// CommandLineBuilder line("C:\\Program Files\\tool.exe");
@@ -34,8 +37,13 @@ public:
     const std::string& Get() const;
 
 private:
+    /// Who reads the arguments.
+    enum class Reader { Program, BatchFile, Interpreter, Script };
+
+    void Check(const std::string& text) const;
+
     std::string m_commandLine;
-    bool m_isBatchFile;
+    Reader m_reader;
 };
 
 }  // namespace quillon

@@ -11,6 +11,7 @@
 #include "quillon/Export.h"
 #include "quillon/ICLogger.h"
 #include "quillon/InvocationResult.h"
+#include "quillon/TimePoint.h"
 #include "quillon/WindowsTypes.h"
 
 namespace quillon {
@@ -90,9 +91,21 @@ public:
         std::optional<std::map<std::string, std::string>> environment;
         /// Is fed to the command's standard input, which then ends; nothing: there is none.
         std::optional<std::string> standardInput;
-        std::uint32_t killGraceMs = 0;         ///< a kill asks first and waits so long; 0: it does not ask
+        /// Milliseconds that a kill gives the process after it has asked it to end: by SIGTERM,
+        /// on Windows by CTRL_BREAK to a console program of a host without a console. 0: a kill
+        /// does not ask. The code of one that ends when asked is its own.
+        std::uint32_t killGraceMs = 0;
         std::vector<std::uint32_t> survivors;  ///< out: processes that a kill could not end
-        std::shared_ptr<void> run;             ///< internal
+        /// The code page, by its Windows number, of output without a byte-order mark; 1: the
+        /// system's OEM page, in which console programs write (UTF-8 on Linux); 0: it is found
+        /// out. A page that the system does not have is an Error entry, and found out.
+        std::uint32_t outputCodePage = 0;
+        TimePoint startTime;                ///< out: of the process; the epoch without one
+        TimePoint endTime;                  ///< out: the epoch while it goes on
+        std::uint64_t cpuTimeMs = 0;        ///< out: used until the end; rounded up
+        std::uint64_t peakMemoryBytes = 0;  ///< out: 0 when the system does not tell it
+        int endingSignal = 0;               ///< out: the signal that ended it (Linux)
+        std::shared_ptr<void> run;          ///< internal
     };
 
     /// Runs a command to its end, its time-out or the host's shutdown, and blocks the caller

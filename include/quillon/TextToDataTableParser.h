@@ -11,8 +11,8 @@
 
 namespace quillon {
 
-/// Knows how far one column extends on a line. Derive from it for columns that neither of the
-/// two fields below reads; the parser calls it on the thread that parses.
+/// Knows how far one column extends on a line. Derive from it for columns that neither the two
+/// fields below nor those of TextFields.h read; the parser calls it on the thread that parses.
 class QUILLON_API IParsableField {
 public:
     /// Makes a field without state; the parser that it is given to deletes it.
@@ -72,8 +72,10 @@ public:
 
     /// Adds a column. T is std::string; long long, a decimal number with an optional sign, 0
     /// without digits, times `multiplier` unless that is 0, held at the range's end when it is
-    /// too large; or bool, true for "1" and for "true" in any case. Takes ownership of `field`,
-    /// also when it throws; a null one throws std::invalid_argument.
+    /// too large; bool, true for "1" and for "true" in any case; double, likewise multiplied; or
+    /// TimePoint, a date such as "2026-11-25" or "2026-11-25 18:03:57.5 +0100", in UTC without
+    /// a zone, where any other text gives no cell. Takes ownership of `field`, also when it
+    /// throws; a null one throws std::invalid_argument.
     template <class T>
     void AddField(const std::string& name, IParsableField* field, long long multiplier);
 

@@ -8,6 +8,7 @@
 
 #include "base/ErrorCodes.h"
 #include "base/Utf.h"
+#include "platform/CodePageApi.h"
 #include "platform/ErrorText.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ProcessUtils.h"
@@ -27,6 +28,11 @@ void TrimCutCharacter(std::string& text) {
     constexpr std::size_t kLongestCut = 3;
     const std::size_t invalid = base::FindInvalidUtf8(text);
     if (invalid != std::string::npos && text.size() - invalid <= kLongestCut) text.resize(invalid);
+}
+
+bool HasByteOrderMark(std::string_view bytes) {
+    return bytes.starts_with("\xEF\xBB\xBF") || bytes.starts_with("\xFF\xFE") ||
+           bytes.starts_with("\xFE\xFF");
 }
 
 void AddLineRows(std::string_view text, int exitCode, DataTable& table) {
@@ -78,10 +84,18 @@ void CommandOutput::Keep(std::string_view piece) {
     }
 }
 
-std::string CommandOutput::TakeText() {
+std::string CommandOutput::Decode(std::uint32_t& codePage) {
     auto encoding = FileSystemUtils::NOTSET;
-    std::string text = FileSystemUtils::DecodeContent(std::move(m_bytes), encoding);
-    m_bytes.clear();
+    if (codePage != 0 && !HasByteOrderMark(m_bytes)) {
+        if (auto text = platform::CodePageToUtf8(m_bytes, codePage)) return *std::move(text);
+        codePage = 0;
+    }
+    return FileSystemUtils::DecodeContent(std::move(m_bytes), encoding);
+}
+
+std::string CommandOutput::TakeText(std::uint32_t& codePage) {
+    std::string text = Decode(codePage);
+    m_bytes = std::string();
     if (IsPastLimit()) TrimCutCharacter(text);
     StringUtils::RightTrim(text);
     return text;

@@ -30,11 +30,13 @@ public:
     [[nodiscard]] std::uint32_t Fault() const { return m_fault; }
     /// The number of bytes kept.
     [[nodiscard]] std::uint64_t Size() const { return m_bytes.size(); }
-    /// Returns the text in UTF-8, without trailing white space, and forgets it.
-    std::string TakeText();
+    /// Returns the text in UTF-8, without trailing white space, and forgets it. `codePage` as in the
+    /// properties; it is reset when the system does not have it, see LastError().
+    std::string TakeText(std::uint32_t& codePage);
 
 private:
     void Keep(std::string_view piece);
+    std::string Decode(std::uint32_t& codePage);
 
     platform::OutputCapture m_capture;
     std::uint64_t m_limit;

@@ -1,4 +1,5 @@
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <optional>
 
@@ -57,6 +58,7 @@ private:
     bool Publish(const tRunCmdSynch::Process& process);
     int AwaitEnd(const platform::ChildProcess& process);
     int CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult);
+    void ReportUsage(const platform::ChildProcess& process);
     void EndFlood();
     int CollectOutput(int code);
     int ReportLoss(std::uint32_t reason, int code);
@@ -95,6 +97,7 @@ int CommandWorker::Execute() {
         LogFailure("Could not run command '%s' because: %s");
         return ProcessUtils::kNotStarted;
     }
+    m_props.startTime = std::chrono::time_point_cast<TimePoint::duration>(std::chrono::system_clock::now());
     const auto process = std::make_shared<const platform::ChildProcess>(*std::move(started));
     m_output.Capture().CloseChildEnd();
     if (Publish(process)) KillCommand(m_props, ScopeOf(m_props));
@@ -148,11 +151,20 @@ int CommandWorker::AwaitEnd(const platform::ChildProcess& process) {
     }
 }
 
+void CommandWorker::ReportUsage(const platform::ChildProcess& process) {
+    const platform::ProcessUsage usage = process.Usage();
+    m_props.endTime = std::chrono::time_point_cast<TimePoint::duration>(std::chrono::system_clock::now());
+    m_props.cpuTimeMs = static_cast<std::uint64_t>(usage.cpuTime.count());
+    m_props.peakMemoryBytes = usage.peakMemory;
+    m_props.endingSignal = process.EndingSignal();
+}
+
 int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult) {
     switch (waitResult) {
         case platform::kWaitProcess: {
             const std::optional<std::int32_t> status = process.ExitStatus();
             if (!status) LogFailure("Could not get exit code of '%s' because: %s");
+            ReportUsage(process);
             const std::lock_guard lock(m_synch.mutex);
             m_synch.process.reset();  // nobody can kill it any more
             return status.value_or(ProcessUtils::kNotStarted);
@@ -190,7 +202,11 @@ int CommandWorker::CollectOutput(int code) {
     if (m_output.Fault() != 0) code = ReportLoss(m_output.Fault(), code);
     std::string logged;
     try {
-        std::string text = m_output.TakeText();
+        std::uint32_t codePage = m_props.outputCodePage;
+        std::string text = m_output.TakeText(codePage);
+        if (codePage != m_props.outputCodePage) {
+            LogFailure("Could not read the output of command '%s' in its code page because: %s");
+        }
         if (code != 0) logged = StringUtils::Truncate(text, kLoggedOutput);
         AddOutputRows(std::move(text), code, m_props.outputAsLines, m_props.outputTable);
     } catch (const std::exception&) {  // no memory, or no string is as long

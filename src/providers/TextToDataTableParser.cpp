@@ -1,5 +1,6 @@
 #include "quillon/TextToDataTableParser.h"
 
+#include <charconv>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -7,6 +8,7 @@
 #include <typeinfo>
 
 #include "base/Characters.h"
+#include "base/DateTimeText.h"
 #include "base/NumberText.h"
 #include "quillon/StringUtils.h"
 
@@ -112,6 +114,27 @@ TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<bool>(cons
     return [name](std::string_view text, VariantList& row) { row.Add(name, ToBool(text)); };
 }
 
+template <>
+TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<double>(const std::string& name,
+                                                                              long long multiplier) {
+    const double factor = multiplier == 0 ? 1 : static_cast<double>(multiplier);
+    return [name, factor](std::string_view text, VariantList& row) {
+        if (text.starts_with('+')) text.remove_prefix(1);
+        double number = 0;
+        std::from_chars(text.data(), text.data() + text.size(), number);
+        row.Add(name, number * factor);
+    };
+}
+
+template <>
+TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<TimePoint>(const std::string& name,
+                                                                                 long long) {
+    return [name](std::string_view text, VariantList& row) {
+        if (const auto ticks = base::ReadDateTime(text))
+            row.Add(Variant(name, TimePoint(TimePoint::duration(*ticks))));
+    };
+}
+
 template <class T>
 void TextToDataTableParser::AddField(const std::string& name, IParsableField* field, long long multiplier) {
     std::unique_ptr<IParsableField> owned(field);
@@ -132,6 +155,11 @@ template QUILLON_API void TextToDataTableParser::AddField<long long>(const std::
                                                                      long long);
 template QUILLON_API void TextToDataTableParser::AddField<bool>(const std::string&, IParsableField*,
                                                                 long long);
+
+template QUILLON_API void TextToDataTableParser::AddField<double>(const std::string&, IParsableField*,
+                                                                  long long);
+template QUILLON_API void TextToDataTableParser::AddField<TimePoint>(const std::string&, IParsableField*,
+                                                                     long long);
 
 const char* TextToDataTableParser::ParseLine(const char* cursor, VariantList& row) const {
     std::string own;

@@ -25,6 +25,14 @@ const ChildMode listProcesses("ps", [](const Arguments&) {
     return 0;
 });
 
+const ChildMode listUnits("units", [](const Arguments&) {
+    std::printf(
+        "UNIT         LOAD   DESCRIPTION\n"
+        "cron.service loaded Regular jobs\n"
+        "x.mount\n");
+    return 0;
+});
+
 /// Runs one of the methods of the module Commands.
 AgentRun RunMethod(const std::string& method, Arguments arguments) {
     arguments.insert(arguments.begin(), {"run", "Commands." + method});
@@ -51,6 +59,12 @@ TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
           "columns=USER PID:integer RSS:integer*1024 MAIN:boolean COMMAND:text:rest"},
          R"([{"USER":"root","PID":1,"RSS":12288,"MAIN":true,"COMMAND":"/sbin/init --quiet"},)"
          R"({"USER":"mary","PID":4711,"RSS":3072,"MAIN":false,"COMMAND":"vi \"a  b.txt\""}])"},
+        {"Table",
+         {Command("units"), "columns=*", "--format", "csv"},
+         "UNIT,LOAD,DESCRIPTION\r\ncron.service,loaded,Regular jobs\r\nx.mount,,\"\""},
+        {"Table",
+         {Command("print", {"  1 2.5|10  -1", "0"}), "columns=A:integer B:real*2", "--format", "json"},
+         R"([{"A":1,"B":5},{"A":10,"B":-2}])"},
         {"Table", {Command("ps"), "skip=9", "columns=USER PID:integer", "--format", "csv"}, "USER,PID"},
     };
     for (const auto& [method, arguments, output] : cases) {
@@ -76,9 +90,10 @@ TEST(Agent, RefusesABadCallWithCodeTwo) {
         {"Run", {print, "lines"}, "'lines' is not of the form name=value"},
         {"Caf\xC3\xA9", {print}, "Unknown method 'Commands.Caf\xC3\xA9'"},
         {"Table", {print, "columns= "}, "'columns' parameter cannot be empty"},
-        {"Table", {print, "columns=A:number"}, "a type that is not text, integer or boolean"},
+        {"Table", {print, "columns=A:number"}, "a type that is not text, integer, real, boolean or time"},
         {"Table", {print, "columns=A:text:rest B"}, "'B' of the 'columns' parameter follows one"},
         {"Table", {print, "columns=A:integer*x"}, "a factor that is not a whole number"},
+        {"Table", {print, "columns=A:text:0"}, "an extent that is not blank, space, comma"},
         {"Table", {print, "columns=A A"}, "is there twice"},
     };
     for (const auto& [method, arguments, message] : cases) {

@@ -26,7 +26,7 @@ AgentRun RunLine(const std::string& commandLine) {
 AgentRun RunAgent(const std::vector<std::string>& arguments) {
     const TempDir dir;
     const std::string line = AgentCommand(arguments).Get() + " 2>\"" + dir.Native("errors").string() + '"';
-    AgentRun run = RunLine(kWindows ? "cmd /c \"" + line + '"' : "cmd /c " + line);
+    AgentRun run = RunLine("cmd /c \"" + line + '"');
     run.errors = dir.Read("errors");
     return run;
 }

@@ -40,7 +40,8 @@ TEST(CommandLineBuilder, RefusesWhatNoQuotingCarries) {
     tool.Add("100% \"&|<>^!");
     EXPECT_EQ(tool.Get(), "tool.exe \"100% \\\"&|<>^!\"") << "a refused argument leaves nothing";
 
-    for (const char* const batch : {"a.bat", "A.CMD", "a.bat. .", "C:\\x y\\a.Bat"}) {
+    for (const char* const batch : {"a.bat", "A.CMD", "a.bat. .", "C:\\x y\\a.Bat", "x/a.bat", "C:a.bat",
+                                    "a.bat:stream", "a.bat\\", "a.bat/", "a.bat::$DATA", "x.d\\a.cmd ."}) {
         for (const char* const argument :
              {"\"", "%PATH%", "a&b", "a|b", "a<b", "a>b", "^", "!", "\n", "\r"}) {
             EXPECT_THROW(CommandLineBuilder(batch).Add(argument), std::invalid_argument) << batch << argument;
@@ -48,6 +49,23 @@ TEST(CommandLineBuilder, RefusesWhatNoQuotingCarries) {
     }
     EXPECT_THROW(CommandLineBuilder("%TEMP%\\a.bat"), std::invalid_argument);
     EXPECT_NO_THROW(CommandLineBuilder("a.bat.exe").Add("a&b"));
+    EXPECT_NO_THROW(CommandLineBuilder("a.bat\\b.exe").Add("a&b"));
+    // The system would run a.bat.
+    for (const char* const path : {"a.bat\\.", "a.bat/.", "a.bat\\.\\.", "a.bat\\x\\..", "a.bat\\ .", "."})
+        EXPECT_THROW(CommandLineBuilder{path}, std::invalid_argument) << path;
+}
+
+TEST(CommandLineBuilder, LetsNobodyIntoAScript) {
+    for (const char* const shell : {"cmd", "CMD.exe", "C:\\Windows\\System32\\cmd.exe", "x/cmd.exe "}) {
+        for (const char* const scriptSwitch : {"/c", "/K", "/d/s/c", "/cdir"}) {
+            CommandLineBuilder line(shell);
+            line.Add("/d").Add(scriptSwitch).Add("type").Add("C:\\a b (x86)\\c.txt");
+            for (const char* const text : {"\"", "%PATH%", "a&b", "a|b", "^", "\n", "$(x)", "`x`", "' '"})
+                EXPECT_THROW(line.Add(text), std::invalid_argument) << shell << scriptSwitch << text;
+        }
+        EXPECT_THROW(CommandLineBuilder(shell).Add("/cecho&x"), std::invalid_argument) << shell;
+    }
+    EXPECT_NO_THROW(CommandLineBuilder("command").Add("/c").Add("a&b"));
 }
 
 }  // namespace

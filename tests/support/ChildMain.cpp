@@ -95,6 +95,28 @@ const ChildMode share("share", [](const Arguments& a) {
     return std::system(line.c_str()) == 0 && AwaitFile(a[0]) ? 0 : 1;
 });
 
+/// overflow STARTED GO DONE: starts "pour" with the same output and ends without it.
+const ChildMode overflow("overflow", [](const Arguments& a) {
+    const std::string child = ChildCommand("pour", a);
+    const std::string line = kWindows ? "start \"\" /b " + child : child + " &";
+    std::fputs("before", stdout);
+    std::fflush(stdout);
+    return std::system(line.c_str()) == 0 && AwaitFile(a[0]) ? 0 : 1;
+});
+
+/// pour STARTED GO DONE: makes STARTED, writes a megabyte once GO exists, and makes DONE when all of it
+/// could be written.
+const ChildMode pour("pour", [](const Arguments& a) {
+    std::ofstream(a[0]) << ::getpid() << std::flush;
+    if (!AwaitFile(a[1])) return 1;
+    const std::string piece(1000, 'x');
+    for (int i = 0; i < 1000; ++i)
+        if (std::fwrite(piece.data(), 1, piece.size(), stdout) != piece.size()) return 1;
+    if (std::fflush(stdout) != 0) return 1;
+    std::ofstream(a[2]) << "done";
+    return 0;
+});
+
 /// starved: runs commands with 0, 1, 2 ... free descriptors, and prints their codes (Linux).
 const ChildMode starved("starved", [](const Arguments&) {
     RecordingLogger log;
@@ -144,7 +166,7 @@ std::shared_ptr<ProcessUtils::CmdProperties> CommandOf(const std::string& comman
 }
 
 bool AwaitFile(const fs::path& path) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!fs::exists(path)) {
         if (std::chrono::steady_clock::now() > deadline || !fs::exists(path.parent_path())) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -52,7 +52,7 @@ private:
     std::function<bool()> m_answer;
 };
 
-/// True within half a minute, unless the file's folder goes.
+/// True within a minute, unless the file's folder goes.
 bool AwaitFile(const std::filesystem::path& path);
 
 /// Where this program is, and what was built beside it.

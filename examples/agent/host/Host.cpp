@@ -41,6 +41,7 @@ Host::Host(const LogSettings& log, const std::string& databases, const AgentConf
     ServiceLocator::Put<IAgentConfiguration>(&m_configuration);
     ServiceLocator::Put<IDeviceInformation>(&m_deviceInformation);
     ServiceLocator::Put<IShutdownMonitor>(&m_shutdownMonitor);
+    ServiceLocator::Put<IShutdownNotifier>(&m_shutdownMonitor);
     m_providers.Add("Wayfar", m_contentProvider);
     ServiceLocator::Put<IProviderRegistry>(&m_providers);
     ServiceLocator::Put<ISqliteInstance>(&m_sqlEngine);

@@ -75,9 +75,13 @@ void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional) {
 void DescribeLayout(IMethodMetadataBuilder& builder) {
     builder
         .Note(
-            "A column is NAME[:TYPE[*FACTOR]][:EXTENT]: TYPE is text (the default), integer or boolean; "
-            "FACTOR multiplies an integer; EXTENT is space (the default, up to the next blank) or, for "
-            "the last column, rest (of the line).")
+            "A column is NAME[:TYPE[*FACTOR]][:EXTENT]: TYPE is text (the default), integer, real, boolean "
+            "or time; FACTOR multiplies a number; EXTENT is blank (the default, between blanks), space (up "
+            "to the next blank), comma, semicolon, tab, quoted (comma-separated values), a number of "
+            "characters or, for the last column, rest (of the line).")
+        .Note(
+            "The columns * are columns of text, aligned to the left, that the first line after those left "
+            "out names; ** the same with names that are at least two blanks apart.")
         .CreateParameter("skip", typeid(long long))
         .Description("Header lines to leave out.")
         .OptionalValue(0)

@@ -7,6 +7,7 @@
 
 #include "modules/Module.h"
 #include "quillon/StringUtils.h"
+#include "quillon/TextFields.h"
 #include "quillon/TextToDataTableParser.h"
 
 namespace quillon::agent {
@@ -24,14 +25,30 @@ std::size_t StartOfLine(const std::string& text, long long line) {
     return start;
 }
 
-std::unique_ptr<IParsableField> MakeExtent(bool isRest) {
-    if (isRest) return std::make_unique<NullSeparatedField>();
-    return std::make_unique<SpaceSeparatedField>();
+constexpr const char* kAllOfHeading = "*";
+constexpr const char* kWideHeading = "**";
+
+/// Null when the text is no extent.
+std::unique_ptr<IParsableField> MakeExtent(const std::string& extent) {
+    if (extent.empty() || extent == "blank") return std::make_unique<BlankSeparatedField>();
+    if (extent == "space") return std::make_unique<SpaceSeparatedField>();
+    if (extent == "rest") return std::make_unique<NullSeparatedField>();
+    if (extent == "comma") return std::make_unique<CharSeparatedField>(',');
+    if (extent == "semicolon") return std::make_unique<CharSeparatedField>(';');
+    if (extent == "tab") return std::make_unique<CharSeparatedField>('\t');
+    if (extent == "quoted") return std::make_unique<QuotedField>();
+    std::size_t width = 0;
+    const char* const end = extent.data() + extent.size();
+    const auto [stop, error] = std::from_chars(extent.data(), end, width);
+    if (error != std::errc() || stop != end || width == 0) return nullptr;
+    return std::make_unique<FixedWidthField>(width);
 }
 
 }  // namespace
 
 bool TableLayout::Read(const std::string& text, InvocationResult& result) {
+    m_headingBlanks = text == kAllOfHeading ? 1 : text == kWideHeading ? 2 : 0;
+    if (m_headingBlanks > 0) return true;
     std::istringstream columns(text);
     std::string column;
     std::string fault;
@@ -47,7 +64,8 @@ bool TableLayout::Read(const std::string& text, InvocationResult& result) {
 std::string TableLayout::Add(const std::string& column) {
     std::vector<std::string> parts;
     StringUtils::SplitByChar(column, ':', parts);
-    Field field{.name = parts[0]};
+    Field field;
+    field.name = parts[0];
     if (field.name.empty()) return "has no name";
     if (parts.size() > 3) return "has more than a name, a type and an extent";
     const bool isRepeated = std::any_of(m_fields.begin(), m_fields.end(),
@@ -68,11 +86,15 @@ std::string TableLayout::ReadType(const std::string& text, Field& field) {
         field.type = Type::Integer;
     } else if (type == "boolean") {
         field.type = Type::Boolean;
+    } else if (type == "real") {
+        field.type = Type::Real;
+    } else if (type == "time") {
+        field.type = Type::Time;
     } else if (type != "text") {
-        return "has a type that is not text, integer or boolean";
+        return "has a type that is not text, integer, real, boolean or time";
     }
     if (star == std::string::npos) return {};
-    if (field.type != Type::Integer) return "has a factor but is no integer";
+    if (field.type != Type::Integer && field.type != Type::Real) return "has a factor but is no number";
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data() + star + 1, end, field.factor);
     const bool isFactor = error == std::errc() && stop == end && field.factor != 0;
@@ -80,27 +102,48 @@ std::string TableLayout::ReadType(const std::string& text, Field& field) {
 }
 
 std::string TableLayout::ReadExtent(const std::string& text, Field& field) {
+    field.extent = text;
     field.isRest = text == "rest";
-    return field.isRest || text == "space" ? "" : "has an extent that is not space or rest";
+    return MakeExtent(text) != nullptr
+               ? ""
+               : "has an extent that is not blank, space, comma, semicolon, tab, quoted, "
+                 "rest or a number of characters";
+}
+
+void TableLayout::AddColumn(const Field& field, TextToDataTableParser& parser, DataTable& table) {
+    IParsableField* const extent = MakeExtent(field.extent).release();
+    switch (field.type) {
+        case Type::Text:
+            table.AddStringCol(field.name);
+            return parser.AddField<std::string>(field.name, extent, 0);
+        case Type::Integer:
+            table.AddLongLongCol(field.name);
+            return parser.AddField<long long>(field.name, extent, field.factor);
+        case Type::Real:
+            table.AddDoubleCol(field.name);
+            return parser.AddField<double>(field.name, extent, field.factor);
+        case Type::Boolean:
+            table.AddBoolCol(field.name);
+            return parser.AddField<bool>(field.name, extent, 0);
+        case Type::Time:
+            table.AddNullCol(field.name);  // a table has no other column for times
+            return parser.AddField<TimePoint>(field.name, extent, 0);
+    }
 }
 
 DataTable TableLayout::Parse(const std::string& text, long long skip) const {
     DataTable table;
     TextToDataTableParser parser;
-    for (const Field& field : m_fields) {
-        std::unique_ptr<IParsableField> extent = MakeExtent(field.isRest);
-        if (field.type == Type::Integer) {
-            table.AddLongLongCol(field.name);
-            parser.AddField<long long>(field.name, extent.release(), field.factor);
-        } else if (field.type == Type::Boolean) {
-            table.AddBoolCol(field.name);
-            parser.AddField<bool>(field.name, extent.release(), 0);
-        } else {
-            table.AddStringCol(field.name);
-            parser.AddField<std::string>(field.name, extent.release(), 0);
-        }
+    std::size_t start = StartOfLine(text, skip);
+    if (m_headingBlanks > 0) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        const auto columns = ReadTextHeading(text.substr(start, end - start), m_headingBlanks);
+        for (const TextColumn& column : columns) table.AddStringCol(column.name);
+        AddTextColumns(parser, columns);
+        start = std::min(end + 1, text.size());
     }
-    parser.Parse(text.substr(StartOfLine(text, skip)), table);
+    for (const Field& field : m_fields) AddColumn(field, parser, table);
+    parser.Parse(text.substr(start), table);
     return table;
 }
 

@@ -1,21 +1,31 @@
 #include "modules/Waiting.h"
 
-#include <algorithm>
 #include <chrono>
-#include <thread>
+#include <condition_variable>
+#include <mutex>
 
-#include "quillon/IShutdownMonitor.h"
+#include "quillon/IShutdownNotifier.h"
 #include "quillon/ServiceLocator.h"
 
 namespace quillon::agent {
 
 void WaitSeconds(long long seconds) {
-    using Clock = std::chrono::steady_clock;
-    constexpr std::chrono::milliseconds kLook(100);
-    auto* const monitor = ServiceLocator::Get<IShutdownMonitor>(true);
-    const auto end = Clock::now() + std::chrono::seconds(seconds);
-    while (Clock::now() < end && (monitor == nullptr || !monitor->IsShutdownRequested()))
-        std::this_thread::sleep_for(std::min<Clock::duration>(kLook, end - Clock::now()));
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool shutsDown = false;
+    auto* const notifier = ServiceLocator::Get<IShutdownNotifier>(true);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    const auto wakeUp = [&] {
+        const std::lock_guard lock(mutex);
+        shutsDown = true;
+        changed.notify_all();
+    };
+    const std::uint64_t registration = notifier == nullptr ? 0 : notifier->OnShutdown(wakeUp);
+    {
+        std::unique_lock lock(mutex);
+        changed.wait_until(lock, end, [&shutsDown] { return shutsDown; });
+    }
+    if (notifier != nullptr) notifier->ForgetCallback(registration);
 }
 
 }  // namespace quillon::agent

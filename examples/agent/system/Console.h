@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,5 +38,9 @@ bool IsErrorTerminal();
 /// point, so it must restrict itself to lock-free atomics.
 using InterruptHandler = bool (*)();
 void OnInterrupt(InterruptHandler handler);
+
+/// Has `task` called on a thread of the agent's, once the handler has answered true; there a task may do
+/// what it likes. To be called once, before OnInterrupt().
+void AfterInterrupt(std::function<void()> task);
 
 }  // namespace quillon::agent

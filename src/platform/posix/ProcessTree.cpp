@@ -1,7 +1,9 @@
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -25,28 +27,59 @@ namespace quillon::platform {
 namespace {
 
 /// A tree that forks faster than it is stopped is killed as far as it was found by then.
-constexpr std::chrono::milliseconds kStopLimit{2000};
+constexpr std::chrono::milliseconds kStopLimit{10'000};
 constexpr std::chrono::milliseconds kRoundPause{1};
 /// A chain whose links fork and end may have been between two links during one look.
-constexpr int kQuietRounds = 2;
-/// The time that the kernel gets to end a process that was killed.
-constexpr std::chrono::milliseconds kEndLimit{1000};
+constexpr int kQuietRounds = 3;
+/// The time that the kernel gets to end a process that was killed: long only on a busy machine.
+constexpr std::chrono::milliseconds kEndLimit{10'000};
 
 using Clock = std::chrono::steady_clock;
 
-/// Calls `visit` for every process that has not ended, each as soon as it is found: a chain is caught up
-/// with in the middle of a look.
+/// Returns the identifier that was given last; 0 when the system does not tell it.
+pid_t LastIdentifier() {
+    char text[128] = {};
+    const FileHandle file(::open("/proc/loadavg", O_RDONLY | O_CLOEXEC));
+    if (!file || ::read(file.Get(), text, sizeof text - 1) <= 0) return 0;
+    constexpr int kField = 4;
+    return FieldAt<pid_t>(text, kField);
+}
+
+template <class Visit>
+void VisitProcess(pid_t process, Visit& visit) {
+    const auto entry = ReadProcessStat(process);
+    if (entry && !entry->HasEnded()) visit(*entry);
+}
+
+/// Visits the processes that were started after `last`, and those that are started meanwhile. One that has
+/// just got its identifier may not show yet, so that the latest are visited again.
+template <class Visit>
+void VisitNewProcesses(pid_t last, Visit& visit) {
+    constexpr int kMostLooks = 100;
+    constexpr pid_t kAgain = 4;
+    for (int look = 0; look < kMostLooks; ++look) {
+        const pid_t now = LastIdentifier();
+        for (pid_t process = std::max(last - kAgain, 1); process <= now; ++process) {
+            VisitProcess(process, visit);
+        }
+        if (now <= last) return;
+        last = now;
+    }
+}
+
+/// Calls `visit` for every process that has not ended, each as soon as it is found: a chain whose links
+/// start the next one and end is caught up with during one look.
 template <class Visit>
 void VisitProcesses(Visit visit) {
+    const pid_t last = LastIdentifier();
     std::error_code error;
     for (std::filesystem::directory_iterator folder("/proc", error), end; !error && folder != end;
          folder.increment(error)) {
         const std::string name = folder->path().filename().string();
         const pid_t process = FieldAt<pid_t>(name, 0);
-        if (process <= 0) continue;
-        const auto entry = ReadProcessStat(process);
-        if (entry && !entry->HasEnded()) visit(*entry);
+        if (process > 0) VisitProcess(process, visit);
     }
+    if (last > 0) VisitNewProcesses(last, visit);
 }
 
 /// A process that was found in the tree; signals reach it or nobody.
@@ -66,14 +99,22 @@ public:
 
     /// Returns whether it has ended.
     [[nodiscard]] bool AwaitEnd(Clock::time_point deadline) const {
-        if (!m_isSame) return true;
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        pollfd waited{m_handle.Get(), POLLIN, 0};
-        if (!m_handle) return !IsAlive(m_entry.id);
-        return ::poll(&waited, 1, left.count() > 0 ? static_cast<int>(left.count()) : 0) > 0;
+        while (m_isSame && IsStillThere()) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+            if (left.count() <= 0) return false;
+            pollfd waited{m_handle.Get(), POLLIN, 0};
+            constexpr int kLook = 10;  // there may be no handle to poll for
+            ::poll(&waited, 1, std::min(static_cast<int>(left.count()), kLook));
+        }
+        return true;
     }
 
 private:
+    [[nodiscard]] bool IsStillThere() const {
+        const auto now = ReadProcessStat(m_entry.id);
+        return now && now->startTime == m_entry.startTime && !now->HasEnded();
+    }
+
     ProcessStat m_entry;
     Handle<ObjectTraits> m_handle;
     bool m_isSame = false;
@@ -119,7 +160,7 @@ public:
     void AwaitEnd(std::vector<std::uint32_t>& survivors) const {
         const auto deadline = Clock::now() + kEndLimit;
         for (const Member& member : m_members) {
-            if (m_forbidden.contains(member.Id()) || !member.AwaitEnd(deadline))
+            if (!member.AwaitEnd(m_forbidden.contains(member.Id()) ? Clock::time_point() : deadline))
                 survivors.push_back(static_cast<std::uint32_t>(member.Id()));
         }
     }

@@ -24,6 +24,25 @@ TEST(CommandRun, RunsOutOfHandlesInAnOrderlyWay) {
                 testing::MatchesRegex("-3 (1 )+(0 )*0"));
 }
 
+TEST(CommandRun, WhatIsGivenUpBeforeItsStartIsNotStarted) {
+    RecordingLogger log;
+    const Monitor monitor([] { return true; });
+    for (const bool kill : {false, true}) {
+        SCOPED_TRACE(kill);
+        const auto props = CommandOf(ChildCommand("copy"), log);
+        props->killOnTimeout = kill;
+        std::function<void()> work;
+        const auto hold = [&work](std::function<void()> body) {
+            work = std::move(body);
+            return std::thread([] {});
+        };
+        EXPECT_EQ(RunCommand(props, hold), -6);
+        work();  // the worker gets its turn only now
+        EXPECT_EQ(props->processId, 0u);
+        EXPECT_EQ(props->resultCode, -6);
+    }
+}
+
 TEST(CommandRun, ReportsThatNoThreadIsToBeHad) {
     const std::error_code invalid = std::make_error_code(std::errc::invalid_argument);
     const std::pair<std::error_code, std::string> cases[] = {

@@ -2,9 +2,15 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <thread>
+#include <utility>
 
 #include "quillon/PathUtils.h"
 
@@ -17,9 +23,21 @@ InterruptHandler& Handler() {
     return handler;
 }
 
+/// What the thread of AfterInterrupt() waits for; -1 without it.
+int& Interrupted() {
+    static constinit int event = -1;
+    return event;
+}
+
 /// Only async-signal-safe calls.
 extern "C" void HandleSignal(int number) {
-    if (Handler()()) return;
+    const int error = errno;
+    if (Handler()()) {
+        const std::uint64_t one = 1;
+        if (Interrupted() >= 0) static_cast<void>(!::write(Interrupted(), &one, sizeof one));
+        errno = error;
+        return;
+    }
     ::signal(number, SIG_DFL);
     ::raise(number);  // delivered when this handler returns
 }
@@ -67,8 +85,29 @@ void OnInterrupt(InterruptHandler handler) {
     action.sa_handler = &HandleSignal;
     action.sa_flags = SA_RESTART;
     ::sigemptyset(&action.sa_mask);
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGQUIT, SIGHUP}) {
+        struct sigaction old = {};
+        ::sigaction(number, nullptr, &old);
+        if (number == SIGHUP && old.sa_handler == SIG_IGN) continue;  // the agent is to outlive its terminal
+        ::sigaction(number, &action, nullptr);
+    }
+}
+
+void AfterInterrupt(std::function<void()> task) {
+    Interrupted() = ::eventfd(0, EFD_CLOEXEC);
+    if (Interrupted() < 0) return;
+    sigset_t all, before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, &before);  // the signals are for the other threads
+    std::thread([task = std::move(task)] {
+        for (;;) {
+            std::uint64_t count = 0;
+            const ssize_t length = ::read(Interrupted(), &count, sizeof count);
+            if (length < 0 && errno != EINTR) return;
+            if (length > 0) task();
+        }
+    }).detach();
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 }  // namespace quillon::agent

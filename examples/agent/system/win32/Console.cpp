@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "quillon/StringUtils.h"
 
@@ -20,9 +21,16 @@ InterruptHandler& Handler() {
     return handler;
 }
 
+/// Never destroyed: the system's thread may run while the process ends.
+std::function<void()>& Task() {
+    static auto& task = *new std::function<void()>;
+    return task;
+}
+
 /// Runs on a thread that the system makes for it.
 BOOL WINAPI HandleControl(DWORD event) {
     if (!Handler()()) return FALSE;  // the default handler ends the process
+    if (Task()) Task()();
     // A closing console, logoff or shutdown ends the process when this returns:
     // leave main the seconds that the system grants.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) ::Sleep(INFINITE);
@@ -88,5 +96,7 @@ void OnInterrupt(InterruptHandler handler) {
     Handler() = handler;
     ::SetConsoleCtrlHandler(&HandleControl, TRUE);
 }
+
+void AfterInterrupt(std::function<void()> task) { Task() = std::move(task); }
 
 }  // namespace quillon::agent

@@ -1,0 +1,134 @@
+#include "quillon/TextFields.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "quillon/StringUtils.h"
+
+namespace quillon {
+
+namespace {
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+void SkipBlanks(const char*& cursor) {
+    while (IsBlank(*cursor)) ++cursor;
+}
+
+bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+std::size_t CountCharacters(std::string_view text) {
+    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
+}
+
+/// Where a column begins and what is its name.
+struct Start {
+    std::size_t at;
+    std::string name;
+};
+
+std::vector<TextColumn> ColumnsOf(std::string_view line, std::vector<Start> starts) {
+    std::vector<TextColumn> columns;
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const std::size_t begin = i == 0 ? 0 : starts[i].at;
+        const bool isLast = i + 1 == starts.size();
+        const std::size_t width = isLast ? 0 : CountCharacters(line.substr(begin, starts[i + 1].at - begin));
+        columns.push_back({std::move(starts[i].name), width});
+    }
+    return columns;
+}
+
+/// The text from character number `begin` on, at most `width` characters of it.
+std::string CharactersOf(const std::string& text, std::size_t begin, std::size_t width) {
+    const char* cursor = text.c_str();
+    std::string skipped;
+    std::string value;
+    if (begin > 0) FixedWidthField(begin).Parse(&cursor, skipped);
+    FixedWidthField(width).Parse(&cursor, value);
+    return StringUtils::Trim(value);
+}
+
+}  // namespace
+
+BlankSeparatedField::BlankSeparatedField() = default;
+BlankSeparatedField::~BlankSeparatedField() = default;
+
+bool BlankSeparatedField::Parse(const char** cursor, std::string& value) {
+    SkipBlanks(*cursor);
+    const char* const start = *cursor;
+    while (**cursor != '\0' && !IsBlank(**cursor)) ++*cursor;
+    value.append(start, *cursor);
+    SkipBlanks(*cursor);
+    return true;
+}
+
+FixedWidthField::FixedWidthField(std::size_t width) : m_width(width) {}
+FixedWidthField::~FixedWidthField() = default;
+
+bool FixedWidthField::Parse(const char** cursor, std::string& value) {
+    const char* const start = *cursor;
+    for (std::size_t left = m_width; **cursor != '\0' && (m_width == 0 || left > 0); --left) {
+        do {
+            ++*cursor;
+        } while (IsContinuation(**cursor));
+    }
+    value.append(start, *cursor);
+    return true;
+}
+
+CharSeparatedField::CharSeparatedField(char separator) : m_separator(separator) {}
+CharSeparatedField::~CharSeparatedField() = default;
+
+bool CharSeparatedField::Parse(const char** cursor, std::string& value) {
+    const char* const start = *cursor;
+    while (**cursor != '\0' && **cursor != m_separator) ++*cursor;
+    value.append(start, *cursor);
+    if (**cursor != '\0') ++*cursor;
+    return true;
+}
+
+QuotedField::QuotedField(char separator) : m_separator(separator) {}
+QuotedField::~QuotedField() = default;
+
+bool QuotedField::Parse(const char** cursor, std::string& value) {
+    const char*& at = *cursor;
+    while (*at == ' ' && m_separator != ' ') ++at;
+    if (*at == '"') {
+        for (++at; *at != '\0' && (*at != '"' || at[1] == '"'); ++at) {
+            if (*at == '"') ++at;
+            value.push_back(*at);
+        }
+        if (*at == '"') ++at;
+    }
+    return CharSeparatedField(m_separator).Parse(cursor, value);
+}
+
+std::vector<TextColumn> ReadTextHeading(const std::string& heading, std::size_t blanks) {
+    const std::string_view line =
+        std::string_view(heading).substr(0, heading.find_last_not_of(" \t\r\n") + 1);
+    const std::string gap(std::max<std::size_t>(blanks, 1), ' ');
+    std::vector<Start> starts;
+    for (std::size_t at = line.find_first_not_of(' '); at < line.size();) {
+        const std::size_t end = std::min(line.find(gap, at), line.size());
+        starts.push_back({at, std::string(line.substr(at, end - at))});
+        at = end == line.size() ? end : line.find_first_not_of(' ', end);
+    }
+    return ColumnsOf(line, std::move(starts));
+}
+
+std::vector<TextColumn> ReadTextRuler(const std::string& heading, const std::string& ruler) {
+    std::vector<TextColumn> columns = ReadTextHeading(ruler);
+    std::size_t begin = 0;
+    for (TextColumn& column : columns) {
+        column.name = CharactersOf(heading, begin, column.width);
+        begin += column.width;
+    }
+    return columns;
+}
+
+void AddTextColumns(TextToDataTableParser& parser, const std::vector<TextColumn>& columns) {
+    for (const TextColumn& column : columns)
+        parser.AddField<std::string>(column.name, new FixedWidthField(column.width), 0);
+}
+
+}  // namespace quillon
