@@ -200,8 +200,8 @@ TEST(AgentWmi, QueriesAndSaysWhatCannotBeChanged) {
     const std::string none = "wql=SELECT Name FROM Win32_Process WHERE ProcessId = 4294967295";
     EXPECT_EQ(RunForJson({"run", "Wmi.Query", none}), ordered_json::array());
     EXPECT_THAT(RunAgent({"run", "Wmi.Query", none}).output, StartsWith("Name"));
-    const AgentRun call = RunAgent({"run", "Wmi.Invoke", "wql=SELECT * FROM Win32_Process", "method=GetOwner",
-                                    "arguments=Misspelt=1"});
+    const AgentRun call = RunAgent(
+        {"run", "Wmi.Invoke", "wql=SELECT * FROM Win32_Process", "method=GetOwner", "arguments=Misspelt=1"});
     EXPECT_EQ(call.exitCode, 3);
     EXPECT_THAT(call.errors, HasSubstr("has no parameter Misspelt"));
 }
