@@ -61,10 +61,10 @@ TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
          R"({"USER":"mary","PID":4711,"RSS":3072,"MAIN":false,"COMMAND":"vi \"a  b.txt\""}])"},
         {"Table",
          {Command("units"), "columns=*", "--format", "csv"},
-         "UNIT,LOAD,DESCRIPTION\r\ncron.service,loaded,Regular jobs\r\nx.mount,,\"\""},
+         "UNIT,LOAD,DESCRIPTION\r\ncron.service,loaded,Regular jobs\r\nx.mount,,"},
         {"Table",
          {Command("print", {"  1 2.5|10  -1", "0"}), "columns=A:integer B:real*2", "--format", "json"},
-         R"([{"A":1,"B":5},{"A":10,"B":-2}])"},
+         R"([{"A":1,"B":5.0},{"A":10,"B":-2.0}])"},
         {"Table", {Command("ps"), "skip=9", "columns=USER PID:integer", "--format", "csv"}, "USER,PID"},
     };
     for (const auto& [method, arguments, output] : cases) {
