@@ -123,10 +123,8 @@ bool RunAndKill(const std::string& kind, const std::string& started, ICLogger& l
 
 }  // namespace
 
-// Not enabled: it has not passed yet on a machine under load, where kills reported processes as left that
-// were gone.
-TEST(HostileChildren, DISABLED_NothingIsLeftOfThemAfterAKill) {
-    constexpr int kChildren = 204;
+TEST(HostileChildren, NothingIsLeftOfThemAfterAKill) {
+    constexpr int kChildren = 204 / QUILLON_TEST_SLOWDOWN;
     constexpr int kAtOnce = 8;
     const char* const kinds[] = {"ignore", "stop", "fork", "join", "daemon", "chain"};
     const TempDir dir;
@@ -149,8 +147,8 @@ TEST(HostileChildren, DISABLED_NothingIsLeftOfThemAfterAKill) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (CountEntries("/proc/self/task") > threads && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_EQ(CountEntries("/proc/self/task"), threads);
-    EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
+    EXPECT_LE(CountEntries("/proc/self/task"), threads);  // of which some may have been about to end
+    EXPECT_LE(CountEntries("/proc/self/fd"), descriptors);
 }
 
 }  // namespace quillon::test
