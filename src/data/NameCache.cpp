@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "data/TextHash.h"
+#include "platform/ThreadApi.h"
 
 namespace quillon {
 namespace {
@@ -100,27 +101,20 @@ private:
     std::size_t m_next = 0;
 };
 
-// Plain values, so that a read takes no check whether they are made; cells are still made and freed while
-// a thread's own objects are being destroyed.
-constinit thread_local NameCache* t_cache = nullptr;
-constinit thread_local bool t_ended = false;
-
-struct CacheOwner {
-    std::unique_ptr<NameCache> cache = std::make_unique<NameCache>();
-    ~CacheOwner() {
-        t_cache = nullptr;
-        t_ended = true;
-    }
-};
-
-/// Returns null when the thread is ending.
-NameCache* MakeCache() {
-    if (t_ended) return nullptr;
-    thread_local CacheOwner owner;
-    return t_cache = owner.cache.get();
+const platform::ThreadSlot& TheSlot() {
+    static const platform::ThreadSlot& slot =
+        *new platform::ThreadSlot([](void* cache) { delete static_cast<NameCache*>(cache); });
+    return slot;
 }
 
-inline NameCache* ThreadCache() { return t_cache != nullptr ? t_cache : MakeCache(); }
+NameCache* ExistingCache() noexcept { return static_cast<NameCache*>(TheSlot().Get()); }
+
+/// Returns null when the thread can have none.
+NameCache* ThreadCache() {
+    if (NameCache* const cache = ExistingCache()) return cache;
+    auto made = std::make_unique<NameCache>();
+    return TheSlot().Set(made.get()) ? made.release() : nullptr;
+}
 
 }  // namespace
 
@@ -132,13 +126,14 @@ SharedName* TakeName(std::string_view text) {
     return cache != nullptr ? cache->Take(text) : MakeName(text, 1);
 }
 
-std::uint32_t UsualRowSize() noexcept { return t_cache != nullptr ? t_cache->usualRowSize : 1; }
+std::uint32_t UsualRowSize() noexcept {
+    const NameCache* const cache = ExistingCache();
+    return cache != nullptr ? cache->usualRowSize : 1;
+}
 
 void SetUsualRowSize(std::size_t size) noexcept {
-    if (t_cache != nullptr) {
-        t_cache->usualRowSize =
-            static_cast<std::uint32_t>(std::clamp<std::size_t>(size, 1, kLargestUsualRow));
-    }
+    if (NameCache* const cache = ExistingCache())
+        cache->usualRowSize = static_cast<std::uint32_t>(std::clamp<std::size_t>(size, 1, kLargestUsualRow));
 }
 
 }  // namespace quillon

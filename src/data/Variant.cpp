@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <memory>
+#include <new>
 #include <ostream>
 #include <string_view>
 #include <utility>
@@ -14,6 +16,7 @@
 #include "data/DumpWriter.h"
 #include "data/NameCache.h"
 #include "data/TextHash.h"
+#include "platform/ThreadApi.h"
 #include "quillon/DateTimeUtils.h"
 
 namespace quillon {
@@ -84,6 +87,16 @@ void LogError(const std::string& text) {
 [[noreturn]] void ThrowWrongType(const std::type_info& wanted, const std::type_info& found) {
     LogError(std::string(wanted.name()) + " value requested, found " + found.name() + " type");
     throw std::invalid_argument(std::string(wanted.name()) + " type was expected");
+}
+
+/// Holds the text of the time point that the current thread has read last.
+std::string& TimeTextOfThread() {
+    static const platform::ThreadSlot& slot =
+        *new platform::ThreadSlot([](void* text) { delete static_cast<std::string*>(text); });
+    if (auto* const text = static_cast<std::string*>(slot.Get())) return *text;
+    auto made = std::make_unique<std::string>();
+    if (!slot.Set(made.get())) throw std::bad_alloc();
+    return *made.release();
 }
 
 }  // namespace
@@ -209,9 +222,7 @@ const char* Variant::GetTypeName() const { return IsNull() ? "null" : TypeOf(Kin
 
 const std::string& Variant::ReadText() const {
     if (HeldKind() != Kind::Time) ThrowUnreadable<std::string>();
-    thread_local std::string text;
-    text = DateTimeUtils::FormatTimeAsISO8601(m_value.time);
-    return text;
+    return TimeTextOfThread() = DateTimeUtils::FormatTimeAsISO8601(m_value.time);
 }
 
 long long Variant::ReadInteger() const {
