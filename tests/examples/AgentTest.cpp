@@ -33,6 +33,12 @@ const ChildMode listUnits("units", [](const Arguments&) {
     return 0;
 });
 
+/// numbers: a table whose first column is aligned to the right.
+const ChildMode listNumbers("numbers", [](const Arguments&) {
+    std::printf("  1 2.5\n10  -1\n");
+    return 0;
+});
+
 /// Runs one of the methods of the module Commands.
 AgentRun RunMethod(const std::string& method, Arguments arguments) {
     arguments.insert(arguments.begin(), {"run", "Commands." + method});
@@ -63,7 +69,7 @@ TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
          {Command("units"), "columns=*", "--format", "csv"},
          "UNIT,LOAD,DESCRIPTION\r\ncron.service,loaded,Regular jobs\r\nx.mount,,"},
         {"Table",
-         {Command("print", {"  1 2.5|10  -1", "0"}), "columns=A:integer B:real*2", "--format", "json"},
+         {Command("numbers"), "columns=A:integer B:real*2", "--format", "json"},
          R"([{"A":1,"B":5.0},{"A":10,"B":-2.0}])"},
         {"Table", {Command("ps"), "skip=9", "columns=USER PID:integer", "--format", "csv"}, "USER,PID"},
     };
