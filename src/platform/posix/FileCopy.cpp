@@ -48,19 +48,14 @@ bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Files below /proc tell no size, and some of them never end.
 bool CopyContent(const FileHandle& source, const FileHandle& target) {
-    constexpr std::uint64_t kMostWithoutSize = std::uint64_t{64} << 20;
     BoundedReader reader(source);
-    const std::uint64_t most = reader.Limit() > 0 ? reader.Limit() : kMostWithoutSize;
-    std::string buffer(kPieceSize, '\0');
-    for (std::uint64_t done = 0;;) {
-        const auto count = reader.Read(buffer.data(), buffer.size());
-        if (!count) return false;
-        if (*count == 0) return true;
-        done += *count;
-        if (done > most) return Refuse(base::kNotEnoughMemory);
-        if (!WriteAll(target, std::string_view(buffer).substr(0, *count))) return false;
+    const PieceBuffer buffer(reader.Limit());
+    for (;;) {
+        const auto piece = buffer.Fill(reader);
+        if (!piece) return false;
+        if (piece->empty()) return true;
+        if (!WriteAll(target, *piece)) return false;
     }
 }
 
