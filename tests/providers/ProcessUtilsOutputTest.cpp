@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 #include <fstream>
+#include <mutex>
 #include <thread>
 
 #include "quillon/IShutdownNotifier.h"
@@ -126,16 +127,21 @@ public:
     Notifier() { ServiceLocator::Put<IShutdownNotifier>(this); }
     ~Notifier() override { ServiceLocator::Remove<IShutdownNotifier>(); }
     std::uint64_t OnShutdown(std::function<void()> callback) override {
+        const std::lock_guard lock(m_mutex);
         m_callback = std::move(callback);
         ++registered;
         return 4711;
     }
     void ForgetCallback(std::uint64_t registration) override { registered -= registration == 4711 ? 1 : 0; }
-    void Call() { m_callback(); }
+    void Call() {
+        const std::lock_guard lock(m_mutex);
+        m_callback();
+    }
 
     std::atomic<int> registered{0};
 
 private:
+    std::mutex m_mutex;
     std::function<void()> m_callback;
 };
 

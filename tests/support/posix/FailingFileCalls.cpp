@@ -42,7 +42,9 @@ using quillon::test::RefusedCalls;
 using quillon::test::TheRefusedCalls;
 using quillon::test::ThisThreadsFileCalls;
 
-// The linker's option --wrap gives these names to the callers and the real functions their own.
+// The linker's option --wrap gives these names to the callers and the real functions their own. The names are
+// visible, because shared libraries may mean them too.
+#pragma GCC visibility push(default)
 extern "C" {
 
 int __real_open(const char* path, int flags, ...);
@@ -123,3 +125,4 @@ int __wrap_fcntl(int file, int command, long argument) {
 int __wrap_fdatasync(int file) { return Fails() ? -1 : __real_fdatasync(file); }
 
 }  // extern "C"
+#pragma GCC visibility pop
