@@ -72,6 +72,7 @@ private:
     std::optional<End> Settle(bool shutdown);
     bool HasEnded();
     bool Leave(std::thread& worker, End end);
+    bool AwaitWorker();
     bool Kill();
     void LogCompleted();
 
@@ -201,8 +202,16 @@ bool CommandWatch::Leave(std::thread& worker, End end) {
     return false;
 }
 
-/// Returns whether the process is certain to end, or has ended. One that is being started ends by the
-/// worker's hand.
+/// Waits for a worker that ends the process itself as soon as it has started; not for ever, as a start may
+/// hang.
+bool CommandWatch::AwaitWorker() {
+    constexpr std::chrono::seconds kLongestStart{2};
+    std::unique_lock lock(m_synch->mutex);
+    return m_synch->changed.wait_for(lock, kLongestStart, [this] { return m_synch->completed; });
+}
+
+/// Returns whether the process is certain to end, or has ended. The worker uses the run's logger, which the
+/// host may destroy once the caller has returned: so it is not left behind while it starts the process.
 bool CommandWatch::Kill() {
     bool isStarting = false;
     {
@@ -210,7 +219,8 @@ bool CommandWatch::Kill() {
         m_synch->given = true;
         isStarting = !m_synch->process && std::atomic_ref(m_props->processId).load() == 0;
     }
-    if (!m_props->killOnTimeout || isStarting) return false;
+    if (!m_props->killOnTimeout) return false;
+    if (isStarting) return AwaitWorker();
     return HasEnded() || ProcessUtils::KillCommandProcess(m_props) || HasEnded();
 }
 
