@@ -6,7 +6,7 @@
 
 #include "Utils/internal/DateTimeParts.h"
 #include "base/Characters.h"
-#include "base/CivilTime.h"
+#include "base/DateTimeText.h"
 #include "quillon/DateTimeUtils.h"
 
 namespace quillon {
@@ -92,73 +92,6 @@ std::optional<JsonTime> ReadJsonTime(std::string_view text) {
     return JsonTime{UtcFieldsToEpoch(fields) - ReadZoneOffset(text) * 60, ReadMilliseconds(text)};
 }
 
-/// Reads RFC 3339, piece by piece; each operation returns false on the first character that does not fit.
-class StrictReader {
-public:
-    explicit StrictReader(std::string_view text) : m_rest(text) {}
-
-    bool IsAtEnd() const { return m_rest.empty(); }
-
-    bool Take(char expected) {
-        if (m_rest.empty() || base::Lower(m_rest.front()) != expected) return false;
-        m_rest.remove_prefix(1);
-        return true;
-    }
-
-    bool Number(std::size_t digits, std::int64_t low, std::int64_t high, std::int64_t& value) {
-        if (m_rest.size() < digits) return false;
-        value = 0;
-        for (const char c : m_rest.substr(0, digits)) {
-            if (!IsDigit(c)) return false;
-            value = value * 10 + (c - '0');
-        }
-        m_rest.remove_prefix(digits);
-        return low <= value && value <= high;
-    }
-
-    /// The digits behind a point as ticks of 100 nanoseconds.
-    bool Fraction(std::int64_t& ticks) {
-        std::int64_t unit = base::kTicksPerSecond;
-        const std::size_t before = m_rest.size();
-        for (ticks = 0; !m_rest.empty() && IsDigit(m_rest.front()); m_rest.remove_prefix(1))
-            ticks += (m_rest.front() - '0') * (unit /= 10);
-        return m_rest.size() < before;
-    }
-
-    /// Minutes east of UTC.
-    bool Zone(std::int64_t& offset) {
-        constexpr std::int64_t kMostHours = 14, kMinutesPerHour = 60;
-        offset = 0;
-        if (Take('z')) return true;
-        const bool isWest = Take('-');
-        if (!isWest && !Take('+')) return false;
-        std::int64_t hours = 0, minutes = 0;
-        if (!Number(2, 0, kMostHours, hours) || !Take(':') || !Number(2, 0, kMinutesPerHour - 1, minutes))
-            return false;
-        offset = hours * kMinutesPerHour + minutes;
-        if (offset > kMostHours * kMinutesPerHour) return false;
-        if (isWest) offset = -offset;
-        return true;
-    }
-
-private:
-    std::string_view m_rest;
-};
-
-bool IsDateInCalendar(const UtcFields& fields) {
-    const auto month = static_cast<int>(fields.month);
-    const auto date = base::CivilFromDays(base::DaysFromCivil(fields.year, month, fields.day));
-    return date.month == month && date.day == fields.day;
-}
-
-bool ReadStrictFields(StrictReader& reader, UtcFields& fields) {
-    return reader.Number(4, 0, 9999, fields.year) && reader.Take('-') &&
-           reader.Number(2, 1, 12, fields.month) && reader.Take('-') && reader.Number(2, 1, 31, fields.day) &&
-           reader.Take('t') && reader.Number(2, 0, 23, fields.hour) && reader.Take(':') &&
-           reader.Number(2, 0, 59, fields.minute) && reader.Take(':') &&
-           reader.Number(2, 0, 60, fields.second) && IsDateInCalendar(fields);
-}
-
 /// A field of an X.509 time: its leading digits, at least one.
 bool ReadDigits(std::string_view field, std::int64_t& value) {
     if (!IsDigit(field.front())) return false;
@@ -205,15 +138,8 @@ TimePoint DateTimeUtils::JsonDateTimeToTimePoint(const std::string& text) {
 }
 
 std::optional<TimePoint> DateTimeUtils::TryParseJsonDateTime(std::string_view text) {
-    StrictReader reader(text);
-    UtcFields fields{};
-    std::int64_t ticks = 0, offset = 0;
-    if (!ReadStrictFields(reader, fields)) return std::nullopt;
-    if (reader.Take('.') && !reader.Fraction(ticks)) return std::nullopt;
-    if (!reader.Zone(offset) || !reader.IsAtEnd()) return std::nullopt;
-    const auto second = ToTimePoint(UtcFieldsToEpoch(fields) - offset * 60);
-    if (!second) return std::nullopt;
-    return *second + TimePoint::duration(ticks);
+    const auto ticks = base::ReadRfc3339(text);  // every year of four digits fits
+    return ticks ? std::optional(TimePoint(TimePoint::duration(*ticks))) : std::nullopt;
 }
 
 }  // namespace quillon

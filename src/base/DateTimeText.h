@@ -11,4 +11,8 @@ namespace quillon::base {
 /// zone it is UTC. Returns 100 ns since 1970-01-01 UTC; nothing for other texts and for what no calendar has.
 std::optional<std::int64_t> ReadDateTime(std::string_view text);
 
+/// Reads a date-time as RFC 3339, section 5.6, has it and nothing else: 'T' and 'Z' in either case, a
+/// fraction of any length, and a zone of at most 14 hours either way. The result is as above.
+std::optional<std::int64_t> ReadRfc3339(std::string_view text);
+
 }  // namespace quillon::base
