@@ -1,10 +1,15 @@
-# Headers, library, CMake package, pkg-config file and what debuggers show values with.
+# Headers, library, agent, CMake package, pkg-config file and what debuggers show values with.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS quillon EXPORT quillonTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(TARGET quillon-agent)
+  file(RELATIVE_PATH libraries /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(quillon-agent PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
+  install(TARGETS quillon-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(DIRECTORY include/quillon DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 install(FILES resources/debug/quillon_gdb.py resources/debug/quillon.natvis
@@ -16,6 +21,7 @@ configure_package_config_file(cmake/quillonConfig.cmake.in ${PROJECT_BINARY_DIR}
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/quillonConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/quillonConfig.cmake ${PROJECT_BINARY_DIR}/quillonConfigVersion.cmake
+        cmake/QuillonAddModule.cmake
         DESTINATION ${package_dir})
 
 # Relative, so that the package may be installed under another prefix, or moved.

@@ -16,9 +16,12 @@ namespace {
 
 constexpr int kAgentFailed = 1;
 
-AgentConfiguration Configure(const RunCommand& command) {
-    return command.configuration.empty() ? AgentConfiguration()
-                                         : AgentConfiguration::Load(command.configuration);
+AgentConfiguration Configure(const HostOptions& options) {
+    AgentConfiguration configuration = options.configuration.empty()
+                                           ? AgentConfiguration()
+                                           : AgentConfiguration::Load(options.configuration);
+    if (!options.modules.empty()) configuration.SetModuleDirectory(options.modules);
+    return configuration;
 }
 
 std::string DatabaseFolderOf(const RunCommand& command) {
@@ -27,7 +30,7 @@ std::string DatabaseFolderOf(const RunCommand& command) {
 }
 
 int Execute(const RunCommand& command, Output& output) {
-    const AgentConfiguration configuration = Configure(command);
+    const AgentConfiguration configuration = Configure(command.host);
     LogSettings log = command.log;
     if (configuration.IsLoggingLevelGiven() && !log.level)
         log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
@@ -39,7 +42,7 @@ int Execute(const RunCommand& command, Output& output) {
 }
 
 int Execute(const MethodsCommand& command, Output& output) {
-    const Host host({});
+    const Host host({}, Host::DefaultDatabaseFolder(), Configure(command.host));
     output.Write(DescribeMethods(host.GetModules(), command.format));
     return 0;
 }

@@ -1,19 +1,51 @@
+#include <quillon/ComScope.h>
+#include <quillon/MethodParameterValidation.h>
+#include <quillon/ModuleEntry.h>
 #include <quillon/ParameterBinder.h>
-#include <quillon/ProcessUtils.h>
-#include <quillon/ServiceLocator.h>
+#include <quillon/StringUtils.h>
+#include <quillon/WmiConnector.h>
 
-void Uptime(const quillon::MethodParameters& parameters, quillon::InvocationResult& result) {
-    long long timeout = quillon::ProcessUtils::DefaultTimeoutSecs;
-    quillon::ParameterBinder binder(parameters, false, false);
+namespace {
+
+using namespace quillon;
+
+void Uptime(const MethodParameters& parameters, InvocationResult& result) {
+    long long timeout = 10;
+    ParameterBinder binder(parameters, false, false);
     binder.AddOptionalBinding("timeout", timeout);
-    if (!binder.Bind(result)) return;  // result says which parameter is wrong
+    if (!binder.Bind(result) || !MethodParameterValidation::InRange("timeout", timeout, 1, 600, result))
+        return;  // result says which parameter is wrong
 
-    auto command = std::make_shared<quillon::ProcessUtils::CmdProperties>();
-    command->command = "uptime";
-    command->logger = quillon::ServiceLocator::Get<quillon::ICLogger>();
-    command->captureOutput = command->killOnTimeout = command->killTree = true;
-    command->timeoutSecs = static_cast<int>(timeout);
-    if (quillon::ProcessUtils::RunCliCommand(command) != 0)
-        quillon::ProcessUtils::SetSpecialErrorData(command.get(), result, "uptime failed");
-    result.resultTable = std::move(command->outputTable);
+    const ComScope com;
+    WmiConnector wmi;
+    wmi.SetDeadline(static_cast<std::int32_t>(timeout * 1000));
+    if (wmi.Connect("ROOT\\CIMV2") &&
+        wmi.ExecuteQuery("SELECT CSName, LastBootUpTime FROM Win32_OperatingSystem", &result.resultTable))
+        return;
+    result.resultCode = InvocationResult::kSystemFailure;
+    result.errorMessage = StringUtils::WideStringToNarrow(wmi.LastWmiError());
 }
+
+void Describe(IMethodMetadataBuilder& builder) {
+    builder.Description("Tells since when the system runs.")
+        .CreateParameter("timeout", typeid(long long))
+        .Description("In seconds.")
+        .OptionalValue(10)
+        .BindParameter()
+        .CreateColumn("CSName", typeid(std::string))
+        .Description("Name of the machine.")
+        .BindColumn()
+        .CreateColumn("LastBootUpTime", typeid(std::string))
+        .Description("ISO 8601.")
+        .BindColumn();
+}
+
+std::unique_ptr<IModule> MakeUptimeModule() {
+    std::vector<Method> methods;
+    methods.push_back(MakeMethod("Uptime.Read", IMethodMetadata::V5_0, &Describe, &Uptime));
+    return MakeModule(std::move(methods));
+}
+
+}  // namespace
+
+QUILLON_MODULE("Uptime", "1.0", MakeUptimeModule)

@@ -38,6 +38,8 @@ std::string CheckArgument(const std::string& argument) {
 
 std::string CheckFileName(const std::string& name) { return name.empty() ? "a file name is needed" : ""; }
 
+std::string CheckDirectory(const std::string& name) { return name.empty() ? "a directory is needed" : ""; }
+
 /// Adds an option whose value is one of the choices' names, in any case.
 template <class T, class Target>
 void AddChoice(CLI::App& app, const std::string& option, Target& target, const Choices<T>& choices,
@@ -52,6 +54,15 @@ void AddChoice(CLI::App& app, const std::string& option, Target& target, const C
     app.add_option_function<std::string>(option, choose, text)
         ->check(CLI::IsMember(choices, CLI::ignore_case).description(""))
         ->type_name(names);
+}
+
+void AddHostOptions(CLI::App& app, HostOptions& options) {
+    app.add_option("--config", options.configuration, "Settings of the agent, a JSON file")
+        ->check(CheckFileName)
+        ->type_name("FILE");
+    app.add_option("--modules", options.modules, "Load modules from this directory, not the configuration's")
+        ->check(CheckDirectory)
+        ->type_name("FOLDER");
 }
 
 CLI::App* AddRun(CLI::App& app, RunCommand& command) {
@@ -69,9 +80,7 @@ CLI::App* AddRun(CLI::App& app, RunCommand& command) {
     AddChoice(*run, "--log-to", command.log.systemLog, kSystemLogs, "Log to this log of the system as well");
     AddChoice(*run, "--level", command.log.level, kLevels,
               "Lowest level to log (default: the configuration's; info with --log, else warn)");
-    run->add_option("--config", command.configuration, "Settings of the agent, a JSON file")
-        ->check(CheckFileName)
-        ->type_name("FILE");
+    AddHostOptions(*run, command.host);
     run->add_option("--data", command.data, "Keep the databases below this directory, not the agent's own")
         ->type_name("FOLDER");
     return run;
@@ -81,6 +90,7 @@ CLI::App* AddMethods(CLI::App& app, MethodsCommand& command) {
     CLI::App* const methods =
         app.add_subcommand("methods", "Lists every method with its parameters and columns");
     AddChoice(*methods, "--format", command.format, kListFormats, "Form of the list (default text)");
+    AddHostOptions(*methods, command.host);
     return methods;
 }
 

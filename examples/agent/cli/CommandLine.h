@@ -10,18 +10,25 @@
 
 namespace quillon::agent {
 
+/// What every sub-command takes to set up the host.
+struct HostOptions {
+    std::string configuration;  ///< a file; empty: settings that are safe
+    std::string modules;        ///< a directory; empty: the configuration's
+};
+
 /// "quillon-agent run ..."
 struct RunCommand {
+    HostOptions host;
     std::string method;                  ///< "Module.Method"
     std::vector<std::string> arguments;  ///< "name=value", each with its '='
     Format format = Format::Text;
     LogSettings log;
-    std::string configuration;  ///< a file; empty: settings that are safe
-    std::string data;           ///< a directory; empty: the agent's own
+    std::string data;  ///< a directory; empty: the agent's own
 };
 
 /// "quillon-agent methods ..."
 struct MethodsCommand {
+    HostOptions host;
     ListFormat format = ListFormat::Text;
 };
 

@@ -10,7 +10,7 @@
 
 namespace quillon::agent {
 
-/// The agent's configuration: the settings of one file, or safe ones. It never changes.
+/// The agent's configuration: the settings of one file, or safe ones. It does not change once a host has it.
 class AgentConfiguration final : public IAgentConfiguration {
 public:
     explicit AgentConfiguration(AgentSettings settings = {}) : m_settings(std::move(settings)) {}
@@ -37,6 +37,9 @@ public:
     }
     bool GetSkipDigitalSignatureChecks() const override { return m_settings.skipDigitalSignatureChecks; }
     bool IsWayfarEnabled() const override { return m_settings.wayfarEnabled; }
+    /// Returns where modules in libraries of their own are; the empty text for nowhere.
+    const std::string& GetModuleDirectory() const { return m_settings.moduleDirectory; }
+    void SetModuleDirectory(const std::string& directory) { m_settings.moduleDirectory = directory; }
 
 private:
     AgentSettings m_settings;

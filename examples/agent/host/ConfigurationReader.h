@@ -26,6 +26,7 @@ struct AgentSettings {
     bool skipDigitalSignatureChecks = false;
     bool wayfarEnabled = false;
     std::map<std::string, ModuleSettings> modules;
+    std::string moduleDirectory;  ///< of modules in libraries of their own; empty: there are none
 };
 
 /// Reads a document (JSON in UTF-8) into `settings`. Every fault adds a text "line N:

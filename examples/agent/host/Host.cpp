@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "host/ModuleLoader.h"
 #include "modules/Arguments.h"
 #include "quillon/LogText.h"
 #include "quillon/LoggerUtils.h"
@@ -52,6 +53,8 @@ Host::Host(const LogSettings& log, const std::string& databases, const AgentConf
     RegisterBuilder<IMethodColumnBuilder, MethodColumnBuilder>();
     RuntimeEnv::GetInstance()->setEnvType(IRuntimeEnv::AgentEngine);
     m_modules = MakeModules();
+    if (!m_configuration.GetModuleDirectory().empty())
+        LoadModules(m_configuration.GetModuleDirectory(), m_modules);
 }
 
 std::string Host::DefaultDatabaseFolder() {

@@ -24,6 +24,7 @@ public:
     static constexpr const char* kDatabaseFolder = "Stores";
 
     /// The databases are in a directory, by default "Stores" in the agent's data directory; a library path.
+    /// Beside the built-in modules there are those in the configuration's directory of modules.
     explicit Host(const LogSettings& log, const std::string& databases = DefaultDatabaseFolder(),
                   const AgentConfiguration& configuration = AgentConfiguration());
     ~Host();

@@ -94,6 +94,13 @@ const char* StoreFlag(Settings& settings, const Place&, const Value& value) {
     return kStored;
 }
 
+const char* StoreModuleDirectory(Settings& settings, const Place&, const Value& value) {
+    const auto* const text = std::get_if<std::string>(&value);
+    if (text == nullptr || text->empty() || text->find('\0') != std::string::npos) return "a directory";
+    settings.moduleDirectory = *text;
+    return kStored;
+}
+
 const char* StoreModuleSetting(Settings& settings, const Place& place, const Value& value) {
     const auto* const text = std::get_if<std::string>(&value);
     if (text == nullptr) return "a text";
@@ -121,6 +128,7 @@ const SettingRule* FindSettingRule(std::string_view pattern) {
          &StoreFlag<&Settings::ignoreCertificateValidationErrors>},
         {"skipDigitalSignatureChecks", Kind::Scalar, &StoreFlag<&Settings::skipDigitalSignatureChecks>},
         {"wayfarEnabled", Kind::Scalar, &StoreFlag<&Settings::wayfarEnabled>},
+        {"moduleDirectory", Kind::Scalar, &StoreModuleDirectory},
         {"modules", Kind::Object},
         {"modules.*", Kind::Object},
         {"modules.*.*", Kind::Scalar, &StoreModuleSetting},

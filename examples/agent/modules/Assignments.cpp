@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "common/Failure.h"
 #include "modules/Arguments.h"
-#include "modules/Module.h"
 
 namespace quillon::agent {
 

@@ -3,7 +3,7 @@
 #include <limits>
 #include <memory>
 
-#include "modules/Module.h"
+#include "common/Failure.h"
 #include "modules/TableLayout.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ProcessUtils.h"

@@ -3,7 +3,8 @@
 #include <memory>
 #include <vector>
 
-#include "modules/Module.h"
+#include "common/Failure.h"
+#include "quillon/Module.h"
 
 namespace quillon::agent {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <sstream>
 
-#include "modules/Module.h"
+#include "common/Failure.h"
 #include "quillon/StringUtils.h"
 #include "quillon/TextFields.h"
 #include "quillon/TextToDataTableParser.h"

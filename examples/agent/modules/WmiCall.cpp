@@ -1,6 +1,6 @@
 #include "modules/WmiCall.h"
 
-#include "modules/Module.h"
+#include "common/Failure.h"
 #include "quillon/ComScope.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/StringUtils.h"

@@ -1,10 +1,10 @@
-#include "modules/Module.h"
+#include "quillon/Module.h"
 
 #include <utility>
 
 #include "quillon/ServiceLocator.h"
 
-namespace quillon::agent {
+namespace quillon {
 
 namespace {
 
@@ -19,6 +19,8 @@ private:
 };
 
 }  // namespace
+
+IModule::~IModule() = default;
 
 Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
                   const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run) {
@@ -38,4 +40,4 @@ std::unique_ptr<IModule> MakeModule(std::vector<Method> methods) {
     return std::make_unique<FixedModule>(std::move(methods));
 }
 
-}  // namespace quillon::agent
+}  // namespace quillon

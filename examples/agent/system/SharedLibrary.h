@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+namespace quillon::agent {
+
+/// The end of the names of shared libraries: ".so" or ".dll".
+extern const char* const kSharedLibraryEnd;
+
+/// Loads a shared library from its file, a library path in UTF-8, together with everything that it
+/// needs, and returns the address of a function that it exports. Libraries that it needs are looked for
+/// in the agent's directory, its own and the system's, never in the working directory. On failure returns
+/// null, and `fault` says why to people.
+///
+/// What was loaded stays loaded until the process ends: a thread or a text of it may outlive its user.
+void* LoadFunction(const std::string& path, const char* name, std::string& fault);
+
+/// Returns who but the agent's account, the system and its administrators can change the file or
+/// directory, or put another one in its place, as a text for people; empty for nobody. What cannot be
+/// looked at counts as a fault, which the text tells.
+std::string FindForeignWriter(const std::string& path);
+
+}  // namespace quillon::agent
