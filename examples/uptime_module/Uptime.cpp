@@ -30,12 +30,12 @@ void Describe(IMethodMetadataBuilder& builder) {
     builder.Description("Tells since when the system runs.")
         .CreateParameter("timeout", typeid(long long))
         .Description("In seconds.")
-        .OptionalValue(10)
+        .OptionalValue(10LL)
         .BindParameter()
-        .CreateColumn("CSName", typeid(std::string))
+        .CreateColumn("CSName", typeid(std::string), false)
         .Description("Name of the machine.")
         .BindColumn()
-        .CreateColumn("LastBootUpTime", typeid(std::string))
+        .CreateColumn("LastBootUpTime", typeid(std::string), false)
         .Description("ISO 8601.")
         .BindColumn();
 }

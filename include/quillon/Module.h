@@ -40,7 +40,7 @@ struct Method {
 ///     const auto describe = [](IMethodMetadataBuilder& builder) {
 ///         builder.Description("Answers with its parameter.")
 ///             .CreateParameter("text", typeid(std::string)).Description("Any text.").BindParameter()
-///             .CreateColumn("Text", typeid(std::string)).Description("The same text.").BindColumn();
+///             .CreateColumn("Text", typeid(std::string), false).Description("The same text.").BindColumn();
 ///     };
 ///     return MakeMethod("Sample.Echo", IMethodMetadata::V5_0, describe, &Echo);
 /// }
