@@ -14,6 +14,13 @@
 #define QUILLON_API __attribute__((visibility("default")))
 #endif
 
+/// QUILLON_MODULE_EXPORT marks what a module library exports: its entry, by QUILLON_MODULE (ModuleEntry.h).
+#if defined(_WIN32)
+#define QUILLON_MODULE_EXPORT __declspec(dllexport)
+#else
+#define QUILLON_MODULE_EXPORT __attribute__((visibility("default")))
+#endif
+
 /// Lets the compiler check a printf-style call. Positions count from 1, `this` included.
 #if defined(__clang__)
 #define QUILLON_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))

@@ -31,12 +31,6 @@ inline constexpr const char* kModuleEntryName = "QuillonModuleEntry";
 
 }  // namespace quillon
 
-#if defined(_WIN32)
-#define QUILLON_MODULE_EXPORT __declspec(dllexport)
-#else
-#define QUILLON_MODULE_EXPORT __attribute__((visibility("default")))
-#endif
-
 /// Defines the entry of a module library, once in it and outside every namespace. `make` is a function
 /// that returns a std::unique_ptr<quillon::IModule>; the texts are literals.
 ///
