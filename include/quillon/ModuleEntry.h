@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "quillon/Export.h"
 #include "quillon/Module.h"
 
 namespace quillon {
