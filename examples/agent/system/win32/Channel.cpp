@@ -1,7 +1,8 @@
 #include "system/Channel.h"
 
-#include <sddl.h>
 #include <windows.h>
+
+#include <sddl.h>
 
 #include <algorithm>
 #include <condition_variable>
