@@ -1,7 +1,6 @@
 #include <string>
 
 #include "platform/FileApi.h"
-#include "platform/win32/ExtendedPath.h"
 #include "platform/win32/NewFileName.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/WidePath.h"

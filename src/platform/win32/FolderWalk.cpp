@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "base/Utf.h"
+#include "base/PathEscapes.h"
 #include "platform/win32/FinalPath.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
@@ -100,7 +100,7 @@ bool FolderWalk::State::LiesHere(const std::wstring& finalName, const std::wstri
 
 /// Removes by handle, and only an entry that lies in the open directory.
 bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
-    const auto wideName = WidePath(name);
+    const auto wideName = WideName(name);
     if (!wideName) return false;
     const FileHandle file(::CreateFileW((path + *wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
                                         nullptr, OPEN_EXISTING,
@@ -129,7 +129,7 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
 }
 
 bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit, Detail) {
-    const bool found = EnumerateMatches(base::ToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
+    const bool found = EnumerateMatches(base::PathToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
         if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
         return true;
     });
@@ -137,7 +137,7 @@ bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit, Detail
 }
 
 std::optional<std::uint64_t> FolderWalk::SizeOf(const std::string& name) const {
-    return SizeOfFile(base::ToUtf8(m_state->path) + name);
+    return SizeOfFile(base::PathToUtf8(m_state->path) + name);
 }
 
 bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(name, false); }
@@ -145,7 +145,7 @@ bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(na
 bool FolderWalk::RemoveEmptyDirectory(const std::string& name) { return m_state->Remove(name, true); }
 
 bool FolderWalk::Enter(const std::string& name) {
-    const auto wideName = WidePath(name);
+    const auto wideName = WideName(name);
     return wideName && m_state->Push(m_state->path + *wideName, false);
 }
 

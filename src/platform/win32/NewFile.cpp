@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/win32/ExtendedPath.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/NewFileName.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <aclapi.h>
