@@ -75,10 +75,7 @@ struct FolderWalk::State {
     std::vector<Above> above;
 };
 
-FolderWalk::FolderWalk(std::unique_ptr<State> state) : m_state(std::move(state)) {}
-FolderWalk::FolderWalk(FolderWalk&&) noexcept = default;
-FolderWalk& FolderWalk::operator=(FolderWalk&&) noexcept = default;
-FolderWalk::~FolderWalk() = default;
+void FolderWalk::Drop::operator()(State* state) const noexcept { delete state; }
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
     const int flags = purpose == Purpose::ToErase ? kOpenFolder | O_NOFOLLOW : kOpenFolder;
@@ -88,7 +85,7 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
         FailWithErrno();
         return std::nullopt;
     }
-    auto state = std::make_unique<State>(State{std::move(handle), {}, {}});
+    OwnState state(new State{std::move(handle), {}, {}});
     if (purpose == Purpose::ToErase && !(state->mount = MountOf(state->folder))) return std::nullopt;
     return FolderWalk(std::move(state));
 }
