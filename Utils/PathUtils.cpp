@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "base/Characters.h"
+#include "base/PathEscapes.h"
 #include "base/PathText.h"
-#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/ModuleApi.h"
 
@@ -193,7 +193,7 @@ std::string& PathUtils::Normalise(std::string& path) {
 }
 
 std::wstring& PathUtils::Normalise(std::wstring& path) {
-    if (!path.empty()) path = base::ToWide(Normalised(base::ToUtf8(path)));
+    if (!path.empty()) path = base::PathToWide(Normalised(base::PathToUtf8(path)));
     return path;
 }
 

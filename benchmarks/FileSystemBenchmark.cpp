@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <ftw.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -70,6 +71,38 @@ void SumWithQuillon(benchmark::State& state) {
     for (auto _ : state) Check(state, quillon::FileSystemUtils::GetDirectorySizeInBytes(path, true));
 }
 BENCHMARK(SumWithQuillon)->Name("tree-size/quillon")->Unit(benchmark::kMillisecond);
+
+std::uint64_t g_bytes = 0;  // nftw() passes nothing on
+
+int AddSize(const char*, const struct stat* status, int kind, FTW*) {
+    if (kind == FTW_F) g_bytes += static_cast<std::uint64_t>(status->st_size);
+    return 0;
+}
+
+void WalkWithNftw(benchmark::State& state) {
+    const std::string path = Tree::Get().LibraryPath();
+    for (auto _ : state) {
+        g_bytes = 0;
+        constexpr int kDescriptors = 16;
+        ::nftw(path.c_str(), AddSize, kDescriptors, FTW_PHYS);
+        Check(state, g_bytes);
+    }
+}
+BENCHMARK(WalkWithNftw)->Name("tree-walk/baseline")->Unit(benchmark::kMillisecond);
+
+void WalkWithQuillon(benchmark::State& state) {
+    using FS = quillon::FileSystemUtils;
+    const std::string path = Tree::Get().LibraryPath();
+    for (auto _ : state) {
+        std::uint64_t bytes = 0;
+        FS::WalkFiles(path, {}, [&bytes](const FS::WalkEntry& entry) {
+            bytes += entry.size;
+            return true;
+        });
+        Check(state, bytes);
+    }
+}
+BENCHMARK(WalkWithQuillon)->Name("tree-walk/quillon")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include "Utils/internal/TreeWalk.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
+#include "platform/TextApi.h"
 #include "quillon/ICLogger.h"
 #include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
@@ -60,7 +61,7 @@ bool FileSystemUtils::Exists(const std::string& path) { return platform::Attribu
 bool FileSystemUtils::Exists(const wchar_t* path) { return Exists(std::wstring(path)); }
 
 bool FileSystemUtils::Exists(const std::wstring& path) {
-    const std::string narrow = base::ToUtf8(path);
+    const std::string narrow = platform::PathFromWide(path);
     if (platform::AttributesOf(narrow)) return true;
     const std::string reason = StringUtils::GetLastErrorAsString();  // logging overwrites it
     if (ICLogger* const logger = detail::RegisteredLogger()) {
@@ -93,7 +94,9 @@ bool FileSystemUtils::IsDirectory(const std::string& path) {
     return LeadsToDirectory(platform::AttributesOf(PathUtils::Normalise(normalised)));
 }
 
-bool FileSystemUtils::IsDirectory(const std::wstring& path) { return IsDirectory(base::ToUtf8(path)); }
+bool FileSystemUtils::IsDirectory(const std::wstring& path) {
+    return IsDirectory(platform::PathFromWide(path));
+}
 
 std::uint64_t FileSystemUtils::GetFileSizeInBytes(const std::string& path) {
     return platform::SizeOfFile(ForOpening(path)).value_or(0);

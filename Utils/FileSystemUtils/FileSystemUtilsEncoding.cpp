@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Utils/internal/TextEncoding.h"
+#include "base/AsciiRun.h"
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
@@ -30,16 +31,7 @@ std::uint64_t WordAt(const char* bytes) {
 
 /// Returns the offset of the first byte of 0x80 or more at or after `from`.
 std::size_t SkipAscii(std::string_view text, std::size_t from) {
-    constexpr std::uint64_t kHighBits = 0x8080808080808080;
-    const char* bytes = text.data();
-    for (; from + 4 * kWord <= text.size(); from += 4 * kWord) {
-        const char* block = bytes + from;
-        const std::uint64_t all =
-            WordAt(block) | WordAt(block + kWord) | WordAt(block + 2 * kWord) | WordAt(block + 3 * kWord);
-        if ((all & kHighBits) != 0) break;
-    }
-    while (from < text.size() && static_cast<unsigned char>(text[from]) < 0x80) ++from;
-    return from;
+    return from + base::CountAscii(text.data() + from, text.size() - from);
 }
 
 /// How many continuation bytes a lead byte asks for; 0 when it is none.

@@ -3,6 +3,7 @@
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/TextApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
@@ -33,7 +34,7 @@ std::uint32_t FindFilesInto(const std::string& pattern, std::vector<Text>* files
 
 std::string AsItIs(std::string path) { return path; }
 
-std::wstring AsWide(std::string path) { return base::ToWide(path); }
+std::wstring AsWide(std::string path) { return platform::PathToWide(path); }
 
 bool FailWithoutPath() {
     platform::SetLastErrorCode(base::kPathNotFound);
@@ -74,11 +75,11 @@ std::uint32_t FileSystemUtils::FindFiles(const std::string& pattern, std::vector
 }
 
 std::uint32_t FileSystemUtils::FindFiles(const wchar_t* pattern, std::vector<std::wstring>* files) {
-    return FindFilesInto(base::ToUtf8(pattern), files, AsWide);
+    return FindFilesInto(platform::PathFromWide(pattern), files, AsWide);
 }
 
 std::uint32_t FileSystemUtils::FindFiles(const std::wstring& pattern, std::vector<std::wstring>* files) {
-    return FindFilesInto(base::ToUtf8(pattern), files, AsWide);
+    return FindFilesInto(platform::PathFromWide(pattern), files, AsWide);
 }
 
 std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::string& pattern,

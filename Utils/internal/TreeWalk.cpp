@@ -43,15 +43,15 @@ private:
 
     bool VisitFiles() {
         Level level{{}, 0, m_path.size()};
-        std::vector<DirectoryEntry> files;
+        m_files.clear();
         const bool isListed = m_walk.List(
             [&](DirectoryEntry&& entry) {
-                (entry.isDirectory ? level.folders : files).push_back(std::move(entry));
+                (entry.isDirectory ? level.folders : m_files).push_back(std::move(entry));
             },
             m_visitor.Detail());
         const bool isStart = m_levels.empty();
         if (!isListed && (isStart || !m_visitor.SkipsLostFolders())) return false;
-        for (const DirectoryEntry& file : files) {
+        for (const DirectoryEntry& file : m_files) {
             if (!m_visitor.OnFileEntry(m_walk, m_path, file)) return false;
         }
         m_levels.push_back(std::move(level));
@@ -108,6 +108,7 @@ private:
     FolderWalk::Purpose m_purpose;
     ITreeVisitor& m_visitor;
     std::vector<Level> m_levels;
+    std::vector<DirectoryEntry> m_files;  ///< of the last directory; one for all, for its memory
 };
 
 }  // namespace

@@ -224,19 +224,28 @@ std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consume
     return narrow;
 }
 
-void SwapBytes(char16_t* units, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) units[i] = static_cast<char16_t>(units[i] << 8 | units[i] >> 8);
+/// The character whose bytes begin at `p`, which is moved past it; or kInvalid, `p` staying.
+template <bool kBigEndian>
+std::uint32_t TakeUnitBytes(const char*& p, const char* end) {
+    const char16_t units[] = {UnitOfBytes<kBigEndian>(p),
+                              end - p < 4 ? char16_t{0} : UnitOfBytes<kBigEndian>(p + 2)};
+    const char16_t* unit = units;
+    const std::uint32_t character = TakeUnits(unit, units + 2);
+    p += 2 * (unit - units);
+    return character;
 }
 
-/// Puts units, up to the first invalid one, which `p` is moved to, as bytes. Returns how many those are.
-std::size_t EncodeUnits(const char16_t*& p, const char16_t* end, char* narrow) {
+/// Puts the units of these bytes as UTF-8, up to the first invalid one, which `p` is moved to. Returns how
+/// many bytes that gives.
+template <bool kBigEndian>
+std::size_t EncodeUnits(const char*& p, const char* end, char* narrow) {
     char* out = narrow;
     while (p != end) {
-        const std::size_t run = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
-        p += run;
+        const std::size_t run = NarrowAsciiBytes<kBigEndian>(p, static_cast<std::size_t>(end - p) / 2, out);
+        p += 2 * run;
         out += run;
-        while (p != end && Value(*p) >= 0x80) {
-            const std::uint32_t character = TakeUnits(p, end);
+        while (p != end && UnitOfBytes<kBigEndian>(p) >= 0x80) {
+            const std::uint32_t character = TakeUnitBytes<kBigEndian>(p, end);
             if (character == kInvalid) return static_cast<std::size_t>(out - narrow);
             out = PutBytes(character, out);
         }
@@ -308,30 +317,36 @@ std::string RepairUtf8(std::string_view text) {
 }
 
 bool Utf16Decoder::Add(std::string_view bytes, std::string& text) {
-    char16_t units[kUnits + 2];
-    auto* const raw = reinterpret_cast<char*>(units);
     while (!m_hasFailed && !bytes.empty()) {
-        std::memcpy(raw, m_kept, sizeof m_kept);
-        const std::size_t taken = std::min(bytes.size(), 2 * kUnits);
-        std::memcpy(raw + m_keptSize, bytes.data(), taken);
-        bytes.remove_prefix(taken);
-        m_hasFailed = !AddUnits(units, m_keptSize + taken, text);
+        if (m_keptSize == 0) {
+            const std::size_t taken = std::min(bytes.size(), 2 * kUnits);
+            AddUnits(bytes.substr(0, taken), text);
+            bytes.remove_prefix(taken);
+            continue;
+        }
+        m_kept[m_keptSize++] = bytes.front();
+        bytes.remove_prefix(1);
+        if (m_keptSize % 2 == 0) AddKept(text);
     }
     return !m_hasFailed;
 }
 
-bool Utf16Decoder::AddUnits(char16_t* units, std::size_t bytes, std::string& text) {
-    const std::size_t count = bytes / 2;
-    const char16_t* p = units;
-    if (m_bigEndian) SwapBytes(units, count);
-    char narrow[3 * (kUnits + 2)];
-    text.append(narrow, EncodeUnits(p, units + count, narrow));
-    const std::size_t left = count - static_cast<std::size_t>(p - units);
-    if (left > 1 || (left == 1 && !IsHighSurrogate(*p))) return false;
-    if (m_bigEndian) SwapBytes(units + count - left, left);
-    m_keptSize = 2 * left + bytes % 2;
+void Utf16Decoder::AddKept(std::string& text) {
+    const std::string kept(m_kept, std::exchange(m_keptSize, 0));
+    AddUnits(kept, text);
+}
+
+void Utf16Decoder::AddUnits(std::string_view bytes, std::string& text) {
+    char narrow[3 * kUnits];
+    const char* p = bytes.data();
+    const char* const end = p + bytes.size() / 2 * 2;
+    text.append(narrow, m_bigEndian ? EncodeUnits<true>(p, end, narrow) : EncodeUnits<false>(p, end, narrow));
+    const auto left = static_cast<std::size_t>(end - p);
+    const char16_t unit = left == 0 ? u'\0' : m_bigEndian ? UnitOfBytes<true>(p) : UnitOfBytes<false>(p);
+    m_hasFailed = left > 2 || (left == 2 && !IsHighSurrogate(unit));
+    if (m_hasFailed) return;
+    m_keptSize = left + bytes.size() % 2;
     std::memcpy(m_kept, p, m_keptSize);
-    return true;
 }
 
 std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {

@@ -16,9 +16,12 @@ public:
     bool Add(std::string_view bytes, std::string& text);
 
 private:
-    static constexpr std::size_t kUnits = 8192;
+    static constexpr std::size_t kUnits = 4096;
 
-    bool AddUnits(char16_t* units, std::size_t bytes, std::string& text);
+    /// Takes what is kept, which has come to whole units.
+    void AddKept(std::string& text);
+    /// Appends kUnits units at most; what is half a character at their end is kept.
+    void AddUnits(std::string_view bytes, std::string& text);
 
     bool m_bigEndian;
     bool m_hasFailed = false;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/FileApi.h"
 
@@ -22,9 +23,6 @@ public:
     enum class Purpose { ToList, ToErase };
 
     static std::optional<FolderWalk> Open(const std::string& folder, Purpose purpose);
-    FolderWalk(FolderWalk&&) noexcept;
-    FolderWalk& operator=(FolderWalk&&) noexcept;
-    ~FolderWalk();
 
     enum class Detail { Names, Facts };
 
@@ -43,8 +41,13 @@ public:
 
 private:
     struct State;
-    explicit FolderWalk(std::unique_ptr<State> state);
-    std::unique_ptr<State> m_state;
+    struct Drop {
+        void operator()(State* state) const noexcept;
+    };
+    using OwnState = std::unique_ptr<State, Drop>;
+
+    explicit FolderWalk(OwnState state) : m_state(std::move(state)) {}
+    OwnState m_state;
 };
 
 }  // namespace quillon::platform

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/Handle.h"
 
@@ -21,10 +22,6 @@ public:
     /// base::kAccessDenied when a directory, a device or a read-only file has the name. Where a file is
     /// replaced, the new one is its owner's only until TakeSecurity().
     static std::optional<NewFile> Create(const std::string& path, IfThere ifThere, Access access);
-    NewFile(NewFile&&) noexcept;
-    NewFile& operator=(NewFile&&) noexcept;
-    ~NewFile();
-
     [[nodiscard]] const FileHandle& Handle() const;
     /// Takes over the owner, as far as the process may give files away, and the access of the file that will
     /// be replaced; false when that could leave it to more users than before.
@@ -35,8 +32,17 @@ public:
 
 private:
     struct State;
-    explicit NewFile(std::unique_ptr<State> state);
-    std::unique_ptr<State> m_state;
+    /// Removes the file while it has its temporary name; keeps the last error.
+    struct Drop {
+        void operator()(State* state) const noexcept;
+    };
+    using OwnState = std::unique_ptr<State, Drop>;
+
+    explicit NewFile(OwnState state) : m_state(std::move(state)) {}
+    OwnState m_state;
 };
+
+/// Returns a new name of the form ".quillon-XXXXXXXXXXXXXXXX.part".
+std::string NewFileName();
 
 }  // namespace quillon::platform

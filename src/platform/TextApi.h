@@ -14,6 +14,11 @@ namespace quillon::platform {
 std::string WideToAnsi(std::wstring_view text);
 std::wstring AnsiToWide(const std::string& text);
 
+/// Paths of the wide interface as library paths, and back. On Windows a lone surrogate, for which UTF-8 has
+/// no place, is escaped, as are the last dot or blank of a name that was listed (base/PathEscapes.h).
+std::string PathFromWide(std::wstring_view path);
+std::wstring PathToWide(const std::string& path);
+
 /// The text of a BSTR by its own count, so with its embedded zeros; null is the empty text.
 std::wstring_view BstrText(BSTR text);
 

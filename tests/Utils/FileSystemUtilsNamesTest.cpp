@@ -62,8 +62,9 @@ TEST_F(FileSystemNamesTest, EveryListedNameIsUsableAndNoneLeadsElsewhere) {
     if (test::kWindows) GTEST_SKIP() << "no such names there";
     dir.Write("victim.txt", "precious");
     fs::create_directories(dir.Native("drop"));
-    const std::vector<std::string> names = {
-        "..\\victim.txt", "..\\..\\victim.txt", "\\", "a\xFF\\b", "\xEF\x81\x9C", "\xC3", "C:\\victim.txt"};
+    const std::vector<std::string> names = {"..\\victim.txt", "..\\..\\victim.txt", "\\",
+                                            "a\xFF\\b",       "\xEF\x81\x9C",       "\xC3",
+                                            "\xC4",           "C:\\victim.txt"};
     for (const std::string& name : names) std::ofstream(dir.Native("drop").string() + '/' + name) << "inner";
     fs::create_directory(dir.Native("drop").string() + "/sub\\\xFE");
     std::ofstream(dir.Native("drop").string() + "/sub\\\xFE/..\\victim.txt") << "inner";
@@ -75,7 +76,10 @@ TEST_F(FileSystemNamesTest, EveryListedNameIsUsableAndNoneLeadsElsewhere) {
     EXPECT_EQ(FS::FindFiles(dir.Path("drop\\*"), &found), names.size());
     EXPECT_TRUE(FS::GetImmediateFilesWithin(dir.Path("drop"), immediate));
     EXPECT_EQ(FS::GetDirectorySizeInBytes(dir.Path("drop"), false), immediate.size() * 5);
-    for (const std::string& path : found) EXPECT_EQ(FS::ReadContentsOfFile(path), "inner") << path;
+    for (const std::string& path : found) {
+        EXPECT_EQ(FS::ReadContentsOfFile(path), "inner") << path;
+        EXPECT_EQ(FS::FindFiles(path, nullptr), 1U) << path;
+    }
     for (const std::string& path : all) {
         SCOPED_TRACE(path);
         EXPECT_EQ(FS::ReadContentsOfFile(path), "inner");

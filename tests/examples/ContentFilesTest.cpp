@@ -1,13 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <string>
-#include <thread>
 
 #include "common/TemporaryName.h"
 #include "content/RemoteName.h"
@@ -58,45 +52,6 @@ TEST_F(ContentFilesTest, LeftoversOfKilledDownloadsGoAndFilesInTheMakingStay) {
     EXPECT_EQ(dir.Read("to/sub/held"), "held");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("to/sub")), {}), 5);
     EXPECT_TRUE(agent::IsTemporaryName(agent::MakeTemporaryName()));
-}
-
-TEST_F(ContentFilesTest, SwappedFoldersLeadNoDownloadOutside) {
-    // The emulator's C++ library makes no links.
-    if (kWindows) GTEST_SKIP() << "no links can be made";
-    constexpr int kMostTries = 10'000'000;
-    const char* const chosen = std::getenv("QUILLON_TORTURE_SECONDS");
-    const double seconds = chosen != nullptr ? std::clamp(std::strtod(chosen, nullptr), 0.5, 3600.0) : 5;
-    const auto end =
-        std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds / 5 / QUILLON_TEST_SLOWDOWN);
-    dir.Write("outside/a", "precious");
-    fs::create_directories(dir.Native("to/sub"));
-    fs::create_directory_symlink(dir.Native("outside"), dir.Native("link"));
-    DestinationFolder folder;
-    ASSERT_EQ(folder.Open(dir.Path("to")), "");
-    std::atomic<bool> isOver{false};
-    std::atomic<int> swaps{0};
-    std::thread attacker([&] {
-        std::error_code ignored;
-        while (!isOver && swaps < kMostTries && std::chrono::steady_clock::now() < end) {
-            fs::rename(dir.Native("to/sub"), dir.Native("parked"), ignored);
-            fs::rename(dir.Native("link"), dir.Native("to/sub"), ignored);
-            fs::create_symlink(dir.Native("outside/a"), dir.Native("parked/a"), ignored);
-            fs::rename(dir.Native("to/sub"), dir.Native("link"), ignored);
-            fs::rename(dir.Native("parked"), dir.Native("to/sub"), ignored);
-            ++swaps;
-        }
-    });
-    int tries = 0, written = 0;
-    for (; tries < kMostTries && std::chrono::steady_clock::now() < end; ++tries) {
-        written += Put(folder, {"sub", "a"}).empty() ? 1 : 0;
-        if (dir.Read("outside/a") != "precious") break;
-    }
-    isOver = true;
-    attacker.join();
-    EXPECT_EQ(dir.Read("outside/a"), "precious") << "after " << tries << " tries";
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("outside")), {}), 1);
-    EXPECT_GT(swaps, 0);
-    std::cout << "download: " << tries << " tries, " << written << " written, " << swaps << " swaps\n";
 }
 
 TEST(RemoteNames, ThatDifferOnlyInCaseAreOneBeyondAsciiAsWell) {

@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "quillon/IShutdownMonitor.h"
+#include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
 #include "system/Sha256.h"
 
 namespace quillon::agent {
@@ -19,10 +21,16 @@ CopyOutcome NotWritten(const std::string& fault) {
     return {InvocationResult::kSystemFailure, "cannot be written: " + fault};
 }
 
+std::vector<std::string> ComponentsOf(const ContentItem& item) {
+    std::vector<std::string> components;
+    StringUtils::SplitByChar(item.name, PathUtils::PathSep, components);
+    return components;
+}
+
 /// Whether the file is there with the expected content, so that a download goes on where another ended.
 bool IsThere(const ContentItem& item, DestinationFolder& destination) {
     SourceFile file;
-    if (!destination.OpenExisting(item.components, file).empty() || file.Size() != item.size) return false;
+    if (!destination.OpenExisting(ComponentsOf(item), file).empty() || file.Size() != item.size) return false;
     Sha256 hash;
     std::vector<char> piece(static_cast<std::size_t>(std::min(item.size, kPiece - 1) + 1));
     for (std::int64_t left = item.size; !IsEnding();) {
@@ -71,19 +79,19 @@ bool IsEnding() {
     return monitor != nullptr && monitor->IsShutdownRequested();
 }
 
-CopyOutcome PrepareContent(const ContentItem& item, DestinationFolder& destination, Progress& progress,
-                           std::unique_ptr<NewFile>& file) {
+CopyOutcome PrepareContent(const ContentItem& item, const std::string& source, DestinationFolder& destination,
+                           Progress& progress, std::unique_ptr<NewFile>& file) {
     if (IsThere(item, destination)) {
         progress.Advance(item.size);
         return {};
     }
-    SourceFile source;
-    std::string fault = source.Open(item.source);
+    SourceFile content;
+    std::string fault = content.Open(source);
     if (!fault.empty()) return {InvocationResult::kSystemFailure, "cannot be read: " + fault};
     std::unique_ptr<NewFile> made;
-    fault = destination.Create(item.components, made);
+    fault = destination.Create(ComponentsOf(item), made);
     if (!fault.empty()) return NotWritten(fault);
-    CopyOutcome outcome = CopyPieces(item, source, *made, progress);
+    CopyOutcome outcome = CopyPieces(item, content, *made, progress);
     if (outcome.code == 0) file = std::move(made);
     return outcome;
 }
@@ -100,9 +108,10 @@ std::vector<CopyOutcome> CommitContent(DestinationFolder& destination,
     return outcomes;
 }
 
-CopyOutcome CopyContent(const ContentItem& item, DestinationFolder& destination, Progress& progress) {
+CopyOutcome CopyContent(const ContentItem& item, const std::string& source, DestinationFolder& destination,
+                        Progress& progress) {
     std::vector<std::unique_ptr<NewFile>> files(1);
-    const CopyOutcome outcome = PrepareContent(item, destination, progress, files.front());
+    const CopyOutcome outcome = PrepareContent(item, source, destination, progress, files.front());
     return outcome.code == 0 ? CommitContent(destination, files).front() : outcome;
 }
 

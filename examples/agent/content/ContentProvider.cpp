@@ -44,22 +44,28 @@ std::int64_t SizeOf(const std::vector<ContentItem>& items) {
     return size;
 }
 
-VariantList RowOf(const ContentItem& item, const std::string& name, const CopyOutcome& outcome) {
-    return VariantList(Variant("Name", name), Variant("Size", static_cast<long long>(item.size)),
+VariantList RowOf(const ContentItem& item, const CopyOutcome& outcome) {
+    return VariantList(Variant("Name", item.name), Variant("Size", static_cast<long long>(item.size)),
                        Variant::StringOrNullVariant("Fault", outcome.fault));
 }
 
 /// Copies files one after the other, and puts as many of them in place at once as one sync is worth.
 class Download {
 public:
-    Download(const std::vector<ContentItem>& items, DestinationFolder& destination, InvocationResult& result)
-        : m_items(items), m_destination(destination), m_result(result), m_progress(SizeOf(items)) {}
+    Download(const std::vector<ContentItem>& items, const std::string& source, DestinationFolder& destination,
+             InvocationResult& result)
+        : m_items(items),
+          m_source(source),
+          m_destination(destination),
+          m_result(result),
+          m_progress(SizeOf(items)) {}
 
     /// A row for each file; the first fault gives the code.
     void Run() {
         for (const ContentItem& item : m_items) {
             m_files.emplace_back();
-            m_prepared.push_back(PrepareContent(item, m_destination, m_progress, m_files.back()));
+            const std::string source = PathUtils::CombinePaths(m_source, item.name, PathUtils::PathSep);
+            m_prepared.push_back(PrepareContent(item, source, m_destination, m_progress, m_files.back()));
             m_bytes += std::min(item.size, kMostBytes);
             if (m_prepared.back().isAborted) {
                 const CopyOutcome aborted = m_prepared.back();
@@ -88,11 +94,10 @@ private:
     }
 
     void Add(const ContentItem& item, const CopyOutcome& outcome) {
-        const std::string name = StringUtils::StringVecToString(item.components, PathUtils::PathSep);
-        m_result.resultTable.AddRow(RowOf(item, name, outcome));
+        m_result.resultTable.AddRow(RowOf(item, outcome));
         if (outcome.code == 0 || ++m_failures > 1) return;
         m_result.resultCode = outcome.code;
-        m_first = '\'' + ShownText(name) + "' " + outcome.fault;
+        m_first = '\'' + ShownText(item.name) + "' " + outcome.fault;
     }
 
     void Report() {
@@ -103,6 +108,7 @@ private:
     }
 
     const std::vector<ContentItem>& m_items;
+    const std::string& m_source;
     DestinationFolder& m_destination;
     InvocationResult& m_result;
     Progress m_progress;
@@ -125,33 +131,32 @@ void DownloadFolder(const MethodParameters& parameters, InvocationResult& result
     result.resultTable.SetDefaultColumnNames({"Name", "Size", "Fault"});
     std::vector<ContentItem> items;
     DestinationFolder destination;
-    if (ReadContentList(list, listUrl, folder, items, result) &&
+    if (ReadContentList(list, listUrl, items, result) &&
         OpenDestination(PathUtils::HomogeniseSlashesForOs(local), destination, result))
-        Download(items, destination, result).Run();
+        Download(items, folder, destination, result).Run();
 }
 
 /// Where a file goes: its directory and its name.
 bool SplitLocal(const std::string& local, std::string& folder, ContentItem& item, InvocationResult& result) {
     const std::string path = PathUtils::HomogeniseSlashesForOs(local);
-    RemoteName name = ReadRemoteName(PathUtils::FileName(path));
-    if (*name.fault != '\0')
-        return RefuseParameter(std::string("The file's name in 'LocalFilePath' ") + name.fault, result);
+    item.name = PathUtils::FileName(path);
+    if (const char* const fault = ReadRemoteName(item.name).fault; *fault != '\0')
+        return RefuseParameter(std::string("The file's name in 'LocalFilePath' ") + fault, result);
     folder = PathUtils::DirName(path, PathUtils::PathSep);
     if (folder.find(PathUtils::PathSep) == std::string::npos) folder += PathUtils::PathSep;  // a root
-    item.components = std::move(name.components);
     return true;
 }
 
 void DownloadFile(const MethodParameters& parameters, InvocationResult& result) {
-    std::string url, hash, local, folder;
+    std::string url, hash, local, folder, source;
     long long size = 0;
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("RemoteContentFileUrl", url);
     binder.AddMandatoryBinding("FileHash", hash);
     binder.AddMandatoryBinding("FileSize", size);
     binder.AddMandatoryBinding("LocalFilePath", local);
-    ContentItem item;
-    if (!binder.Bind(result) || !TakeUrl("RemoteContentFileUrl", url, item.source, result) ||
+    ContentItem item{};
+    if (!binder.Bind(result) || !TakeUrl("RemoteContentFileUrl", url, source, result) ||
         !SplitLocal(local, folder, item, result))
         return;
     if (size < 0 || !IsSha256(hash)) {
@@ -163,7 +168,7 @@ void DownloadFile(const MethodParameters& parameters, InvocationResult& result) 
     DestinationFolder destination;
     if (!OpenDestination(folder, destination, result)) return;
     Progress progress(size);
-    const CopyOutcome outcome = CopyContent(item, destination, progress);
+    const CopyOutcome outcome = CopyContent(item, source, destination, progress);
     if (outcome.code != 0) Fail(outcome.code, '\'' + ShownText(url) + "' " + outcome.fault, result);
 }
 

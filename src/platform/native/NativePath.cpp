@@ -77,6 +77,9 @@ void AppendValid(std::string& result, std::string_view text) {
     }
 }
 
+/// Most names have no other characters.
+bool IsPlain(char c) { return static_cast<unsigned char>(c) < 0x80 && c != '\\'; }
+
 std::nullopt_t RefuseName() {
     errno = EILSEQ;
     return std::nullopt;
@@ -112,9 +115,8 @@ std::optional<std::string> NativeElement(const std::string& name) {
 }
 
 std::string LibraryName(std::string_view nativeName) {
-    const bool isPlain = nativeName.find_first_of("\\\xEF") == std::string_view::npos;
+    if (std::all_of(nativeName.begin(), nativeName.end(), &IsPlain)) return std::string(nativeName);
     std::size_t valid = base::FindInvalidUtf8(nativeName);
-    if (isPlain && valid == std::string_view::npos) return std::string(nativeName);
     std::string result;
     while (!nativeName.empty()) {
         AppendValid(result, nativeName.substr(0, valid));

@@ -34,10 +34,11 @@ bool EnumerateMatches(const std::string& pattern, const std::function<bool(const
     const std::size_t name = native->rfind('/') + 1;  // 0 when there is none
     const OpenFolder folder(::opendir(name == 0 ? "." : native->substr(0, name).c_str()));
     if (!folder) return FailWithErrno();
-    const std::string_view wildcards = std::string_view(*native).substr(name);
+    // Compared as they are listed: two names that are no UTF-8 are not the same.
+    const std::string wildcards = LibraryName(std::string_view(*native).substr(name));
     bool hasMatch = false;
     while (const ::dirent* const found = ::readdir(folder.get())) {
-        if (wildcards.empty() || !MatchesWildcards(found->d_name, wildcards)) continue;
+        if (wildcards.empty() || !MatchesWildcards(LibraryName(found->d_name), wildcards)) continue;
         hasMatch = true;
         if (!visit(ToEntry(::dirfd(folder.get()), *found))) break;
     }

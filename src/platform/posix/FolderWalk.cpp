@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 #include <vector>
 
 #include "platform/native/NativePath.h"
@@ -54,18 +55,27 @@ bool IsDotOrDotDot(const char* name) {
 
 }  // namespace
 
-/// Keeps only the current directory open, as a process has few descriptors. The way up is "..", which is
-/// taken only when it leads to the very directory that the walk came from.
+/// Keeps few directories open, as a process has few descriptors: a walk that erases the current one, any
+/// other the last ones on the way as well. Where a directory is not open, the way up is "..", which is taken
+/// only when it leads to the very directory that the walk came from.
 struct FolderWalk::State {
+    struct Above {
+        FileHandle folder;
+        std::optional<Identity> identity;  ///< when it is not open
+    };
+
+    /// Not when it could not be told again.
+    static void Close(Above& level) {
+        level.identity = IdentityOf(level.folder);
+        if (level.identity) level.folder.Reset();
+    }
+
     FileHandle folder;
     std::optional<Mount> mount;  ///< that is not left; none for a walk that only lists
-    std::vector<Identity> above;
+    std::vector<Above> above;
 };
 
-FolderWalk::FolderWalk(std::unique_ptr<State> state) : m_state(std::move(state)) {}
-FolderWalk::FolderWalk(FolderWalk&&) noexcept = default;
-FolderWalk& FolderWalk::operator=(FolderWalk&&) noexcept = default;
-FolderWalk::~FolderWalk() = default;
+void FolderWalk::Drop::operator()(State* state) const noexcept { delete state; }
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
     const int flags = purpose == Purpose::ToErase ? kOpenFolder | O_NOFOLLOW : kOpenFolder;
@@ -75,7 +85,7 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
         FailWithErrno();
         return std::nullopt;
     }
-    auto state = std::make_unique<State>(State{std::move(handle), {}, {}});
+    OwnState state(new State{std::move(handle), {}, {}});
     if (purpose == Purpose::ToErase && !(state->mount = MountOf(state->folder))) return std::nullopt;
     return FolderWalk(std::move(state));
 }
@@ -117,32 +127,39 @@ bool FolderWalk::RemoveEmptyDirectory(const std::string& name) {
 }
 
 bool FolderWalk::Enter(const std::string& name) {
-    const auto here = IdentityOf(m_state->folder);
     const auto native = NativeElement(name);
     FileHandle below(native ? ::openat(m_state->folder.Get(), native->c_str(), kOpenFolder | O_NOFOLLOW)
                             : -1);
     if (!below) return FailWithErrno();
-    if (!here) return false;
     if (m_state->mount && MountOf(below) != m_state->mount) {
         errno = EXDEV;
         return FailWithErrno();
     }
-    m_state->above.push_back(*here);
-    m_state->folder = std::move(below);
+    constexpr std::size_t kMostOpen = 8;
+    auto& above = m_state->above;
+    above.push_back({std::exchange(m_state->folder, std::move(below)), {}});
+    const std::size_t open = m_state->mount ? 0 : kMostOpen;
+    if (above.size() > open) State::Close(above[above.size() - 1 - open]);
     return true;
 }
 
 bool FolderWalk::Leave() {
-    FileHandle above(::openat(m_state->folder.Get(), "..", kOpenFolder));
-    if (!above) return FailWithErrno();
-    const auto identity = IdentityOf(above);
-    if (!identity) return false;
-    if (m_state->above.empty() || *identity != m_state->above.back()) {
-        errno = ENOTDIR;  // the folder was moved away meanwhile
+    if (m_state->above.empty()) {
+        errno = ENOTDIR;
         return FailWithErrno();
     }
+    State::Above& last = m_state->above.back();
+    if (!last.folder) {
+        last.folder.Reset(::openat(m_state->folder.Get(), "..", kOpenFolder));
+        if (!last.folder) return FailWithErrno();
+        if (IdentityOf(last.folder) != last.identity) {
+            last.folder.Reset();
+            errno = ENOTDIR;  // the folder was moved away meanwhile
+            return FailWithErrno();
+        }
+    }
+    m_state->folder = std::move(last.folder);
     m_state->above.pop_back();
-    m_state->folder = std::move(above);
     return true;
 }
 

@@ -2,13 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <utility>
 
 #include "platform/ErrorText.h"
@@ -31,14 +29,6 @@ auto Retried(const Call& call) {
     auto result = call();
     while (result < 0 && errno == EINTR) result = call();
     return result;
-}
-
-std::string TemporaryName() {
-    std::uint64_t number = 0;
-    Retried([&number] { return ::getrandom(&number, sizeof number, 0); });
-    char name[40];
-    std::snprintf(name, sizeof name, ".quillon-%016llx.part", static_cast<unsigned long long>(number));
-    return name;
 }
 
 /// One that may be written to, but not read, serves as well; it cannot be brought to the disk.
@@ -103,7 +93,7 @@ bool NewFile::State::Make(mode_t mode) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     constexpr int kMostNames = 100;
     for (int i = 0; i < kMostNames; ++i) {
-        temporary = TemporaryName();
+        temporary = NewFileName();
         file.Reset(Retried([&] { return ::openat(directory.Get(), temporary.c_str(), kFlags, mode); }));
         if (!file && errno != EEXIST) return false;
         if (file && IsOurs(file)) return isThere = true;
@@ -121,22 +111,15 @@ bool NewFile::State::GiveNameOnce() {
     return true;
 }
 
-NewFile::NewFile(std::unique_ptr<State> state) : m_state(std::move(state)) {}
-NewFile::NewFile(NewFile&&) noexcept = default;
-NewFile& NewFile::operator=(NewFile&& other) noexcept {
-    std::swap(m_state, other.m_state);
-    return *this;
-}
-
-NewFile::~NewFile() {
-    if (!m_state || !m_state->isThere) return;
+void NewFile::Drop::operator()(State* state) const noexcept {
     const std::uint32_t code = LastError();
-    ::unlinkat(m_state->directory.Get(), m_state->temporary.c_str(), 0);
+    if (state->isThere) ::unlinkat(state->directory.Get(), state->temporary.c_str(), 0);
+    delete state;
     SetLastErrorCode(code);
 }
 
 std::optional<NewFile> NewFile::Create(const std::string& path, IfThere ifThere, Access access) {
-    auto state = std::make_unique<State>();
+    OwnState state(new State);
     state->ifThere = ifThere;
     const auto native = NativePath(path);
     if (native && state->Split(*native) && state->CheckOld()) {

@@ -69,6 +69,10 @@ std::wstring AnsiToWide(const std::string& text) { return base::ToWide(text); }
 
 std::string WideToAnsi(std::wstring_view text) { return base::ToUtf8(text); }
 
+std::string PathFromWide(std::wstring_view path) { return base::ToUtf8(path); }
+
+std::wstring PathToWide(const std::string& path) { return base::ToWide(path); }
+
 std::wstring_view BstrText(BSTR text) { return {text, SysStringLen(text)}; }
 
 std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) {

@@ -1,7 +1,7 @@
-#include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
 #include "platform/win32/FinalPath.h"
+#include "platform/win32/OpenFile.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
@@ -40,10 +40,7 @@ std::optional<FileIdentity> IdentityOf(const std::string& path) {
     const FileHandle file(::CreateFileW(wide->c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
                                         OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-    BY_HANDLE_FILE_INFORMATION facts{};
-    if (!file || ::GetFileInformationByHandle(file.Get(), &facts) == 0) return std::nullopt;
-    return FileIdentity{facts.dwVolumeSerialNumber,
-                        (std::uint64_t{facts.nFileIndexHigh} << 32) | facts.nFileIndexLow};
+    return file ? IdentityOf(file) : std::nullopt;
 }
 
 std::optional<std::string> ResolvedFolder(const std::string& path) {
@@ -53,7 +50,7 @@ std::optional<std::string> ResolvedFolder(const std::string& path) {
                                           OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     std::wstring resolved = folder ? FinalPath(folder, VOLUME_NAME_DOS) : std::wstring();
     if (resolved.empty()) return std::nullopt;
-    return base::ToUtf8(resolved);
+    return PathFromWide(resolved);
 }
 
 std::optional<FileAttributes> AttributesOf(const std::string& path) {

@@ -1,5 +1,6 @@
 #include "base/Utf.h"
 #include "platform/FileApi.h"
+#include "platform/TextApi.h"
 #include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/WidePath.h"
@@ -39,7 +40,7 @@ std::optional<std::string> CreateNumbered(const std::string& folder, const std::
     constexpr UINT kNumbers = 0xFFFF;
     constexpr int kMostDenied = 16;
     const LocalMemory security = CurrentUserOnly(inheritance);
-    const auto wideFolder = WidePath(folder), widePrefix = WidePath(prefix);
+    const auto wideFolder = WidePath(folder), widePrefix = WideName(prefix);
     if (!security || !wideFolder || !widePrefix) return std::nullopt;
     SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), security.Get(), FALSE};
     int denied = 0;
@@ -51,7 +52,7 @@ std::optional<std::string> CreateNumbered(const std::string& folder, const std::
         const UINT number = (start + i) % kNumbers + 1;
         if (::GetTempFileNameW(wideFolder->c_str(), widePrefix->c_str(), number, name) == 0)
             return std::nullopt;
-        if (create(name, attributes)) return base::ToUtf8(name);
+        if (create(name, attributes)) return PathFromWide(name);
         // A name whose file is being deleted is denied; so is a directory, for every name.
         const DWORD error = ::GetLastError();
         const bool isTaken = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
@@ -68,7 +69,7 @@ std::optional<std::string> TemporaryFolder() {
     PathBuffer folder;
     const DWORD length = ::GetTempPathW(MAX_PATH, folder);
     if (length == 0 || length > MAX_PATH) return std::nullopt;
-    return base::ToUtf8({folder, length});
+    return PathFromWide({folder, length});
 }
 
 std::optional<std::string> CreateTemporaryFile(const std::string& folder, const std::string& prefix) {
@@ -92,7 +93,7 @@ std::optional<std::string> CurrentFolder() {
         folder.resize(needed);
         needed = ::GetCurrentDirectoryW(needed, folder.data());
         if (needed == 0) return std::nullopt;
-        if (needed < folder.size()) return base::ToUtf8(std::wstring_view(folder).substr(0, needed));
+        if (needed < folder.size()) return PathFromWide(std::wstring_view(folder).substr(0, needed));
     }
     return std::nullopt;
 }
@@ -108,7 +109,7 @@ std::optional<std::string> CommonDataFolder() {
         ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
     // S_FALSE: the directory is known, but not there.
     if (result != S_OK || folder[0] == L'\0') return std::nullopt;
-    return base::ToUtf8(folder);
+    return PathFromWide(folder);
 }
 
 std::vector<std::string> LogicalDrives() {

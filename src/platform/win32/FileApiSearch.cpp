@@ -1,4 +1,4 @@
-#include "base/Utf.h"
+#include "base/PathEscapes.h"
 #include "platform/FileApi.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/WidePath.h"
@@ -28,7 +28,7 @@ TimePoint ToTimePoint(const FILETIME& time) {
 DirectoryEntry ToEntry(const WIN32_FIND_DATAW& found) {
     const bool isDirectory = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const std::uint64_t size = static_cast<std::uint64_t>(found.nFileSizeHigh) << 32 | found.nFileSizeLow;
-    return {base::ToUtf8(found.cFileName),
+    return {base::NameToUtf8(found.cFileName),
             isDirectory,
             IsLink(found.dwFileAttributes, found.dwReserved0),
             isDirectory ? 0 : size,

@@ -2,8 +2,9 @@
 
 #include <vector>
 
-#include "base/Utf.h"
+#include "base/PathEscapes.h"
 #include "platform/win32/FinalPath.h"
+#include "platform/win32/OpenFile.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
@@ -12,9 +13,6 @@
 namespace quillon::platform {
 
 namespace {
-
-/// FileDispositionInfoEx, which the headers of MinGW hide.
-constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 
 bool Fail(DWORD code) {
     ::SetLastError(code);
@@ -35,18 +33,6 @@ FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, boo
     if (isFolder && (throughLink || !isReparsePoint || !IsLink(folder))) return folder;
     Fail(ERROR_DIRECTORY);
     return {};
-}
-
-/// Removes what is open, be it a file, a directory or a link to one.
-bool RemoveOpen(const FileHandle& file) {
-    // The name is free at once, whoever else has the file open; not every file system knows it.
-    FILE_DISPOSITION_INFO_EX atOnce{FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS};
-    if (::SetFileInformationByHandle(file.Get(), kFileDispositionInfoEx, &atOnce, sizeof atOnce) != 0)
-        return true;
-    FILE_DISPOSITION_INFO disposition{};
-    disposition.DeleteFile = TRUE;
-    return ::SetFileInformationByHandle(file.Get(), FileDispositionInfo, &disposition, sizeof(disposition)) !=
-           0;
 }
 
 }  // namespace
@@ -100,7 +86,7 @@ bool FolderWalk::State::LiesHere(const std::wstring& finalName, const std::wstri
 
 /// Removes by handle, and only an entry that lies in the open directory.
 bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
-    const auto wideName = WidePath(name);
+    const auto wideName = WideName(name);
     if (!wideName) return false;
     const FileHandle file(::CreateFileW((path + *wideName).c_str(), DELETE | FILE_READ_ATTRIBUTES, kShareAll,
                                         nullptr, OPEN_EXISTING,
@@ -114,13 +100,10 @@ bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
     return RemoveOpen(file);
 }
 
-FolderWalk::FolderWalk(std::unique_ptr<State> state) : m_state(std::move(state)) {}
-FolderWalk::FolderWalk(FolderWalk&&) noexcept = default;
-FolderWalk& FolderWalk::operator=(FolderWalk&&) noexcept = default;
-FolderWalk::~FolderWalk() = default;
+void FolderWalk::Drop::operator()(State* state) const noexcept { delete state; }
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
-    auto state = std::make_unique<State>(State{purpose, VOLUME_NAME_DOS, {}, {}});
+    OwnState state(new State{purpose, VOLUME_NAME_DOS, {}, {}});
     auto path = WidePath(folder);
     if (!path) return std::nullopt;
     if (path->ends_with(L':')) path->push_back(L'\\');  // a drive's root, not its current folder
@@ -129,15 +112,16 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
 }
 
 bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit, Detail) {
-    const bool found = EnumerateMatches(base::ToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
-        if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
-        return true;
-    });
+    const bool found =
+        EnumerateMatches(base::PathToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
+            if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
+            return true;
+        });
     return found || ::GetLastError() == ERROR_FILE_NOT_FOUND;  // the root of an empty drive
 }
 
 std::optional<std::uint64_t> FolderWalk::SizeOf(const std::string& name) const {
-    return SizeOfFile(base::ToUtf8(m_state->path) + name);
+    return SizeOfFile(base::PathToUtf8(m_state->path) + name);
 }
 
 bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(name, false); }
@@ -145,7 +129,7 @@ bool FolderWalk::RemoveFile(const std::string& name) { return m_state->Remove(na
 bool FolderWalk::RemoveEmptyDirectory(const std::string& name) { return m_state->Remove(name, true); }
 
 bool FolderWalk::Enter(const std::string& name) {
-    const auto wideName = WidePath(name);
+    const auto wideName = WideName(name);
     return wideName && m_state->Push(m_state->path + *wideName, false);
 }
 

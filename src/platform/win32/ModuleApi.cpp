@@ -1,6 +1,6 @@
 #include "platform/ModuleApi.h"
 
-#include "base/Utf.h"
+#include "platform/TextApi.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
@@ -11,7 +11,7 @@ std::optional<std::string> ExecutablePath() {
     for (;;) {
         const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
         if (length == 0) return std::nullopt;
-        if (length < path.size()) return base::ToUtf8(std::wstring_view(path).substr(0, length));
+        if (length < path.size()) return PathFromWide(std::wstring_view(path).substr(0, length));
         if (path.size() >= kLongestPath) return std::nullopt;
         path.resize(path.size() * 2);
     }

@@ -3,15 +3,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <random>
 #include <utility>
 #include <vector>
 
-#include "platform/win32/ExtendedPath.h"
+#include "base/Utf.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/NewFileName.h"
+#include "platform/win32/OpenFile.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
+#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 // After <windows.h>:
 #include <aclapi.h>
@@ -70,11 +71,7 @@ FileHandle OpenItself(const std::wstring& path, DWORD access) {
 }  // namespace
 
 std::wstring TemporaryNameBeside(const std::wstring& path) {
-    static constexpr wchar_t digits[] = L"0123456789abcdef";
-    std::random_device random;
-    std::wstring name = path.substr(0, path.rfind(L'\\') + 1) + L".quillon-";
-    for (int i = 0; i < 16; ++i) name += digits[random() % 16];
-    return name + L".part";
+    return path.substr(0, path.rfind(L'\\') + 1) + base::ToWide(NewFileName());
 }
 
 bool CanReplace(const std::wstring& path, bool replaces) {
@@ -124,26 +121,17 @@ struct NewFile::State {
     bool isThere = false;  ///< under its temporary name
 };
 
-NewFile::NewFile(std::unique_ptr<State> state) : m_state(std::move(state)) {}
-NewFile::NewFile(NewFile&&) noexcept = default;
-NewFile& NewFile::operator=(NewFile&& other) noexcept {
-    std::swap(m_state, other.m_state);
-    return *this;
-}
-
-NewFile::~NewFile() {
-    if (!m_state || !m_state->isThere) return;
-    FILE_DISPOSITION_INFO disposition{};
-    disposition.DeleteFile = TRUE;
+void NewFile::Drop::operator()(State* state) const noexcept {
     const DWORD code = ::GetLastError();
-    ::SetFileInformationByHandle(m_state->file.Get(), FileDispositionInfo, &disposition, sizeof disposition);
+    if (state->isThere) RemoveOpen(state->file);
+    delete state;
     ::SetLastError(code);
 }
 
 std::optional<NewFile> NewFile::Create(const std::string& path, IfThere ifThere, Access) {
     auto full = ExtendedPath(path);
     if (!full || !CanReplace(*full, ifThere == IfThere::Replace)) return std::nullopt;
-    auto state = std::make_unique<State>();
+    OwnState state(new State);
     state->temporary = TemporaryNameBeside(*full);
     state->path = *std::move(full);
     state->ifThere = ifThere;

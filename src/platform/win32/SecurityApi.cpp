@@ -49,12 +49,12 @@ LocalMemory ListForUser(PSID user) {
 
 /// Opens the file itself, to which the rights are given whatever has its name by then; a link, which
 /// another user may have put there, is refused.
-FileHandle OpenItself(const std::string& path) {
+FileHandle OpenItself(const std::string& path, DWORD access) {
     const auto wide = WidePath(path);
     if (!wide) return {};
-    FileHandle file(::CreateFileW(wide->c_str(), READ_CONTROL | WRITE_DAC | FILE_READ_ATTRIBUTES, kShareAll,
-                                  nullptr, OPEN_EXISTING,
-                                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    FileHandle file(::CreateFileW(wide->c_str(), access | FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                                  nullptr));
     BY_HANDLE_FILE_INFORMATION facts{};
     if (!file || ::GetFileInformationByHandle(file.Get(), &facts) == 0) return {};
     if ((facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || !IsLink(file)) return file;
@@ -86,26 +86,27 @@ bool SetTokenPrivilege(HANDLE token, const std::wstring& name, bool enable) {
 std::optional<std::string> ReadSecurity(const std::string& path, std::size_t limit) {
     const auto wide = WidePath(path);
     if (!wide) return std::nullopt;
+    const FileHandle file(::CreateFileW(wide->c_str(), READ_CONTROL | ACCESS_SYSTEM_SECURITY, kShareAll,
+                                        nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     std::string security(limit, '\0');
     DWORD needed = 0;
-    if (::GetFileSecurityW(wide->c_str(), kAllParts, security.data(), static_cast<DWORD>(limit), &needed) ==
-        0) {
+    if (!file || ::GetKernelObjectSecurity(file.Get(), kAllParts, security.data(), static_cast<DWORD>(limit),
+                                           &needed) == 0)
         return std::nullopt;
-    }
     return security;
 }
 
 bool WriteSecurity(const std::string& path, const std::string& security) {
-    const auto wide = WidePath(path);
+    const FileHandle file = OpenItself(path, WRITE_DAC | WRITE_OWNER | ACCESS_SYSTEM_SECURITY);
     std::string copy = security;
-    return wide && ::SetFileSecurityW(wide->c_str(), kAllParts, copy.data()) != 0;
+    return file && ::SetKernelObjectSecurity(file.Get(), kAllParts, copy.data()) != 0;
 }
 
 bool RestrictToCurrentUser(const std::string& path) {
     std::vector<unsigned char> user = CurrentUser();
     if (user.empty()) return false;
     const LocalMemory list = ListForUser(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid);
-    const FileHandle file = list ? OpenItself(path) : FileHandle();
+    const FileHandle file = list ? OpenItself(path, READ_CONTROL | WRITE_DAC) : FileHandle();
     if (!file) return false;
     const DWORD code = ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT,
                                          DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,

@@ -5,8 +5,15 @@
 
 namespace quillon::platform {
 
-/// Returns a library path, or a name in one, for a wide function. Nothing, and ERROR_INVALID_NAME, for one
-/// that holds a NUL: the system would act on the part before it.
+/// Library paths for wide functions, with the escapes of PathFromWide() turned back. Nothing, and
+/// ERROR_INVALID_NAME, for one that holds a NUL: the system would act on the part before it.
+
+/// A path as the system reads it; its extended form where a listed name in it ends in a dot or a blank.
 std::optional<std::wstring> WidePath(const std::string& path);
+/// A name, or a part of one, that stands behind an extended path.
+std::optional<std::wstring> WideName(const std::string& name);
+/// Returns the full form, which has no limit of 260 characters, as "\\?\C:\a"; nothing also for a path that
+/// names a device (ERROR_ACCESS_DENIED).
+std::optional<std::wstring> ExtendedPath(const std::string& path);
 
 }  // namespace quillon::platform
