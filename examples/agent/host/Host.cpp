@@ -74,7 +74,7 @@ InvocationResult Host::Run(const std::string& method, const std::vector<std::str
         if (ReadParameters(arguments, *found->metadata, parameters, result)) found->run(parameters, result);
         return result;
     } catch (const std::exception& error) {
-        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(),
+        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", LogText::OneLine(method).c_str(),
                                                LogText::OneLine(error.what()).c_str());
         return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + error.what());
     }
