@@ -18,6 +18,7 @@
 #include "platform/RegistryApi.h"
 #include "platform/SystemVersionApi.h"
 #include "platform/VersionResourceApi.h"
+#include "quillon/LogText.h"
 #include "quillon/RegistryUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -88,7 +89,8 @@ std::string MiscUtils::GetEnvVar(const char* name, bool* missing) {
     if (isRead) return *value;
     if (!value && code != base::kVariableNotFound) {
         if (ICLogger* const logger = detail::RegisteredLoggerIfAny()) {
-            logger->Warn("Could not get value of environment variable '%s' because: %s", name,
+            logger->Warn("Could not get value of environment variable '%s' because: %s",
+                         LogText::OneLine(name).c_str(),
                          StringUtils::GetErrorAsString(static_cast<std::int32_t>(code)).c_str());
         }
     }

@@ -1,6 +1,7 @@
 // A log line through CLogger beside the same line through plain log4cplus with
 // its own rolling file and console appenders. Standard output goes to the null
-// device in both; results go to standard error or to --benchmark_out. The entry
+// device in both; results go to standard error or to --benchmark_out. Where it is
+// installed, spdlog writes the line as well, to its rotating file alone. The entry
 // that rolls the log over, with the whole banner, stands beside a plain chain of
 // renames and a new file.
 
@@ -17,6 +18,11 @@
 #include <fstream>
 #include <map>
 #include <vector>
+
+#ifdef QUILLON_HAS_SPDLOG
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/spdlog.h>
+#endif
 
 #include "quillon/CLogger.h"
 #include "quillon/IAgentConfiguration.h"
@@ -95,6 +101,46 @@ void SuppressedQuillon(benchmark::State& state) {
     quillon::ICLogger* const logger = quillon::CLogger::GetInstance();
     WriteLines(state, [logger](int n) { logger->Debug(kText, "C:\\Windows\\notepad.exe", n); });
 }
+
+#ifdef QUILLON_HAS_SPDLOG
+
+std::shared_ptr<spdlog::logger> g_spdlog;
+
+void SetUpSpdlog(const benchmark::State&) {
+    g_spdlog = spdlog::rotating_logger_mt("benchmark", Folder() + "/spdlog.log", 5'242'880, 5);
+    g_spdlog->set_pattern("%Y-%m-%d %H:%M:%S.%e [%5t] %-5l - %v");
+    g_spdlog->flush_on(spdlog::level::info);
+}
+
+void TearDownSpdlog(const benchmark::State&) {
+    spdlog::drop_all();
+    g_spdlog.reset();
+    std::filesystem::remove_all(Folder());
+}
+
+void LineSpdlog(benchmark::State& state) {
+    WriteLines(state, [](int n) {
+        g_spdlog->info("Could not open file '{}' because: ({}) access denied", "C:\\Windows\\notepad.exe", n);
+    });
+}
+
+void SuppressedSpdlog(benchmark::State& state) {
+    WriteLines(state, [](int n) {
+        g_spdlog->debug("Could not open file '{}' because: ({}) access denied", "C:\\Windows\\notepad.exe",
+                        n);
+    });
+}
+
+BENCHMARK(LineSpdlog)
+    ->Name("line/spdlog")
+    ->Setup(SetUpSpdlog)
+    ->Teardown(TearDownSpdlog)
+    ->Threads(1)
+    ->Threads(4)
+    ->UseRealTime();
+BENCHMARK(SuppressedSpdlog)->Name("suppressed/spdlog")->Setup(SetUpSpdlog)->Teardown(TearDownSpdlog);
+
+#endif
 
 class Settings final : public quillon::IAgentConfiguration {
 public:

@@ -5,6 +5,7 @@
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -65,7 +66,8 @@ bool FileSystemUtils::Exists(const std::wstring& path) {
     if (platform::AttributesOf(narrow)) return true;
     const std::string reason = StringUtils::GetLastErrorAsString();  // logging overwrites it
     if (ICLogger* const logger = detail::RegisteredLogger()) {
-        logger->Debug("Cannot get attributes of '%s' because: %s", narrow.c_str(), reason.c_str());
+        logger->Debug("Cannot get attributes of '%s' because: %s", LogText::OneLine(narrow).c_str(),
+                      reason.c_str());
     }
     return false;
 }

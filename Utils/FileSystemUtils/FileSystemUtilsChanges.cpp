@@ -9,6 +9,7 @@
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -52,7 +53,7 @@ bool FailToErase(const std::string& path) {
     const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
     const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(code));
     if (ICLogger* const logger = detail::RegisteredLogger()) {
-        logger->Error("Cannot delete '%s' because: %s", path.c_str(), reason.c_str());
+        logger->Error("Cannot delete '%s' because: %s", LogText::OneLine(path).c_str(), reason.c_str());
     }
     return false;
 }

@@ -10,6 +10,7 @@
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/PathUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
 
@@ -138,7 +139,8 @@ bool FileSystemUtils::RenameFile(const std::string& from, const std::string& to,
 bool FileSystemUtils::RenameGenerations(const std::string& path, std::uint32_t generations) {
     if (generations == 0) {
         if (ICLogger* const logger = detail::RegisteredLogger()) {
-            logger->Error("Number of generations when renaming '%s' must be at least 1", path.c_str());
+            logger->Error("Number of generations when renaming '%s' must be at least 1",
+                          LogText::OneLine(path).c_str());
         }
         return Fail(base::kInvalidParameter);
     }

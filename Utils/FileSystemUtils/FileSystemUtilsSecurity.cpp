@@ -6,6 +6,7 @@
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -40,7 +41,7 @@ bool CopySecurity(const std::string& source, const std::string& destination) {
         logger->Error(
             "Unable to copy file security and ownership to '%s' despite process SE_SECURITY_NAME, "
             "SE_RESTORE_NAME privileges.",
-            destination.c_str());
+            LogText::OneLine(destination).c_str());
     }
     return false;
 }

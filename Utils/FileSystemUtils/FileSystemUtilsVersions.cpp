@@ -13,6 +13,7 @@
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
 
@@ -49,7 +50,7 @@ public:
         : m_path(path), m_language(language) {}
 
     Information Run();
-    void Log(ICLogger& logger) const;
+    void Log(ICLogger& logger);
 
 private:
     enum class End { Missing, Kept, NoResource, Unreadable, NoFixed, BadSignature, Read };
@@ -65,6 +66,7 @@ private:
 
     const std::string& m_path;
     const std::string& m_language;
+    std::string m_shownPath, m_shownLanguage;  // in entries
     VersionInformationCache& m_cache = VersionInformationCache::Instance();
     long long m_modificationTime = 0;
     VersionInformationCache::Kept m_kept;
@@ -142,14 +144,18 @@ void VersionLookup::Keep(const Information& information) {
                      : m_cache.Drop(m_path);
 }
 
-void VersionLookup::Log(ICLogger& logger) const {
+void VersionLookup::Log(ICLogger& logger) {
+    const bool isUsual = m_end == End::Missing || m_end == End::Kept || m_end == End::NoResource;
+    if (isUsual && !logger.IsEnabled(ICLogger::Level::Trace)) return;
+    m_shownPath = LogText::OneLine(m_path);
+    m_shownLanguage = LogText::OneLine(m_language);
     if (m_end == End::Missing) {
-        logger.Trace("%s @ %i: '%s' does not exist so no version info", kFile, __LINE__, m_path.c_str());
+        logger.Trace("%s @ %i: '%s' does not exist so no version info", kFile, __LINE__, m_shownPath.c_str());
     } else {
         LogKept(logger);
     }
     if (m_end == End::NoResource) {
-        logger.Trace("%s @ %i: '%s' has no version info", kFile, __LINE__, m_path.c_str());
+        logger.Trace("%s @ %i: '%s' has no version info", kFile, __LINE__, m_shownPath.c_str());
     } else if (m_end != End::Missing && m_end != End::Kept) {
         LogReading(logger);
     }
@@ -158,7 +164,8 @@ void VersionLookup::Log(ICLogger& logger) const {
 }
 
 void VersionLookup::LogKept(ICLogger& logger) const {
-    logger.Trace("%s @ %i: '%s' is%s already in the cache", kFile, __LINE__, m_path.c_str(),
+    if (!logger.IsEnabled(ICLogger::Level::Trace)) return;
+    logger.Trace("%s @ %i: '%s' is%s already in the cache", kFile, __LINE__, m_shownPath.c_str(),
                  m_kept.isKnown ? "" : " not");
     if (!m_kept.isKnown) return;
     const bool isSame = m_modificationTime == m_kept.modificationTime;
@@ -168,20 +175,22 @@ void VersionLookup::LogKept(ICLogger& logger) const {
     logger.Trace("    File timestamp is %s, cached timestamp is %s", now.c_str(),
                  (isSame ? now : then).c_str());
     if (!isSame) return;
-    logger.Trace("%s @ %i: '%s' has not changed, so using the cached info", kFile, __LINE__, m_path.c_str());
+    logger.Trace("%s @ %i: '%s' has not changed, so using the cached info", kFile, __LINE__,
+                 m_shownPath.c_str());
     if (m_end != End::Kept) return;
-    logger.Trace("%s @ %i: Info for language '%s' already in the cache", kFile, __LINE__, m_language.c_str());
+    logger.Trace("%s @ %i: Info for language '%s' already in the cache", kFile, __LINE__,
+                 m_shownLanguage.c_str());
 }
 
 void VersionLookup::LogReading(ICLogger& logger) const {
-    logger.Trace("%s @ %i: Getting version info about '%s'", kFile, __LINE__, m_path.c_str());
+    logger.Trace("%s @ %i: Getting version info about '%s'", kFile, __LINE__, m_shownPath.c_str());
     if (m_end == End::Unreadable) {
-        logger.Warn("Could not get version of '%s' because: %s", m_path.c_str(),
+        logger.Warn("Could not get version of '%s' because: %s", m_shownPath.c_str(),
                     StringUtils::GetErrorAsString(static_cast<std::int32_t>(m_error)).c_str());
     } else if (m_end == End::NoFixed) {
-        logger.Debug("Could not query version of '%s'", m_path.c_str());
+        logger.Debug("Could not query version of '%s'", m_shownPath.c_str());
     } else if (m_end == End::BadSignature) {
-        logger.Debug("Version info of '%s' does not have the expected signature", m_path.c_str());
+        logger.Debug("Version info of '%s' does not have the expected signature", m_shownPath.c_str());
     } else {
         LogStored(logger);
     }
@@ -190,11 +199,13 @@ void VersionLookup::LogReading(ICLogger& logger) const {
 void VersionLookup::LogStored(ICLogger& logger) const {
     for (const std::wstring& text : m_invalid) StringUtils::WideStringToNarrow(text);  // which logs it
     if (!m_kept.isKnown) {
-        logger.Debug("Caching version info about '%s' for language '%s'", m_path.c_str(), m_language.c_str());
+        logger.Debug("Caching version info about '%s' for language '%s'", m_shownPath.c_str(),
+                     m_shownLanguage.c_str());
     } else if (m_kept.modificationTime != m_modificationTime) {
-        logger.Debug("Replacing cached version info about '%s'", m_path.c_str());
+        logger.Debug("Replacing cached version info about '%s'", m_shownPath.c_str());
     } else {
-        logger.Debug("Adding version info about '%s' for language '%s'", m_path.c_str(), m_language.c_str());
+        logger.Debug("Adding version info about '%s' for language '%s'", m_shownPath.c_str(),
+                     m_shownLanguage.c_str());
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "Utils/internal/NetworkLookup.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/NetworkUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
 
@@ -32,7 +33,8 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
     const int limit = std::max(timeoutSecs, 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
     const LookupResult found = LookUp(platform::QueryOf(node, service, hints), deadline);
-    const char* const name = node == nullptr ? "(null)" : node;
+    const std::string shown = LogText::OneLine(node == nullptr ? "(null)" : node);
+    const char* const name = shown.c_str();
     ICLogger* const logger = detail::RegisteredLogger();
     if (found.end != LookupResult::End::Answered) {
         result.reset();

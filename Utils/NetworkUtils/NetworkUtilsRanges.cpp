@@ -5,6 +5,7 @@
 #include "Utils/internal/NetworkPatterns.h"
 #include "base/Ipv4Text.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/NetworkUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -40,10 +41,11 @@ std::optional<std::uint32_t> ReadWanted(const std::string& text) {
     if (address && rest.empty()) return address;
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         if (isIpv6) {
-            logger->Warn("Unsupported IPv6 address supplied to IpInRange(): '%s'", text.c_str());
+            logger->Warn("Unsupported IPv6 address supplied to IpInRange(): '%s'",
+                         LogText::OneLine(text.c_str()).c_str());
         } else {
             logger->Error("IP address supplied to IpInRange() is not a valid IPv4 address: '%s'",
-                          text.c_str());
+                          LogText::OneLine(text.c_str()).c_str());
         }
     }
     return std::nullopt;
@@ -62,8 +64,10 @@ Piece ReadPiece(std::string_view piece, Ipv4Range& range) {
     }
     ICLogger* const logger = detail::RegisteredLogger();
     const bool isIpv6 = HasColon(trimmed);
-    if (logger != nullptr && isIpv6) logger->Warn("Unsupported IPv6 range found: '%s'", trimmed.c_str());
-    if (logger != nullptr && !isIpv6) logger->Error("Unexpected IP range found: '%s'", trimmed.c_str());
+    if (logger != nullptr && isIpv6)
+        logger->Warn("Unsupported IPv6 range found: '%s'", LogText::OneLine(trimmed.c_str()).c_str());
+    if (logger != nullptr && !isIpv6)
+        logger->Error("Unexpected IP range found: '%s'", LogText::OneLine(trimmed.c_str()).c_str());
     return isIpv6 ? Piece::Ipv6 : Piece::Malformed;
 }
 
@@ -84,7 +88,8 @@ bool NetworkUtils::IpInRange(const std::string& address, const std::string& rang
     }
     if (!hasRange) {
         if (ICLogger* const logger = detail::RegisteredLogger())
-            logger->Error("No IP ranges found in string supplied to IpInRange(): '%s'", ranges.c_str());
+            logger->Error("No IP ranges found in string supplied to IpInRange(): '%s'",
+                          LogText::OneLine(ranges.c_str()).c_str());
     }
     return isInside;
 }

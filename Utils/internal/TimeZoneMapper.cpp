@@ -7,6 +7,7 @@
 #include "platform/ResourceApi.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -34,8 +35,8 @@ struct Message {
 void Log(const Message& message) {
     auto* const logger = detail::RegisteredLogger();
     if (logger == nullptr) return;
-    if (message.level == ICLogger::Level::Warn) logger->Warn("%s", message.text.c_str());
-    if (message.level == ICLogger::Level::Error) logger->Error("%s", message.text.c_str());
+    if (message.level == ICLogger::Level::Warn) logger->Warn("%s", LogText::OneLine(message.text).c_str());
+    if (message.level == ICLogger::Level::Error) logger->Error("%s", LogText::OneLine(message.text).c_str());
 }
 
 std::optional<std::string_view> Attribute(const Element& element, const char* name) {

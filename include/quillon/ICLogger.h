@@ -72,6 +72,10 @@ public:
     virtual Level SetLevel(Level level) = 0;
     /// Returns the level.
     virtual Level GetLevel() = 0;
+
+    /// Returns whether an entry of that level would be written, for whoever spares itself the work of
+    /// making its arguments. Not virtual, so that it works with the logger of an older host as well.
+    bool IsEnabled(Level level) { return IsInitialized() && GetLevel() <= level; }
 };
 
 }  // namespace quillon

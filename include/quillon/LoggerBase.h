@@ -57,12 +57,12 @@ public:
     /// Sets the level and returns the previous one.
     Level SetLevel(Level level) override;
     Level GetLevel() override;
-    /// Returns what the logging operations decide by.
-    bool IsEnabled(Level level);
 
 protected:
     /// A threshold above every level: no entry is written.
     static constexpr std::int32_t kNothing = std::numeric_limits<std::int32_t>::max();
+    /// Severities are a finer measure: an entry of level L has the severity L times this.
+    static constexpr std::int32_t kSeveritiesALevel = 10'000;
 
     /// Starts at a threshold, which is a level or kNothing.
     explicit LoggerBase(std::int32_t threshold = Level::Info);
@@ -75,22 +75,20 @@ protected:
     /// Returns the lowest level that is written, or kNothing.
     std::int32_t GetThreshold() const { return m_threshold.load(std::memory_order_acquire); }
     /// Lets entries from this level on through; what was written before this call is seen by Write().
-    void SetThreshold(std::int32_t threshold) { m_threshold.store(threshold, std::memory_order_release); }
-    /// Lets an entry through only when a number that others keep and change does so as well: level L passes
-    /// from L * 10,000 on, as log4cplus counts. The number must live as long as this object; null ends it.
-    void FollowNumber(std::int32_t* number) { m_followed.store(number, std::memory_order_release); }
+    void SetThreshold(std::int32_t threshold);
+    /// Lets entries from a severity on through that somebody else keeps and changes, whatever the threshold.
+    /// The number must live as long as this object; null: the threshold decides again.
+    void FollowSeverity(std::int32_t* lowest);
 
 private:
     bool Passes(Level level) const {
-        constexpr std::int32_t kStep = 10'000;
-        if (level < GetThreshold()) return false;
-        std::int32_t* const followed = m_followed.load(std::memory_order_acquire);
-        return followed == nullptr ||
-               level * kStep >= std::atomic_ref<std::int32_t>(*followed).load(std::memory_order_relaxed);
+        std::int32_t& lowest = *m_lowest.load(std::memory_order_acquire);
+        return level * kSeveritiesALevel >= std::atomic_ref(lowest).load(std::memory_order_acquire);
     }
 
     std::atomic<std::int32_t> m_threshold;
-    std::atomic<std::int32_t*> m_followed{nullptr};
+    std::int32_t m_ownLowest;  ///< the threshold as a severity
+    std::atomic<std::int32_t*> m_lowest{&m_ownLowest};
 };
 
 }  // namespace quillon

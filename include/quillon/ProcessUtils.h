@@ -119,8 +119,9 @@ public:
     /// running. `props` is shared with the worker and must not be null.
     ///
     /// With `killTree` the command and its descendants are killed together: a job on Windows; on
-    /// Linux a group of their own and the variable QUILLON_COMMAND, by which those are found that
-    /// have left the group and lost their parents. `maxOutputBytes` prepares the same, because
+    /// Linux a control group (version 2) where this process may divide its own, and besides a
+    /// process group and the variable QUILLON_COMMAND, by which those are found that have left
+    /// the group and lost their parents. `maxOutputBytes` prepares the same, because
     /// its kill always reaches the descendants, who may write too. The variable comes into the
     /// environment also when `environment` replaces it: of an empty one it is the only variable.
     /// With `killOnTimeout` the command also ends when the host itself is killed.

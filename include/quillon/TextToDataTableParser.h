@@ -1,9 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "quillon/DataTable.h"
@@ -86,17 +84,18 @@ public:
     void Parse(const std::string& text, DataTable& table) const;
 
 private:
-    using Converter = std::function<void(std::string_view text, VariantList& row)>;
+    class LineReader;
     enum class Reach { ToSpace, ToLineEnd, Own };
+    enum class Type { Text, Integer, Boolean, Real, Time };
     struct Column {
+        std::string name;
         std::unique_ptr<IParsableField> field;
         Reach reach;  ///< Own: only the field itself knows
-        Converter convert;
+        Type type;
+        long long multiplier;  ///< 0: none
     };
 
-    template <class T>
-    static Converter MakeConverter(const std::string& name, long long multiplier);
-    const char* ParseLine(const char* cursor, VariantList& row) const;
+    void AddColumn(const std::string& name, IParsableField* field, Type type, long long multiplier);
 
     std::vector<Column> m_columns;
     bool m_hasOwnFields = false;

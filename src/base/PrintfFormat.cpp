@@ -1,6 +1,7 @@
 #include "base/PrintfFormat.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -82,6 +83,19 @@ bool IsPlain(const char* format, long long most) {
     return true;
 }
 
+/// Whether the conversions are texts, characters and decimal numbers as they are, which most entries of a
+/// log have.
+bool IsSimple(const char* format) {
+    for (const char* at = std::strchr(format, '%'); at != nullptr; at = std::strchr(at, '%')) {
+        const char* const length = ++at;
+        while (*at == 'l' && at - length < 2) ++at;
+        const bool isNumber = *at == 'd' || *at == 'i' || *at == 'u';
+        if (!isNumber && (at != length || (*at != 's' && *at != 'c' && *at != '%'))) return false;
+        ++at;
+    }
+    return true;
+}
+
 /// Formats one piece after the other, and counts what does not fit.
 class Formatter {
 public:
@@ -98,11 +112,52 @@ public:
             ++format;
             if (!Convert(TakeConversion(format))) return kRefused;
         }
+        return End();
+    }
+
+    /// Follows a format for which IsSimple() holds.
+    int FollowSimple(const char* format) {
+        for (;;) {
+            const std::size_t literal = std::strcspn(format, "%");
+            Put({format, literal});
+            format += literal;
+            if (*format == '\0') return End();
+            ++format;
+            PutSimple(format);
+        }
+    }
+
+private:
+    int End() {
         if (m_size > 0) m_buffer[std::min(m_length, m_size - 1)] = '\0';
         return static_cast<int>(std::min<std::size_t>(m_length, INT32_MAX));
     }
 
-private:
+    void PutSimple(const char*& at) {
+        const std::string_view length(at, std::strspn(at, "l"));
+        at += length.size();
+        const char kind = *at++;
+        if (kind == 's') {
+            PutText({}, va_arg(m_arguments, const char*));
+        } else if (kind == 'c') {
+            const auto byte = static_cast<char>(va_arg(m_arguments, int));
+            Put({&byte, 1});
+        } else if (kind == '%') {
+            Put("%");
+        } else if (kind == 'u') {
+            PutDecimal(TakeInteger<unsigned long long, unsigned long, unsigned int>(length));
+        } else {
+            PutDecimal(TakeInteger<long long, long, int>(length));
+        }
+    }
+
+    template <class Number>
+    void PutDecimal(Number number) {
+        char text[24];
+        const char* const end = std::to_chars(text, text + sizeof text, number).ptr;
+        Put({text, static_cast<std::size_t>(end - text)});
+    }
+
     void Put(std::string_view text) {
         if (m_length < m_size) text.copy(m_buffer + m_length, m_size - m_length);
         m_length += text.size();
@@ -254,10 +309,13 @@ private:
 }  // namespace
 
 int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments) {
-    if (IsPlain(format, static_cast<long long>(size))) return std::vsnprintf(buffer, size, format, arguments);
+    const bool isSimple = IsSimple(format);
+    if (!isSimple && IsPlain(format, static_cast<long long>(size)))
+        return std::vsnprintf(buffer, size, format, arguments);
     std::va_list copy;
     va_copy(copy, arguments);
-    const int length = Formatter(buffer, size, copy).Follow(format);
+    Formatter formatter(buffer, size, copy);
+    const int length = isSimple ? formatter.FollowSimple(format) : formatter.Follow(format);
     va_end(copy);
     return length;
 }

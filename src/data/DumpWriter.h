@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -37,7 +38,7 @@ inline std::string_view CutToBytes(std::string_view text, std::size_t most) {
 /// Writes a line at Debug, or to standard error when `logger` is null.
 inline void WriteDumpLine(ICLogger* logger, const std::string& line) {
     if (logger != nullptr) {
-        logger->Debug("%s", line.c_str());
+        logger->Debug("%s", LogText::OneLine(line).c_str());
     } else {
         std::fprintf(stderr, "%s\n", line.c_str());
     }

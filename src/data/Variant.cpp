@@ -18,6 +18,7 @@
 #include "data/TextHash.h"
 #include "platform/ThreadApi.h"
 #include "quillon/DateTimeUtils.h"
+#include "quillon/LogText.h"
 
 namespace quillon {
 namespace {
@@ -78,7 +79,7 @@ std::string DoubleAsText(double value) {
 
 void LogError(const std::string& text) {
     if (ICLogger* logger = LoggerOrRegistered(nullptr)) {
-        logger->Error("%s", text.c_str());
+        logger->Error("%s", LogText::OneLine(text).c_str());
     } else {
         std::fprintf(stderr, "%s\n", text.c_str());
     }

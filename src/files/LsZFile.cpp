@@ -4,6 +4,7 @@
 
 #include "files/LsZParser.h"
 #include "quillon/FileSystemUtils.h"
+#include "quillon/LogText.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -16,7 +17,7 @@ LsZFile::LsZFile(const std::string& path, const std::string* displayName)
         m_parsedOk = Parser(*this).Parse();
     } catch (const std::bad_alloc&) {
         if (m_logger != nullptr) {
-            m_logger->Error("Cannot open LSZ file '%s' because: %s", path.c_str(),
+            m_logger->Error("Cannot open LSZ file '%s' because: %s", LogText::OneLine(path).c_str(),
                             "it needs too much memory");
         }
     }

@@ -7,6 +7,7 @@
 #include "base/AsciiRun.h"
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -18,7 +19,7 @@ using View = std::string_view;
 static_assert(std::endian::native == std::endian::little, "lists are little-endian");
 
 /// Returns the text in valid UTF-8 for the log; invalid bytes are replaced.
-std::string ForLog(View text) { return base::RepairUtf8(text); }
+std::string ForLog(View text) { return LogText::OneLine(base::RepairUtf8(text)); }
 
 /// Returns the text after a beginning; nothing unless the line starts with it and goes on after it.
 std::optional<View> After(View line, View beginning) {
@@ -75,13 +76,13 @@ bool LsZFile::Parser::Parse() {
 bool LsZFile::Parser::OpenLsZFile() {
     if (!m_reader.IsOpen()) {
         const auto code = static_cast<std::int32_t>(platform::LastError());
-        Log(&ICLogger::ErrorV, "Cannot open LSZ file '%s' because: %s", m_record.path.c_str(),
-            StringUtils::GetErrorAsString(code).c_str());
+        Log(&ICLogger::ErrorV, "Cannot open LSZ file '%s' because: %s",
+            LogText::OneLine(m_record.path).c_str(), StringUtils::GetErrorAsString(code).c_str());
         return false;
     }
     m_file.m_isUnicode = m_reader.IsUnicode();
     if (m_file.m_isUnicode) return true;
-    Log(&ICLogger::WarnV, "LSZ file '%s' is not Unicode", m_record.path.c_str());
+    Log(&ICLogger::WarnV, "LSZ file '%s' is not Unicode", LogText::OneLine(m_record.path).c_str());
     return true;
 }
 
@@ -226,7 +227,7 @@ void LsZFile::Parser::SplitFields(View text, const LsZFields& fields, FileFromLs
         NumberAt(text, isHex ? fields.hexLength : fields.length, isHex ? 16 : 10).As<std::int64_t>();
     entry.time = NumberAt(text, fields.time, 16).As<std::int64_t>();
     if (fields.time == LsZFields::kNone) {
-        Log(&ICLogger::WarnV, "No dt= (time) part for '%s'", entry.name.c_str());
+        Log(&ICLogger::WarnV, "No dt= (time) part for '%s'", LogText::OneLine(entry.name).c_str());
     }
     entry.from = hexAfterPrefix(fields.from).As<std::int64_t>();
     entry.to = hexAfterPrefix(fields.to).As<std::int64_t>();
@@ -239,7 +240,8 @@ void LsZFile::Parser::SplitChecksum(View text, FileFromLsZ& entry) const {
     entry.crc = ToNarrow(text.substr(0, end));
     if (end == View::npos || end + 1 == text.size()) return;
     const std::string extra = ForLog(text.substr(end + 1));
-    Log(&ICLogger::InfoV, "Extra \"%s\" %s", entry.name.c_str(), extra.c_str());
+    Log(&ICLogger::InfoV, "Extra \"%s\" %s", LogText::OneLine(entry.name).c_str(),
+        LogText::OneLine(extra).c_str());
     constexpr unsigned long long kNotFound = ~0ULL;
     if (StringUtils::FindCaseInsensitive(extra, "(DodgyDates)") != kNotFound) entry.time = 0;
 }
@@ -247,12 +249,12 @@ void LsZFile::Parser::SplitChecksum(View text, FileFromLsZ& entry) const {
 bool LsZFile::Parser::Decide() const {
     if (!m_isComplete) {
         const std::string& name = m_record.displayName.empty() ? m_record.path : m_record.displayName;
-        Log(&ICLogger::ErrorV, "LSZ file '%s' is not complete", name.c_str());
+        Log(&ICLogger::ErrorV, "LSZ file '%s' is not complete", LogText::OneLine(name).c_str());
         return false;
     }
     if (m_isWrongVersion) {
-        Log(&ICLogger::InfoV, "Current wrong version %s %u - but list is complete?", m_record.path.c_str(),
-            unsigned{m_file.m_version});
+        Log(&ICLogger::InfoV, "Current wrong version %s %u - but list is complete?",
+            LogText::OneLine(m_record.path).c_str(), unsigned{m_file.m_version});
     }
     return !m_isWrongVersion && !m_hasOtherError && !m_hasHashError;
 }

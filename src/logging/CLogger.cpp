@@ -10,6 +10,7 @@
 #include "logging/CallbackLogger.h"
 #include "logging/Log4cplusEntry.h"
 #include "logging/Log4cplusRoot.h"
+#include "quillon/LogText.h"
 
 namespace quillon {
 
@@ -77,7 +78,8 @@ void CLogger::InitializeLogging(const char* path, Level level) {
     if (path != nullptr || !m_impl->path.empty()) InstallFile(m_impl->path);
 
     // The root's own level decides, which a host may change behind this logger's back.
-    FollowNumber(RootLevel());
+    static_assert(kSeveritiesALevel == log4cplus::DEBUG_LOG_LEVEL);
+    FollowSeverity(RootLevel());
     SetThreshold(Level::Trace);
     SetLevel(level);
 }
@@ -88,6 +90,7 @@ void CLogger::StopLogging() {
     if (!IsInitialized()) return;
 
     SetThreshold(kNothing);
+    FollowSeverity(nullptr);
     ShutRootDown();
     m_impl->path.clear();
 }
@@ -96,8 +99,8 @@ const std::string& CLogger::GetPath() const { return m_impl->path; }
 
 void CLogger::SetPath(const std::string& path) {
     constexpr const char* kAgain = "Logfile '%s' specified again";
-    if (path.empty()) return Error(kAgain, path.c_str());
-    if (path == m_impl->path) return Warn(kAgain, path.c_str());
+    if (path.empty()) return Error(kAgain, LogText::OneLine(path).c_str());
+    if (path == m_impl->path) return Warn(kAgain, LogText::OneLine(path).c_str());
 
     InstallFile(path);
     m_impl->path = path;
@@ -118,10 +121,11 @@ void CLogger::Write(Level level, const char* format, std::va_list arguments) {
     constexpr std::size_t kLongest = 9'999;
     char buffer[kLongest + 1];
     try {
-        if (!IsRootEnabledFor(ToLog4cplusLevel(level).value_or(log4cplus::ERROR_LOG_LEVEL))) return;
+        const RootEntry entry(level);
+        if (!entry.IsEnabled()) return;
         const int length = base::FormatBounded(buffer, sizeof buffer, format, arguments);
-        if (length < 0) return WriteToRoot(level, std::string("Invalid Log format: ") + format);
-        WriteToRoot(level, {buffer, std::min(static_cast<std::size_t>(length), kLongest)});
+        if (length < 0) return entry.Write(std::string("Invalid Log format: ") + format);
+        entry.Write({buffer, std::min(static_cast<std::size_t>(length), kLongest)});
     } catch (...) {
         // An entry that cannot be written must not fail the operation that reports by it.
         base::CountDroppedLogLine();

@@ -1,5 +1,6 @@
 #include "quillon/JsonLinesLogger.h"
 
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <utility>
@@ -54,6 +55,7 @@ std::string NoteOf(std::uint64_t count, const char* what, Clock::time_point firs
 struct JsonLinesLogger::Impl {
     std::recursive_mutex mutex;
     std::shared_ptr<RollingFile> file;
+    std::atomic<bool> hasFile{false};
     std::string path;
 };
 
@@ -65,14 +67,12 @@ void JsonLinesLogger::InitializeLogging(const char* path, Level level) {
     if (path != nullptr) SetPath(path);
 }
 
-bool JsonLinesLogger::IsInitialized() const {
-    const std::lock_guard lock(m_impl->mutex);
-    return m_impl->file != nullptr;
-}
+bool JsonLinesLogger::IsInitialized() const { return m_impl->hasFile.load(std::memory_order_relaxed); }
 
 void JsonLinesLogger::StopLogging() {
     const std::lock_guard lock(m_impl->mutex);
     m_impl->file.reset();
+    m_impl->hasFile = false;
     m_impl->path.clear();
 }
 
@@ -86,6 +86,7 @@ void JsonLinesLogger::SetPath(const std::string& path) {
     auto file = std::make_shared<RollingFile>(path, RollingFile::Hooks{report, {}, &NoteOf});
     const std::lock_guard lock(m_impl->mutex);
     m_impl->file.swap(file);
+    m_impl->hasFile = true;
     m_impl->path = path;
 }
 

@@ -75,14 +75,30 @@ Shared& TheShared();
 
 log4cplus::spi::LoggerImpl& RootImpl() { return LoggerAccess::ImplOf(TheShared().root); }
 
-/// Keeps the end of the process waiting while a thread is within log4cplus.
+/// Enters log4cplus, unless it has ended; the end of the process waits until every thread has left it.
+bool Enter() {
+    Shared& shared = TheShared();
+    shared.visitors.fetch_add(1);
+    if (!shared.hasEnded) return true;
+    shared.visitors.fetch_sub(1);
+    return false;
+}
+
+void Leave() { TheShared().visitors.fetch_sub(1); }
+
+/// Is within log4cplus while it lives.
 class Visit {
 public:
-    Visit() { TheShared().visitors.fetch_add(1); }
-    ~Visit() { TheShared().visitors.fetch_sub(1); }
+    ~Visit() {
+        if (m_isWithin) Leave();
+    }
+    Visit() = default;
     Visit(const Visit&) = delete;
     Visit& operator=(const Visit&) = delete;
-    explicit operator bool() const { return !HasLog4cplusEnded(); }
+    explicit operator bool() const { return m_isWithin; }
+
+private:
+    const bool m_isWithin = Enter();
 };
 
 void TakeLocks() {
@@ -139,8 +155,7 @@ void HandleStagesOnce() {
 }
 
 void PassToGuests(ICLogger::Level level, std::string_view text) {
-    const Visit visit;
-    if (visit) RootImpl().callAppenders(OwnEvent(level, std::string(text)));
+    RootImpl().callAppenders(OwnEvent(level, std::string(text)));
 }
 
 /// Takes what was logged within reports since the last time.
@@ -153,12 +168,9 @@ auto TakeReports() {
 /// The entry is written already, whatever becomes of it there.
 void WriteToGuests(ICLogger::Level level, std::string_view text) noexcept try {
     Shared& shared = TheShared();
-    {
-        const Visit visit;
-        const LogOutput& output = *shared.output;
-        const std::size_t own = (output.HasFile() ? 1U : 0U) + (output.HasConsole() ? 1U : 0U);
-        shared.hasGuests = visit && ImplAccess::CountAppenders(RootImpl()) > own;
-    }
+    const LogOutput& output = *shared.output;
+    const std::size_t own = (output.HasFile() ? 1U : 0U) + (output.HasConsole() ? 1U : 0U);
+    shared.hasGuests = ImplAccess::CountAppenders(RootImpl()) > own;
     if (!shared.hasGuests) return;
     for (const auto& [reportLevel, reportText] : TakeReports()) PassToGuests(reportLevel, reportText);
     PassToGuests(level, text);
@@ -168,13 +180,6 @@ void WriteToGuests(ICLogger::Level level, std::string_view text) noexcept try {
 std::string_view NameOf(ICLogger::Level level) {
     static constexpr std::string_view kNames[] = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
     return kNames[level];
-}
-
-bool WriteToOutput(ICLogger::Level level, std::string_view text) {
-    LogOutput& output = *TheShared().output;
-    const Visit visit;
-    if (visit) return output.Write(log4cplus::thread::getCurrentThreadName2(), NameOf(level), text);
-    return output.Write(std::to_string(platform::CurrentThreadId()), NameOf(level), text);
 }
 
 /// log4cplus starts threads when it is loaded, for asynchronous appenders that nobody has asked for yet. On
@@ -232,15 +237,25 @@ std::int32_t* RootLevel() { return &ImplAccess::LevelOf(RootImpl()); }
 
 void SetRootLevel(std::int32_t level) { TheShared().root.setLogLevel(level); }
 
-bool IsRootEnabledFor(std::int32_t level) {
-    const Visit visit;
-    return !visit || TheShared().root.isEnabledFor(level);
+RootEntry::RootEntry(ICLogger::Level level) : m_level(level), m_isWithin(Enter()) {}
+
+RootEntry::~RootEntry() {
+    if (m_isWithin) Leave();
 }
 
-void WriteToRoot(ICLogger::Level level, std::string_view text) {
-    if (WriteToOutput(level, text)) return WriteToGuests(level, text);
+bool RootEntry::IsEnabled() const {
+    const auto number = ToLog4cplusLevel(m_level).value_or(log4cplus::ERROR_LOG_LEVEL);
+    return !m_isWithin || TheShared().root.isEnabledFor(number);
+}
+
+void RootEntry::Write(std::string_view text) const {
+    Shared& shared = TheShared();
+    const bool isOutermost =
+        m_isWithin ? shared.output->Write(log4cplus::thread::getCurrentThreadName2(), NameOf(m_level), text)
+                   : shared.output->Write(std::to_string(platform::CurrentThreadId()), NameOf(m_level), text);
+    if (isOutermost && m_isWithin) return WriteToGuests(m_level, text);
     // The lock of the entry that caused the report is still held here.
-    if (TheShared().hasGuests) TheShared().ofReports.emplace_back(level, text);
+    if (!isOutermost && shared.hasGuests) shared.ofReports.emplace_back(m_level, text);
 }
 
 }  // namespace quillon

@@ -32,11 +32,23 @@ void ShutRootDown();
 /// Returns the root's level in log4cplus's numbers, which lives as long as the process. A host may change it.
 std::int32_t* RootLevel();
 void SetRootLevel(std::int32_t level);
-/// Returns whether log4cplus would pass an entry of a level.
-bool IsRootEnabledFor(std::int32_t level);
+/// An entry on its way to the output and to the appenders that the host has added. While it lives, log4cplus
+/// does, unless it has ended before.
+class RootEntry {
+public:
+    explicit RootEntry(ICLogger::Level level);
+    ~RootEntry();
+    RootEntry(const RootEntry&) = delete;
+    RootEntry& operator=(const RootEntry&) = delete;
 
-/// Writes an entry to the output and to the appenders that the host has added.
-void WriteToRoot(ICLogger::Level level, std::string_view text);
+    /// Whether log4cplus would pass it.
+    [[nodiscard]] bool IsEnabled() const;
+    void Write(std::string_view text) const;
+
+private:
+    const ICLogger::Level m_level;
+    const bool m_isWithin;
+};
 
 /// Returns whether the process ends and log4cplus is, or will soon be, gone.
 bool HasLog4cplusEnded();

@@ -1,5 +1,6 @@
 #include "quillon/LogText.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "base/HexDigits.h"
@@ -8,8 +9,16 @@ namespace quillon {
 
 namespace {
 
+constexpr unsigned kDelete = 0x7F, kLatinLead = 0xC2, kMarkLead = 0xE2;
+
 unsigned ByteAt(std::string_view text, std::size_t place) {
     return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
+}
+
+/// Returns whether a byte is, or begins, a character that may need an escape.
+bool MayBeginEscape(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < ' ' || byte == kDelete || byte == kLatinLead || byte == kMarkLead;
 }
 
 void AppendHex(std::string& result, unsigned value, unsigned digits) {
@@ -30,8 +39,8 @@ void AppendControl(std::string& result, unsigned control) {
 
 /// Returns the code of a separator or mark of direction, which take three bytes; 0 for any other character.
 unsigned MarkAt(std::string_view text, std::size_t place) {
-    constexpr unsigned kLead = 0xE2, kPayload = 0x3F, kBits = 6, kBlock = 0x2000;
-    if (ByteAt(text, place) != kLead) return 0;
+    constexpr unsigned kPayload = 0x3F, kBits = 6, kBlock = 0x2000;
+    if (ByteAt(text, place) != kMarkLead) return 0;
     const unsigned code =
         kBlock | (ByteAt(text, place + 1) & kPayload) << kBits | (ByteAt(text, place + 2) & kPayload);
     const bool isSeparatorOrTurn = code >= 0x2028 && code <= 0x202E;
@@ -43,10 +52,11 @@ unsigned MarkAt(std::string_view text, std::size_t place) {
 }  // namespace
 
 std::string LogText::OneLine(std::string_view text) {
-    constexpr unsigned kDelete = 0x7F, kLatinLead = 0xC2, kFirstC1 = 0x80, kLastC1 = 0x9F;
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t place = 0; place < text.size(); ++place) {
+    constexpr unsigned kFirstC1 = 0x80, kLastC1 = 0x9F;
+    const auto suspect =
+        static_cast<std::size_t>(std::find_if(text.begin(), text.end(), &MayBeginEscape) - text.begin());
+    std::string result(text.substr(0, suspect));
+    for (std::size_t place = suspect; place < text.size(); ++place) {
         const unsigned byte = ByteAt(text, place), next = ByteAt(text, place + 1);
         if (byte < ' ' || byte == kDelete) {
             AppendControl(result, byte);

@@ -1,8 +1,21 @@
 #include "quillon/LoggerBase.h"
 
+#include <algorithm>
+
 namespace quillon {
 
-LoggerBase::LoggerBase(std::int32_t threshold) : m_threshold(threshold) {}
+namespace {
+
+/// A level outside the enumeration gives at least one on its side of all severities.
+std::int32_t SeverityOf(std::int32_t level, std::int32_t severitiesALevel) {
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    return std::clamp(level, -kMost / severitiesALevel, kMost / severitiesALevel) * severitiesALevel;
+}
+
+}  // namespace
+
+LoggerBase::LoggerBase(std::int32_t threshold)
+    : m_threshold(threshold), m_ownLowest(SeverityOf(threshold, kSeveritiesALevel)) {}
 LoggerBase::~LoggerBase() = default;
 
 void LoggerBase::InitializeLogging(const char*, Level level) { SetThreshold(level); }
@@ -16,13 +29,23 @@ const std::string& LoggerBase::GetPath() const {
 }
 
 ICLogger::Level LoggerBase::SetLevel(Level level) {
-    return static_cast<Level>(m_threshold.exchange(level, std::memory_order_acq_rel));
+    const Level previous = GetLevel();
+    SetThreshold(level);
+    return previous;
 }
 
 ICLogger::Level LoggerBase::GetLevel() { return static_cast<Level>(GetThreshold()); }
-bool LoggerBase::IsEnabled(Level level) { return Passes(level); }
 
-// A suppressed entry costs comparisons only: its arguments are not even looked at.
+void LoggerBase::SetThreshold(std::int32_t threshold) {
+    m_threshold.store(threshold, std::memory_order_release);
+    std::atomic_ref(m_ownLowest).store(SeverityOf(threshold, kSeveritiesALevel), std::memory_order_release);
+}
+
+void LoggerBase::FollowSeverity(std::int32_t* lowest) {
+    m_lowest.store(lowest == nullptr ? &m_ownLowest : lowest, std::memory_order_release);
+}
+
+// A suppressed entry costs a comparison: its arguments are not even looked at.
 #define QUILLON_LEVEL_OPERATIONS(level)                                     \
     void LoggerBase::level(const char* format, ...) {                       \
         if (!Passes(Level::level)) return;                                  \

@@ -12,6 +12,7 @@
 #include "quillon/IAgentConfiguration.h"
 #include "quillon/ICLogger.h"
 #include "quillon/IDeviceInformation.h"
+#include "quillon/LogText.h"
 #include "quillon/LoggerUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -36,7 +37,7 @@ void ReportSwitches(ICLogger& log, const IAgentConfiguration& settings) {
     const std::vector<IAgentConfiguration::SwitchEndpoint> switches = settings.GetSwitches();
     int number = 0;
     for (const auto& [host, port] : switches)
-        log.Info("%s switch %d: '%s:%d'", kMarker, ++number, host.c_str(), port);
+        log.Info("%s switch %d: '%s:%d'", kMarker, ++number, LogText::OneLine(host).c_str(), port);
     if (switches.empty()) log.Info("%s No Switch connection has been configured.", kMarker);
 }
 
@@ -45,7 +46,7 @@ void ReportBackgroundChannels(ICLogger& log, const IAgentConfiguration& settings
     const std::vector<std::string> urls = settings.GetBackgroundChannelUrls();
     int number = 0;
     for (const std::string& url : urls)
-        log.Info("%s backgroundchannelurl %d: '%s'", kMarker, ++number, url.c_str());
+        log.Info("%s backgroundchannelurl %d: '%s'", kMarker, ++number, LogText::OneLine(url).c_str());
     if (urls.empty()) log.Info("%s No Background channel has been configured.", kMarker);
 }
 
@@ -85,7 +86,8 @@ void ReportSettings(ICLogger& log, const IAgentConfiguration& settings) {
     ReportBackgroundChannels(log, settings);
     ReportAuthenticationPolicy(log, settings.GetAuthenticationPolicy());
     const char* const crlChecks = settings.GetCrlChecks();
-    log.Info("Configured 'crlchecks' setting: '%s'", crlChecks != nullptr ? crlChecks : "");
+    log.Info("Configured 'crlchecks' setting: '%s'",
+             LogText::OneLine(crlChecks != nullptr ? crlChecks : "").c_str());
     log.Info("Configured 'logginglevel' setting: '%s'",
              NameOf(settings.GetLoggingLevel(), {"trace", "debug", "info", "warn", "error", "fatal"}));
     log.Info("Configured 'ssl' setting: '%s'", NameOf(settings.GetSsl(), {"none", "TLSv1.2"}));
@@ -109,7 +111,7 @@ void Attempt(ICLogger& log, const Report& report) {
     try {
         report();
     } catch (const std::exception& error) {
-        log.Error(kFailed, error.what());
+        log.Error(kFailed, LogText::OneLine(error.what()).c_str());
     } catch (...) {
         log.Error(kFailed, "unknown exception");
     }

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/MethodMetadata.h"
 #include "quillon/TimePoint.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -23,7 +24,8 @@ const char* MetadataUtils::Type(unsigned long long hash) {
 
 void MetadataUtils::LogThenThrow(std::stringstream& message) {
     const std::string text = message.str();
-    if (ICLogger* logger = detail::RegisteredLoggerIfAny()) logger->Error("%s", text.c_str());
+    if (ICLogger* logger = detail::RegisteredLoggerIfAny())
+        logger->Error("%s", LogText::OneLine(text).c_str());
     throw std::runtime_error(text);
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/TextOrEmpty.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/Url.h"
 #include "quillon/UserUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -106,8 +107,8 @@ void MethodParameterValidation::UseNonDeprecated(const char* name, const char* d
                                                  std::string& value, const std::string& deprecatedValue) {
     if (!value.empty()) return;
     if (ICLogger* logger = detail::RegisteredLoggerIfAny()) {
-        logger->Warn("Parameter name '%s' is deprecated; use '%s' instead", Text(deprecatedName).c_str(),
-                     Text(name).c_str());
+        logger->Warn("Parameter name '%s' is deprecated; use '%s' instead",
+                     LogText::OneLine(Text(deprecatedName)).c_str(), LogText::OneLine(Text(name)).c_str());
     }
     value = deprecatedValue;
 }

@@ -6,6 +6,7 @@
 #include "os/HolderCount.h"
 #include "platform/Handle.h"
 #include "quillon/EventLogProxy.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
 
@@ -62,12 +63,13 @@ bool SwitchOn(const wchar_t* channel, bool& switchedOn, ICLogger& log) {
     if (*isEnabled) return true;
     switchedOn = SaveEnabled(config, true);
     if (switchedOn) {
-        log.Debug("Enabled Windows Event Log channel '%s' for subscriptions", Name(channel).c_str());
+        log.Debug("Enabled Windows Event Log channel '%s' for subscriptions",
+                  LogText::OneLine(Name(channel)).c_str());
     } else {
         log.Debug(
             "Failed to enable Windows Event Log channel '%s' - subscriptions to this channel will not be "
             "possible",
-            Name(channel).c_str());
+            LogText::OneLine(Name(channel)).c_str());
     }
     return switchedOn;
 }
@@ -76,11 +78,12 @@ void SwitchOff(const wchar_t* channel, ICLogger& log) {
     const ChannelConfig config = OpenConfig(channel);
     if (!config) return;
     if (SaveEnabled(config, false)) {
-        log.Debug("Disabled Windows Event Log channel '%s' for subscriptions", Name(channel).c_str());
+        log.Debug("Disabled Windows Event Log channel '%s' for subscriptions",
+                  LogText::OneLine(Name(channel)).c_str());
     } else {
         log.Warn(
             "Failed to disable Windows Event Log channel '%s' - this channel should be disabled manually",
-            Name(channel).c_str());
+            LogText::OneLine(Name(channel)).c_str());
     }
 }
 

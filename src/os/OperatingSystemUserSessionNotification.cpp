@@ -8,6 +8,7 @@
 
 #include "quillon/ICLogger.h"
 #include "quillon/IWindowsTerminalServicesService.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/detail/RegisteredLogger.h"
 
@@ -83,7 +84,7 @@ std::wstring OperatingSystemUserSessionNotification::GetSessionDomainUser(bool l
     try {
         return service->GetDomainUserForSession(m_sessionId);
     } catch (const std::exception& error) {
-        if (errors != nullptr) errors->Debug("exception [%s]", error.what());
+        if (errors != nullptr) errors->Debug("exception [%s]", LogText::OneLine(error.what()).c_str());
         return {};
     }
 }
@@ -118,7 +119,8 @@ void OperatingSystemUserSessionNotification::CreateFromServiceControlSessionNoti
 
 void OperatingSystemUserSessionNotification::LogEvent() const {
     if (ICLogger* const logger = detail::RegisteredLogger()) {
-        logger->Debug("OperatingSystemUserSessionNotification %s occurred", EventToString().c_str());
+        logger->Debug("OperatingSystemUserSessionNotification %s occurred",
+                      LogText::OneLine(EventToString()).c_str());
     }
 }
 

@@ -13,6 +13,7 @@
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ProcessUtils.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RowBuilder.h"
 
 namespace quillon {
 
@@ -36,17 +37,14 @@ bool HasByteOrderMark(std::string_view bytes) {
 }
 
 void AddLineRows(std::string_view text, int exitCode, DataTable& table) {
-    const std::string exitCodeName = ProcessUtils::ExitCodeColName;
-    const std::string outputName = ProcessUtils::OutputColName;
-    const std::string lineNumberName = ProcessUtils::LineNumberColName;
+    detail::RowBuilder row(
+        {ProcessUtils::ExitCodeColName, ProcessUtils::OutputColName, ProcessUtils::LineNumberColName});
     for (long long number = 0; !text.empty(); ++number) {
         const auto end = std::min(text.find('\n'), text.size() - 1) + 1;
-        VariantList row;
-        row.Reserve(3);
-        row.Add(exitCodeName, exitCode);
-        row.Add(outputName, std::string(WithoutLineEnd(text.substr(0, end))));
-        row.Add(lineNumberName, number);
-        table.AddRow(std::move(row));
+        row.AddInteger(0, exitCode);
+        row.AddText(1, WithoutLineEnd(text.substr(0, end)));
+        row.AddInteger(2, number);
+        row.EndRow(table);
         text.remove_prefix(end);
     }
 }

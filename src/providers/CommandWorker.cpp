@@ -212,7 +212,7 @@ int CommandWorker::CollectOutput(int code) {
     } catch (const std::exception&) {  // no memory, or no string is as long
         code = ReportLoss(base::kNotEnoughMemory, code);
     }
-    if (code != 0) m_logger.Debug("Output from command: '%s'", logged.c_str());
+    if (code != 0) m_logger.Debug("Output from command: '%s'", LogText::OneLine(logged).c_str());
     return code;
 }
 

@@ -7,6 +7,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/ISqliteInstance.h"
 #include "quillon/ISqliteQueries.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -54,10 +55,10 @@ std::string UniqueClause(const std::vector<std::string>& columns) {
 
 void LogOpening(ICLogger& logger, const std::string& database, bool isOpen) {
     if (isOpen) {
-        logger.Debug("Opened %s database", database.c_str());
+        logger.Debug("Opened %s database", LogText::OneLine(database).c_str());
     } else {
         logger.Warn("Local database services not available; %s storage will not be possible",
-                    database.c_str());
+                    LogText::OneLine(database).c_str());
     }
 }
 
@@ -87,7 +88,8 @@ SqlApplicationDataStore::~SqlApplicationDataStore() {
         CloseDatabase();
         if (m_logger == nullptr) return;
         for (const std::string& name : m_tempTables) {
-            m_logger->Warn("%s database leaked temporary table '%s'", m_databaseName.c_str(), name.c_str());
+            m_logger->Warn("%s database leaked temporary table '%s'",
+                           LogText::OneLine(m_databaseName).c_str(), LogText::OneLine(name).c_str());
         }
     } catch (...) {
         // An engine or a logger of the host may throw.
@@ -100,7 +102,7 @@ void SqlApplicationDataStore::CloseDatabase() {
     auto* const engine = ServiceLocator::Get<ISqliteInstance>();
     if (engine == nullptr) return;
     engine->CloseDatabase(m_database);
-    if (m_logger != nullptr) m_logger->Debug("Closed %s database", m_databaseName.c_str());
+    if (m_logger != nullptr) m_logger->Debug("Closed %s database", LogText::OneLine(m_databaseName).c_str());
 }
 
 bool SqlApplicationDataStore::AddToTable(const std::string& tableName, DataTable& table) {
@@ -123,7 +125,8 @@ bool SqlApplicationDataStore::CreateTempTable(const std::string& name, const std
     if (ExecuteNonQuery(statement)) return true;
     if (m_database->TableExists(name)) {
         if (m_logger != nullptr)
-            m_logger->Debug("Temporary table %s already exists; dropping and re-creating", name.c_str());
+            m_logger->Debug("Temporary table %s already exists; dropping and re-creating",
+                            LogText::OneLine(name).c_str());
         m_database->DropTable(name);
     }
     return ExecuteNonQuery(statement);
@@ -168,8 +171,8 @@ void SqlApplicationDataStore::EnsureTableExists(const std::string& tableName,
         return;
     }
     if (m_logger != nullptr)
-        m_logger->Warn("Could not create table '%s' for %s storage", tableName.c_str(),
-                       m_databaseName.c_str());
+        m_logger->Warn("Could not create table '%s' for %s storage", LogText::OneLine(tableName).c_str(),
+                       LogText::OneLine(m_databaseName).c_str());
 }
 
 bool SqlApplicationDataStore::CreateTable(const std::string& tableName, const std::string& definitions) {

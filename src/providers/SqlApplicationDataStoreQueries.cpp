@@ -4,6 +4,7 @@
 #include "providers/SqlText.h"
 #include "quillon/ICLogger.h"
 #include "quillon/ISqliteInstance.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "quillon/StringUtils.h"
@@ -26,7 +27,8 @@ bool SqlApplicationDataStore::Run(const SqlQuery& query, std::vector<std::string
     auto* const queries = ServiceLocator::Get<ISqliteQueries>(true);
     if (queries != nullptr) return queries->Query(*m_database, query, columns, visitor);
     if (m_logger != nullptr)
-        m_logger->Error("The engine of database '%s' takes no parameters", m_databaseName.c_str());
+        m_logger->Error("The engine of database '%s' takes no parameters",
+                        LogText::OneLine(m_databaseName).c_str());
     return false;
 }
 

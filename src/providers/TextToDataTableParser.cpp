@@ -5,12 +5,15 @@
 #include <limits>
 #include <stdexcept>
 #include <string_view>
+#include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 #include "base/Characters.h"
 #include "base/DateTimeText.h"
 #include "base/NumberText.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RowBuilder.h"
 
 namespace quillon {
 
@@ -24,37 +27,24 @@ std::string_view Trimmed(std::string_view text) {
     return text;
 }
 
-/// One field up to a space, the line's end or a zero. The cursor goes past the
-/// spaces that follow.
-std::string_view TakeSpaceSeparated(const char*& cursor, char lineEnd) {
+/// One field up to a space or the end. The cursor goes past the spaces that follow.
+std::string_view TakeSpaceSeparated(const char*& cursor, const char* end) {
     const char* const start = cursor;
-    while (*cursor != ' ' && *cursor != lineEnd && *cursor != '\0') ++cursor;
+    while (cursor != end && *cursor != ' ') ++cursor;
     const std::string_view field(start, static_cast<std::size_t>(cursor - start));
-    while (*cursor == ' ') ++cursor;
+    while (cursor != end && *cursor == ' ') ++cursor;
     return field;
 }
 
-std::string_view TakeRest(const char*& cursor, char lineEnd) {
-    const char* const start = cursor;
-    while (*cursor != lineEnd && *cursor != '\0') ++cursor;
-    return std::string_view(start, static_cast<std::size_t>(cursor - start));
-}
-
-unsigned long long Magnitude(long long value) {
-    const auto bits = static_cast<unsigned long long>(value);
-    return value < 0 ? 0 - bits : bits;
+std::string_view TakeRest(const char*& cursor, const char* end) {
+    return std::string_view(std::exchange(cursor, end), static_cast<std::size_t>(end - cursor));
 }
 
 /// The product, or the range's end on its side.
 long long SaturatingProduct(long long a, long long b) {
-    constexpr long long kMax = std::numeric_limits<long long>::max();
-    constexpr long long kMin = std::numeric_limits<long long>::min();
-    if (a == 0 || b == 0) return 0;
-    const bool negative = (a < 0) != (b < 0);
-    const unsigned long long limit = Magnitude(negative ? kMin : kMax);
-    if (Magnitude(a) > limit / Magnitude(b)) return negative ? kMin : kMax;
-    const unsigned long long product = Magnitude(a) * Magnitude(b);
-    return static_cast<long long>(negative ? 0 - product : product);
+    long long product = 0;
+    if (!__builtin_mul_overflow(a, b, &product)) return product;
+    return (a < 0) != (b < 0) ? std::numeric_limits<long long>::min() : std::numeric_limits<long long>::max();
 }
 
 bool ToBool(std::string_view text) {
@@ -63,10 +53,17 @@ bool ToBool(std::string_view text) {
                            StringUtils::CompareCaseInsensitive(std::string(text), std::string(kTrue)));
 }
 
-/// The line feed at or after the cursor, else the end.
-const char* FindLineEnd(const char* cursor, const char* end) {
-    const void* const found = std::memchr(cursor, '\n', static_cast<std::size_t>(end - cursor));
+/// The character at or after the cursor, else the end.
+const char* FindCharacter(char wanted, const char* cursor, const char* end) {
+    const void* const found = std::memchr(cursor, wanted, static_cast<std::size_t>(end - cursor));
     return found == nullptr ? end : static_cast<const char*>(found);
+}
+
+double ToDouble(std::string_view text) {
+    if (text.starts_with('+')) text.remove_prefix(1);
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
 }
 
 }  // namespace
@@ -78,7 +75,7 @@ SpaceSeparatedField::SpaceSeparatedField() = default;
 SpaceSeparatedField::~SpaceSeparatedField() = default;
 
 bool SpaceSeparatedField::Parse(const char** cursor, std::string& value) {
-    value.append(TakeSpaceSeparated(*cursor, '\0'));
+    value.append(TakeSpaceSeparated(*cursor, *cursor + std::strlen(*cursor)));
     return true;
 }
 
@@ -86,67 +83,95 @@ NullSeparatedField::NullSeparatedField() = default;
 NullSeparatedField::~NullSeparatedField() = default;
 
 bool NullSeparatedField::Parse(const char** cursor, std::string& value) {
-    value.append(TakeRest(*cursor, '\0'));
+    value.append(TakeRest(*cursor, *cursor + std::strlen(*cursor)));
     return true;
 }
 
 TextToDataTableParser::TextToDataTableParser() = default;
 TextToDataTableParser::~TextToDataTableParser() = default;
 
-template <>
-TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<std::string>(const std::string& name,
-                                                                                   long long) {
-    return [name](std::string_view text, VariantList& row) { row.Add(name, std::string(text)); };
-}
+/// Makes rows of lines, for one call of Parse().
+class TextToDataTableParser::LineReader {
+public:
+    explicit LineReader(const TextToDataTableParser& parser)
+        : m_columns(parser.m_columns), m_hasOwnFields(parser.m_hasOwnFields), m_row(NamesOf(m_columns)) {}
 
-template <>
-TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<long long>(const std::string& name,
-                                                                                 long long multiplier) {
-    const long long factor = multiplier == 0 ? 1 : multiplier;
-    return [name, factor](std::string_view text, VariantList& row) {
-        row.Add(name, SaturatingProduct(base::ReadSigned<long long>(text), factor));
-    };
-}
+    /// Reads a line without its line feed.
+    void Read(const char* cursor, const char* end, DataTable& table) {
+        if (m_hasOwnFields) {  // which need a NUL at its end
+            m_line.assign(cursor, end);
+            cursor = m_line.c_str();
+            end = cursor + m_line.size();
+        }
+        end = FindCharacter('\0', cursor, end);
+        for (std::size_t place = 0; place < m_columns.size(); ++place) {
+            const std::string_view text = Trimmed(Take(m_columns[place], cursor, end));
+            if (!text.empty()) AddCell(place, text);
+        }
+        m_row.EndRow(table);
+    }
 
-template <>
-TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<bool>(const std::string& name,
-                                                                            long long) {
-    return [name](std::string_view text, VariantList& row) { row.Add(name, ToBool(text)); };
-}
+private:
+    static std::vector<std::string> NamesOf(const std::vector<Column>& columns) {
+        std::vector<std::string> names;
+        for (const Column& column : columns) names.push_back(column.name);
+        return names;
+    }
 
-template <>
-TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<double>(const std::string& name,
-                                                                              long long multiplier) {
-    const double factor = multiplier == 0 ? 1 : static_cast<double>(multiplier);
-    return [name, factor](std::string_view text, VariantList& row) {
-        if (text.starts_with('+')) text.remove_prefix(1);
-        double number = 0;
-        std::from_chars(text.data(), text.data() + text.size(), number);
-        row.Add(name, number * factor);
-    };
-}
+    std::string_view Take(const Column& column, const char*& cursor, const char* end) {
+        if (column.reach == Reach::ToSpace) return TakeSpaceSeparated(cursor, end);
+        if (column.reach == Reach::ToLineEnd) return TakeRest(cursor, end);
+        m_value.clear();
+        column.field->Parse(&cursor, m_value);
+        return m_value;
+    }
 
-template <>
-TextToDataTableParser::Converter TextToDataTableParser::MakeConverter<TimePoint>(const std::string& name,
-                                                                                 long long) {
-    return [name](std::string_view text, VariantList& row) {
-        if (const auto ticks = base::ReadDateTime(text))
-            row.Add(Variant(name, TimePoint(TimePoint::duration(*ticks))));
-    };
-}
+    void AddCell(std::size_t place, std::string_view text) {
+        const Column& column = m_columns[place];
+        const long long factor = column.multiplier == 0 ? 1 : column.multiplier;
+        switch (column.type) {
+            case Type::Text:
+                return m_row.AddText(place, text);
+            case Type::Integer:
+                return m_row.AddInteger(place, SaturatingProduct(base::ReadSigned<long long>(text), factor));
+            case Type::Boolean:
+                return m_row.AddBoolean(place, ToBool(text));
+            case Type::Real:
+                return m_row.AddDouble(place, ToDouble(text) * static_cast<double>(factor));
+            case Type::Time:
+                if (const auto ticks = base::ReadDateTime(text))
+                    m_row.Add(Variant(column.name, TimePoint(TimePoint::duration(*ticks))));
+        }
+    }
 
-template <class T>
-void TextToDataTableParser::AddField(const std::string& name, IParsableField* field, long long multiplier) {
+    const std::vector<Column>& m_columns;
+    const bool m_hasOwnFields;
+    detail::RowBuilder m_row;
+    std::string m_line, m_value;
+};
+
+void TextToDataTableParser::AddColumn(const std::string& name, IParsableField* field, Type type,
+                                      long long multiplier) {
     std::unique_ptr<IParsableField> owned(field);
     if (!owned) throw std::invalid_argument("a column needs a field");
     // A class that is derived from the two may read differently.
     const IParsableField& reader = *owned;
-    const std::type_info& type = typeid(reader);
-    const Reach reach = type == typeid(SpaceSeparatedField)  ? Reach::ToSpace
-                        : type == typeid(NullSeparatedField) ? Reach::ToLineEnd
+    const std::type_info& kind = typeid(reader);
+    const Reach reach = kind == typeid(SpaceSeparatedField)  ? Reach::ToSpace
+                        : kind == typeid(NullSeparatedField) ? Reach::ToLineEnd
                                                              : Reach::Own;
-    m_columns.push_back({std::move(owned), reach, MakeConverter<T>(name, multiplier)});
+    m_columns.push_back({name, std::move(owned), reach, type, multiplier});
     m_hasOwnFields = m_hasOwnFields || reach == Reach::Own;
+}
+
+template <class T>
+void TextToDataTableParser::AddField(const std::string& name, IParsableField* field, long long multiplier) {
+    constexpr Type kType = std::is_same_v<T, std::string> ? Type::Text
+                           : std::is_same_v<T, long long> ? Type::Integer
+                           : std::is_same_v<T, bool>      ? Type::Boolean
+                           : std::is_same_v<T, double>    ? Type::Real
+                                                          : Type::Time;
+    AddColumn(name, field, kType, multiplier);
 }
 
 template QUILLON_API void TextToDataTableParser::AddField<std::string>(const std::string&, IParsableField*,
@@ -161,43 +186,13 @@ template QUILLON_API void TextToDataTableParser::AddField<double>(const std::str
 template QUILLON_API void TextToDataTableParser::AddField<TimePoint>(const std::string&, IParsableField*,
                                                                      long long);
 
-const char* TextToDataTableParser::ParseLine(const char* cursor, VariantList& row) const {
-    std::string own;
-    for (const Column& column : m_columns) {
-        std::string_view value;
-        if (column.reach == Reach::ToSpace) {
-            value = TakeSpaceSeparated(cursor, '\n');
-        } else if (column.reach == Reach::ToLineEnd) {
-            value = TakeRest(cursor, '\n');
-        } else {
-            own.clear();
-            column.field->Parse(&cursor, own);
-            value = own;
-        }
-        value = Trimmed(value);
-        if (!value.empty()) column.convert(value, row);
-    }
-    return cursor;
-}
-
 void TextToDataTableParser::Parse(const std::string& text, DataTable& table) const {
     const char* const end = text.c_str() + text.size();
-    VariantList row;
-    std::string line;
+    LineReader reader(*this);
     for (const char* cursor = text.c_str(); cursor != end;) {
-        row.Reserve(m_columns.size());
-        if (m_hasOwnFields) {
-            const char* const lineEnd = FindLineEnd(cursor, end);
-            line.assign(cursor, lineEnd);
-            ParseLine(line.c_str(), row);
-            cursor = lineEnd;
-        } else {
-            cursor = FindLineEnd(ParseLine(cursor, row), end);
-        }
-        if (cursor != end) ++cursor;
-        if (row.Size() == 0) continue;
-        table.AddRow(std::move(row));
-        row = VariantList();
+        const char* const lineEnd = FindCharacter('\n', cursor, end);
+        reader.Read(cursor, lineEnd, table);
+        cursor = lineEnd == end ? end : lineEnd + 1;
     }
 }
 

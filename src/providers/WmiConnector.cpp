@@ -9,6 +9,7 @@
 #include "providers/WmiEnumeration.h"
 #include "providers/WmiOperation.h"
 #include "providers/WmiServices.h"
+#include "quillon/LogText.h"
 
 namespace quillon {
 
@@ -42,7 +43,7 @@ bool WmiConnector::Connect(const std::wstring& ns) {
                         code);
         return false;
     }
-    m_logger->Debug("Connected to WMI namespace \"%s\"", base::ToUtf8(ns).c_str());
+    m_logger->Debug("Connected to WMI namespace \"%s\"", LogText::OneLine(base::ToUtf8(ns)).c_str());
     return true;
 }
 
@@ -52,9 +53,10 @@ bool WmiConnector::TryConnect(const std::string& ns) {
     if (step == Services::Step::Locator) {
         m_logger->Debug("Failed to create WbemLocator");
     } else if (step == Services::Step::Namespace) {
-        m_logger->Debug("Failed to connect to WMI namespace \"%s\", but this is not an error", ns.c_str());
+        m_logger->Debug("Failed to connect to WMI namespace \"%s\", but this is not an error",
+                        LogText::OneLine(ns).c_str());
     } else if (step == Services::Step::Connected) {
-        m_logger->Debug("Connected to WMI namespace \"%s\"", ns.c_str());
+        m_logger->Debug("Connected to WMI namespace \"%s\"", LogText::OneLine(ns).c_str());
     }
     return step == Services::Step::Connected;
 }
@@ -138,12 +140,12 @@ bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& vi
             return false;
         }
     } while (goesOn && batch.size() == WmiEnumeration::kBatch);
-    m_logger->Debug("Completed WMI query '%s'", base::ToUtf8(wql).c_str());
+    m_logger->Debug("Completed WMI query '%s'", LogText::OneLine(base::ToUtf8(wql)).c_str());
     return true;
 }
 
 std::unique_ptr<WmiEnumeration> WmiConnector::StartQuery(const std::wstring& wql) {
-    m_logger->Debug("Executing WMI query '%s'", base::ToUtf8(wql).c_str());
+    m_logger->Debug("Executing WMI query '%s'", LogText::OneLine(base::ToUtf8(wql)).c_str());
     auto objects = std::make_unique<WmiEnumeration>(*m_caller);
     const HRESULT result = objects->Start(m_services->reference, wql);
     if (SUCCEEDED(result)) return objects;
@@ -159,7 +161,7 @@ const std::string* OnlyText(const DataTable& table, const char* className, const
                             ICLogger& logger) {
     const std::string source = std::string(propertyName) + " FROM " + className;
     const auto fail = [&](const char* before, const char* after = "") {
-        logger.Error("%s%s%s", before, source.c_str(), after);
+        logger.Error("%s%s%s", before, LogText::OneLine(source).c_str(), after);
         return nullptr;
     };
     if (table.GetNumberOfRows() != 1) return fail("Expected a single ");

@@ -6,6 +6,7 @@
 
 #include "base/Utf.h"
 #include "platform/Wbem.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 #include "quillon/WmiConnector.h"
 
@@ -45,7 +46,8 @@ void WmiConnector::HandleWbemError(const std::wstring& context, long hr) const {
     std::wstring text =
         L"WMI error " + Hex("0x%08x", static_cast<std::uint32_t>(code)) + L" - " + MessageOf(code);
     StringUtils::Trim(text);
-    m_logger->Error("%s (while %s)", base::ToUtf8(text).c_str(), base::ToUtf8(context).c_str());
+    m_logger->Error("%s (while %s)", LogText::OneLine(base::ToUtf8(text)).c_str(),
+                    LogText::OneLine(base::ToUtf8(context)).c_str());
     *m_lastError = std::move(text);
     m_lastErrorCode = code;
 }

@@ -6,6 +6,7 @@
 #include "providers/WmiOperation.h"
 #include "providers/WmiOwners.h"
 #include "providers/WmiServices.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 #include "quillon/WmiConnector.h"
 
@@ -53,8 +54,8 @@ bool IsSettable(long cimType) {
 
 bool WmiConnector::ExecuteStaticMethod(const std::wstring& className, const std::wstring& methodName,
                                        const MethodParameters& params, DataTable* results) {
-    m_logger->Debug("Executing static WMI method '%s' on '%s'", ToUtf8(methodName).c_str(),
-                    ToUtf8(className).c_str());
+    m_logger->Debug("Executing static WMI method '%s' on '%s'", LogText::OneLine(ToUtf8(methodName)).c_str(),
+                    LogText::OneLine(ToUtf8(className)).c_str());
     const Operation operation(*this);
     return CheckConnected(kNotConnected) &&
            CallMethod(className, className, methodName, params, results, nullptr);
@@ -63,8 +64,9 @@ bool WmiConnector::ExecuteStaticMethod(const std::wstring& className, const std:
 bool WmiConnector::ExecuteInstanceMethod(const std::wstring& wql, const std::wstring& methodName,
                                          bool allResults, const MethodParameters& params,
                                          DataTable* results) {
-    m_logger->Debug("Executing instance WMI method '%s' on %s of '%s'", ToUtf8(methodName).c_str(),
-                    allResults ? "all results" : "first result", ToUtf8(wql).c_str());
+    m_logger->Debug("Executing instance WMI method '%s' on %s of '%s'",
+                    LogText::OneLine(ToUtf8(methodName)).c_str(), allResults ? "all results" : "first result",
+                    LogText::OneLine(ToUtf8(wql)).c_str());
     if (!CheckConnected(kNotConnected)) return false;
     const Operation operation(*this);
     const auto objects = StartQuery(wql);
@@ -91,8 +93,8 @@ bool WmiConnector::ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>&
         HandleWbemError(L"deriving __PATH property for target query result", result);
         return false;
     }
-    m_logger->Debug("Executing instance WMI method '%s' on object path '%s'", ToUtf8(methodName).c_str(),
-                    ToUtf8(path).c_str());
+    m_logger->Debug("Executing instance WMI method '%s' on object path '%s'",
+                    LogText::OneLine(ToUtf8(methodName)).c_str(), LogText::OneLine(ToUtf8(path)).c_str());
     result = ReadText(*object, L"__CLASS", className);
     if (FAILED(result)) {
         HandleWbemError(L"deriving __CLASS property for target query result", result);
@@ -138,7 +140,7 @@ bool WmiConnector::KnowsParameters(const std::wstring& methodName, IWbemClassObj
             continue;
         *m_lastError = L"Method " + methodName + L" has no parameter " + name;
         m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_INVALID_METHOD_PARAMETERS);
-        m_logger->Error("%s", ToUtf8(*m_lastError).c_str());
+        m_logger->Error("%s", LogText::OneLine(ToUtf8(*m_lastError)).c_str());
         return false;
     }
     return true;
@@ -166,8 +168,8 @@ bool WmiConnector::SetWmiParametersFromUserParameters(const std::wstring& method
         _variant_t unused;
         if (FAILED(names.Get(i, name)) || name == nullptr) continue;
         if (FAILED(inDefinition->Get(name.get(), 0, &unused, &type, nullptr))) continue;
-        m_logger->Trace("%s Parameter name is %s - CIM type is %d", " ->", ToUtf8(name.get()).c_str(),
-                        static_cast<int>(type));
+        m_logger->Trace("%s Parameter name is %s - CIM type is %d", " ->",
+                        LogText::OneLine(ToUtf8(name.get())).c_str(), static_cast<int>(type));
         SetWmiParameterFromUserParameters(inInstance, name.get(), type, params);
     }
     return true;
@@ -189,14 +191,14 @@ void WmiConnector::SetWmiParameterFromUserParameter(ATL::CComPtr<IWbemClassObjec
                                                     const Variant& value) const {
     if (!IsSettable(cimType)) {
         m_logger->Warn("Data-type for parameter '%s' is not supported for WMI method invocation; skipping",
-                       ToUtf8(name).c_str());
+                       LogText::OneLine(ToUtf8(name)).c_str());
         return;
     }
     const std::string text = value.AsString();
     _variant_t converted = TextVariant(base::ToWide(text));
     if (FAILED(inInstance->Put(name.c_str(), 0, &converted, cimType))) {
-        m_logger->Warn("Could not apply parameter value of '%s' to parameter '%s'", ToUtf8(name).c_str(),
-                       text.c_str());
+        m_logger->Warn("Could not apply parameter value of '%s' to parameter '%s'",
+                       LogText::OneLine(ToUtf8(name)).c_str(), LogText::OneLine(text).c_str());
     }
 }
 

@@ -6,6 +6,7 @@
 #include "providers/WmiOwners.h"
 #include "providers/WmiServices.h"
 #include "providers/WmiUpdate.h"
+#include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -58,7 +59,7 @@ bool WmiConnector::Update::Prepare(IWbemClassObject& object) {
         if (FAILED(result)) {
             m_connector.m_logger->Debug(
                 "could not find update property [%s] on the first object retrieved from the query",
-                m_columns[i].c_str());
+                LogText::OneLine(m_columns[i]).c_str());
             m_connector.HandleWbemError(L"could not find an update property", result);
             return false;
         }
@@ -70,7 +71,8 @@ bool WmiConnector::Update::Prepare(IWbemClassObject& object) {
 WmiConnector::Update::Change WmiConnector::Update::MakeChange(const std::string& label, CIMTYPE type,
                                                               const Variant& value) const {
     ICLogger& logger = *m_connector.m_logger;
-    const char* const name = label.c_str();
+    const std::string shown = LogText::OneLine(label);
+    const char* const name = shown.c_str();
     Change change{label, base::ToWide(label), _variant_t(), type};
     if (IsInteger(type)) {
         change.value.llVal = value.GetLongLongValue();
@@ -87,7 +89,7 @@ WmiConnector::Update::Change WmiConnector::Update::MakeChange(const std::string&
         const std::string& text = value.GetStringValue();
         change.value = TextVariant(base::ToWide(text));
         logger.Debug("Updating property [%s] %s = value VT_BSTR[%s]", name,
-                     type == CIM_STRING ? "CIM_STRING" : "CIM_DATETIME", text.c_str());
+                     type == CIM_STRING ? "CIM_STRING" : "CIM_DATETIME", LogText::OneLine(text).c_str());
     } else if (type == CIM_BOOLEAN) {
         const bool isTrue = value.GetBoolValue();
         change.value.boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
@@ -107,13 +109,13 @@ bool WmiConnector::Update::Put(IWbemClassObject& object, std::size_t position) {
     const HRESULT result = object.Put(change.name.c_str(), 0, &change.value, change.type);
     if (FAILED(result)) {
         m_connector.m_logger->Debug("could not set property [%s] on object %d, hr = 0x%08x",
-                                    change.label.c_str(), static_cast<int>(position),
+                                    LogText::OneLine(change.label).c_str(), static_cast<int>(position),
                                     static_cast<unsigned int>(result));
         m_connector.HandleWbemError(L"could not set property", result);
         return false;
     }
-    m_connector.m_logger->Debug("Put property [%s] value [%s]", change.label.c_str(),
-                                Describe(change.value, change.type).c_str());
+    m_connector.m_logger->Debug("Put property [%s] value [%s]", LogText::OneLine(change.label).c_str(),
+                                LogText::OneLine(Describe(change.value, change.type)).c_str());
     return true;
 }
 
@@ -133,7 +135,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
     if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
     if (!Update::IsUsable(updates)) {
         *m_lastError = L"Cannot execute WMI update without a row of a value for each column";
-        m_logger->Error("%s", base::ToUtf8(*m_lastError).c_str());
+        m_logger->Error("%s", LogText::OneLine(base::ToUtf8(*m_lastError)).c_str());
         return false;
     }
     const Operation operation(*this);

@@ -10,6 +10,7 @@
 #include "providers/WmiOwners.h"
 #include "providers/WmiValueText.h"
 #include "quillon/DateTimeUtils.h"
+#include "quillon/LogText.h"
 #include "quillon/WmiConnector.h"
 #include "quillon/detail/RegisteredLogger.h"
 
@@ -96,8 +97,8 @@ bool FetchElement(SAFEARRAY* array, VARTYPE type, LONG index, _variant_t& elemen
 void ReportElement(const wchar_t* name, VARTYPE type, LONG index) {
     const std::string typeText = type == VT_UNKNOWN ? "VT_UNKNOWN" : std::to_string(type);
     OrSilent(detail::RegisteredLoggerIfAny())
-        .Debug("Unexpected WMI object. Property name: %s Type: %s Index: %ld", base::ToUtf8(name).c_str(),
-               typeText.c_str(), static_cast<long>(index));
+        .Debug("Unexpected WMI object. Property name: %s Type: %s Index: %ld",
+               LogText::OneLine(base::ToUtf8(name)).c_str(), typeText.c_str(), static_cast<long>(index));
 }
 
 /// An array's elements as texts, one after the other.

@@ -51,6 +51,22 @@ TEST(PrintfFormat, FollowsEveryConversionAsTheRuntimeDoes) {
     EXPECT_EQ(Format("%*d|", -4, 1), (Formatted{5, "1   |"}));
 }
 
+/// A format of texts and decimal numbers alone is followed by our own code as well; "%.0s" makes one that is
+/// not.
+TEST(PrintfFormat, FollowsSimpleFormatsAsTheRuntimeDoes) {
+    const char* const none = nullptr;
+    EXPECT_EQ(Format("a%%b%s%c%d|%i|%u", "c", 'd', INT_MIN, INT_MAX, UINT_MAX),
+              Format("a%%b%s%c%d|%i|%u%.0s", "c", 'd', INT_MIN, INT_MAX, UINT_MAX, ""));
+    EXPECT_EQ(Format("%ld %li %lu", LONG_MIN, LONG_MAX, ULONG_MAX),
+              Format("%ld %li %lu%.0s", LONG_MIN, LONG_MAX, ULONG_MAX, ""));
+    EXPECT_EQ(Format("%lld %lli %llu", LLONG_MIN, LLONG_MAX, ULLONG_MAX),
+              (Formatted{61, "-9223372036854775808 9223372036854775807 18446744073709551615"}));
+    EXPECT_EQ(Format("%s", none), (Formatted{6, "(null)"}));
+    EXPECT_EQ(Format(""), (Formatted{0, ""}));
+    EXPECT_EQ(Format("%s|%d", std::string(kSize, 'x').c_str(), 7),
+              (Formatted{kSize + 2, std::string(kSize - 1, 'x')}));
+}
+
 TEST(PrintfFormat, WideTextsAreUtf8InEveryLocale) {
     const char* const before = std::setlocale(LC_ALL, nullptr);
     const std::string locale = before == nullptr ? "C" : before;

@@ -122,7 +122,7 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
     } cases[] = {
         {{Command("print", {"broken", "7"})}, "7  broken", "Command ended with exit code 7"},
         {{"command=no-such-program"}, "1", "Could not run command 'no-such-program'"},
-        {{wait, "timeout=1"}, "-2  Timed out after 1 seconds", "Timed out after 1 seconds"},
+        {{wait, "timeout=1"}, "", "Timed out after 1 seconds"},
         {{flood, "maxOutput=1000"}, "round and round", "Output reached the limit of 1000 bytes"},
     };
     for (const auto& [arguments, output, message] : cases) {
@@ -131,6 +131,26 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
         EXPECT_EQ(run.exitCode, 3);
         EXPECT_THAT(run.output, HasSubstr(output));
         EXPECT_THAT(run.errors, HasSubstr(message));
+    }
+}
+
+TEST(Agent, ShowsWhatACommandHadWrittenBeforeItsTimeWasOver) {
+    const TempDir dir;
+    const std::filesystem::path started = dir.Native("started");
+    const std::string wait = Command("await", {started.string(), dir.Native("never").string()});
+    for (const bool asTable : {false, true}) {
+        SCOPED_TRACE(asTable);
+        std::filesystem::remove(started);
+        AgentRun run;
+        // Until it was up when its time was over, as it may not be on a busy machine.
+        for (int limit = 1; limit <= 64 && !std::filesystem::exists(started); limit *= 2) {
+            Arguments arguments{wait, "timeout=" + std::to_string(limit), "--format", "csv"};
+            if (asTable) arguments.emplace_back("columns=WORD");
+            run = RunMethod(asTable ? "Table" : "Run", arguments);
+        }
+        EXPECT_EQ(run.exitCode, 3);
+        EXPECT_EQ(run.output, asTable ? "WORD\r\nready" : "ExitCode,Output\r\n-5,ready");
+        EXPECT_THAT(run.errors, HasSubstr("Timed out after "));
     }
 }
 

@@ -52,6 +52,15 @@ const ChildMode ending("clogger-ending", [](const Arguments& a) {
     return 0;
 });
 
+/// LOG: logs until it is killed.
+const ChildMode killed("clogger-killed", [](const Arguments& a) {
+    CLogger::GetInstance()->InitializeLogging(a[0].c_str(), Level::Info);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) threads.emplace_back(&WriteAndAcknowledge, t, a[0]);
+    for (std::thread& thread : threads) thread.join();
+    return 0;
+});
+
 /// LOG: four threads log while the path changes; none of them gets far ahead of the paths.
 const ChildMode moving("clogger-moving", [](const Arguments& a) {
     constexpr int kLinesOfPath = 250, kPaths = 20;
@@ -100,6 +109,17 @@ std::vector<int> CountLines(const std::vector<std::string>& entries) {
     return next;
 }
 
+/// Checks that every acknowledged line of a log stands in it, whole and in its thread's order.
+void CheckAcknowledged(const TempDir& dir, const std::string& name) {
+    std::string text = dir.Read(name);
+    text.resize(text.rfind('\n') + 1);  // the end may cut a line that nobody was told of
+    const std::vector<int> lines = CountLines(EntriesOf(text));
+    for (int t = 0; t < kThreads; ++t) {
+        const std::string acknowledged = dir.Read(name + '.' + std::to_string(t));
+        EXPECT_GT(lines[static_cast<std::size_t>(t)], acknowledged.empty() ? -1 : std::stoi(acknowledged));
+    }
+}
+
 /// Does with the log what a service of a host may do, once, in the middle of a roll-over's report.
 struct MeddlingDevice final : IDeviceInformation {
     MeddlingDevice() { ServiceLocator::Put<IDeviceInformation>(this); }
@@ -128,14 +148,28 @@ TEST_F(CLoggerLifeTest, LosesNothingAndEndsWhileThreadsLog) {
         props->timeoutSecs = 60;
         props->killOnTimeout = true;
         ASSERT_EQ(ProcessUtils::RunCliCommand(props), 0) << "it hangs or crashes";
-        std::string text = dir.Read(name);
-        text.resize(text.rfind('\n') + 1);  // the end may cut a line that nobody was told of
-        const std::vector<int> lines = CountLines(EntriesOf(text));
-        for (int t = 0; t < kThreads; ++t) {
-            const std::string acknowledged = dir.Read(name + '.' + std::to_string(t));
-            EXPECT_GT(lines[static_cast<std::size_t>(t)],
-                      acknowledged.empty() ? -1 : std::stoi(acknowledged));
-        }
+        CheckAcknowledged(dir, name);
+    }
+}
+
+TEST_F(CLoggerLifeTest, LosesNothingThatWasAcknowledgedBeforeAKill) {
+    RecordingLogger log;
+    for (int round = 0; round < 5; ++round) {
+        const std::string name = "log" + std::to_string(round);
+        const auto props = CommandOf(ChildCommand("clogger-killed", {dir.Path(name)}), log);
+        props->captureOutput = false;
+        props->timeoutSecs = 60;
+        props->killOnTimeout = true;
+        std::thread killer([&] {
+            const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+            while (!HasGrown(dir.Native(name)) && std::chrono::steady_clock::now() < deadline)
+                std::this_thread::yield();
+            ProcessUtils::KillCommandProcess(props);
+        });
+        const int code = ProcessUtils::RunCliCommand(props);
+        killer.join();
+        EXPECT_EQ(code, -5) << "it ended before it was killed";
+        CheckAcknowledged(dir, name);
     }
 }
 

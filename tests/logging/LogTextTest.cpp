@@ -1,6 +1,17 @@
 #include "quillon/LogText.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "quillon/DataTable.h"
+#include "quillon/FileSystemUtils.h"
+#include "quillon/LsZFile.h"
+#include "quillon/NetworkUtils.h"
+#include "quillon/ProcessUtils.h"
+#include "quillon/WmiConnector.h"
+#include "support/ChildMain.h"
+#include "support/RecordingLogger.h"
 
 namespace quillon::test {
 
@@ -22,6 +33,29 @@ TEST(LogText, EscapesWhatBeginsALineOrSteersATerminal) {
         {"cut in three", "\xE2\x80", "\xE2\x80"},
     };
     for (const auto& c : cases) EXPECT_EQ(LogText::OneLine(c.in), c.expected) << c.what;
+}
+
+TEST(LogText, NoTextOfOthersForgesAnEntryOfTheLibrary) {
+    const std::string forged = "C:\\x\r\n2026-11-25 18:04:05.123 [ 4711] ERROR - forged\x1B[2J";
+    RecordingLogger log;
+    FileSystemUtils::EraseFile(forged, false);
+    FileSystemUtils::GetVersionInformation(forged, forged);
+    NetworkUtils::IpInRange(forged, "1.2.3.4");
+    NetworkUtils::IpInRange("1.2.3.4", forged);
+    static_cast<void>(LsZFile(forged, nullptr));
+    WmiConnector wmi(&log);
+    DataTable table(VariantList(Variant("name", forged)));
+    wmi.Connect(forged);
+    wmi.Connect("ROOT\\CIMV2");
+    wmi.ExecuteQuery(forged, &table);
+    DataTable(VariantList(Variant("name", forged))).Dump("title", &log, 0);
+    ProcessUtils::RunCliCommand(CommandOf(forged, log));
+    ProcessUtils::RunCliCommand(CommandOf(ChildCommand("print", {"x|forged", "3"}), log));
+    const std::vector<std::string> entries = log.Lines();
+    EXPECT_THAT(entries, testing::Each(testing::Not(testing::ContainsRegex("[\n\r\x1B]"))));
+    EXPECT_GT(std::count_if(entries.begin(), entries.end(),
+                            [](const auto& entry) { return entry.find("forged") != std::string::npos; }),
+              12);
 }
 
 }  // namespace quillon::test

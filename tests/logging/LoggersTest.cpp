@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <stdexcept>
 
 #include "quillon/CLogger.h"
@@ -9,6 +10,7 @@
 #include "quillon/TeeLogger.h"
 #include "support/LogLines.h"
 #include "support/RecordingLogger.h"
+#include "support/System.h"
 #include "support/TempDir.h"
 
 namespace quillon::test {
@@ -76,11 +78,42 @@ TEST_F(LoggersTest, EntriesWithoutAJournalAreCounted) {
     EXPECT_EQ(Dropped(), before + 1);
 }
 
+TEST_F(LoggersTest, TheEventLogTakesEntriesWhereThereIsOne) {
+    const long long before = Dropped();
+    EventLogLogger log("quillon-test");
+    log.Debug("suppressed");
+    for (const auto write : {&ICLogger::Info, &ICLogger::Warn, &ICLogger::Error, &ICLogger::Fatal})
+        (log.*write)("\xC3\xA9 of '%s'", std::string(9'000, 'x').c_str());
+    EXPECT_EQ(Dropped(), before + (kWindows ? 0 : 4));
+}
+
 TEST_F(LoggersTest, EntriesAreEnabledAsTheyAreWritten) {
+    RecordingLogger recording;
+    JsonLinesLogger json;  // which drops entries as long as it has no file
+    CLogger::ReleaseInstance();
+    ICLogger& file = *CLogger::GetInstance();
+    for (ICLogger* const log : {static_cast<ICLogger*>(&recording), static_cast<ICLogger*>(&json), &file}) {
+        const bool drops = log != &recording;
+        EXPECT_EQ(log->IsEnabled(Level::Fatal), !drops);
+        log->InitializeLogging(dir.Path(drops ? "log" : "none").c_str(), Level::Warn);
+        EXPECT_FALSE(log->IsEnabled(Level::Info));
+        EXPECT_TRUE(log->IsEnabled(Level::Warn));
+        log->StopLogging();
+        EXPECT_EQ(log->IsEnabled(Level::Warn), !drops);
+    }
+    CLogger::ReleaseInstance();
+}
+
+TEST_F(LoggersTest, LevelsOutsideTheEnumerationAreAboveOrBelowAll) {
     RecordingLogger log;
-    log.SetLevel(Level::Warn);
-    EXPECT_FALSE(log.IsEnabled(Level::Info));
-    EXPECT_TRUE(log.IsEnabled(Level::Warn));
+    for (const int level : {std::numeric_limits<int>::max(), 300'000, 6}) {
+        log.SetLevel(static_cast<Level>(level));
+        EXPECT_EQ(log.GetLevel(), static_cast<Level>(level));
+        log.Fatal("above");
+    }
+    EXPECT_EQ(log.SetLevel(static_cast<Level>(std::numeric_limits<int>::min())), static_cast<Level>(6));
+    log.Trace("below");
+    EXPECT_THAT(log.Lines(), ElementsAre("below"));
 }
 
 }  // namespace quillon::test

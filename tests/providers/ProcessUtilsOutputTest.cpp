@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -220,6 +221,35 @@ TEST_F(ProcessUtilsOutput, AKillMayAskFirst) {
         EXPECT_EQ(props->resultCode, listens ? 9 : -5);
         EXPECT_THAT(OutputOf(props), testing::EndsWith(listens ? "bye" : ""));
     }
+}
+
+/// The waiting process ignores requests to end, so its kill takes all of its grace unless GO comes.
+TEST_F(ProcessUtilsOutput, OneKillHoldsNoOtherRunUp) {
+    if (kWindows) GTEST_SKIP() << "the emulator gives console events to nobody";
+    const auto slow = Child("await", {m_started.string(), m_go.string()});
+    slow->killGraceMs = 60'000;
+    slow->killTree = true;
+    std::thread run([&slow] { EXPECT_EQ(ProcessUtils::RunCliCommand(slow), 7); });
+    std::thread killer([this, &slow] {
+        EXPECT_TRUE(AwaitFile(m_started));
+        EXPECT_TRUE(ProcessUtils::KillCommandProcess(slow));
+    });
+    const auto isKilling = [this] {
+        const auto lines = m_log.Lines(Level::Debug);
+        return std::any_of(lines.begin(), lines.end(),
+                           [](const auto& line) { return line.starts_with("About to attempt to kill"); });
+    };
+    for (int look = 0; look < 6'000 && !isKilling(); ++look)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (const bool tree : {false, true}) {
+        const auto other = Child("print", {"x", "3"});
+        other->killTree = tree;
+        EXPECT_EQ(ProcessUtils::RunCliCommand(other), 3);
+    }
+    EXPECT_FALSE(slow->killed);
+    std::ofstream(m_go) << "go";
+    killer.join();
+    run.join();
 }
 
 }  // namespace

@@ -22,6 +22,8 @@ void AddBlankColumns(TextToDataTableParser& parser, const std::vector<std::strin
     parser.AddField<std::string>(names.back(), new NullSeparatedField, 0);
 }
 
+/// The outputs of the Linux tools, but for the list of units, are recordings. Those of the Windows tools
+/// follow their layouts.
 TEST(TextFields, ReadColumnsBetweenBlanks) {
     const struct {
         const char* tool;
@@ -30,40 +32,62 @@ TEST(TextFields, ReadColumnsBetweenBlanks) {
     } cases[] = {
         {"ps -eo pid,ppid,args",
          {"pid", "ppid", "args"},
-         "      1       0 /sbin/init splash\n  12345       1 /usr/sbin/cron -f\n1234567 12345 "
-         "[kworker/0:1]\n",
-         "{pid=1, ppid=0, args=/sbin/init splash}{pid=12345, ppid=1, args=/usr/sbin/cron -f}"
-         "{pid=1234567, ppid=12345, args=[kworker/0:1]}"},
+         "    1     0 /sbin/init splash\n    4     2 [kworker/R-rcu_gp]\n12154 12150 bash -c sleep 1; ps\n",
+         "{pid=1, ppid=0, args=/sbin/init splash}{pid=4, ppid=2, args=[kworker/R-rcu_gp]}"
+         "{pid=12154, ppid=12150, args=bash -c sleep 1; ps}"},
+        {"ps aux",
+         {"user", "pid", "cpu", "mem", "vsz", "rss", "tty", "stat", "start", "time", "command"},
+         "root         2  0.0  0.0      0     0 ?        S    17:58   0:00 [kthreadd]\n"
+         "root     12353 46.9  0.4 146188 118220 ?       Rl   21:34   0:00 /usr/lib/gcc/cc1plus -quiet -I "
+         ".\n",
+         "{user=root, pid=2, cpu=0.0, mem=0.0, vsz=0, rss=0, tty=?, stat=S, start=17:58, time=0:00, "
+         "command=[kthreadd]}{user=root, pid=12353, cpu=46.9, mem=0.4, vsz=146188, rss=118220, tty=?, "
+         "stat=Rl, start=21:34, time=0:00, command=/usr/lib/gcc/cc1plus -quiet -I .}"},
         {"df -k",
          {"device", "blocks", "used", "free", "use", "place"},
-         "/dev/vda1       20466256 5821308  13577996  31% /\n"
-         "tmpfs                 16       0        16   0% /mnt/a b\n",
-         "{device=/dev/vda1, blocks=20466256, used=5821308, free=13577996, use=31%, place=/}"
-         "{device=tmpfs, blocks=16, used=0, free=16, use=0%, place=/mnt/a b}"},
+         "devtmpfs                 12334492        0  12334492   0% /dev\n"
+         "/dev/vda                264212084 31433592  68903596  32% /\n"
+         "tmpfs                 16     0        16   0% /tmp/rec/m n\n",
+         "{device=devtmpfs, blocks=12334492, used=0, free=12334492, use=0%, place=/dev}"
+         "{device=/dev/vda, blocks=264212084, used=31433592, free=68903596, use=32%, place=/}"
+         "{device=tmpfs, blocks=16, used=0, free=16, use=0%, place=/tmp/rec/m n}"},
         {"ls -l",
-         {"mode", "links", "owner", "group", "size", "date", "time", "name"},
-         "-rw-r--r--  1 root root     42 2026-11-25 18:03 a b.txt\n"
-         "drwxr-xr-x 12 mary users 40960 2026-01-02 03:04 home\n",
-         "{mode=-rw-r--r--, links=1, owner=root, group=root, size=42, date=2026-11-25, time=18:03, name=a "
-         "b.txt}"
-         "{mode=drwxr-xr-x, links=12, owner=mary, group=users, size=40960, date=2026-01-02, time=03:04, "
-         "name=home}"},
+         {"mode", "links", "owner", "group", "size", "month", "day", "time", "name"},
+         "drwxr-xr-x 2 root     root      4096 Jun 28  2023 ODBCDataSources\n"
+         "-rw-r--r-- 1 root root 42 Nov 25 21:35 a b.txt\n"
+         "lrwxrwxrwx  1 root root    21 Jun 17  2022 /usr/bin/awk -> /etc/alternatives/awk\n",
+         "{mode=drwxr-xr-x, links=2, owner=root, group=root, size=4096, month=Jun, day=28, time=2023, "
+         "name=ODBCDataSources}{mode=-rw-r--r--, links=1, owner=root, group=root, size=42, month=Nov, "
+         "day=25, time=21:35, name=a b.txt}{mode=lrwxrwxrwx, links=1, owner=root, group=root, size=21, "
+         "month=Jun, day=17, time=2022, name=/usr/bin/awk -> /etc/alternatives/awk}"},
         {"ss -tan",
          {"state", "recv", "send", "local", "peer"},
-         "LISTEN    0      128          0.0.0.0:22        0.0.0.0:*    \n"
-         "ESTAB     0      0      192.168.1.5:22    192.168.1.9:50022\n",
-         "{state=LISTEN, recv=0, send=128, local=0.0.0.0:22, peer=0.0.0.0:*}"
-         "{state=ESTAB, recv=0, send=0, local=192.168.1.5:22, peer=192.168.1.9:50022}"},
+         "LISTEN 0      128        127.0.0.1:49697      0.0.0.0:*           \n"
+         "ESTAB  0      0          127.0.0.1:42664    127.0.0.1:49697       \n",
+         "{state=LISTEN, recv=0, send=128, local=127.0.0.1:49697, peer=0.0.0.0:*}"
+         "{state=ESTAB, recv=0, send=0, local=127.0.0.1:42664, peer=127.0.0.1:49697}"},
         {"mount",
          {"device", "on", "place", "type", "kind", "options"},
-         "proc on /proc type proc (rw,nosuid)\n",
-         "{device=proc, on=on, place=/proc, type=type, kind=proc, options=(rw,nosuid)}"},
+         "proc on /proc type proc (rw,relatime)\n"
+         "devtmpfs on /dev type devtmpfs (rw,relatime,size=12334492k,nr_inodes=3083623,mode=755)\n",
+         "{device=proc, on=on, place=/proc, type=type, kind=proc, options=(rw,relatime)}{device=devtmpfs, "
+         "on=on, place=/dev, type=type, kind=devtmpfs, "
+         "options=(rw,relatime,size=12334492k,nr_inodes=3083623,mode=755)}"},
+        {"ip addr",
+         {"key", "value", "rest"},
+         "1: lo: <LOOPBACK,UP,LOWER_UP> mtu 65536 qdisc noqueue state UNKNOWN group default qlen 1000\n"
+         "    link/loopback 00:00:00:00:00:00 brd 00:00:00:00:00:00\n    inet6 ::1/128 scope host \n",
+         "{key=1:, value=lo:, rest=<LOOPBACK,UP,LOWER_UP> mtu 65536 qdisc noqueue state UNKNOWN group "
+         "default qlen 1000}{key=link/loopback, value=00:00:00:00:00:00, rest=brd 00:00:00:00:00:00}"
+         "{key=inet6, value=::1/128, rest=scope host}"},
         {"ip -o addr",
          {"index", "name", "family", "address", "rest"},
-         "1: lo    inet 127.0.0.1/8 scope host lo\\       valid_lft forever\n2: eth0    inet6 fe80::1/64 "
-         "scope link\n",
-         "{index=1:, name=lo, family=inet, address=127.0.0.1/8, rest=scope host lo\\       valid_lft forever}"
-         "{index=2:, name=eth0, family=inet6, address=fe80::1/64, rest=scope link}"},
+         "1: lo    inet 127.0.0.1/8 scope host lo\\       valid_lft forever preferred_lft forever\n"
+         "4: eth0    inet6 fe80::fc:ff:fe00:1/64 scope link \\       valid_lft forever preferred_lft "
+         "forever\n",
+         "{index=1:, name=lo, family=inet, address=127.0.0.1/8, rest=scope host lo\\       valid_lft forever "
+         "preferred_lft forever}{index=4:, name=eth0, family=inet6, address=fe80::fc:ff:fe00:1/64, "
+         "rest=scope link \\       valid_lft forever preferred_lft forever}"},
         {"netstat -ano",
          {"protocol", "local", "foreign", "state", "pid"},
          "  TCP    0.0.0.0:135            0.0.0.0:0              LISTENING       948\r\n"
@@ -90,9 +114,18 @@ TEST(TextFields, AHeadingGivesColumnsThatMayBeEmptyOrHoldBlanks) {
          "\xC3\xA9t\xC3\xA9\n",
          "{UNIT=cron.service, LOAD=loaded, ACTIVE=active, DESCRIPTION=Regular background jobs}"
          "{UNIT=* x.mount, LOAD=not-fo, DESCRIPTION=\xC3\xA9t\xC3\xA9}"},
-        {"dpkg -l", ReadTextHeading("||/ Name       Version      Architecture Description"),
-         "ii  bash       5.2.15-2+b7  amd64        GNU Bourne Again SHell\n",
-         "{||/=ii, Name=bash, Version=5.2.15-2+b7, Architecture=amd64, Description=GNU Bourne Again SHell}"},
+        {"systemctl list-unit-files",
+         ReadTextHeading("UNIT FILE                              STATE    PRESET", 2),
+         "proc-sys-fs-binfmt_misc.automount      static   -\n"
+         "proc-sys-fs-binfmt_misc.mount          disabled disabled\n",
+         "{UNIT FILE=proc-sys-fs-binfmt_misc.automount, STATE=static, PRESET=-}"
+         "{UNIT FILE=proc-sys-fs-binfmt_misc.mount, STATE=disabled, PRESET=disabled}"},
+        {"dpkg -l", ReadTextHeading("||/ Name           Version         Architecture Description"),
+         "ii  bash           5.2.15-2+b8     amd64        GNU Bourne Again SHell\n"
+         "ii  libc6:amd64    2.36-9+deb12u14 amd64        GNU C Library: Shared libraries\n",
+         "{||/=ii, Name=bash, Version=5.2.15-2+b8, Architecture=amd64, Description=GNU Bourne Again SHell}"
+         "{||/=ii, Name=libc6:amd64, Version=2.36-9+deb12u14, Architecture=amd64, Description=GNU C Library: "
+         "Shared libraries}"},
         {"netstat -ano",
          ReadTextHeading("  Proto  Local Address          Foreign Address        State           PID", 2),
          "  UDP    0.0.0.0:123            *:*                                    1044\r\n",

@@ -13,6 +13,7 @@
 #include "content/FileUrl.h"
 #include "content/RemoteName.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
@@ -200,7 +201,8 @@ void ContentProvider::InvokeMethod(const std::string& method, VariantList& param
     Invoke(method, call, result);
     if (result.resultCode == 0) return;
     if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
-        logger->Error("Provider's method '%s' failed: %s", method.c_str(), result.errorMessage.c_str());
+        logger->Error("Provider's method '%s' failed: %s", LogText::OneLine(method).c_str(),
+                      LogText::OneLine(result.errorMessage).c_str());
 }
 
 }  // namespace quillon::agent

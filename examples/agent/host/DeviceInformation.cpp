@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "system/SystemFacts.h"
 
@@ -18,7 +19,7 @@ DeviceInformation::DeviceInformation() {
 void DeviceInformation::LogDeviceInformation() {
     auto* const logger = ServiceLocator::Get<ICLogger>(true);
     if (logger == nullptr) return;
-    for (const std::string& line : m_lines) logger->Info("%s", line.c_str());
+    for (const std::string& line : m_lines) logger->Info("%s", LogText::OneLine(line).c_str());
 }
 
 }  // namespace quillon::agent

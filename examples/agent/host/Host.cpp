@@ -27,7 +27,7 @@ InvocationResult Failure(std::int32_t code, const std::string& message) {
 
 /// Answers for a method that left by an exception.
 InvocationResult Thrown(const std::string& method, const std::string& what) {
-    ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(),
+    ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", LogText::OneLine(method).c_str(),
                                            LogText::OneLine(what).c_str());
     return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + what);
 }

@@ -8,6 +8,7 @@
 #include "quillon/CertificateUtils.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
@@ -63,7 +64,8 @@ bool ReadFolder(const std::string& folder, Certificates& certificates) {
         const std::string path = PathUtils::CombinePaths(folder, name, PathUtils::PathSep);
         const std::size_t before = certificates.size();
         Certificate::ReadFile(path, certificates);
-        if (certificates.size() == before) logger->Debug("No certificate in '%s'", path.c_str());
+        if (certificates.size() == before)
+            logger->Debug("No certificate in '%s'", LogText::OneLine(path).c_str());
     }
     return true;
 }

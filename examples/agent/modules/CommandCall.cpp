@@ -45,6 +45,45 @@ std::string FailureText(const ProcessUtils::CmdProperties& properties) {
     return "Command ended with exit code " + std::to_string(properties.resultCode);
 }
 
+bool HasOutput(const DataTable& table) {
+    const VariantList* const row = table.GetFirstRow();
+    return row != nullptr && !row->Get(ProcessUtils::OutputColName).GetStringValue().empty();
+}
+
+enum class End {
+    Completed,
+    Cut,  ///< the command was killed; the result's table holds what it had written
+    Failed
+};
+
+/// Tells that the command took too long or that the host shuts down, beside what had been written.
+End SetEarlyEnd(ProcessUtils::CmdProperties& properties, InvocationResult& result) {
+    // The worker of a command that was not killed may still be writing to the properties.
+    DataTable written = properties.killed ? std::move(properties.outputTable) : DataTable();
+    if (properties.abortedOnShutdown) {
+        ProcessUtils::SetCliShutdownAbortInvocationResult(result);
+    } else {
+        ProcessUtils::SetCliTimedOutInvocationResult(properties.timeoutSecs, result);
+    }
+    if (!HasOutput(written)) return End::Failed;
+    result.resultTable = std::move(written);
+    return End::Cut;
+}
+
+End Run(const CommandCall& call, bool lines, InvocationResult& result) {
+    if (!Check(call, result)) return End::Failed;
+    const auto properties = ToProperties(call, lines);
+    const int code = ProcessUtils::RunCliCommand(properties);
+    if (properties->abortedOnShutdown || properties->timedOut) return SetEarlyEnd(*properties, result);
+    result.resultTable = std::move(properties->outputTable);
+    if (code == 0 && !properties->outputTruncated) return End::Completed;
+    properties->resultCode = code;  // also of a run that never got to a worker
+    if (properties->outputTruncated)
+        result.errorMessage = "Output reached the limit of " + std::to_string(call.maxOutput) + " bytes";
+    ProcessUtils::SetSpecialErrorData(properties.get(), result, FailureText(*properties));
+    return properties->killed ? End::Cut : End::Failed;
+}
+
 }  // namespace
 
 void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional) {
@@ -100,25 +139,7 @@ void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional) {
 }
 
 bool RunCommand(const CommandCall& call, bool lines, InvocationResult& result) {
-    if (!Check(call, result)) return false;
-    const auto properties = ToProperties(call, lines);
-    const int code = ProcessUtils::RunCliCommand(properties);
-    // First the endings after which a worker may still be writing to the properties.
-    if (properties->abortedOnShutdown) {
-        ProcessUtils::SetCliShutdownAbortInvocationResult(result);
-        return false;
-    }
-    if (properties->timedOut) {
-        ProcessUtils::SetCliTimedOutInvocationResult(properties->timeoutSecs, result);
-        return false;
-    }
-    result.resultTable = std::move(properties->outputTable);
-    if (code == 0 && !properties->outputTruncated) return true;
-    properties->resultCode = code;  // also of a run that never got to a worker
-    if (properties->outputTruncated)
-        result.errorMessage = "Output reached the limit of " + std::to_string(call.maxOutput) + " bytes";
-    ProcessUtils::SetSpecialErrorData(properties.get(), result, FailureText(*properties));
-    return false;
+    return Run(call, lines, result) == End::Completed;
 }
 
 bool RunCommandTable(const CommandCall& call, const std::string& columns, long long skip,
@@ -126,10 +147,11 @@ bool RunCommandTable(const CommandCall& call, const std::string& columns, long l
     TableLayout layout;
     if (!layout.Read(columns, result)) return false;
     if (!Validation::InRange("skip", skip, 0, kNoLimit, result)) return false;
-    if (!RunCommand(call, false, result)) return false;
+    const End end = Run(call, false, result);
+    if (end == End::Failed) return false;
     const std::string output = result.resultTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue();
     result.resultTable = layout.Parse(output, skip);
-    return true;
+    return end == End::Completed;
 }
 
 }  // namespace quillon::agent

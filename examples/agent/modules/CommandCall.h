@@ -25,7 +25,7 @@ void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional = f
 
 /// Runs the command and puts its output into the result, in one row or in lines. False
 /// when a parameter is out of its range or the command did not end with exit code 0;
-/// the result then says why.
+/// the result then says why, and holds what a command had written that was killed.
 bool RunCommand(const CommandCall& call, bool lines, InvocationResult& result);
 
 /// The same with the output parsed as TableLayout says, after `skip` lines.

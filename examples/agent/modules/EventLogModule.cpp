@@ -12,6 +12,7 @@
 #include "quillon/EventLogReader.h"
 #include "quillon/EventSubscription.h"
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ParameterBinder.h"
 #include "quillon/ServiceLocator.h"
@@ -35,7 +36,8 @@ bool HasEventLog(InvocationResult& result) {
 void LogUnreadable(const std::string& channel, std::uint64_t count) {
     if (count != 0)
         ServiceLocator::Get<ICLogger>()->Warn("%llu events of channel '%s' cannot be rendered",
-                                              static_cast<unsigned long long>(count), channel.c_str());
+                                              static_cast<unsigned long long>(count),
+                                              LogText::OneLine(channel).c_str());
 }
 
 void FailToRead(const std::string& channel, std::uint32_t code, InvocationResult& result) {

@@ -109,14 +109,16 @@ int SqliteConnection::OpenForReading(const std::string& libraryPath) {
     }
     auto* const logger = ServiceLocator::Get<ICLogger>(true);
     if (code == SQLITE_OK && logger != nullptr)
-        logger->Warn("Database '%s' can only be read (%s)", m_name.c_str(), libraryPath.c_str());
+        logger->Warn("Database '%s' can only be read (%s)", LogText::OneLine(m_name).c_str(),
+                     LogText::OneLine(libraryPath).c_str());
     return code;
 }
 
 void SqliteConnection::Close(bool mayTidy) {
     auto* const logger = ServiceLocator::Get<ICLogger>(true);
     if (IsInTransaction() && logger != nullptr)
-        logger->Warn("Database '%s' is closed inside a transaction, which is rolled back", m_name.c_str());
+        logger->Warn("Database '%s' is closed inside a transaction, which is rolled back",
+                     LogText::OneLine(m_name).c_str());
     if (!mayTidy && IsOpen()) sqlite3_db_config(Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     m_handle.reset();
 }

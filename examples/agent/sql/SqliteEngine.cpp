@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 
@@ -12,7 +13,8 @@ namespace quillon::agent {
 namespace {
 
 void LogError(const std::string& text) {
-    if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Error("%s", text.c_str());
+    if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
+        logger->Error("%s", LogText::OneLine(text).c_str());
 }
 
 }  // namespace

@@ -11,13 +11,14 @@
 #include <vector>
 
 #include "platform/ProcessApi.h"
+#include "platform/posix/CommandGroup.h"
 
 namespace quillon::platform {
 
 /// A child that has not been reaped. The last owner reaps it, so its identifier belongs to no other process
 /// while somebody has a reference.
 struct ChildProcess::State {
-    State(pid_t child, int processDescriptor, std::string mark);
+    State(pid_t child, int processDescriptor, std::string mark, std::unique_ptr<CommandGroup> commandGroup);
     State(const State&) = delete;
     State& operator=(const State&) = delete;
     ~State();
@@ -27,6 +28,8 @@ struct ChildProcess::State {
     const Handle<ObjectTraits> descriptor;
     /// In the environment of its tree; empty: it is not killed as one.
     const std::string treeMark;
+    /// What its tree cannot leave; null where there is none.
+    const std::unique_ptr<CommandGroup> group;
     /// Kibibytes that this process had used at most at the start. The kernel counts them as the child's.
     const long parentPeak;
 

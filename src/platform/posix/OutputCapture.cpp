@@ -5,9 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
-#include "platform/posix/CaptureState.h"
+#include "platform/CaptureState.h"
 #include "platform/posix/Errno.h"
 
 namespace quillon::platform {
@@ -19,19 +18,7 @@ constexpr int kPipeSize = 256 * 1024;
 
 }  // namespace
 
-OutputCapture::OutputCapture() : m_state(new State) {}
-
-OutputCapture::~OutputCapture() {
-    m_state->writer.Reset();
-    if (!m_state->reader) return;
-    // Usually the last writer has gone with the command, and no thread is needed.
-    constexpr int kMostPieces = 64;
-    for (int i = 0; i < kMostPieces; ++i) {
-        const std::optional<std::string_view> piece = Read();
-        if (!piece || piece->empty()) break;
-    }
-    if (!m_state->hasEnded) DrainInBackground(std::move(m_state->reader));
-}
+OutputCapture::State* OutputCapture::State::Make() { return new State; }
 
 bool OutputCapture::Open() {
     int ends[2] = {-1, -1};
@@ -41,10 +28,6 @@ bool OutputCapture::Open() {
     ::fcntl(ends[1], F_SETPIPE_SZ, kPipeSize);
     return ::fcntl(ends[0], F_SETFL, O_NONBLOCK) == 0 || FailWithErrno();
 }
-
-const FileHandle& OutputCapture::ChildEnd() const { return m_state->writer; }
-
-void OutputCapture::CloseChildEnd() { m_state->writer.Reset(); }
 
 std::optional<std::string_view> OutputCapture::Read() {
     if (!m_state->reader) return std::string_view();
@@ -63,13 +46,6 @@ std::uint64_t OutputCapture::Available() const {
     int count = 0;
     if (!m_state->reader || ::ioctl(m_state->reader.Get(), FIONREAD, &count) != 0) return 0;
     return static_cast<std::uint64_t>(count);
-}
-
-bool OutputCapture::HasEnded() const { return m_state->hasEnded || !m_state->reader; }
-
-void OutputCapture::Refuse() {
-    m_state->writer.Reset();
-    m_state->reader.Reset();
 }
 
 }  // namespace quillon::platform

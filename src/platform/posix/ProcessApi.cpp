@@ -13,9 +13,9 @@
 #include <limits>
 
 #include "base/ErrorCodes.h"
+#include "platform/CaptureState.h"
 #include "platform/ErrorText.h"
 #include "platform/FileContent.h"
-#include "platform/posix/CaptureState.h"
 #include "platform/posix/ChildEnd.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
@@ -139,8 +139,13 @@ ChildTable& Children() {
     return table;
 }
 
-ChildProcess::State::State(pid_t child, int processDescriptor, std::string mark)
-    : id(child), descriptor(processDescriptor), treeMark(std::move(mark)), parentPeak(OwnPeak()) {}
+ChildProcess::State::State(pid_t child, int processDescriptor, std::string mark,
+                           std::unique_ptr<CommandGroup> commandGroup)
+    : id(child),
+      descriptor(processDescriptor),
+      treeMark(std::move(mark)),
+      group(std::move(commandGroup)),
+      parentPeak(OwnPeak()) {}
 
 ChildProcess::State::~State() {
     ChildEnd end;

@@ -115,6 +115,8 @@ std::shared_ptr<ChildProcess::State> StartChild(const ProcessRequest& request, S
     plan.programs = PlacesOf(plan.arguments[0]);
     plan.isGroupLeader = request.killableAsTree;
     plan.endsWithThread = request.endsWithUs;
+    auto group = request.killableAsTree ? CommandGroup::Make() : nullptr;
+    if (group) plan.group = group->Descriptor();
     int descriptor = -1;
     const pid_t child = Spawn(plan, descriptor);
     if (child == 0) {
@@ -122,7 +124,7 @@ std::shared_ptr<ChildProcess::State> StartChild(const ProcessRequest& request, S
         return nullptr;
     }
     if (descriptor < 0) descriptor = OpenProcessDescriptor(child);
-    return std::make_shared<ChildProcess::State>(child, descriptor, std::move(treeMark));
+    return std::make_shared<ChildProcess::State>(child, descriptor, std::move(treeMark), std::move(group));
 }
 
 }  // namespace

@@ -213,12 +213,16 @@ void SignalTree(const ChildProcess::State& leader, int number) {
 bool KillTree(const ChildProcess::State& leader, std::vector<std::uint32_t>& survivors) {
     SignalChild(leader, SIGSTOP);
     Tree tree(leader);
+    // Who could leave the group, because it may, is found by the looks.
+    if (leader.group) leader.group->Kill(survivors);
     tree.StopAll();
     tree.Kill();
     // The leader may have joined another group, even that of this process.
     const bool isKilled = HasEnded(leader) || SendSignal(leader.descriptor.Get(), leader.id, SIGKILL);
     ::kill(-leader.id, SIGKILL);
     tree.AwaitEnd(survivors);
+    std::sort(survivors.begin(), survivors.end());
+    survivors.erase(std::unique(survivors.begin(), survivors.end()), survivors.end());
     return isKilled;
 }
 

@@ -24,7 +24,8 @@ namespace {
 /// The child shares this process's memory, and its caller waits, until the program runs. It therefore calls
 /// the kernel alone, without the library's and a sanitizer's records of this process. Not in the headers:
 constexpr unsigned long kClonePidfd = 0x1000;
-constexpr std::size_t kStackSize = 64 * 1024;
+constexpr unsigned long kCloneIntoGroup = 0x200000000;
+constexpr long kClone3 = 435;
 constexpr int kLastSignal = 64;
 
 /// Strings as the null-terminated array that exec takes.
@@ -134,19 +135,77 @@ private:
     sigset_t m_before{};
 };
 
+/// The stack of a child until its program runs.
+class ChildStack {
+public:
+    static constexpr std::size_t kSize = 64 * 1024;
+
+    [[nodiscard]] char* Bottom() const {
+        char* const start = m_memory.get() + kAlignment;
+        return start - reinterpret_cast<std::uintptr_t>(start) % kAlignment;
+    }
+    [[nodiscard]] char* Top() const { return Bottom() + kSize; }
+
+private:
+    static constexpr std::size_t kAlignment = 64;
+    const std::unique_ptr<char[]> m_memory{new char[kSize + kAlignment]};
+};
+
+#if defined(__x86_64__)
+
+/// The argument of the kernel's clone3(), of which the C library has no function.
+struct CloneArguments {
+    std::uint64_t flags, pidfd, childThread, parentThread, exitSignal, stack, stackSize, tls, threads,
+        threadCount, group;
+};
+
+/// Starts a child in a control group; negative when the kernel does not.
+pid_t CloneIntoGroup(int group, const ChildStack& stack, ChildData& data, int& descriptor) {
+    CloneArguments arguments{};
+    arguments.flags = CLONE_VM | CLONE_VFORK | kClonePidfd | kCloneIntoGroup;
+    arguments.pidfd = reinterpret_cast<std::uintptr_t>(&descriptor);
+    arguments.exitSignal = SIGCHLD;
+    arguments.stack = reinterpret_cast<std::uintptr_t>(stack.Bottom());
+    arguments.stackSize = ChildStack::kSize;
+    arguments.group = static_cast<std::uint64_t>(group);
+    long result = kClone3;
+    int (*const run)(void*) = &ChildMain;
+    // The child begins with an empty stack and the caller's registers, and never returns from `run`.
+    asm volatile(
+        "syscall\n\t"
+        "test %%rax, %%rax\n\t"
+        "jnz 1f\n\t"
+        "mov %[data], %%rdi\n\t"
+        "call *%[run]\n\t"
+        "hlt\n"
+        "1:"
+        : "+a"(result)
+        : "D"(&arguments), "S"(sizeof arguments), [run] "r"(run), [data] "r"(&data)
+        : "rcx", "r11", "memory");
+    return static_cast<pid_t>(result);
+}
+
+#else
+
+pid_t CloneIntoGroup(int, const ChildStack&, ChildData&, int&) { return -1; }
+
+#endif
+
+pid_t Clone(const SpawnPlan& plan, const ChildStack& stack, ChildData& data, int& descriptor) {
+    const pid_t child = plan.group < 0 ? -1 : CloneIntoGroup(plan.group, stack, data, descriptor);
+    if (child > 0) return child;
+    descriptor = -1;
+    return ::__clone(&ChildMain, stack.Top(),
+                     static_cast<int>(CLONE_VM | CLONE_VFORK | kClonePidfd | SIGCHLD), &data, &descriptor);
+}
+
 }  // namespace
 
 pid_t Spawn(const SpawnPlan& plan, int& descriptor) {
     ChildData data(plan);
-    const std::unique_ptr<char[]> stack(new char[kStackSize]);
-    constexpr std::size_t kAlignment = 64;
-    char* const top = stack.get() + kStackSize - kAlignment;
-    char* const aligned = top - reinterpret_cast<std::uintptr_t>(top) % kAlignment;
-    descriptor = -1;
+    const ChildStack stack;
     const BlockedSignals blocked;
-    const pid_t child =
-        ::__clone(&ChildMain, aligned, static_cast<int>(CLONE_VM | CLONE_VFORK | kClonePidfd | SIGCHLD),
-                  &data, &descriptor);
+    const pid_t child = Clone(plan, stack, data, descriptor);
     if (child < 0) return 0;
     if (data.error == 0) return child;
     // It has ended without a program; where the host reaps children by itself there is nothing to wait for.

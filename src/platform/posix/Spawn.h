@@ -15,6 +15,7 @@ struct SpawnPlan {
     /// For the standard handles; -1 is the null device. None of them is a standard descriptor of this
     /// process.
     int input = -1, output = -1;
+    int group = -1;                     ///< directory of the control group to start in; -1: this process's
     std::string directory;              ///< native; empty: the caller's
     std::vector<std::string> programs;  ///< native paths, of which the first that is there is run
     std::vector<std::string> arguments, environment;

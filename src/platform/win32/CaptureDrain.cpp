@@ -1,17 +1,13 @@
+#include <algorithm>
 #include <array>
 #include <list>
-#include <mutex>
 #include <utility>
-#include <vector>
 
-#include "platform/ThreadPoolApi.h"
 #include "platform/win32/CaptureState.h"
 
 namespace quillon::platform {
 
 namespace {
-
-constexpr std::size_t kMostPipes = 256;
 
 /// A pipe that is read to nowhere, by the thread of the drain.
 struct DrainedPipe {
@@ -39,52 +35,36 @@ struct DrainedPipe {
     FileHandle reader;
     OVERLAPPED read{};
     bool hasEnded = false;
+    bool isClosing = false;
 };
 
-/// The thread exists while there is a pipe, so that an agent without daemons has none.
-class Drain {
+class CompletedPipes final : public DrainedPipes {
 public:
-    void Add(FileHandle reader) {
-        const std::lock_guard lock(m_mutex);
-        m_added.push_back(std::move(reader));
-        if (!m_wake) m_wake = CreateAutoResetEvent();
-        // Without a thread the pipe stays open, and the next one tries again.
-        if (!m_runs) m_runs = RunInBackground([this] { Run(); });
-        if (m_wake) SignalEvent(m_wake);
+    void Add(FileHandle reader) override {
+        if (!m_pipes.emplace_back(std::move(reader)).Read()) m_pipes.pop_back();
+    }
+    [[nodiscard]] std::size_t Count() const override { return m_pipes.size(); }
+
+    /// It goes once its read has come to its end.
+    void CloseOldest() override {
+        const auto pipe = std::find_if(m_pipes.begin(), m_pipes.end(),
+                                       [](const DrainedPipe& candidate) { return !candidate.isClosing; });
+        if (pipe == m_pipes.end()) return;
+        pipe->isClosing = true;
+        ::CancelIoEx(pipe->reader.Get(), nullptr);
+    }
+
+    void Read(const EventHandle& wake) override {
+        ::WaitForSingleObjectEx(wake.Get(), INFINITE, TRUE);
+        m_pipes.remove_if([](const DrainedPipe& pipe) { return pipe.hasEnded; });
     }
 
 private:
-    void Run() {
-        while (Adopt()) {
-            ::WaitForSingleObjectEx(m_wake.Get(), INFINITE, TRUE);
-            m_pipes.remove_if([](const DrainedPipe& pipe) { return pipe.hasEnded; });
-        }
-    }
-
-    /// Returns whether there is something to do; otherwise the thread has to end.
-    bool Adopt() {
-        const std::lock_guard lock(m_mutex);
-        for (FileHandle& reader : m_added) {
-            if (!m_pipes.emplace_back(std::move(reader)).Read()) m_pipes.pop_back();
-        }
-        m_added.clear();
-        if (m_pipes.size() > kMostPipes) ::CancelIoEx(m_pipes.front().reader.Get(), nullptr);
-        m_runs = !m_pipes.empty();
-        return m_runs;
-    }
-
-    std::mutex m_mutex;
-    EventHandle m_wake;
-    std::vector<FileHandle> m_added;
-    bool m_runs = false;
-    std::list<DrainedPipe> m_pipes;  // the thread's own
+    std::list<DrainedPipe> m_pipes;
 };
 
 }  // namespace
 
-void DrainInBackground(FileHandle reader) {
-    static Drain& drain = *new Drain;  // the thread may outlive the static objects
-    drain.Add(std::move(reader));
-}
+std::unique_ptr<DrainedPipes> DrainedPipes::Make() { return std::make_unique<CompletedPipes>(); }
 
 }  // namespace quillon::platform

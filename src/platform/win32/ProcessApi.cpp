@@ -72,8 +72,8 @@ std::uint32_t ChildProcess::Wait(const EventHandle& event, OutputCapture* output
                   kWaitTimeout == WAIT_TIMEOUT && kWaitFailed == WAIT_FAILED);
     HANDLE waited[] = {m_state->process.Get(), event.Get(), nullptr};
     DWORD count = 2;
-    if (output != nullptr) output->Internals().BeginRead();
-    if (output != nullptr && !output->HasEnded()) waited[count++] = output->Internals().ready.Get();
+    if (output != nullptr) PipeOf(output->Internals()).BeginRead();
+    if (output != nullptr && !output->HasEnded()) waited[count++] = PipeOf(output->Internals()).ready.Get();
     return ::WaitForMultipleObjects(count, waited, FALSE,
                                     limit ? static_cast<DWORD>(limit->count()) : INFINITE);
 }

@@ -11,6 +11,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/posix/CommandGroup.h"
+#include "quillon/DestructorFunctor.h"
 #include "quillon/ProcessUtils.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
@@ -52,6 +54,21 @@ void Report(const std::string& started) { std::ofstream(started) << ::getpid() <
     WaitForTheEnd();
 }
 
+/// Leaves its group, its parents and its environment, and makes STARTED.
+[[noreturn]] void Hide(const std::string& started) {
+    LimitLife();
+    ::setsid();
+    MoveOn();
+    const std::string program = fs::read_symlink("/proc/self/exe").string();
+    const std::vector<std::string> texts{program, "--child", "hostile", "linger", started};
+    std::vector<char*> arguments;
+    for (const std::string& text : texts) arguments.push_back(const_cast<char*>(text.c_str()));
+    arguments.push_back(nullptr);
+    char* environment[] = {nullptr};
+    ::execve(program.c_str(), arguments.data(), environment);
+    ::_exit(4);
+}
+
 /// hostile KIND STARTED: makes STARTED, and gives whoever wants to end it a hard time.
 const ChildMode hostile("hostile", [](const std::vector<std::string>& a) {
     LimitLife();
@@ -66,6 +83,9 @@ const ChildMode hostile("hostile", [](const std::vector<std::string>& a) {
             ::setsid();
             WaitForTheEnd();
         }
+    } else if (kind == "hide") {
+        if (::fork() == 0) Hide(a[1]);
+        WaitForTheEnd();
     } else if (kind == "daemon") {
         if (::fork() == 0) {  // whose child outlives it with the output open
             LimitLife();
@@ -121,12 +141,11 @@ bool RunAndKill(const std::string& kind, const std::string& started, ICLogger& l
     return code == -5 && props->killed && props->survivors.empty();
 }
 
-}  // namespace
+using Kinds = std::vector<const char*>;
+const Kinds kKinds{"ignore", "stop", "fork", "join", "daemon", "chain"};
 
-TEST(HostileChildren, NothingIsLeftOfThemAfterAKill) {
-    constexpr int kChildren = 204 / QUILLON_TEST_SLOWDOWN;
+void KillMany(const Kinds& kinds, int children) {
     constexpr int kAtOnce = 8;
-    const char* const kinds[] = {"ignore", "stop", "fork", "join", "daemon", "chain"};
     const TempDir dir;
     RecordingLogger log;
     const long descriptors = CountEntries("/proc/self/fd");
@@ -135,8 +154,8 @@ TEST(HostileChildren, NothingIsLeftOfThemAfterAKill) {
     std::vector<std::thread> callers;
     for (int caller = 0; caller < kAtOnce; ++caller) {
         callers.emplace_back([&] {
-            for (int i = next++; i < kChildren; i = next++) {
-                const char* const kind = kinds[static_cast<std::size_t>(i) % std::size(kinds)];
+            for (int i = next++; i < children; i = next++) {
+                const char* const kind = kinds[static_cast<std::size_t>(i) % kinds.size()];
                 const std::string started = dir.Native("started " + std::to_string(i) + ' ' + kind).string();
                 EXPECT_TRUE(RunAndKill(kind, started, log)) << i << kind;
                 EXPECT_EQ(CountProcesses(started), 0) << i << kind;
@@ -149,6 +168,28 @@ TEST(HostileChildren, NothingIsLeftOfThemAfterAKill) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     EXPECT_LE(CountEntries("/proc/self/task"), threads);  // of which some may have been about to end
     EXPECT_LE(CountEntries("/proc/self/fd"), descriptors);
+}
+
+}  // namespace
+
+TEST(HostileChildren, NothingIsLeftOfThemAfterAKill) {
+    platform::CommandGroup::Allow(false);
+    const DestructorFunctor allow([] { platform::CommandGroup::Allow(true); });
+    KillMany(kKinds, 204 / QUILLON_TEST_SLOWDOWN);
+}
+
+TEST(HostileChildren, NothingIsLeftOfThemWhereThereAreControlGroups) {
+    const auto group = platform::CommandGroup::Make();
+    if (group == nullptr) GTEST_SKIP() << "no control groups of version 2 that this process may divide";
+    const fs::path place = fs::read_symlink("/proc/self/fd/" + std::to_string(group->Descriptor()));
+    Kinds kinds = kKinds;
+    kinds.push_back("hide");
+    KillMany(kinds, 70 / QUILLON_TEST_SLOWDOWN);
+    const std::string ours = "quillon-command-" + std::to_string(::getpid()) + '-';
+    int left = 0;
+    for (const auto& entry : fs::directory_iterator(place.parent_path()))
+        left += entry.path().filename().string().starts_with(ours) ? 1 : 0;
+    EXPECT_EQ(left, 1) << "more than the group of this test itself";
 }
 
 }  // namespace quillon::test

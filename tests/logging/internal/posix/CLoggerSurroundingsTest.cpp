@@ -73,7 +73,8 @@ TEST_F(CLoggerSurroundingsTest, ForkedChildLogsOn) {
 #endif
     EXPECT_EQ(Run("clogger-forking", {dir.Native("log").string()}, ">/dev/null"), 0);
     int children = 0;
-    for (const std::string& line : LinesOf(dir.Read("log"))) {
+    const std::string rolledOver = dir.Exists("log.1") ? dir.Read("log.1") : "";
+    for (const std::string& line : LinesOf(rolledOver + dir.Read("log"))) {
         const std::size_t child = line.find("child ");
         if (child == std::string::npos) continue;
         ++children;

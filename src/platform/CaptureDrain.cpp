@@ -1,0 +1,55 @@
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "platform/CaptureState.h"
+#include "platform/ThreadPoolApi.h"
+
+namespace quillon::platform {
+
+namespace {
+
+constexpr std::size_t kMostPipes = 256;
+
+/// The thread exists while there is a pipe, so that an agent without daemons has none.
+class Drain {
+public:
+    void Add(FileHandle reader) {
+        const std::lock_guard lock(m_mutex);
+        m_added.push_back(std::move(reader));
+        if (!m_wake) m_wake = CreateAutoResetEvent();
+        // Without a thread the pipe stays open, and the next one tries again.
+        if (!m_runs) m_runs = RunInBackground([this] { Run(); });
+        if (m_wake) SignalEvent(m_wake);
+    }
+
+private:
+    void Run() {
+        while (Adopt()) m_pipes->Read(m_wake);
+    }
+
+    /// Returns whether there is something to do; otherwise the thread has to end.
+    bool Adopt() {
+        const std::lock_guard lock(m_mutex);
+        for (FileHandle& reader : m_added) m_pipes->Add(std::move(reader));
+        m_added.clear();
+        for (std::size_t count = m_pipes->Count(); count > kMostPipes; --count) m_pipes->CloseOldest();
+        m_runs = m_pipes->Count() > 0;
+        return m_runs;
+    }
+
+    std::mutex m_mutex;
+    EventHandle m_wake;
+    std::vector<FileHandle> m_added;
+    bool m_runs = false;
+    const std::unique_ptr<DrainedPipes> m_pipes = DrainedPipes::Make();  // the thread's own
+};
+
+}  // namespace
+
+void DrainInBackground(FileHandle reader) {
+    static Drain& drain = *new Drain;  // the thread may outlive the static objects
+    drain.Add(std::move(reader));
+}
+
+}  // namespace quillon::platform
