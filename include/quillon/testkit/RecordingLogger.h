@@ -12,11 +12,17 @@
 #include "quillon/LoggerBase.h"
 #include "quillon/ServiceLocator.h"
 
-namespace quillon::test {
+namespace quillon::testkit {
 
-/// Registers itself with ServiceLocator for its life and keeps what is logged,
-/// whatever its level, instead of printing it. Writes from any thread; each clobbers
-/// the system's last error and errno, as a real logger may.
+/// Registers itself with ServiceLocator for its life and keeps what is logged, whatever its level,
+/// instead of printing it. Any thread may log; each entry changes the system's last error and errno, as
+/// one of a real logger may.
+///
+/// @code
+/// testkit::RecordingLogger log;
+/// ServiceLocator::Get<ICLogger>()->Error("%s", "no such disk");
+/// EXPECT_THAT(log.Lines(ICLogger::Level::Error), ElementsAre("no such disk"));
+/// @endcode
 class RecordingLogger final : public LoggerBase {
 public:
     RecordingLogger() : LoggerBase(Level::Trace) { ServiceLocator::Put<ICLogger>(this); }
@@ -24,7 +30,7 @@ public:
         if (ServiceLocator::Get<ICLogger>(true) == this) ServiceLocator::Remove<ICLogger>();
     }
 
-    /// The texts, of all levels or of one.
+    /// Returns the texts in the order of their entries, of all levels or of one.
     std::vector<std::string> Lines(std::optional<Level> level = {}) const {
         const std::lock_guard lock(m_mutex);
         std::vector<std::string> lines;
@@ -33,6 +39,7 @@ public:
         }
         return lines;
     }
+    /// Removes the entries so far.
     void Forget() {
         const std::lock_guard lock(m_mutex);
         m_entries.clear();
@@ -56,4 +63,4 @@ private:
     std::vector<std::pair<Level, std::string>> m_entries;
 };
 
-}  // namespace quillon::test
+}  // namespace quillon::testkit
