@@ -13,7 +13,7 @@ namespace quillon::platform {
 
 /// Says how a command goes that is not run.
 struct CommandScript {
-    std::string output;                  ///< bytes that it writes when it starts
+    std::string output{};                ///< bytes that it writes when it starts
     std::int32_t exitStatus = 0;         ///< unless it is killed
     std::chrono::milliseconds delay{0};  ///< from its start to its end
     bool isEndless = false;              ///< it ends only when it is killed

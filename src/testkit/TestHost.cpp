@@ -8,6 +8,7 @@
 #include "quillon/IProviderRegistry.h"
 #include "quillon/RuntimeEnv.h"
 #include "quillon/testkit/InvokeMethod.h"
+#include "quillon/testkit/SqlEngine.h"
 
 namespace quillon::testkit {
 
@@ -58,7 +59,9 @@ void RemoveOwn(Service& own) {
 }  // namespace
 
 struct TestHost::State {
-    explicit State(std::unique_ptr<SqlEngine> databases) : engine(std::move(databases)) {
+    explicit State(const std::string* directory)
+        : engine(directory == nullptr ? std::make_unique<SqlEngine>()
+                                      : std::make_unique<SqlEngine>(*directory)) {
         ServiceLocator::Put<IAgentConfiguration>(&configuration);
         ServiceLocator::Put<IDeviceInformation>(&device);
         ServiceLocator::Put<IProviderRegistry>(&providers);
@@ -77,12 +80,12 @@ struct TestHost::State {
     NoProviders providers;
 };
 
-TestHost::TestHost() : TestHost(std::make_unique<SqlEngine>()) {}
+TestHost::TestHost() : TestHost(static_cast<const std::string*>(nullptr)) {}
 
-TestHost::TestHost(const std::string& databaseDirectory)
-    : TestHost(std::make_unique<SqlEngine>(databaseDirectory)) {}
+TestHost::TestHost(const std::string& databaseDirectory) : TestHost(&databaseDirectory) {}
 
-TestHost::TestHost(std::unique_ptr<SqlEngine> engine) : m_state(std::make_unique<State>(std::move(engine))) {
+TestHost::TestHost(const std::string* databaseDirectory)
+    : m_state(std::make_unique<State>(databaseDirectory)) {
     RegisterBuilders();
     RuntimeEnv::GetInstance()->setEnvType(IRuntimeEnv::AgentEngine);
     log.Forget();

@@ -19,10 +19,20 @@ namespace {
 
 using Properties = std::vector<WmiProperty>;
 
-const WmiProperty& Find(const Properties& properties, const std::string& name) {
-    const auto found = std::find_if(properties.begin(), properties.end(), [&name](const auto& each) {
+constexpr const char* kReturnValue = "ReturnValue";
+
+auto FindIn(const Properties& properties, const std::string& name) {
+    return std::find_if(properties.begin(), properties.end(), [&name](const auto& each) {
         return StringUtils::CompareCaseInsensitive(each.name, name);
     });
+}
+
+bool Has(const Properties& properties, const std::string& name) {
+    return FindIn(properties, name) != properties.end();
+}
+
+const WmiProperty& Find(const Properties& properties, const std::string& name) {
+    const auto found = FindIn(properties, name);
     if (found == properties.end()) throw std::invalid_argument("There is no property '" + name + "'");
     return *found;
 }
@@ -56,8 +66,11 @@ simulation::WmiMethod ToSimulated(const WmiMethod& method) {
     simulation::WmiMethod converted{
         base::ToWide(method.name), ToSimulated(method.in), {}, {}, method.isStatic};
     Properties out = method.out;
-    out.push_back({"ReturnValue", CimType::Uint32, false});
     converted.out = ToSimulated(out);
+    if (!Has(out, kReturnValue)) {
+        out.push_back({kReturnValue, CimType::Uint32, false});
+        converted.out.push_back({base::ToWide(kReturnValue), CIM_UINT32, ToCim(Variant(0), CimType::Uint32)});
+    }
     if (!method.body) return converted;
     converted.body = [body = method.body, in = method.in, out = std::move(out)](
                          const std::wstring& path, const simulation::WmiValues& given,

@@ -11,7 +11,7 @@ struct LoggedEvent {
     std::string provider;
     std::uint16_t eventId = 0;
     std::uint8_t level = 4;  ///< 1 critical, 2 error, 3 warning, 4 information, 5 verbose
-    std::string message;
+    std::string message{};
 };
 
 /// Is the system's event log in memory, in the place of the system's for its life: EventLogProxy,

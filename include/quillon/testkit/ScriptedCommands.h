@@ -10,7 +10,7 @@ namespace quillon::testkit {
 
 /// Says how a command goes that is not run.
 struct CommandScript {
-    std::string output;                  ///< bytes that it writes when it starts, in any encoding
+    std::string output{};                ///< bytes that it writes when it starts, in any encoding
     int code = 0;                        ///< exit code, unless it is killed
     std::chrono::milliseconds delay{0};  ///< from its start to its end
     bool isEndless = false;              ///< ends only when it is killed

@@ -6,7 +6,6 @@
 
 #include "quillon/testkit/RecordingLogger.h"
 #include "quillon/testkit/ShutdownMonitor.h"
-#include "quillon/testkit/SqlEngine.h"
 
 namespace quillon::testkit {
 
@@ -38,7 +37,7 @@ public:
 
 private:
     struct State;
-    explicit TestHost(std::unique_ptr<SqlEngine> engine);
+    explicit TestHost(const std::string* databaseDirectory);
 
     const std::unique_ptr<State> m_state;
 };

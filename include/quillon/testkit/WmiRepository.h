@@ -38,10 +38,10 @@ struct WmiProperty {
 /// Describes a method of a class.
 struct WmiMethod {
     std::string name;
-    std::vector<WmiProperty> in, out;  ///< a ReturnValue, 0, is added to `out`
+    std::vector<WmiProperty> in{}, out{};  ///< unless it is in `out`, a ReturnValue of 0 is added
     /// Gets the path of the object and those parameters that are not null, adds values of `out`, and
     /// returns the code of the call, 0 for success. It runs on a thread of the library's.
-    std::function<std::uint32_t(const std::string& path, const VariantList& in, VariantList& out)> body;
+    std::function<std::uint32_t(const std::string& path, const VariantList& in, VariantList& out)> body{};
     bool isStatic = false;  ///< is called on the class, without an object
 };
 
