@@ -10,13 +10,22 @@ if(TARGET quillon-agent)
   set_target_properties(quillon-agent PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
   install(TARGETS quillon-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-install(DIRECTORY include/quillon DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY include/quillon DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
+        PATTERN testkit EXCLUDE)
+if(TARGET quillon_testkit)
+  install(DIRECTORY include/quillon/testkit DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillon COMPONENT testkit)
+endif()
 
 install(FILES resources/debug/quillon_gdb.py resources/debug/quillon.natvis
         DESTINATION ${CMAKE_INSTALL_DATADIR}/quillon)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quillon)
 install(EXPORT quillonTargets NAMESPACE quillon:: DESTINATION ${package_dir})
+if(TARGET quillon_testkit)
+  install(TARGETS quillon_testkit EXPORT quillonTestkitTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          COMPONENT testkit)
+  install(EXPORT quillonTestkitTargets NAMESPACE quillon:: DESTINATION ${package_dir} COMPONENT testkit)
+endif()
 configure_package_config_file(cmake/quillonConfig.cmake.in ${PROJECT_BINARY_DIR}/quillonConfig.cmake
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/quillonConfigVersion.cmake COMPATIBILITY SameMajorVersion)

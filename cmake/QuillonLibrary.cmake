@@ -21,8 +21,9 @@ endif()
 
 file(GLOB quillon_simulation_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/simulation/*.cpp
      ${PROJECT_SOURCE_DIR}/src/simulation/*/*.cpp)
-if(WIN32)  # the machine's facts are Linux's
-  list(FILTER quillon_simulation_sources EXCLUDE REGEX /machine/)
+list(FILTER quillon_simulation_sources EXCLUDE REGEX /machine/)
+if(NOT WIN32)  # the machine's facts are Linux's
+  file(GLOB quillon_machine_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/simulation/machine/*.cpp)
 endif()
 
 add_library(quillon_objects OBJECT ${quillon_sources} ${quillon_platform_sources})
@@ -42,10 +43,14 @@ endif()
 
 # The library calls the simulation on Linux, the simulation the seam: whoever links
 # both statically asks for quillon_internal_with_simulation.
-add_library(quillon_simulation STATIC EXCLUDE_FROM_ALL ${quillon_simulation_sources})
-target_include_directories(quillon_simulation PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
-target_compile_definitions(quillon_simulation PRIVATE QUILLON_STATIC)
-target_link_libraries(quillon_simulation PUBLIC quillon_options Threads::Threads)
+add_library(quillon_simulation_objects OBJECT EXCLUDE_FROM_ALL ${quillon_simulation_sources})
+add_library(quillon_simulation STATIC EXCLUDE_FROM_ALL ${quillon_machine_sources}
+            $<TARGET_OBJECTS:quillon_simulation_objects>)
+foreach(target quillon_simulation_objects quillon_simulation)
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+  target_compile_definitions(${target} PRIVATE QUILLON_STATIC)
+  target_link_libraries(${target} PUBLIC quillon_options Threads::Threads)
+endforeach()
 
 add_library(quillon SHARED)
 add_library(quillon::quillon ALIAS quillon)

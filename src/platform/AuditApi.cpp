@@ -3,14 +3,15 @@
 #include <utility>
 
 #include "platform/ErrorText.h"
+#include "platform/Replaceable.h"
 #include "quillon/DestructorFunctor.h"
 
 namespace quillon::platform {
 
 namespace {
 
-AuditCalls& Current() {
-    static AuditCalls& calls = *new AuditCalls(SystemAuditCalls());
+Replaceable<AuditCalls>& Current() {
+    static auto& calls = *new Replaceable<AuditCalls>(SystemAuditCalls());
     return calls;
 }
 
@@ -21,9 +22,9 @@ void Release(const std::function<void(HANDLE)>& release, HANDLE value) noexcept 
 
 }  // namespace
 
-const AuditCalls& Audit() { return Current(); }
+const AuditCalls& Audit() { return Current().Get(); }
 
-void ReplaceAuditCalls(AuditCalls calls) { Current() = std::move(calls); }
+void ReplaceAuditCalls(AuditCalls calls) { Current().Replace(std::move(calls)); }
 
 void AuditTokenTraits::Close(Type value) noexcept { Release(Audit().close, value); }
 

@@ -55,7 +55,7 @@ struct AuditCalls {
 /// The calls in force. Thread-safe.
 const AuditCalls& Audit();
 AuditCalls SystemAuditCalls();
-/// Replaces the calls; for tests, while nothing is audited.
+/// Replaces the calls; for tests, while nothing is audited. Thread-safe.
 void ReplaceAuditCalls(AuditCalls calls);
 
 struct AuditTokenTraits {

@@ -23,6 +23,8 @@ FileHandle OpenForReading(const std::string& path);
 /// Bytes read, which may be fewer than fit; 0 at the end.
 std::optional<std::size_t> ReadSome(const FileHandle& file, char* buffer, std::size_t size);
 bool WriteAll(const FileHandle& file, std::string_view bytes);
+/// Another handle of the same open file, which no child inherits.
+FileHandle CopyOf(const FileHandle& file);
 
 /// A file that tells no size may have no end in reach, as "/proc/self/pagemap" has none.
 inline constexpr std::uint64_t kMostWithoutSize = std::uint64_t{64} << 20;

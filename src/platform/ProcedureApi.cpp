@@ -2,19 +2,21 @@
 
 #include <utility>
 
+#include "platform/Replaceable.h"
+
 namespace quillon::platform {
 
 namespace {
 
-ProcedureCalls& Current() {
-    static ProcedureCalls& calls = *new ProcedureCalls(SystemProcedureCalls());
+Replaceable<ProcedureCalls>& Current() {
+    static auto& calls = *new Replaceable<ProcedureCalls>(SystemProcedureCalls());
     return calls;
 }
 
 }  // namespace
 
-const ProcedureCalls& Procedures() { return Current(); }
+const ProcedureCalls& Procedures() { return Current().Get(); }
 
-void ReplaceProcedureCalls(ProcedureCalls calls) { Current() = std::move(calls); }
+void ReplaceProcedureCalls(ProcedureCalls calls) { Current().Replace(std::move(calls)); }
 
 }  // namespace quillon::platform

@@ -30,7 +30,7 @@ struct ProcedureCalls {
 /// The calls in force. Thread-safe.
 const ProcedureCalls& Procedures();
 ProcedureCalls SystemProcedureCalls();
-/// Replaces the calls; for tests, while nobody binds.
+/// Replaces the calls; for tests. Who has bound a function keeps it.
 void ReplaceProcedureCalls(ProcedureCalls calls);
 
 }  // namespace quillon::platform

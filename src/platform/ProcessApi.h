@@ -32,6 +32,9 @@ using EventHandle = Handle<ObjectTraits>;
 /// An unnamed event, not signalled; the wait that it ends resets it.
 EventHandle CreateAutoResetEvent();
 bool SignalEvent(const EventHandle& event);
+/// Waits for one of two events and resets it: kWaitProcess for the first, else kWaitEvent.
+std::uint32_t AwaitEvents(const EventHandle& first, const EventHandle& second,
+                          std::optional<std::chrono::milliseconds> limit);
 
 struct ProcessRequest {
     std::string command;           ///< the whole command line, UTF-8
@@ -76,11 +79,38 @@ struct ProcessUsage {
 
 class OutputCapture;
 
+/// A process that somebody waits for; ChildProcess is the real one.
+class RunningProcess {
+public:
+    virtual ~RunningProcess() = default;
+
+    [[nodiscard]] virtual std::uint32_t Id() const = 0;
+    /// Waits for the end of the process, for the event, or for output to read (null: for none); the
+    /// process goes first, then the event.
+    [[nodiscard]] virtual std::uint32_t Wait(const EventHandle& event, OutputCapture* output,
+                                             std::optional<std::chrono::milliseconds> limit) const = 0;
+    [[nodiscard]] virtual bool HasEnded() const = 0;
+    /// Returns the exit status of a process that has ended: its own, the one Kill() ended it with,
+    /// or 128 plus the number of the signal that ended it. Waits for a kill that is under way.
+    [[nodiscard]] virtual std::optional<std::int32_t> ExitStatus() const = 0;
+    /// Returns the signal that ended a process that has ended; 0 for none, and always on Windows.
+    [[nodiscard]] virtual int EndingSignal() const = 0;
+    [[nodiscard]] virtual ProcessUsage Usage() const = 0;
+    /// Ends the process. The scope Tree also ends its descendants when it was started so. One that has
+    /// ended already is not killed (base::kAccessDenied). Holds no lock that concerns other children.
+    [[nodiscard]] virtual KillOutcome Kill(const KillRequest& request) const = 0;
+
+protected:
+    RunningProcess() = default;
+    RunningProcess(const RunningProcess&) = default;
+    RunningProcess& operator=(const RunningProcess&) = default;
+};
+
 /// A process started by this one. It inherits the handles that its request names,
 /// and nothing else; it has no console window and default signal handling. Its
 /// identifier is nobody else's while the object lives. A child that is let go before
 /// its end goes on running and leaves no zombie behind. Several threads may use an object at once.
-class ChildProcess {
+class ChildProcess final : public RunningProcess {
 public:
     /// Starts a program. Returns nothing when it cannot be started: base::kFileNotFound when it does not
     /// exist, base::kInvalidDirectory when the working directory does not.
@@ -88,23 +118,16 @@ public:
 
     ChildProcess(ChildProcess&& other) noexcept = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
-    ~ChildProcess();
+    ~ChildProcess() override;
 
-    [[nodiscard]] std::uint32_t Id() const { return m_id; }
-    /// Waits for the end of the process, for the event, or for output to read (null: for none); the
-    /// process goes first, then the event.
+    [[nodiscard]] std::uint32_t Id() const override { return m_id; }
     [[nodiscard]] std::uint32_t Wait(const EventHandle& event, OutputCapture* output,
-                                     std::optional<std::chrono::milliseconds> limit) const;
-    [[nodiscard]] bool HasEnded() const;
-    /// Returns the exit status of a process that has ended: its own, the one Kill() ended it with,
-    /// or 128 plus the number of the signal that ended it. Waits for a kill that is under way.
-    [[nodiscard]] std::optional<std::int32_t> ExitStatus() const;
-    /// Returns the signal that ended a process that has ended; 0 for none, and always on Windows.
-    [[nodiscard]] int EndingSignal() const;
-    [[nodiscard]] ProcessUsage Usage() const;
-    /// Ends the process. The scope Tree also ends its descendants when it was started so. One that has
-    /// ended already is not killed (base::kAccessDenied). Holds no lock that concerns other children.
-    [[nodiscard]] KillOutcome Kill(const KillRequest& request) const;
+                                     std::optional<std::chrono::milliseconds> limit) const override;
+    [[nodiscard]] bool HasEnded() const override;
+    [[nodiscard]] std::optional<std::int32_t> ExitStatus() const override;
+    [[nodiscard]] int EndingSignal() const override;
+    [[nodiscard]] ProcessUsage Usage() const override;
+    [[nodiscard]] KillOutcome Kill(const KillRequest& request) const override;
 
     struct State;
 
@@ -114,6 +137,10 @@ private:
     std::uint32_t m_id = 0;
     std::shared_ptr<State> m_state;  ///< empty after a move
 };
+
+/// Starts a program as ChildProcess::Start() does, or a command of the script in force in its place. Null
+/// on failure.
+std::shared_ptr<const RunningProcess> StartProcess(const ProcessRequest& request);
 
 /// Ends a process by its identifier, whoever started it.
 KillResult KillProcess(std::uint32_t id, std::int32_t exitStatus);

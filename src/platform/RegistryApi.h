@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/Handle.h"
@@ -25,5 +26,15 @@ RegistryKey OpenMachineKey(const std::string& path);
 /// when there is no such value, base::kMoreData when more are there than fit. A null buffer asks for the
 /// size. ANSI code page.
 std::uint32_t QueryValue(HKEY key, const char* name, void* buffer, std::uint32_t& size);
+
+/// Implements the operations above; a test replaces it.
+struct RegistryCalls {
+    std::function<HKEY(const std::string& path)> open;
+    std::function<std::uint32_t(HKEY key, const char* name, void* buffer, std::uint32_t& size)> query;
+    std::function<void(HKEY key)> close;
+};
+RegistryCalls SystemRegistryCalls();
+/// For tests, while no key is open.
+void ReplaceRegistryCalls(RegistryCalls calls);
 
 }  // namespace quillon::platform

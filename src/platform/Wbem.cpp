@@ -2,15 +2,19 @@
 
 #include <utility>
 
+#include "platform/Replaceable.h"
+
 namespace quillon::platform {
 
 namespace {
 
-WbemCalls& Calls() {
+Replaceable<WbemCalls>& Current() {
     // Never destroyed: threads may ask while the process ends.
-    static WbemCalls& calls = *new WbemCalls(SystemWbemCalls());
+    static auto& calls = *new Replaceable<WbemCalls>(SystemWbemCalls());
     return calls;
 }
+
+const WbemCalls& Calls() { return Current().Get(); }
 
 template <class Function>
 void TakeIfGiven(Function& target, Function& given) {
@@ -36,7 +40,7 @@ void ReplaceWbemCalls(WbemCalls calls) {
     TakeIfGiven(all.loadMessages, calls.loadMessages);
     TakeIfGiven(all.wbemMessage, calls.wbemMessage);
     TakeIfGiven(all.comMessage, calls.comMessage);
-    Calls() = std::move(all);
+    Current().Replace(std::move(all));
 }
 
 }  // namespace quillon::platform

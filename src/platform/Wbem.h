@@ -39,7 +39,7 @@ struct WbemCalls {
 };
 /// The system's own; outside Windows the simulated repository of the machine.
 WbemCalls SystemWbemCalls();
-/// For tests, while no connector is at work. A member that is empty becomes the system's own.
+/// For tests. A member that is empty becomes the system's own. A connector that has a connection keeps it.
 void ReplaceWbemCalls(WbemCalls calls);
 
 }  // namespace quillon::platform

@@ -16,7 +16,7 @@ namespace quillon {
 /// process can be killed as long as they live. The last of the three destroys it, and closes the event with
 /// it.
 struct tRunCmdSynch {
-    using Process = std::shared_ptr<const platform::ChildProcess>;
+    using Process = std::shared_ptr<const platform::RunningProcess>;
 
     std::mutex mutex;
     std::condition_variable changed;

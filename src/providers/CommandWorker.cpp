@@ -53,12 +53,12 @@ public:
 
 private:
     int Execute();
-    std::optional<platform::ChildProcess> Start();
+    tRunCmdSynch::Process Start();
     bool IsGivenUp();
     bool Publish(const tRunCmdSynch::Process& process);
-    int AwaitEnd(const platform::ChildProcess& process);
-    int CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult);
-    void ReportUsage(const platform::ChildProcess& process);
+    int AwaitEnd(const platform::RunningProcess& process);
+    int CodeOf(const platform::RunningProcess& process, std::uint32_t waitResult);
+    void ReportUsage(const platform::RunningProcess& process);
     void EndFlood();
     int CollectOutput(int code);
     int ReportLoss(std::uint32_t reason, int code);
@@ -92,13 +92,12 @@ int CommandWorker::Execute() {
         return ProcessUtils::kNotStarted;
     }
     if (IsGivenUp()) return m_props.abortedOnShutdown ? ProcessUtils::kAborted : ProcessUtils::kTimedOut;
-    auto started = Start();
-    if (!started) {
+    const tRunCmdSynch::Process process = Start();
+    if (!process) {
         LogFailure("Could not run command '%s' because: %s");
         return ProcessUtils::kNotStarted;
     }
     m_props.startTime = std::chrono::time_point_cast<TimePoint::duration>(std::chrono::system_clock::now());
-    const auto process = std::make_shared<const platform::ChildProcess>(*std::move(started));
     m_output.Capture().CloseChildEnd();
     if (Publish(process)) KillCommand(m_props, ScopeOf(m_props));
     return AwaitEnd(*process);
@@ -118,8 +117,8 @@ bool CommandWorker::Publish(const tRunCmdSynch::Process& process) {
     return m_synch.given && m_props.killOnTimeout;
 }
 
-std::optional<platform::ChildProcess> CommandWorker::Start() {
-    if (!CheckRequest(m_props)) return std::nullopt;
+tRunCmdSynch::Process CommandWorker::Start() {
+    if (!CheckRequest(m_props)) return nullptr;
     platform::ProcessRequest request;
     request.command = m_props.command;
     request.workingDirectory = base::ToUtf8(m_props.workingDirectory);
@@ -131,13 +130,13 @@ std::optional<platform::ChildProcess> CommandWorker::Start() {
     platform::FileHandle input;
     if (m_props.standardInput) {
         input = platform::MakeInputFile(*m_props.standardInput);
-        if (!input) return std::nullopt;
+        if (!input) return nullptr;
         request.input = &input;
     }
-    return platform::ChildProcess::Start(request);
+    return platform::StartProcess(request);
 }
 
-int CommandWorker::AwaitEnd(const platform::ChildProcess& process) {
+int CommandWorker::AwaitEnd(const platform::RunningProcess& process) {
     platform::OutputCapture* const capture = m_props.captureOutput ? &m_output.Capture() : nullptr;
     for (;;) {
         const std::optional limit = m_endsFlood ? std::optional(kRetryInterval) : std::nullopt;
@@ -151,7 +150,7 @@ int CommandWorker::AwaitEnd(const platform::ChildProcess& process) {
     }
 }
 
-void CommandWorker::ReportUsage(const platform::ChildProcess& process) {
+void CommandWorker::ReportUsage(const platform::RunningProcess& process) {
     const platform::ProcessUsage usage = process.Usage();
     m_props.endTime = std::chrono::time_point_cast<TimePoint::duration>(std::chrono::system_clock::now());
     m_props.cpuTimeMs = static_cast<std::uint64_t>(usage.cpuTime.count());
@@ -159,7 +158,7 @@ void CommandWorker::ReportUsage(const platform::ChildProcess& process) {
     m_props.endingSignal = process.EndingSignal();
 }
 
-int CommandWorker::CodeOf(const platform::ChildProcess& process, std::uint32_t waitResult) {
+int CommandWorker::CodeOf(const platform::RunningProcess& process, std::uint32_t waitResult) {
     switch (waitResult) {
         case platform::kWaitProcess: {
             const std::optional<std::int32_t> status = process.ExitStatus();

@@ -25,6 +25,12 @@ void Modules::Set(const std::string& name, const EntryPoints& entryPoints) {
 
 void Modules::Remove(const std::string& name) { m_modules.erase(FoldedFileName(name)); }
 
+bool Modules::Holds(HINSTANCE module) const {
+    return std::any_of(m_modules.begin(), m_modules.end(), [module](const auto& own) {
+        return reinterpret_cast<const void*>(&own.second) == reinterpret_cast<const void*>(module);
+    });
+}
+
 void Modules::RemoveEntryPoint(const std::string& module, const std::string& entryPoint) {
     m_modules.at(FoldedFileName(module)).erase(entryPoint);
 }

@@ -16,6 +16,8 @@ class Modules {
 public:
     void Set(const std::string& name, const EntryPoints& entryPoints);
     void Remove(const std::string& name);
+    /// Whether a module is one of these, and not another one of the process.
+    bool Holds(HINSTANCE module) const;
     void RemoveEntryPoint(const std::string& module, const std::string& entryPoint);
 
     /// Every module counts as loaded; the system has every version.

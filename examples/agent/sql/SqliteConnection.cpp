@@ -72,6 +72,14 @@ int SqliteConnection::Open(const std::string& libraryPath, int busyMilliseconds,
     return code;
 }
 
+int SqliteConnection::OpenInMemory(const std::string& memoryName, int busyMilliseconds) {
+    m_watch = std::make_unique<SqliteWatch>(SqliteWatch::Milliseconds(busyMilliseconds));
+    int code = OpenHandle("file:/" + memoryName + "?vfs=memdb", kWriteFlags | SQLITE_OPEN_URI);
+    if (code == SQLITE_OK) code = sqlite3_exec(Get(), kReadSchema, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) LogFailure("open " + memoryName);
+    return code;
+}
+
 /// SQLite itself opens a file for reading when it cannot be written.
 int SqliteConnection::OpenForWriting(const std::string& libraryPath) {
     MakePrivateFile(libraryPath);  // the log takes over the file's mode

@@ -27,6 +27,9 @@ public:
     /// connection's lock for `busyMilliseconds`, and reach no other file. A file that
     /// cannot be written is opened for reading, with a Warn entry. SQLITE_OK, or why not.
     int Open(const std::string& libraryPath, int busyMilliseconds, Access access = Access::ReadWrite);
+    /// Opens the database in memory of that name, which lasts as long as a connection of this process has
+    /// it open.
+    int OpenInMemory(const std::string& memoryName, int busyMilliseconds);
     /// A transaction that is still open is rolled back, with a Warn entry. Without
     /// `mayTidy` what SQLite keeps beside the file stays as it is.
     void Close(bool mayTidy = true);

@@ -67,6 +67,14 @@ std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, co
     return database->Open() ? std::move(database) : nullptr;
 }
 
+std::unique_ptr<SqliteDatabase> SqliteDatabase::OpenInMemory(const std::string& name,
+                                                             const std::string& memoryName,
+                                                             int busyMilliseconds) {
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, {}, busyMilliseconds));
+    const int code = database->m_connection.OpenInMemory(memoryName, busyMilliseconds);
+    return code == SQLITE_OK ? std::move(database) : nullptr;
+}
+
 SqliteDatabase::SqliteDatabase(const std::string& name, std::string libraryPath, int busyMilliseconds)
     : m_file(std::move(libraryPath)), m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
 SqliteDatabase::~SqliteDatabase() {
@@ -92,6 +100,7 @@ bool SqliteDatabase::Open() {
 /// The last connection deletes the log, which must not be that of another file in the place of its own.
 void SqliteDatabase::Close() {
     if (!m_connection.IsOpen()) return;
+    if (m_file.empty()) return m_connection.Close();
     const SqliteFileLock lock(m_file);
     m_connection.Close(lock.IsHeld() && !m_connection.HasMoved());
 }

@@ -23,6 +23,9 @@ public:
     /// Error entry, and those after it work on a new one. Null on failure.
     static std::unique_ptr<SqliteDatabase> Open(const std::string& name, const std::string& libraryPath,
                                                 int busyMilliseconds);
+    /// The database in memory of that name; see SqliteConnection::OpenInMemory().
+    static std::unique_ptr<SqliteDatabase> OpenInMemory(const std::string& name,
+                                                        const std::string& memoryName, int busyMilliseconds);
     ~SqliteDatabase();
 
     void BeginTransaction(std::int32_t reserved) override;
@@ -48,7 +51,7 @@ private:
     void Close();
     bool IsReady();
 
-    const std::string m_file;
+    const std::string m_file;  ///< empty in memory
     const int m_busyMilliseconds;
     SqliteConnection m_connection;
 };

@@ -1,6 +1,7 @@
 #include "sql/SqliteEngine.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 #include "quillon/ICLogger.h"
@@ -21,24 +22,44 @@ void LogError(const std::string& text) {
 
 SqliteEngine::SqliteEngine(DatabaseFolder folder, int busyMilliseconds)
     : m_folder(std::move(folder)), m_busyMilliseconds(busyMilliseconds) {}
+SqliteEngine::SqliteEngine(InMemory, int busyMilliseconds) : m_busyMilliseconds(busyMilliseconds) {}
 SqliteEngine::~SqliteEngine() = default;
 
 ISqliteDatabase* SqliteEngine::OpenDatabase(std::int32_t, const std::string& databaseName) {
-    const auto file = m_folder.FileOf(databaseName);
+    auto database = m_folder ? OpenFile(databaseName) : OpenInMemory(databaseName);
+    if (!database) return nullptr;
+    const std::lock_guard lock(m_mutex);
+    return m_databases.emplace_back(std::move(database)).get();
+}
+
+std::unique_ptr<SqliteDatabase> SqliteEngine::OpenFile(const std::string& databaseName) const {
+    const auto file = m_folder->FileOf(databaseName);
     if (!file) {
         LogError("Database '" + databaseName + "': the name is empty or too long");
         return nullptr;
     }
-    if (!m_folder.Make()) {
+    if (!m_folder->Make()) {
         const std::string reason = StringUtils::GetLastErrorAsString();
-        LogError("Database '" + databaseName + "': its directory '" + m_folder.GetPath() +
+        LogError("Database '" + databaseName + "': its directory '" + m_folder->GetPath() +
                  "' cannot be made: " + reason);
         return nullptr;
     }
-    auto database = SqliteDatabase::Open(databaseName, *file, m_busyMilliseconds);
-    if (!database) return nullptr;
-    const std::lock_guard lock(m_mutex);
-    return m_databases.emplace_back(std::move(database)).get();
+    return SqliteDatabase::Open(databaseName, *file, m_busyMilliseconds);
+}
+
+/// The first connection of each name stays: without one the database would go.
+std::unique_ptr<SqliteDatabase> SqliteEngine::OpenInMemory(const std::string& databaseName) {
+    const std::string name = StringUtils::ToLowercase(databaseName);
+    const std::string key =
+        StringUtils::ByteArrayToHexString(reinterpret_cast<const unsigned char*>(name.data()), name.size());
+    char memoryName[32];
+    std::snprintf(memoryName, sizeof memoryName, "%p-", static_cast<void*>(this));
+    {
+        const std::lock_guard lock(m_mutex);
+        auto& kept = m_kept[key];
+        if (!kept) kept = SqliteDatabase::OpenInMemory(databaseName, memoryName + key, m_busyMilliseconds);
+    }
+    return SqliteDatabase::OpenInMemory(databaseName, memoryName + key, m_busyMilliseconds);
 }
 
 void SqliteEngine::CloseDatabase(ISqliteDatabase* database) {

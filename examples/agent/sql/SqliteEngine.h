@@ -1,7 +1,9 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,9 @@ public:
 
     /// How long a statement waits while another connection holds the lock.
     explicit SqliteEngine(DatabaseFolder folder, int busyMilliseconds = kBusyMilliseconds);
+    struct InMemory {};
+    /// Keeps the databases in memory, from the first opening of each until the engine ends.
+    explicit SqliteEngine(InMemory, int busyMilliseconds = kBusyMilliseconds);
     ~SqliteEngine() override;
 
     /// Every call opens a connection of its own.
@@ -29,12 +34,15 @@ public:
                const SqlRowVisitor& visitor) override;
 
 private:
+    std::unique_ptr<SqliteDatabase> OpenFile(const std::string& databaseName) const;
+    std::unique_ptr<SqliteDatabase> OpenInMemory(const std::string& databaseName);
     std::unique_ptr<SqliteDatabase> Take(const ISqliteDatabase* database);
     SqliteDatabase* Find(const ISqliteDatabase& database);
 
-    const DatabaseFolder m_folder;
+    const std::optional<DatabaseFolder> m_folder;
     const int m_busyMilliseconds;
     std::mutex m_mutex;
+    std::map<std::string, std::unique_ptr<SqliteDatabase>> m_kept;  ///< by the names in memory
     std::vector<std::unique_ptr<SqliteDatabase>> m_databases;
 };
 

@@ -78,6 +78,12 @@ bool WriteAll(const FileHandle& file, std::string_view bytes) {
     return true;
 }
 
+FileHandle CopyOf(const FileHandle& file) {
+    FileHandle copy(::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0));
+    if (!copy) FailWithErrno();
+    return copy;
+}
+
 bool WriteWholeFile(const std::string& path, std::string_view head, std::string_view body, WriteMode mode) {
     struct ::stat status {};
     const int flags = O_WRONLY | O_CREAT | (mode == WriteMode::Append ? O_APPEND : O_TRUNC);

@@ -134,6 +134,22 @@ bool SignalEvent(const EventHandle& event) {
     return ::write(event.Get(), &one, sizeof one) == sizeof one || FailWithErrno();
 }
 
+std::uint32_t AwaitEvents(const EventHandle& first, const EventHandle& second,
+                          std::optional<milliseconds> limit) {
+    std::optional<Clock::time_point> deadline;
+    if (limit) deadline = Clock::now() + *limit;
+    for (;;) {
+        pollfd waited[] = {{first.Get(), POLLIN, 0}, {second.Get(), POLLIN, 0}};
+        if (::poll(waited, 2, PollTimeout(deadline, true)) < 0 && errno != EINTR) {
+            FailWithErrno();
+            return kWaitFailed;
+        }
+        if (waited[0].revents != 0 && Consume(first.Get())) return kWaitProcess;
+        if (waited[1].revents != 0 && Consume(second.Get())) return kWaitEvent;
+        if (deadline && Clock::now() >= *deadline) return kWaitTimeout;
+    }
+}
+
 ChildTable& Children() {
     static ChildTable& table = *new ChildTable;
     return table;

@@ -58,15 +58,7 @@ bool SetPrivilege(const std::wstring& name, bool enable) {
     return code == 0;
 }
 
-void RegistryTraits::Close(Type value) noexcept { simulation::LocalMachine().Close(value); }
-
-RegistryKey OpenMachineKey(const std::string& path) {
-    return RegistryKey(simulation::LocalMachine().Open(path));
-}
-
-std::uint32_t QueryValue(HKEY key, const char* name, void* buffer, std::uint32_t& size) {
-    return simulation::LocalMachine().Query(key, name == nullptr ? "" : name, buffer, size);
-}
+RegistryCalls SystemRegistryCalls() { return simulation::LocalMachine().Calls(); }
 
 AuditCalls SystemAuditCalls() {
     auto& policy = simulation::AuditPolicy::Machine();

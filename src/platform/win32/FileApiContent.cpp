@@ -69,6 +69,14 @@ bool WriteAll(const FileHandle& file, std::string_view bytes) {
     return true;
 }
 
+FileHandle CopyOf(const FileHandle& file) {
+    const HANDLE process = ::GetCurrentProcess();
+    HANDLE copy = nullptr;
+    if (::DuplicateHandle(process, file.Get(), process, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS) != 0)
+        return FileHandle(copy);
+    return {};
+}
+
 bool WriteWholeFile(const std::string& path, std::string_view head, std::string_view body, WriteMode mode) {
     FileHandle file = OpenForWriting(path, mode);
     return file && WriteAll(file, head) && WriteAll(file, body) && CloseWritten(std::move(file));

@@ -58,6 +58,12 @@ EventHandle CreateAutoResetEvent() { return EventHandle(::CreateEventW(nullptr, 
 
 bool SignalEvent(const EventHandle& event) { return ::SetEvent(event.Get()) != 0; }
 
+std::uint32_t AwaitEvents(const EventHandle& first, const EventHandle& second,
+                          std::optional<std::chrono::milliseconds> limit) {
+    const HANDLE waited[] = {first.Get(), second.Get()};
+    return ::WaitForMultipleObjects(2, waited, FALSE, limit ? static_cast<DWORD>(limit->count()) : INFINITE);
+}
+
 /// What is in the job goes on without this object, unless this process ends before it.
 ChildProcess::~ChildProcess() {
     if (!m_state || m_state.use_count() > 1 || !m_state->job) return;

@@ -3,8 +3,8 @@
 #include <cstdio>
 
 #include "base/Characters.h"
+#include "base/CivilTime.h"
 #include "base/NumberText.h"
-#include "platform/TimeApi.h"
 #include "simulation/eventlog/EventLog.h"
 
 namespace quillon::simulation {
@@ -52,11 +52,14 @@ std::string Escaped(const std::string& text) {
 }
 
 std::string TimeText(std::uint64_t fileTime) {
-    const platform::CalendarTime time =
-        platform::FileTimeToCalendar(fileTime).value_or(platform::CalendarTime{1601, 1, 1, 0, 0, 0, 0});
+    const auto ticks = static_cast<std::int64_t>(fileTime);
+    const std::int64_t seconds = ticks / base::kTicksPerSecond;
+    const auto second = static_cast<int>(seconds % base::kSecondsPerDay);
+    const auto date = base::CivilFromDays(base::DaysFromCivil(1601, 1, 1) + seconds / base::kSecondsPerDay);
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d.%03d0000Z", time.year, time.month,
-                  time.day, time.hour, time.minute, time.second, time.millisecond);
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d.%03d0000Z",
+                  static_cast<int>(date.year), date.month, date.day, second / 3600, second / 60 % 60,
+                  second % 60, static_cast<int>(ticks % base::kTicksPerSecond / 10'000));
     return text.data();
 }
 

@@ -63,6 +63,21 @@ std::uint32_t Registry::Read(HKEY key, const std::string& name, void* buffer, st
     return 0;
 }
 
+platform::RegistryCalls Registry::Calls() {
+    return {[this](const std::string& path) { return Open(path); },
+            [this](HKEY key, const char* name, void* buffer, std::uint32_t& size) {
+                return Query(key, name == nullptr ? "" : name, buffer, size);
+            },
+            [this](HKEY key) { Close(key); }};
+}
+
+void Registry::Reset() {
+    const std::lock_guard lock(m_mutex);
+    m_keys.clear();
+    m_open.clear();
+    m_failure = 0;
+}
+
 void Registry::SetValue(const std::string& path, const std::string& name, const std::string& bytes) {
     const std::lock_guard lock(m_mutex);
     m_keys[Folded(path)][Folded(name)] = bytes;

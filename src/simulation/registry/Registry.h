@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string>
 
+#include "platform/RegistryApi.h"
 #include "quillon/WindowsTypes.h"
 
 namespace quillon::simulation {
@@ -22,8 +23,13 @@ public:
     /// ERROR_INVALID_HANDLE (6) for no such key, ERROR_MORE_DATA (234) for too small a buffer.
     std::uint32_t Query(HKEY key, const std::string& name, void* buffer, std::uint32_t& size);
 
+    /// Calls that end here; it lives as long as they do.
+    platform::RegistryCalls Calls();
+
     // --- For those who set it up ---
 
+    /// Removes all keys and values, closes what is open and forgets the failure.
+    void Reset();
     /// Makes the key when it is missing.
     void SetValue(const std::string& path, const std::string& name, const std::string& bytes);
     /// A key stays when its last value goes.

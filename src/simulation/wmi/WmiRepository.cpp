@@ -66,6 +66,8 @@ void WmiRepository::FailNext(WmiCall call, HRESULT code, unsigned int skip) {
     m_state->FailNext(call, code, skip);
 }
 
+void WmiRepository::Delay(WmiCall call, std::chrono::milliseconds time) { m_state->Delay(call, time); }
+
 void WmiRepository::HangAfter(long objects) { m_state->HangAfter(objects); }
 
 void WmiRepository::Hold(WmiCall call) { m_state->Hold(call); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -103,6 +104,8 @@ public:
 
     /// Lets a call answer with `code` and nothing else, once, after `skip` calls of its kind that do not.
     void FailNext(WmiCall call, HRESULT code, unsigned int skip = 0);
+    /// Lets every call of a kind answer so much later.
+    void Delay(WmiCall call, std::chrono::milliseconds time);
     /// Lets enumerators wait without an answer after this many objects each, until it is called with -1.
     void HangAfter(long objects);
     /// Lets every call of a kind wait without an answer, until LetGo().

@@ -1,6 +1,7 @@
 #include "simulation/wmi/WmiState.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace quillon::simulation {
@@ -35,6 +36,8 @@ WmiRowPtr WmiTable::Find(std::wstring_view relativePath) const {
 
 std::optional<HRESULT> WmiState::Begin(WmiCall call) {
     calls[static_cast<std::size_t>(call)].fetch_add(1, std::memory_order_relaxed);
+    if (const auto delay = m_delays[static_cast<std::size_t>(call)].load(); delay.count() > 0)
+        std::this_thread::sleep_for(delay);
     if (m_held == call) {
         std::unique_lock lock(mutex);
         m_released.wait(lock, [this, call] { return m_held != call; });
@@ -67,6 +70,10 @@ void WmiState::Hold(WmiCall call) {
         m_held = call;
     }
     m_released.notify_all();
+}
+
+void WmiState::Delay(WmiCall call, std::chrono::milliseconds time) {
+    m_delays[static_cast<std::size_t>(call)] = time;
 }
 
 void WmiState::HangAfter(long objects) {

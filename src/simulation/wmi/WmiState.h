@@ -52,6 +52,7 @@ struct WmiState {
     void FailNext(WmiCall call, HRESULT code, unsigned int skip);
     /// Count holds none.
     void Hold(WmiCall call);
+    void Delay(WmiCall call, std::chrono::milliseconds time);
     void HangAfter(long objects);
     /// Waits while enumerators shall hang after `objects`; false when the time was up first.
     bool AwaitAnswer(long objects, const Deadline& deadline);
@@ -77,6 +78,7 @@ private:
     std::vector<Failure> m_failures;
     std::atomic<long> m_hangAfter = -1;
     std::atomic<WmiCall> m_held = WmiCall::Count;
+    std::array<std::atomic<std::chrono::milliseconds>, static_cast<std::size_t>(WmiCall::Count)> m_delays{};
     std::condition_variable m_released;
 };
 
