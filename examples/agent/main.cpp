@@ -1,5 +1,7 @@
 #include <cstdio>
 #include <exception>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -51,7 +53,14 @@ int Execute(const ServeCommand& command, Output& output) {
     const AgentConfiguration configuration = Configure(command.host);
     const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
                     configuration);
-    return Serve(host, command.settings, output);
+    return Serve(host, command.settings, [&output](std::string_view text) {
+        try {
+            output.Write(std::string(text));
+            return true;
+        } catch (const std::system_error&) {
+            return false;
+        }
+    });
 }
 
 int Execute(const MethodsCommand& command, Output& output) {

@@ -31,21 +31,14 @@ constexpr std::chrono::seconds kPatience{10};
 /// The agent's own standard streams.
 class StandardChannel final : public Channel {
 public:
-    explicit StandardChannel(Output& output) : m_output(output) {}
+    explicit StandardChannel(const WriteFunction& write) : m_write(write) {}
 
     std::size_t Read(char* bytes, std::size_t size) override { return m_input.Read(bytes, size); }
-    bool Write(std::string_view bytes) override {
-        try {
-            m_output.Write(std::string(bytes));
-            return true;
-        } catch (const std::system_error&) {
-            return false;
-        }
-    }
+    bool Write(std::string_view bytes) override { return m_write(bytes); }
     void Stop() override { m_input.Stop(); }
 
 private:
-    Output& m_output;
+    const WriteFunction& m_write;
     StandardInput m_input;
 };
 
@@ -143,9 +136,9 @@ void AwaitCalls(Sessions& sessions) {
     std::_Exit(1);
 }
 
-int ServeStandardStreams(Sessions& sessions, Output& output) {
+int ServeStandardStreams(Sessions& sessions, const WriteFunction& write) {
     const ShutdownWatch watch([&sessions] { sessions.StopAll(); });
-    sessions.Start(std::make_unique<StandardChannel>(output));
+    sessions.Start(std::make_unique<StandardChannel>(write));
     AwaitCalls(sessions);
     return 0;
 }
@@ -167,9 +160,9 @@ int ServeAddress(Sessions& sessions, const std::string& address) {
 
 }  // namespace
 
-int Serve(const Host& host, const ServeSettings& settings, Output& output) {
+int Serve(const Host& host, const ServeSettings& settings, const WriteFunction& writeToOutput) {
     Sessions sessions(host, settings.parallel);
-    return settings.address.empty() ? ServeStandardStreams(sessions, output)
+    return settings.address.empty() ? ServeStandardStreams(sessions, writeToOutput)
                                     : ServeAddress(sessions, settings.address);
 }
 
