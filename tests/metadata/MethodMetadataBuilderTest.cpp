@@ -17,6 +17,8 @@ using M = IMethodMetadata;
 class MethodMetadataBuilding : public ::testing::Test {
 protected:
     MethodMetadataBuilding() {
+        Forget<IMethodParameterBuilder>();  // those of a host in an earlier test
+        Forget<IMethodColumnBuilder>();
         ServiceLocator::AddFactory<IMethodParameterBuilder>(
             [this] { return ++m_living, new MethodParameterBuilder; },
             [this](IMethodParameterBuilder* builder) { --m_living, delete builder; });
