@@ -7,6 +7,7 @@
 
 #include "Utils/internal/TextEncoding.h"
 #include "base/AsciiRun.h"
+#include "base/ByteBlocks.h"
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
@@ -56,6 +57,20 @@ std::size_t EndOfFirstUtf8Sequence(std::string_view text) {
         if (count != 0 && following.size() == count && AreContinuations(following)) return at;
     }
     return std::string_view::npos;
+}
+
+/// Returns the last offset from `at`, where no sequence is open, to `end` that no sequence which begins
+/// before it can reach: no lead byte is among the three before it.
+std::size_t LastFreeOffset(std::string_view piece, std::size_t at, std::size_t end) {
+    constexpr int kLongestRest = 3;
+    std::size_t free = end;
+    int others = 0;
+    for (std::size_t i = end; i > at && others < kLongestRest; --i) {
+        const bool isLead = ContinuationsAfter(static_cast<unsigned char>(piece[i - 1])) != 0;
+        others = isLead ? 0 : others + 1;
+        if (isLead) free = i - 1;
+    }
+    return free;
 }
 
 std::uint16_t Utf16LeUnitAt(std::string_view bytes, std::size_t at) {
@@ -173,8 +188,15 @@ FileEncoding FileSystemUtils::GetFileEncoding(std::string& path) {
 
 void Utf8Finder::Add(std::string_view piece) {
     std::size_t at = 0;
+    std::size_t checked = 0;  // a sequence before this offset has been looked for
     while (!m_hasFound && at < piece.size()) {
         if (m_expected == 0) {
+            if (at >= checked) {
+                // Most texts in a code page have hardly a place where a sequence could begin.
+                const std::size_t lead = base::FindLeadOfUtf8(piece.data(), at, piece.size());
+                at = LastFreeOffset(piece, at, std::min(lead, piece.size()));
+                checked = lead + 1;
+            }
             at = SkipAscii(piece, at);
             if (at == piece.size()) return;
             m_expected = ContinuationsAfter(static_cast<unsigned char>(piece[at++]));

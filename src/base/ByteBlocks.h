@@ -78,6 +78,28 @@ inline std::size_t FindBoth(const char* heads, EitherByte head, const char* tail
     return count;
 }
 
+/// Whether a byte of 0xC0 or more comes before one of 0x80 to 0xBF, as at the beginning of a character of
+/// UTF-8 with more than one byte.
+inline bool IsLeadOfUtf8(char first, char second) {
+    return (first & 0xC0) == 0xC0 && (second & 0xC0) == 0x80;
+}
+
+/// Returns the first index from `from` on that IsLeadOfUtf8() holds for, else that of the last byte, or
+/// `count` when there is none.
+inline std::size_t FindLeadOfUtf8(const char* text, std::size_t from, std::size_t count) {
+#ifdef QUILLON_SSE2
+    const __m128i lastOther = _mm_set1_epi8(static_cast<char>(0xBF)), firstLead = _mm_set1_epi8(-64);
+    for (; from < count && count - from > 16; from += 16) {
+        const __m128i block = detail::LoadBlock(text + from), next = detail::LoadBlock(text + from + 1);
+        const __m128i both = _mm_and_si128(_mm_cmpgt_epi8(block, lastOther), _mm_cmpgt_epi8(firstLead, next));
+        const auto found = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(both, block)));
+        if (found != 0) return from + static_cast<std::size_t>(std::countr_zero(found));
+    }
+#endif
+    while (from + 1 < count && !IsLeadOfUtf8(text[from], text[from + 1])) ++from;
+    return from;
+}
+
 /// Copies bytes until the first `stop`, and returns how many that were; `to` has room for `count`.
 inline std::size_t CopyUntil(const char* from, std::size_t count, char stop, char* to) {
     std::size_t done = 0;

@@ -71,6 +71,17 @@ std::optional<std::string_view> PieceBuffer::Fill(BoundedReader& reader) const {
     return std::string_view(m_bytes.get(), *count);
 }
 
+bool CopyContent(const FileHandle& source, const FileHandle& target) {
+    BoundedReader reader(source);
+    const PieceBuffer buffer(reader.Limit());
+    for (;;) {
+        const auto piece = buffer.Fill(reader);
+        if (!piece) return false;
+        if (piece->empty()) return true;
+        if (!WriteAll(target, *piece)) return false;
+    }
+}
+
 bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit) {
     const FileHandle file = OpenForReading(path);
     if (!file) return false;

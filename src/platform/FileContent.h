@@ -68,4 +68,7 @@ private:
     std::unique_ptr<char[]> m_bytes;
 };
 
+/// Writes what a file holds when this begins, read from where it is, behind another one's content.
+bool CopyContent(const FileHandle& source, const FileHandle& target);
+
 }  // namespace quillon::platform

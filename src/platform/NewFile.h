@@ -16,8 +16,9 @@ namespace quillon::platform {
 class NewFile {
 public:
     enum class IfThere { Replace, Fail };
-    /// OwnerOnly: for content that not everybody may read, until the file is given other rights.
-    enum class Access { OwnerOnly, AsTheProcessLets };
+    /// OwnerOnly: for content that not everybody may read, until the file is given other rights. Encrypted:
+    /// the same, by the system as well where it encrypts single files.
+    enum class Access { OwnerOnly, Encrypted, AsTheProcessLets };
 
     /// base::kAccessDenied when a directory, a device or a read-only file has the name. Where a file is
     /// replaced, the new one is its owner's only until TakeSecurity().

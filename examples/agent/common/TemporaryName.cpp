@@ -1,7 +1,8 @@
 #include "common/TemporaryName.h"
 
-#include <random>
 #include <string_view>
+
+#include "quillon/UniqueIdentifier.h"
 
 namespace quillon::agent {
 
@@ -12,9 +13,7 @@ constexpr std::string_view kPrefix = ".quillon-", kSuffix = ".part";
 }  // namespace
 
 std::string MakeTemporaryName() {
-    std::random_device random;
-    return std::string(kPrefix) + std::to_string(random()) + '-' + std::to_string(random()) +
-           std::string(kSuffix);
+    return std::string(kPrefix) + UniqueIdentifier::Generate().ToString() + std::string(kSuffix);
 }
 
 bool IsTemporaryName(const std::string& name) {

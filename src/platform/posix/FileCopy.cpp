@@ -48,17 +48,6 @@ bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-bool CopyContent(const FileHandle& source, const FileHandle& target) {
-    BoundedReader reader(source);
-    const PieceBuffer buffer(reader.Limit());
-    for (;;) {
-        const auto piece = buffer.Fill(reader);
-        if (!piece) return false;
-        if (piece->empty()) return true;
-        if (!WriteAll(target, *piece)) return false;
-    }
-}
-
 bool KeepForOwner(const FileHandle& file) {
     return ::fchmod(file.Get(), S_IRUSR | S_IWUSR) == 0 || FailWithErrno();
 }

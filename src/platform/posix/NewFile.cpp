@@ -123,7 +123,7 @@ std::optional<NewFile> NewFile::Create(const std::string& path, IfThere ifThere,
     state->ifThere = ifThere;
     const auto native = NativePath(path);
     if (native && state->Split(*native) && state->CheckOld()) {
-        const bool isPrivate = access == Access::OwnerOnly || state->oldFile;
+        const bool isPrivate = access != Access::AsTheProcessLets || state->oldFile;
         if (state->Make(isPrivate ? kOwnerOnly : kAsTheProcessLets)) return NewFile(std::move(state));
     }
     FailWithErrno();

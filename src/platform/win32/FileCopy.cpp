@@ -1,9 +1,14 @@
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "platform/FileApi.h"
+#include "platform/FileContent.h"
+#include "platform/NewFile.h"
+#include "platform/win32/FinalPath.h"
 #include "platform/win32/NewFileName.h"
 #include "platform/win32/OpenFile.h"
-#include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
@@ -17,108 +22,78 @@ bool Fail(DWORD code) {
     return false;
 }
 
-/// A file that is copied, as it is when the copy begins: it may grow meanwhile.
+/// A file that is copied: open, and as it was when it was opened.
 struct Source {
-    bool Look(const std::wstring& path);
+    bool Open(const std::string& path);
 
+    std::wstring path;
+    FileHandle file;
     FileIdentity identity;
-    LONGLONG size = 0;
-    LARGE_INTEGER modified{};
-};
-
-bool Source::Look(const std::wstring& path) {
-    const FileHandle file(
-        ::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
-    const auto found = file ? IdentityOf(file) : std::nullopt;
-    LARGE_INTEGER length{};
     FILE_BASIC_INFO facts{};
-    if (!found || ::GetFileSizeEx(file.Get(), &length) == 0 ||
-        ::GetFileInformationByHandleEx(file.Get(), FileBasicInfo, &facts, sizeof facts) == 0)
-        return false;
-    identity = *found;
-    size = length.QuadPart;
-    modified = facts.LastWriteTime;
-    return true;
-}
-
-/// Ends a copy whose source has grown past the size that it had, for it could grow for ever.
-DWORD CALLBACK StopPast(LARGE_INTEGER, LARGE_INTEGER, LARGE_INTEGER, LARGE_INTEGER done, DWORD stream, DWORD,
-                        HANDLE, HANDLE, void* limit) {
-    constexpr DWORD kContent = 1;
-    const bool isPast = stream == kContent && done.QuadPart > *static_cast<const LONGLONG*>(limit);
-    return isPast ? PROGRESS_STOP : PROGRESS_CONTINUE;
-}
-
-/// A copy under a temporary name, which is removed unless it was given its own.
-class Copy {
-public:
-    explicit Copy(std::wstring path) : m_path(std::move(path)) {}
-    Copy(const Copy&) = delete;
-    Copy& operator=(const Copy&) = delete;
-    ~Copy() {
-        if (!m_isThere) return;
-        const DWORD code = ::GetLastError();
-        m_file.Reset();
-        ::DeleteFileW(m_path.c_str());
-        ::SetLastError(code);
-    }
-
-    /// Has the system copy the file with its attributes, times and streams.
-    bool Make(const std::wstring& path, Source source) {
-        m_isThere = ::CopyFileExW(path.c_str(), m_path.c_str(), &StopPast, &source.size, nullptr,
-                                  COPY_FILE_FAIL_IF_EXISTS) != 0 ||
-                    ::GetLastError() == ERROR_REQUEST_ABORTED;
-        return m_isThere && Open() && Cut(source);
-    }
-
-    bool Commit(const std::wstring& target, bool replaces) {
-        if (replaces && !TakeSecurityOf(target, m_file)) return false;
-        if (::FlushFileBuffers(m_file.Get()) == 0 || !GiveName(m_file, target, replaces)) return false;
-        m_isThere = false;
-        if (m_isReadOnly) SetReadOnly(m_file, true);
-        return ::FlushFileBuffers(m_file.Get()) != 0;
-    }
-
-private:
-    /// A read-only file can be neither flushed nor removed.
-    bool MakeWritable() {
-        const FileHandle file(::CreateFileW(m_path.c_str(), FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES,
-                                            kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT,
-                                            nullptr));
-        const auto isReadOnly = file ? IsReadOnly(file) : std::nullopt;
-        m_isReadOnly = isReadOnly.value_or(false);
-        return isReadOnly && (!m_isReadOnly || SetReadOnly(file, false));
-    }
-
-    bool Open() {
-        if (!MakeWritable()) return false;
-        m_file = OpenNewFile(m_path, OPEN_EXISTING);
-        return m_file && (!IsLink(m_file) || Fail(ERROR_ACCESS_DENIED));
-    }
-
-    /// Takes off what the source has grown by.
-    bool Cut(const Source& source) {
-        const auto size = SizeOfOpenFile(m_file);
-        if (!size) return false;
-        if (static_cast<LONGLONG>(*size) <= source.size) return true;
-        FILE_END_OF_FILE_INFO end{};
-        end.EndOfFile.QuadPart = source.size;
-        FILE_BASIC_INFO facts{};  // what is 0 stays
-        facts.LastWriteTime = source.modified;
-        return ::SetFileInformationByHandle(m_file.Get(), FileEndOfFileInfo, &end, sizeof end) != 0 &&
-               ::SetFileInformationByHandle(m_file.Get(), FileBasicInfo, &facts, sizeof facts) != 0;
-    }
-
-    const std::wstring m_path;
-    FileHandle m_file;
-    bool m_isReadOnly = false;
-    bool m_isThere = false;
 };
 
-bool CopyTo(const std::wstring& path, const Source& source, const std::wstring& target, bool replaces) {
-    if (!CanReplace(target, replaces)) return false;
-    Copy copy(TemporaryNameBeside(target));
-    return copy.Make(path, source) && copy.Commit(target, replaces);
+bool Source::Open(const std::string& libraryPath) {
+    auto extended = ExtendedPath(libraryPath);
+    if (!extended) return false;
+    path = *std::move(extended);
+    file = OpenForReading(libraryPath);
+    const auto found = file ? IdentityOf(file) : std::nullopt;
+    if (!found) return false;
+    identity = *found;
+    return ::GetFileInformationByHandleEx(file.Get(), FileBasicInfo, &facts, sizeof facts) != 0;
+}
+
+FileHandle OpenStream(const std::wstring& path, DWORD access, DWORD disposition) {
+    return FileHandle(::CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition,
+                                    FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
+
+void CopyStream(const Source& source, const std::wstring& name, const FileHandle& target) {
+    const FileHandle from = OpenStream(source.path + name, GENERIC_READ, OPEN_EXISTING);
+    if (!from || IdentityOf(from) != source.identity) return;
+    const FileHandle to = OpenStream(FinalPath(target, VOLUME_NAME_DOS) + name, GENERIC_WRITE, CREATE_ALWAYS);
+    if (to && IdentityOf(to) == IdentityOf(target)) CopyContent(from, to);
+}
+
+/// Copies the streams that have names, such as the one that tells where a download came from. Not every file
+/// system has some, and the content is whole without them.
+void CopyStreams(const Source& source, const FileHandle& target) {
+    WIN32_FIND_STREAM_DATA found{};
+    const HANDLE search = ::FindFirstStreamW(source.path.c_str(), FindStreamInfoStandard, &found, 0);
+    if (search == INVALID_HANDLE_VALUE) return;
+    constexpr std::wstring_view kContent = L"::$DATA";
+    do {
+        if (found.cStreamName != kContent) CopyStream(source, found.cStreamName, target);
+    } while (::FindNextStreamW(search, &found) != 0);
+    ::FindClose(search);
+}
+
+/// Gives the copy what the system's own takes along in addition to the content; it is not read-only yet.
+bool TakeFacts(const Source& source, const FileHandle& target) {
+    constexpr DWORD kKept =
+        FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    FILE_BASIC_INFO facts{};  // what is 0 stays
+    facts.LastWriteTime = source.facts.LastWriteTime;
+    facts.FileAttributes = (source.facts.FileAttributes & kKept) | FILE_ATTRIBUTE_ARCHIVE;
+    return ::SetFileInformationByHandle(target.Get(), FileBasicInfo, &facts, sizeof facts) != 0;
+}
+
+/// The copy of a file that is moved has the rights of that one, any other those of the file it replaces.
+enum class Rights { OfSource, OfTarget };
+
+bool CopyTo(const Source& source, const std::string& to, NewFile::IfThere ifThere, Rights rights) {
+    const auto has = [&source](DWORD attribute) { return (source.facts.FileAttributes & attribute) != 0; };
+    // What is encrypted must not come to lie beside it as plain content.
+    auto target = NewFile::Create(
+        to, ifThere, has(FILE_ATTRIBUTE_ENCRYPTED) ? NewFile::Access::Encrypted : NewFile::Access::OwnerOnly);
+    if (!target) return false;
+    const FileHandle& file = target->Handle();
+    const bool isOwned =
+        rights == Rights::OfSource ? TakeSecurityOf(source.path, file) : target->TakeSecurity();
+    if (!isOwned || !CopyContent(source.file, file)) return false;
+    CopyStreams(source, file);
+    if (!TakeFacts(source, file) || !target->Commit()) return false;
+    return !has(FILE_ATTRIBUTE_READONLY) || SetReadOnly(file, true);
 }
 
 /// Removes the original of a copy, a read-only one as well, unless something else has its name by now.
@@ -136,35 +111,34 @@ bool RemoveOriginal(const std::wstring& path, const FileIdentity& identity) {
     return Fail(code);
 }
 
-bool MoveToOtherVolume(const std::string& from, const std::string& to, bool replaces) {
-    const auto path = ExtendedPath(from), target = ExtendedPath(to);
-    if (!path || !target) return false;
+bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::IfThere ifThere) {
     const auto kind = AttributesOf(from);
     if (!kind || kind->isDirectory || kind->isLink) return Fail(ERROR_NOT_SAME_DEVICE);
     Source source;
-    if (!source.Look(*path) || !CopyTo(*path, source, *target, replaces)) return false;
-    if (RemoveOriginal(*path, source.identity)) return true;
+    if (!source.Open(from)) return false;
+    if (IdentityOf(from) != source.identity) return Fail(ERROR_SHARING_VIOLATION);  // a link by now
+    if (!CopyTo(source, to, ifThere, Rights::OfSource)) return false;
+    source.file.Reset();
+    if (RemoveOriginal(source.path, source.identity)) return true;
     const DWORD code = ::GetLastError();
-    if (!replaces) ::DeleteFileW(target->c_str());  // the name was free
+    if (ifThere == NewFile::IfThere::Fail) RemoveFile(to);  // the name was free
     return Fail(code);
 }
 
 }  // namespace
 
 bool CopyFileOver(const std::string& from, const std::string& to) {
-    const auto path = ExtendedPath(from), target = ExtendedPath(to);
-    if (!path || !target) return false;
-    const auto original = IdentityOf(from);
-    if (original && original == IdentityOf(to)) return Fail(ERROR_SHARING_VIOLATION);
     Source source;
-    return source.Look(*path) && CopyTo(*path, source, *target, true);
+    if (!source.Open(from)) return false;
+    if (IdentityOf(to) == source.identity) return Fail(ERROR_SHARING_VIOLATION);
+    return CopyTo(source, to, NewFile::IfThere::Replace, Rights::OfTarget);
 }
 
 bool MovePath(const std::string& from, const std::string& to) {
     const auto source = WidePath(from), target = WidePath(to);
     if (!source || !target) return false;
     if (::MoveFileExW(source->c_str(), target->c_str(), 0) != 0) return true;
-    return ::GetLastError() == ERROR_NOT_SAME_DEVICE && MoveToOtherVolume(from, to, false);
+    return ::GetLastError() == ERROR_NOT_SAME_DEVICE && MoveToOtherVolume(from, to, NewFile::IfThere::Fail);
 }
 
 bool MoveOverFile(const std::string& from, const std::string& to) {
@@ -172,7 +146,8 @@ bool MoveOverFile(const std::string& from, const std::string& to) {
     if (!source || !target || !CanReplace(*target, true)) return false;
     constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
     if (::MoveFileExW(source->c_str(), target->c_str(), kFlags) != 0) return true;
-    return ::GetLastError() == ERROR_NOT_SAME_DEVICE && MoveToOtherVolume(from, to, true);
+    return ::GetLastError() == ERROR_NOT_SAME_DEVICE &&
+           MoveToOtherVolume(from, to, NewFile::IfThere::Replace);
 }
 
 }  // namespace quillon::platform

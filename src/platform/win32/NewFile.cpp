@@ -68,11 +68,31 @@ FileHandle OpenItself(const std::wstring& path, DWORD access) {
                                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
 }
 
-}  // namespace
-
-std::wstring TemporaryNameBeside(const std::wstring& path) {
-    return path.substr(0, path.rfind(L'\\') + 1) + base::ToWide(NewFileName());
+/// For its maker alone, with every right that the following steps need: nobody else opens it before its
+/// rights are those that it shall have.
+FileHandle MakeFile(const std::wstring& path, DWORD attributes) {
+    constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE | DELETE | WRITE_DAC;
+    const DWORD flags = attributes | FILE_FLAG_WRITE_THROUGH | FILE_FLAG_OPEN_REPARSE_POINT;
+    FileHandle file(
+        ::CreateFileW(path.c_str(), kAccess | WRITE_OWNER, 0, nullptr, CREATE_NEW, flags, nullptr));
+    if (!file && ::GetLastError() == ERROR_ACCESS_DENIED)  // its owner need not be his to give
+        file.Reset(::CreateFileW(path.c_str(), kAccess, 0, nullptr, CREATE_NEW, flags, nullptr));
+    return file;
 }
+
+/// Moves the open file itself: what has its old name does not count.
+bool GiveName(const FileHandle& file, const std::wstring& path, bool replaces) {
+    const std::size_t bytes = path.size() * sizeof(wchar_t);
+    std::vector<std::max_align_t> memory((sizeof(FILE_RENAME_INFO) + bytes) / sizeof(std::max_align_t) + 1);
+    auto* const info = ::new (memory.data()) FILE_RENAME_INFO{};
+    info->ReplaceIfExists = replaces ? TRUE : FALSE;
+    info->FileNameLength = static_cast<DWORD>(bytes);
+    std::memcpy(info->FileName, path.c_str(), bytes + sizeof(wchar_t));
+    return ::SetFileInformationByHandle(file.Get(), FileRenameInfo, info,
+                                        static_cast<DWORD>(sizeof(FILE_RENAME_INFO) + bytes)) != 0;
+}
+
+}  // namespace
 
 bool CanReplace(const std::wstring& path, bool replaces) {
     const DWORD bits = ::GetFileAttributesW(path.c_str());
@@ -80,17 +100,6 @@ bool CanReplace(const std::wstring& path, bool replaces) {
     if (!replaces) return Fail(ERROR_ALREADY_EXISTS);
     constexpr DWORD kRefused = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
     return (bits & kRefused) == 0 || Fail(ERROR_ACCESS_DENIED);
-}
-
-/// Nobody else opens it before its rights are those that it shall have.
-FileHandle OpenNewFile(const std::wstring& path, unsigned long disposition) {
-    constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE | DELETE | WRITE_DAC;
-    constexpr DWORD kFlags = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH | FILE_FLAG_OPEN_REPARSE_POINT;
-    FileHandle file(
-        ::CreateFileW(path.c_str(), kAccess | WRITE_OWNER, 0, nullptr, disposition, kFlags, nullptr));
-    if (!file && ::GetLastError() == ERROR_ACCESS_DENIED)  // its owner need not be his to give
-        file.Reset(::CreateFileW(path.c_str(), kAccess, 0, nullptr, disposition, kFlags, nullptr));
-    return file;
 }
 
 bool TakeSecurityOf(const std::wstring& path, const FileHandle& file) {
@@ -103,19 +112,8 @@ bool TakeSecurityOf(const std::wstring& path, const FileHandle& file) {
     return security.Read(old) && security.Give(file);
 }
 
-bool GiveName(const FileHandle& file, const std::wstring& path, bool replaces) {
-    const std::size_t bytes = path.size() * sizeof(wchar_t);
-    std::vector<std::max_align_t> memory((sizeof(FILE_RENAME_INFO) + bytes) / sizeof(std::max_align_t) + 1);
-    auto* const info = ::new (memory.data()) FILE_RENAME_INFO{};
-    info->ReplaceIfExists = replaces ? TRUE : FALSE;
-    info->FileNameLength = static_cast<DWORD>(bytes);
-    std::memcpy(info->FileName, path.c_str(), bytes + sizeof(wchar_t));
-    return ::SetFileInformationByHandle(file.Get(), FileRenameInfo, info,
-                                        static_cast<DWORD>(sizeof(FILE_RENAME_INFO) + bytes)) != 0;
-}
-
 struct NewFile::State {
-    std::wstring path, temporary;
+    std::wstring path;
     FileHandle file;
     IfThere ifThere = IfThere::Replace;
     bool isThere = false;  ///< under its temporary name
@@ -128,14 +126,15 @@ void NewFile::Drop::operator()(State* state) const noexcept {
     ::SetLastError(code);
 }
 
-std::optional<NewFile> NewFile::Create(const std::string& path, IfThere ifThere, Access) {
+std::optional<NewFile> NewFile::Create(const std::string& path, IfThere ifThere, Access access) {
     auto full = ExtendedPath(path);
     if (!full || !CanReplace(*full, ifThere == IfThere::Replace)) return std::nullopt;
     OwnState state(new State);
-    state->temporary = TemporaryNameBeside(*full);
+    const std::wstring temporary = full->substr(0, full->rfind(L'\\') + 1) + base::ToWide(NewFileName());
     state->path = *std::move(full);
     state->ifThere = ifThere;
-    state->file = OpenNewFile(state->temporary, CREATE_NEW);
+    state->file =
+        MakeFile(temporary, access == Access::Encrypted ? FILE_ATTRIBUTE_ENCRYPTED : FILE_ATTRIBUTE_NORMAL);
     if (!state->file) return std::nullopt;
     state->isThere = true;
     return NewFile(std::move(state));

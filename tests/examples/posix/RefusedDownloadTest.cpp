@@ -1,14 +1,20 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "content/ContentCopy.h"
 #include "support/TempDir.h"
 #include "support/posix/FailingCalls.h"
 #include "system/ContentFiles.h"
+#include "system/Sha256.h"
 
 namespace fs = std::filesystem;
 
@@ -36,36 +42,89 @@ std::string Download(const std::string& source, const std::string& to) {
     return fault.empty() ? file->Commit() : fault;
 }
 
-}  // namespace
+/// Refuses one call after the other of a download into "to/sub", and checks its files after each.
+class RefusedDownloads : public TempDirTest {
+protected:
+    /// Returns whether all of it was said to be done.
+    using Operation = std::function<bool(const std::string& source)>;
 
-TEST_F(TempDirTest, RefusedCallsOfADownloadLeaveTheOldContentOrTheNew) {
-    constexpr int kMostCalls = 200;
-    const std::string source = dir.Write("source", kNew);
-    int runs = 0;
-    for (const bool isReplacing : {true, false}) {
-        for (const int error : {EIO, ENOSPC, EACCES, EINTR}) {
-            for (int number = 1; number < kMostCalls; ++number, ++runs) {
-                SCOPED_TRACE("call " + std::to_string(number) + ", errno " + std::to_string(error));
-                fs::remove_all(dir.Native("to"));
-                if (isReplacing) dir.Write("to/sub/file", kOld);
-                FailingFileCalls& calls = ThisThreadsFileCalls();
-                calls = {number, error, 0, number % 2 == 0};
-                const std::string fault = Download(source, dir.Path("to"));
-                const bool wasRefused = calls.seen >= number;
-                calls = {};
-                const std::string found = dir.Exists("to/sub/file") ? dir.Read("to/sub/file") : "";
-                EXPECT_TRUE(found == kNew || found == (isReplacing ? kOld : "")) << found.size() << " bytes";
-                EXPECT_TRUE(fault.empty() ? found == kNew : wasRefused) << fault;
-                const std::ptrdiff_t entries =
-                    dir.Exists("to/sub") ? std::distance(fs::directory_iterator(dir.Native("to/sub")), {})
-                                         : 0;
-                EXPECT_EQ(entries, found.empty() ? 0 : 1) << "a temporary file stays";
-                if (!wasRefused) break;
+    void RefuseEach(const std::vector<std::string>& names, const Operation& download) {
+        const std::string source = dir.Write("source/file", kNew);
+        dir.Write("source/other", kNew);
+        int runs = 0;
+        for (const bool isReplacing : {true, false}) {
+            for (const int error : {EIO, ENOSPC, EACCES, EINTR}) {
+                int number = 1;
+                while (number < kMostCalls && Refuse(number, error, isReplacing, names, download)) ++number;
+                EXPECT_LT(number, kMostCalls);
+                runs += number - 1;
             }
         }
+        EXPECT_GT(runs, 20);
+        std::cout << names.size() << " files: " << runs << " refused calls\n";
     }
-    EXPECT_GT(runs, 20);
-    std::cout << "download: " << runs << " refused calls\n";
+
+private:
+    static constexpr int kMostCalls = 200;
+
+    /// False when it makes fewer calls.
+    bool Refuse(int number, int error, bool isReplacing, const std::vector<std::string>& names,
+                const Operation& download) {
+        SCOPED_TRACE("call " + std::to_string(number) + ", errno " + std::to_string(error));
+        fs::remove_all(dir.Native("to"));
+        for (const std::string& name : names)
+            if (isReplacing) dir.Write("to/sub/" + name, kOld);
+        FailingFileCalls& calls = ThisThreadsFileCalls();
+        calls = {number, error, 0, number % 2 == 0};
+        const bool isDone = download(dir.Path("source"));
+        const bool wasRefused = calls.seen >= number;
+        calls = {};
+        EXPECT_TRUE(isDone || wasRefused) << "it failed on its own";
+        std::ptrdiff_t found = 0;
+        for (const std::string& name : names) {
+            const bool isThere = dir.Exists("to/sub/" + name);
+            const std::string content = isThere ? dir.Read("to/sub/" + name) : "";
+            EXPECT_TRUE(content == kNew || content == (isReplacing ? kOld : "")) << content.size();
+            EXPECT_TRUE(!isDone || content == kNew);
+            found += isThere ? 1 : 0;
+        }
+        const std::ptrdiff_t entries =
+            dir.Exists("to/sub") ? std::distance(fs::directory_iterator(dir.Native("to/sub")), {}) : 0;
+        EXPECT_EQ(entries, found) << "a temporary file stays";
+        return wasRefused;
+    }
+};
+
+agent::ContentItem ItemOf(const std::string& name) {
+    agent::Sha256 hash;
+    hash.Add(kNew.data(), kNew.size());
+    return {"sub\\" + name, static_cast<std::int64_t>(kNew.size()), hash.Finish()};
+}
+
+}  // namespace
+
+TEST_F(RefusedDownloads, OneFileLeavesTheOldContentOrTheNew) {
+    RefuseEach({"file"}, [this](const std::string& source) {
+        return Download(source + "\\file", dir.Path("to")).empty();
+    });
+}
+
+TEST_F(RefusedDownloads, FilesWithOneSyncLeaveTheOldContentOrTheNew) {
+    const std::vector<std::string> names = {"file", "other"};
+    const std::vector<agent::ContentItem> items = {ItemOf(names[0]), ItemOf(names[1])};
+    RefuseEach(names, [&](const std::string& source) {
+        agent::DestinationFolder folder;
+        agent::Progress progress(0);
+        if (!folder.Open(dir.Path("to")).empty()) return false;
+        std::vector<std::unique_ptr<agent::NewFile>> files(names.size());
+        bool isDone = true;
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const std::string from = source + '\\' + names[i];
+            isDone &= PrepareContent(items[i], from, folder, progress, files[i]).code == 0;
+        }
+        for (const agent::CopyOutcome& outcome : CommitContent(folder, files)) isDone &= outcome.code == 0;
+        return isDone;
+    });
 }
 
 }  // namespace quillon::test

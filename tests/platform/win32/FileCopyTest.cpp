@@ -1,17 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <iterator>
 #include <string>
 #include <thread>
 
 #include "platform/FileApi.h"
-#include "platform/Handle.h"
 #include "platform/SecurityApi.h"
-#include "platform/win32/ShareModes.h"
-#include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 #include "support/TempDir.h"
 
@@ -44,31 +43,40 @@ TEST_F(FileCopy, ReadOnlyFileIsCopiedAndMovedAsOne) {
     for (const char* const name : {"source", "copy"}) dir.SetReadOnly(name, false);
 }
 
+/// The size of the temporary file in a directory; 0 when there is none.
+std::uintmax_t SizeOfCopy(const fs::path& folder) {
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(folder, ignored)) {
+        const auto size = entry.path().extension() == ".part" ? fs::file_size(entry.path(), ignored) : 0;
+        if (size > 0 && !ignored) return size;
+    }
+    return 0;
+}
+
 TEST_F(FileCopy, WhatGrowsMeanwhileIsCopiedAsFarAsItWent) {
-    const std::string source = dir.Write("source", std::string(8 << 20, 'a'));
-    constexpr int kMostPieces = 4000;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    std::atomic<bool> isCopied{false}, hasEnded{false};
-    std::atomic<int> pieces{0};
+    constexpr std::uintmax_t kBefore = 96 << 20, kAfter = 4 * kBefore;
+    const std::string source = dir.Write("source", "");
+    fs::resize_file(dir.Native("source"), kBefore);
+    fs::create_directory(dir.Native("to"));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    std::atomic<bool> isCopied{false};
+    std::uintmax_t most = 0;
+    bool hasGrown = false;
     std::thread writer([&] {
-        const FileHandle file(::CreateFileW(WidePath(source)->c_str(), FILE_APPEND_DATA, kShareAll, nullptr,
-                                            OPEN_EXISTING, 0, nullptr));
-        const std::string piece(256 << 10, 'b');
-        DWORD count = 0;
-        while (!isCopied && pieces < kMostPieces && std::chrono::steady_clock::now() < end) {
-            ::WriteFile(file.Get(), piece.data(), static_cast<DWORD>(piece.size()), &count, nullptr);
-            ++pieces;
+        for (; !isCopied && std::chrono::steady_clock::now() < end; std::this_thread::yield()) {
+            const auto size = SizeOfCopy(dir.Native("to"));
+            most = std::max(most, size);
+            if (size == 0 || size >= kBefore || hasGrown) continue;
+            fs::resize_file(dir.Native("source"), kAfter);
+            hasGrown = true;
         }
-        hasEnded = !isCopied;
     });
-    while (pieces == 0) std::this_thread::yield();
-    const auto before = fs::file_size(dir.Native("source"));
-    EXPECT_TRUE(CopyFileOver(source, dir.Path("copy"))) << ::GetLastError();
+    EXPECT_TRUE(CopyFileOver(source, dir.Path("to\\copy"))) << ::GetLastError();
     isCopied = true;
     writer.join();
-    EXPECT_FALSE(hasEnded) << "the copy went on as long as its source grew";
-    EXPECT_GE(fs::file_size(dir.Native("copy")), before);
-    EXPECT_LT(fs::file_size(dir.Native("copy")), fs::file_size(dir.Native("source")));
+    EXPECT_EQ(fs::file_size(dir.Native("to/copy")), kBefore);
+    EXPECT_TRUE(hasGrown) << "the copy was made too fast to be seen";
+    EXPECT_LT(most, kAfter / 2) << "what it has grown by was copied as well, and then cut";
 }
 
 TEST_F(FileCopy, RightsAreReadAndGivenByHandle) {

@@ -57,6 +57,9 @@ int __real_renameat2(int fromFolder, const char* from, int toFolder, const char*
 int __real_mkdir(const char* path, mode_t mode);
 int __real_mkdirat(int folder, const char* path, mode_t mode);
 int __real_fdatasync(int file);
+int __real_syncfs(int file);
+int __real_sync_file_range(int file, off64_t offset, off64_t count, unsigned flags);
+int __real_linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags);
 int __real_fstat(int file, struct ::stat* status);
 int __real_fcntl(int file, int command, ...);
 
@@ -123,6 +126,16 @@ int __wrap_fcntl(int file, int command, long argument) {
 }
 
 int __wrap_fdatasync(int file) { return Fails() ? -1 : __real_fdatasync(file); }
+
+int __wrap_syncfs(int file) { return Fails() ? -1 : __real_syncfs(file); }
+
+int __wrap_sync_file_range(int file, off64_t offset, off64_t count, unsigned flags) {
+    return Fails() ? -1 : __real_sync_file_range(file, offset, count, flags);
+}
+
+int __wrap_linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) {
+    return Fails() ? -1 : __real_linkat(fromFolder, from, toFolder, to, flags);
+}
 
 }  // extern "C"
 #pragma GCC visibility pop
