@@ -75,12 +75,16 @@ void LogOutput::CloseConsole() {
 
 bool LogOutput::Write(std::string_view thread, std::string_view level, std::string_view message) noexcept {
     const std::lock_guard lock(m_mutex);
-    Write({Clock::now(), thread, level, message});
+    WriteLocked({Clock::now(), thread, level, message});
     return m_depth == 0;
 }
 
 void LogOutput::Write(const LineParts& parts) noexcept {
     const std::lock_guard lock(m_mutex);
+    WriteLocked(parts);
+}
+
+void LogOutput::WriteLocked(const LineParts& parts) noexcept {
     const Writing writing(*this);
     RollingFile* const file = m_file.get();  // the report may change to another one
     const std::int64_t second = parts.Second();

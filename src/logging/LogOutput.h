@@ -54,6 +54,7 @@ private:
     class Writing;
 
     void Replace(std::unique_ptr<RollingFile> file);
+    void WriteLocked(const LineParts& parts) noexcept;
     void Put(RollingFile* file, std::string_view line, std::int64_t second) noexcept;
 
     const RollingFile::Hooks m_hooks;
