@@ -83,19 +83,6 @@ bool IsPlain(const char* format, long long most) {
     return true;
 }
 
-/// Whether the conversions are texts, characters and decimal numbers as they are, which most entries of a
-/// log have.
-bool IsSimple(const char* format) {
-    for (const char* at = std::strchr(format, '%'); at != nullptr; at = std::strchr(at, '%')) {
-        const char* const length = ++at;
-        while (*at == 'l' && at - length < 2) ++at;
-        const bool isNumber = *at == 'd' || *at == 'i' || *at == 'u';
-        if (!isNumber && (at != length || (*at != 's' && *at != 'c' && *at != '%'))) return false;
-        ++at;
-    }
-    return true;
-}
-
 /// Formats one piece after the other, and counts what does not fit.
 class Formatter {
 public:
@@ -115,16 +102,16 @@ public:
         return End();
     }
 
-    /// Follows a format for which IsSimple() holds.
-    int FollowSimple(const char* format) {
-        for (;;) {
-            const std::size_t literal = std::strcspn(format, "%");
-            Put({format, literal});
-            format += literal;
-            if (*format == '\0') return End();
-            ++format;
-            PutSimple(format);
+    /// Follows a format of texts, characters and decimal numbers as they are, which most entries of a log
+    /// have. Nothing for another one: it has to be followed from its beginning.
+    std::optional<int> FollowSimple(const char* format) {
+        while (const char* const conversion = std::strchr(format, '%')) {
+            Put({format, static_cast<std::size_t>(conversion - format)});
+            format = conversion + 1;
+            if (!PutSimple(format)) return std::nullopt;
         }
+        Put(format);
+        return End();
     }
 
 private:
@@ -133,22 +120,29 @@ private:
         return static_cast<int>(std::min<std::size_t>(m_length, INT32_MAX));
     }
 
-    void PutSimple(const char*& at) {
-        const std::string_view length(at, std::strspn(at, "l"));
-        at += length.size();
-        const char kind = *at++;
-        if (kind == 's') {
+    bool PutSimple(const char*& at) {
+        const char* const start = at;
+        while (*at == 'l' && at - start < 2) ++at;
+        const std::string_view length(start, static_cast<std::size_t>(at - start));
+        const char kind = *at;
+        if (kind == 'd' || kind == 'i') {
+            PutDecimal(TakeInteger<long long, long, int>(length));
+        } else if (kind == 'u') {
+            PutDecimal(TakeInteger<unsigned long long, unsigned long, unsigned int>(length));
+        } else if (!length.empty()) {
+            return false;
+        } else if (kind == 's') {
             PutText({}, va_arg(m_arguments, const char*));
         } else if (kind == 'c') {
             const auto byte = static_cast<char>(va_arg(m_arguments, int));
             Put({&byte, 1});
         } else if (kind == '%') {
             Put("%");
-        } else if (kind == 'u') {
-            PutDecimal(TakeInteger<unsigned long long, unsigned long, unsigned int>(length));
         } else {
-            PutDecimal(TakeInteger<long long, long, int>(length));
+            return false;
         }
+        ++at;
+        return true;
     }
 
     template <class Number>
@@ -309,13 +303,14 @@ private:
 }  // namespace
 
 int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments) {
-    const bool isSimple = IsSimple(format);
-    if (!isSimple && IsPlain(format, static_cast<long long>(size)))
-        return std::vsnprintf(buffer, size, format, arguments);
     std::va_list copy;
     va_copy(copy, arguments);
-    Formatter formatter(buffer, size, copy);
-    const int length = isSimple ? formatter.FollowSimple(format) : formatter.Follow(format);
+    const std::optional<int> simple = Formatter(buffer, size, copy).FollowSimple(format);
+    va_end(copy);
+    if (simple) return *simple;
+    if (IsPlain(format, static_cast<long long>(size))) return std::vsnprintf(buffer, size, format, arguments);
+    va_copy(copy, arguments);
+    const int length = Formatter(buffer, size, copy).Follow(format);
     va_end(copy);
     return length;
 }

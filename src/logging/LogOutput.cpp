@@ -29,7 +29,9 @@ public:
         if (m_output.m_depth++ == 0) SetWriter(std::this_thread::get_id());
     }
     ~Writing() {
-        if (--m_output.m_depth == 0) SetWriter({});
+        if (--m_output.m_depth > 0) return;
+        SetWriter({});
+        if (!m_output.m_replaced.empty()) m_output.m_replaced.clear();
     }
     Writing(const Writing&) = delete;
     Writing& operator=(const Writing&) = delete;
@@ -45,16 +47,18 @@ LogOutput::LogOutput(std::function<void()> report, std::function<void(const std:
     : m_hooks{std::move(report), std::move(complain), &MakeNote}, m_limits(limits) {}
 
 void LogOutput::OpenFile(const std::string& path) {
-    auto file = std::make_shared<RollingFile>(path, m_hooks, m_limits);
-    const std::lock_guard lock(m_mutex);
-    m_file.swap(file);
-    m_hasFile = true;
+    Replace(std::make_unique<RollingFile>(path, m_hooks, m_limits));
 }
 
-void LogOutput::CloseFile() {
+void LogOutput::CloseFile() { Replace(nullptr); }
+
+/// A line that is being written, whose report has led here, still needs the old file.
+void LogOutput::Replace(std::unique_ptr<RollingFile> file) {
     const std::lock_guard lock(m_mutex);
-    m_file.reset();
-    m_hasFile = false;
+    if (m_depth > 0) m_replaced.reserve(m_replaced.size() + 1);
+    m_file.swap(file);
+    m_hasFile = m_file != nullptr;
+    if (m_depth > 0 && file) m_replaced.push_back(std::move(file));
 }
 
 void LogOutput::OpenConsole() {
@@ -71,22 +75,26 @@ void LogOutput::CloseConsole() {
 
 bool LogOutput::Write(std::string_view thread, std::string_view level, std::string_view message) noexcept {
     const std::lock_guard lock(m_mutex);
-    Write({Clock::now(), thread, level, message});
+    WriteLocked({Clock::now(), thread, level, message});
     return m_depth == 0;
 }
 
 void LogOutput::Write(const LineParts& parts) noexcept {
     const std::lock_guard lock(m_mutex);
+    WriteLocked(parts);
+}
+
+void LogOutput::WriteLocked(const LineParts& parts) noexcept {
     const Writing writing(*this);
-    const std::shared_ptr<RollingFile> file = m_file;  // the report may change to another one
+    RollingFile* const file = m_file.get();  // the report may change to another one
     const std::int64_t second = parts.Second();
     try {
         m_format.Format(parts, m_line);
         // What the file writes before this line are lines of its own, in the same place.
         if (!file || file->IsCalm(second)) {
-            Put(file.get(), m_line, second);
+            Put(file, m_line, second);
         } else {
-            Put(file.get(), std::string(m_line), second);
+            Put(file, std::string(m_line), second);
         }
     } catch (...) {  // no memory: nothing of the line is written yet
         file ? file->Lose() : base::CountDroppedLogLine();
@@ -97,8 +105,8 @@ void LogOutput::Write(const LineParts& parts) noexcept {
 void LogOutput::WriteLine(std::string_view line, std::int64_t second) noexcept {
     const std::lock_guard lock(m_mutex);
     const Writing writing(*this);
-    const std::shared_ptr<RollingFile> file = m_file;
-    Put(file.get(), line, second);
+    RollingFile* const file = m_file.get();
+    Put(file, line, second);
     if (file) file->RollOverIfDue();
 }
 

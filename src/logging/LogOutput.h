@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "logging/ConsoleCopy.h"
 #include "logging/LineFormat.h"
@@ -52,6 +53,8 @@ public:
 private:
     class Writing;
 
+    void Replace(std::unique_ptr<RollingFile> file);
+    void WriteLocked(const LineParts& parts) noexcept;
     void Put(RollingFile* file, std::string_view line, std::int64_t second) noexcept;
 
     const RollingFile::Hooks m_hooks;
@@ -59,7 +62,8 @@ private:
     RenewableMutex m_mutex;
     int m_depth = 0;  ///< of lines that are being written, one within the other
     std::atomic<std::thread::id> m_writer{};
-    std::shared_ptr<RollingFile> m_file;
+    std::unique_ptr<RollingFile> m_file;
+    std::vector<std::unique_ptr<RollingFile>> m_replaced;  ///< in use until the line is written
     std::optional<ConsoleCopy> m_console;
     LineFormat m_format;
     std::string m_line;  ///< used again for each line

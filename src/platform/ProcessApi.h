@@ -70,8 +70,11 @@ struct KillOutcome {
     std::vector<std::uint32_t> survivors;  ///< those of the tree that could not be ended
 };
 
-/// What a process has used; a field is 0 when the system does not tell it.
-struct ProcessUsage {
+/// How a process has ended, and what it has used; a field of that is 0 when the system does not tell it.
+struct ProcessEnd {
+    /// Its own, the one that Kill() ended it with, or 128 plus the number of the signal that ended it.
+    std::int32_t status = 0;
+    int signal = 0;                        ///< that ended it; 0 for none, and always on Windows
     std::chrono::milliseconds cpuTime{0};  ///< on Linux with the descendants that were waited for
     /// Bytes of memory at the peak; Linux does not tell it for one that has used less than this process.
     std::uint64_t peakMemory = 0;
@@ -90,12 +93,8 @@ public:
     [[nodiscard]] virtual std::uint32_t Wait(const EventHandle& event, OutputCapture* output,
                                              std::optional<std::chrono::milliseconds> limit) const = 0;
     [[nodiscard]] virtual bool HasEnded() const = 0;
-    /// Returns the exit status of a process that has ended: its own, the one Kill() ended it with,
-    /// or 128 plus the number of the signal that ended it. Waits for a kill that is under way.
-    [[nodiscard]] virtual std::optional<std::int32_t> ExitStatus() const = 0;
-    /// Returns the signal that ended a process that has ended; 0 for none, and always on Windows.
-    [[nodiscard]] virtual int EndingSignal() const = 0;
-    [[nodiscard]] virtual ProcessUsage Usage() const = 0;
+    /// Returns the end of a process that has ended. Waits for a kill that is under way.
+    [[nodiscard]] virtual std::optional<ProcessEnd> End() const = 0;
     /// Ends the process. The scope Tree also ends its descendants when it was started so. One that has
     /// ended already is not killed (base::kAccessDenied). Holds no lock that concerns other children.
     [[nodiscard]] virtual KillOutcome Kill(const KillRequest& request) const = 0;
@@ -124,9 +123,7 @@ public:
     [[nodiscard]] std::uint32_t Wait(const EventHandle& event, OutputCapture* output,
                                      std::optional<std::chrono::milliseconds> limit) const override;
     [[nodiscard]] bool HasEnded() const override;
-    [[nodiscard]] std::optional<std::int32_t> ExitStatus() const override;
-    [[nodiscard]] int EndingSignal() const override;
-    [[nodiscard]] ProcessUsage Usage() const override;
+    [[nodiscard]] std::optional<ProcessEnd> End() const override;
     [[nodiscard]] KillOutcome Kill(const KillRequest& request) const override;
 
     struct State;

@@ -51,12 +51,10 @@ public:
         const std::lock_guard lock(m_mutex);
         return IsOver();
     }
-    [[nodiscard]] std::optional<std::int32_t> ExitStatus() const override {
+    [[nodiscard]] std::optional<ProcessEnd> End() const override {
         const std::lock_guard lock(m_mutex);
-        return m_killedWith.value_or(m_script.exitStatus);
+        return ProcessEnd{.status = m_killedWith.value_or(m_script.exitStatus)};
     }
-    [[nodiscard]] int EndingSignal() const override { return 0; }
-    [[nodiscard]] ProcessUsage Usage() const override { return {}; }
     [[nodiscard]] KillOutcome Kill(const KillRequest& request) const override;
 
 private:

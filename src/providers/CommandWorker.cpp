@@ -58,7 +58,7 @@ private:
     bool Publish(const tRunCmdSynch::Process& process);
     int AwaitEnd(const platform::RunningProcess& process);
     int CodeOf(const platform::RunningProcess& process, std::uint32_t waitResult);
-    void ReportUsage(const platform::RunningProcess& process);
+    int CodeOf(const std::optional<platform::ProcessEnd>& end);
     void EndFlood();
     int CollectOutput(int code);
     int ReportLoss(std::uint32_t reason, int code);
@@ -150,23 +150,23 @@ int CommandWorker::AwaitEnd(const platform::RunningProcess& process) {
     }
 }
 
-void CommandWorker::ReportUsage(const platform::RunningProcess& process) {
-    const platform::ProcessUsage usage = process.Usage();
+int CommandWorker::CodeOf(const std::optional<platform::ProcessEnd>& end) {
+    if (!end) LogFailure("Could not get exit code of '%s' because: %s");
     m_props.endTime = std::chrono::time_point_cast<TimePoint::duration>(std::chrono::system_clock::now());
-    m_props.cpuTimeMs = static_cast<std::uint64_t>(usage.cpuTime.count());
-    m_props.peakMemoryBytes = usage.peakMemory;
-    m_props.endingSignal = process.EndingSignal();
+    if (!end) return ProcessUtils::kNotStarted;
+    m_props.cpuTimeMs = static_cast<std::uint64_t>(end->cpuTime.count());
+    m_props.peakMemoryBytes = end->peakMemory;
+    m_props.endingSignal = end->signal;
+    return end->status;
 }
 
 int CommandWorker::CodeOf(const platform::RunningProcess& process, std::uint32_t waitResult) {
     switch (waitResult) {
         case platform::kWaitProcess: {
-            const std::optional<std::int32_t> status = process.ExitStatus();
-            if (!status) LogFailure("Could not get exit code of '%s' because: %s");
-            ReportUsage(process);
+            const int code = CodeOf(process.End());
             const std::lock_guard lock(m_synch.mutex);
             m_synch.process.reset();  // nobody can kill it any more
-            return status.value_or(ProcessUtils::kNotStarted);
+            return code;
         }
         case platform::kWaitEvent:
             return ProcessUtils::kAborted;
@@ -243,10 +243,12 @@ void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunC
     } catch (...) {
         LogException(*props, "unknown exception");
     }
-    const std::lock_guard lock(synch->mutex);
-    props->resultCode = code;
-    synch->completed = true;
-    synch->changed.notify_all();
+    {
+        const std::lock_guard lock(synch->mutex);
+        props->resultCode = code;
+        synch->completed = true;
+    }
+    synch->changed.notify_all();  // whoever wakes up finds the mutex free
 }
 
 }  // namespace quillon

@@ -25,13 +25,17 @@ struct ThrowingLogger final : LoggerBase {
     void Write(Level, const char*, std::va_list) override { throw std::runtime_error("full"); }
 };
 
-long long Dropped() {
+long long Figure(const std::string& name) {
     const DataTable metrics = SelfMetrics();
     for (const auto& row : metrics) {
-        if (row.Get("Name").GetStringValue() == "DroppedLogLines") return row.Get("Value").GetLongLongValue();
+        if (row.Get("Name").GetStringValue() != name) continue;
+        const Variant& value = row.Get("Value");
+        return value.IsNull() ? 0 : value.GetLongLongValue();
     }
     return -1;
 }
+
+long long Dropped() { return Figure("DroppedLogLines"); }
 
 }  // namespace
 
@@ -76,6 +80,22 @@ TEST_F(LoggersTest, EntriesWithoutAJournalAreCounted) {
     log.Debug("suppressed");
     log.Error("lost");
     EXPECT_EQ(Dropped(), before + 1);
+}
+
+TEST_F(LoggersTest, FiguresTellWhatBecameOfTheLog) {
+    for (int n = 1; n <= 5; ++n) dir.Write("log." + std::to_string(n) + "/x", "");
+    dir.Write("log", std::string(5'242'880, 'x') + '\n');
+    const auto before = std::filesystem::file_size(dir.Native("log"));
+    const long long bytes = Figure("LogBytes"), refused = Figure("RefusedLogRollOvers"), dropped = Dropped();
+    JsonLinesLogger log;
+    log.InitializeLogging(dir.Path("log").c_str(), Level::Info);
+    log.Info("entry");
+    log.StopLogging();
+    EXPECT_EQ(Figure("LogBytes") - bytes,
+              static_cast<long long>(std::filesystem::file_size(dir.Native("log")) - before));
+    EXPECT_EQ(Figure("RefusedLogRollOvers"), refused + 1);
+    EXPECT_GT(Figure("LastLogError"), 0);
+    EXPECT_EQ(Dropped(), dropped);
 }
 
 TEST_F(LoggersTest, TheEventLogTakesEntriesWhereThereIsOne) {

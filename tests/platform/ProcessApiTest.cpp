@@ -43,7 +43,7 @@ TEST(ProcessApi, WaitsForTheProcessTheEventOrTheLimit) {
         EXPECT_EQ(child->Kill({.exitStatus = -5}).result, platform::KillResult::NotKilled);
         EXPECT_EQ(platform::LastError(), 5u);
     }
-    EXPECT_EQ(child->ExitStatus(), 7);
+    EXPECT_EQ(child->End().value_or(platform::ProcessEnd()).status, 7);
 }
 
 TEST(ProcessApi, SaysWhyAProgramCannotBeStarted) {

@@ -47,10 +47,10 @@ TEST(TextFields, ReadColumnsBetweenBlanks) {
          {"device", "blocks", "used", "free", "use", "place"},
          "devtmpfs                 12334492        0  12334492   0% /dev\n"
          "/dev/vda                264212084 31433592  68903596  32% /\n"
-         "tmpfs                 16     0        16   0% /tmp/rec/m n\n",
+         "tmpfs                 16     0        16   0% /mnt/m n\n",
          "{device=devtmpfs, blocks=12334492, used=0, free=12334492, use=0%, place=/dev}"
          "{device=/dev/vda, blocks=264212084, used=31433592, free=68903596, use=32%, place=/}"
-         "{device=tmpfs, blocks=16, used=0, free=16, use=0%, place=/tmp/rec/m n}"},
+         "{device=tmpfs, blocks=16, used=0, free=16, use=0%, place=/mnt/m n}"},
         {"ls -l",
          {"mode", "links", "owner", "group", "size", "month", "day", "time", "name"},
          "drwxr-xr-x 2 root     root      4096 Jun 28  2023 ODBCDataSources\n"

@@ -210,32 +210,24 @@ std::uint32_t ChildProcess::Wait(const EventHandle& event, OutputCapture* output
 
 bool ChildProcess::HasEnded() const { return platform::HasEnded(*m_state); }
 
-std::optional<std::int32_t> ChildProcess::ExitStatus() const {
+std::optional<ProcessEnd> ChildProcess::End() const {
     const std::lock_guard lock(m_state->mutex);
     const std::optional<ChildEnd> end = ReadChildEnd(*m_state);
-    if (end) return StatusOf(*end, m_state->killedWith);
-    FailWithErrno();
-    return std::nullopt;
-}
-
-int ChildProcess::EndingSignal() const {
-    const std::optional<ChildEnd> end = ReadChildEnd(*m_state);
-    return end ? end->signal : 0;
-}
-
-ProcessUsage ChildProcess::Usage() const {
-    const auto end = ReadChildEnd(*m_state);
-    if (!end) return {};
+    if (!end) {
+        FailWithErrno();
+        return std::nullopt;
+    }
     const auto timeOf = [](const timeval& time) {
         return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
     };
     constexpr std::uint64_t kKibibyte = 1024;
-    ProcessUsage usage;
-    usage.cpuTime =
-        std::chrono::ceil<milliseconds>(timeOf(end->usage.ru_utime) + timeOf(end->usage.ru_stime));
+    ProcessEnd told;
+    told.status = StatusOf(*end, m_state->killedWith);
+    told.signal = end->signal;
+    told.cpuTime = std::chrono::ceil<milliseconds>(timeOf(end->usage.ru_utime) + timeOf(end->usage.ru_stime));
     if (end->usage.ru_maxrss > m_state->parentPeak)
-        usage.peakMemory = static_cast<std::uint64_t>(end->usage.ru_maxrss) * kKibibyte;
-    return usage;
+        told.peakMemory = static_cast<std::uint64_t>(end->usage.ru_maxrss) * kKibibyte;
+    return told;
 }
 
 KillOutcome ChildProcess::Kill(const KillRequest& request) const { return KillChild(*m_state, request); }

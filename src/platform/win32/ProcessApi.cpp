@@ -88,24 +88,19 @@ bool ChildProcess::HasEnded() const {
     return ::WaitForSingleObject(m_state->process.Get(), 0) == WAIT_OBJECT_0;
 }
 
-std::optional<std::int32_t> ChildProcess::ExitStatus() const {
+std::optional<ProcessEnd> ChildProcess::End() const {
     const std::lock_guard lock(m_state->mutex);
     DWORD status = 0;
     if (::GetExitCodeProcess(m_state->process.Get(), &status) == 0) return std::nullopt;
-    return static_cast<std::int32_t>(status);
-}
-
-int ChildProcess::EndingSignal() const { return 0; }
-
-ProcessUsage ChildProcess::Usage() const {
+    ProcessEnd end;
+    end.status = static_cast<std::int32_t>(status);
     FILETIME created{}, ended{}, kernel{}, user{};
-    ProcessUsage usage;
     if (::GetProcessTimes(m_state->process.Get(), &created, &ended, &kernel, &user) != 0)
-        usage.cpuTime = std::chrono::ceil<std::chrono::milliseconds>(DurationOf(kernel) + DurationOf(user));
+        end.cpuTime = std::chrono::ceil<std::chrono::milliseconds>(DurationOf(kernel) + DurationOf(user));
     PROCESS_MEMORY_COUNTERS memory{};
     if (::GetProcessMemoryInfo(m_state->process.Get(), &memory, sizeof memory) != 0)
-        usage.peakMemory = memory.PeakWorkingSetSize;
-    return usage;
+        end.peakMemory = memory.PeakWorkingSetSize;
+    return end;
 }
 
 KillOutcome ChildProcess::Kill(const KillRequest& request) const {
