@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <new>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "data/HeldName.h"
@@ -25,17 +26,30 @@ struct CellAccess {
     static bool Equal(const Variant& left, const Variant& right) noexcept {
         if (left.m_head != right.m_head) {  // kinds of nulls count as one, and a name may be there twice
             if (KindOf(left) != KindOf(right)) return false;
-            if (left.Name() != right.Name() && !detail::EqualTexts(left.GetName(), right.GetName()))
-                return false;
+            if (!SameName(left, right)) return false;
         }
         return left.EqualValue(right);
     }
     static SharedName* NameOf(const Variant& cell) noexcept { return cell.Name(); }
+    static bool SameName(const Variant& left, const Variant& right) noexcept {
+        return left.Name() == right.Name() || detail::EqualTexts(left.GetName(), right.GetName());
+    }
+    static std::size_t NameHash(const Variant& cell) noexcept {
+        return cell.Name() != nullptr ? cell.Name()->hash : 0;
+    }
 
     /// Append a cell under a name.
     static void AddNull(VariantList& row, HeldName& name) { Append(row, name, Variant::Kind::NullInteger); }
     static void AddText(VariantList& row, HeldName& name, std::string&& text) {
         new (&Append(row, name, Variant::Kind::Text).m_value.text) std::string(std::move(text));
+    }
+    static void AddText(VariantList& row, HeldName& name, std::string_view text) {
+        if (row.IsFull()) row.Grow();
+        Variant* const cell = new (row.end()) Variant(nullptr, Variant::Kind::Null);
+        new (&cell->m_value.text) std::string(text);  // first, as it may throw
+        cell->m_head =
+            reinterpret_cast<std::uintptr_t>(name.Use()) | static_cast<std::uintptr_t>(Variant::Kind::Text);
+        ++row.m_block->size;
     }
     static void AddInteger(VariantList& row, HeldName& name, long long value) {
         Append(row, name, Variant::Kind::Integer).m_value.integer = value;

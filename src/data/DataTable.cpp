@@ -339,7 +339,7 @@ void DataTable::RationaliseFirstRow() {
     m_rationalised = true;
 }
 
-// --- State and comparison ---
+// --- State ---
 
 bool DataTable::IsUndefined() const { return m_undefined && Empty() && !DefaultColumnsExist(); }
 
@@ -357,32 +357,6 @@ void DataTable::MarkChanged() {
 
 void DataTable::MarkAsPromotedFromScalar() { m_promotedFromScalar = true; }
 bool DataTable::WasPromotedFromScalar() const { return m_promotedFromScalar; }
-
-bool DataTable::ContentEqual(const DataTable& other) const {
-    return m_rows.size() == other.m_rows.size() && std::equal(begin(), end(), other.begin());
-}
-
-bool DataTable::ContentSimilar(const DataTable& other) const {
-    return m_rows.size() == other.m_rows.size() &&
-           std::equal(begin(), end(), other.begin(),
-                      [](const VariantList& own, const VariantList& its) { return own.Similar(its); });
-}
-
-bool DataTable::operator==(const DataTable& other) const {
-    return ContentEqual(other) && GetColumnNames() == other.GetColumnNames();
-}
-
-bool DataTable::operator!=(const DataTable& other) const {
-    return IsUndefined() != other.IsUndefined() || !(*this == other);
-}
-
-bool DataTable::Similar(const DataTable& other, bool ignoreColumns) const {
-    return ContentSimilar(other) && (ignoreColumns || ColumnNames().Similar(other.ColumnNames()));
-}
-
-bool DataTable::NotSimilar(const DataTable& other) const {
-    return IsUndefined() != other.IsUndefined() || !Similar(other, false);
-}
 
 void DataTable::Dump(const char* title, ICLogger* logger, unsigned int indent) const {
     ICLogger* const target = LoggerOrRegistered(logger);

@@ -1,71 +1,57 @@
 #pragma once
 
-#include <bit>
-#include <cstddef>
+#include "base/ByteBlocks.h"
 
-#include "base/Sse2.h"
-
-namespace quillon::base {
-
-/// Searches for bytes that end a run of plain text, sixteen at a time where the processor can. `plain`
-/// tells of one byte whether it is plain; `marks` gives of sixteen bytes one bit for each that is not.
-
-#ifdef QUILLON_SSE2
-inline __m128i AllOf(char byte) { return _mm_set1_epi8(byte); }
-
-template <class Plain, class Marks>
-const char* FindNotPlain(const char* position, const char* end, Plain plain, Marks marks) {
-    for (; end - position >= 16; position += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
-        const auto found = static_cast<unsigned>(_mm_movemask_epi8(marks(bytes)));
-        if (found != 0) return position + std::countr_zero(found);
-    }
-    while (position != end && plain(*position)) ++position;
-    return position;
-}
-#endif
+namespace quillon {
 
 /// Whether JSON has the byte in a text only behind a backslash.
 inline bool NeedsJsonEscape(char byte) {
     return static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\';
 }
 
-/// Returns the first byte at or after `position` that NeedsJsonEscape(), and with `AlsoHigh` the first
-/// that is not ASCII either; `end` when there is none.
-template <bool AlsoHigh>
+/// Which bytes end a search beside those that it is for.
+enum class AlsoFind { Nothing, HighBytes };
+
+/// Returns the first byte at or after `position` that NeedsJsonEscape(), and with HighBytes the first that
+/// is not ASCII either; `end` when there is none.
+template <AlsoFind also>
 const char* FindJsonSpecial(const char* position, const char* end) {
     const auto plain = [](char byte) {
-        return !NeedsJsonEscape(byte) && !(AlsoHigh && static_cast<unsigned char>(byte) >= 0x80);
+        return !NeedsJsonEscape(byte) &&
+               !(also == AlsoFind::HighBytes && static_cast<unsigned char>(byte) >= 0x80);
     };
 #ifdef QUILLON_SSE2
-    const __m128i quote = AllOf('"'), backslash = AllOf('\\'), control = AllOf(0x1F);
-    return FindNotPlain(position, end, plain, [&](__m128i bytes) {
+    const __m128i quote = _mm_set1_epi8('"'), backslash = _mm_set1_epi8('\\'), control = _mm_set1_epi8(0x1F);
+    return base::FindNotPlain(position, end, plain, [&](__m128i bytes) {
         const __m128i quotes = _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash));
         const __m128i found = _mm_or_si128(quotes, _mm_cmpeq_epi8(_mm_min_epu8(bytes, control), bytes));
-        return AlsoHigh ? _mm_or_si128(found, bytes) : found;  // movemask takes the top bits
+        return also == AlsoFind::HighBytes ? _mm_or_si128(found, bytes) : found;
     });
 #else
-    while (position != end && plain(*position)) ++position;
-    return position;
+    return base::FindNotPlain(position, end, plain);
 #endif
 }
 
-/// Returns the first byte at or after `position` that is the separator, a quote, CR or LF; `end` when
-/// there is none.
-inline const char* FindCsvSpecial(const char* position, const char* end, char separator) {
+/// Returns the first byte at or after `position` that is the separator, a quote, CR or LF, and with
+/// HighBytes the first that is not ASCII either; `end` when there is none.
+template <AlsoFind also>
+const char* FindCsvSpecial(const char* position, const char* end, char separator) {
     const auto plain = [separator](char byte) {
-        return byte != separator && byte != '"' && byte != '\r' && byte != '\n';
+        return byte != separator && byte != '"' && byte != '\r' && byte != '\n' &&
+               !(also == AlsoFind::HighBytes && static_cast<unsigned char>(byte) >= 0x80);
     };
 #ifdef QUILLON_SSE2
-    const __m128i first = AllOf(separator), quote = AllOf('"'), cr = AllOf('\r'), lf = AllOf('\n');
-    return FindNotPlain(position, end, plain, [&](__m128i bytes) {
-        return _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, first), _mm_cmpeq_epi8(bytes, quote)),
-                            _mm_or_si128(_mm_cmpeq_epi8(bytes, cr), _mm_cmpeq_epi8(bytes, lf)));
+    const __m128i first = _mm_set1_epi8(separator), quote = _mm_set1_epi8('"');
+    const __m128i cr = _mm_set1_epi8('\r'), lf = _mm_set1_epi8('\n');
+    return base::FindNotPlain(position, end, plain, [&](__m128i bytes) {
+        const __m128i found =
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, first), _mm_cmpeq_epi8(bytes, quote)),
+                         _mm_or_si128(_mm_cmpeq_epi8(bytes, cr), _mm_cmpeq_epi8(bytes, lf)));
+        return also == AlsoFind::HighBytes ? _mm_or_si128(found, bytes) : found;
     });
 #else
-    while (position != end && plain(*position)) ++position;
-    return position;
+    return base::FindNotPlain(position, end, plain);
 #endif
 }
 
-}  // namespace quillon::base
+}  // namespace quillon

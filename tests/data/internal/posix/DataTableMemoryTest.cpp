@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstddef>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "quillon/DataTableIO.h"
+
+/// How much memory tables take and give back, as the heap of the C library tells. Under a sanitizer it
+/// tells nothing, and other checks look for leaks.
+
+namespace quillon {
+namespace {
+
+std::size_t BytesInUse() { return ::mallinfo2().uordblks; }
+
+/// Makes and frees a table whose names were never used before.
+void UseFreshNames(int round) {
+    const std::string prefix = "hostile-" + std::to_string(round) + "-";
+    DataTable table;
+    std::string json = "[{";
+    for (int i = 0; i < 1000; ++i) {
+        const std::string name = prefix + std::to_string(i);
+        table.AddRow({{name, i}});
+        json += (i == 0 ? "\"" : ",\"") + name + "\":1";
+    }
+    const DataTable copy = FromJson(json + "}]");
+    const DataTable parsed = FromCsv(ToCsv(copy));
+    table.RationaliseFirstRow();
+}
+
+TEST(DataTableMemory, NamesOfTablesGoWithTheTables) {
+    for (int round = 0; round < 5; ++round) UseFreshNames(round);
+    const std::size_t before = BytesInUse();
+    for (int round = 5; round < 25; ++round) UseFreshNames(round);
+    EXPECT_LT(BytesInUse(), before + 100'000) << "20,000 names of 14 to 17 bytes were made and freed";
+}
+
+TEST(DataTableMemory, NamesOfThreadsGoWithTheThreads) {
+    const auto run = [](int round) { std::thread([round] { UseFreshNames(round); }).join(); };
+    for (int round = 100; round < 105; ++round) run(round);
+    const std::size_t before = BytesInUse();
+    for (int round = 105; round < 125; ++round) run(round);
+    EXPECT_LT(BytesInUse(), before + 100'000);
+}
+
+TEST(DataTableMemory, ACellTakesLittle) {
+    const struct {
+        int cells;
+        const char* prefix;
+        double most;  // bytes a cell
+    } shapes[] = {{1, "Column", 100},
+                  {3, "Column", 75},
+                  {10, "Column", 60},
+                  {6, "ANameOfTwentyCharac", 60},
+                  {6, "a-name-with-dashes-", 60}};
+    for (const auto& shape : shapes) {
+        SCOPED_TRACE(shape.prefix + std::to_string(shape.cells));
+        constexpr int kRows = 10'000;
+        std::vector<std::string> names;
+        for (int i = 0; i < shape.cells; ++i) names.push_back(shape.prefix + std::to_string(i));
+        const std::size_t before = BytesInUse();
+        DataTable table;
+        for (int i = 0; i < kRows; ++i) {
+            VariantList row;
+            for (const std::string& name : names) row.Add(name, i);
+            table.AddRow(std::move(row));
+        }
+        EXPECT_LE(static_cast<double>(BytesInUse() - before) / (kRows * shape.cells), shape.most);
+    }
+}
+
+}  // namespace
+}  // namespace quillon
