@@ -38,6 +38,14 @@ struct CellAccess {
         return cell.Name() != nullptr ? cell.Name()->hash : 0;
     }
 
+    /// The bytes of a cell and, beside it, of its text.
+    static std::size_t MemoryOf(const Variant& cell) noexcept {
+        const bool isText = cell.HeldKind() == Variant::Kind::Text;
+        return sizeof(Variant) + (isText && cell.m_value.text.size() > sizeof(std::string) / 2
+                                      ? cell.m_value.text.capacity()
+                                      : 0);
+    }
+
     /// Append a cell under a name.
     static void AddNull(VariantList& row, HeldName& name) { Append(row, name, Variant::Kind::NullInteger); }
     static void AddText(VariantList& row, HeldName& name, std::string&& text) {

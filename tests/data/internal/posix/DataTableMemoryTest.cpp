@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstddef>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -71,6 +74,32 @@ TEST(DataTableMemory, ACellTakesLittle) {
         }
         EXPECT_LE(static_cast<double>(BytesInUse() - before) / (kRows * shape.cells), shape.most);
     }
+}
+
+/// Returns the memory in which this process resides.
+std::size_t ResidentBytes() {
+    std::ifstream file("/proc/self/statm");
+    std::size_t all = 0, resident = 0;
+    file >> all >> resident;
+    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+TEST(DataTableMemory, FreedMemoryReturnsToTheSystem) {
+    if (BytesInUse() == 0) GTEST_SKIP() << "the heap is that of a sanitizer";
+    constexpr std::size_t kMegabyte = 1'000'000;
+    DataTable kept;  // lies among what is freed
+    const std::size_t before = ResidentBytes();
+    {
+        DataTable table;
+        for (int i = 0; i < 300'000; ++i) {
+            table.AddRow({{"name", std::string(40, 'x')}, {"pid", i}});
+            if (i % 10'000 == 0) kept.AddRow(*table.begin());
+        }
+        ASSERT_GT(ResidentBytes(), before + 30 * kMegabyte);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // longer than the pause of releases
+    }
+    EXPECT_LT(ResidentBytes(), before + 10 * kMegabyte);
+    EXPECT_EQ(kept.GetNumberOfRows(), 30u);
 }
 
 }  // namespace
