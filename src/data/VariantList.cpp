@@ -74,7 +74,7 @@ VariantList::BlockOwner VariantList::Allocate(std::size_t capacity) {
 
 void VariantList::Delete(Block* block) noexcept {
     std::destroy_n(block->Cells(), block->size);
-    ::operator delete(block, sizeof(Block) + block->capacity * sizeof(Variant));
+    ::operator delete(block);  // without its size, which clang 14 does not take by default
 }
 
 VariantList::BlockOwner VariantList::CopyOf(const VariantList& other) {
