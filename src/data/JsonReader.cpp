@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -165,9 +164,8 @@ HeldName& JsonReader::ReadName(std::size_t column) {
 /// Moves past a name when it stands there, in quotes, as it is.
 bool JsonReader::SkipExpected(const Name& name) {
     const std::string_view text = name.held.Text();
-    const bool isThere = name.isPlain && static_cast<std::size_t>(m_end - m_position) >= text.size() + 2 &&
-                         m_position[text.size() + 1] == '"' &&
-                         std::memcmp(m_position + 1, text.data(), text.size()) == 0;
+    const std::string_view rest(m_position + 1, static_cast<std::size_t>(m_end - m_position - 1));
+    const bool isThere = name.isPlain && rest.starts_with(text) && rest.substr(text.size()).starts_with('"');
     if (isThere) m_position += text.size() + 2;
     return isThere;
 }
