@@ -38,8 +38,9 @@ private:
     /// Makes room for all rows if they are as long as those until now: growing in many steps would copy
     /// the text as often.
     void MakeRoom() {
+        if (m_ended >= m_rows) return;
         const std::size_t mean = m_text.size() / m_ended + 1;
-        const std::size_t rest = m_rows - std::min(m_rows, m_ended);
+        const std::size_t rest = m_rows - m_ended;
         const std::size_t all = m_text.size() + (rest + 1) * (mean + mean / 16) + kSmallRow;
         m_text.reserve(std::clamp(all, 2 * m_text.size(), kFastestGrowth * m_text.size()));
     }
