@@ -8,25 +8,29 @@
 #include <new>
 #include <random>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "quillon/DataTable.h"
+#include "TableRows.h"
 
-/// A table of rows of six named cells beside the plain std::vector of std::map
-/// that a module might use instead. Bytes a cell are what was asked of the heap.
+/// A table of rows of six named cells beside the plain std::vector of std::map, and the std::vector of
+/// rows of std::variant, that a module might use instead. Bytes a cell are what the heap gave.
 
 namespace {
 
-std::atomic<std::size_t> g_requested{0};
+std::atomic<std::size_t> g_given{0};
 
 }  // namespace
 
 // Not inlined: the compiler would take malloc and delete for a mismatched pair.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    g_requested.fetch_add(size, std::memory_order_relaxed);
-    if (void* block = std::malloc(size)) return block;
-    throw std::bad_alloc();
+    void* const block = std::malloc(size);
+    if (block == nullptr) throw std::bad_alloc();
+    constexpr std::size_t kHeapHeader = sizeof(std::size_t);
+    g_given.fetch_add(::malloc_usable_size(block) + kHeapHeader, std::memory_order_relaxed);
+    return block;
 }
 [[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
@@ -36,31 +40,6 @@ namespace {
 
 using PlainRow = std::map<std::string, std::string>;
 using PlainTable = std::vector<PlainRow>;
-
-constexpr int kRows = 100'000;
-constexpr int kCells = 6;
-const std::string kNames[kCells] = {"Name", "Path", "Size", "Count", "Ratio", "Hidden"};
-
-/// The values of a row, made beforehand for both.
-struct Source {
-    std::string name, path;  // 12 and 40 bytes
-    long long size, count;
-    double ratio;
-    bool hidden;
-};
-
-const std::vector<Source>& Sources() {
-    static const std::vector<Source> sources = [] {
-        std::vector<Source> made;
-        for (int i = 0; i < kRows; ++i) {
-            const std::string number = std::to_string(10'000'000 + i);
-            made.push_back({"file" + number, "C:\\Program Files\\Vendor\\Tool\\bin" + number, i * 4096LL, i,
-                            i / 7.0, i % 3 == 0});
-        }
-        return made;
-    }();
-    return sources;
-}
 
 PlainTable BuildPlain() {
     PlainTable table;
@@ -77,55 +56,77 @@ PlainTable BuildPlain() {
     return table;
 }
 
-DataTable BuildQuillon() {
-    DataTable table;
-    for (const Source& source : Sources()) {
-        VariantList row;
-        row.Reserve(kCells);
-        row.Add(kNames[0], source.name);
-        row.Add(kNames[1], source.path);
-        row.Add(kNames[2], source.size);
-        row.Add(kNames[3], source.count);
-        row.Add(kNames[4], source.ratio);
-        row.Add(kNames[5], source.hidden);
-        table.AddRow(std::move(row));
-    }
-    return table;
-}
-
 const PlainTable& Plain() {
     static const PlainTable table = BuildPlain();
     return table;
 }
 
-const DataTable& Quillon() {
-    static const DataTable table = BuildQuillon();
-    return table;
-}
-
 /// Builds tables one after the other; freeing them is not measured.
 template <class Build>
-void RunBuild(benchmark::State& state, Build build) {
-    Sources();
+void RunBuild(benchmark::State& state, Build build, double cells = kRows * kCells) {
+    Variants();  // what copies read, and the sources, are made before
+    Quillon();
     std::size_t bytes = 0;
     for (auto _ : state) {
-        const std::size_t before = g_requested.load();
+        const std::size_t before = g_given.load();
         auto table = build();
-        bytes = g_requested.load() - before;
+        bytes = g_given.load() - before;
         state.PauseTiming();
         { const auto freed = std::move(table); }
         state.ResumeTiming();
     }
-    state.counters["bytes_per_cell"] = static_cast<double>(bytes) / (kRows * kCells);
+    state.counters["bytes_per_cell"] = static_cast<double>(bytes) / cells;
 }
 
 void BuildBaseline(benchmark::State& state) { RunBuild(state, BuildPlain); }
+void BuildPeer(benchmark::State& state) { RunBuild(state, BuildVariants); }
 void BuildOurs(benchmark::State& state) { RunBuild(state, BuildQuillon); }
 void CopyBaseline(benchmark::State& state) {
     RunBuild(state, [] { return PlainTable(Plain()); });
 }
+void CopyPeer(benchmark::State& state) {
+    RunBuild(state, [] { return VariantTable(Variants()); });
+}
 void CopyOurs(benchmark::State& state) {
     RunBuild(state, [] { return DataTable(Quillon()); });
+}
+
+/// The memory of a cell in rows of other shapes: how many cells, and what their names begin with.
+struct Shape {
+    int cells;
+    const char* prefix;
+};
+
+std::vector<std::string> NamesOf(const Shape& shape) {
+    std::vector<std::string> names;
+    for (int i = 0; i < shape.cells; ++i) names.push_back(shape.prefix + std::to_string(i));
+    return names;
+}
+
+void ShapeBaseline(benchmark::State& state, const Shape& shape) {
+    const auto build = [names = NamesOf(shape)] {
+        std::vector<VariantRow> table;
+        for (long long i = 0; i < kRows; ++i) {
+            VariantRow& row = table.emplace_back();
+            row.reserve(names.size());
+            for (const std::string& name : names) row.emplace_back(name, i);
+        }
+        return table;
+    };
+    RunBuild(state, build, 1.0 * kRows * shape.cells);
+}
+
+void ShapeOurs(benchmark::State& state, const Shape& shape) {
+    const auto build = [names = NamesOf(shape)] {
+        DataTable table;
+        for (long long i = 0; i < kRows; ++i) {
+            VariantList row;
+            for (const std::string& name : names) row.Add(name, i);
+            table.AddRow(std::move(row));
+        }
+        return table;
+    };
+    RunBuild(state, build, 1.0 * kRows * shape.cells);
 }
 
 /// Adds up the four typed columns; the plain table has to read numbers from its texts.
@@ -136,6 +137,24 @@ void ScanBaseline(benchmark::State& state) {
             const long long whole = std::stoll(row.at(kNames[2])) + std::stoll(row.at(kNames[3]));
             sum += static_cast<double>(whole) + std::stod(row.at(kNames[4]));
             sum += row.at(kNames[5]) == "true" ? 1 : 0;
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
+const VariantCell& Cell(const VariantRow& row, const std::string& name) {
+    const auto hasName = [&](const auto& cell) { return cell.first == name; };
+    return std::find_if(row.begin(), row.end(), hasName)->second;
+}
+
+void ScanPeer(benchmark::State& state) {
+    for (auto _ : state) {
+        double sum = 0;
+        for (const VariantRow& row : Variants()) {
+            const long long whole =
+                std::get<long long>(Cell(row, kNames[2])) + std::get<long long>(Cell(row, kNames[3]));
+            sum += static_cast<double>(whole) + std::get<double>(Cell(row, kNames[4]));
+            sum += std::get<bool>(Cell(row, kNames[5])) ? 1 : 0;
         }
         benchmark::DoNotOptimize(sum);
     }
@@ -162,6 +181,14 @@ void ScanTextBaseline(benchmark::State& state) {
     }
 }
 
+void ScanTextPeer(benchmark::State& state) {
+    for (auto _ : state) {
+        std::size_t length = 0;
+        for (const VariantRow& row : Variants()) length += std::get<std::string>(Cell(row, kNames[1])).size();
+        benchmark::DoNotOptimize(length);
+    }
+}
+
 void ScanTextOurs(benchmark::State& state) {
     for (auto _ : state) {
         std::size_t length = 0;
@@ -173,6 +200,11 @@ void ScanTextOurs(benchmark::State& state) {
 void CompareBaseline(benchmark::State& state) {
     const PlainTable other = Plain();
     for (auto _ : state) benchmark::DoNotOptimize(Plain() == other);
+}
+
+void ComparePeer(benchmark::State& state) {
+    const VariantTable other = Variants();
+    for (auto _ : state) benchmark::DoNotOptimize(Variants() == other);
 }
 
 void CompareOurs(benchmark::State& state) {
@@ -202,6 +234,20 @@ void SimilarBaseline(benchmark::State& state) {
     }
 }
 
+/// The same with the pairs in a table of hashes that holds pointers.
+void SimilarPeer(benchmark::State& state) {
+    const PlainCells left = ShuffledCells(state.range(0), 1), right = ShuffledCells(state.range(0), 2);
+    for (auto _ : state) {
+        std::unordered_map<std::string_view, const std::string*> values;
+        for (const auto& [name, value] : right) values.emplace(name, &value);
+        const bool similar = std::all_of(left.begin(), left.end(), [&](const auto& cell) {
+            const auto found = values.find(cell.first);
+            return found != values.end() && *found->second == cell.second;
+        });
+        benchmark::DoNotOptimize(similar);
+    }
+}
+
 void SimilarOurs(benchmark::State& state) {
     VariantList left, right;
     for (const auto& [name, value] : ShuffledCells(state.range(0), 1)) left.Add(name, value);
@@ -210,16 +256,52 @@ void SimilarOurs(benchmark::State& state) {
 }
 
 BENCHMARK(BuildBaseline)->Name("table-build/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(BuildPeer)->Name("table-build/variants")->Unit(benchmark::kMillisecond);
 BENCHMARK(BuildOurs)->Name("table-build/quillon")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeBaseline, , Shape{1, "Column"})
+    ->Name("table-1-integer/baseline")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeOurs, , Shape{1, "Column"})
+    ->Name("table-1-integer/quillon")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeBaseline, , Shape{3, "Column"})
+    ->Name("table-3-integers/baseline")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeOurs, , Shape{3, "Column"})
+    ->Name("table-3-integers/quillon")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeBaseline, , Shape{10, "Column"})
+    ->Name("table-10-integers/baseline")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeOurs, , Shape{10, "Column"})
+    ->Name("table-10-integers/quillon")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeBaseline, , Shape{6, "ANameOfTwentyCharac"})
+    ->Name("table-long-names/baseline")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeOurs, , Shape{6, "ANameOfTwentyCharac"})
+    ->Name("table-long-names/quillon")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeBaseline, , Shape{6, "a-name-with-dashes-"})
+    ->Name("table-dashed-names/baseline")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ShapeOurs, , Shape{6, "a-name-with-dashes-"})
+    ->Name("table-dashed-names/quillon")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(CopyBaseline)->Name("table-copy/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(CopyPeer)->Name("table-copy/variants")->Unit(benchmark::kMillisecond);
 BENCHMARK(CopyOurs)->Name("table-copy/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanBaseline)->Name("table-scan/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanPeer)->Name("table-scan/variants")->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanOurs)->Name("table-scan/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanTextBaseline)->Name("table-scan-text/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanTextPeer)->Name("table-scan-text/variants")->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanTextOurs)->Name("table-scan-text/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(CompareBaseline)->Name("table-compare/baseline")->Unit(benchmark::kMillisecond);
+BENCHMARK(ComparePeer)->Name("table-compare/variants")->Unit(benchmark::kMillisecond);
 BENCHMARK(CompareOurs)->Name("table-compare/quillon")->Unit(benchmark::kMillisecond);
 BENCHMARK(SimilarBaseline)->Name("row-similar/baseline")->Arg(6)->Arg(100)->Arg(1000);
+BENCHMARK(SimilarPeer)->Name("row-similar/hashed")->Arg(6)->Arg(100)->Arg(1000);
 BENCHMARK(SimilarOurs)->Name("row-similar/quillon")->Arg(6)->Arg(100)->Arg(1000);
 
 }  // namespace

@@ -15,7 +15,7 @@ endif()
 
 if(WIN32)
   target_compile_definitions(quillon_options INTERFACE _WIN32_WINNT=0x0A00 WINVER=0x0A00 NOMINMAX
-                             WIN32_LEAN_AND_MEAN BOOST_ALL_NO_LIB)
+                             WIN32_LEAN_AND_MEAN)
   set(CMAKE_SHARED_LIBRARY_PREFIX "")  # quillon.dll
 else()
   # The library's own dependencies on glibc only: no lazy surprise at the first call.

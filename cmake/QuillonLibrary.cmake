@@ -30,8 +30,7 @@ add_library(quillon_objects OBJECT ${quillon_sources} ${quillon_platform_sources
 target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src
                            ${PROJECT_SOURCE_DIR})
 target_compile_definitions(quillon_objects PRIVATE QUILLON_BUILD)
-target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Boost::headers
-                      Threads::Threads)
+target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Threads::Threads)
 if(NOT WIN32)  # certificates
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
   target_link_libraries(quillon_objects PUBLIC OpenSSL::Crypto)

@@ -94,8 +94,10 @@ struct CsvOptions {
 /// the right. Control characters, and those that turn the direction of writing, are written as
 /// JSON escapes such as \n or \u001B, so that no cell can steer a terminal; a backslash before
 /// what would then read as an escape is doubled. A null or missing cell is blank. A cell of more
-/// than 256 characters moves the rest of its own line, not that of all lines. A table without
-/// columns gives the empty text.
+/// than 256 characters moves the rest of its own line, not that of all lines. A table of more than 32
+/// columns whose rows have less than a quarter of them on average is written in sections, with an
+/// empty line between two: one begins, with its own heading, wherever the columns of a row differ from
+/// those of the row before. A table without columns gives the empty text.
 [[nodiscard]] QUILLON_API std::string ToText(const DataTable& table);
 [[nodiscard]] QUILLON_API std::string ToText(const DataTable& table, const TextOptions& options);
 QUILLON_API void WriteText(std::ostream& stream, const DataTable& table, const TextOptions& options = {});

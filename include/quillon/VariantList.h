@@ -226,8 +226,6 @@ private:
     void Emplace(Arguments&&... arguments);
     void AddAll(std::initializer_list<const Variant*> values);
     bool Erase(const_iterator position);
-    bool SimilarByPairs(const VariantList& other) const;
-    bool SimilarByHash(const VariantList& other) const;
 
     BlockOwner m_block;  // none while nothing was ever added, and after a move
 };

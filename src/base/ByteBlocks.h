@@ -60,6 +60,26 @@ inline bool ReadHexBlock(const char* from, char* to) {
 }  // namespace detail
 #endif
 
+/// Returns the first byte at or after `position` that is not plain, which `plain` tells of one byte; `end`
+/// when there is none. With vectors `marks` sets the top bit of each of sixteen bytes that is not plain.
+#ifdef QUILLON_SSE2
+template <class Plain, class Marks>
+const char* FindNotPlain(const char* position, const char* end, Plain plain, Marks marks) {
+    for (; end - position >= 16; position += 16) {
+        const auto found = static_cast<unsigned>(_mm_movemask_epi8(marks(detail::LoadBlock(position))));
+        if (found != 0) return position + std::countr_zero(found);
+    }
+    while (position != end && plain(*position)) ++position;
+    return position;
+}
+#else
+template <class Plain>
+const char* FindNotPlain(const char* position, const char* end, Plain plain) {
+    while (position != end && plain(*position)) ++position;
+    return position;
+}
+#endif
+
 /// Returns the first index of `from` to `count` at which both texts have what is wanted of them, else
 /// `count`.
 inline std::size_t FindBoth(const char* heads, EitherByte head, const char* tails, EitherByte tail,

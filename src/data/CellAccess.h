@@ -26,12 +26,25 @@ struct CellAccess {
     static bool Equal(const Variant& left, const Variant& right) noexcept {
         if (left.m_head != right.m_head) {  // kinds of nulls count as one, and a name may be there twice
             if (KindOf(left) != KindOf(right)) return false;
-            if (left.Name() != right.Name() && !detail::EqualTexts(left.GetName(), right.GetName()))
-                return false;
+            if (!SameName(left, right)) return false;
         }
         return left.EqualValue(right);
     }
     static SharedName* NameOf(const Variant& cell) noexcept { return cell.Name(); }
+    static bool SameName(const Variant& left, const Variant& right) noexcept {
+        return left.Name() == right.Name() || detail::EqualTexts(left.GetName(), right.GetName());
+    }
+    static std::size_t NameHash(const Variant& cell) noexcept {
+        return cell.Name() != nullptr ? cell.Name()->hash : 0;
+    }
+
+    /// The bytes of a cell and, beside it, of its text.
+    static std::size_t MemoryOf(const Variant& cell) noexcept {
+        const bool isText = cell.HeldKind() == Variant::Kind::Text;
+        return sizeof(Variant) + (isText && cell.m_value.text.size() > sizeof(std::string) / 2
+                                      ? cell.m_value.text.capacity()
+                                      : 0);
+    }
 
     /// Append a cell under a name.
     static void AddNull(VariantList& row, HeldName& name) { Append(row, name, Variant::Kind::NullInteger); }

@@ -7,9 +7,9 @@
 #include <system_error>
 #include <utility>
 
-#include "base/ByteScan.h"
 #include "base/Utf.h"
 #include "data/DataTableColumns.h"
+#include "data/SpecialBytes.h"
 #include "data/TextPlace.h"
 
 namespace quillon {
@@ -130,7 +130,7 @@ void CsvReader::ReadField() {
     if (m_quoted) {
         ReadQuoted();
     } else {
-        m_position = base::FindCsvSpecial(m_position, m_end, m_options.separator);
+        m_position = FindCsvSpecial<AlsoFind::Nothing>(m_position, m_end, m_options.separator);
         if (!AtEnd() && *m_position == '"') Fail(m_position, "a quote inside an unquoted field");
         m_field = std::string_view(m_start, static_cast<std::size_t>(m_position - m_start));
     }
@@ -172,7 +172,7 @@ void CsvReader::AddCell(VariantList& row, std::size_t column) {
     } else if (m_kinds[column] == CellKind::Double) {
         CellAccess::AddDouble(row, name, require(ToNumber<double>(m_field), "a number"));
     } else {
-        CellAccess::AddText(row, name, std::string(m_field));
+        CellAccess::AddText(row, name, m_field);
     }
 }
 

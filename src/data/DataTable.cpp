@@ -11,13 +11,17 @@
 #include <typeinfo>
 #include <utility>
 
+#include "data/CellAccess.h"
 #include "data/DumpWriter.h"
+#include "data/FreedMemory.h"
 #include "data/NameCache.h"
 #include "data/NameRuns.h"
 
 namespace quillon {
 namespace {
 
+/// The bytes of a row beside its cells: its place in the list and what the heap adds.
+constexpr std::size_t kRowOverhead = 64;
 constexpr unsigned int kAllRows = std::numeric_limits<unsigned int>::max();
 
 std::vector<std::string> NamesOf(const VariantList& cells) {
@@ -215,8 +219,17 @@ void DataTable::AppendCopies(const_iterator row, std::size_t count) {
 }
 
 void DataTable::FreeRows() noexcept {
-    NameRuns runs;
-    for (; !m_rows.empty(); m_rows.pop_front()) runs.ReleaseNames(m_rows.front());
+    if (m_rows.empty()) return;
+    std::size_t bytes = 0;
+    {
+        NameRuns runs;
+        for (; !m_rows.empty(); m_rows.pop_front()) {
+            bytes += kRowOverhead;
+            for (const Variant& cell : std::as_const(m_rows.front())) bytes += CellAccess::MemoryOf(cell);
+            runs.ReleaseNames(m_rows.front());
+        }
+    }
+    CountFreedMemory(bytes);
 }
 
 DataTable& DataTable::operator+=(const DataTable& other) {
@@ -339,7 +352,7 @@ void DataTable::RationaliseFirstRow() {
     m_rationalised = true;
 }
 
-// --- State and comparison ---
+// --- State ---
 
 bool DataTable::IsUndefined() const { return m_undefined && Empty() && !DefaultColumnsExist(); }
 
@@ -357,32 +370,6 @@ void DataTable::MarkChanged() {
 
 void DataTable::MarkAsPromotedFromScalar() { m_promotedFromScalar = true; }
 bool DataTable::WasPromotedFromScalar() const { return m_promotedFromScalar; }
-
-bool DataTable::ContentEqual(const DataTable& other) const {
-    return m_rows.size() == other.m_rows.size() && std::equal(begin(), end(), other.begin());
-}
-
-bool DataTable::ContentSimilar(const DataTable& other) const {
-    return m_rows.size() == other.m_rows.size() &&
-           std::equal(begin(), end(), other.begin(),
-                      [](const VariantList& own, const VariantList& its) { return own.Similar(its); });
-}
-
-bool DataTable::operator==(const DataTable& other) const {
-    return ContentEqual(other) && GetColumnNames() == other.GetColumnNames();
-}
-
-bool DataTable::operator!=(const DataTable& other) const {
-    return IsUndefined() != other.IsUndefined() || !(*this == other);
-}
-
-bool DataTable::Similar(const DataTable& other, bool ignoreColumns) const {
-    return ContentSimilar(other) && (ignoreColumns || ColumnNames().Similar(other.ColumnNames()));
-}
-
-bool DataTable::NotSimilar(const DataTable& other) const {
-    return IsUndefined() != other.IsUndefined() || !Similar(other, false);
-}
 
 void DataTable::Dump(const char* title, ICLogger* logger, unsigned int indent) const {
     ICLogger* const target = LoggerOrRegistered(logger);

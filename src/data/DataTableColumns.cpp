@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "base/Utf.h"
+#include "data/RowsAhead.h"
 
 namespace quillon {
 namespace {
@@ -13,20 +14,25 @@ constexpr std::size_t kLongestNumber = 32;
 
 }  // namespace
 
-DataTableColumns::DataTableColumns(const DataTable& table) {
+DataTableColumns::DataTableColumns(const DataTable& table) : m_rowCount(table.GetNumberOfRows()) {
     for (const std::string& name : table.GetColumnNames()) Add(name);
+    RowsAhead ahead(table.begin(), table.end());
     for (const VariantList& row : table) {
+        ahead.Pass(row);
+        if (m_found.size() < row.Size()) m_found.resize(row.Size());
         std::size_t position = 0;
-        for (const Variant& cell : row) {
-            if (IndexOf(position++, cell.GetName()) == m_names.size()) Add(cell.GetName());
-        }
+        for (const Variant& cell : row) IndexOf(position++, cell);
+        m_cellCount += position;
     }
     m_cells.resize(m_names.size());
     MakeShownNames();
 }
 
-void DataTableColumns::Add(const std::string& name) {
-    if (m_indices.emplace(name, m_names.size()).second) m_names.push_back(name);
+/// Returns the index of a column, which is a new one when the name is.
+std::size_t DataTableColumns::Add(const std::string& name) {
+    const auto [entry, isNew] = m_indices.try_emplace(name, m_names.size());
+    if (isNew) m_names.push_back(name);
+    return entry->second;
 }
 
 void DataTableColumns::MakeShownNames() {
@@ -48,18 +54,11 @@ void DataTableColumns::MakeShownNames() {
     }
 }
 
-/// Rows mostly have the columns' order, so the cell's own position is tried first.
-std::size_t DataTableColumns::IndexOf(std::size_t guess, const std::string& name) const {
-    if (guess < m_names.size() && m_names[guess] == name) return guess;
-    const auto found = m_indices.find(name);
-    return found != m_indices.end() ? found->second : m_names.size();
-}
-
 const std::vector<const Variant*>& DataTableColumns::CellsOf(const VariantList& row) {
     std::fill(m_cells.begin(), m_cells.end(), nullptr);
     std::size_t position = 0;
     for (const Variant& cell : row) {
-        const Variant*& slot = m_cells[IndexOf(position++, cell.GetName())];
+        const Variant*& slot = m_cells[IndexOf(position++, cell)];
         if (slot == nullptr) slot = &cell;
     }
     return m_cells;
@@ -70,7 +69,7 @@ const std::vector<DataTableColumns::Placed>& DataTableColumns::Place(const Varia
     bool sorted = true;
     std::size_t position = 0;
     for (const Variant& cell : row) {
-        const std::size_t column = IndexOf(position++, cell.GetName());
+        const std::size_t column = IndexOf(position++, cell);
         sorted = sorted && (m_placed.empty() || m_placed.back().column < column);
         m_placed.push_back({column, &cell});
     }
@@ -88,7 +87,10 @@ void AppendDouble(std::string& output, double value) {
     const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value).ptr;
     const std::string_view text(buffer, static_cast<std::size_t>(end - buffer));
     output += text;
-    if (text.find_first_not_of("-0123456789") == std::string_view::npos) output += ".0";
+    const auto isNoPartOfInteger = [](char c) {
+        return c == '.' || c > '9';
+    };  // a point, an exponent, inf, nan
+    if (std::none_of(text.begin(), text.end(), isNoPartOfInteger)) output += ".0";
 }
 
 void AppendInteger(std::string& output, long long value) {

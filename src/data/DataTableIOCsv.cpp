@@ -3,10 +3,10 @@
 #include <string_view>
 #include <vector>
 
-#include "base/ByteScan.h"
 #include "data/CellAccess.h"
 #include "data/CsvReader.h"
 #include "data/DataTableColumns.h"
+#include "data/SpecialBytes.h"
 #include "data/TableSink.h"
 #include "data/TextPlace.h"
 #include "quillon/DataTableIO.h"
@@ -15,6 +15,8 @@ namespace quillon {
 namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
+/// What a number may hold, infinity and NaN included.
+constexpr std::string_view kNumberCharacters = "0123456789+-.einfa";
 /// The first characters by which a program that calculates takes a text for a formula.
 constexpr std::string_view kFormulaMarks = "=+-@\t\r";
 
@@ -72,7 +74,10 @@ private:
             case CellKind::Double:
                 AppendPlain(output, cell.GetDoubleValue(), &AppendDouble);
                 break;
-            default:
+            case CellKind::Boolean:
+                AppendField(output, cell.GetBoolValue() ? "true" : "false");
+                break;
+            case CellKind::Time:
                 AppendField(output, cell.AsString());
         }
     }
@@ -82,13 +87,25 @@ private:
     void AppendPlain(std::string& output, Number value, void (*append)(std::string&, Number)) const {
         const std::size_t start = output.size();
         append(output, value);
-        if (output.find(m_options.separator, start) == std::string::npos) return;
+        if (!m_separatesInNumbers || output.find(m_options.separator, start) == std::string::npos) return;
         const std::string number = output.substr(start);
         output.resize(start);
         AppendQuoted(output, number);
     }
 
     void AppendText(std::string& output, std::string_view text) const {
+        const char* const end = text.data() + text.size();
+        const bool isPlain =
+            !text.empty() && !m_options.formulaSafe &&
+            FindCsvSpecial<AlsoFind::HighBytes>(text.data(), end, m_options.separator) == end;
+        if (isPlain) {
+            output += text;
+        } else {
+            AppendOddText(output, text);
+        }
+    }
+
+    void AppendOddText(std::string& output, std::string_view text) const {
         std::string buffer;
         text = ValidUtf8(text, buffer);
         const bool isFormula = m_options.formulaSafe && !text.empty() &&
@@ -104,7 +121,8 @@ private:
     void AppendField(std::string& output, std::string_view text) const {
         const char* const end = text.data() + text.size();
         const bool hasMark = WithoutByteOrderMark(text).size() < text.size();  // an import would skip it
-        if (text.empty() || hasMark || base::FindCsvSpecial(text.data(), end, m_options.separator) != end) {
+        if (text.empty() || hasMark ||
+            FindCsvSpecial<AlsoFind::Nothing>(text.data(), end, m_options.separator) != end) {
             AppendQuoted(output, text);
         } else {
             output += text;
@@ -113,6 +131,7 @@ private:
 
     DataTableColumns m_columns;
     const CsvOptions& m_options;
+    const bool m_separatesInNumbers = kNumberCharacters.find(m_options.separator) != std::string_view::npos;
 };
 
 }  // namespace
@@ -120,7 +139,7 @@ private:
 std::string ToCsv(const DataTable& table) { return ToCsv(table, {}); }
 
 std::string ToCsv(const DataTable& table, const CsvOptions& options) {
-    TableSink sink;
+    TableSink sink(table.GetNumberOfRows());
     CsvWriter(table, options).Write(sink, table);
     return std::move(sink.Text());
 }

@@ -102,7 +102,7 @@ void WriteObjects(TableSink& sink, const DataTable& table) {
 }  // namespace
 
 std::string ToJson(const DataTable& table) {
-    TableSink sink;
+    TableSink sink(table.GetNumberOfRows());
     WriteArray(sink, table);
     return std::move(sink.Text());
 }
@@ -113,7 +113,7 @@ void WriteJson(std::ostream& stream, const DataTable& table) {
 }
 
 std::string ToJsonLines(const DataTable& table) {
-    TableSink sink;
+    TableSink sink(table.GetNumberOfRows());
     WriteObjects(sink, table);
     return std::move(sink.Text());
 }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <numeric>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -52,42 +53,85 @@ struct Layout {
     }
 };
 
-/// Lays a table out in one walk and writes it in another, so that it keeps no more than a line.
+/// Lays rows out in one walk and writes them in another, so that it keeps no more than a line. Rows of a
+/// ragged table stand under a heading of their own whenever the columns change: in one grid each of them
+/// would take as many blanks as all columns before its own are wide.
 class TextWriter {
 public:
-    TextWriter(const DataTable& table, const TextOptions& options)
-        : m_columns(table), m_options(options), m_layout(m_columns.ShownNames().size()) {
-        for (const VariantList& row : table) {
-            m_columns.VisitCells(row, [this](std::size_t column, const Variant& cell) {
-                m_layout[column].Include(MakeCell(&cell));
+    TextWriter(const DataTable& table, const TextOptions& options) : m_columns(table), m_options(options) {}
+
+    void Write(TableSink& sink, const DataTable& table) {
+        if (m_columns.ShownNames().empty()) return;
+        if (!m_columns.IsRagged()) {
+            m_section.resize(m_columns.ShownNames().size());
+            std::iota(m_section.begin(), m_section.end(), std::size_t{0});
+            WriteSection(sink, table.begin(), table.end());
+            return;
+        }
+        bool good = true;
+        for (auto row = table.begin(); good && row != table.end();) {
+            if (row != table.begin()) sink.Text() += '\n';
+            const auto first = row;
+            row = EndOfSection(first, table.end());
+            good = WriteSection(sink, first, row);
+        }
+    }
+
+private:
+    using RowPosition = DataTable::const_iterator;
+
+    /// Takes the columns of a row and returns the first row behind it that has others. Rows without
+    /// cells belong to any section.
+    RowPosition EndOfSection(RowPosition row, RowPosition end) {
+        m_section = m_columns.IndicesOf(*row);
+        while (++row != end && (row->Size() == 0 || m_columns.IndicesOf(*row) == m_section)) continue;
+        return row;
+    }
+
+    bool WriteSection(TableSink& sink, RowPosition first, RowPosition last) {
+        LayOut(first, last);
+        m_lineStart = sink.Text().size();
+        bool good = m_section.empty() || (WriteHeading(sink) && WriteRule(sink));
+        for (auto row = first; good && row != last; ++row) {
+            std::size_t next = 0;
+            VisitCells(*row, [&](std::size_t at, const Variant& cell) {
+                PassColumns(next, at);
+                Append(sink.Text(), at, MakeCell(&cell));
+                next = at + 1;
+            });
+            good = EndLine(sink);
+        }
+        return good;
+    }
+
+    /// Calls the visitor with each cell and the place of its column in the section.
+    template <class Visitor>
+    void VisitCells(const VariantList& row, Visitor visitor) {
+        std::size_t place = 0;
+        m_columns.VisitCells(row, [&](std::size_t column, const Variant& cell) {
+            while (m_section[place] != column) ++place;
+            visitor(place, cell);
+        });
+    }
+
+    const std::string& NameAt(std::size_t place) const { return m_columns.ShownNames()[m_section[place]]; }
+
+    void LayOut(RowPosition first, RowPosition last) {
+        m_layout.assign(m_section.size(), {});
+        for (; first != last; ++first) {
+            VisitCells(*first, [this](std::size_t place, const Variant& cell) {
+                m_layout[place].Include(MakeCell(&cell));
             });
         }
-        for (std::size_t i = 0; i < m_layout.size(); ++i) {
-            m_layout[i].width =
-                std::max(m_layout[i].width, CountCharacters(Displayed(m_columns.ShownNames()[i])));
-        }
-        if (options.maxWidth > 0) {
+        for (std::size_t i = 0; i < m_layout.size(); ++i)
+            m_layout[i].width = std::max(m_layout[i].width, CountCharacters(Displayed(NameAt(i))));
+        if (m_options.maxWidth > 0) {
             Narrow();
         } else {
             for (Layout& column : m_layout) column.width = std::min(column.width, kWidestPadding);
         }
     }
 
-    void Write(TableSink& sink, const DataTable& table) {
-        if (m_layout.empty()) return;
-        bool good = WriteHeading(sink) && WriteRule(sink);
-        for (auto row = table.begin(); good && row != table.end(); ++row) {
-            std::size_t column = 0;
-            m_columns.VisitCells(*row, [&](std::size_t at, const Variant& cell) {
-                PassColumns(column, at);
-                Append(sink.Text(), at, MakeCell(&cell));
-                column = at + 1;
-            });
-            good = EndLine(sink);
-        }
-    }
-
-private:
     /// Takes from the widest columns until a line fits, or all are narrow.
     void Narrow() {
         const std::size_t gaps = kGap * (m_layout.size() - std::min<std::size_t>(m_layout.size(), 1));
@@ -108,7 +152,7 @@ private:
     bool WriteHeading(TableSink& sink) {
         for (std::size_t i = 0; i < m_layout.size(); ++i) {
             const bool number = m_layout[i].hasNumber && !m_layout[i].hasOther;
-            Append(sink.Text(), i, MakeCell(m_columns.ShownNames()[i], number));
+            Append(sink.Text(), i, MakeCell(NameAt(i), number));
         }
         return EndLine(sink);
     }
@@ -154,9 +198,10 @@ private:
 
     DataTableColumns m_columns;
     const TextOptions& m_options;
-    std::vector<Layout> m_layout;
-    std::size_t m_blanks = 0;     // that wait for a text behind them
-    std::size_t m_lineStart = 0;  // in the sink's text
+    std::vector<std::size_t> m_section;  // the columns that are written, in their order
+    std::vector<Layout> m_layout;        // of these columns
+    std::size_t m_blanks = 0;            // that wait for a text behind them
+    std::size_t m_lineStart = 0;         // in the sink's text
 };
 
 }  // namespace
@@ -164,7 +209,7 @@ private:
 std::string ToText(const DataTable& table) { return ToText(table, {}); }
 
 std::string ToText(const DataTable& table, const TextOptions& options) {
-    TableSink sink;
+    TableSink sink(table.GetNumberOfRows());
     TextWriter(table, options).Write(sink, table);
     return std::move(sink.Text());
 }

@@ -6,12 +6,12 @@
 #include <system_error>
 #include <utility>
 
-#include "base/ByteScan.h"
 #include "base/HexDigits.h"
 #include "base/Utf.h"
 #include "data/CellAccess.h"
 #include "data/DataTableColumns.h"
 #include "data/JsonText.h"
+#include "data/SpecialBytes.h"
 #include "data/TextPlace.h"
 
 namespace quillon {
@@ -152,15 +152,27 @@ void JsonReader::ReadRow() {
 HeldName& JsonReader::ReadName(std::size_t column) {
     SkipSpace();
     if (!IsAt('"')) Fail(m_position, "expected a name in quotes");
+    if (column < m_names.size() && SkipExpected(m_names[column])) return m_names[column].held;
     const std::string_view name = ReadString();
-    if (column == m_names.size()) m_names.emplace_back(name);
-    if (!m_names[column].Equals(name)) m_names[column] = HeldName(name);
-    return m_names[column];
+    const bool isPlain = FindJsonSpecial<AlsoFind::Nothing>(name.data(), name.data() + name.size()) ==
+                         name.data() + name.size();
+    if (column == m_names.size()) m_names.emplace_back();
+    if (!m_names[column].held.Equals(name)) m_names[column] = {HeldName(name), isPlain};
+    return m_names[column].held;
+}
+
+/// Moves past a name when it stands there, in quotes, as it is.
+bool JsonReader::SkipExpected(const Name& name) {
+    const std::string_view text = name.held.Text();
+    const std::string_view rest(m_position + 1, static_cast<std::size_t>(m_end - m_position - 1));
+    const bool isThere = name.isPlain && rest.starts_with(text) && rest.substr(text.size()).starts_with('"');
+    if (isThere) m_position += text.size() + 2;
+    return isThere;
 }
 
 void JsonReader::ReadCell(VariantList& row, HeldName& name) {
     if (IsAt('"')) {
-        CellAccess::AddText(row, name, std::string(ReadString()));
+        CellAccess::AddText(row, name, ReadString());
     } else if (IsAt('{') || IsAt('[')) {
         std::string nested;
         AppendNested(nested, 1);
@@ -262,7 +274,7 @@ void JsonReader::AppendNestedItems(std::string& output, std::size_t depth, char 
 std::string_view JsonReader::ReadString() {
     const char* const opening = m_position;
     const char* from = ++m_position;
-    m_position = base::FindJsonSpecial<false>(m_position, m_end);
+    m_position = FindJsonSpecial<AlsoFind::Nothing>(m_position, m_end);
     std::string_view text(from, static_cast<std::size_t>(m_position - from));
     if (!IsAt('"')) {
         m_unescaped.clear();
@@ -273,7 +285,7 @@ std::string_view JsonReader::ReadString() {
             if (*m_position != '\\') Fail(m_position, "a control character inside quotes");
             AppendEscaped(m_unescaped);
             from = m_position;
-            m_position = base::FindJsonSpecial<false>(m_position, m_end);
+            m_position = FindJsonSpecial<AlsoFind::Nothing>(m_position, m_end);
         }
         text = m_unescaped;
     }

@@ -20,6 +20,11 @@ public:
     void Read();
 
 private:
+    struct Name {
+        HeldName held;
+        bool isPlain = false;  // it is written without an escape
+    };
+
     [[noreturn]] void Fail(const char* position, const std::string& reason) const;
 
     bool AtEnd() const { return m_position == m_end; }
@@ -35,6 +40,7 @@ private:
     void ReadCell(VariantList& row, HeldName& name);
     void ReadNumberCell(VariantList& row, HeldName& name);
     HeldName& ReadName(std::size_t column);
+    bool SkipExpected(const Name& name);
     void AppendNested(std::string& output, std::size_t depth);
     void AppendNestedItems(std::string& output, std::size_t depth, char close);
 
@@ -52,7 +58,7 @@ private:
     const char* const m_end;
     const bool m_valid;  // the text is valid UTF-8
     DataTable& m_table;
-    std::vector<HeldName> m_names;  // of the cells of the row before, by their place
+    std::vector<Name> m_names;  // of the cells of the row before, by their place
     std::string m_unescaped, m_repaired;
 };
 

@@ -1,8 +1,8 @@
 #include "data/JsonText.h"
 
-#include "base/ByteScan.h"
 #include "data/ControlEscape.h"
 #include "data/DataTableColumns.h"
+#include "data/SpecialBytes.h"
 
 namespace quillon {
 namespace {
@@ -16,32 +16,29 @@ void AppendEscaped(std::string& output, char character) {
     }
 }
 
-/// Appends valid UTF-8, of which the first bytes until `special` are plain.
-void AppendWithEscapes(std::string& output, const char* position, const char* end, const char* special) {
+/// Appends a text with its escapes; with HighBytes until the first byte that is not ASCII, which is
+/// returned.
+template <AlsoFind also>
+const char* AppendWithEscapes(std::string& output, const char* position, const char* end) {
     for (;;) {
+        const char* const special = FindJsonSpecial<also>(position, end);
         output.append(position, special);
-        if (special == end) return;
+        if (special == end || !NeedsJsonEscape(*special)) return special;
         AppendEscaped(output, *special);
         position = special + 1;
-        special = base::FindJsonSpecial<false>(position, end);
     }
 }
 
 }  // namespace
 
 void AppendJsonString(std::string& output, std::string_view text) {
-    const char* position = text.data();
-    const char* end = position + text.size();
+    const char* const end = text.data() + text.size();
     output += '"';
-    const char* special = base::FindJsonSpecial<true>(position, end);
-    if (special == end) {
-        output.append(position, end);
-    } else {
+    const char* const high = AppendWithEscapes<AlsoFind::HighBytes>(output, text.data(), end);
+    if (high != end) {
         std::string buffer;
-        const std::string_view valid = ValidUtf8(text, buffer);
-        position = valid.data();
-        end = position + valid.size();
-        AppendWithEscapes(output, position, end, base::FindJsonSpecial<false>(position, end));
+        const std::string_view valid = ValidUtf8({high, end}, buffer);
+        AppendWithEscapes<AlsoFind::Nothing>(output, valid.data(), valid.data() + valid.size());
     }
     output += '"';
 }

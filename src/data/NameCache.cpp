@@ -67,7 +67,8 @@ public:
         const auto hash = static_cast<std::uint32_t>(mixed >> 24);
         Set& set = m_sets[mixed >> 58];
         for (Slot& slot : set.slots) {
-            if (slot.hash == hash && slot.name != nullptr && slot.name->text == text) return Use(slot);
+            if (slot.hash == hash && slot.name != nullptr && detail::EqualTexts(slot.name->text, text))
+                return Use(slot);
         }
         SharedName* const name = MakeName(text, 2);  // the caller's use and the cache's own
         Slot& replaced = set.slots[m_next++ % kWays];

@@ -364,7 +364,7 @@ std::size_t Variant::Hash() const noexcept {
             value = static_cast<std::uint64_t>(m_value.time.time_since_epoch().count());
             break;
     }
-    const std::uint64_t name = Name() != nullptr ? Name()->hash : 0;
+    const std::uint64_t name = CellAccess::NameHash(*this);
     const auto kind = static_cast<std::uint64_t>(KindOf(*this));
     return static_cast<std::size_t>(Mixed(Mixed(value ^ kind << 60) ^ name));
 }

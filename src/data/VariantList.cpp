@@ -1,7 +1,6 @@
 #include "quillon/VariantList.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <memory>
 #include <new>
@@ -12,17 +11,15 @@
 
 #include "base/TextOrEmpty.h"
 #include "data/CellAccess.h"
-#include "data/CellCounts.h"
 #include "data/DumpWriter.h"
 #include "data/NameCache.h"
+#include "data/SimilarCells.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
 namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-/// Up to this size comparing every pair is cheaper than hashing.
-constexpr std::size_t kPairwiseLimit = 16;
 
 }  // namespace
 
@@ -77,7 +74,7 @@ VariantList::BlockOwner VariantList::Allocate(std::size_t capacity) {
 
 void VariantList::Delete(Block* block) noexcept {
     std::destroy_n(block->Cells(), block->size);
-    ::operator delete(block, sizeof(Block) + block->capacity * sizeof(Variant));
+    ::operator delete(block);  // without its size, which clang 14 does not take by default
 }
 
 VariantList::BlockOwner VariantList::CopyOf(const VariantList& other) {
@@ -194,8 +191,7 @@ bool VariantList::operator==(const VariantList& other) const {
 bool VariantList::operator!=(const VariantList& other) const { return !(*this == other); }
 
 bool VariantList::Similar(const VariantList& other) const {
-    if (Size() != other.Size()) return false;
-    return Size() <= kPairwiseLimit ? SimilarByPairs(other) : SimilarByHash(other);
+    return Size() == other.Size() && AreSimilar({begin(), end()}, {other.begin(), other.end()});
 }
 
 bool VariantList::NotSimilar(const VariantList& other) const { return !Similar(other); }
@@ -253,28 +249,6 @@ bool VariantList::Erase(const_iterator position) {
     std::destroy_at(m_block->Cells() + --m_block->size);
     m_block->cursor = std::numeric_limits<std::uint64_t>::max();
     return true;
-}
-
-bool VariantList::SimilarByPairs(const VariantList& other) const {
-    std::array<const Variant*, kPairwiseLimit> candidates{};
-    auto** const first = candidates.data();
-    auto** const last =
-        std::transform(other.begin(), other.end(), first, [](const Variant& element) { return &element; });
-    auto** next = first;
-    for (const Variant& element : *this) {
-        auto** const match = std::find_if(
-            next, last, [&](const Variant* candidate) { return CellAccess::Equal(element, *candidate); });
-        if (match == last) return false;
-        std::swap(*match, *next++);
-    }
-    return true;
-}
-
-bool VariantList::SimilarByHash(const VariantList& other) const {
-    CellCounts counts(other.Size());
-    const auto add = [&](const Variant& cell) { return counts.Add(cell); };
-    return std::all_of(other.begin(), other.end(), add) &&
-           std::all_of(begin(), end(), [&](const Variant& cell) { return counts.Remove(cell); });
 }
 
 std::size_t VariantList::Hash() const noexcept {

@@ -260,6 +260,27 @@ TEST(DataTableIO, OneLongCellDoesNotPadTheOthers) {
     EXPECT_LT(ToText(table).size(), 1'400'000u);
 }
 
+TEST(DataTableIO, RaggedTablesTakeSections) {
+    DataTable table;
+    std::string expected;
+    for (int i = 100; i < 140; ++i) {
+        const std::string number = std::to_string(i), name = "n" + number;
+        table.AddRow({{"z", "long"}, {name, i}});
+        table.AddRow(VariantList());
+        table.AddRow({{name, "x"}, {"z", "a"}});
+        expected += (i == 100 ? "" : "\n") + std::string("z     ") + name + "\n----  ----\nlong   " + number +
+                    "\n\na     x\n";
+    }
+    EXPECT_EQ(ToText(table), expected);
+    TextOptions narrow;
+    narrow.maxWidth = 9;
+    EXPECT_THAT(ToText(table, narrow), StartsWith("z     n1\xE2\x80\xA6\n----  --\xE2\x80\xA6\n"));
+
+    table.Clear(true);
+    for (int i = 0; i < 30'000; ++i) table.AddRow({{"column " + std::to_string(i), i}});
+    EXPECT_LT(ToText(table).size(), 1'500'000u);
+}
+
 TEST(DataTableIO, RepairedNamesStayApart) {
     const DataTable table(VariantList{{"\xFF", 1}, {"\xFE", 2}, {"\xEF\xBF\xBD", 3}});
     const std::string r = kReplacement;

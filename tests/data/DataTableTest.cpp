@@ -179,6 +179,29 @@ TEST(DataTable, SortsByColumnsAndKeepsTheOrderOfEquals) {
     EXPECT_EQ(table.GetNextRow(), nullptr);
 }
 
+TEST(DataTable, TablesMoveBetweenThreads) {
+    DataTable table;
+    for (int round = 0; round < 20; ++round) {
+        std::thread([&table, round] {  // each thread ends before the table that it adds to
+            const DataTable former = table;
+            table.AddRow({{"a-name", round}, {"name " + std::to_string(round), std::string(30, 'x')}});
+            table.AddRow(*table.begin());
+            table.RemoveRow(table.GetNumberOfRows() - 1);
+            DataTable made = std::move(table);
+            table = former;
+            table += std::move(made);
+            for (auto rows = former.GetNumberOfRows(); rows > 0; --rows) table.RemoveRow(0);
+        })
+            .join();
+    }
+    ASSERT_EQ(table.GetNumberOfRows(), 20u);
+    for (int round = 0; round < 20; ++round) {
+        const VariantList& row = table.GetRow(static_cast<unsigned long long>(round));
+        EXPECT_EQ(row["a-name"].GetLongLongValue(), round);
+        EXPECT_EQ(row[0].GetBindName() + row[1].GetName(), "a_namename " + std::to_string(round));
+    }
+}
+
 /// Only under the thread sanitizer can this fail: const operations must keep nothing in the table.
 TEST(DataTable, SixThreadsReadOneTable) {
     DataTable table;

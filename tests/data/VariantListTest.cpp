@@ -125,10 +125,12 @@ TEST(VariantList, SimilarIgnoresOrderButCounts) {
         {"null and its text", {a, Variant::NullVariant("n")}, {Variant("n", "null"), a}, false},
     };
     for (const auto& [what, shortLeft, shortRight, similar] : cases) {
-        for (const int padding : {0, 40}) {  // long rows go another way
+        // Long rows go another way, and those with repeated names a third one.
+        for (const auto& [padding, names] : {std::pair(0, 1), std::pair(40, 40), std::pair(40, 1)}) {
+            const auto name = [n = names](int i) { return "p" + std::to_string(i % n); };
             VariantList left = shortLeft, right;
-            for (int i = 0; i < padding; ++i) left.Add("p", i / 2);
-            for (int i = padding; i-- > 0;) right.Add("p", i / 2);
+            for (int i = 0; i < padding; ++i) left.Add(name(i), i / 2);
+            for (int i = padding; i-- > 0;) right.Add(name(i), i / 2);
             for (const Variant& value : shortRight) right.Add(value);
             EXPECT_EQ(left.Similar(right), similar) << what;
             EXPECT_EQ(right.NotSimilar(left), !similar) << what;

@@ -74,7 +74,8 @@ TEST(MetadataExport, CellsShowTextsAsTheyAre) {
         {"one\r\ntwo\nthree\rfour", "one<br>two<br>three<br>four"},
         {"<script>&lt;", "\\<script\\>\\&lt;"},
         {"see (https://a.example/x_y?b=1&c=~d#e|f*).", "see (<https://a.example/x_y?b=1&c=~d#e%7Cf*>)."},
-        {"http://a.example/p_(q) https://", "<http://a.example/p_(q)> https://"},
+        {"http://a.example/p_(q) https://", "<http://a.example/p_(q)> https\\://"},
+        {"HTTP://a.example/?a&amp;b&c www.b_c", "<HTTP://a.example/?a&amp;amp;b&c> www\\.b\\_c"},
         {"[x](y) *b* _i_ `c` ~s~ $m$", "\\[x\\](y) \\*b\\* \\_i\\_ \\`c\\` \\~s\\~ \\$m\\$"},
         {"\xC3\xA9 \xFF", "\xC3\xA9 \xEF\xBF\xBD"},
         {nullptr, ""}};

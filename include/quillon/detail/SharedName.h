@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "quillon/Export.h"
 
@@ -32,7 +33,7 @@ inline void DropUses(SharedName* name, std::size_t count = 1) noexcept {
 
 /// Compares two texts. Those of 4 to 16 bytes take two comparisons of words that may overlap, where a
 /// call of memcmp costs more.
-inline bool EqualTexts(const std::string& left, const std::string& right) noexcept {
+inline bool EqualTexts(std::string_view left, std::string_view right) noexcept {
     const std::size_t size = left.size();
     if (size != right.size()) return false;
     const auto equalEnds = [&](auto word) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quillon/DataTableIO.h"
@@ -35,23 +36,50 @@ private:
     bool m_set = false;
 };
 
+/// A table whose names and texts hold what separates, quotes, ends or steers in one of the forms.
 DataTable RandomTable(unsigned seed) {
+    using namespace std::string_view_literals;
+    static constexpr std::string_view kParts[] = {"1.5"sv,
+                                                  "1,5"sv,
+                                                  "\xD9\xAB"sv,
+                                                  "a"sv,
+                                                  "\""sv,
+                                                  "\n"sv,
+                                                  " "sv,
+                                                  "-0"sv,
+                                                  ";"sv,
+                                                  "\r\n"sv,
+                                                  "\r"sv,
+                                                  "\0"sv,
+                                                  "\\"sv,
+                                                  "\xE2\x80\xAE"sv,
+                                                  "\xEF\xBB\xBF"sv,
+                                                  "'"sv,
+                                                  "\t"sv,
+                                                  "{[:]}"sv,
+                                                  "\x1B"sv,
+                                                  "\x7F"sv,
+                                                  "\xC2\x85"sv,
+                                                  "=1+1"sv,
+                                                  "\xF0\x9F\x8D\xB5"sv,
+                                                  "null"sv};
     std::mt19937_64 random(seed);
     const auto text = [&] {
-        static const char* const kParts[] = {"1.5", "1,5", "\xD9\xAB", "a", "\"", "\n", " ", "-0", ";"};
         std::string result;
         for (auto count = random() % 4; count > 0; --count) result += kParts[random() % std::size(kParts)];
         return result;
     };
+    std::string names[6];
+    for (std::size_t i = 0; i < std::size(names); ++i) names[i] = text() + std::to_string(i);
     DataTable table;
     for (auto rows = random() % 4 + 1; rows > 0; --rows) {
         VariantList row;
-        row.Add("text", text());
-        row.Add("integer", static_cast<long long>(random()));
-        row.Add("real", std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 200) - 130));
-        row.Add("flag", random() % 2 == 0);
-        row.Add("nested", "[1.5,{\"a\":-2.25e-3}]");
-        row.Add(Variant::NullVariant("none"));
+        row.Add(names[0], text());
+        row.Add(names[1], static_cast<long long>(random()));
+        row.Add(names[2], std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 200) - 130));
+        row.Add(names[3], random() % 2 == 0);
+        row.Add(names[4], "[1.5,{\"a\":-2.25e-3}]");
+        row.Add(Variant::NullVariant(names[5]));
         table.AddRow(std::move(row));
     }
     return table;

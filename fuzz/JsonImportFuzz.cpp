@@ -1,0 +1,13 @@
+#include <cstddef>
+#include <cstdint>
+
+#include "ForeignLocale.h"
+#include "TableRoundTrip.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    UseForeignLocale(size);
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    CheckRoundTrip(input, quillon::FromJson, quillon::ToJson);
+    CheckRoundTrip(input, quillon::FromJson, quillon::ToJsonLines);
+    return 0;
+}

@@ -1,0 +1,13 @@
+#include "platform/HeapApi.h"
+
+#include <malloc.h>
+
+#include "platform/win32/WindowsHeaders.h"
+
+namespace quillon {
+
+void platform::ReleaseFreeMemory() noexcept {
+    ::HeapCompact(reinterpret_cast<HANDLE>(::_get_heap_handle()), 0);  // the heap of operator new
+}
+
+}  // namespace quillon
