@@ -37,7 +37,7 @@ public:
     static bool ReadStore(const std::wstring& storeName, std::vector<Certificate>& certificates);
 
     /// Returns the context for CertificateUtils; it is valid as long as this object or a copy of it.
-    const CERT_CONTEXT* Context() const { return m_context.get(); }
+    const windows::CERT_CONTEXT* Context() const { return m_context.get(); }
     /// Return the names in X.500 form, as CertificateUtils::GetCertBlobInfo() does.
     std::string Subject() const;
     std::string Issuer() const;
@@ -46,10 +46,11 @@ public:
     TimePoint NotAfter() const;
 
 private:
-    explicit Certificate(std::shared_ptr<const CERT_CONTEXT> context) : m_context(std::move(context)) {}
-    static Certificate Share(const CERT_CONTEXT* owned);
+    explicit Certificate(std::shared_ptr<const windows::CERT_CONTEXT> context)
+        : m_context(std::move(context)) {}
+    static Certificate Share(const windows::CERT_CONTEXT* owned);
 
-    std::shared_ptr<const CERT_CONTEXT> m_context;
+    std::shared_ptr<const windows::CERT_CONTEXT> m_context;
 };
 
 }  // namespace quillon

@@ -16,6 +16,10 @@ namespace quillon {
 
 class WmiCaller;
 class WmiEnumeration;
+namespace platform {
+template <class T>
+class CComPtr;
+}
 
 /// Asks and changes objects of Windows Management Instrumentation through one connection to one
 /// namespace, and turns each object into a row. Outside Windows a repository with the machine's
@@ -145,42 +149,45 @@ private:
     class Operation;
     class Services;
     class Update;
-    using PropertyVisitor = std::function<bool(wchar_t* const&, const _variant_t&, long)>;
+    template <class T>
+    using CComPtr = platform::CComPtr<T>;
+    using PropertyVisitor = std::function<bool(wchar_t* const&, const windows::_variant_t&, long)>;
     /// Gets an object and its index in the batch; false ends the visit.
-    using ObjectVisitor = std::function<bool(const ATL::CComPtr<IWbemClassObject>&, unsigned int)>;
+    using ObjectVisitor = std::function<bool(const CComPtr<windows::IWbemClassObject>&, unsigned int)>;
 
     bool CheckConnected(const char* failure);
     bool HasEnded(const wchar_t* context) const;
     std::unique_ptr<WmiEnumeration> StartQuery(const std::wstring& wql);
     bool VisitObjects(const std::wstring& wql, const ObjectVisitor& visit);
-    bool ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+    bool ReadRow(const CComPtr<windows::IWbemClassObject>& object, const wchar_t* objectPath,
                  bool returnQualifiers, VariantList& row) const;
     void ReportUnread(unsigned int index) const;
     bool ExecuteQueryInternal(const std::wstring& wql, DataTable* table, bool returnQualifiers);
-    bool AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* table,
+    bool AccumulateWmiClassObject(const CComPtr<windows::IWbemClassObject>& object, DataTable* table,
                                   wchar_t* objectPath, bool returnQualifiers);
-    bool ExtractObjectProperties(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+    bool ExtractObjectProperties(const CComPtr<windows::IWbemClassObject>& object, const wchar_t* objectPath,
                                  unsigned long flags, const PropertyVisitor& visit) const;
-    static bool AddPropertyToRow(VariantList* row, wchar_t* const& name, const _variant_t& value,
+    static bool AddPropertyToRow(VariantList* row, wchar_t* const& name, const windows::_variant_t& value,
                                  long cimType);
-    static bool CimScalarValueToVariant(const _variant_t* value, long cimType, Variant& out);
+    static bool CimScalarValueToVariant(const windows::_variant_t* value, long cimType, Variant& out);
     bool ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTable* updates,
                                  const std::function<bool()>& continuationPolicy, DataTable* results);
-    bool StoreObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* results);
+    bool StoreObject(const CComPtr<windows::IWbemClassObject>& object, DataTable* results);
     bool CallMethod(const std::wstring& className, const std::wstring& path, const std::wstring& methodName,
                     const MethodParameters& params, DataTable* results, wchar_t* objectPath);
-    bool ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>& object, const std::wstring& methodName,
-                                       const MethodParameters& params, DataTable* results);
-    bool KnowsParameters(const std::wstring& methodName, IWbemClassObject* inDefinition,
+    bool ExecuteInstanceMethodInternal(CComPtr<windows::IWbemClassObject>& object,
+                                       const std::wstring& methodName, const MethodParameters& params,
+                                       DataTable* results);
+    bool KnowsParameters(const std::wstring& methodName, windows::IWbemClassObject* inDefinition,
                          const MethodParameters& params) const;
     bool SetWmiParametersFromUserParameters(const std::wstring& methodName,
-                                            ATL::CComPtr<IWbemClassObject>& inDefinition,
-                                            ATL::CComPtr<IWbemClassObject>& inInstance,
+                                            CComPtr<windows::IWbemClassObject>& inDefinition,
+                                            CComPtr<windows::IWbemClassObject>& inInstance,
                                             const MethodParameters& params) const;
-    void SetWmiParameterFromUserParameters(ATL::CComPtr<IWbemClassObject>& inInstance,
+    void SetWmiParameterFromUserParameters(CComPtr<windows::IWbemClassObject>& inInstance,
                                            const std::wstring& name, long cimType,
                                            const MethodParameters& params) const;
-    void SetWmiParameterFromUserParameter(ATL::CComPtr<IWbemClassObject>& inInstance,
+    void SetWmiParameterFromUserParameter(CComPtr<windows::IWbemClassObject>& inInstance,
                                           const std::wstring& name, long cimType, const Variant& value) const;
     void HandleWbemError(const std::wstring& context, long hr) const;
 

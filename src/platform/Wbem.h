@@ -13,8 +13,6 @@
 
 namespace quillon::platform {
 
-using ATL::CComPtr;
-
 /// The locator of the in-process server. The caller's thread has COM initialised.
 HRESULT CreateWbemLocator(CComPtr<IWbemLocator>& locator);
 /// NTLM, call-level authentication, impersonation, nothing else.

@@ -159,7 +159,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
     }
 }
 
-bool WmiConnector::StoreObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* results) {
+bool WmiConnector::StoreObject(const CComPtr<IWbemClassObject>& object, DataTable* results) {
     m_logger->Debug("Putting instance");
     const HRESULT result = m_caller->Run([services = m_services->reference, object] {
         return services->PutInstance(object, 0, nullptr, nullptr);
