@@ -4,6 +4,7 @@
 #include "Utils/internal/NetworkLookup.h"
 #include "quillon/ICLogger.h"
 #include "quillon/NetworkUtils.h"
+#include "quillon/WindowsSockets.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -31,6 +32,7 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
                                         int timeoutSecs) {
     const int limit = std::max(timeoutSecs, 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
+    WindowsSockets::GetInstance()->InitializeSockets();
     const LookupResult found = LookUp(platform::QueryOf(node, service, hints), deadline);
     const char* const name = node == nullptr ? "(null)" : node;
     ICLogger* const logger = detail::RegisteredLogger();
@@ -39,8 +41,8 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
         if (logger != nullptr) logger->Warn(FormatOf(found.end), name, limit);
         return kTimedOut;
     }
-    if (found.isCopy) {
-        result = {found.list, &FreeAddrInfoRobust};  // the system's function could not free it
+    if (platform::IsOwnList(found.list)) {
+        result = {found.list, &FreeAddrInfoRobust};
     } else {
         result.reset(found.list);
     }

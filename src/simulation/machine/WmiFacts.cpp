@@ -1,13 +1,16 @@
 #include "simulation/machine/WmiFacts.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <string_view>
 
 #include "base/CivilTime.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
-#include "platform/NetworkApi.h"
 #include "platform/TimeApi.h"
 #include "platform/native/ProcFile.h"
 #include "simulation/wmi/WmiCoercion.h"
@@ -56,7 +59,10 @@ void AddMachineFacts(WmiRepository& repository) {
     }
 }
 
-std::string NodeName() { return platform::HostName().value_or(std::string()); }
+std::string NodeName() {
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : std::string();
+}
 
 std::optional<std::string> ReadFact(const std::string& path) {
     auto content = platform::ReadWholeFile(path);
