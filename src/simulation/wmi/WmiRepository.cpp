@@ -68,9 +68,13 @@ void WmiRepository::FailNext(WmiCall call, HRESULT code, unsigned int skip) {
 
 void WmiRepository::HangAfter(long objects) { m_state->HangAfter(objects); }
 
+void WmiRepository::Trickle(std::chrono::milliseconds pause) { m_state->Trickle(pause); }
+
 void WmiRepository::Hold(WmiCall call) { m_state->Hold(call); }
 
 void WmiRepository::LetGo() { m_state->Hold(WmiCall::Count); }
+
+void WmiRepository::AskForCom(bool (*hasCom)()) { m_state->hasCom = hasCom; }
 
 unsigned long long WmiRepository::CallCount(WmiCall call) const {
     return m_state->calls[static_cast<std::size_t>(call)];
