@@ -66,6 +66,18 @@ public:
         Text,   ///< its decimal text
     };
 
+    /// Says what an update does with values that are not scalars.
+    enum class UpdatePolicy {
+        /// A null value throws null_Variant. A property of another type than an integer, a real, a text, a
+        /// boolean or a date-time is set to null without a type, which WMI may refuse.
+        Scalars,
+        /// A null value clears the property. An array property takes a text with one element in each line,
+        /// and
+        /// the empty text as an empty array. A property of any other type, and a text that is no such array,
+        /// gives an Error entry and a failure before anything is stored (0x80041005, WBEM_E_TYPE_MISMATCH).
+        NullsAndArrays
+    };
+
     /// Makes a connector without a connection. The logger is not owned and must live as long;
     /// null means that nothing is logged.
     explicit WmiConnector(ICLogger* logger = ServiceLocator::Get<ICLogger>());
@@ -82,9 +94,16 @@ public:
     /// Replaces the policy; the default is Raise.
     void SetUint64Policy(Uint64Policy policy);
 
+    /// Replaces the policy of updates; the default is Scalars.
+    void SetUpdatePolicy(UpdatePolicy policy);
+
     /// Says what a value does that the called method has no parameter for: nothing, by default, or,
     /// when `refused`, an Error entry and a failure before the call.
     void RefuseUnknownParameters(bool refused);
+
+    /// Adds Debug entries: how many objects a query gave and how long it took, and what LastWmiErrorDetails()
+    /// returns after a failure. Off by default.
+    void SetDiagnostics(bool on);
 
     /// Connects to a namespace path such as "ROOT\CIMV2" (the narrow form is UTF-8) as the
     /// current user, in place of the connection before, which ends also when this fails.
@@ -134,6 +153,11 @@ public:
     /// Returns the code of the last failure, negative, as the text shows it in hexadecimal; 0 before the
     /// first. Without a connection it is 0x80010108 (RPC_E_DISCONNECTED).
     std::int32_t LastWmiErrorCode() const;
+
+    /// Returns what WMI says about the last failure beside its code (`__ExtendedStatus`), such as
+    /// "Operation: ExecQuery; ParameterInfo: SELECT", in UTF-16; empty when it says nothing. The reference is
+    /// valid until the next operation.
+    const std::wstring& LastWmiErrorDetails() const;
 
     /// Returns the one text value of the one object of a class, over a connection of its own,
     /// logging to the registered logger. The empty text, with an Error entry, when connecting
@@ -195,10 +219,13 @@ private:
     std::unique_ptr<Services> m_services;  // holds no reference while not connected
     std::unique_ptr<std::wstring> m_lastError;
     mutable std::int32_t m_lastErrorCode = 0;
+    mutable std::wstring m_lastErrorDetails;
     std::unique_ptr<WmiCaller> m_caller;  // of the operation that is under way
     std::int32_t m_deadline = 0;
     Uint64Policy m_uint64Policy = Uint64Policy::Raise;
+    UpdatePolicy m_updatePolicy = UpdatePolicy::Scalars;
     bool m_refusesUnknown = false;
+    bool m_diagnoses = false;
 };
 
 }  // namespace quillon

@@ -29,6 +29,8 @@ std::optional<std::wstring> WbemMessage(HRESULT code) { return Calls().wbemMessa
 
 std::optional<std::wstring> ComMessage(HRESULT code) { return Calls().comMessage(code); }
 
+std::wstring TakeWbemErrorDetails() { return Calls().takeErrorDetails(); }
+
 void ReplaceWbemCalls(WbemCalls calls) {
     WbemCalls all = SystemWbemCalls();
     TakeIfGiven(all.createLocator, calls.createLocator);
@@ -36,6 +38,7 @@ void ReplaceWbemCalls(WbemCalls calls) {
     TakeIfGiven(all.loadMessages, calls.loadMessages);
     TakeIfGiven(all.wbemMessage, calls.wbemMessage);
     TakeIfGiven(all.comMessage, calls.comMessage);
+    TakeIfGiven(all.takeErrorDetails, calls.takeErrorDetails);
     Calls() = std::move(all);
 }
 

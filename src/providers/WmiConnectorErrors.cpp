@@ -6,6 +6,7 @@
 
 #include "base/Utf.h"
 #include "platform/Wbem.h"
+#include "providers/WmiCaller.h"
 #include "quillon/StringUtils.h"
 #include "quillon/WmiConnector.h"
 
@@ -48,6 +49,9 @@ void WmiConnector::HandleWbemError(const std::wstring& context, long hr) const {
     m_logger->Error("%s (while %s)", base::ToUtf8(text).c_str(), base::ToUtf8(context).c_str());
     *m_lastError = std::move(text);
     m_lastErrorCode = code;
+    m_lastErrorDetails = m_caller != nullptr ? m_caller->TakeDetails() : std::wstring();
+    if (m_diagnoses && !m_lastErrorDetails.empty())
+        m_logger->Debug("WMI tells: %s", base::ToUtf8(m_lastErrorDetails).c_str());
 }
 
 }  // namespace quillon

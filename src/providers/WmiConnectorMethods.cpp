@@ -136,6 +136,7 @@ bool WmiConnector::KnowsParameters(const std::wstring& methodName, IWbemClassObj
         if (inDefinition != nullptr &&
             SUCCEEDED(inDefinition->Get(name.c_str(), 0, &unused, nullptr, nullptr)))
             continue;
+        m_lastErrorDetails.clear();
         *m_lastError = L"Method " + methodName + L" has no parameter " + name;
         m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_INVALID_METHOD_PARAMETERS);
         m_logger->Error("%s", ToUtf8(*m_lastError).c_str());

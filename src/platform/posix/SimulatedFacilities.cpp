@@ -18,6 +18,7 @@
 #include "simulation/machine/MachineRegistry.h"
 #include "simulation/sockets/Sockets.h"
 #include "simulation/token/ProcessToken.h"
+#include "simulation/wmi/WmiErrorDetails.h"
 #include "simulation/wmi/WmiMessages.h"
 #include "simulation/wmi/WmiRepository.h"
 
@@ -103,6 +104,7 @@ WbemCalls SystemWbemCalls() {
         [] { return true; },
         simulation::WmiMessage,
         simulation::SystemMessage,
+        simulation::TakeErrorDetails,
     };
 }
 

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "simulation/wmi/WmiErrorDetails.h"
 #include "simulation/wmi/WmiLocator.h"
 #include "simulation/wmi/WmiPath.h"
 #include "simulation/wmi/WmiState.h"
@@ -93,6 +94,7 @@ HRESULT WmiRepository::SetProxyBlanket() { return m_state->Begin(WmiCall::SetPro
 platform::WbemCalls WmiRepository::Calls() {
     platform::WbemCalls calls;
     calls.createLocator = [this](platform::CComPtr<IWbemLocator>& locator) { return CreateLocator(locator); };
+    calls.takeErrorDetails = TakeErrorDetails;
     calls.setProxyBlanket = [this](IWbemServices*) { return SetProxyBlanket(); };
     return calls;
 }
