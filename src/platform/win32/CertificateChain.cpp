@@ -1,6 +1,8 @@
 #include "platform/CertificateApi.h"
 #include "platform/win32/CertificateStore.h"
 
+#include <cstddef>
+
 namespace quillon::platform {
 
 namespace {
@@ -37,7 +39,7 @@ StoreHandle StoreOf(const std::vector<const CERT_CONTEXT*>& certificates) {
 
 Handle<EngineTraits> EngineWithRoots(HCERTSTORE roots) {
     CERT_CHAIN_ENGINE_CONFIG config{};
-    config.cbSize = sizeof config;
+    config.cbSize = offsetof(CERT_CHAIN_ENGINE_CONFIG, dwExclusiveFlags);  // as Windows 7 has it
     config.hExclusiveRoot = roots;
     HCERTCHAINENGINE engine = nullptr;
     return Handle<EngineTraits>(::CertCreateCertificateChainEngine(&config, &engine) == 0 ? nullptr : engine);
