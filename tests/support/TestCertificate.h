@@ -15,9 +15,9 @@ inline constexpr const char* kCertificate =
     "6mjq/ZM9dVZFy8BkHbnrVA4=\n"
     "-----END CERTIFICATE-----\n";
 
-/// A chain of three, RSA with SHA-1, which the emulator can check as well; valid from 2026-11-25 to 2126-11-01.
-/// The root is CN=Test Root, the issuer CN=Test Issuer, and the third, CN=host, is for a server and 1.2.3.4
-/// and has a name of every kind.
+/// A chain of three, RSA with SHA-1, which the emulator can check as well; valid from 2026-11-25 to
+/// 2126-11-01. The root is CN=Test Root, the issuer CN=Test Issuer, and the third, CN=host, is for a server
+/// and 1.2.3.4 and has a name of every kind.
 inline constexpr const char* kRoot =
     "-----BEGIN CERTIFICATE-----\n"
     "MIICFjCCAX+gAwIBAgIUUzqzT5c3Qj3fEx8lcLWQ40A2S0IwDQYJKoZIhvcNAQEF\n"
