@@ -91,9 +91,9 @@ TimePoint DateTimeUtils::DATEToTimePoint(const double& date) {
     return ticks ? FileTimeToTimePoint(ToFileTime(*ticks)) : TimePoint();
 }
 
-std::string DateTimeUtils::ColeDateTimeToJsonDateTime(const ATL::COleDateTime& date) {
-    return date.GetStatus() == ATL::COleDateTime::valid ? JsonDateTime(date.m_dt, platform::ZoneOffsetNow())
-                                                        : std::string();
+std::string DateTimeUtils::ColeDateTimeToJsonDateTime(const OleDateTime& date) {
+    return date.GetStatus() == OleDateTime::valid ? JsonDateTime(date.m_dt, platform::ZoneOffsetNow())
+                                                  : std::string();
 }
 
 std::string DateTimeUtils::FileTimeToJsonDateTime(const FILETIME& utc) {

@@ -5,6 +5,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
 #include "quillon/NetworkUtils.h"
+#include "quillon/WindowsSockets.h"
 #include "quillon/detail/RegisteredLogger.h"
 
 namespace quillon {
@@ -32,6 +33,7 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
                                         int timeoutSecs) {
     const int limit = std::max(timeoutSecs, 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
+    WindowsSockets::GetInstance()->InitializeSockets();
     const LookupResult found = LookUp(platform::QueryOf(node, service, hints), deadline);
     const std::string shown = LogText::OneLine(node == nullptr ? "(null)" : node);
     const char* const name = shown.c_str();
@@ -41,8 +43,8 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
         if (logger != nullptr) logger->Warn(FormatOf(found.end), name, limit);
         return kTimedOut;
     }
-    if (found.isCopy) {
-        result = {found.list, &FreeAddrInfoRobust};  // the system's function could not free it
+    if (platform::IsOwnList(found.list)) {
+        result = {found.list, &FreeAddrInfoRobust};
     } else {
         result.reset(found.list);
     }

@@ -125,7 +125,7 @@ LookupResult Await(Lookups& all, Lookup& lookup, Deadline deadline) {
     const bool isLast = --lookup.askers == 0;
     LookupResult& result = lookup.result;
     if (!hasEnded) return {.end = LookupResult::End::TimedOut};
-    if (!isLast) return {.code = result.code, .list = platform::CopyAddresses(result.list), .isCopy = true};
+    if (!isLast) return {.code = result.code, .list = platform::CopyAddresses(result.list)};
     return {.code = result.code, .list = std::exchange(result.list, nullptr)};
 }
 

@@ -18,9 +18,8 @@ struct LookupResult {
 
     End end = End::Answered;
     int code = 0;
-    /// The receiver's, for FreeAddresses(); a copy when others receive the same.
+    /// The receiver's, for FreeAddresses().
     addrinfo* list = nullptr;
-    bool isCopy = false;
 };
 
 /// How many may run at once; who asks for more waits for a place. A look-up that nobody waits for

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,12 +33,17 @@ public:
     /// content, and what is malformed, is left out. Returns false, and appends nothing, when the file
     /// cannot be read or is larger.
     static bool ReadFile(const std::string& path, std::vector<Certificate>& certificates);
+    /// Says whose stores are meant: the computer's, those of the account of the process, or a service's.
+    enum class Stores { Computer, User, Service };
     /// Appends the certificates of one of the computer's stores, such as L"Root". Returns false when there is
     /// no such store; there are none outside Windows.
     static bool ReadStore(const std::wstring& storeName, std::vector<Certificate>& certificates);
+    /// Does the same with another's stores; the name of a service's is L"Service\\My".
+    static bool ReadStore(Stores stores, const std::wstring& storeName,
+                          std::vector<Certificate>& certificates);
 
     /// Returns the context for CertificateUtils; it is valid as long as this object or a copy of it.
-    const CERT_CONTEXT* Context() const { return m_context.get(); }
+    const windows::CERT_CONTEXT* Context() const { return m_context.get(); }
     /// Return the names in X.500 form, as CertificateUtils::GetCertBlobInfo() does.
     std::string Subject() const;
     std::string Issuer() const;
@@ -45,11 +51,49 @@ public:
     TimePoint NotBefore() const;
     TimePoint NotAfter() const;
 
-private:
-    explicit Certificate(std::shared_ptr<const CERT_CONTEXT> context) : m_context(std::move(context)) {}
-    static Certificate Share(const CERT_CONTEXT* owned);
+    /// Names a host, a person or a place that the certificate is for, beside its subject.
+    struct AlternativeName {
+        enum class Kind {
+            Dns,  ///< "www.example.org", as it stands: a wildcard is not resolved
+            Ip,   ///< "10.0.0.1" or "2001:db8::1"
+            Email,
+            Uri,
+            Directory,  ///< a name in X.500 form
+            Other       ///< the bytes in hexadecimal
+        };
 
-    std::shared_ptr<const CERT_CONTEXT> m_context;
+        Kind kind = Kind::Other;
+        std::string value;
+    };
+    /// Returns the names in the order of the certificate.
+    std::vector<AlternativeName> AlternativeNames() const;
+
+    /// Names the uses of the key; the values are those of Windows' CERT_..._KEY_USAGE.
+    enum KeyUsageBits : std::uint32_t {
+        DigitalSignature = 0x80,
+        NonRepudiation = 0x40,
+        KeyEncipherment = 0x20,
+        DataEncipherment = 0x10,
+        KeyAgreement = 0x08,
+        KeyCertSign = 0x04,
+        CrlSign = 0x02,
+        EncipherOnly = 0x01,
+        DecipherOnly = 0x8000
+    };
+    /// Returns the bits; nothing when the certificate names no use, which allows all.
+    std::optional<std::uint32_t> KeyUsage() const;
+    /// Returns the identifiers of the extended uses, such as "1.3.6.1.5.5.7.3.1"; nothing when the
+    /// certificate names none, which allows all.
+    std::optional<std::vector<std::string>> ExtendedKeyUsages() const;
+
+private:
+    friend class CertificateChain;
+
+    explicit Certificate(std::shared_ptr<const windows::CERT_CONTEXT> context)
+        : m_context(std::move(context)) {}
+    static Certificate Share(const windows::CERT_CONTEXT* owned);
+
+    std::shared_ptr<const windows::CERT_CONTEXT> m_context;
 };
 
 }  // namespace quillon

@@ -25,16 +25,16 @@ public:
 
     /// Returns a text property such as 11, CERT_FRIENDLY_NAME_PROP_ID: every code unit that the system
     /// returns, including the terminating NUL.
-    static std::string GetContextPropertyString(const CERT_CONTEXT* const& certificate,
+    static std::string GetContextPropertyString(const windows::CERT_CONTEXT* const& certificate,
                                                 const unsigned long& propertyId);
     /// Returns the bytes of a property in hexadecimal, as StringUtils::ByteArrayToHexString() does, such
     /// as 3, CERT_SHA1_HASH_PROP_ID, or 107, CERT_SHA256_HASH_PROP_ID.
-    static std::string GetContextPropertyHash(const CERT_CONTEXT* const& certificate,
+    static std::string GetContextPropertyHash(const windows::CERT_CONTEXT* const& certificate,
                                               const unsigned long& propertyId);
     /// Returns an encoded name in X.500 form, "C=..., O=..., CN=...".
-    static std::string GetCertBlobInfo(CRYPTOAPI_BLOB encodedName);
+    static std::string GetCertBlobInfo(windows::CRYPTOAPI_BLOB encodedName);
     /// Returns the serial number in lower-case hexadecimal, most significant byte first.
-    static std::string GetSerialNumberHexString(const CERT_CONTEXT* const& certificate);
+    static std::string GetSerialNumberHexString(const windows::CERT_CONTEXT* const& certificate);
 
     /// Returns the name for people of one of the nine stores below; the store's name is
     /// case-insensitive.

@@ -48,10 +48,10 @@ public:
 
     /// Returns the epoch seconds of a UTC file time, its fraction of a second dropped; negative
     /// before 1970.
-    static long long FileTimeToEpochTime(const FILETIME& fileTime);
+    static long long FileTimeToEpochTime(const windows::FILETIME& fileTime);
     /// Returns the time point; ticks below a millisecond are dropped. A file time that is later
     /// than the last time point becomes it.
-    static TimePoint FileTimeToTimePoint(const FILETIME& fileTime);
+    static TimePoint FileTimeToTimePoint(const windows::FILETIME& fileTime);
     /// Returns the time point of an OLE date in UTC, rounded to whole seconds; the epoch for a
     /// date outside the years 1601 to 9999, which cannot be converted.
     static TimePoint DATEToTimePoint(const double& date);
@@ -74,7 +74,7 @@ public:
     static std::string FormatTimeAsISO8601(const long long& epochSeconds);
     /// Returns the same of a UTC file time, never cut; the empty text for file times of 2^63
     /// and more, which the system refuses.
-    static std::string FormatTimeAsISO8601(const FILETIME& fileTime);
+    static std::string FormatTimeAsISO8601(const windows::FILETIME& fileTime);
     /// Returns local time as "%a %b %d %H : %M:%S %Y", blanks around the first colon; the empty
     /// text when it would be longer than 26 characters (from year 10000) or the system cannot
     /// tell the local time.
@@ -103,22 +103,22 @@ public:
     /// Writes the date's own fields with the zone offset that is in force now, not at that
     /// date; "Z" when the system does not tell its zone, "+00:00" for UTC. Returns the empty
     /// text for an invalid date and for the years 1601 and 1899, which stand for no date.
-    static std::string ColeDateTimeToJsonDateTime(const ATL::COleDateTime& date);
+    static std::string ColeDateTimeToJsonDateTime(const OleDateTime& date);
     /// Returns a moment in UTC in local time, with the offset that is in force now; the empty
     /// text for a failure and for the years above.
-    static std::string FileTimeToJsonDateTime(const FILETIME& utc);
+    static std::string FileTimeToJsonDateTime(const windows::FILETIME& utc);
     static std::string DATEToJsonDateTime(const double& utc);
     /// Returns DATEToJsonDateTime() of the VARIANT's `date` member; its type is not checked.
-    static std::string VT_DATEToJsonDateTime(const VARIANT& value);
+    static std::string VT_DATEToJsonDateTime(const windows::VARIANT& value);
     /// Rewrites a CIM DATETIME of 25 characters (DMTF DSP0004) with its own zone ("Z" for UTC)
     /// and its first three digits of a second. A field that begins with '*' is taken from the
     /// current local time (year, month, day) or 0. Anything that is no text of that length
     /// gives the empty text.
-    static std::wstring CimDateTimeToJsonDateTime(const _variant_t& value);
+    static std::wstring CimDateTimeToJsonDateTime(const windows::_variant_t& value);
     /// Returns the date as VT_DATE in UTC; VT_NULL when the text has no date (an interval, a
     /// date of wildcards), VT_EMPTY when the text is refused or the system's reader cannot be
     /// made. COM must be initialised on the calling thread; the caller has nothing to free.
-    static VARIANT CimDateTimeToVariantDate(const _bstr_t& text);
+    static windows::VARIANT CimDateTimeToVariantDate(const windows::_bstr_t& text);
 
     /// Returns the IANA zone of a Windows zone identifier (exact, case-sensitive), from the
     /// embedded windowsZones document of the Unicode CLDR. An unknown name gives the empty text

@@ -1,19 +1,13 @@
 #pragma once
 
-#include <cstdint>
+#include <type_traits>
 
 #include "quillon/Export.h"
+#include "quillon/WindowsTypes.h"
 
 namespace quillon {
 
 class ICLogger;
-
-/// Says why a subscription's callback is called; the values are those of the system's type of this
-/// name.
-enum EVT_SUBSCRIBE_NOTIFY_ACTION : std::int32_t {
-    EvtSubscribeActionError = 0,
-    EvtSubscribeActionDeliver = 1
-};
 
 /// Calls the functions of the Windows Event Log, bound at run time from wevtapi.dll, and keeps
 /// channels enabled while somebody subscribes to them. Thread-safe once Initialize() has returned.
@@ -47,8 +41,27 @@ public:
     /// exception must not leave it.
     static void* EvtSubscribe(void* session, void* signalEvent, const wchar_t* channelPath,
                               const wchar_t* query, void* bookmark, void* context,
-                              unsigned long (*callback)(EVT_SUBSCRIBE_NOTIFY_ACTION, void*, void*),
+                              unsigned long (*callback)(windows::EVT_SUBSCRIBE_NOTIFY_ACTION, void*, void*),
                               unsigned long flags);
+    /// Does the same with a callback that takes the type of <winevt.h>.
+    template <class Action>
+    requires(
+        std::is_enum_v<Action> &&
+        sizeof(Action) ==
+            sizeof(
+                windows::EVT_SUBSCRIBE_NOTIFY_ACTION)) static void* EvtSubscribe(void* session,
+                                                                                 void* signalEvent,
+                                                                                 const wchar_t* channelPath,
+                                                                                 const wchar_t* query,
+                                                                                 void* bookmark,
+                                                                                 void* context,
+                                                                                 unsigned long (*callback)(
+                                                                                     Action, void*, void*),
+                                                                                 unsigned long flags) {
+        using Callback = unsigned long (*)(windows::EVT_SUBSCRIBE_NOTIFY_ACTION, void*, void*);
+        return EvtSubscribe(session, signalEvent, channelPath, query, bookmark, context,
+                            reinterpret_cast<Callback>(callback), flags);
+    }
     /// Forwards to the function of that name; so do the operations below. 1 is success.
     static int EvtClose(void* handle);
     static void* EvtCreateRenderContext(unsigned long count, const wchar_t** valuePaths, unsigned long flags);

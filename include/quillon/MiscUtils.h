@@ -60,7 +60,7 @@ public:
     /// Finds the module that holds `address` and stores it in `module`. Its reference count
     /// stays, so the caller releases nothing. Returns false, with the Error entry "Could not
     /// get DLL details because: ...", and leaves `module` alone, when there is none.
-    static bool GetDllHandle(HINSTANCE& module, void* address);
+    static bool GetDllHandle(windows::HINSTANCE& module, void* address);
     /// Returns the byte order of the machine: true on all that the library is built for.
     static bool IsLittleEndian();
     /// Blocks the calling thread for `ms` milliseconds; returns at once for 0 or less. Nothing

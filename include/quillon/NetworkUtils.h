@@ -53,10 +53,11 @@ public:
     /// its own. At most 16 look-ups that somebody waits for run at once, and 256 in all; further
     /// callers wait for a place, within their limit, and one who gets none is told -1 with the
     /// Warn entry " -> DNS resolution of X has not started within N seconds: too many are under
-    /// way". Addresses in figures and "localhost" need no place. A list that is a copy must not be freed by
-    /// freeaddrinfo(): `result` then has FreeAddrInfoRobust() as its deleter, whatever it had before; in
-    /// other cases its deleter stays, so construct it with FreeAddrInfoRobust(). A look-up for which no
-    /// thread can be had gives EAI_AGAIN.
+    /// way". Addresses in figures and "localhost" need no place. A list that is a copy, as every list on
+    /// Windows, must not be freed by freeaddrinfo(): `result` then has FreeAddrInfoRobust() as its deleter,
+    /// whatever it had before; in other cases its deleter stays, so construct it with FreeAddrInfoRobust(). A
+    /// look-up for which no thread can be had gives EAI_AGAIN. Windows Sockets are started when they are not.
+    /// Texts, the canonical names in the list included, are UTF-8.
     static int getaddrinfo_OrTimeout(const char* node, const char* service, addrinfo* hints,
                                      std::unique_ptr<addrinfo, void (*)(addrinfo*)>& result, int timeoutSecs);
     /// Returns the system's text for a code that the look-up returned, such as "Name or service not known";

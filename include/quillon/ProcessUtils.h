@@ -169,7 +169,7 @@ public:
     /// Returns the bytes of resident memory that the process shares with no other; 0 when they
     /// cannot be told. The handle must allow queries and reading memory, and stays the
     /// caller's.
-    static long long GetPrivateWorkingSetForProcess(const HANDLE& process);
+    static long long GetPrivateWorkingSetForProcess(const windows::HANDLE& process);
     /// Returns the same by id; for a process that cannot be opened, 0 and the Debug entry
     /// "Unable to get a VM_READ handle for pid N".
     static long long GetPrivateWorkingSetForProcess(const long& pid);

@@ -11,7 +11,7 @@ namespace quillon {
 /// share the handle.
 struct RegKey {
     std::string path;  ///< UTF-8; for messages, nothing opens it
-    HKEY handle = nullptr;
+    windows::HKEY handle = nullptr;
 };
 
 /// Reads registry values by the caller's type; the type that is stored (REG_DWORD, REG_SZ, ...)

@@ -64,7 +64,7 @@ public:
     static bool StringToUtf16le(const std::wstring& text, std::uint16_t*& buffer, std::size_t& byteCount);
     /// Converts to the system's ANSI code page, not to UTF-8; characters that the page does not
     /// have become its default character. Null gives the empty text. The caller keeps `text`.
-    static std::string ConvertBSTRToNarrowString(BSTR text);
+    static std::string ConvertBSTRToNarrowString(windows::BSTR text);
 
     // --- Case and trimming ---
 

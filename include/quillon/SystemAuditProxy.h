@@ -51,9 +51,10 @@ private:
     static void ReaffirmAuditPolicy();
     static void StartMonitoringAuditPolicyChanges();
     static void StopMonitoringAuditPolicyChanges();
-    static bool GetAuditPolicyState(const GUID& subcategory, unsigned long* state, ICLogger* logger);
-    static bool SetAuditPolicyState(const GUID& subcategory, const unsigned long& state, ICLogger* logger);
-    static std::string GUIDToString(const GUID& guid);
+    static bool GetAuditPolicyState(const windows::GUID& subcategory, unsigned long* state, ICLogger* logger);
+    static bool SetAuditPolicyState(const windows::GUID& subcategory, const unsigned long& state,
+                                    ICLogger* logger);
+    static std::string GUIDToString(const windows::GUID& guid);
 };
 
 }  // namespace quillon

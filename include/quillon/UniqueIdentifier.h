@@ -29,7 +29,7 @@ public:
     /// Takes the bytes in the order in which they are printed.
     UniqueIdentifier(const unsigned char (&bytes)[16]);
     /// Takes a GUID, whose first three fields are in the machine's byte order.
-    UniqueIdentifier(const GUID& guid);
+    UniqueIdentifier(const windows::GUID& guid);
 
     /// Returns a new random identifier; the empty one when the system cannot make one.
     static UniqueIdentifier Generate();
@@ -43,7 +43,7 @@ public:
     std::string ToStringJustHex() const;
     /// Writes the bytes in the order in which they are printed.
     void ToBinary(unsigned char (&bytes)[16]) const;
-    GUID ToMsGuid() const;
+    windows::GUID ToMsGuid() const;
     bool IsEmpty() const;
 
     std::strong_ordering operator<=>(const UniqueIdentifier& other) const = default;

@@ -32,9 +32,9 @@ public:
 
     /// Returns a locally unique identifier as "LOW:HIGH" in decimal, HIGH being signed; the
     /// session of the system itself is "999:0".
-    static std::string LuidToString(const LUID& luid);
+    static std::string LuidToString(const windows::LUID& luid);
     /// Returns whether both parts of the two identifiers are equal.
-    static bool SameLuid(const LUID& first, const LUID& second);
+    static bool SameLuid(const windows::LUID& first, const windows::LUID& second);
 
     /// Returns whether the whole text is "domain\user", then the domain and the user. Either
     /// may be empty; a second backslash or an '@' makes it no match, with both parts empty.

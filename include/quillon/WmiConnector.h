@@ -16,6 +16,10 @@ namespace quillon {
 
 class WmiCaller;
 class WmiEnumeration;
+namespace platform {
+template <class T>
+class CComPtr;
+}
 
 /// Asks and changes objects of Windows Management Instrumentation through one connection to one
 /// namespace, and turns each object into a row. Outside Windows a repository with the machine's
@@ -62,6 +66,18 @@ public:
         Text,   ///< its decimal text
     };
 
+    /// Says what an update does with values that are not scalars.
+    enum class UpdatePolicy {
+        /// A null value throws null_Variant. A property of another type than an integer, a real, a text, a
+        /// boolean or a date-time is set to null without a type, which WMI may refuse.
+        Scalars,
+        /// A null value clears the property. An array property takes a text with one element in each line,
+        /// and
+        /// the empty text as an empty array. A property of any other type, and a text that is no such array,
+        /// gives an Error entry and a failure before anything is stored (0x80041005, WBEM_E_TYPE_MISMATCH).
+        NullsAndArrays
+    };
+
     /// Makes a connector without a connection. The logger is not owned and must live as long;
     /// null means that nothing is logged.
     explicit WmiConnector(ICLogger* logger = ServiceLocator::Get<ICLogger>());
@@ -78,9 +94,16 @@ public:
     /// Replaces the policy; the default is Raise.
     void SetUint64Policy(Uint64Policy policy);
 
+    /// Replaces the policy of updates; the default is Scalars.
+    void SetUpdatePolicy(UpdatePolicy policy);
+
     /// Says what a value does that the called method has no parameter for: nothing, by default, or,
     /// when `refused`, an Error entry and a failure before the call.
     void RefuseUnknownParameters(bool refused);
+
+    /// Adds Debug entries: how many objects a query gave and how long it took, and what LastWmiErrorDetails()
+    /// returns after a failure. Off by default.
+    void SetDiagnostics(bool on);
 
     /// Connects to a namespace path such as "ROOT\CIMV2" (the narrow form is UTF-8) as the
     /// current user, in place of the connection before, which ends also when this fails.
@@ -131,6 +154,11 @@ public:
     /// first. Without a connection it is 0x80010108 (RPC_E_DISCONNECTED).
     std::int32_t LastWmiErrorCode() const;
 
+    /// Returns what WMI says about the last failure beside its code (`__ExtendedStatus`), such as
+    /// "Operation: ExecQuery; ParameterInfo: SELECT", in UTF-16; empty when it says nothing. The reference is
+    /// valid until the next operation.
+    const std::wstring& LastWmiErrorDetails() const;
+
     /// Returns the one text value of the one object of a class, over a connection of its own,
     /// logging to the registered logger. The empty text, with an Error entry, when connecting
     /// or the query fails, or there is any other number of objects or kind of value. The names
@@ -145,42 +173,45 @@ private:
     class Operation;
     class Services;
     class Update;
-    using PropertyVisitor = std::function<bool(wchar_t* const&, const _variant_t&, long)>;
+    template <class T>
+    using CComPtr = platform::CComPtr<T>;
+    using PropertyVisitor = std::function<bool(wchar_t* const&, const windows::_variant_t&, long)>;
     /// Gets an object and its index in the batch; false ends the visit.
-    using ObjectVisitor = std::function<bool(const ATL::CComPtr<IWbemClassObject>&, unsigned int)>;
+    using ObjectVisitor = std::function<bool(const CComPtr<windows::IWbemClassObject>&, unsigned int)>;
 
     bool CheckConnected(const char* failure);
     bool HasEnded(const wchar_t* context) const;
     std::unique_ptr<WmiEnumeration> StartQuery(const std::wstring& wql);
     bool VisitObjects(const std::wstring& wql, const ObjectVisitor& visit);
-    bool ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+    bool ReadRow(const CComPtr<windows::IWbemClassObject>& object, const wchar_t* objectPath,
                  bool returnQualifiers, VariantList& row) const;
     void ReportUnread(unsigned int index) const;
     bool ExecuteQueryInternal(const std::wstring& wql, DataTable* table, bool returnQualifiers);
-    bool AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* table,
+    bool AccumulateWmiClassObject(const CComPtr<windows::IWbemClassObject>& object, DataTable* table,
                                   wchar_t* objectPath, bool returnQualifiers);
-    bool ExtractObjectProperties(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+    bool ExtractObjectProperties(const CComPtr<windows::IWbemClassObject>& object, const wchar_t* objectPath,
                                  unsigned long flags, const PropertyVisitor& visit) const;
-    static bool AddPropertyToRow(VariantList* row, wchar_t* const& name, const _variant_t& value,
+    static bool AddPropertyToRow(VariantList* row, wchar_t* const& name, const windows::_variant_t& value,
                                  long cimType);
-    static bool CimScalarValueToVariant(const _variant_t* value, long cimType, Variant& out);
+    static bool CimScalarValueToVariant(const windows::_variant_t* value, long cimType, Variant& out);
     bool ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTable* updates,
                                  const std::function<bool()>& continuationPolicy, DataTable* results);
-    bool StoreObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* results);
+    bool StoreObject(const CComPtr<windows::IWbemClassObject>& object, DataTable* results);
     bool CallMethod(const std::wstring& className, const std::wstring& path, const std::wstring& methodName,
                     const MethodParameters& params, DataTable* results, wchar_t* objectPath);
-    bool ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>& object, const std::wstring& methodName,
-                                       const MethodParameters& params, DataTable* results);
-    bool KnowsParameters(const std::wstring& methodName, IWbemClassObject* inDefinition,
+    bool ExecuteInstanceMethodInternal(CComPtr<windows::IWbemClassObject>& object,
+                                       const std::wstring& methodName, const MethodParameters& params,
+                                       DataTable* results);
+    bool KnowsParameters(const std::wstring& methodName, windows::IWbemClassObject* inDefinition,
                          const MethodParameters& params) const;
     bool SetWmiParametersFromUserParameters(const std::wstring& methodName,
-                                            ATL::CComPtr<IWbemClassObject>& inDefinition,
-                                            ATL::CComPtr<IWbemClassObject>& inInstance,
+                                            CComPtr<windows::IWbemClassObject>& inDefinition,
+                                            CComPtr<windows::IWbemClassObject>& inInstance,
                                             const MethodParameters& params) const;
-    void SetWmiParameterFromUserParameters(ATL::CComPtr<IWbemClassObject>& inInstance,
+    void SetWmiParameterFromUserParameters(CComPtr<windows::IWbemClassObject>& inInstance,
                                            const std::wstring& name, long cimType,
                                            const MethodParameters& params) const;
-    void SetWmiParameterFromUserParameter(ATL::CComPtr<IWbemClassObject>& inInstance,
+    void SetWmiParameterFromUserParameter(CComPtr<windows::IWbemClassObject>& inInstance,
                                           const std::wstring& name, long cimType, const Variant& value) const;
     void HandleWbemError(const std::wstring& context, long hr) const;
 
@@ -188,10 +219,13 @@ private:
     std::unique_ptr<Services> m_services;  // holds no reference while not connected
     std::unique_ptr<std::wstring> m_lastError;
     mutable std::int32_t m_lastErrorCode = 0;
+    mutable std::wstring m_lastErrorDetails;
     std::unique_ptr<WmiCaller> m_caller;  // of the operation that is under way
     std::int32_t m_deadline = 0;
     Uint64Policy m_uint64Policy = Uint64Policy::Raise;
+    UpdatePolicy m_updatePolicy = UpdatePolicy::Scalars;
     bool m_refusesUnknown = false;
+    bool m_diagnoses = false;
 };
 
 }  // namespace quillon

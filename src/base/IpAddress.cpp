@@ -86,7 +86,52 @@ bool ReadIpv6(std::string_view text, IpAddress& address) {
     return true;
 }
 
+constexpr std::size_t kGroups = IpAddress::kIpv6Size / 2;
+
+/// The first longest run of at least two groups of zeros, which the text leaves out.
+struct ZeroRun {
+    std::size_t begin = kGroups, size = 1;
+};
+
+ZeroRun LongestZeroRun(const std::array<unsigned int, kGroups>& groups) {
+    ZeroRun longest;
+    for (std::size_t begin = 0; begin < kGroups;) {
+        std::size_t end = begin;
+        while (end < kGroups && groups[end] == 0) ++end;
+        if (end - begin > longest.size) longest = {begin, end - begin};
+        begin = std::max(end, begin + 1);
+    }
+    return longest;
+}
+
+std::string Ipv6Text(const IpAddress& address) {
+    std::array<unsigned int, kGroups> groups{};
+    for (std::size_t i = 0; i < kGroups; ++i)
+        groups[i] = address.bytes[2 * i] * 0x100U + address.bytes[2 * i + 1];
+    const ZeroRun run = LongestZeroRun(groups);
+    std::string text;
+    for (std::size_t i = 0; i < kGroups; ++i) {
+        if (i == run.begin) {
+            text += "::";
+            i += run.size - 1;
+            continue;
+        }
+        if (!text.empty() && text.back() != ':') text += ':';
+        std::array<char, 8> digits{};
+        text.append(digits.data(), std::to_chars(digits.data(), digits.end(), groups[i], 16).ptr);
+    }
+    return text;
+}
+
 }  // namespace
+
+std::string IpAddressText(const IpAddress& address) {
+    if (address.size == IpAddress::kIpv6Size) return Ipv6Text(address);
+    std::string text;
+    for (std::size_t i = 0; i < IpAddress::kIpv4Size; ++i)
+        text += (i == 0 ? "" : ".") + std::to_string(address.bytes[i]);
+    return text;
+}
 
 std::optional<IpAddress> ReadIpAddress(std::string_view text) {
     IpAddress address;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace quillon::base {
@@ -26,6 +27,9 @@ struct IpAddress {
 /// section 2.2, whose last 32 bits may be written as IPv4. Returns nothing for a port, a scope, brackets or
 /// white space.
 std::optional<IpAddress> ReadIpAddress(std::string_view text);
+
+/// Returns the canonical text of an address (RFC 5952, section 4; IPv4 in decimal).
+std::string IpAddressText(const IpAddress& address);
 
 /// Returns the IPv4 address inside ::ffff:0:0/96 (RFC 4291, section 2.5.5.2); every other address unchanged.
 IpAddress Unmapped(const IpAddress& address);

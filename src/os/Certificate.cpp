@@ -38,6 +38,12 @@ std::string_view TakePemBlock(std::string_view& text) {
     return block;
 }
 
+platform::CertificateStores SystemStores(Certificate::Stores stores) {
+    if (stores == Certificate::Stores::User) return platform::CertificateStores::User;
+    return stores == Certificate::Stores::Service ? platform::CertificateStores::Service
+                                                  : platform::CertificateStores::Computer;
+}
+
 }  // namespace
 
 Certificate Certificate::Share(const CERT_CONTEXT* owned) {
@@ -63,8 +69,13 @@ bool Certificate::ReadFile(const std::string& path, std::vector<Certificate>& ce
 }
 
 bool Certificate::ReadStore(const std::wstring& storeName, std::vector<Certificate>& certificates) {
+    return ReadStore(Stores::Computer, storeName, certificates);
+}
+
+bool Certificate::ReadStore(Stores stores, const std::wstring& storeName,
+                            std::vector<Certificate>& certificates) {
     std::vector<platform::CertificateHandle> found;
-    if (!platform::ReadCertificateStore(storeName, found)) return false;
+    if (!platform::ReadCertificateStore(SystemStores(stores), storeName, found)) return false;
     for (auto& certificate : found) certificates.push_back(Share(certificate.Release()));
     return true;
 }

@@ -8,7 +8,9 @@ namespace quillon::platform {
 
 /// The network as the system knows it. Texts are UTF-8. Nothing, or false, on failure.
 
-/// Windows Sockets 2.2; elsewhere there is nothing to start.
+/// Windows Sockets 2.2; each start is to be taken back by one stop. Names of hosts, look-ups and addresses as
+/// text fail before the first start (10093, WSANOTINITIALISED), also outside Windows, where the start does
+/// nothing else.
 bool StartSockets();
 void StopSockets();
 

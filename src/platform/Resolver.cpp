@@ -16,18 +16,6 @@ std::optional<std::string> TextOrNothing(const char* text) {
     return text == nullptr ? std::nullopt : std::optional<std::string>(text);
 }
 
-const char* TextOrNull(const std::optional<std::string>& text) { return text ? text->c_str() : nullptr; }
-
-addrinfo HintsOf(const std::array<int, 5>& fields) {
-    addrinfo hints{};
-    hints.ai_flags = fields[0];
-    hints.ai_family = fields[1];
-    hints.ai_socktype = fields[2];
-    hints.ai_protocol = fields[3];
-    hints.ai_addrlen = static_cast<decltype(hints.ai_addrlen)>(fields[4]);
-    return hints;
-}
-
 std::atomic<Resolver>& TheResolver() {
     static std::atomic<Resolver> instance{&AskSystem};
     return instance;
@@ -79,12 +67,6 @@ AddressQuery QueryOf(const char* node, const char* service, const addrinfo* hint
     return query;
 }
 
-int AskSystem(const AddressQuery& query, addrinfo*& list) noexcept {
-    const addrinfo hints = HintsOf(query.hints.value_or(std::array<int, 5>{}));
-    return ::getaddrinfo(TextOrNull(query.node), TextOrNull(query.service), query.hints ? &hints : nullptr,
-                         &list);
-}
-
 void SetResolver(Resolver resolver) { TheResolver() = resolver == nullptr ? &AskSystem : resolver; }
 
 int ResolveAddresses(const AddressQuery& query, addrinfo*& list) { return TheResolver().load()(query, list); }
@@ -103,6 +85,12 @@ addrinfo* CopyAddresses(const addrinfo* list) {
     const std::lock_guard lock(all.mutex);
     all.lists.emplace(first, std::move(copies));
     return first;
+}
+
+bool IsOwnList(const addrinfo* list) {
+    Copies& all = TheCopies();
+    const std::lock_guard lock(all.mutex);
+    return all.lists.contains(list);
 }
 
 void FreeAddresses(addrinfo* list) {

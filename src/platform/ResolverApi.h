@@ -19,10 +19,11 @@ struct AddressQuery {
 };
 AddressQuery QueryOf(const char* node, const char* service, const addrinfo* hints);
 
-/// getaddrinfo() of the system, however long it takes.
+/// Asks the system, however long it takes, for the list that its getaddrinfo() gives. Texts are UTF-8 on
+/// every system, those of the list included. The list is for FreeAddresses().
 int AskSystem(const AddressQuery& query, addrinfo*& list) noexcept;
 
-/// Answers as getaddrinfo() does; a list that it gives is the system's.
+/// Answers as AskSystem() does.
 using Resolver = int (*)(const AddressQuery& query, addrinfo*& list);
 /// Puts a resolver in the system's place, which null puts back: the system's own
 /// cannot be told whom to ask. Thread-safe.
@@ -35,6 +36,8 @@ std::string ResolverErrorText(int code);
 
 /// A list of our own, to be freed by FreeAddresses(); null of null.
 addrinfo* CopyAddresses(const addrinfo* list);
+/// Returns whether the list is one of our own, which the system's function could not free.
+bool IsOwnList(const addrinfo* list);
 /// Frees a list of the system's or of CopyAddresses(); null is ignored. Any thread,
 /// also while the process ends.
 void FreeAddresses(addrinfo* list);

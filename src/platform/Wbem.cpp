@@ -33,6 +33,8 @@ std::optional<std::wstring> WbemMessage(HRESULT code) { return Calls().wbemMessa
 
 std::optional<std::wstring> ComMessage(HRESULT code) { return Calls().comMessage(code); }
 
+std::wstring TakeWbemErrorDetails() { return Calls().takeErrorDetails(); }
+
 void ReplaceWbemCalls(WbemCalls calls) {
     WbemCalls all = SystemWbemCalls();
     TakeIfGiven(all.createLocator, calls.createLocator);
@@ -40,6 +42,7 @@ void ReplaceWbemCalls(WbemCalls calls) {
     TakeIfGiven(all.loadMessages, calls.loadMessages);
     TakeIfGiven(all.wbemMessage, calls.wbemMessage);
     TakeIfGiven(all.comMessage, calls.comMessage);
+    TakeIfGiven(all.takeErrorDetails, calls.takeErrorDetails);
     Current().Replace(std::move(all));
 }
 

@@ -13,8 +13,6 @@
 
 namespace quillon::platform {
 
-using ATL::CComPtr;
-
 /// The locator of the in-process server. The caller's thread has COM initialised.
 HRESULT CreateWbemLocator(CComPtr<IWbemLocator>& locator);
 /// NTLM, call-level authentication, impersonation, nothing else.
@@ -29,6 +27,11 @@ std::optional<std::wstring> WbemMessage(HRESULT code);
 /// The system's message alone.
 std::optional<std::wstring> ComMessage(HRESULT code);
 
+/// Returns what WMI noted on this thread about its last failure (__ExtendedStatus), as "NAME: VALUE" parted
+/// by
+/// "; ", and forgets it; empty when there is nothing.
+std::wstring TakeWbemErrorDetails();
+
 /// Implements the calls above; a test replaces it.
 struct WbemCalls {
     std::function<HRESULT(CComPtr<IWbemLocator>&)> createLocator;
@@ -36,6 +39,7 @@ struct WbemCalls {
     std::function<bool()> loadMessages;
     std::function<std::optional<std::wstring>(HRESULT)> wbemMessage;
     std::function<std::optional<std::wstring>(HRESULT)> comMessage;
+    std::function<std::wstring()> takeErrorDetails;
 };
 /// The system's own; outside Windows the simulated repository of the machine.
 WbemCalls SystemWbemCalls();

@@ -17,6 +17,11 @@ namespace {
 constexpr std::chrono::milliseconds kGrace{60};
 constexpr HRESULT kNoResources = static_cast<HRESULT>(0x800705AA);  // ERROR_NO_SYSTEM_RESOURCES
 
+/// What the call noted on its own thread.
+std::wstring DetailsOf(HRESULT code) {
+    return FAILED(code) ? platform::TakeWbemErrorDetails() : std::wstring();
+}
+
 }  // namespace
 
 /// What the thread and its caller share. The thread ends when the caller does, or after the call that the
@@ -26,6 +31,7 @@ struct WmiCaller::Worker {
     std::condition_variable changed;
     Call call;
     HRESULT result = S_OK;
+    std::wstring details;
     bool isBusy = false;
     bool mustEnd = false;
 
@@ -64,7 +70,9 @@ HRESULT WmiCaller::Worker::RunOne(std::unique_lock<std::mutex>& lock) {
         code = E_FAIL;
     }
     call = nullptr;
+    std::wstring noted = DetailsOf(code);
     lock.lock();
+    details = std::move(noted);
     return code;
 }
 
@@ -87,7 +95,12 @@ bool WmiCaller::Start() {
 }
 
 HRESULT WmiCaller::Run(Call call) {
-    if (!m_limit.Exists()) return call();
+    m_details.clear();
+    if (!m_limit.Exists()) {
+        const HRESULT code = call();
+        m_details = DetailsOf(code);
+        return code;
+    }
     if (const HRESULT end = m_limit.Look(); FAILED(end)) return end;
     if (!Start()) return kNoResources;
     {
@@ -98,6 +111,8 @@ HRESULT WmiCaller::Run(Call call) {
     m_worker->changed.notify_all();
     return Await();
 }
+
+std::wstring WmiCaller::TakeDetails() { return std::exchange(m_details, {}); }
 
 HRESULT WmiCaller::Await() {
     std::unique_lock lock(m_worker->mutex);
@@ -113,6 +128,7 @@ HRESULT WmiCaller::Await() {
         m_hasLeft = true;
         return end;
     }
+    m_details = std::move(m_worker->details);
     return m_worker->result;
 }
 

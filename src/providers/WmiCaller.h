@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "providers/WmiLimit.h"
 
@@ -29,6 +30,8 @@ public:
     const WmiLimit& Limit() const { return m_limit; }
     /// Returns the result of the call, or why it was not made or not waited for; see WmiLimit::Look().
     HRESULT Run(Call call);
+    /// Returns what WMI said about the failure of the last call, and forgets it.
+    std::wstring TakeDetails();
     /// Returns whether a call was left behind.
     bool HasLeft() const { return m_hasLeft; }
 
@@ -40,6 +43,7 @@ private:
 
     const WmiLimit m_limit;
     std::shared_ptr<Worker> m_worker;
+    std::wstring m_details;
     bool m_hasLeft = false;
 };
 

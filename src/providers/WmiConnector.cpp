@@ -1,6 +1,7 @@
 #include "quillon/WmiConnector.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "base/Utf.h"
@@ -25,6 +26,12 @@ void WmiConnector::SetDeadline(std::int32_t milliseconds) { m_deadline = millise
 void WmiConnector::SetUint64Policy(Uint64Policy policy) { m_uint64Policy = policy; }
 
 void WmiConnector::RefuseUnknownParameters(bool refused) { m_refusesUnknown = refused; }
+
+void WmiConnector::SetUpdatePolicy(UpdatePolicy policy) { m_updatePolicy = policy; }
+
+void WmiConnector::SetDiagnostics(bool on) { m_diagnoses = on; }
+
+const std::wstring& WmiConnector::LastWmiErrorDetails() const { return m_lastErrorDetails; }
 
 const std::wstring& WmiConnector::LastWmiError() const { return *m_lastError; }
 
@@ -69,6 +76,7 @@ bool WmiConnector::Disconnect() {
 bool WmiConnector::CheckConnected(const char* failure) {
     if (m_services->reference != nullptr) return true;
     *m_lastError = L"Not connected to WMI";
+    m_lastErrorDetails.clear();
     m_lastErrorCode = static_cast<std::int32_t>(0x80010108);
     m_logger->Error("%s", failure);
     return false;
@@ -119,9 +127,37 @@ void WmiConnector::ReportUnread(unsigned int index) const {
     m_logger->Debug("Couldn't accumulate class object %u", index);
 }
 
+namespace {
+
+/// Tells at its end how much a query gave, whether it has failed or not. Without a logger it does nothing.
+class QueryReport {
+public:
+    explicit QueryReport(ICLogger* logger) : m_logger(logger), m_begin(Clock::now()) {}
+    ~QueryReport() {
+        if (m_logger == nullptr) return;
+        const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_begin);
+        m_logger->Debug("The WMI query gave %lld objects in %lld ms", m_count,
+                        static_cast<long long>(time.count()));
+    }
+    QueryReport(const QueryReport&) = delete;
+    QueryReport& operator=(const QueryReport&) = delete;
+
+    void Count() { ++m_count; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    ICLogger* m_logger;
+    Clock::time_point m_begin;
+    long long m_count = 0;
+};
+
+}  // namespace
+
 bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& visit) {
     if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
     const Operation operation(*this);
+    QueryReport report(m_diagnoses ? m_logger : nullptr);
     const auto objects = StartQuery(wql);
     if (objects == nullptr) return false;
     WmiObjects batch;
@@ -133,6 +169,7 @@ bool WmiConnector::VisitObjects(const std::wstring& wql, const ObjectVisitor& vi
         }
         for (unsigned int i = 0; goesOn && i < batch.size(); ++i) {
             if (SUCCEEDED(result) && HasEnded(L"enumerating WMI result")) return false;
+            report.Count();
             goesOn = visit(batch[i], i);
         }
         if (goesOn && FAILED(result)) {

@@ -6,6 +6,7 @@
 
 #include "base/Utf.h"
 #include "platform/Wbem.h"
+#include "providers/WmiCaller.h"
 #include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 #include "quillon/WmiConnector.h"
@@ -50,6 +51,9 @@ void WmiConnector::HandleWbemError(const std::wstring& context, long hr) const {
                     LogText::OneLine(base::ToUtf8(context)).c_str());
     *m_lastError = std::move(text);
     m_lastErrorCode = code;
+    m_lastErrorDetails = m_caller != nullptr ? m_caller->TakeDetails() : std::wstring();
+    if (m_diagnoses && !m_lastErrorDetails.empty())
+        m_logger->Debug("WMI tells: %s", LogText::OneLine(base::ToUtf8(m_lastErrorDetails)).c_str());
 }
 
 }  // namespace quillon

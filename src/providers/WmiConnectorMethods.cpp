@@ -84,7 +84,7 @@ bool WmiConnector::ExecuteInstanceMethod(const std::wstring& wql, const std::wst
     return true;
 }
 
-bool WmiConnector::ExecuteInstanceMethodInternal(ATL::CComPtr<IWbemClassObject>& object,
+bool WmiConnector::ExecuteInstanceMethodInternal(CComPtr<IWbemClassObject>& object,
                                                  const std::wstring& methodName,
                                                  const MethodParameters& params, DataTable* results) {
     std::wstring path, className;
@@ -138,6 +138,7 @@ bool WmiConnector::KnowsParameters(const std::wstring& methodName, IWbemClassObj
         if (inDefinition != nullptr &&
             SUCCEEDED(inDefinition->Get(name.c_str(), 0, &unused, nullptr, nullptr)))
             continue;
+        m_lastErrorDetails.clear();
         *m_lastError = L"Method " + methodName + L" has no parameter " + name;
         m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_INVALID_METHOD_PARAMETERS);
         m_logger->Error("%s", LogText::OneLine(ToUtf8(*m_lastError)).c_str());
@@ -147,8 +148,8 @@ bool WmiConnector::KnowsParameters(const std::wstring& methodName, IWbemClassObj
 }
 
 bool WmiConnector::SetWmiParametersFromUserParameters(const std::wstring& methodName,
-                                                      ATL::CComPtr<IWbemClassObject>& inDefinition,
-                                                      ATL::CComPtr<IWbemClassObject>& inInstance,
+                                                      CComPtr<IWbemClassObject>& inDefinition,
+                                                      CComPtr<IWbemClassObject>& inInstance,
                                                       const MethodParameters& params) const {
     if (inDefinition == nullptr) return true;
     HRESULT result = inDefinition->SpawnInstance(0, &inInstance);
@@ -175,7 +176,7 @@ bool WmiConnector::SetWmiParametersFromUserParameters(const std::wstring& method
     return true;
 }
 
-void WmiConnector::SetWmiParameterFromUserParameters(ATL::CComPtr<IWbemClassObject>& inInstance,
+void WmiConnector::SetWmiParameterFromUserParameters(CComPtr<IWbemClassObject>& inInstance,
                                                      const std::wstring& name, long cimType,
                                                      const MethodParameters& params) const {
     const std::string wanted = ToUtf8(name);
@@ -186,7 +187,7 @@ void WmiConnector::SetWmiParameterFromUserParameters(ATL::CComPtr<IWbemClassObje
     }
 }
 
-void WmiConnector::SetWmiParameterFromUserParameter(ATL::CComPtr<IWbemClassObject>& inInstance,
+void WmiConnector::SetWmiParameterFromUserParameter(CComPtr<IWbemClassObject>& inInstance,
                                                     const std::wstring& name, long cimType,
                                                     const Variant& value) const {
     if (!IsSettable(cimType)) {

@@ -1,5 +1,6 @@
 #include "base/Utf.h"
 #include "platform/TextApi.h"
+#include "providers/WmiArrayValue.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiEnumeration.h"
 #include "providers/WmiOperation.h"
@@ -15,6 +16,7 @@ namespace {
 
 /// Returns the text of a stored value for the log.
 std::string Describe(const _variant_t& value, CIMTYPE type) {
+    if (value.vt == VT_NULL && type != CIM_ILLEGAL) return "null";
     switch (type) {
         case CIM_REAL64:
             return "real64:" + Variant(value.dblVal).AsString();
@@ -28,6 +30,11 @@ std::string Describe(const _variant_t& value, CIMTYPE type) {
         default:
             return {};
     }
+}
+
+bool IsScalar(CIMTYPE type) {
+    return IsInteger(type) || IsReal(type) || type == CIM_STRING || type == CIM_DATETIME ||
+           type == CIM_BOOLEAN;
 }
 
 }  // namespace
@@ -63,7 +70,16 @@ bool WmiConnector::Update::Prepare(IWbemClassObject& object) {
             m_connector.HandleWbemError(L"could not find an update property", result);
             return false;
         }
-        m_changes.push_back(MakeChange(m_columns[i], type, m_row.Get(i)));
+        const Variant& value = m_row.Get(i);
+        const bool isOther =
+            m_connector.m_updatePolicy == UpdatePolicy::NullsAndArrays && (value.IsNull() || !IsScalar(type));
+        if (!isOther) {
+            m_changes.push_back(MakeChange(m_columns[i], type, value));
+            continue;
+        }
+        Change change{m_columns[i], base::ToWide(m_columns[i]), _variant_t(), type};
+        if (!MakeOther(change, value)) return Refuse(change);
+        m_changes.push_back(std::move(change));
     }
     return true;
 }
@@ -104,6 +120,29 @@ WmiConnector::Update::Change WmiConnector::Update::MakeChange(const std::string&
     return change;
 }
 
+bool WmiConnector::Update::MakeOther(Change& change, const Variant& value) const {
+    if (value.IsNull()) {
+        change.value.vt = VT_NULL;
+        m_connector.m_logger->Debug("Updating property [%s] value VT_NULL", change.label.c_str());
+        return true;
+    }
+    if (!IsArray(change.type) || !value.TypeIs(typeid(std::string))) return false;
+    auto array = ArrayOfLines(value.GetStringValue(), ElementType(change.type));
+    if (!array) return false;
+    change.value = std::move(*array);
+    m_connector.m_logger->Debug("Updating property [%s] value VT_ARRAY[%s]", change.label.c_str(),
+                                value.GetStringValue().c_str());
+    return true;
+}
+
+bool WmiConnector::Update::Refuse(const Change& change) const {
+    *m_connector.m_lastError = L"Cannot update property " + change.name + L": it does not take such a value";
+    m_connector.m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_TYPE_MISMATCH);
+    m_connector.m_lastErrorDetails.clear();
+    m_connector.m_logger->Error("%s", base::ToUtf8(*m_connector.m_lastError).c_str());
+    return false;
+}
+
 bool WmiConnector::Update::Put(IWbemClassObject& object, std::size_t position) {
     Change& change = m_changes[position];
     const HRESULT result = object.Put(change.name.c_str(), 0, &change.value, change.type);
@@ -135,6 +174,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
     if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
     if (!Update::IsUsable(updates)) {
         *m_lastError = L"Cannot execute WMI update without a row of a value for each column";
+        m_lastErrorDetails.clear();
         m_logger->Error("%s", LogText::OneLine(base::ToUtf8(*m_lastError)).c_str());
         return false;
     }
@@ -161,7 +201,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
     }
 }
 
-bool WmiConnector::StoreObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* results) {
+bool WmiConnector::StoreObject(const CComPtr<IWbemClassObject>& object, DataTable* results) {
     m_logger->Debug("Putting instance");
     const HRESULT result = m_caller->Run([services = m_services->reference, object] {
         return services->PutInstance(object, 0, nullptr, nullptr);

@@ -149,7 +149,7 @@ private:
 
 }  // namespace
 
-bool WmiConnector::ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
+bool WmiConnector::ReadRow(const CComPtr<IWbemClassObject>& object, const wchar_t* objectPath,
                            bool returnQualifiers, VariantList& row) const {
     const unsigned long flags = returnQualifiers ? 0 : WBEM_FLAG_NONSYSTEM_ONLY;
     const auto add = [this, &row](wchar_t* const& name, const _variant_t& value, long cimType) {
@@ -159,7 +159,7 @@ bool WmiConnector::ReadRow(const ATL::CComPtr<IWbemClassObject>& object, const w
     return ExtractObjectProperties(object, objectPath, flags, add);
 }
 
-bool WmiConnector::AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>& object, DataTable* table,
+bool WmiConnector::AccumulateWmiClassObject(const CComPtr<IWbemClassObject>& object, DataTable* table,
                                             wchar_t* objectPath, bool returnQualifiers) {
     VariantList row;
     const bool succeeded = ReadRow(object, objectPath, returnQualifiers, row);
@@ -169,7 +169,7 @@ bool WmiConnector::AccumulateWmiClassObject(const ATL::CComPtr<IWbemClassObject>
     return succeeded;
 }
 
-bool WmiConnector::ExtractObjectProperties(const ATL::CComPtr<IWbemClassObject>& object, const wchar_t*,
+bool WmiConnector::ExtractObjectProperties(const CComPtr<IWbemClassObject>& object, const wchar_t*,
                                            unsigned long flags, const PropertyVisitor& visit) const {
     WmiNames names;
     const HRESULT listed = names.Read(*object, static_cast<LONG>(flags));

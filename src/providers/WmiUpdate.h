@@ -29,6 +29,9 @@ private:
 
     bool Prepare(IWbemClassObject& object);
     Change MakeChange(const std::string& label, CIMTYPE type, const Variant& value) const;
+    /// The change of a value that is no scalar; false when it is refused.
+    bool MakeOther(Change& change, const Variant& value) const;
+    bool Refuse(const Change& change) const;
     bool Put(IWbemClassObject& object, std::size_t position);
 
     const WmiConnector& m_connector;

@@ -3,13 +3,17 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "quillon/StringUtils.h"
 #include "quillon/WindowsSockets.h"
+#include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
+#include "support/System.h"
 
 namespace quillon {
 
@@ -45,7 +49,29 @@ std::vector<std::string> Pieces(const std::string& text, char separator = '|') {
     return pieces;
 }
 
+/// What works before the sockets are started, after that, and when they are released again.
+const test::ChildMode startOfSockets("start-of-sockets", [](const std::vector<std::string>&) {
+    const auto show = [] {
+        std::printf("%s %d %d\n", Reread(kIpv4, "10.1").c_str(),
+                    NetworkUtils::IpInRange("10.0.0.5", "10.0.0.1-10.0.0.9"),
+                    NetworkUtils::XpFriendlyIpStringToAddress(kIpv4, "10.1", std::array<char, 32>().data()));
+    };
+    show();
+    WindowsSockets::GetInstance()->InitializeSockets();
+    show();
+    WindowsSockets::GetInstance()->ReleaseSockets();
+    show();
+    std::unique_ptr<addrinfo, void (*)(addrinfo*)> list(nullptr, &NetworkUtils::FreeAddrInfoRobust);
+    std::printf("%d\n", NetworkUtils::getaddrinfo_OrTimeout("127.0.0.1", "80", nullptr, list, 30));
+    return 0;
+});
+
 }  // namespace
+
+TEST(NetworkStart, AddressesNeedStartedSocketsAndRangesDoNot) {
+    if (test::kWindows) GTEST_SKIP() << "the emulator converts addresses without them";
+    EXPECT_EQ(test::RunChild("start-of-sockets").out, "none 1 0\n10.0.0.1 1 1\nnone 1 0\n0\n");
+}
 
 TEST_F(NetworkUtilsTest, AddressesAreReadAsWindowsReadsThem) {
     const std::pair<const char*, const char*> cases[] = {

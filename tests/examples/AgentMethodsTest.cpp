@@ -127,6 +127,31 @@ TEST(AgentCertificates, AreListedFromAFolder) {
     EXPECT_EQ(RunAgent({"run", "Certificates.List", "store=Root"}).exitCode, kWindows ? 0 : 3);
 }
 
+TEST(AgentCertificates, AreCheckedAgainstGivenRoots) {
+    const TempDir dir;
+    const auto check = [](const std::vector<std::string>& parameters) {
+        std::vector<std::string> arguments{"run", "Certificates.Check"};
+        arguments.insert(arguments.end(), parameters.begin(), parameters.end());
+        return arguments;
+    };
+    const std::string file = "file=" + dir.Write("sent.pem", std::string(kHost) + kIssuer);
+    const std::string roots = "roots=" + dir.Write("roots.pem", kRoot);
+    const ordered_json good = RunForJson(check({file, roots, "usage=1.3.6.1.5.5.7.3.1"})).at(0);
+    EXPECT_EQ(good["Trusted"], true);
+    EXPECT_EQ(good["Chain"], "CN=host, CN=Test Issuer, CN=Test Root");
+    const ordered_json bad = RunForJson(check({file, roots, "usage=1.3.6.1.5.5.7.3.2"})).at(0);
+    EXPECT_EQ(bad["Trusted"], false);
+    EXPECT_EQ(bad["StatusText"], "CERT_TRUST_IS_NOT_VALID_FOR_USAGE");
+    EXPECT_EQ(RunAgent(check({"file=" + dir.Path("missing")})).exitCode, 3);
+    EXPECT_EQ(RunAgent(check({"file="})).exitCode, 2);
+    const ordered_json listed = RunForJson({"run", "Certificates.List", "folder=" + dir.Path()});
+    ASSERT_EQ(listed.size(), 3u);
+    EXPECT_EQ(listed[1]["ExtendedKeyUsage"], "1.3.6.1.5.5.7.3.1, 1.2.3.4");
+    EXPECT_EQ(listed[1]["KeyUsage"], "DigitalSignature, KeyEncipherment");
+    EXPECT_THAT(listed[1]["AlternativeNames"].get<std::string>(),
+                StartsWith("DNS:*.example.org, IP:10.0.0.1"));
+}
+
 TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {
     const ordered_json all = RunForJson({"run", "Processes.List"});
     const ordered_json agent = RowOf(all, "quillon-agent");
@@ -176,7 +201,9 @@ TEST(AgentWmi, ReadsTheValuesToSet) {
                                        values, result));
     EXPECT_EQ(values, VariantList(Variant("a", "x=1;2"), Variant(" b ", ""), Variant("n", -3),
                                   Variant("f", 0.5), Variant("t", true)));
-    for (const char* text : {"a", "=x", "a:=x", "a:word=x", "a:integer=x", "a=1;", ";a=1"}) {
+    EXPECT_TRUE(agent::ReadAssignments("set", "e:null=", values, result) && values.Get("e").IsNull());
+    for (const char* text :
+         {"e:null", "e:null=x", "a", "=x", "a:=x", "a:word=x", "a:integer=x", "a=1;", ";a=1"}) {
         EXPECT_FALSE(agent::ReadAssignments("set", text, values, result)) << text;
         EXPECT_THAT(result.errorMessage, HasSubstr("'set' parameter cannot be read at '")) << text;
     }

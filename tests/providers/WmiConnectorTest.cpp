@@ -2,12 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <set>
+#include <thread>
 
 #include "quillon/ComScope.h"
 #include "quillon/ProcessUtils.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
+#include "support/System.h"
 #include "support/TempDir.h"
 
 // Against the system's own WMI, and what answers in its place outside Windows.
@@ -45,7 +48,32 @@ std::string CommandLineOf(long long id) {
 /// A process that has ended and waits for its parent is still counted, but is none of WMI's.
 bool HasEnded(long long id) { return !ProcessIds().contains(id) || CommandLineOf(id).empty(); }
 
+/// Connects without COM and with it, and uses that connection, with and without a deadline.
+const ChildMode withoutCom("wmi-without-com", [](const std::vector<std::string>&) {
+    WmiConnector connector(nullptr);
+    const auto use = [&connector] {
+        const bool isConnected = connector.Connect("ROOT\\CIMV2");
+        return isConnected && connector.ExecuteQuery("SELECT Version FROM Win32_OperatingSystem", nullptr);
+    };
+    const auto show = [&connector](bool works) {
+        std::printf(works ? "yes " : "%08x ", static_cast<unsigned int>(connector.LastWmiErrorCode()));
+    };
+    show(use());
+    const ComScope com;
+    show(use());
+    connector.SetDeadline(60'000);
+    show(use());
+    if (kWindows) return 0;  // there a thread without COM is in the apartment of the others
+    connector.SetDeadline(0);
+    std::thread([&] { show(connector.ExecuteQuery("SELECT * FROM Win32_BIOS", nullptr)); }).join();
+    return 0;
+});
+
 }  // namespace
+
+TEST(SystemWmi, InsistsOnComOnTheCallersThread) {
+    EXPECT_EQ(RunChild("wmi-without-com").out, kWindows ? "800401f0 yes yes " : "800401f0 yes yes 800401f0 ");
+}
 
 TEST_F(SystemWmiTest, TellsOfTheSystemAndItsDisks) {
     ASSERT_TRUE(Query("SELECT Version, LastBootUpTime FROM Win32_OperatingSystem"));

@@ -39,6 +39,7 @@ bool ReadAssignments(const char* parameter, const std::string& text, VariantList
         const std::string name = target.substr(0, colon);
         const std::string type = colon == std::string::npos ? "text" : target.substr(colon + 1);
         std::optional<Variant> value;
+        if (type == "null" && !name.empty() && equals == piece.size() - 1) value = Variant::NullVariant(name);
         if (equals != std::string::npos && !name.empty() && IsType(type))
             value = ReadValue(name, type, piece.substr(equals + 1));
         if (!value)

@@ -120,9 +120,11 @@ void DescribeUpdate(IMethodMetadataBuilder& builder) {
             "set=\"VolumeName=System\"")
         .HasAdditionalColumns("The properties of the objects.");
     AddParameter(builder, "wql", "The query for the objects.");
-    AddParameter(builder, "set",
-                 "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
-                 "property: text (the default, also for date-times), integer, float or boolean.");
+    AddParameter(
+        builder, "set",
+        "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
+        "property: text (the default, also for date-times, and for arrays with one element in each line), "
+        "integer, float or boolean; 'NAME:null=' clears it.");
     AddAll(builder);
     DescribeWmi(builder);
 }

@@ -1,5 +1,6 @@
 #include "sql/SqliteStatement.h"
 
+#include <optional>
 #include <string_view>
 #include <typeindex>
 #include <utility>
@@ -13,15 +14,42 @@ namespace quillon::agent {
 
 namespace {
 
-/// SqlApplicationDataStore finds out by trying whether its temporary table is there, and whether
-/// another thread was quicker to make a table.
-bool IsExpected(std::string_view sql, std::string_view message) {
-    return (sql.starts_with("CREATE TEMP TABLE [temp.") || sql.starts_with("CREATE TABLE main.\"")) &&
-           message.ends_with(" already exists");
+struct TableName {
+    const char* schema;
+    std::string name;
+};
+
+/// Returns what stands before the closing quote, which is written twice within it.
+std::string Unquoted(std::string_view text, char quote) {
+    std::string name;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == quote && text.substr(i + 1, 1) != std::string_view(&quote, 1)) break;
+        if (text[i] == quote) ++i;
+        name += text[i];
+    }
+    return name;
 }
 
-void LogExpected(const char* message) {
-    if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Debug("%s", message);
+/// Returns the table that a statement of SqlApplicationDataStore makes; nothing for any other statement.
+std::optional<TableName> TableMadeBy(std::string_view sql) {
+    constexpr std::string_view kTemporary = "CREATE TEMP TABLE [", kMain = "CREATE TABLE main.\"";
+    if (sql.starts_with(kTemporary))
+        return TableName{"temp",
+                         std::string(sql.substr(kTemporary.size(), sql.find(']') - kTemporary.size()))};
+    if (sql.starts_with(kMain)) return TableName{"main", Unquoted(sql.substr(kMain.size()), '"')};
+    return std::nullopt;
+}
+
+/// The store finds out by trying whether its temporary table is there, and whether another thread was
+/// quicker to make a table. As SQLite has no code for that, the table is looked for. Forgets the last error.
+bool IsExpected(sqlite3* connection, std::string_view sql) {
+    const auto table = TableMadeBy(sql);
+    return table && sqlite3_table_column_metadata(connection, table->schema, table->name.c_str(), nullptr,
+                                                  nullptr, nullptr, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+void LogExpected(const std::string& message) {
+    if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Debug("%s", message.c_str());
 }
 
 /// The bytes of a text or blob; none have no address.
@@ -67,8 +95,9 @@ void SqliteStatement::Prepare(const std::string& sql) {
     const int code = sqlite3_prepare_v2(m_connection->Get(), sql.c_str(), -1, &handle, &rest);
     m_handle.reset(handle);
     if (code != SQLITE_OK) {
-        const char* const message = sqlite3_errmsg(m_connection->Get());
-        if (!IsExpected(sql, message)) return m_connection->LogError(message, sql);
+        const std::string message = sqlite3_errmsg(m_connection->Get());
+        if (code != SQLITE_ERROR || !IsExpected(m_connection->Get(), sql))
+            return m_connection->LogError(message, sql);
         LogExpected(message);
     } else if (m_handle == nullptr) {
         m_connection->LogError("there is no statement", sql);
@@ -98,11 +127,13 @@ SqliteStatement::StepResult SqliteStatement::Step() const {
     if (code == SQLITE_ROW) return Row;
     if (code == SQLITE_DONE) return Done;
     const char* const sql = sqlite3_sql(Get());
-    const char* const message = sqlite3_errmsg(m_connection->Get());
-    if (IsExpected(sql, message)) {
+    const std::string message = sqlite3_errmsg(m_connection->Get());
+    if (code != SQLITE_ERROR || !TableMadeBy(sql)) {
+        m_connection->LogFailure(sql);
+    } else if (IsExpected(m_connection->Get(), sql)) {
         LogExpected(message);
     } else {
-        m_connection->LogFailure(sql);
+        m_connection->LogError(message, sql);
     }
     return Failed;
 }

@@ -13,6 +13,8 @@
 
 #include "quillon/Export.h"
 
+namespace quillon::windows {
+
 /// Points to UTF-16 text with its length in front of it, so that it may hold NULs; null is the empty
 /// text. It is freed by SysFreeString() only.
 using BSTR = wchar_t*;
@@ -202,3 +204,5 @@ public:
     /// Hands the value to the caller, who clears it, and leaves VT_EMPTY.
     VARIANT Detach() noexcept { return std::exchange(static_cast<VARIANT&>(*this), VARIANT{}); }
 };
+
+}  // namespace quillon::windows

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-namespace ATL {
+namespace quillon::platform {
 
-/// Owns one reference to a COM object.
+/// Owns one reference to a COM object, with the operations of ATL's class of this name that the library uses.
 template <class T>
 class CComPtr {
 public:
@@ -38,4 +38,4 @@ public:
     T* p = nullptr;
 };
 
-}  // namespace ATL
+}  // namespace quillon::platform

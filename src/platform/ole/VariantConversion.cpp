@@ -14,6 +14,8 @@
 #include "platform/ole/VariantNumber.h"
 #include "platform/ole/WbemTypes.h"
 
+namespace quillon::windows {
+
 namespace {
 
 using Number = quillon::platform::VariantNumber;
@@ -147,3 +149,5 @@ HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID, std::u
     *target = converted;
     return S_OK;
 }
+
+}  // namespace quillon::windows

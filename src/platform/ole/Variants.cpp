@@ -4,6 +4,8 @@
 
 #include "platform/ole/WbemTypes.h"
 
+namespace quillon::windows {
+
 /// Elements stand as values of the array's type; those of VT_VARIANT as they are.
 struct SAFEARRAY {
     SAFEARRAY(VARTYPE elementType, LONG firstIndex, ULONG count)
@@ -174,3 +176,5 @@ HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element) {
     std::memcpy(&given.decVal, from, SizeOf(array->type));
     return VariantCopy(found, &given);
 }
+
+}  // namespace quillon::windows

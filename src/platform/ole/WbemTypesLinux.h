@@ -7,6 +7,8 @@
 
 #include "quillon/WindowsTypes.h"
 
+namespace quillon::windows {
+
 using ULONG = std::uint32_t;
 using LONG = std::int32_t;
 using LCID = std::uint32_t;
@@ -168,3 +170,5 @@ struct IWbemLocator : IUnknown {
 protected:
     ~IWbemLocator() = default;
 };
+
+}  // namespace quillon::windows

@@ -145,7 +145,9 @@ CertificateHandle ReadCertificate(std::string_view bytes) {
     return CertificateHandle(MakeContext(*certificate, encoded).release());
 }
 
-bool ReadCertificateStore(const std::wstring&, std::vector<CertificateHandle>&) { return false; }
+bool ReadCertificateStore(CertificateStores, const std::wstring&, std::vector<CertificateHandle>&) {
+    return false;
+}
 
 std::optional<std::string> CertificateProperty(const CERT_CONTEXT& certificate, std::uint64_t id) {
     switch (id) {

@@ -8,6 +8,7 @@
 
 #include "base/Ipv4Text.h"
 #include "platform/NetworkApi.h"
+#include "platform/posix/SocketStart.h"
 
 namespace quillon::platform {
 
@@ -80,11 +81,13 @@ std::string Ipv6Text(const void* address) {
 }  // namespace
 
 bool TextToAddress(int family, const std::string& text, void* address) {
+    if (!AreSocketsStarted()) return false;
     if (family == kIpv4) return ReadIpv4(text, address);
     return family == kIpv6 && ReadIpv6(text, address);
 }
 
 std::string AddressToText(const void* address, std::size_t length) {
+    if (!AreSocketsStarted()) return {};
     sa_family_t family = AF_UNSPEC;
     if (length >= sizeof family) std::memcpy(&family, address, sizeof family);
     if (family == AF_INET && length >= kIpv4AddressSize) return Ipv4Text(address);

@@ -9,17 +9,35 @@
 #include <array>
 #include <memory>
 
+#include "platform/posix/SocketStart.h"
+
 namespace quillon::platform {
 
-std::optional<std::string> HostName() {
+namespace {
+
+std::optional<std::string> SystemHostName() {
     std::array<char, 255> name{};
     if (::gethostname(name.data(), name.size()) != 0) return std::nullopt;
     name.back() = '\0';  // a name that is cut need not end
     return name.data();
 }
 
+const char* TextOrNull(const std::optional<std::string>& text) { return text ? text->c_str() : nullptr; }
+
+void SetHints(const std::array<int, 5>& fields, addrinfo& hints) {
+    hints.ai_flags = fields[0];
+    hints.ai_family = fields[1];
+    hints.ai_socktype = fields[2];
+    hints.ai_protocol = fields[3];
+    hints.ai_addrlen = static_cast<socklen_t>(fields[4]);
+}
+
+}  // namespace
+
+std::optional<std::string> HostName() { return AreSocketsStarted() ? SystemHostName() : std::nullopt; }
+
 NameAnswer FullyQualifiedName() {
-    const auto host = HostName();
+    const auto host = SystemHostName();
     if (!host) return {};
     if (host->find('.') != std::string::npos) return {.name = host};
     addrinfo hints{};
@@ -34,6 +52,7 @@ NameAnswer FullyQualifiedName() {
 }
 
 NameAnswer LoopbackName() {
+    if (!AreSocketsStarted()) return {};
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -43,6 +62,14 @@ NameAnswer LoopbackName() {
                                    host.size(), service.data(), service.size(), NI_NAMEREQD);
     if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
     return {.name = host.data()};
+}
+
+int AskSystem(const AddressQuery& query, addrinfo*& list) noexcept {
+    if (!AreSocketsStarted()) return EAI_FAIL;
+    addrinfo hints{};
+    if (query.hints) SetHints(*query.hints, hints);
+    return ::getaddrinfo(TextOrNull(query.node), TextOrNull(query.service), query.hints ? &hints : nullptr,
+                         &list);
 }
 
 std::string ResolverErrorText(int code) { return ::gai_strerror(code); }

@@ -9,6 +9,7 @@
 #include "platform/RegistryApi.h"
 #include "platform/SecurityApi.h"
 #include "platform/Wbem.h"
+#include "platform/posix/SocketStart.h"
 #include "simulation/Modules.h"
 #include "simulation/audit/AuditPolicy.h"
 #include "simulation/com/Com.h"
@@ -17,6 +18,7 @@
 #include "simulation/machine/MachineRegistry.h"
 #include "simulation/sockets/Sockets.h"
 #include "simulation/token/ProcessToken.h"
+#include "simulation/wmi/WmiErrorDetails.h"
 #include "simulation/wmi/WmiMessages.h"
 #include "simulation/wmi/WmiRepository.h"
 
@@ -50,7 +52,13 @@ std::int32_t InitializeComSecurity() { return simulation::TheCom().InitializeSec
 
 bool StartSockets() { return simulation::Sockets::Process().Start(); }
 
-void StopSockets() {}
+void StopSockets() { simulation::Sockets::Process().Stop(); }
+
+bool AreSocketsStarted() {
+    const bool areStarted = simulation::Sockets::Process().IsStarted();
+    if (!areStarted) SetLastErrorCode(kSocketsNotStarted);
+    return areStarted;
+}
 
 bool SetPrivilege(const std::wstring& name, bool enable) {
     const std::uint32_t code = SwitchPrivilege(name, enable);
@@ -88,6 +96,7 @@ WbemCalls SystemWbemCalls() {
         [] { return true; },
         simulation::WmiMessage,
         simulation::SystemMessage,
+        simulation::TakeErrorDetails,
     };
 }
 

@@ -1,27 +1,27 @@
 #include "platform/CertificateApi.h"
 
+#include "platform/win32/CertificateStore.h"
 #include "platform/win32/WindowsHeaders.h"
 
 namespace quillon::platform {
 
 namespace {
 
-struct StoreTraits {
-    using Type = HCERTSTORE;
-    static Type Invalid() noexcept { return nullptr; }
-    static void Close(Type value) noexcept {
-        const DWORD code = ::GetLastError();
-        ::CertCloseStore(value, 0);
-        ::SetLastError(code);
+DWORD LocationOf(CertificateStores stores) {
+    switch (stores) {
+        case CertificateStores::User:
+            return CERT_SYSTEM_STORE_CURRENT_USER;
+        case CertificateStores::Service:
+            return CERT_SYSTEM_STORE_SERVICES;
+        default:
+            return CERT_SYSTEM_STORE_LOCAL_MACHINE;
     }
-};
-using StoreHandle = Handle<StoreTraits>;
+}
 
-StoreHandle OpenStore(const std::wstring& name) {
+StoreHandle OpenStore(CertificateStores stores, const std::wstring& name) {
     return StoreHandle(::CertOpenStore(
         CERT_STORE_PROV_SYSTEM_W, 0, 0,
-        CERT_SYSTEM_STORE_LOCAL_MACHINE | CERT_STORE_OPEN_EXISTING_FLAG | CERT_STORE_READONLY_FLAG,
-        name.c_str()));
+        LocationOf(stores) | CERT_STORE_OPEN_EXISTING_FLAG | CERT_STORE_READONLY_FLAG, name.c_str()));
 }
 
 /// Returns the length with the terminating NUL; 0 when the name cannot be decoded.
@@ -51,8 +51,9 @@ CertificateHandle ReadCertificate(std::string_view bytes) {
     return CertificateHandle(static_cast<const CERT_CONTEXT*>(context));
 }
 
-bool ReadCertificateStore(const std::wstring& name, std::vector<CertificateHandle>& certificates) {
-    const StoreHandle store = OpenStore(name);
+bool ReadCertificateStore(CertificateStores stores, const std::wstring& name,
+                          std::vector<CertificateHandle>& certificates) {
+    const StoreHandle store = OpenStore(stores, name);
     if (!store) return false;
     CertificateHandle next;
     // The enumeration frees what it is given.

@@ -2,12 +2,15 @@
 
 #include <array>
 #include <cstring>
+#include <deque>
+#include <new>
 
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/Handle.h"
 #include "platform/ResolverApi.h"
 #include "platform/win32/WindowsHeaders.h"
+#include "quillon/DestructorFunctor.h"
 // After <windows.h>:
 #include <dsrole.h>
 #include <ws2tcpip.h>
@@ -23,6 +26,42 @@ struct RoleTraits {
     static Type Invalid() noexcept { return nullptr; }
     static void Close(Type value) noexcept { ::DsRoleFreeMemory(value); }
 };
+
+std::optional<std::wstring> WideOrNothing(const std::optional<std::string>& text) {
+    return text ? std::optional(base::ToWide(*text)) : std::nullopt;
+}
+
+const wchar_t* TextOrNull(const std::optional<std::wstring>& text) { return text ? text->c_str() : nullptr; }
+
+ADDRINFOW HintsOf(const std::array<int, 5>& fields) {
+    ADDRINFOW hints{};
+    hints.ai_flags = fields[0];
+    hints.ai_family = fields[1];
+    hints.ai_socktype = fields[2];
+    hints.ai_protocol = fields[3];
+    hints.ai_addrlen = static_cast<std::size_t>(fields[4]);
+    return hints;
+}
+
+/// A copy in our own form, whose names are UTF-8.
+addrinfo* CopyWideAddresses(const ADDRINFOW* wide) {
+    std::deque<addrinfo> entries;
+    std::deque<std::string> names;
+    for (; wide != nullptr; wide = wide->ai_next) {
+        addrinfo& entry = entries.emplace_back();
+        entry.ai_flags = wide->ai_flags;
+        entry.ai_family = wide->ai_family;
+        entry.ai_socktype = wide->ai_socktype;
+        entry.ai_protocol = wide->ai_protocol;
+        entry.ai_addrlen = wide->ai_addrlen;
+        entry.ai_addr = wide->ai_addr;
+        if (wide->ai_canonname != nullptr) {
+            entry.ai_canonname = names.emplace_back(base::ToUtf8(wide->ai_canonname)).data();
+        }
+        if (entries.size() > 1) entries[entries.size() - 2].ai_next = &entry;
+    }
+    return CopyAddresses(entries.empty() ? nullptr : &entries.front());
+}
 
 }  // namespace
 
@@ -62,6 +101,23 @@ NameAnswer LoopbackName() {
                                     static_cast<DWORD>(service.size()), NI_NAMEREQD);
     if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
     return {.name = base::ToUtf8(host.data())};
+}
+
+int AskSystem(const AddressQuery& query, addrinfo*& list) noexcept {
+    ADDRINFOW* found = nullptr;
+    const DestructorFunctor release([&found] {
+        if (found != nullptr) ::FreeAddrInfoW(found);
+    });
+    try {
+        const auto node = WideOrNothing(query.node), service = WideOrNothing(query.service);
+        const ADDRINFOW hints = HintsOf(query.hints.value_or(std::array<int, 5>{}));
+        const int code =
+            ::GetAddrInfoW(TextOrNull(node), TextOrNull(service), query.hints ? &hints : nullptr, &found);
+        if (code == 0) list = CopyWideAddresses(found);
+        return code;
+    } catch (const std::bad_alloc&) {
+        return EAI_MEMORY;
+    }
 }
 
 // The codes of the resolver are those of Windows Sockets.

@@ -54,11 +54,34 @@ std::optional<std::wstring> MessageOfSystem(HRESULT code) {
     return Message(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code);
 }
 
+void AppendProperty(IWbemClassObject& status, const wchar_t* name, std::wstring& text) {
+    VARIANT value;
+    ::VariantInit(&value);
+    if (SUCCEEDED(status.Get(name, 0, &value, nullptr, nullptr)) && value.vt == VT_BSTR &&
+        ::SysStringLen(value.bstrVal) != 0) {
+        if (!text.empty()) text += L"; ";
+        text += std::wstring(name) + L": " + std::wstring(value.bstrVal, ::SysStringLen(value.bstrVal));
+    }
+    ::VariantClear(&value);
+}
+
+std::wstring TakeErrorDetails() {
+    CComPtr<IErrorInfo> information;
+    if (::GetErrorInfo(0, &information) != S_OK || information == nullptr) return {};
+    CComPtr<IWbemClassObject> status;
+    if (FAILED(information->QueryInterface(IID_IWbemClassObject, reinterpret_cast<void**>(&status))))
+        return {};
+    std::wstring text;
+    for (const wchar_t* const name : {L"Operation", L"ParameterInfo", L"ProviderName", L"Description"})
+        AppendProperty(*status, name, text);
+    return text;
+}
+
 }  // namespace
 
 WbemCalls SystemWbemCalls() {
-    return {CreateLocator, SetProxyBlanket, [] { return MessageModule() != nullptr; },
-            MessageOfModuleOrSystem, MessageOfSystem};
+    return {CreateLocator,           SetProxyBlanket, [] { return MessageModule() != nullptr; },
+            MessageOfModuleOrSystem, MessageOfSystem, TakeErrorDetails};
 }
 
 }  // namespace quillon::platform

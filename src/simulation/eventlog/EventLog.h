@@ -56,7 +56,8 @@ public:
     // --- For those who set it up ---
 
     void Reset();
-    /// When it is full the oldest event goes.
+    /// When it is full the oldest event goes. A name that ends in ".evtx" is the path of a saved log, which
+    /// only a query for a file finds.
     void AddChannel(const std::string& name, bool isEnabled, std::size_t capacity = 10'000);
     bool IsEnabled(const std::string& channel);
     /// The event's number; 0 when the channel is disabled or missing, and nothing is kept.

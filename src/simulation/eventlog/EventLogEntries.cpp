@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::uint32_t kNotSupported = 50;
 constexpr std::uint32_t kInvalidQuery = 15001;
+constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kChannelNotFound = 15007;
 
 int Result(std::uint32_t code) {
@@ -215,8 +216,10 @@ void* EventLog::Query(void*, const wchar_t* path, const wchar_t* query, unsigned
     if ((flags & (platform::kEvtChannelPath | platform::kEvtFilePath)) == 0) return NoHandle(kNotSupported);
     const auto condition = EventQuery::Parse(NarrowOrEmpty(query));
     if (!condition) return NoHandle(kInvalidQuery);
-    const Channel* const channel = log.Find(NarrowOrEmpty(path));
-    if (channel == nullptr) return NoHandle(kChannelNotFound);
+    const std::string name = NarrowOrEmpty(path);
+    const bool isFile = (flags & platform::kEvtFilePath) != 0;
+    const Channel* const channel = isFile == name.ends_with(".evtx") ? log.Find(name) : nullptr;
+    if (channel == nullptr) return NoHandle(isFile ? kFileNotFound : kChannelNotFound);
     ResultSet results;
     for (const EventPointer& event : channel->events) {
         if (condition->Matches(*event)) results.events.push_back(event);

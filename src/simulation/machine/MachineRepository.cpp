@@ -1,4 +1,5 @@
 #include "base/Utf.h"
+#include "simulation/com/Com.h"
 #include "simulation/machine/WmiFacts.h"
 #include "simulation/wmi/WmiRepository.h"
 
@@ -9,6 +10,7 @@ WmiRepository& MachineRepository() {
     static WmiRepository& repository = []() -> WmiRepository& {
         auto& made = *new WmiRepository(base::ToWide(NodeName()));
         AddMachineFacts(made);
+        made.AskForCom([] { return TheCom().References() > 0; });
         return made;
     }();
     return repository;

@@ -13,6 +13,11 @@ struct Firmware {};
 
 WmiFact DmiFact(const char* name) { return ReadFact(std::string("/sys/class/dmi/id/") + name); }
 
+/// For a key, which is never NULL.
+std::string DmiKey(const char* name) {
+    return ReadFact(std::string("/sys/class/dmi/id/") + name).value_or(std::string());
+}
+
 /// One line of the file of accounts.
 struct Account {
     std::string name, description;
@@ -54,14 +59,14 @@ WmiClass BiosClass() {
             {L"Caption", CIM_STRING, [](F) { return DmiFact("bios_version"); }},
             {L"Description", CIM_STRING, [](F) { return DmiFact("bios_version"); }},
             {L"Manufacturer", CIM_STRING, [](F) { return DmiFact("bios_vendor"); }},
-            {L"Name", CIM_STRING, [](F) { return DmiFact("bios_version"); }},
+            {L"Name", CIM_STRING, [](F) { return DmiKey("bios_version"); }},
             {L"PrimaryBIOS", CIM_BOOLEAN, [](F) { return true; }},
             {L"ReleaseDate", CIM_DATETIME},
             {L"SerialNumber", CIM_STRING, [](F) { return DmiFact("product_serial"); }},
             {L"SMBIOSBIOSVersion", CIM_STRING, [](F) { return DmiFact("bios_version"); }},
-            {L"SoftwareElementID", CIM_STRING, [](F) { return DmiFact("bios_version"); }},
+            {L"SoftwareElementID", CIM_STRING, [](F) { return DmiKey("bios_version"); }},
             {L"Status", CIM_STRING, [](F) { return "OK"; }},
-            {L"Version", CIM_STRING, [](F) { return DmiFact("bios_version"); }},
+            {L"Version", CIM_STRING, [](F) { return DmiKey("bios_version"); }},
         },
         [] { return std::vector<Firmware>(1); });
 }

@@ -1,13 +1,16 @@
 #include "simulation/machine/WmiFacts.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <string_view>
 
 #include "base/CivilTime.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
-#include "platform/NetworkApi.h"
 #include "platform/TimeApi.h"
 #include "platform/native/ProcFile.h"
 #include "simulation/wmi/WmiCoercion.h"
@@ -31,6 +34,18 @@ std::optional<std::string> CimDateTime(std::int64_t time) {
     return text;
 }
 
+_variant_t TextArray(const std::vector<std::string>& texts) {
+    _variant_t array;
+    array.parray = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
+    if (array.parray == nullptr) return array;
+    array.vt = VT_ARRAY | VT_BSTR;
+    for (LONG i = 0; i < static_cast<LONG>(texts.size()); ++i) {
+        const _variant_t text = TextVariant(base::ToWide(texts[static_cast<std::size_t>(i)]));
+        if (FAILED(SafeArrayPutElement(array.parray, &i, text.bstrVal))) return {};
+    }
+    return array;
+}
+
 }  // namespace
 
 _variant_t WmiFact::As(CIMTYPE type) const {
@@ -42,6 +57,7 @@ _variant_t WmiFact::As(CIMTYPE type) const {
     if (const auto* const text = std::get_if<std::string>(&m_value)) {
         value = TextVariant(base::ToWide(*text));
     }
+    if (const auto* const texts = std::get_if<std::vector<std::string>>(&m_value)) value = TextArray(*texts);
     _variant_t converted;
     if (value.vt == VT_EMPTY || FAILED(Coerce(value, type, converted))) converted.Clear();
     if (converted.vt == VT_EMPTY) converted.vt = VT_NULL;
@@ -49,14 +65,17 @@ _variant_t WmiFact::As(CIMTYPE type) const {
 }
 
 void AddMachineFacts(WmiRepository& repository) {
-    for (const auto make :
-         {OperatingSystemClass, ComputerSystemClass, ProcessClass, LogicalDiskClass, NetworkAdapterClass,
-          ServiceClass, BiosClass, UserAccountClass, QuickFixEngineeringClass}) {
+    for (const auto make : {OperatingSystemClass, ComputerSystemClass, ProcessClass, LogicalDiskClass,
+                            NetworkAdapterClass, NetworkAdapterConfigurationClass, ServiceClass, BiosClass,
+                            UserAccountClass, QuickFixEngineeringClass}) {
         repository.AddClass(L"ROOT\\CIMV2", make());
     }
 }
 
-std::string NodeName() { return platform::HostName().value_or(std::string()); }
+std::string NodeName() {
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : std::string();
+}
 
 std::optional<std::string> ReadFact(const std::string& path) {
     auto content = platform::ReadWholeFile(path);

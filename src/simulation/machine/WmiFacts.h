@@ -26,6 +26,10 @@ public:
     WmiFact(bool value) : m_value(value) {}
     WmiFact(const char* value) : m_value(std::string(value)) {}
     WmiFact(std::string value) : m_value(std::move(value)) {}
+    /// An array of texts; NULL when it is empty.
+    WmiFact(std::vector<std::string> values) {
+        if (!values.empty()) m_value = std::move(values);
+    }
     template <std::integral Integer>
     WmiFact(Integer value) : m_value(static_cast<std::int64_t>(value)) {}
     template <class T>
@@ -37,7 +41,7 @@ public:
     [[nodiscard]] _variant_t As(CIMTYPE type) const;
 
 private:
-    std::variant<std::monostate, bool, std::int64_t, std::string> m_value;
+    std::variant<std::monostate, bool, std::int64_t, std::string, std::vector<std::string>> m_value;
 };
 
 /// A property of a class whose instances stand for a Subject; without `read` it is always NULL.
@@ -91,6 +95,8 @@ WmiClass ProcessClass();
 /// The volume "C:", and other local and network volumes by the place they are mounted at.
 WmiClass LogicalDiskClass();
 WmiClass NetworkAdapterClass();
+/// Addresses by the interface that has them.
+WmiClass NetworkAdapterConfigurationClass();
 /// The units of systemd and the init scripts that no unit replaces; by their files and control groups, so
 /// that a unit that stays active without a process counts as stopped.
 WmiClass ServiceClass();

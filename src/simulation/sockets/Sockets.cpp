@@ -9,7 +9,15 @@ Sockets& Sockets::Process() {
 
 bool Sockets::Start() {
     ++m_starts;
-    return !m_isFailing;
+    if (m_isFailing) return false;
+    ++m_running;
+    return true;
+}
+
+void Sockets::Stop() {
+    int running = m_running;
+    while (running > 0 && !m_running.compare_exchange_weak(running, running - 1)) {
+    }
 }
 
 }  // namespace quillon::simulation

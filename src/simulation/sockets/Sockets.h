@@ -12,6 +12,10 @@ public:
 
     /// Counts the call; returns false while starts are made to fail.
     bool Start();
+    /// Takes one start back.
+    void Stop();
+    /// Returns whether there are more starts than stops.
+    bool IsStarted() const { return m_running > 0; }
 
     // --- For those who test ---
 
@@ -22,6 +26,7 @@ public:
 private:
     std::atomic<bool> m_isFailing{false};
     std::atomic<int> m_starts{0};
+    std::atomic<int> m_running{0};
 };
 
 }  // namespace quillon::simulation

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "simulation/wmi/WmiErrorDetails.h"
 #include "simulation/wmi/WmiLocator.h"
 #include "simulation/wmi/WmiPath.h"
 #include "simulation/wmi/WmiState.h"
@@ -70,9 +71,13 @@ void WmiRepository::Delay(WmiCall call, std::chrono::milliseconds time) { m_stat
 
 void WmiRepository::HangAfter(long objects) { m_state->HangAfter(objects); }
 
+void WmiRepository::Trickle(std::chrono::milliseconds pause) { m_state->Trickle(pause); }
+
 void WmiRepository::Hold(WmiCall call) { m_state->Hold(call); }
 
 void WmiRepository::LetGo() { m_state->Hold(WmiCall::Count); }
+
+void WmiRepository::AskForCom(bool (*hasCom)()) { m_state->hasCom = hasCom; }
 
 unsigned long long WmiRepository::CallCount(WmiCall call) const {
     return m_state->calls[static_cast<std::size_t>(call)];
@@ -91,6 +96,7 @@ HRESULT WmiRepository::SetProxyBlanket() { return m_state->Begin(WmiCall::SetPro
 platform::WbemCalls WmiRepository::Calls() {
     platform::WbemCalls calls;
     calls.createLocator = [this](platform::CComPtr<IWbemLocator>& locator) { return CreateLocator(locator); };
+    calls.takeErrorDetails = TakeErrorDetails;
     calls.setProxyBlanket = [this](IWbemServices*) { return SetProxyBlanket(); };
     return calls;
 }

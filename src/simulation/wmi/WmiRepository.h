@@ -108,9 +108,15 @@ public:
     void Delay(WmiCall call, std::chrono::milliseconds time);
     /// Lets enumerators wait without an answer after this many objects each, until it is called with -1.
     void HangAfter(long objects);
+    /// Lets enumerators take so long for each object; 0, the default, is no time. A call that has less time
+    /// gives the objects before.
+    void Trickle(std::chrono::milliseconds pause);
     /// Lets every call of a kind wait without an answer, until LetGo().
     void Hold(WmiCall call);
     void LetGo();
+    /// Lets every call but those of an object answer with 0x800401F0 (CO_E_NOTINITIALIZED) on a thread for
+    /// which `hasCom` returns false. Null, the default, asks nobody.
+    void AskForCom(bool (*hasCom)());
     unsigned long long CallCount(WmiCall call) const;
     /// Locators, services, enumerators and objects that someone still has a reference to.
     long long LiveObjects() const;

@@ -3,8 +3,10 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/Utf.h"
 #include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
+#include "simulation/wmi/WmiErrorDetails.h"
 
 namespace quillon::simulation {
 
@@ -129,7 +131,9 @@ HRESULT AskProvider(const WmiSchema& schema, const std::vector<std::wstring>& wa
     try {
         rows = schema.live(wanted);
         return S_OK;
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        NoteErrorDetails(L"Operation: ExecQuery; ProviderName: " + schema.className + L"; Description: " +
+                         base::ToWide(failure.what()));
         return Code(WBEM_E_PROVIDER_FAILURE);
     }
 }

@@ -3,8 +3,10 @@
 #include <exception>
 #include <utility>
 
+#include "base/Utf.h"
 #include "simulation/wmi/WmiCoercion.h"
 #include "simulation/wmi/WmiEnumerator.h"
+#include "simulation/wmi/WmiErrorDetails.h"
 #include "simulation/wmi/WmiObject.h"
 #include "simulation/wmi/WmiTarget.h"
 #include "simulation/wql/WqlQuery.h"
@@ -37,7 +39,9 @@ HRESULT RunBody(const WmiSignature& signature, const std::wstring& path, const W
         const HRESULT result = signature.method.body ? signature.method.body(path, in, out) : S_OK;
         if (SUCCEEDED(result) && signature.out != nullptr) results = MakeRow(*signature.out, out);
         return result;
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        NoteErrorDetails(L"Operation: ExecMethod; ParameterInfo: " + path + L"; Description: " +
+                         base::ToWide(failure.what()));
         return Code(WBEM_E_PROVIDER_FAILURE);
     }
 }
@@ -88,7 +92,10 @@ HRESULT WmiServices::ExecQuery(BSTR language, BSTR query, LONG flags, IWbemConte
     *objects = nullptr;
     if (!NameEqual()(View(language), L"WQL")) return Code(WBEM_E_INVALID_QUERY_TYPE);
     WqlQuery parsed;
-    if (const HRESULT result = parsed.Parse(View(query)); FAILED(result)) return result;
+    if (const HRESULT result = parsed.Parse(View(query)); FAILED(result)) {
+        NoteErrorDetails(L"Operation: ExecQuery; ParameterInfo: " + std::wstring(View(query)));
+        return result;
+    }
 
     platform::CComPtr<IEnumWbemClassObject> owner;
     auto* const enumerator = new WmiEnumerator(State(), m_nameSpace, std::move(parsed));

@@ -6,6 +6,15 @@
 
 namespace quillon::simulation {
 
+namespace {
+
+constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x800401F0);
+
+/// Objects are the caller's own, the others are reached through COM.
+bool NeedsCom(WmiCall call) { return call < WmiCall::GetNames; }
+
+}  // namespace
+
 void WmiTable::Add(WmiRowPtr row) {
     const auto path = m_schema->keys.empty() ? std::nullopt : RelativePath(*m_schema, *row);
     if (path) m_byPath.emplace(*path, m_rows.size());
@@ -36,6 +45,8 @@ WmiRowPtr WmiTable::Find(std::wstring_view relativePath) const {
 
 std::optional<HRESULT> WmiState::Begin(WmiCall call) {
     calls[static_cast<std::size_t>(call)].fetch_add(1, std::memory_order_relaxed);
+    const HasCom asksForCom = hasCom.load(std::memory_order_relaxed);
+    if (asksForCom != nullptr && NeedsCom(call) && !asksForCom()) return kNotInitialized;
     if (const auto delay = m_delays[static_cast<std::size_t>(call)].load(); delay.count() > 0)
         std::this_thread::sleep_for(delay);
     if (m_held == call) {
@@ -85,6 +96,11 @@ void WmiState::HangAfter(long objects) {
 }
 
 bool WmiState::AwaitAnswer(long objects, const Deadline& deadline) {
+    if (const std::chrono::milliseconds pause = m_pause; pause.count() > 0) {
+        const auto next = std::chrono::steady_clock::now() + pause;
+        std::this_thread::sleep_until(deadline ? std::min(next, *deadline) : next);
+        if (deadline && *deadline < next) return false;
+    }
     const auto answers = [this, objects] { return m_hangAfter < 0 || objects < m_hangAfter; };
     if (answers()) return true;
     std::unique_lock lock(mutex);

@@ -45,6 +45,9 @@ struct WmiNamespace {
 struct WmiState {
     using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 
+    /// Says whether the calling thread has COM initialised.
+    using HasCom = bool (*)();
+
     explicit WmiState(std::wstring hostName) : host(std::move(hostName)) {}
 
     /// Counts a call; gives the code that it was asked to answer with.
@@ -54,6 +57,7 @@ struct WmiState {
     void Hold(WmiCall call);
     void Delay(WmiCall call, std::chrono::milliseconds time);
     void HangAfter(long objects);
+    void Trickle(std::chrono::milliseconds pause) { m_pause = pause; }
     /// Waits while enumerators shall hang after `objects`; false when the time was up first.
     bool AwaitAnswer(long objects, const Deadline& deadline);
 
@@ -63,6 +67,7 @@ struct WmiState {
     const std::wstring host;
     std::atomic<long long> liveObjects = 0;
     std::array<std::atomic<unsigned long long>, static_cast<std::size_t>(WmiCall::Count)> calls{};
+    std::atomic<HasCom> hasCom = nullptr;
 
     std::mutex mutex;
     NameMap<WmiNamespace> namespaces;
@@ -77,6 +82,7 @@ private:
     std::atomic<bool> m_hasFailures = false;
     std::vector<Failure> m_failures;
     std::atomic<long> m_hangAfter = -1;
+    std::atomic<std::chrono::milliseconds> m_pause{};
     std::atomic<WmiCall> m_held = WmiCall::Count;
     std::array<std::atomic<std::chrono::milliseconds>, static_cast<std::size_t>(WmiCall::Count)> m_delays{};
     std::condition_variable m_released;

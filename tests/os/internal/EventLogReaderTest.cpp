@@ -199,6 +199,24 @@ TEST_F(EventLogReaderTest, GoesOnFromThePlaceOfAnOlderVersionAndReadsEveryField)
                 testing::HasSubstr(",localhost,3,1,0x8000000000000000,4711,815,S-1-5-18,"));
 }
 
+// What stands in a real file only the system can read, and the emulator cannot.
+TEST_F(EventLogReaderTest, ASavedLogIsReadByItsPath) {
+    EventLogSource saved{"C:\\logs\\saved.evtx", "*"};
+    saved.withMessage = true;
+    const auto failure = [this](const EventLogSource& source) {
+        return EventLogReader(source, store).ReadNew([](const LogEvent&) { return true; }).errorCode;
+    };
+    saved.isFile = true;
+    EXPECT_EQ(failure(saved), 2u);
+    events.AddChannel(saved.name, true, 5);
+    EventLogTest::Write(saved.name, "a");
+    EventLogTest::Write(saved.name, "b");
+    EXPECT_THAT(Messages(saved, Start::Oldest, 0), ElementsAre("a", "b"));
+    EXPECT_THAT(Messages(saved, Start::Bookmark, 0), IsEmpty());
+    saved.isFile = false;
+    EXPECT_EQ(failure(saved), 15007u);
+}
+
 TEST_F(EventLogReaderTest, AFailureWithoutAReasonIsOne) {
     Write(1);
     for (const char* const entry : {"EvtQuery", "EvtNext"}) {

@@ -239,6 +239,33 @@ TEST_F(WmiConnectorTest, AVisitorMayStopOrThrow) {
                  int);
 }
 
+TEST_F(WmiConnectorTest, DiagnosticsTellWhatAQueryGaveAndWhatWmiSays) {
+    AddItems(3);
+    EXPECT_FALSE(connector.ExecuteQuery("SELECT", &table));
+    EXPECT_EQ(connector.LastWmiErrorDetails(), L"Operation: ExecQuery; ParameterInfo: SELECT");
+    EXPECT_TRUE(connector.ExecuteQuery("SELECT Name FROM Item", &table));
+    log.Forget();
+    connector.SetDiagnostics(true);
+    EXPECT_TRUE(connector.ExecuteQuery("SELECT Name FROM Item", &table));
+    EXPECT_THAT(log.Lines(Level::Debug).back(),
+                testing::MatchesRegex("The WMI query gave 3 objects in [0-9]+ ms"));
+    const auto live = [](const std::vector<std::wstring>&) -> std::vector<simulation::WmiValues> {
+        throw std::runtime_error("no \xC3\xA9lan");
+    };
+    repository.AddClass(kNamespace, {L"Live", {{L"Name", CIM_STRING, {}}}, {L"Name"}, {}, live});
+    for (const int deadline : {0, 30'000}) {  // the note is the thread's that makes the call
+        SCOPED_TRACE(deadline);
+        connector.SetDeadline(deadline);
+        EXPECT_FALSE(connector.ExecuteQuery("SELECT * FROM Live", &table));
+        EXPECT_THAT(log.Lines(Level::Debug),
+                    testing::Contains("WMI tells: Operation: ExecQuery; ProviderName: Live; Description: no "
+                                      "\xC3\xA9lan"));
+    }
+    repository.FailNext(simulation::WmiCall::ExecQuery, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
+    EXPECT_FALSE(connector.ExecuteQuery("SELECT * FROM Live", &table));
+    EXPECT_EQ(connector.LastWmiErrorDetails(), L"");
+}
+
 TEST_F(WmiConnectorTest, OneTextIsHadFromAClassOfOneObject) {
     const struct {
         int items;

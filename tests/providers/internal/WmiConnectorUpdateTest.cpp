@@ -91,6 +91,46 @@ TEST_F(WmiConnectorUpdateTest, APropertysTypeDecidesWhatIsPut) {
     EXPECT_THROW(connector.ExecuteUpdateFirst(L"SELECT * FROM One", &wrong, &table), std::invalid_argument);
 }
 
+TEST_F(WmiConnectorUpdateTest, NullsAndArraysAreWrittenOnRequestAndTheRestIsRefusedBeforeTheFirstPut) {
+    const CIMTYPE kArray = CIM_FLAG_ARRAY;
+    repository.AddClass(kNamespace, {L"One",
+                                     {{L"K", CIM_STRING, L"k"},
+                                      {L"P", CIM_STRING, L"p"},
+                                      {L"Texts", CIM_STRING | kArray, {}},
+                                      {L"Large", CIM_UINT32 | kArray, {}},
+                                      {L"Small", CIM_SINT8 | kArray, {}},
+                                      {L"Thing", CIM_OBJECT, {}}},
+                                     {L"K"}});
+    repository.AddInstance(kNamespace, L"One", {});
+    const auto update = [this](const Variant& first, const Variant& second) {
+        const DataTable values{VariantList(first, second)};
+        table.Clear(true);
+        return connector.ExecuteUpdateAll(L"SELECT * FROM One", &values, &table);
+    };
+    const auto null = Variant::NullVariant("P");
+    EXPECT_THROW(update(null, Variant("Texts", "a")), null_Variant);
+    connector.SetUpdatePolicy(WmiConnector::UpdatePolicy::NullsAndArrays);
+    ASSERT_TRUE(update(null, Variant("Texts", "a, b\n\nc")));
+    EXPECT_TRUE(table.begin()->Get("P").IsNull());
+    EXPECT_EQ(table.begin()->Get("Texts"), Variant("Texts", "a, b, , c"));
+    ASSERT_TRUE(update(Variant("Large", "1\n4294967295"), Variant("Small", "-128\n127")));
+    EXPECT_EQ(table.begin()->Get("Small"), Variant("Small", "-128, 127"));
+    const _variant_t large = repository.ReadValue(kNamespace, L"One", 0, L"Large");
+    ASSERT_EQ(large.vt, VT_ARRAY | VT_I4);
+    LONG second = 1, bits = 0;
+    EXPECT_EQ(::SafeArrayGetElement(large.parray, &second, &bits), S_OK);
+    EXPECT_EQ(static_cast<ULONG>(bits), 4294967295u);
+    ASSERT_TRUE(update(Variant("Texts", ""), Variant("P", "p")));
+    EXPECT_EQ(table.begin()->Get("Texts"), Variant("Texts", ""));
+    const auto puts = repository.CallCount(WmiCall::Put);
+    for (const auto& refused : {Variant("Small", "128"), Variant("Small", 1), Variant("Thing", "t")}) {
+        EXPECT_FALSE(update(Variant("P", "changed"), refused)) << refused;
+        EXPECT_EQ(connector.LastWmiErrorCode(), static_cast<std::int32_t>(WBEM_E_TYPE_MISMATCH));
+        EXPECT_THAT(log.Lines(Level::Error).back(), testing::StartsWith("Cannot update property "));
+    }
+    EXPECT_EQ(repository.CallCount(WmiCall::Put), puts);
+}
+
 TEST_F(WmiConnectorUpdateTest, AFailureOrAnUnusableTableChangesNothing) {
     AddItems(1);
     const DataTable absent{VariantList(Variant("Absent", 1))};
@@ -140,6 +180,18 @@ TEST_F(WmiConnectorMethodTest, ParametersAreFoundByNameInAnyCase) {
         ElementsAre("Could not apply parameter value of 'Count' to parameter '300'",
                     "Data-type for parameter 'Thing' is not supported for WMI method invocation; skipping"));
     EXPECT_THAT(log.Lines(Level::Trace), testing::Contains(" -> Parameter name is Count - CIM type is 17"));
+}
+
+TEST_F(WmiConnectorMethodTest, AMisspeltParameterFailsBeforeTheCallOnRequest) {
+    MethodParameters parameters;
+    parameters.scalars = VariantList(Variant("name", "n"), Variant("Nmae", "x"));
+    connector.RefuseUnknownParameters(true);
+    EXPECT_FALSE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, parameters, &table));
+    EXPECT_EQ(connector.LastWmiError(), L"Method Do has no parameter Nmae");
+    EXPECT_THAT(paths, IsEmpty());
+    parameters.scalars = VariantList(Variant("NAME", "n"));
+    EXPECT_TRUE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", false, parameters, &table));
+    EXPECT_EQ(given, L"Name=n ");
 }
 
 TEST_F(WmiConnectorMethodTest, IsCalledForTheClassOrForEveryObject) {

@@ -129,6 +129,51 @@ TEST_F(WmiLimitTest, ObjectsThatAreReadyDoNotOutlastTheShutdown) {
     EXPECT_EQ(connector.LastWmiErrorCode(), kShuttingDown);
 }
 
+// Each operation that enumerates, against providers of every kind; the other ones above.
+TEST_F(WmiLimitTest, NoOperationOutlastsAProviderThatTricklesOrFloods) {
+    std::atomic<int> stored{0};
+    methods = {{L"Do", {}, {}, [&stored](const std::wstring&, const auto&, auto&) {
+                    ++stored;
+                    return S_OK;
+                }}};
+    const DataTable update(VariantList(Variant("Number", 1)));
+    const std::pair<const char*, std::function<bool()>> operations[] = {
+        {"query", [this] { return Query(); }},
+        {"qualifiers",
+         [this] { return connector.ExecuteQueryReturnQualifiers("SELECT * FROM Item", &table); }},
+        {"visitor",
+         [this] {
+             return connector.ExecuteQuery("SELECT * FROM Item", [](const VariantList&) { return true; });
+         }},
+        {"update", [&] { return connector.ExecuteUpdateAll(L"SELECT * FROM Item", &update, &table); }},
+        {"method",
+         [&] { return connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, {}, &table); }},
+    };
+    for (const auto& [name, run] : operations) {
+        SCOPED_TRACE(name);
+        AddItems(1000);
+        table.Clear(true);
+        repository.Trickle(std::chrono::milliseconds(2));
+        connector.SetDeadline(100);
+        EXPECT_FALSE(run());
+        EXPECT_EQ(connector.LastWmiErrorCode(), kTimedOut);
+        EXPECT_LT(table.GetNumberOfRows(), 1000u);
+        repository.Trickle(std::chrono::milliseconds(0));
+        connector.SetDeadline(0);
+        std::atomic<int> looks{0};
+        {
+            const Monitor monitor([&looks] { return ++looks > 50; });  // objects are ready without end
+            EXPECT_FALSE(run());
+        }
+        EXPECT_EQ(connector.LastWmiErrorCode(), kShuttingDown);
+        EXPECT_LT(table.GetNumberOfRows(), 1000u);
+        repository.FailNext(WmiCall::Next, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED), 1);
+        connector.SetDeadline(30'000);
+        EXPECT_FALSE(run());
+        EXPECT_EQ(connector.LastWmiErrorCode(), static_cast<std::int32_t>(WBEM_E_ACCESS_DENIED));
+    }
+}
+
 TEST_F(WmiLimitTest, WithinTheLimitEverythingIsAsWithoutOne) {
     AddItems(250);
     connector.SetDeadline(60'000);

@@ -27,9 +27,22 @@ using namespace simulation;
 using testing::ElementsAre;
 using Row = std::map<std::string, std::string>;
 
+std::string JoinedText(const _variant_t& array) {
+    LONG last = -1;
+    EXPECT_EQ(SafeArrayGetUBound(array.parray, 1, &last), S_OK);
+    std::string joined;
+    for (LONG i = 0; i <= last; ++i) {
+        _bstr_t text;
+        EXPECT_EQ(SafeArrayGetElement(array.parray, &i, &text.GetBSTR()), S_OK);
+        joined += (i == 0 ? "" : " ") + base::ToUtf8({text, text.length()});
+    }
+    return joined;
+}
+
 std::string TextOf(const _variant_t& value) {
     _variant_t text;
     if (value.vt == VT_NULL) return "NULL";
+    if (value.vt == (VT_ARRAY | VT_BSTR)) return JoinedText(value);
     EXPECT_EQ(VariantChangeTypeEx(&text, &value, LOCALE_INVARIANT, 0, VT_BSTR), S_OK) << value.vt;
     return base::ToUtf8({text.bstrVal, SysStringLen(text.bstrVal)});
 }
@@ -77,7 +90,8 @@ std::string StartOf(const std::string& commandLine, const std::wstring& folder =
 
 TEST(WmiFacts, EveryClassTellsItsPropertiesAndDistinctKeys) {
     for (const auto make : {OperatingSystemClass, ComputerSystemClass, ProcessClass, LogicalDiskClass,
-                            NetworkAdapterClass, ServiceClass}) {
+                            NetworkAdapterClass, NetworkAdapterConfigurationClass, ServiceClass, BiosClass,
+                            UserAccountClass, QuickFixEngineeringClass}) {
         const WmiClass made = make();
         SCOPED_TRACE(base::ToUtf8(made.name));
         std::set<std::string> names, keys;
@@ -86,8 +100,13 @@ TEST(WmiFacts, EveryClassTellsItsPropertiesAndDistinctKeys) {
         for (const Row& row : Query(made, {})) {
             for (const auto& [name, value] : row) EXPECT_TRUE(names.contains(name)) << name;
             if (made.keys.empty()) continue;
-            const std::string key = row.at(base::ToUtf8(made.keys[0]));
-            EXPECT_TRUE(key != "NULL" && keys.insert(key).second) << key;
+            std::string all;
+            for (const std::wstring& key : made.keys) {
+                const std::string& value = row.at(base::ToUtf8(key));
+                EXPECT_NE(value, "NULL");
+                all += value + '\n';
+            }
+            EXPECT_TRUE(keys.insert(all).second) << all;
         }
     }
 }
@@ -162,6 +181,22 @@ TEST(WmiFacts, TheMachineIsAsTheSystemCallsTell) {
     for (const Row& adapter : Query(NetworkAdapterClass(), {L"Name"}))
         found[adapter.at("Name")] = adapter.at("DeviceID");
     EXPECT_EQ(found, interfaces);
+}
+
+TEST(WmiFacts, TheLoopbackIsConfiguredAndAccountsAreTheSystems) {
+    const std::string index = std::to_string(::if_nametoindex("lo"));
+    for (const Row& row : Query(NetworkAdapterConfigurationClass(), {})) {
+        if (row.at("Index") != index) continue;
+        EXPECT_THAT(row.at("IPAddress"), testing::StartsWith("127.0.0.1"));
+        EXPECT_THAT(row.at("IPSubnet"), testing::StartsWith("255.0.0.0"));
+        EXPECT_EQ(row.at("DefaultIPGateway"), "NULL");
+        EXPECT_EQ(row.at("MACAddress"), "NULL");
+    }
+    std::string user = "none";
+    for (const Row& row : Query(UserAccountClass(), {L"Name"})) {
+        if (row.at("Name") == ::getpwuid(::geteuid())->pw_name) user = row.at("Name");
+    }
+    EXPECT_EQ(user, ::getpwuid(::geteuid())->pw_name);
 }
 
 TEST(WmiFacts, DatesAreLocalWithTheirOffset) {
