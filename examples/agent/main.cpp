@@ -8,6 +8,7 @@
 #include "host/AgentConfiguration.h"
 #include "host/Host.h"
 #include "quillon/PathUtils.h"
+#include "serve/Server.h"
 #include "system/Console.h"
 
 namespace quillon::agent {
@@ -24,21 +25,33 @@ AgentConfiguration Configure(const HostOptions& options) {
     return configuration;
 }
 
-std::string DatabaseFolderOf(const RunCommand& command) {
-    if (command.data.empty()) return Host::DefaultDatabaseFolder();
-    return PathUtils::CombinePaths(command.data, Host::kDatabaseFolder, PathUtils::PathSep);
+std::string DatabaseFolderOf(const HostOptions& options) {
+    if (options.data.empty()) return Host::DefaultDatabaseFolder();
+    return PathUtils::CombinePaths(options.data, Host::kDatabaseFolder, PathUtils::PathSep);
+}
+
+LogSettings LogSettingsOf(const HostOptions& options, const AgentConfiguration& configuration) {
+    LogSettings log = options.log;
+    if (configuration.IsLoggingLevelGiven() && !log.level)
+        log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
+    return log;
 }
 
 int Execute(const RunCommand& command, Output& output) {
     const AgentConfiguration configuration = Configure(command.host);
-    LogSettings log = command.log;
-    if (configuration.IsLoggingLevelGiven() && !log.level)
-        log.level = static_cast<ICLogger::Level>(configuration.GetLoggingLevel());
-    const Host host(log, DatabaseFolderOf(command), configuration);
+    const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
+                    configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
     output.Write(result.resultTable, command.format);
     if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", result.errorMessage.c_str());
     return result.resultCode;
+}
+
+int Execute(const ServeCommand& command, Output& output) {
+    const AgentConfiguration configuration = Configure(command.host);
+    const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
+                    configuration);
+    return Serve(host, command.settings, output);
 }
 
 int Execute(const MethodsCommand& command, Output& output) {

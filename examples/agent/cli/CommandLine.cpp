@@ -56,12 +56,25 @@ void AddChoice(CLI::App& app, const std::string& option, Target& target, const C
         ->type_name(names);
 }
 
-void AddHostOptions(CLI::App& app, HostOptions& options) {
+void AddModuleOptions(CLI::App& app, HostOptions& options) {
     app.add_option("--config", options.configuration, "Settings of the agent, a JSON file")
         ->check(CheckFileName)
         ->type_name("FILE");
     app.add_option("--modules", options.modules, "Load modules from this directory, not the configuration's")
         ->check(CheckDirectory)
+        ->type_name("FOLDER");
+}
+
+void AddHostOptions(CLI::App& app, HostOptions& options) {
+    app.add_option("--log", options.log.file, "Log to this file, and to standard error")
+        ->check(CheckFileName)
+        ->type_name("FILE");
+    AddChoice(app, "--log-format", options.log.format, kLogFormats, "Form of its lines (default text)");
+    AddChoice(app, "--log-to", options.log.systemLog, kSystemLogs, "Log to this log of the system as well");
+    AddChoice(app, "--level", options.log.level, kLevels,
+              "Lowest level to log (default: the configuration's; info with --log, else warn)");
+    AddModuleOptions(app, options);
+    app.add_option("--data", options.data, "Keep the databases below this directory, not the agent's own")
         ->type_name("FOLDER");
 }
 
@@ -73,16 +86,7 @@ CLI::App* AddRun(CLI::App& app, RunCommand& command) {
         ->check(CheckArgument)
         ->type_name("name=value");
     AddChoice(*run, "--format", command.format, kTableFormats, "Form of the table (default text)");
-    run->add_option("--log", command.log.file, "Log to this file, and to standard error")
-        ->check(CheckFileName)
-        ->type_name("FILE");
-    AddChoice(*run, "--log-format", command.log.format, kLogFormats, "Form of its lines (default text)");
-    AddChoice(*run, "--log-to", command.log.systemLog, kSystemLogs, "Log to this log of the system as well");
-    AddChoice(*run, "--level", command.log.level, kLevels,
-              "Lowest level to log (default: the configuration's; info with --log, else warn)");
     AddHostOptions(*run, command.host);
-    run->add_option("--data", command.data, "Keep the databases below this directory, not the agent's own")
-        ->type_name("FOLDER");
     return run;
 }
 
@@ -90,8 +94,24 @@ CLI::App* AddMethods(CLI::App& app, MethodsCommand& command) {
     CLI::App* const methods =
         app.add_subcommand("methods", "Lists every method with its parameters and columns");
     AddChoice(*methods, "--format", command.format, kListFormats, "Form of the list (default text)");
-    AddHostOptions(*methods, command.host);
+    AddModuleOptions(*methods, command.host);
     return methods;
+}
+
+CLI::App* AddServe(CLI::App& app, ServeCommand& command) {
+    CLI::App* const serve =
+        app.add_subcommand("serve", "Answers requests, a JSON object a line, until it is asked to end");
+    serve
+        ->add_option("--listen", command.settings.address,
+                     "Unix socket (Windows: name of a pipe) for clients of this account; without it standard "
+                     "input and output")
+        ->check(CheckFileName)
+        ->type_name("ADDRESS");
+    serve->add_option("--parallel", command.settings.parallel, "How many calls run at once (default 8)")
+        ->check(CLI::Range(1, 256))
+        ->type_name("NUMBER");
+    AddHostOptions(*serve, command.host);
+    return serve;
 }
 
 UsageMessage ToMessage(const CLI::App& app, const CLI::ParseError& error) {
@@ -109,8 +129,10 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     app.allow_windows_style_options(false);
     RunCommand runCommand;
     MethodsCommand methodsCommand;
+    ServeCommand serveCommand;
     const CLI::App* const run = AddRun(app, runCommand);
-    AddMethods(app, methodsCommand);
+    const CLI::App* const methods = AddMethods(app, methodsCommand);
+    AddServe(app, serveCommand);
     try {
         std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
         app.parse(std::move(arguments));
@@ -118,7 +140,8 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
         return ToMessage(app, error);
     }
     if (run->parsed()) return runCommand;
-    return methodsCommand;
+    if (methods->parsed()) return methodsCommand;
+    return serveCommand;
 }
 
 }  // namespace quillon::agent

@@ -7,6 +7,7 @@
 #include "cli/MethodList.h"
 #include "cli/Output.h"
 #include "host/Logging.h"
+#include "serve/Server.h"
 
 namespace quillon::agent {
 
@@ -14,6 +15,8 @@ namespace quillon::agent {
 struct HostOptions {
     std::string configuration;  ///< a file; empty: settings that are safe
     std::string modules;        ///< a directory; empty: the configuration's
+    std::string data;           ///< a directory; empty: the agent's own
+    LogSettings log;
 };
 
 /// "quillon-agent run ..."
@@ -22,14 +25,18 @@ struct RunCommand {
     std::string method;                  ///< "Module.Method"
     std::vector<std::string> arguments;  ///< "name=value", each with its '='
     Format format = Format::Text;
-    LogSettings log;
-    std::string data;  ///< a directory; empty: the agent's own
 };
 
 /// "quillon-agent methods ..."
 struct MethodsCommand {
     HostOptions host;
     ListFormat format = ListFormat::Text;
+};
+
+/// "quillon-agent serve ..."
+struct ServeCommand {
+    HostOptions host;
+    ServeSettings settings;
 };
 
 /// Holds a text to print in place of a command: help that was asked for (code 0), or the fault of the
@@ -39,7 +46,7 @@ struct UsageMessage {
     std::string text;
 };
 
-using CommandLine = std::variant<RunCommand, MethodsCommand, UsageMessage>;
+using CommandLine = std::variant<RunCommand, MethodsCommand, ServeCommand, UsageMessage>;
 
 /// `arguments` are those after the program's name.
 CommandLine ParseCommandLine(std::vector<std::string> arguments);

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "common/ShownText.h"
 #include "host/ModuleLoader.h"
 #include "modules/Arguments.h"
 #include "quillon/LogText.h"
@@ -22,6 +23,13 @@ InvocationResult Failure(std::int32_t code, const std::string& message) {
     result.resultCode = code;
     result.errorMessage = message;
     return result;
+}
+
+/// Answers for a method that left by an exception.
+InvocationResult Thrown(const std::string& method, const std::string& what) {
+    ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(),
+                                           LogText::OneLine(what).c_str());
+    return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + what);
 }
 
 /// A builder describes one item: each is made afresh.
@@ -69,17 +77,25 @@ Host::~Host() {
 }
 
 InvocationResult Host::Run(const std::string& method, const std::vector<std::string>& arguments) const {
+    MethodParameters parameters;
+    return Run(method, [&](const IMethodMetadataReader& metadata, InvocationResult& result) {
+        return ReadParameters(arguments, metadata, parameters, result) ? &parameters : nullptr;
+    });
+}
+
+InvocationResult Host::Run(const std::string& method, const ParameterReader& read) const {
     const Method* const found = FindMethod(method);
-    if (found == nullptr) return Failure(InvocationResult::kBadParameter, "Unknown method '" + method + "'");
+    if (found == nullptr)
+        return Failure(InvocationResult::kBadParameter, "Unknown method '" + ShownText(method) + "'");
     try {
-        MethodParameters parameters;
         InvocationResult result;
-        if (ReadParameters(arguments, *found->metadata, parameters, result)) found->run(parameters, result);
+        const MethodParameters* const parameters = read(*found->metadata, result);
+        if (parameters != nullptr) found->run(*parameters, result);
         return result;
     } catch (const std::exception& error) {
-        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", method.c_str(),
-                                               LogText::OneLine(error.what()).c_str());
-        return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + error.what());
+        return Thrown(method, error.what());
+    } catch (...) {
+        return Thrown(method, "something that is no std::exception");
     }
 }
 

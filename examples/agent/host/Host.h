@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,13 @@ public:
     /// is not of its parameter's type give code 2, like any other bad call; a method
     /// that throws gives code 1.
     InvocationResult Run(const std::string& method, const std::vector<std::string>& arguments) const;
+
+    /// Returns the parameters of a call to the method; or writes into the result what is wrong with them,
+    /// and returns null.
+    using ParameterReader =
+        std::function<const MethodParameters*(const IMethodMetadataReader&, InvocationResult&)>;
+    /// Runs a method in the same way with parameters of any origin, on any thread.
+    InvocationResult Run(const std::string& method, const ParameterReader& read) const;
 
 private:
     const Method* FindMethod(const std::string& fullName) const;

@@ -1,51 +1,19 @@
 #include "host/ShutdownMonitor.h"
 
-#include <map>
 #include <mutex>
 #include <utility>
 
+#include "host/ShutdownCallbacks.h"
 #include "system/Console.h"
 
 namespace quillon::agent {
 
 namespace {
 
-/// Who is to be told. The thread that tells of an interrupt may outlive every monitor.
-class Callbacks {
-public:
-    static Callbacks& Instance() {
-        static Callbacks& callbacks = *new Callbacks;
-        return callbacks;
-    }
-
-    std::uint64_t Add(std::function<void()> callback) {
-        const std::lock_guard lock(m_mutex);
-        m_callbacks.emplace(++m_last, std::move(callback));
-        return m_last;
-    }
-
-    /// Waits for a callback that is running.
-    void Remove(std::uint64_t registration) {
-        const std::lock_guard lock(m_mutex);
-        m_callbacks.erase(registration);
-    }
-
-    /// Calls each once.
-    void Call() {
-        const std::lock_guard lock(m_mutex);
-        for (const auto& [registration, callback] : std::exchange(m_callbacks, {})) callback();
-    }
-
-private:
-    std::mutex m_mutex;
-    std::uint64_t m_last = 0;
-    std::map<std::uint64_t, std::function<void()>> m_callbacks;
-};
-
 void WatchInterrupts(InterruptHandler handler) {
     static std::once_flag isWatching;
     std::call_once(isWatching, [handler] {
-        AfterInterrupt([] { Callbacks::Instance().Call(); });
+        AfterInterrupt([] { ShutdownCallbacks::Instance().CallAll(); });
         OnInterrupt(handler);
     });
 }
@@ -56,20 +24,26 @@ ShutdownMonitor::ShutdownMonitor() { WatchInterrupts(&ShutdownMonitor::HandleInt
 
 void ShutdownMonitor::RequestShutdown() {
     Requested() = true;
-    Callbacks::Instance().Call();
+    ShutdownCallbacks::Instance().CallAll();
 }
 
-bool ShutdownMonitor::IsShutdownRequested() { return Requested(); }
+bool ShutdownMonitor::IsShutdownRequested() {
+    const Cancellation* const invocation = InvocationScope::Current();
+    return Requested() || (invocation != nullptr && invocation->IsCancelled());
+}
 
 std::uint64_t ShutdownMonitor::OnShutdown(std::function<void()> callback) {
-    const std::uint64_t registration = Callbacks::Instance().Add(std::move(callback));
-    // An interrupt before Add() has called nobody.
-    if (Requested()) Callbacks::Instance().Call();
+    ShutdownCallbacks& callbacks = ShutdownCallbacks::Instance();
+    const Cancellation* const invocation = InvocationScope::Current();
+    const std::uint64_t registration = callbacks.Add(std::move(callback), invocation);
+    // What happened before Add() has called nobody.
+    if (Requested()) callbacks.CallAll();
+    if (invocation != nullptr && invocation->IsCancelled()) callbacks.Call(*invocation);
     return registration;
 }
 
 void ShutdownMonitor::ForgetCallback(std::uint64_t registration) {
-    Callbacks::Instance().Remove(registration);
+    ShutdownCallbacks::Instance().Remove(registration);
 }
 
 /// Initialised by the compiler, so that a signal handler meets no guard here.

@@ -9,7 +9,7 @@ namespace quillon::agent {
 
 /// The host's shutdown signal: set by RequestShutdown and by the first Ctrl-C or
 /// other request to end, for the rest of the process's life. The second one ends the
-/// process at once.
+/// process at once. On the thread of an invocation that is cancelled it is set as well.
 class ShutdownMonitor final : public IShutdownMonitor, public IShutdownNotifier {
 public:
     ShutdownMonitor();

@@ -1,0 +1,63 @@
+#include "serve/AnswerWriter.h"
+
+#include <utility>
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr std::size_t kMostWaiting = 16U << 20;
+constexpr std::size_t kKept = 64U << 10;
+
+}  // namespace
+
+AnswerWriter::AnswerWriter(Channel& channel, std::function<void()> onGone)
+    : m_channel(channel), m_onGone(std::move(onGone)), m_thread([this] { Write(); }) {}
+
+void AnswerWriter::Finish() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isEnding = true;
+    }
+    m_changed.notify_all();
+    if (m_thread.joinable()) m_thread.join();
+}
+
+void AnswerWriter::Add(const std::string& lines) {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isBroken || m_waiting.size() <= kMostWaiting; });
+    if (m_isBroken) return;
+    m_waiting += lines;
+    lock.unlock();
+    m_changed.notify_all();
+}
+
+void AnswerWriter::Write() {
+    std::string lines;
+    while (TakeWaiting(lines)) {
+        if (!m_channel.Write(lines)) return Leave();
+        m_changed.notify_all();
+    }
+}
+
+void AnswerWriter::Leave() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isBroken = true;
+        m_waiting = {};
+    }
+    m_changed.notify_all();
+    m_onGone();
+}
+
+/// Moves what waits into `lines`, whose memory is used again unless it is large. False at the end.
+bool AnswerWriter::TakeWaiting(std::string& lines) {
+    lines.clear();
+    if (lines.capacity() > kKept) lines = {};
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isEnding || !m_waiting.empty(); });
+    std::swap(lines, m_waiting);
+    return !lines.empty();
+}
+
+}  // namespace quillon::agent

@@ -1,0 +1,212 @@
+#include "system/Channel.h"
+
+#include <windows.h>
+
+#include <sddl.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "quillon/ICLogger.h"
+#include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+#include "system/PrivateFile.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr DWORD kPatienceMs = 5000;
+constexpr DWORD kBufferSize = 64 << 10;
+constexpr DWORD kLongestRead = 1 << 20;
+constexpr const char* kPipes = R"(\\.\pipe\)";
+
+struct Closer {
+    using pointer = HANDLE;
+    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, Closer>;
+
+Handle MakeEvent() { return Handle(::CreateEventW(nullptr, TRUE, FALSE, nullptr)); }
+
+std::string LastError() { return SystemErrorText(static_cast<int>(::GetLastError())); }
+
+/// One operation that goes on while its thread waits for it, or for the event of a stop.
+class Operation {
+public:
+    Operation() { m_overlapped.hEvent = m_done.get(); }
+
+    OVERLAPPED* Get() { return &m_overlapped; }
+
+    /// Finishes what a call began, which returned `isDone`. False when it failed, when `stop` was set first,
+    /// or when it took too long.
+    bool Await(HANDLE handle, bool isDone, HANDLE stop, DWORD patience, DWORD& count) {
+        if (!isDone && ::GetLastError() != ERROR_IO_PENDING) return false;
+        const HANDLE both[] = {stop, m_done.get()};
+        const bool isStopped = ::WaitForMultipleObjects(2, both, FALSE, patience) != WAIT_OBJECT_0 + 1;
+        if (isStopped) ::CancelIoEx(handle, &m_overlapped);
+        const bool isFinished = ::GetOverlappedResult(handle, &m_overlapped, &count, TRUE) != 0;
+        return isFinished && !isStopped;
+    }
+
+private:
+    Handle m_done = MakeEvent();
+    OVERLAPPED m_overlapped = {};
+};
+
+class PipeChannel final : public Channel {
+public:
+    explicit PipeChannel(Handle pipe) : m_pipe(std::move(pipe)) {}
+
+    std::size_t Read(char* bytes, std::size_t size) override {
+        Operation operation;
+        DWORD count = 0;
+        const bool isDone =
+            ::ReadFile(m_pipe.get(), bytes, static_cast<DWORD>(std::min<std::size_t>(size, kLongestRead)),
+                       nullptr, operation.Get()) != 0;
+        return operation.Await(m_pipe.get(), isDone, m_stop.get(), INFINITE, count) ? count : 0;
+    }
+
+    bool Write(std::string_view bytes) override {
+        while (!bytes.empty()) {
+            Operation operation;
+            DWORD count = 0;
+            const bool isDone =
+                ::WriteFile(m_pipe.get(), bytes.data(),
+                            static_cast<DWORD>(std::min<std::size_t>(bytes.size(), kBufferSize)), nullptr,
+                            operation.Get()) != 0;
+            if (!operation.Await(m_pipe.get(), isDone, m_never.get(), kPatienceMs, count)) return false;
+            bytes.remove_prefix(count);
+        }
+        return true;
+    }
+
+    void Stop() override { ::SetEvent(m_stop.get()); }
+
+private:
+    Handle m_pipe;
+    Handle m_stop = MakeEvent();
+    Handle m_never = MakeEvent();  // a stop does not end a write
+};
+
+/// The system, the administrators and the creator, whom the access list calls the owner.
+constexpr const wchar_t* kAccess = L"D:P(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;OW)";
+
+class PipeListener final : public Listener {
+public:
+    explicit PipeListener(std::wstring name) : m_name(std::move(name)) {}
+    ~PipeListener() override { ::LocalFree(m_descriptor); }
+
+    /// Makes the first instance of the pipe, which must not be there already.
+    bool Open() {
+        if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(kAccess, SDDL_REVISION_1, &m_descriptor,
+                                                                    nullptr))
+            return false;
+        m_next = MakeInstance(FILE_FLAG_FIRST_PIPE_INSTANCE);
+        return m_next != nullptr;
+    }
+
+    std::unique_ptr<Channel> Accept() override {
+        Operation operation;
+        DWORD count = 0;
+        const bool isDone = ::ConnectNamedPipe(m_next.get(), operation.Get()) != 0;
+        const bool isConnected = (!isDone && ::GetLastError() == ERROR_PIPE_CONNECTED) ||
+                                 operation.Await(m_next.get(), isDone, m_stop.get(), INFINITE, count);
+        if (!isConnected) return nullptr;
+        Handle client = std::exchange(m_next, MakeInstance(0));
+        if (m_next == nullptr) {
+            ServiceLocator::Get<ICLogger>()->Error("No further client can connect: %s", LastError().c_str());
+            return nullptr;
+        }
+        return std::make_unique<PipeChannel>(std::move(client));
+    }
+
+    void Stop() override { ::SetEvent(m_stop.get()); }
+
+private:
+    Handle MakeInstance(DWORD flags) {
+        SECURITY_ATTRIBUTES security = {sizeof security, m_descriptor, FALSE};
+        const HANDLE pipe =
+            ::CreateNamedPipeW(m_name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | flags,
+                               PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS,
+                               PIPE_UNLIMITED_INSTANCES, kBufferSize, kBufferSize, 0, &security);
+        return Handle(pipe == INVALID_HANDLE_VALUE ? nullptr : pipe);
+    }
+
+    std::wstring m_name;
+    PSECURITY_DESCRIPTOR m_descriptor = nullptr;
+    Handle m_next;  // waits for the next client
+    Handle m_stop = MakeEvent();
+};
+
+}  // namespace
+
+std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault) {
+    if (!address.starts_with(kPipes)) {
+        fault = std::string("the name of a pipe begins with ") + kPipes;
+        return nullptr;
+    }
+    auto listener = std::make_unique<PipeListener>(StringUtils::NarrowStringToWide(address));
+    if (listener->Open()) return listener;
+    fault = LastError();
+    return nullptr;
+}
+
+/// Standard input may be of any kind, and takes no overlapped reads. A thread reads ahead; at a stop it is
+/// left behind with what it shares.
+struct StandardInput::State {
+    struct Shared {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::string bytes;  // read, and not taken yet
+        bool hasEnded = false;
+        bool isStopped = false;
+    };
+
+    static void ReadAhead(const std::shared_ptr<Shared>& shared);
+
+    std::shared_ptr<Shared> shared = std::make_shared<Shared>();
+    bool isStarted = false;
+};
+
+void StandardInput::State::ReadAhead(const std::shared_ptr<Shared>& shared) {
+    std::string buffer(kBufferSize, '\0');
+    DWORD count = 0;
+    do {
+        if (!::ReadFile(::GetStdHandle(STD_INPUT_HANDLE), buffer.data(), kBufferSize, &count, nullptr))
+            count = 0;
+        std::unique_lock lock(shared->mutex);
+        shared->changed.wait(lock, [&] { return shared->isStopped || shared->bytes.empty(); });
+        shared->bytes.assign(buffer, 0, count);
+        shared->hasEnded = count == 0 || shared->isStopped;
+        shared->changed.notify_all();
+    } while (count != 0);
+}
+
+StandardInput::StandardInput() : m_state(std::make_unique<State>()) {}
+StandardInput::~StandardInput() { Stop(); }
+
+std::size_t StandardInput::Read(char* bytes, std::size_t size) {
+    const std::shared_ptr<State::Shared> shared = m_state->shared;
+    if (!std::exchange(m_state->isStarted, true)) std::thread(&State::ReadAhead, shared).detach();
+    std::unique_lock lock(shared->mutex);
+    shared->changed.wait(lock,
+                         [&] { return shared->isStopped || shared->hasEnded || !shared->bytes.empty(); });
+    if (shared->isStopped) return 0;
+    const std::size_t count = shared->bytes.copy(bytes, size);
+    shared->bytes.erase(0, count);
+    shared->changed.notify_all();
+    return count;
+}
+
+void StandardInput::Stop() {
+    const std::lock_guard lock(m_state->shared->mutex);
+    m_state->shared->isStopped = true;
+    m_state->shared->changed.notify_all();
+}
+
+}  // namespace quillon::agent

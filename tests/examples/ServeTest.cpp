@@ -1,0 +1,258 @@
+#include <gmock/gmock.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "examples/RunAgent.h"
+#include "quillon/ServiceLocator.h"
+#include "serve/LineSplitter.h"
+#include "serve/Session.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+namespace {
+
+using namespace agent;
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+/// A client in memory: what it says is read in pieces of any size, and it may stop listening.
+class FakeClient {
+public:
+    void Say(const std::string& bytes) {
+        const std::lock_guard lock(m_mutex);
+        m_said += bytes;
+        m_changed.notify_all();
+    }
+    void Hang(bool isGone) {
+        const std::lock_guard lock(m_mutex);
+        m_isGone = isGone;
+    }
+    void End() {
+        const std::lock_guard lock(m_mutex);
+        m_hasEnded = true;
+        m_changed.notify_all();
+    }
+    /// Waits for so many answers in all, and returns them in the order of their coming.
+    std::vector<json> Answers(std::size_t count) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::seconds(60), [&] { return m_answers.size() >= count; });
+        return m_answers;
+    }
+
+    std::unique_ptr<Channel> MakeChannel(std::size_t piece) { return std::make_unique<Side>(*this, piece); }
+
+private:
+    class Side final : public Channel {
+    public:
+        Side(FakeClient& client, std::size_t piece) : m_client(client), m_piece(piece) {}
+
+        std::size_t Read(char* bytes, std::size_t size) override {
+            std::unique_lock lock(m_client.m_mutex);
+            m_client.m_changed.wait(lock, [this] { return m_client.m_hasEnded || !m_client.m_said.empty(); });
+            const std::size_t count = m_client.m_said.copy(bytes, std::min(size, m_piece));
+            m_client.m_said.erase(0, count);
+            return count;
+        }
+        bool Write(std::string_view lines) override {
+            const std::lock_guard lock(m_client.m_mutex);
+            if (m_client.m_isGone) return false;
+            for (std::size_t end = 0; (end = lines.find('\n')) != std::string_view::npos;
+                 lines.remove_prefix(end + 1))
+                m_client.m_answers.push_back(json::parse(lines.substr(0, end)));
+            m_client.m_changed.notify_all();
+            return true;
+        }
+        void Stop() override { m_client.End(); }
+
+    private:
+        FakeClient& m_client;
+        std::size_t m_piece;
+    };
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::string m_said;
+    std::vector<json> m_answers;
+    bool m_hasEnded = false, m_isGone = false;
+};
+
+std::string Line(const json& request) { return request.dump() + '\n'; }
+
+std::string Call(const json& id, const std::string& method, const json& parameters) {
+    return Line({{"id", id}, {"method", method}, {"parameters", parameters}});
+}
+
+/// A host and a session with one client, which ends with the test.
+class ServedClient : public TempDirTest {
+protected:
+    void Start(std::size_t piece = 7) {
+        m_session = std::make_shared<Session>(m_host, m_pool, client.MakeChannel(piece));
+        m_thread = std::thread([this] { m_session->Run(); });
+    }
+    void Finish() {
+        client.End();
+        if (m_thread.joinable()) m_thread.join();
+    }
+    ~ServedClient() override { Finish(); }
+
+    FakeClient client;
+
+private:
+    Host m_host{{}, dir.Path("Stores")};
+    CallPool m_pool{4};
+    std::shared_ptr<Session> m_session;
+    std::thread m_thread;
+};
+
+json FindAnswer(const std::vector<json>& answers, const json& id) {
+    for (const json& answer : answers) {
+        if (answer["id"] == id) return answer;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+TEST(LineSplitter, CutsLinesOfAnyPiecesAndDropsThoseThatAreTooLong) {
+    const std::string text = "one\r\n\ntoo long\r\n12345\nrest";
+    for (std::size_t piece = 1; piece <= text.size(); ++piece) {
+        SCOPED_TRACE(piece);
+        LineSplitter splitter(5);
+        LineSplitter::Line line;
+        std::vector<std::string> lines;
+        const auto keep = [&] { lines.push_back(line.isTooLong ? "(too long)" : std::string(line.text)); };
+        for (std::size_t at = 0; at < text.size(); at += piece) {
+            std::string_view bytes = std::string_view(text).substr(at, piece);
+            while (splitter.Next(bytes, line)) keep();
+        }
+        if (splitter.Rest(line)) keep();
+        EXPECT_THAT(lines, ElementsAre("one", "", "(too long)", "12345", "rest"));
+        EXPECT_FALSE(splitter.Rest(line));
+    }
+}
+
+TEST_F(ServedClient, GetsAnAnswerForEachLineWhateverItHolds) {
+    const struct {
+        const char *what, *line;
+        int code;
+        const char* message;
+    } cases[] = {
+        {"no JSON", "{\"id\"", 2, "The line is not JSON: parse error at line 1"},
+        {"not UTF-8", "{\"id\":\"\xFF\"}", 2, "The line is not JSON"},
+        {"no object", "[1]", 2, "The line must be a JSON object"},
+        {"other member", R"({"id":1,"methd":"System.Echo"})", 2, "'methd' is no member of a request"},
+        {"no method", R"({"id":1})", 2, "either a 'method' or a 'cancel'"},
+        {"both", R"({"id":1,"method":"System.Echo","cancel":2})", 2, "either a 'method' or a 'cancel'"},
+        {"id of another type", R"({"id":1.5,"method":"System.Echo"})", 2,
+         "'id' must be a text or an integer"},
+        {"parameters", R"({"id":1,"method":"System.Echo","parameters":[]})", 2, "must be an object"},
+        {"unknown method", R"({"id":1,"method":"System.No\u001b[2J"})", 2, "Unknown method 'System.No?[2J'"},
+        {"large integer", R"({"method":"System.Echo","parameters":{"integer":9223372036854775808}})", 2,
+         "Parameter 'integer' must be at most 9223372036854775807"},
+        {"object", R"({"method":"System.Echo","parameters":{"text":{}}})", 2, "must be a scalar or an array"},
+        {"no table", R"({"method":"System.Echo","parameters":{"table":[[1]]}})", 2, "'table' is no table"},
+        {"nobody's call", R"({"id":1,"cancel":7})", 2, "There is no call with this id"},
+        {"good", R"({"id":"é","method":"System.Echo","parameters":{"integer":"5","text":null}})", 0, ""},
+    };
+    Start();
+    std::size_t count = 0;
+    client.Say(" \n\r\n");  // blank lines are no requests
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        client.Say(std::string(c.line) + '\n');
+        const auto answers = client.Answers(++count);
+        ASSERT_THAT(answers, SizeIs(count));
+        EXPECT_EQ(answers.back()["code"], c.code);
+        EXPECT_THAT(answers.back()["message"].get<std::string>(), HasSubstr(c.message));
+    }
+    const json last = client.Answers(count).back();
+    EXPECT_EQ(last["id"], "é");
+    EXPECT_EQ(last["table"], json::parse(R"([{"Name":"integer","Type":"integer","Value":"5"}])"));
+}
+
+/// A name with '=' must not become another parameter.
+TEST_F(ServedClient, CannotNameAParameterThatItDidNotGive) {
+    Start();
+    client.Say(Call(1, "Network.Cidr", {{"address=10.1.2.3", "x"}, {"mask", "255.255.255.0"}}));
+    const auto answers = client.Answers(1);
+    ASSERT_THAT(answers, SizeIs(1));
+    EXPECT_THAT(answers[0]["message"].get<std::string>(), HasSubstr("'address'"));
+    EXPECT_EQ(answers[0]["code"], 2);
+}
+
+TEST_F(ServedClient, HasItsOtherCallsAnsweredBesideALongLine) {
+    Start(1 << 16);
+    client.Say(std::string(3 * Session::kLongestLine, 'x'));
+    client.Say('\n' + Call(1, "System.Echo", {{"text", "after"}}));
+    const auto answers = client.Answers(2);
+    ASSERT_THAT(answers, SizeIs(2));
+    EXPECT_THAT(answers[0]["message"].get<std::string>(), HasSubstr("A line is longer than 1048576 bytes"));
+    EXPECT_EQ(answers[1]["table"][0]["Value"], "after");
+}
+
+TEST_F(ServedClient, GetsEveryAnswerOnceThoughMoreCallsWaitThanThereIsRoom) {
+    constexpr int kCalls = 3 * static_cast<int>(Session::kMostWaiting);
+    Start(1 << 16);
+    std::string lines;
+    for (int i = 0; i < kCalls; ++i) lines += Call(i, "System.Echo", {{"integer", i}});
+    client.Say(lines);
+    Finish();  // the end of the input does not take the answers away
+    const auto answers = client.Answers(kCalls);
+    ASSERT_THAT(answers, SizeIs(kCalls));
+    std::vector<bool> isSeen(kCalls);
+    for (const json& answer : answers) {
+        const int id = answer["id"];
+        EXPECT_EQ(answer["table"][0]["Value"], std::to_string(id));
+        EXPECT_FALSE(isSeen[static_cast<std::size_t>(id)]);
+        isSeen[static_cast<std::size_t>(id)] = true;
+    }
+}
+
+TEST_F(ServedClient, EndsOneCallByItsIdAndNoOther) {
+    Start();
+    client.Say(Call("long", "EventLog.Follow", {{"channel", "Quillon"}, {"seconds", 600}}));
+    client.Say(Call("long", "System.Echo", json::object()));
+    auto answers = client.Answers(1);
+    ASSERT_THAT(answers, SizeIs(1));
+    EXPECT_EQ(answers[0]["message"], "A call with this id is not answered yet");
+    client.Say(Call("beside", "System.Echo", {{"text", "lives"}}));
+    EXPECT_EQ(FindAnswer(client.Answers(2), "beside")["code"], 0);
+    client.Say(Line({{"id", "c"}, {"cancel", "long"}}));
+    answers = client.Answers(4);
+    ASSERT_THAT(answers, SizeIs(4));
+    EXPECT_EQ(FindAnswer(answers, "c")["code"], 0);
+    client.Say(Call("long", "System.Echo", {{"text", "again"}}));
+    EXPECT_THAT(client.Answers(5), SizeIs(5));
+}
+
+TEST_F(ServedClient, HasItsCallsEndedWhenItIsGone) {
+    Start();
+    client.Say(Call(1, "EventLog.Follow", {{"channel", "Quillon"}, {"seconds", 600}}));
+    client.Hang(true);
+    client.Say("x\n");  // an answer that cannot be written
+    Finish();           // or this would wait for ten minutes
+}
+
+TEST_F(TempDirTest, AgentServesItsStandardStreams) {
+    const std::string requests = Call(1, "System.Echo", {{"text", "5"}}) + Call(2, "No.Such", json::object());
+    dir.Write("requests", requests.substr(0, requests.size() - 1));  // the last line has no end
+    const std::string line =
+        AgentCommand({"serve", "--parallel", "1"}).Get() + " < \"" + dir.Native("requests").string() + '"';
+    const AgentRun run = RunLine("cmd /c \"" + line + '"');
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(
+        run.output,
+        HasSubstr(R"({"id":1,"code":0,"message":"","table":[{"Name":"text","Type":"string","Value":"5"}]})"));
+    EXPECT_THAT(run.output,
+                HasSubstr(R"({"id":2,"code":2,"message":"Unknown method 'No.Such'","table":null})"));
+}
+
+}  // namespace quillon::test

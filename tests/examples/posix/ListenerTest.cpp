@@ -1,0 +1,146 @@
+// The socket at which the agent serves; win32/ListenerTest.cpp tests the pipe.
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <thread>
+
+#include "support/RecordingLogger.h"
+#include "support/TempDir.h"
+#include "system/Channel.h"
+
+namespace quillon::test {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Connects to a socket, and closes the connection at the end.
+class Client {
+public:
+    explicit Client(const std::filesystem::path& path) : m_socket(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strcpy(address.sun_path, path.c_str());
+        EXPECT_EQ(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    }
+    ~Client() { ::close(m_socket); }
+    int Get() const { return m_socket; }
+
+private:
+    int m_socket;
+};
+
+class Listener : public TempDirTest {
+protected:
+    std::unique_ptr<agent::Listener> Open() {
+        std::string fault;
+        auto listener = agent::Listen(dir.Path("agent.sock"), fault);
+        EXPECT_THAT(fault, IsEmpty());
+        return listener;
+    }
+
+    const std::filesystem::path path = dir.Native("agent.sock");
+    RecordingLogger log;
+};
+
+}  // namespace
+
+TEST_F(Listener, PassesBytesBothWaysToItsOwnAccountOnly) {
+    const mode_t mask = ::umask(0);
+    const auto listener = Open();
+    EXPECT_EQ(::umask(mask), 0U);
+    struct stat status {};
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    const Client client(path);
+    const auto channel = listener->Accept();
+    ASSERT_NE(channel, nullptr);
+    ASSERT_EQ(::send(client.Get(), "ask", 3, 0), 3);
+    char bytes[16] = {};
+    EXPECT_EQ(channel->Read(bytes, sizeof bytes), 3U);
+    EXPECT_STREQ(bytes, "ask");
+    EXPECT_TRUE(channel->Write("answer"));
+    EXPECT_EQ(::recv(client.Get(), bytes, sizeof bytes, 0), 6);
+    EXPECT_STREQ(bytes, "answer");
+}
+
+TEST_F(Listener, LeavesNothingBehindAndTakesTheLeftoverOfAKilledAgent) {
+    Open().reset();
+    EXPECT_FALSE(std::filesystem::exists(path));
+    {  // a socket that nobody listens at
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strcpy(address.sun_path, path.c_str());
+        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        ::close(socket);
+    }
+    const auto listener = Open();
+    std::string fault;
+    EXPECT_EQ(agent::Listen(dir.Path("agent.sock"), fault), nullptr);  // somebody listens
+    EXPECT_THAT(fault, HasSubstr("in use"));
+    dir.Write("file", "content");
+    EXPECT_EQ(agent::Listen(dir.Path("file"), fault), nullptr);
+    EXPECT_EQ(dir.Read("file"), "content");
+    EXPECT_EQ(agent::Listen(dir.Path(std::string(200, 'x')), fault), nullptr);
+    EXPECT_THAT(fault, HasSubstr("1 to 107 bytes"));
+}
+
+TEST_F(Listener, StopsWaitingOnAnyThread) {
+    const auto listener = Open();
+    const Client client(path);
+    const auto channel = listener->Accept();
+    std::thread reader([&] {
+        char byte = 0;
+        EXPECT_EQ(channel->Read(&byte, 1), 0U);
+    });
+    std::thread acceptor([&] { EXPECT_EQ(listener->Accept(), nullptr); });
+    channel->Stop();
+    listener->Stop();
+    reader.join();
+    acceptor.join();
+}
+
+/// A client that reads nothing is given up, whatever the size of the answer.
+TEST_F(Listener, GivesUpAClientThatTakesNothing) {
+    const auto listener = Open();
+    const Client client(path);
+    const auto channel = listener->Accept();
+    EXPECT_FALSE(channel->Write(std::string(8 << 20, 'x')));
+}
+
+TEST_F(Listener, RefusesAnotherAccount) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs the superuser";
+    const auto listener = Open();
+    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(dir.Native().c_str(), 0755), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        char byte = 0;
+        bool isRefused = ::setuid(65534) == 0;
+        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strcpy(address.sun_path, path.c_str());
+        isRefused = isRefused &&
+                    ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+                    ::recv(socket, &byte, 1, 0) == 0;
+        ::_exit(isRefused ? 0 : 1);
+    }
+    std::thread acceptor([&] { EXPECT_EQ(listener->Accept(), nullptr); });
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    listener->Stop();
+    acceptor.join();
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(log.Lines(ICLogger::Level::Warn), ElementsAre("A client of another account was refused"));
+}
+
+}  // namespace quillon::test
