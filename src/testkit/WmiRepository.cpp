@@ -107,7 +107,7 @@ struct WmiRepository::State {
 };
 
 WmiRepository::WmiRepository() : m_state(std::make_shared<State>()) {
-    platform::WbemCalls calls;
+    platform::WbemCalls calls = m_state->repository.Calls();
     calls.createLocator = [state = m_state](auto& locator) {
         return state->repository.CreateLocator(locator);
     };

@@ -213,7 +213,7 @@ TEST(AuditPolicyKit, IsSwitchedOnAgainAfterARefresh) {
     EXPECT_THAT(log.Lines(ICLogger::Level::Error), IsEmpty());
     policy.FailNext("AuditSetSystemPolicy", 5);
     EXPECT_FALSE(AuditHolder(subcategory));
-    EXPECT_THAT(log.Lines(ICLogger::Level::Error), ElementsAre(HasSubstr("Access is denied")));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error), ElementsAre(HasSubstr("(5/0X5) Access")));
     policy.AwaitQuiet();
     EXPECT_EQ(policy.CountLeftOver(), 0U);
 }
