@@ -51,8 +51,8 @@ enum class WmiCall {
     ConnectServer,
     SetProxyBlanket,
     ExecQuery,
-    Next,  ///< the next objects of a query
-    GetObject,
+    Next,        ///< the next objects of a query
+    ReadObject,  ///< GetObject: a class or an object by its path
     PutInstance,
     ExecMethod,
 };
