@@ -30,8 +30,9 @@ std::uint64_t WordAt(const char* bytes) {
     return word;
 }
 
-/// Returns the offset of the first byte of 0x80 or more at or after `from`.
+/// Returns the offset of the first byte of 0x80 or more at or after `from`, which may lie past the end.
 std::size_t SkipAscii(std::string_view text, std::size_t from) {
+    if (from >= text.size()) return text.size();
     return from + base::CountAscii(text.data() + from, text.size() - from);
 }
 
