@@ -1,8 +1,10 @@
 #include "quillon/CLogger.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "base/OwnFigures.h"
@@ -10,6 +12,7 @@
 #include "logging/CallbackLogger.h"
 #include "logging/Log4cplusEntry.h"
 #include "logging/Log4cplusRoot.h"
+#include "platform/ProcessStagesApi.h"
 #include "quillon/LogText.h"
 
 namespace quillon {
@@ -17,13 +20,27 @@ namespace quillon {
 namespace {
 
 struct Slot {
-    std::mutex mutex;
+    std::mutex mutex;  // of changes
     std::unique_ptr<ICLogger> instance;
+    std::atomic<ICLogger*> current = nullptr;  // the instance, for those who only look
+};
+
+Slot& TheSlot();
+
+/// A thread that changes the instance does not exist in the child of a fork.
+constexpr platform::StageHandlers kSlotHandlers = {
+    [] { TheSlot().mutex.lock(); },
+    [] { TheSlot().mutex.unlock(); },
+    [] { new (&TheSlot().mutex) std::mutex; },
+    [] {},
 };
 
 /// Never destroyed: threads may log while the process ends.
 Slot& TheSlot() {
-    static Slot& slot = *new Slot;
+    static Slot& slot = *[] {
+        platform::HandleStages(kSlotHandlers);
+        return new Slot;
+    }();
     return slot;
 }
 
@@ -33,6 +50,7 @@ ICLogger* Replace(std::unique_ptr<ICLogger> instance) {
     Slot& slot = TheSlot();
     const std::lock_guard lock(slot.mutex);
     slot.instance.swap(instance);
+    slot.current.store(slot.instance.get(), std::memory_order_release);
     return slot.instance.get();
 }
 
@@ -44,16 +62,14 @@ struct CLogger::Impl {
 
 ICLogger* CLogger::GetInstance() {
     Slot& slot = TheSlot();
+    if (ICLogger* const current = slot.current.load(std::memory_order_acquire)) return current;
     const std::lock_guard lock(slot.mutex);
     if (!slot.instance) slot.instance.reset(new CLogger);
+    slot.current.store(slot.instance.get(), std::memory_order_release);
     return slot.instance.get();
 }
 
-bool CLogger::HaveInstance() {
-    Slot& slot = TheSlot();
-    const std::lock_guard lock(slot.mutex);
-    return slot.instance != nullptr;
-}
+bool CLogger::HaveInstance() { return TheSlot().current.load(std::memory_order_acquire) != nullptr; }
 
 void CLogger::ReleaseInstance() { Replace(nullptr); }
 
