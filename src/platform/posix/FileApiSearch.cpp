@@ -8,9 +8,9 @@
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/native/NativePath.h"
+#include "platform/native/Wildcards.h"
 #include "platform/posix/Errno.h"
 #include "platform/posix/FolderEntry.h"
-#include "platform/posix/Wildcards.h"
 
 namespace quillon::platform {
 

@@ -7,7 +7,7 @@
 #include "base/PeVersionResource.h"
 #include "platform/ErrorText.h"
 #include "platform/FileContent.h"
-#include "platform/posix/ElfVersionNote.h"
+#include "platform/native/ElfVersionNote.h"
 
 namespace quillon::platform {
 

@@ -7,7 +7,7 @@
 
 #include "base/Utf.h"
 #include "platform/FileApi.h"
-#include "platform/posix/Wildcards.h"
+#include "platform/native/Wildcards.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"

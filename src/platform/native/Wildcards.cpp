@@ -1,4 +1,4 @@
-#include "platform/posix/Wildcards.h"
+#include "platform/native/Wildcards.h"
 
 #include <locale.h>
 #include <wctype.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/ElfVersionNote.h"
+#include "platform/native/ElfVersionNote.h"
 
 #include <elf.h>
 
