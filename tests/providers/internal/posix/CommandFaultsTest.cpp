@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <fstream>
 #include <string>
@@ -72,8 +73,10 @@ const ChildMode reaping("reaping", [](const Arguments& a) {
         std::signal(SIGCHLD, SIG_IGN);
     } else {
         std::signal(SIGCHLD, [](int) {
+            const int error = errno;
             while (::waitpid(-1, nullptr, WNOHANG) > 0) {
             }
+            errno = error;
         });
     }
     for (const char* const code : {"0", "5"})
