@@ -248,7 +248,7 @@ TEST_F(WmiConnectorTest, DiagnosticsTellWhatAQueryGaveAndWhatWmiSays) {
     connector.SetDiagnostics(true);
     EXPECT_TRUE(connector.ExecuteQuery("SELECT Name FROM Item", &table));
     EXPECT_THAT(log.Lines(Level::Debug).back(),
-                testing::MatchesRegex("The WMI query gave 3 objects in [0-9]+ ms"));
+                testing::MatchesRegex("The WMI query gave 3 objects in .+ ms"));
     const auto live = [](const std::vector<std::wstring>&) -> std::vector<simulation::WmiValues> {
         throw std::runtime_error("no \xC3\xA9lan");
     };
