@@ -138,7 +138,9 @@ TEST(AgentCertificates, AreCheckedAgainstGivenRoots) {
     const std::string roots = "roots=" + dir.Write("roots.pem", kRoot);
     const ordered_json good = RunForJson(check({file, roots, "usage=1.3.6.1.5.5.7.3.1"})).at(0);
     EXPECT_EQ(good["Trusted"], true);
-    EXPECT_EQ(good["Chain"], "CN=host, CN=Test Issuer, CN=Test Root");
+    std::string chain = good["Chain"];
+    std::erase(chain, '"');  // the emulator quotes some names that the system does not
+    EXPECT_EQ(chain, "CN=host, CN=Test Issuer, CN=Test Root");
     const ordered_json bad = RunForJson(check({file, roots, "usage=1.3.6.1.5.5.7.3.2"})).at(0);
     EXPECT_EQ(bad["Trusted"], false);
     EXPECT_EQ(bad["StatusText"], "CERT_TRUST_IS_NOT_VALID_FOR_USAGE");
