@@ -1,5 +1,6 @@
 #include "serve/Session.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
@@ -28,7 +29,7 @@ void Session::Run() {
     ReadLines();
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_calls.empty(); });
+        m_changed.wait(lock, [this] { return m_unanswered == 0; });
     }
     m_writer.Finish();
 }
@@ -82,6 +83,7 @@ void Session::StartCall(Request request) {
     if (m_isGone) return;
     m_calls.emplace(call->request.id.dump(), call);
     m_waiting.push_back(call);
+    ++m_unanswered;
     if (!std::exchange(m_isInPool, true)) m_pool.Add(shared_from_this());
 }
 
@@ -96,15 +98,18 @@ std::function<void()> Session::TakeCall(bool& haveMore) {
 
 void Session::RunCall(Call& call) {
     const std::string answer = WriteAnswer(call.request.id, Invoke(call));
-    const std::string id = call.request.id.dump();
+    Forget(call);  // first, as a client that has the answer may use the id again
     m_writer.Add(answer);
     const std::lock_guard lock(m_mutex);
-    for (auto [next, end] = m_calls.equal_range(id); next != end; ++next) {
-        if (next->second.get() != &call) continue;
-        m_calls.erase(next);
-        break;
-    }
+    --m_unanswered;
     m_changed.notify_all();
+}
+
+void Session::Forget(const Call& call) {
+    const std::lock_guard lock(m_mutex);
+    const auto [first, last] = m_calls.equal_range(call.request.id.dump());
+    m_calls.erase(
+        std::find_if(first, last, [&call](const auto& item) { return item.second.get() == &call; }));
 }
 
 InvocationResult Session::Invoke(Call& call) const {

@@ -48,6 +48,7 @@ private:
     void StartCall(Request request);
     bool IsKnown(const Request& request);
     void RunCall(Call& call);
+    void Forget(const Call& call);
     InvocationResult Invoke(Call& call) const;
     void Refuse(const nlohmann::json& id, const std::string& message);
     void Leave();
@@ -59,6 +60,7 @@ private:
     std::condition_variable m_changed;
     std::deque<std::shared_ptr<Call>> m_waiting;
     std::multimap<std::string, std::shared_ptr<Call>> m_calls;  // by id, waiting or running
+    std::size_t m_unanswered = 0;                               // calls
     bool m_isInPool = false;
     bool m_isGone = false;  // the client
     AnswerWriter m_writer;  // the last, as its thread uses the others
