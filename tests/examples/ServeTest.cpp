@@ -9,6 +9,7 @@
 #include "quillon/ServiceLocator.h"
 #include "serve/LineSplitter.h"
 #include "serve/Session.h"
+#include "support/ChildMain.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 
@@ -102,6 +103,11 @@ protected:
         if (m_thread.joinable()) m_thread.join();
     }
     ~ServedClient() override { Finish(); }
+
+    /// A command that runs for a minute, or until the test ends.
+    std::string LongCommand() const {
+        return ChildCommand("await", {dir.Native("started").string(), dir.Native("never").string()});
+    }
 
     FakeClient client;
 
@@ -218,7 +224,7 @@ TEST_F(ServedClient, GetsEveryAnswerOnceThoughMoreCallsWaitThanThereIsRoom) {
 
 TEST_F(ServedClient, EndsOneCallByItsIdAndNoOther) {
     Start();
-    client.Say(Call("long", "EventLog.Follow", {{"channel", "Quillon"}, {"seconds", 600}}));
+    client.Say(Call("long", "Commands.Run", {{"command", LongCommand()}}));
     client.Say(Call("long", "System.Echo", json::object()));
     auto answers = client.Answers(1);
     ASSERT_THAT(answers, SizeIs(1));
@@ -237,10 +243,10 @@ TEST_F(ServedClient, EndsOneCallByItsIdAndNoOther) {
 
 TEST_F(ServedClient, HasItsCallsEndedWhenItIsGone) {
     Start();
-    client.Say(Call(1, "EventLog.Follow", {{"channel", "Quillon"}, {"seconds", 600}}));
+    client.Say(Call(1, "Commands.Run", {{"command", LongCommand()}}));
     client.Hang(true);
     client.Say("x\n");  // an answer that cannot be written
-    Finish();           // or this would wait for ten minutes
+    Finish();           // or this would wait for the command's minute
 }
 
 TEST_F(TempDirTest, AgentServesItsStandardStreams) {
