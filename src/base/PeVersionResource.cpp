@@ -103,30 +103,54 @@ bool Image::ReadSections(std::uint64_t offset, std::size_t count) {
     return true;
 }
 
-/// Returns the offset that the first entry of a resource directory, or the one with an identifier, points
-/// to.
-std::optional<std::uint32_t> FindEntry(const Image& image, std::uint32_t directory,
-                                       std::optional<std::uint32_t> id) {
-    const std::uint64_t at = std::uint64_t{image.Resources()} + directory;
+/// The entries of one resource directory.
+class Directory {
+public:
+    static std::optional<Directory> Read(const Image& image, std::uint32_t offset);
+
+    /// Return the offset that the first entry points to, or the one with an identifier.
+    [[nodiscard]] std::optional<std::uint32_t> First() const {
+        return m_entries.empty() ? std::nullopt : std::optional(DoubleWord(m_entries, 4));
+    }
+    [[nodiscard]] std::optional<std::uint32_t> Find(std::uint32_t id) const;
+    /// Chooses a language as the system does: the neutral one, else US English, else the first.
+    [[nodiscard]] std::optional<std::uint32_t> FindLanguage() const;
+
+private:
+    explicit Directory(Bytes entries) : m_entries(std::move(entries)) {}
+
+    Bytes m_entries;  // of 8 bytes each: the identifier and the offset
+};
+
+std::optional<Directory> Directory::Read(const Image& image, std::uint32_t offset) {
+    const std::uint64_t at = std::uint64_t{image.Resources()} + offset;
     const auto head = image.At(at, 16);
     if (!head) return std::nullopt;
     const std::size_t count = std::size_t{Word(*head, 12)} + Word(*head, 14);
     if (count > kMaxDirectoryEntries) return std::nullopt;
-    const auto entries = image.At(at + 16, count * 8);
-    if (!entries) return std::nullopt;
-    for (std::size_t i = 0; i < entries->size(); i += 8) {
-        if (!id || DoubleWord(*entries, i) == *id) return DoubleWord(*entries, i + 4);
+    auto entries = image.At(at + 16, count * 8);
+    return entries ? std::optional(Directory(std::move(*entries))) : std::nullopt;
+}
+
+std::optional<std::uint32_t> Directory::Find(std::uint32_t id) const {
+    for (std::size_t i = 0; i < m_entries.size(); i += 8) {
+        if (DoubleWord(m_entries, i) == id) return DoubleWord(m_entries, i + 4);
     }
     return std::nullopt;
 }
 
-/// Finds a resource's language as the system does: the neutral one, else US English, else the first.
-std::optional<std::uint32_t> FindLanguage(const Image& image, std::uint32_t directory) {
+std::optional<std::uint32_t> Directory::FindLanguage() const {
     constexpr std::uint32_t kNeutral = 0, kUsEnglish = 0x409;
     for (const std::uint32_t language : {kNeutral, kUsEnglish}) {
-        if (const auto found = FindEntry(image, directory, language)) return found;
+        if (const auto found = Find(language)) return found;
     }
-    return FindEntry(image, directory, std::nullopt);
+    return First();
+}
+
+/// Returns the directory that an entry points to; none when it points to something else.
+std::optional<Directory> SubDirectory(const Image& image, std::optional<std::uint32_t> entry) {
+    if (!entry || (*entry & kHighBit) == 0) return std::nullopt;
+    return Directory::Read(image, *entry & ~kHighBit);
 }
 
 /// Where a resource lies in the loaded image.
@@ -136,12 +160,10 @@ struct Place {
 };
 
 std::optional<Place> FindVersionBlock(const Image& image) {
-    const auto isDirectory = [](auto entry) { return entry && (*entry & kHighBit) != 0; };
-    const auto names = FindEntry(image, 0, kVersionType);
-    if (!isDirectory(names)) return std::nullopt;
-    const auto languages = FindEntry(image, *names & ~kHighBit, std::nullopt);
-    if (!isDirectory(languages)) return std::nullopt;
-    const auto target = FindLanguage(image, *languages & ~kHighBit);
+    const auto types = Directory::Read(image, 0);
+    const auto names = types ? SubDirectory(image, types->Find(kVersionType)) : std::nullopt;
+    const auto languages = names ? SubDirectory(image, names->First()) : std::nullopt;
+    const auto target = languages ? languages->FindLanguage() : std::nullopt;
     if (!target || (*target & kHighBit) != 0) return std::nullopt;
     const auto data = image.At(std::uint64_t{image.Resources()} + *target, 16);
     if (!data) return std::nullopt;
@@ -161,6 +183,7 @@ std::size_t Aligned(std::size_t offset) { return (offset + 3) & ~std::size_t{3};
 
 std::wstring UnitsAt(const Bytes& block, std::size_t at, std::size_t end) {
     std::wstring units;
+    units.reserve((end - std::min(at, end)) / 2);
     for (; at + 2 <= end; at += 2) units.push_back(static_cast<wchar_t>(Word(block, at)));
     return units;
 }

@@ -44,33 +44,38 @@ const Key* KeyAtEnd(View text) {
 
 bool BeginsAsHex(View text) { return text.size() >= 2 && text[0] == '0' && base::Lower(text[1]) == 'x'; }
 
-/// Negative when it is no digit of the base.
-int DigitOf(char c, unsigned base) {
-    const int digit = base::HexDigit(c);
-    return digit < static_cast<int>(base) ? digit : -1;
+/// Reads the digits of a base up to the first character that is none.
+template <unsigned kBase>
+void ReadDigits(View text, LsZNumber& number) {
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t magnitude = 0;
+    std::size_t count = 0;
+    for (; count < text.size(); ++count) {
+        const auto digit = static_cast<unsigned>(base::HexDigit(text[count]));  // none is a large one
+        if (digit >= kBase) break;
+        // The first comparison is enough for nearly all.
+        const bool fits = magnitude < kMost / 32 || magnitude <= (kMost - digit) / kBase;
+        magnitude = fits ? magnitude * kBase + digit : kMost;
+    }
+    number.isThere = count > 0;
+    number.magnitude = magnitude;
 }
 
 }  // namespace
 
 LsZNumber LsZNumber::Read(View text, unsigned base) {
-    constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
     LsZNumber number;
     while (!text.empty() && base::IsSpace(text.front())) text.remove_prefix(1);
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
         number.isNegative = text.front() == '-';
         text.remove_prefix(1);
     }
-    const bool hasPrefix = base == 16 && BeginsAsHex(text) && text.size() > 2 && DigitOf(text[2], base) >= 0;
-    if (hasPrefix) text.remove_prefix(2);
-    for (const char c : text) {
-        const int digit = DigitOf(c, base);
-        if (digit < 0) break;
-        number.isThere = true;
-        const auto added = static_cast<std::uint64_t>(digit);
-        // The first comparison is enough for nearly all; the second divides.
-        const bool fits = number.magnitude < most / 32 || number.magnitude <= (most - added) / base;
-        number.magnitude = fits ? number.magnitude * base + added : most;
+    if (base == 10) {
+        ReadDigits<10>(text, number);
+        return number;
     }
+    const bool hasPrefix = BeginsAsHex(text) && text.size() > 2 && base::HexDigit(text[2]) >= 0;
+    ReadDigits<16>(hasPrefix ? text.substr(2) : text, number);
     return number;
 }
 

@@ -15,6 +15,7 @@ struct LsZNumber {
     bool isNegative = false;
     std::uint64_t magnitude = 0;  ///< the largest when the number is larger
 
+    /// The base is 10 or 16.
     static LsZNumber Read(std::string_view text, unsigned base);
 
     /// Reads a number as strtol does, and for unsigned types as strtoul, which negates after a minus;

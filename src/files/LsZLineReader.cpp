@@ -42,6 +42,11 @@ std::size_t LsZLineReader::LineLength(std::string_view window) const {
     return std::string_view::npos;
 }
 
+double LsZLineReader::ShareRead() const {
+    const auto whole = static_cast<double>(std::max<std::uint64_t>(m_reader->Limit(), 1));
+    return std::clamp(static_cast<double>(m_given) / whole, 1 / whole, 1.0);
+}
+
 std::string_view LsZLineReader::Next() {
     const std::size_t limit = kMostUnits * m_unitSize;
     std::string_view window;
@@ -54,6 +59,7 @@ std::string_view LsZLineReader::Next() {
     window = Buffered().substr(0, limit);  // it was moved
     length = std::min(length, window.size());
     m_begin += length;
+    m_given += length;
     return window.substr(0, length - length % m_unitSize);
 }
 

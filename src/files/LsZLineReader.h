@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,8 @@ public:
     /// The next line with its line feed, of at most 1,139 units; the rest of a longer one is
     /// the next line. Half a unit at the end is left out. Empty at the end. Valid until the next call.
     std::string_view Next();
+    /// How much of the list the lines so far were, in (0, 1].
+    double ShareRead() const;
     /// The list ended because it could not be read on.
     bool HasFailed() const { return m_hasFailed; }
 
@@ -36,6 +39,7 @@ private:
     bool m_hasFailed = false;
     std::string m_buffer;
     std::size_t m_begin = 0, m_end = 0;
+    std::uint64_t m_given = 0;  // bytes of the lines so far
 };
 
 }  // namespace quillon

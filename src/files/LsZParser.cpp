@@ -1,5 +1,6 @@
 #include "files/LsZParser.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <utility>
@@ -94,9 +95,23 @@ void LsZFile::Parser::ReadLines() {
             continue;
         }
         FileFromLsZ entry;
-        if (SplitListLine(m_line, entry)) m_record.files.push_back(std::move(entry));
+        if (SplitListLine(m_line, entry)) AddEntry(std::move(entry));
     }
     Log(&ICLogger::DebugV, "Read %u lines from LSZ file", count);
+}
+
+/// Grows to what the whole list will need when its lines go on as they are, as a vector that only doubles
+/// holds every entry twice while it moves them. Eight times is the most: the first lines may be untypical.
+void LsZFile::Parser::AddEntry(FileFromLsZ entry) {
+    auto& files = m_record.files;
+    constexpr std::size_t kFirst = 256;
+    if (files.size() == files.capacity()) {
+        const auto size = static_cast<double>(files.size());
+        const double expected = size / m_reader.ShareRead() * 1.05;
+        files.reserve(
+            std::max(kFirst, static_cast<std::size_t>(std::clamp(expected, size * 1.25, size * 8))));
+    }
+    files.push_back(std::move(entry));
 }
 
 bool LsZFile::Parser::GetNextListLine() {

@@ -33,6 +33,7 @@ private:
 
     bool OpenLsZFile();
     void ReadLines();
+    void AddEntry(FileFromLsZ entry);
     bool GetNextListLine();
     void ReadLszUnicodeLine(std::string_view bytes);
     void NarrowUnits();

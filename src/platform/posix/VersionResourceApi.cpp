@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <cstring>
 #include <limits>
 
 #include "base/PeVersionResource.h"
@@ -15,16 +17,50 @@ namespace {
 
 constexpr std::uint32_t kNoResourceData = 1812;
 
-bool ReadFully(const FileHandle& file, std::uint64_t offset, char* buffer, std::size_t size) {
-    if (offset > std::numeric_limits<off_t>::max()) return false;
-    while (size > 0) {
-        const ssize_t count = ::pread(file.Get(), buffer, size, static_cast<off_t>(offset));
-        if (count <= 0) return false;
-        buffer += count;
-        offset += static_cast<std::uint64_t>(count);
-        size -= static_cast<std::size_t>(count);
+/// Reads a file at any offset, through one buffer: most of a version is a few bytes here and there of two
+/// neighbourhoods, the headers and the resource directories.
+class BufferedReader {
+public:
+    explicit BufferedReader(const FileHandle& file) : m_file(file) {}
+
+    /// Reads exactly so many bytes; false when there are not as many.
+    bool Read(std::uint64_t offset, void* buffer, std::size_t size);
+
+private:
+    static constexpr std::size_t kBufferSize = 4096;
+
+    /// Returns how many bytes were read: less than asked for at the end of the file or when reading fails.
+    std::size_t ReadFile(std::uint64_t offset, char* buffer, std::size_t size) const;
+
+    const FileHandle& m_file;
+    std::array<char, kBufferSize> m_buffer;
+    std::uint64_t m_offset = 0;
+    std::size_t m_count = 0;
+};
+
+bool BufferedReader::Read(std::uint64_t offset, void* buffer, std::size_t size) {
+    if (size > kBufferSize) return ReadFile(offset, static_cast<char*>(buffer), size) == size;
+    const auto isBuffered = [&] {
+        return offset >= m_offset && offset - m_offset <= m_count && m_count - (offset - m_offset) >= size;
+    };
+    if (!isBuffered()) {
+        m_count = ReadFile(offset, m_buffer.data(), kBufferSize);
+        m_offset = offset;
     }
+    if (!isBuffered()) return false;
+    std::memcpy(buffer, m_buffer.data() + (offset - m_offset), size);
     return true;
+}
+
+std::size_t BufferedReader::ReadFile(std::uint64_t offset, char* buffer, std::size_t size) const {
+    std::size_t done = 0;
+    while (done < size && offset + done <= std::numeric_limits<off_t>::max()) {
+        const ssize_t count =
+            ::pread(m_file.Get(), buffer + done, size - done, static_cast<off_t>(offset + done));
+        if (count <= 0) break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
 }
 
 }  // namespace
@@ -38,8 +74,9 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     if (isThere != nullptr) *isThere = false;
     const FileHandle file = OpenForReading(path);
     if (!file) return std::nullopt;
-    const base::ReadBytesAt read = [&file](std::uint64_t offset, void* buffer, std::size_t size) {
-        return ReadFully(file, offset, static_cast<char*>(buffer), size);
+    BufferedReader reader(file);
+    const base::ReadBytesAt read = [&reader](std::uint64_t offset, void* buffer, std::size_t size) {
+        return reader.Read(offset, buffer, size);
     };
     auto texts = base::ReadPeVersion(read, found);
     if (!found) texts = ReadElfVersion(read);
