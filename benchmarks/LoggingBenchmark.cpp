@@ -1,11 +1,13 @@
 // A log line through CLogger beside the same line through plain log4cplus with
 // its own rolling file and console appenders. Standard output goes to the null
-// device in both; results go to standard error or to --benchmark_out. Where it is
-// installed, spdlog writes the line as well, to its rotating file alone. The entry
-// that rolls the log over, with the whole banner, stands beside a plain chain of
-// renames and a new file.
+// device in both; results go to standard error or to --benchmark_out. "pipe" writes
+// to a pipe that somebody reads. Where it is installed, spdlog writes the line as well, to its rotating file
+// alone. The entry that rolls the log over, with the whole banner, stands beside a plain chain of renames and
+// a new file.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
+
 #include <log4cplus/configurator.h>
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/fileappender.h>
@@ -14,9 +16,12 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
+#include <thread>
 #include <vector>
 
 #ifdef QUILLON_HAS_SPDLOG
@@ -70,6 +75,47 @@ void SetUpQuillon(const benchmark::State&) {
 void TearDownQuillon(const benchmark::State&) {
     quillon::CLogger::GetInstance()->StopLogging();
     std::filesystem::remove_all(Folder());
+}
+
+/// Leads standard output into a pipe that a thread reads up to a NUL: the log keeps an opening of the pipe.
+class OutputPipe {
+public:
+    OutputPipe() : m_output(::dup(STDOUT_FILENO)) {
+        int ends[2];
+        if (m_output < 0 || ::pipe(ends) != 0 || ::dup2(ends[1], STDOUT_FILENO) < 0) std::abort();
+        ::close(ends[1]);
+        m_reader = std::thread([from = ends[0]] {
+            char buffer[64 << 10];
+            ssize_t count = 0;
+            while ((count = ::read(from, buffer, sizeof buffer)) > 0 && buffer[count - 1] != '\0') {
+            }
+            ::close(from);
+        });
+    }
+    ~OutputPipe() {
+        if (::write(STDOUT_FILENO, "", 1) != 1) std::abort();
+        ::dup2(m_output, STDOUT_FILENO);
+        ::close(m_output);
+        m_reader.join();
+    }
+    OutputPipe(const OutputPipe&) = delete;
+    OutputPipe& operator=(const OutputPipe&) = delete;
+
+private:
+    int m_output;
+    std::thread m_reader;
+};
+
+std::unique_ptr<OutputPipe> g_pipe;
+
+void SetUpPipe(const benchmark::State& state) {
+    g_pipe = std::make_unique<OutputPipe>();
+    SetUpQuillon(state);
+}
+
+void TearDownPipe(const benchmark::State& state) {
+    TearDownQuillon(state);
+    g_pipe.reset();
 }
 
 /// Lets each thread write its share of the lines in one iteration.
@@ -238,6 +284,13 @@ BENCHMARK(LineQuillon)
     ->Name("line/quillon")
     ->Setup(SetUpQuillon)
     ->Teardown(TearDownQuillon)
+    ->Threads(1)
+    ->Threads(4)
+    ->UseRealTime();
+BENCHMARK(LineQuillon)
+    ->Name("line/quillon-pipe")
+    ->Setup(SetUpPipe)
+    ->Teardown(TearDownPipe)
     ->Threads(1)
     ->Threads(4)
     ->UseRealTime();

@@ -11,6 +11,7 @@ enum class StandardStream { Output, Error };
 
 enum class StreamUse {
     Closed,  ///< there is none
+    Null,    ///< the null device, which a service's streams are: what is written is gone anyway
     Sink,    ///< a file or a device that never makes its writer wait
     Reader   ///< a terminal, pipe or socket, whose reader may be slow or gone
 };

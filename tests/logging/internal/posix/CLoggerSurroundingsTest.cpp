@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <thread>
 
@@ -65,6 +67,20 @@ const ChildMode forking("clogger-forking", [](const Arguments& a) {
     return failed;
 });
 
+/// LOG COPIES: leads the null device, its standard output, to a file after the first entry, and logs until
+/// the file has an entry.
+const ChildMode redirected("clogger-redirected", [](const Arguments& a) {
+    CLogger::GetInstance()->InitializeLogging(a[0].c_str(), Level::Info);
+    CLogger::GetInstance()->Info("before");
+    if (std::freopen(a[1].c_str(), "w", stdout) == nullptr) return 1;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::filesystem::file_size(a[1]) == 0 && std::chrono::steady_clock::now() < end) {
+        CLogger::GetInstance()->Info("after");
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return 0;
+});
+
 }  // namespace
 
 TEST_F(CLoggerSurroundingsTest, ForkedChildLogsOn) {
@@ -95,6 +111,13 @@ TEST_F(CLoggerSurroundingsTest, ClosedStandardStreamsGetNoLine) {
         EXPECT_EQ(Entries().size(), 100u);
         std::filesystem::remove(dir.Native("log"));
     }
+}
+
+TEST_F(CLoggerSurroundingsTest, ConsoleThatWasTheNullDeviceIsNoticed) {
+    EXPECT_EQ(
+        Run("clogger-redirected", {dir.Native("log").string(), dir.Native("copies").string()}, ">/dev/null"),
+        0);
+    EXPECT_THAT(EntriesOf(dir.Read("copies")), testing::Not(testing::IsEmpty()));
 }
 
 TEST_F(CLoggerSurroundingsTest, ReaderOfTheConsoleMayGoOrStall) {
