@@ -117,7 +117,7 @@ void FileSystemUtils::StripBom(std::string& text) {
 
 std::string FileSystemUtils::ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced) {
     std::string text;
-    ReadFileLimited(path, kNoLimit, text, detected, forced);
+    static_cast<void>(ReadFileLimited(path, kNoLimit, text, detected, forced));  // a failure gives no text
     return text;
 }
 

@@ -1,23 +1,32 @@
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <utility>
 #include <variant>
 
 #include "cli/CommandLine.h"
+#include "cli/Completion.h"
 #include "cli/Output.h"
+#include "common/ShownText.h"
+#include "common/Suggestion.h"
 #include "host/AgentConfiguration.h"
 #include "host/Host.h"
+#include "quillon/LogText.h"
 #include "quillon/PathUtils.h"
+#include "quillon/ServiceLocator.h"
 #include "serve/Server.h"
 #include "system/Console.h"
+#include "system/Service.h"
 
 namespace quillon::agent {
 
 namespace {
 
 constexpr int kAgentFailed = 1;
+constexpr const char* kServiceAddress = R"(\\.\pipe\quillon-agent)";
 
 AgentConfiguration Configure(const HostOptions& options) {
     AgentConfiguration configuration = options.configuration.empty()
@@ -44,16 +53,26 @@ int Execute(const RunCommand& command, Output& output) {
     const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
                     configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
-    output.Write(result.resultTable, command.format);
-    if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", result.errorMessage.c_str());
+    output.Write(result.resultTable, command.format, command.method);
+    if (!result.errorMessage.empty())
+        std::fprintf(stderr, "%s\n", LogText::OneLine(result.errorMessage).c_str());
     return result.resultCode;
 }
 
-int Execute(const ServeCommand& command, Output& output) {
+int ServeWith(const ServeCommand& command, const WriteFunction& write) {
     const AgentConfiguration configuration = Configure(command.host);
     const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
                     configuration);
-    return Serve(host, command.settings, [&output](std::string_view text) {
+    try {
+        return Serve(host, command.settings, write);
+    } catch (const std::runtime_error& error) {
+        ServiceLocator::Get<ICLogger>()->Error("%s", LogText::OneLine(error.what()).c_str());
+        throw;
+    }
+}
+
+int Execute(const ServeCommand& command, Output& output) {
+    return ServeWith(command, [&output](std::string_view text) {
         try {
             output.Write(std::string(text));
             return true;
@@ -63,9 +82,56 @@ int Execute(const ServeCommand& command, Output& output) {
     });
 }
 
+int RunService(ServeCommand command) {
+    if (command.settings.address.empty()) command.settings.address = kServiceAddress;
+    const auto body = [&command] {
+        try {
+            return ServeWith(command, [](std::string_view) { return false; });
+        } catch (const std::exception&) {  // logged, if there is a log
+            return kAgentFailed;
+        }
+    };
+    return RunAsService(body, [] {
+        if (auto* const monitor = ServiceLocator::Get<IShutdownMonitor>()) monitor->RequestShutdown();
+    });
+}
+
+int Execute(const ServiceCommand& command, Output& output) {
+    switch (command.action) {
+        case ServiceCommand::Action::Install:
+            InstallService(command.options);
+            output.Write("The service QuillonAgent is installed\n");
+            return 0;
+        case ServiceCommand::Action::Remove:
+            RemoveService();
+            output.Write("The service QuillonAgent is removed\n");
+            return 0;
+        case ServiceCommand::Action::Run:
+            break;
+    }
+    return RunService(command.serve);
+}
+
 int Execute(const MethodsCommand& command, Output& output) {
     const Host host({}, Host::DefaultDatabaseFolder(), Configure(command.host));
-    output.Write(DescribeMethods(host.GetModules(), command.format));
+    const auto names = host.MethodNames();
+    const bool isKnown = std::any_of(names.begin(), names.end(), [&command](const std::string& name) {
+        return name.starts_with(command.prefix);
+    });
+    if (!isKnown) {
+        std::fprintf(stderr, "No method begins with '%s'%s\n", ShownText(command.prefix).c_str(),
+                     Suggestion(command.prefix, names).c_str());
+        return InvocationResult::kBadParameter;
+    }
+    output.Write(DescribeMethods(host.GetModules(), command.prefix, command.format, output.Width()));
+    return 0;
+}
+
+int Execute(const CompletionCommand& command, Output& output) {
+    const Host host({});
+    std::string lines;
+    for (const std::string& word : Complete(command.words, host.GetModules())) lines += word + '\n';
+    output.Write(lines);
     return 0;
 }
 

@@ -1,7 +1,7 @@
 #include <quillon/ComScope.h>
+#include <quillon/DescribedBinder.h>
 #include <quillon/MethodParameterValidation.h>
 #include <quillon/ModuleEntry.h>
-#include <quillon/ParameterBinder.h>
 #include <quillon/StringUtils.h>
 #include <quillon/WmiConnector.h>
 
@@ -9,11 +9,10 @@ namespace {
 
 using namespace quillon;
 
-void Uptime(const MethodParameters& parameters, InvocationResult& result) {
-    long long timeout = 10;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddOptionalBinding("timeout", timeout);
-    if (!binder.Bind(result) || !MethodParameterValidation::InRange("timeout", timeout, 1, 600, result))
+void Uptime(DescribedBinder& call, InvocationResult& result) {
+    long long timeout = 0;
+    call.Add("timeout", timeout);
+    if (!call.Bind(result) || !MethodParameterValidation::InRange("timeout", timeout, 1, 600, result))
         return;  // result says which parameter is wrong
 
     const ComScope com;

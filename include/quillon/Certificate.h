@@ -28,7 +28,7 @@ class QUILLON_API Certificate {
 public:
     /// Returns the certificate at the beginning of `bytes`, in DER or as a PEM block; nothing when there
     /// is none.
-    static std::optional<Certificate> Parse(std::string_view bytes);
+    [[nodiscard]] static std::optional<Certificate> Parse(std::string_view bytes);
     /// Appends the certificate in DER, or every one in PEM, of a file of up to 16 MiB. Other
     /// content, and what is malformed, is left out. Returns false, and appends nothing, when the file
     /// cannot be read or is larger.
@@ -37,10 +37,11 @@ public:
     enum class Stores { Computer, User, Service };
     /// Appends the certificates of one of the computer's stores, such as L"Root". Returns false when there is
     /// no such store; there are none outside Windows.
-    static bool ReadStore(const std::wstring& storeName, std::vector<Certificate>& certificates);
+    [[nodiscard]] static bool ReadStore(const std::wstring& storeName,
+                                        std::vector<Certificate>& certificates);
     /// Does the same with another's stores; the name of a service's is L"Service\\My".
-    static bool ReadStore(Stores stores, const std::wstring& storeName,
-                          std::vector<Certificate>& certificates);
+    [[nodiscard]] static bool ReadStore(Stores stores, const std::wstring& storeName,
+                                        std::vector<Certificate>& certificates);
 
     /// Returns the context for CertificateUtils; it is valid as long as this object or a copy of it.
     const windows::CERT_CONTEXT* Context() const { return m_context.get(); }

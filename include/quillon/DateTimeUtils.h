@@ -98,7 +98,7 @@ public:
     /// and 'Z' in either case, a fraction of any length (digits past the seventh are dropped), second 60
     /// counting on, and a zone of at most 14 hours either way. Returns nothing for any other text, and for a
     /// date that a time point has no room for.
-    static std::optional<TimePoint> TryParseJsonDateTime(std::string_view text);
+    [[nodiscard]] static std::optional<TimePoint> TryParseJsonDateTime(std::string_view text);
 
     /// Writes the date's own fields with the zone offset that is in force now, not at that
     /// date; "Z" when the system does not tell its zone, "+00:00" for UTC. Returns the empty

@@ -99,7 +99,7 @@ public:
     static Result Query(const EventLogSource& source, const Visitor& visitor);
     /// Reads an event that a query or a subscription gave, whose handle stays the caller's. Returns
     /// false, with the reason as the last error, on failure.
-    static bool Read(void* event, LogEvent& result);
+    [[nodiscard]] static bool Read(void* event, LogEvent& result);
 
     /// Returns a table without rows with the columns RecordId, Time, Provider, EventId, Level, Channel,
     /// Computer, Task, Opcode, Keywords (hexadecimal), ProcessId, ThreadId, User, Message and Xml.

@@ -45,7 +45,7 @@ public:
     /// of `bookmark`, a text of Bookmark(), or without one to those from now on or from the oldest on, as
     /// `source` says. When the event of the bookmark is not there any more the oldest is the first, and
     /// HasGap() says so. Returns false for a file and on failure; see ErrorCode().
-    bool Open(const EventLogSource& source, const std::string& bookmark = {});
+    [[nodiscard]] bool Open(const EventLogSource& source, const std::string& bookmark = {});
     /// Waits for the next event, at most that long. Events that cannot be rendered are counted and left
     /// out.
     Outcome Take(LogEvent& event, std::chrono::milliseconds limit);

@@ -241,11 +241,11 @@ public:
     /// enabled before. Returns false when the process was not given one or the security takes
     /// more than 260 bytes (122, ERROR_INSUFFICIENT_BUFFER), and with an Error entry when it cannot
     /// be written. A link is refused as the destination on Linux (1921).
-    static bool CopyFileAcl(const std::string& source, const std::string& destination);
+    [[nodiscard]] static bool CopyFileAcl(const std::string& source, const std::string& destination);
     /// Leaves the file or directory to the user that the process runs as, with every right and
     /// without inheritance; nobody else keeps access. A link is not followed but refused (1921,
     /// ERROR_CANT_RESOLVE_FILENAME).
-    static bool SecureFile(const std::string& path);
+    [[nodiscard]] static bool SecureFile(const std::string& path);
     /// Enables or disables a privilege of the whole process by its name, such as
     /// L"SeBackupPrivilege". Returns false for an unknown name (1313, ERROR_NO_SUCH_PRIVILEGE)
     /// and for one that the process was not given (1300, ERROR_NOT_ALL_ASSIGNED).
@@ -308,8 +308,9 @@ public:
     /// text and the reason in the system's last error, for a larger file (8,
     /// ERROR_NOT_ENOUGH_MEMORY), one that cannot be read, and a wrong `forced` (87,
     /// ERROR_INVALID_PARAMETER); `detected` then stays, but for a wrong `forced`.
-    static bool ReadFileLimited(const std::string& path, std::uint64_t mostBytes, std::string& text,
-                                FileEncoding& detected, FileEncoding forced = NOTSET);
+    [[nodiscard]] static bool ReadFileLimited(const std::string& path, std::uint64_t mostBytes,
+                                              std::string& text, FileEncoding& detected,
+                                              FileEncoding forced = NOTSET);
     /// Returns what ReadFile() gives for a file of this content, with the encoding that is
     /// detected; touches no file.
     static std::string DecodeContent(std::string content, FileEncoding& detected);
@@ -323,13 +324,14 @@ public:
     /// was written and the file closed without error. Invalid UTF-8 for UTF-16 throws
     /// std::range_error; NOTSET or no enumerator gives false and an Error entry; both leave the
     /// file alone. The file is not replaced at once: a failure midway leaves a part.
-    static bool WriteFile(const std::string& path, const std::string& text, FileEncoding encoding);
+    [[nodiscard]] static bool WriteFile(const std::string& path, const std::string& text,
+                                        FileEncoding encoding);
     /// Replaces a file's bytes at once, or makes the file: whenever the process or the system ends, it has
     /// the old content or the new one. Its owner and access stay; a link of that name is replaced, not
     /// followed. On failure it keeps the old content, and the last error says why: 5 (ERROR_ACCESS_DENIED)
     /// for a read-only file or a directory, 112 (ERROR_DISK_FULL). Only a directory that could not be
     /// brought to the disk gives false when the new content is there already.
-    static bool WriteFileAtomic(const std::string& path, std::string_view content);
+    [[nodiscard]] static bool WriteFileAtomic(const std::string& path, std::string_view content);
     /// Writes as WriteFile() does, in the encoding of the name.
     static bool WriteUtf8File(const std::string& path, const std::string& text);
     static bool WriteUtf8NoBomFile(const std::string& path, const std::string& text);
@@ -340,8 +342,8 @@ public:
     /// cannot be opened or detected. Invalid UTF-8 for UTF-16 throws std::range_error and
     /// leaves the file; a value that is no enumerator makes the file and gives an Error entry
     /// and false.
-    static bool AppendToFile(const std::string& path, const std::string& text, FileEncoding& current,
-                             FileEncoding requested);
+    [[nodiscard]] static bool AppendToFile(const std::string& path, const std::string& text,
+                                           FileEncoding& current, FileEncoding requested);
 
 private:
     static bool HasBom(std::string_view text);

@@ -100,7 +100,9 @@ public:
                                                 const std::vector<AgentVersionPlatformPair>& exceptions) = 0;
     virtual IMethodParameterBuilder& Deprecated(MetadataAgentVersion version, const char* text) = 0;
     /// Ends the parameter, which the method owns from now on, and returns the method's builder. It
-    /// fails as IMethodMetadata::BindParameter() does. The builder must not be used again.
+    /// fails as IMethodMetadata::BindParameter() does, and throws std::invalid_argument with the name for a
+    /// type that MetadataUtils::Type() does not name, and for a parameter without a name. The builder must
+    /// not be used again.
     virtual IMethodMetadataBuilder& BindParameter() = 0;
 
     /// Sets the default, which tells readers of the description what a call without the parameter
@@ -159,7 +161,8 @@ public:
                                              const std::vector<AgentVersionPlatformPair>& exceptions) = 0;
     virtual IMethodColumnBuilder& Deprecated(MetadataAgentVersion version, const char* text) = 0;
     /// Ends the column, which the method owns from now on, and returns the method's builder. It fails
-    /// as IMethodMetadata::BindColumn() does. The builder must not be used again.
+    /// as IMethodMetadata::BindColumn() does, and throws std::invalid_argument as
+    /// IMethodParameterBuilder::BindParameter() does. The builder must not be used again.
     virtual IMethodMetadataBuilder& BindColumn() = 0;
 };
 

@@ -26,29 +26,29 @@ public:
 
     /// Passes when the value has no backslash. The name of a parameter is used in the message only,
     /// here and below.
-    static bool IsName(const char* name, const std::string& value, InvocationResult& result);
+    [[nodiscard]] static bool IsName(const char* name, const std::string& value, InvocationResult& result);
     /// Passes when the value has a backslash and, unless it is allowed, no drive specifier (a colon
     /// as its second code unit). Whether the path exists is not asked.
-    static bool IsPath(const char* name, const std::string& value, InvocationResult& result,
-                       bool allowDriveSpecifier);
+    [[nodiscard]] static bool IsPath(const char* name, const std::string& value, InvocationResult& result,
+                                     bool allowDriveSpecifier);
     /// Passes when exactly one of the two values is empty. `secondIsDeprecated` adds to the message
     /// that the second name is deprecated.
-    static bool MutuallyExclusive(const char* name1, const char* name2, const std::string& value1,
-                                  const std::string& value2, bool secondIsDeprecated,
-                                  InvocationResult& result);
+    [[nodiscard]] static bool MutuallyExclusive(const char* name1, const char* name2,
+                                                const std::string& value1, const std::string& value2,
+                                                bool secondIsDeprecated, InvocationResult& result);
     /// Passes when the value has at least one byte.
-    static bool NotEmpty(const char* name, const std::string& value, InvocationResult& result);
+    [[nodiscard]] static bool NotEmpty(const char* name, const std::string& value, InvocationResult& result);
     /// Passes an http or https URL with a host and a port that is not 0, as Url does.
-    static bool ValidUrl(const char* name, const std::string& value, InvocationResult& result);
+    [[nodiscard]] static bool ValidUrl(const char* name, const std::string& value, InvocationResult& result);
     /// Passes domain\user or user@machine with both parts not empty. Whether there is such an
     /// account is not asked.
-    static bool ValidateAsUserParameter(const std::string& value, InvocationResult& result);
+    [[nodiscard]] static bool ValidateAsUserParameter(const std::string& value, InvocationResult& result);
     /// Passes when low <= value <= high.
-    static bool InRange(const char* name, long long value, long long low, long long high,
-                        InvocationResult& result);
+    [[nodiscard]] static bool InRange(const char* name, long long value, long long low, long long high,
+                                      InvocationResult& result);
     /// Passes when the value is one of the texts, compared byte by byte.
-    static bool OneOf(const char* name, const std::string& value, const std::vector<std::string>& allowed,
-                      InvocationResult& result);
+    [[nodiscard]] static bool OneOf(const char* name, const std::string& value,
+                                    const std::vector<std::string>& allowed, InvocationResult& result);
     /// Gives an empty value the deprecated parameter's, and logs one Warn entry "Parameter name '%s'
     /// is deprecated; use '%s' instead", also when that one is empty too.
     static void UseNonDeprecated(const char* name, const char* deprecatedName, std::string& value,

@@ -16,14 +16,26 @@ namespace quillon {
 /// Says how one binding ended.
 enum class ParameterBindingResult : std::int32_t { Success = 0, Missing = 1, WrongType = 2 };
 
+/// Says how many faults of a call Bind() names.
+enum class ParameterFaults : std::int32_t { First = 0, All = 1 };
+
 /// The types of variables that a parameter can be bound to: std::string, long long, double, bool and
-/// const DataTable*. An int is none of them: bind a long long, and check its range.
+/// const DataTable*. An int is none of them: bind a long long, and check its range. A variable of any
+/// other type is refused by the compiler, whose message names these.
 template <class T>
 concept BindableVariable = std::same_as<T, std::string> || std::same_as<T, long long> ||
     std::same_as<T, double> || std::same_as<T, bool> || std::same_as<T, const DataTable*>;
 
+/// Fails to compile for a variable that no parameter can be bound to, and names the types that are allowed.
+template <class T>
+constexpr void RefuseVariable() {
+    static_assert(BindableVariable<T>,
+                  "A parameter is bound to a std::string, long long, double, bool or const DataTable*");
+}
+
 /// Checks the parameters of one call against a method's typed variables and fills the variables.
-/// Declare each variable, then call Bind(); the parameters and the variables, which are not owned,
+/// Declare each variable, then call Bind(); DescribedBinder.h takes what is mandatory, and the defaults,
+/// from the method's description instead. The parameters and the variables, which are not owned,
 /// must live until then. Names are compared byte by byte. One thread uses a binder.
 ///
 /// @code
@@ -46,10 +58,9 @@ public:
     ParameterBinder(const ParameterBinder&) = delete;
     ParameterBinder& operator=(const ParameterBinder&) = delete;
 
-    /// Declares a variable. A second
-    /// binding under a name replaces the first. A text accepts time points as ISO 8601, an integer
-    /// booleans, a boolean integers, a double integers; a table of one row and one cell stands for
-    /// its scalar.
+    /// Declares a variable. A second binding under a name replaces the first. A text accepts time points as
+    /// ISO 8601, an integer booleans, a boolean integers, a double integers; a table of one row and one cell
+    /// stands for its scalar.
     template <BindableVariable T>
     void AddBinding(const std::string& name, T* target, bool optional);
     /// Declares a variable that the call must give. When that fails, a scalar target becomes empty,
@@ -68,14 +79,26 @@ public:
     template <BindableVariable T>
     void AddOptionalBinding(const std::string& name, std::optional<T>& target);
 
+    // What the compiler says of any other variable.
+    template <class T>
+    requires(!BindableVariable<T>) void AddBinding(const std::string&, T*, bool) { RefuseVariable<T>(); }
+    template <class T>
+    requires(!BindableVariable<T>) void AddMandatoryBinding(const std::string&, T&) { RefuseVariable<T>(); }
+    template <class T>
+    requires(!BindableVariable<T>) void AddOptionalBinding(const std::string&, T&) { RefuseVariable<T>(); }
+
     /// Fills the variables and returns true; or sets result code 2 and the message of the first
     /// failure, and returns false. The order is: bindings by ascending names ("Missing parameter
     /// '...'", "Value is wrong data-type for parameter '...'"), parameters without a binding, names
     /// given more than once. A value of another type also logs the Error entry of its getter
     /// (Variant.h). Nothing is thrown for a faulty call.
     [[nodiscard]] bool Bind(InvocationResult& result) const;
+    /// Does the same; with All, every binding is tried, and the message names every fault once, in that
+    /// order and joined by "; ".
+    [[nodiscard]] bool Bind(InvocationResult& result, ParameterFaults wanted) const;
 
 private:
+    class Faults;
     using Binding = std::function<ParameterBindingResult()>;
 
     template <class T>
@@ -85,9 +108,9 @@ private:
     ParameterBindingResult BindTable(const std::string& name, const DataTable*& target, bool optional) const;
     bool GetSuitableTableValueForDemotionToScalar(const std::string& name, Variant& value,
                                                   bool& wrongType) const;
-    std::string FindBindingFault() const;
-    std::string FindUndefinedParameter() const;
-    std::string FindRepeatedParameter() const;
+    void FindBindingFaults(Faults& faults) const;
+    void FindUndefinedParameters(Faults& faults) const;
+    void FindRepeatedParameters(Faults& faults) const;
 
     bool m_allowAnonymous;
     bool m_allowUndefined;

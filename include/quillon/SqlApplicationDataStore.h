@@ -71,11 +71,11 @@ public:
     bool VisitRows(const SqlQuery& query, const SqlRowVisitor& visitor);
     /// Start a transaction with the lock for writing, or end it and keep its changes, and return whether
     /// that succeeded. What TryCommit() cannot keep is undone by RollbackTransaction().
-    bool TryBegin() const;
-    bool TryCommit() const;
+    [[nodiscard]] bool TryBegin() const;
+    [[nodiscard]] bool TryCommit() const;
     /// Reads the whole database and adds a text for every fault that the engine finds to `faults`.
     /// Returns whether it could be read and there is none. That takes as long as reading the file.
-    bool Check(std::vector<std::string>& faults);
+    [[nodiscard]] bool Check(std::vector<std::string>& faults);
     /// Adds the columns that a table which exists does not have, all or none, as a newer version of a
     /// module needs it. Existing columns stay as they are, whatever their type. Returns whether the table
     /// now has all columns. It must not be called within a transaction.

@@ -196,8 +196,8 @@ public:
     /// Reads two digits a byte, in either case, into the caller's buffer. Returns false for an
     /// odd length (`count` is untouched), for a character that is no digit and for a buffer
     /// that is too small; `count` then tells how many bytes were stored.
-    static bool HexStringToByteArray(const std::string& hex, unsigned char* buffer, std::size_t bufferSize,
-                                     std::size_t& count);
+    [[nodiscard]] static bool HexStringToByteArray(const std::string& hex, unsigned char* buffer,
+                                                   std::size_t bufferSize, std::size_t& count);
     /// Returns the bytes 32-126 as they are and '.' for every other one, as for a dump.
     static std::string ByteArrayToAsciiChars(const unsigned char* bytes, std::size_t count);
 

@@ -32,7 +32,7 @@ public:
     /// Adds one holder of a sub-category and returns whether it is audited now. On a failure there is
     /// no holder, one Error entry says why, and the result is false; it is false as well for a holder
     /// past 2^32 - 1.
-    static bool EnableAuditLogSubCategory(const UniqueIdentifier& subcategory);
+    [[nodiscard]] static bool EnableAuditLogSubCategory(const UniqueIdentifier& subcategory);
     /// Takes one holder away. After the last one auditing is switched off if this class has switched it
     /// on; a failure is an Error entry, and two Warn entries tell the administrator to review the
     /// policy. A sub-category without holders is left alone.

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <concepts>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "quillon/DataTable.h"
 #include "quillon/Export.h"
+#include "quillon/TimePoint.h"
 
 namespace quillon {
 
@@ -44,6 +46,11 @@ public:
     bool Parse(const char** cursor, std::string& value) override;
 };
 
+/// The types of columns that a text can be parsed into.
+template <class T>
+concept ParsableColumn = std::same_as<T, std::string> || std::same_as<T, long long> ||
+    std::same_as<T, bool> || std::same_as<T, double> || std::same_as<T, TimePoint>;
+
 /// Turns column-oriented text, one record a line, into rows of a table, as for the output of a
 /// console program. Declare the columns in order, then parse any number of texts.
 ///
@@ -52,9 +59,9 @@ public:
 ///
 /// @code
 /// TextToDataTableParser parser;
-/// parser.AddField<std::string>("name", new SpaceSeparatedField, 0);
-/// parser.AddField<long long>("bytes", new SpaceSeparatedField, 1024);  // the text counts kibibytes
-/// parser.AddField<std::string>("note", new NullSeparatedField, 0);
+/// parser.AddField<std::string>("name", std::make_unique<SpaceSeparatedField>());
+/// parser.AddField<long long>("bytes", std::make_unique<SpaceSeparatedField>(), 1024);  // kibibytes
+/// parser.AddField<std::string>("note", std::make_unique<NullSeparatedField>());
 /// DataTable table;
 /// parser.Parse("a.log  12 rolled over\nb.log 3\n", table);
 /// std::cout << table.GetNumberOfRows() << '\n';  // 2; the second row has no "note"
@@ -74,8 +81,19 @@ public:
     /// TimePoint, a date such as "2026-11-25" or "2026-11-25 18:03:57.5 +0100", in UTC without
     /// a zone, where any other text gives no cell. Takes ownership of `field`, also when it
     /// throws; a null one throws std::invalid_argument.
-    template <class T>
+    template <ParsableColumn T>
     void AddField(const std::string& name, IParsableField* field, long long multiplier);
+    /// Does the same with a field whose ownership the signature shows.
+    template <ParsableColumn T>
+    void AddField(const std::string& name, std::unique_ptr<IParsableField> field, long long multiplier = 0) {
+        AddField<T>(name, field.release(), multiplier);
+    }
+    // What the compiler says of any other type.
+    template <class T, class Field>
+    requires(!ParsableColumn<T>) void AddField(const std::string&, Field&&, long long = 0) {
+        static_assert(ParsableColumn<T>,
+                      "A column is of the type std::string, long long, double, bool or TimePoint");
+    }
 
     /// Appends a row for every line that yields a value; lines end at LF, and a CR before it is
     /// white space. White space at the ends of a field is removed, and a field of nothing else

@@ -43,7 +43,7 @@ public:
     /// Returns whether a download may start now. `failed` becomes true when that cannot be found out, and
     /// false otherwise. `result`, which may be null, then says why: code 4 without a provider, 5 when the
     /// first row of the answer has no boolean "WayfarOkay"; without a row it is the provider's own.
-    virtual bool WayfarIsAvailable(bool& failed, InvocationResult* result);
+    [[nodiscard]] virtual bool WayfarIsAvailable(bool& failed, InvocationResult* result);
     /// Downloads one file and returns whether the provider's result code is 0; false as well without a
     /// provider.
     virtual bool Download(const std::string& remoteContentFileUrl, const std::string& localFilePath,

@@ -1,7 +1,10 @@
 #include "quillon/MethodMetadataBuilder.h"
 
 #include <stdexcept>
+#include <string_view>
+#include <typeinfo>
 
+#include "base/TextOrEmpty.h"
 #include "quillon/ServiceLocator.h"
 
 namespace quillon {
@@ -25,6 +28,25 @@ T& StillOwned(const std::unique_ptr<T>& item, const char* mistake) {
 IMethodMetadataBuilder& Given(IMethodMetadataBuilder* builder) {
     if (builder == nullptr) throw std::logic_error("No metadata builder to return to");
     return *builder;
+}
+
+/// Refuses an item without a name, or of a type that no value has: nobody could use it.
+void CheckItem(const char* kind, const char* name, bool isOfKnownType) {
+    const std::string shown(base::TextOrEmpty(name));
+    if (shown.empty()) throw std::invalid_argument(std::string(kind) + " without a name");
+    if (!isOfKnownType)
+        throw std::invalid_argument(
+            std::string(kind) + " '" + shown +
+            "' is of none of the types integer, boolean, float, string, table, datetime");
+}
+
+bool IsKnown(const char* type) { return std::string_view(type) != "unknown"; }
+
+/// A parameter whose type was never set is bound as it is.
+bool IsKnown(const MethodParameter& parameter) {
+    const unsigned long long type = parameter.TypeInfoHashCode();
+    return IsKnown(parameter.Type()) || type == typeid(const DataTable*).hash_code() ||
+           type == typeid(void).hash_code();
 }
 
 constexpr const char* kBuilt = "The method has already been built";
@@ -169,6 +191,7 @@ IMethodParameterBuilder& MethodParameterBuilder::Deprecated(MetadataAgentVersion
 }
 
 IMethodMetadataBuilder& MethodParameterBuilder::BindParameter() {
+    if (m_builder != nullptr) CheckItem("Parameter", m_name, IsKnown(StillOwned(m_parameter, kBound)));
     return Given(m_builder).BindParameter(m_name, m_parameter.release());
 }
 
@@ -221,6 +244,7 @@ IMethodColumnBuilder& MethodColumnBuilder::Deprecated(MetadataAgentVersion versi
 }
 
 IMethodMetadataBuilder& MethodColumnBuilder::BindColumn() {
+    if (m_builder != nullptr) CheckItem("Column", m_name, IsKnown(StillOwned(m_column, kBound).Type()));
     return Given(m_builder).BindColumn(m_name, m_column.release());
 }
 

@@ -1,7 +1,9 @@
 #include "quillon/Module.h"
 
+#include <stdexcept>
 #include <utility>
 
+#include "base/TextOrEmpty.h"
 #include "quillon/ServiceLocator.h"
 
 namespace quillon {
@@ -18,13 +20,11 @@ private:
     std::vector<Method> m_methods;
 };
 
-}  // namespace
-
-IModule::~IModule() = default;
-
-Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
-                  const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run) {
+std::unique_ptr<IMethodMetadata> DescribeMethod(
+    const char* name, IMethodMetadata::MetadataAgentVersion introduced,
+    const std::function<void(IMethodMetadataBuilder&)>& describe) {
     using Record = IMethodMetadata;
+    if (base::TextOrEmpty(name).empty()) throw std::invalid_argument("A method without a name");
     const auto builder = ServiceLocator::GetInstance<IMethodMetadataBuilder>();
     builder->MethodName(name);
     describe(*builder);
@@ -33,7 +33,28 @@ Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introd
                                       {Record::SolarisIntel, Record::No},
                                       {Record::SolarisSparc, Record::No},
                                       {Record::Android, Record::No}});
-    return {std::move(metadata), std::move(run)};
+    return metadata;
+}
+
+}  // namespace
+
+IModule::~IModule() = default;
+
+Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
+                  const std::function<void(IMethodMetadataBuilder&)>& describe, MethodFunction run) {
+    return {DescribeMethod(name, introduced, describe), std::move(run)};
+}
+
+Method MakeMethod(const char* name, IMethodMetadata::MetadataAgentVersion introduced,
+                  const std::function<void(IMethodMetadataBuilder&)>& describe, DescribedMethodFunction run) {
+    Method method{DescribeMethod(name, introduced, describe), {}};
+    if (!run) return method;
+    method.run = [described = method.metadata.get(), run = std::move(run)](const MethodParameters& parameters,
+                                                                           InvocationResult& result) {
+        DescribedBinder binder(parameters, *described);
+        run(binder, result);
+    };
+    return method;
 }
 
 std::unique_ptr<IModule> MakeModule(std::vector<Method> methods) {

@@ -1,28 +1,23 @@
 #include "quillon/ParameterBinder.h"
 
+#include <algorithm>
 #include <exception>
 #include <set>
 #include <string_view>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
+#include <vector>
+
+#include "metadata/ScalarConversion.h"
 
 namespace quillon {
 namespace {
 
-/// The typed getters throw, after an Error entry, when the value has another type.
-void Convert(const Variant& value, std::string& target) { target = value.GetStringValue(); }
-void Convert(const Variant& value, long long& target) { target = value.GetLongLongValue(); }
-void Convert(const Variant& value, bool& target) { target = value.GetBoolValue(); }
-void Convert(const Variant& value, double& target) {
-    target = value.TypeIs(typeid(long long)) ? static_cast<double>(value.GetLongLongValue())
-                                             : value.GetDoubleValue();
-}
-
 template <class T>
 bool TryConvert(const Variant& value, T& target) {
     try {
-        Convert(value, target);
+        metadata::Convert(value, target);
         return true;
     } catch (const std::exception&) {
         return false;
@@ -30,6 +25,25 @@ bool TryConvert(const Variant& value, T& target) {
 }
 
 }  // namespace
+
+/// The faults of a call, each once, until there are as many as are wanted.
+class ParameterBinder::Faults {
+public:
+    explicit Faults(ParameterFaults wanted) : m_wanted(wanted) {}
+
+    bool AreEnough() const { return m_wanted == ParameterFaults::First && !m_text.empty(); }
+    const std::string& Text() const { return m_text; }
+    void Add(const std::string& fault) {
+        if (std::find(m_faults.begin(), m_faults.end(), fault) != m_faults.end()) return;
+        m_text += (m_text.empty() ? "" : "; ") + fault;
+        m_faults.push_back(fault);
+    }
+
+private:
+    ParameterFaults m_wanted;
+    std::vector<std::string> m_faults;
+    std::string m_text;
+};
 
 ParameterBinder::ParameterBinder(const MethodParameters& parameters, bool allowAnonymous, bool allowUndefined)
     : m_allowAnonymous(allowAnonymous), m_allowUndefined(allowUndefined), m_parameters(parameters) {}
@@ -66,13 +80,16 @@ template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&
 template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&,
                                                               std::optional<const DataTable*>&);
 
-bool ParameterBinder::Bind(InvocationResult& result) const {
-    std::string fault = FindBindingFault();
-    if (fault.empty() && !m_allowUndefined) fault = FindUndefinedParameter();
-    if (fault.empty()) fault = FindRepeatedParameter();
-    if (fault.empty()) return true;
+bool ParameterBinder::Bind(InvocationResult& result) const { return Bind(result, ParameterFaults::First); }
+
+bool ParameterBinder::Bind(InvocationResult& result, ParameterFaults wanted) const {
+    Faults faults(wanted);
+    FindBindingFaults(faults);
+    if (!faults.AreEnough() && !m_allowUndefined) FindUndefinedParameters(faults);
+    if (!faults.AreEnough()) FindRepeatedParameters(faults);
+    if (faults.Text().empty()) return true;
     result.resultCode = InvocationResult::kBadParameter;
-    result.errorMessage = fault;
+    result.errorMessage = faults.Text();
     return false;
 }
 
@@ -127,51 +144,47 @@ bool ParameterBinder::GetSuitableTableValueForDemotionToScalar(const std::string
     return true;
 }
 
-/// This and the next two functions return the message of the first failure, or the empty text.
-std::string ParameterBinder::FindBindingFault() const {
+void ParameterBinder::FindBindingFaults(Faults& faults) const {
     for (const auto& [name, bind] : m_bindings) {
+        if (faults.AreEnough()) return;
         switch (bind()) {
             case ParameterBindingResult::Success:
                 break;
             case ParameterBindingResult::WrongType:
-                return "Value is wrong data-type for parameter '" + name + "'";
+                faults.Add("Value is wrong data-type for parameter '" + name + "'");
+                break;
             case ParameterBindingResult::Missing:
-                return "Missing parameter '" + name + "'";
+                faults.Add("Missing parameter '" + name + "'");
+                break;
         }
     }
-    return {};
 }
 
-std::string ParameterBinder::FindUndefinedParameter() const {
-    const auto check = [this](const std::string& name, const char* anonymous) -> std::string {
-        if (name.empty()) return m_allowAnonymous ? std::string() : anonymous;
-        return m_bindings.contains(name) ? std::string() : "Undefined parameter named '" + name + "'";
+void ParameterBinder::FindUndefinedParameters(Faults& faults) const {
+    const auto check = [&](const std::string& name, const char* anonymous) {
+        if (faults.AreEnough()) return;
+        if (name.empty()) {
+            if (!m_allowAnonymous) faults.Add(anonymous);
+        } else if (!m_bindings.contains(name)) {
+            faults.Add("Undefined parameter named '" + name + "'");
+        }
     };
-    for (const Variant& scalar : m_parameters.scalars) {
-        std::string fault = check(scalar.GetName(), "Anonymous parameters are not allowed for this method");
-        if (!fault.empty()) return fault;
-    }
-    for (const auto& [name, table] : m_parameters.tables) {
-        std::string fault = check(name, "Anonymous (table) parameters are not allowed for this method");
-        if (!fault.empty()) return fault;
-    }
-    return {};
+    for (const Variant& scalar : m_parameters.scalars)
+        check(scalar.GetName(), "Anonymous parameters are not allowed for this method");
+    for (const auto& [name, table] : m_parameters.tables)
+        check(name, "Anonymous (table) parameters are not allowed for this method");
 }
 
-std::string ParameterBinder::FindRepeatedParameter() const {
+void ParameterBinder::FindRepeatedParameters(Faults& faults) const {
     std::set<std::string_view> seen;
-    const auto repeated = [&seen](const std::string& name) { return !seen.insert(name).second; };
-    const auto message = [](const std::string& name) {
-        return "Parameter '" + name + "' is specified more than once";
+    const auto check = [&](const std::string& name) {
+        if (!seen.insert(name).second && !faults.AreEnough())
+            faults.Add("Parameter '" + name + "' is specified more than once");
     };
     for (const Variant& scalar : m_parameters.scalars) {
-        const std::string& name = scalar.GetName();
-        if (!name.empty() && repeated(name)) return message(name);
+        if (!scalar.GetName().empty()) check(scalar.GetName());
     }
-    for (const auto& [name, table] : m_parameters.tables) {
-        if (repeated(name)) return message(name);
-    }
-    return {};
+    for (const auto& [name, table] : m_parameters.tables) check(name);
 }
 
 }  // namespace quillon

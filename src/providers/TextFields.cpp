@@ -128,7 +128,7 @@ std::vector<TextColumn> ReadTextRuler(const std::string& heading, const std::str
 
 void AddTextColumns(TextToDataTableParser& parser, const std::vector<TextColumn>& columns) {
     for (const TextColumn& column : columns)
-        parser.AddField<std::string>(column.name, new FixedWidthField(column.width), 0);
+        parser.AddField<std::string>(column.name, std::make_unique<FixedWidthField>(column.width));
 }
 
 }  // namespace quillon

@@ -164,7 +164,7 @@ void TextToDataTableParser::AddColumn(const std::string& name, IParsableField* f
     m_hasOwnFields = m_hasOwnFields || reach == Reach::Own;
 }
 
-template <class T>
+template <ParsableColumn T>
 void TextToDataTableParser::AddField(const std::string& name, IParsableField* field, long long multiplier) {
     constexpr Type kType = std::is_same_v<T, std::string> ? Type::Text
                            : std::is_same_v<T, long long> ? Type::Integer

@@ -227,7 +227,7 @@ TEST_F(FileEncodingWrite, InvalidUtf8ForUtf16ThrowsAndLeavesTheFile) {
         SCOPED_TRACE(testing::PrintToString(text));
         Encoding current = FS::UTF16LENOBOM;
         EXPECT_THROW(FS::WriteUtf16BeFile(path, text), std::range_error);
-        EXPECT_THROW(FS::AppendToFile(path, text, current, FS::NOTSET), std::range_error);
+        EXPECT_THROW(static_cast<void>(FS::AppendToFile(path, text, current, FS::NOTSET)), std::range_error);
         EXPECT_EQ(dir.Read("file"), "kept");
     }
 }

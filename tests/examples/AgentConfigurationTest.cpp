@@ -76,7 +76,7 @@ TEST(AgentConfiguration, NamesEveryFaultWithItsKeyAndLine) {
         {"{\"switches[].host\": \"h\"}", {"line 1: 'switches[].host' is no setting"}},
         {"{\"switches[]\": {}}", {"line 1: 'switches[]' is no setting"}},
         {"{\"modules.*.*\": \"\", \"\\u001b[2J\": 1}",
-         {"line 1: 'modules.*.*' is no setting", "line 1: '?[2J' is no setting"}},
+         {"line 1: 'modules.*.*' is no setting", "line 1: '\\x1B[2J' is no setting"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.document);

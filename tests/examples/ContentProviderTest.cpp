@@ -121,7 +121,7 @@ TEST_F(ContentTest, AListWithOneBadEntryIsRefusedWhole) {
     const std::string good = Line("a", "alpha");
     const std::pair<std::string, std::string> cases[] = {
         {Line("..\\evil", "x"), "its file '..\\evil' has a component"},
-        {Line("a\x1B[2J", "x"), "its file 'a?[2J' has a character"},
+        {Line("a\x1B[2J", "x"), "its file 'a\\x1B[2J' has a character"},
         {Line("A", "alpha"), "its file 'A' is there twice"},
         {"\"b\" ln=1 dt=0 CRC=12345678\n", "its file 'b' has no SHA-256"},
         {"\"b\" ln=1 dt=0\n", "has no SHA-256"},

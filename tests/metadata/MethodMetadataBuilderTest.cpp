@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 
+#include "quillon/Module.h"
 #include "quillon/ServiceLocator.h"
 #include "support/RecordingLogger.h"
 
@@ -127,6 +128,30 @@ TEST_F(MethodMetadataBuilding, MissingRecyclerLosesTheBuilderButNotTheProcess) {
     }
     EXPECT_EQ(m_living, 1);
     recycler(lost);
+}
+
+TEST_F(MethodMetadataBuilding, ItemsWithoutANameOrOfAnUnknownTypeAreRefused) {
+    const auto refusal = [](const auto& bind) -> std::string {
+        try {
+            bind();
+        } catch (const std::invalid_argument& error) {
+            return error.what();
+        }
+        return "bound";
+    };
+    const std::string types = "' is of none of the types integer, boolean, float, string, table, datetime";
+    MethodMetadataBuilder builder;
+    EXPECT_EQ(refusal([&] { builder.CreateColumn("C", typeid(int), false).BindColumn(); }),
+              "Column 'C" + types);
+    EXPECT_EQ(refusal([&] { builder.CreateParameter("P", typeid(float)).BindParameter(); }),
+              "Parameter 'P" + types);
+    EXPECT_EQ(refusal([&] { builder.CreateColumn("", typeid(bool), false).BindColumn(); }),
+              "Column without a name");
+    EXPECT_EQ(refusal([&] { builder.CreateParameter(nullptr, typeid(bool)).BindParameter(); }),
+              "Parameter without a name");
+    EXPECT_EQ(refusal([&] { builder.CreateColumn("C", typeid(TimePoint), false).BindColumn(); }), "bound");
+    EXPECT_EQ(refusal([] { static_cast<void>(MakeMethod("", M::V5_0, {}, MethodFunction())); }),
+              "A method without a name");
 }
 
 }  // namespace

@@ -156,5 +156,26 @@ TEST_F(ParameterBinding, RepetitionIsAlwaysRefused) {
     EXPECT_TRUE(binder.Bind(result) && later == "x" && former == "untouched");
 }
 
+TEST_F(ParameterBinding, NamesAllFaultsWhenTheyAreWanted) {
+    const DataTable anonymous;
+    m_call.scalars = VariantList(Variant("X", 1), Variant("F", "text"), Variant("X", 2), Variant("X", 3));
+    m_call.scalars.Add("", 1);
+    m_call.tables = {{"", &anonymous}};
+    ParameterBinder binder(m_call, false, false);
+    binder.AddMandatoryBinding("I", m_integer);
+    binder.AddOptionalBinding("F", m_flag);
+    InvocationResult result;
+    EXPECT_FALSE(binder.Bind(result, ParameterFaults::All));
+    EXPECT_EQ(result.resultCode, 2);
+    EXPECT_EQ(
+        result.errorMessage,
+        "Value is wrong data-type for parameter 'F'; Missing parameter 'I'; Undefined parameter named 'X'; "
+        "Anonymous parameters are not allowed for this method; "
+        "Anonymous (table) parameters are not allowed for this method; "
+        "Parameter 'X' is specified more than once");
+    EXPECT_FALSE(binder.Bind(result));
+    EXPECT_EQ(result.errorMessage, "Value is wrong data-type for parameter 'F'");
+}
+
 }  // namespace
 }  // namespace quillon

@@ -1,147 +1,92 @@
 #include "cli/CommandLine.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <optional>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
-#include "quillon/StringUtils.h"
+#include "cli/AgentApp.h"
+#include "cli/Completion.h"
+#include "cli/ManualPage.h"
+#include "common/ShownText.h"
+#include "common/Suggestion.h"
+#include "quillon/LogText.h"
 
 namespace quillon::agent {
 
 namespace {
 
 constexpr int kBadCommandLine = 2;
+constexpr const char* kMoreInformation = "Run with --help for more information.\n";
 
-const char* const kExitCodes =
-    "Exit codes of 'run' are the invocation's result codes: 0 success; 2 a bad call, also an\n"
-    "unknown method or a malformed command line; 3 a failed, timed-out or aborted command;\n"
-    "6 a content list that is of no use, 7 content that is not as listed.\n"
-    "1 means that the agent itself failed.";
-
-template <class T>
-using Choices = std::vector<std::pair<std::string, T>>;
-
-const Choices<ListFormat> kListFormats = {
-    {"text", ListFormat::Text}, {"json", ListFormat::Json}, {"markdown", ListFormat::Markdown}};
-const Choices<Format> kTableFormats = {{"text", Format::Text}, {"json", Format::Json}, {"csv", Format::Csv}};
-const Choices<ICLogger::Level> kLevels = {
-    {"trace", ICLogger::Level::Trace}, {"debug", ICLogger::Level::Debug}, {"info", ICLogger::Level::Info},
-    {"warn", ICLogger::Level::Warn},   {"error", ICLogger::Level::Error}, {"fatal", ICLogger::Level::Fatal}};
-const Choices<LogFormat> kLogFormats = {{"text", LogFormat::Text}, {"json", LogFormat::Json}};
-const Choices<SystemLog> kSystemLogs = {{"journal", SystemLog::Journal}, {"eventlog", SystemLog::EventLog}};
-
-std::string CheckArgument(const std::string& argument) {
-    if (argument.find('=') != std::string::npos) return {};
-    return "'" + argument + "' is not of the form name=value";
-}
-
-std::string CheckFileName(const std::string& name) { return name.empty() ? "a file name is needed" : ""; }
-
-std::string CheckDirectory(const std::string& name) { return name.empty() ? "a directory is needed" : ""; }
-
-/// Adds an option whose value is one of the choices' names, in any case.
-template <class T, class Target>
-void AddChoice(CLI::App& app, const std::string& option, Target& target, const Choices<T>& choices,
-               const std::string& text) {
-    const auto choose = [&target, &choices](const std::string& given) {
-        for (const auto& [name, value] : choices) {
-            if (StringUtils::CompareCaseInsensitive(name, given)) target = value;
-        }
-    };
-    std::string names;
-    for (const auto& choice : choices) names += (names.empty() ? "" : "|") + choice.first;
-    app.add_option_function<std::string>(option, choose, text)
-        ->check(CLI::IsMember(choices, CLI::ignore_case).description(""))
-        ->type_name(names);
-}
-
-void AddModuleOptions(CLI::App& app, HostOptions& options) {
-    app.add_option("--config", options.configuration, "Settings of the agent, a JSON file")
-        ->check(CheckFileName)
-        ->type_name("FILE");
-    app.add_option("--modules", options.modules, "Load modules from this directory, not the configuration's")
-        ->check(CheckDirectory)
-        ->type_name("FOLDER");
-}
-
-void AddHostOptions(CLI::App& app, HostOptions& options) {
-    app.add_option("--log", options.log.file, "Log to this file, and to standard error")
-        ->check(CheckFileName)
-        ->type_name("FILE");
-    AddChoice(app, "--log-format", options.log.format, kLogFormats, "Form of its lines (default text)");
-    AddChoice(app, "--log-to", options.log.systemLog, kSystemLogs, "Log to this log of the system as well");
-    AddChoice(app, "--level", options.log.level, kLevels,
-              "Lowest level to log (default: the configuration's; info with --log, else warn)");
-    AddModuleOptions(app, options);
-    app.add_option("--data", options.data, "Keep the databases below this directory, not the agent's own")
-        ->type_name("FOLDER");
-}
-
-CLI::App* AddRun(CLI::App& app, RunCommand& command) {
-    CLI::App* const run =
-        app.add_subcommand("run", "Runs a method and prints the table that it answers with");
-    run->add_option("method", command.method, "Module.Method")->required();
-    run->add_option("arguments", command.arguments, "Parameters of the method")
-        ->check(CheckArgument)
-        ->type_name("name=value");
-    AddChoice(*run, "--format", command.format, kTableFormats, "Form of the table (default text)");
-    AddHostOptions(*run, command.host);
-    return run;
-}
-
-CLI::App* AddMethods(CLI::App& app, MethodsCommand& command) {
-    CLI::App* const methods =
-        app.add_subcommand("methods", "Lists every method with its parameters and columns");
-    AddChoice(*methods, "--format", command.format, kListFormats, "Form of the list (default text)");
-    AddModuleOptions(*methods, command.host);
-    return methods;
-}
-
-CLI::App* AddServe(CLI::App& app, ServeCommand& command) {
-    CLI::App* const serve =
-        app.add_subcommand("serve", "Answers requests, a JSON object a line, until it is asked to end");
-    serve
-        ->add_option("--listen", command.settings.address,
-                     "Unix socket (Windows: name of a pipe) for clients of this account; without it standard "
-                     "input and output")
-        ->check(CheckFileName)
-        ->type_name("ADDRESS");
-    serve->add_option("--parallel", command.settings.parallel, "How many calls run at once (default 8)")
-        ->check(CLI::Range(1, 256))
-        ->type_name("NUMBER");
-    AddHostOptions(*serve, command.host);
-    return serve;
-}
+UsageMessage Refusal(const std::string& fault) { return {kBadCommandLine, fault + '\n' + kMoreInformation}; }
 
 UsageMessage ToMessage(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream text;
     const int code = app.exit(error, text, text);
-    return {code == 0 ? 0 : kBadCommandLine, text.str()};
+    return code == 0 ? UsageMessage{0, text.str()} : Refusal(LogText::OneLine(error.what()));
+}
+
+bool IsOption(const std::string& argument) {
+    return argument.size() > 1 && argument[0] == '-' && argument != "--" &&
+           (argument[1] < '0' || argument[1] > '9');
+}
+
+/// The library names such words only as "not expected", if at all.
+std::optional<UsageMessage> FindUnknownWord(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const auto refuse = [](const char* kind, const std::string& word, const std::vector<std::string>& names) {
+        return Refusal("Unknown " + std::string(kind) + " '" + ShownText(word) + '\'' +
+                       Suggestion(word, names));
+    };
+    const CLI::App* scope = &app;
+    for (const std::string& argument : arguments) {
+        if (argument == "--") break;
+        if (IsOption(argument)) {
+            const std::string name = argument.substr(0, argument.find('='));
+            const auto names = OptionNames(*scope);
+            if (std::find(names.begin(), names.end(), name) == names.end())
+                return refuse("option", name, names);
+        } else if (scope == &app) {
+            scope = FindSubCommand(app, argument);
+            if (scope == nullptr) return refuse("sub-command", argument, SubCommandNames(app));
+        }
+    }
+    return std::nullopt;
+}
+
+/// "completion words WORD ..."
+bool AsksForWords(const std::vector<std::string>& arguments) {
+    return arguments.size() >= 2 && arguments[0] == "completion" && arguments[1] == "words";
+}
+
+CommandLine Parsed(AgentApp& agent, const std::vector<std::string>& arguments) {
+    const std::string name = agent.app.get_subcommands().front()->get_name();
+    if (name == "run") return std::move(agent.run);
+    if (name == "methods") return std::move(agent.methods);
+    if (name == "serve") return std::move(agent.serve);
+    if (name == "completion") return UsageMessage{0, CompletionScript(agent.shell)};
+    if (name == "manual") return UsageMessage{0, ManualPage(agent.app)};
+    auto& options = agent.service.options;
+    options.assign(arguments.begin() + 1, arguments.end());
+    const auto action = std::find(options.begin(), options.end(), "install");
+    if (action != options.end()) options.erase(action);
+    return std::move(agent.service);
 }
 
 }  // namespace
 
-CommandLine ParseCommandLine(std::vector<std::string> arguments) {
-    CLI::App app("Runs methods of the agent's modules, without an agent.", "quillon-agent");
-    app.footer(kExitCodes);
-    app.require_subcommand(1);
-    app.allow_windows_style_options(false);
-    RunCommand runCommand;
-    MethodsCommand methodsCommand;
-    ServeCommand serveCommand;
-    const CLI::App* const run = AddRun(app, runCommand);
-    const CLI::App* const methods = AddMethods(app, methodsCommand);
-    AddServe(app, serveCommand);
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+    if (AsksForWords(arguments)) return CompletionCommand{{arguments.begin() + 2, arguments.end()}};
+    AgentApp agent;
+    if (auto message = FindUnknownWord(agent.app, arguments)) return std::move(*message);
     try {
-        std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
-        app.parse(std::move(arguments));
+        agent.app.parse(
+            std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // as CLI11 takes them
+        return Parsed(agent, arguments);
     } catch (const CLI::ParseError& error) {
-        return ToMessage(app, error);
+        return ToMessage(agent.app, error);
     }
-    if (run->parsed()) return runCommand;
-    if (methods->parsed()) return methodsCommand;
-    return serveCommand;
 }
 
 }  // namespace quillon::agent

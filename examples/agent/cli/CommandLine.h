@@ -30,6 +30,7 @@ struct RunCommand {
 /// "quillon-agent methods ..."
 struct MethodsCommand {
     HostOptions host;
+    std::string prefix;  ///< of the methods that are wanted; a whole name is one as well
     ListFormat format = ListFormat::Text;
 };
 
@@ -39,6 +40,20 @@ struct ServeCommand {
     ServeSettings settings;
 };
 
+/// "quillon-agent completion ...": what could stand for the last word of a command line.
+struct CompletionCommand {
+    std::vector<std::string> words;  ///< after the program's name
+};
+
+/// "quillon-agent service ...", on Windows
+struct ServiceCommand {
+    enum class Action { Install, Remove, Run };
+
+    Action action = Action::Run;
+    ServeCommand serve;
+    std::vector<std::string> options;  ///< those of serve, as they were given
+};
+
 /// Holds a text to print in place of a command: help that was asked for (code 0), or the fault of the
 /// command line (code 2, as for any bad call).
 struct UsageMessage {
@@ -46,9 +61,10 @@ struct UsageMessage {
     std::string text;
 };
 
-using CommandLine = std::variant<RunCommand, MethodsCommand, ServeCommand, UsageMessage>;
+using CommandLine =
+    std::variant<RunCommand, MethodsCommand, ServeCommand, ServiceCommand, CompletionCommand, UsageMessage>;
 
 /// `arguments` are those after the program's name.
-CommandLine ParseCommandLine(std::vector<std::string> arguments);
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace quillon::agent

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
 #include "quillon/MetadataExport.h"
@@ -14,10 +15,17 @@ namespace {
 constexpr std::size_t kNameWidth = 20;
 constexpr std::size_t kKindWidth = 26;
 constexpr std::size_t kLineWidth = 100;
+constexpr std::size_t kLeastWidth = 40;
 
 std::string Padded(std::string text, std::size_t width) {
     text.resize(std::max(width, text.size() + 1), ' ');
     return text;
+}
+
+/// Of the lines of text, set once for a list.
+std::size_t& LineWidth() {
+    thread_local std::size_t width = kLineWidth;
+    return width;
 }
 
 /// Broken at blanks into lines that begin with the indent.
@@ -25,7 +33,7 @@ std::string Wrapped(const std::string& indent, const std::string& text) {
     std::istringstream words(text);
     std::string lines, line;
     for (std::string word; words >> word; line += ' ' + word) {
-        if (line.empty() || indent.size() + line.size() + word.size() <= kLineWidth) continue;
+        if (line.empty() || indent.size() + line.size() + word.size() <= LineWidth()) continue;
         lines += indent + line.substr(1) + '\n';
         line.clear();
     }
@@ -112,13 +120,15 @@ std::string ToText(const IMethodMetadataReader& method) {
            (example.empty() ? "" : "  Example:\n    " + example + '\n');
 }
 
-/// Each documented method in a form, with `separator` between them.
+/// Each documented method whose name begins so in a form, with `separator` between them.
 template <class Form>
-std::string Documented(const ModuleList& modules, const char* separator, const Form& form) {
+std::string Documented(const ModuleList& modules, const std::string& prefix, const char* separator,
+                       const Form& form) {
     std::string text;
     for (const auto& module : modules) {
         for (const Method& method : module->GetMethods()) {
             if (method.metadata->IsUndocumented()) continue;
+            if (!std::string_view(method.metadata->MethodName()).starts_with(prefix)) continue;
             if (!text.empty()) text += separator;
             text += form(*method.metadata);
         }
@@ -128,17 +138,19 @@ std::string Documented(const ModuleList& modules, const char* separator, const F
 
 }  // namespace
 
-std::string DescribeMethods(const ModuleList& modules, ListFormat format) {
+std::string DescribeMethods(const ModuleList& modules, const std::string& prefix, ListFormat format,
+                            std::size_t width) {
     const auto toJson = [](const IMethodMetadataReader& method) { return ToJson(method); };
     switch (format) {
         case ListFormat::Json:
-            return '[' + Documented(modules, ",\n", toJson) + "]\n";
+            return '[' + Documented(modules, prefix, ",\n", toJson) + "]\n";
         case ListFormat::Markdown:
-            return "# Methods of the reference agent\n\n" + Documented(modules, "\n", &ToMarkdown);
+            return "# Methods of the reference agent\n\n" + Documented(modules, prefix, "\n", &ToMarkdown);
         case ListFormat::Text:
             break;
     }
-    return Documented(modules, "\n", &ToText);
+    LineWidth() = width == 0 ? kLineWidth : std::clamp(width, kLeastWidth, kLineWidth);
+    return Documented(modules, prefix, "\n", &ToText);
 }
 
 }  // namespace quillon::agent

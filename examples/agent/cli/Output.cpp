@@ -5,6 +5,8 @@
 #include <streambuf>
 #include <system_error>
 
+#include "cli/OpenMetrics.h"
+#include "cli/TableText.h"
 #include "quillon/DataTableIO.h"
 #include "system/Console.h"
 
@@ -30,8 +32,21 @@ private:
     std::FILE* m_file;
 };
 
-void WriteAs(std::ostream& stream, const DataTable& table, Format format, std::size_t width) {
+void WriteAs(std::ostream& stream, const DataTable& table, Format format, std::size_t width,
+             const std::string& method) {
     switch (format) {
+        case Format::JsonLines:
+            WriteJsonLines(stream, table);
+            break;
+        case Format::Line:
+            WriteLines(stream, table);
+            break;
+        case Format::Markdown:
+            WriteMarkdown(stream, table);
+            break;
+        case Format::OpenMetrics:
+            WriteOpenMetrics(stream, table, method);
+            break;
         case Format::Json:
             WriteJson(stream, table);
             stream << '\n';
@@ -60,11 +75,13 @@ void Output::Write(const std::string& text) {
     if (!isWritten || std::fflush(m_stream.get()) != 0) ThrowErrno("Cannot write the result");
 }
 
-void Output::Write(const DataTable& table, Format format) {
-    if (table.IsUndefined()) return;
+std::size_t Output::Width() const { return TerminalWidth(m_stream.get()); }
+
+void Output::Write(const DataTable& table, Format format, const std::string& method) {
+    if (table.IsUndefined() && format != Format::OpenMetrics) return;
     FileBuffer buffer(m_stream.get());
     std::ostream stream(&buffer);
-    WriteAs(stream, table, format, TerminalWidth(m_stream.get()));
+    WriteAs(stream, table, format, Width(), method);
     if (!stream || std::fflush(m_stream.get()) != 0) ThrowErrno("Cannot write the result");
 }
 

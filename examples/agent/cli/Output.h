@@ -8,7 +8,7 @@
 
 namespace quillon::agent {
 
-enum class Format { Text, Json, Csv };
+enum class Format { Text, Json, JsonLines, Csv, Line, Markdown, OpenMetrics };
 
 /// The process's standard output, kept for results.
 ///
@@ -25,7 +25,10 @@ public:
     void Write(const std::string& text);
     /// Writes a table row by row, with a line end at its end; nothing for an undefined table. A text for
     /// a terminal is cut to its width.
-    void Write(const DataTable& table, Format format);
+    /// Metrics are named after the method.
+    void Write(const DataTable& table, Format format, const std::string& method);
+    /// Returns how many characters a line of the terminal has; 0 when it is none.
+    std::size_t Width() const;
 
 private:
     struct Closer {

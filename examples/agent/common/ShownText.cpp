@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "quillon/LogText.h"
+
 namespace quillon::agent {
 
 namespace {
@@ -19,10 +21,7 @@ std::string ShownText(const std::string& text) {
         while (end > 0 && IsInsideCharacter(text[end])) --end;
         shown = text.substr(0, end) + "...";
     }
-    for (char& c : shown) {
-        if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = '?';
-    }
-    return shown;
+    return LogText::OneLine(shown);
 }
 
 }  // namespace quillon::agent

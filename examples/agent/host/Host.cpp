@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "common/ShownText.h"
+#include "common/Suggestion.h"
 #include "host/ModuleLoader.h"
 #include "modules/Arguments.h"
 #include "quillon/LogText.h"
@@ -30,6 +31,18 @@ InvocationResult Thrown(const std::string& method, const std::string& what) {
     ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", LogText::OneLine(method).c_str(),
                                            LogText::OneLine(what).c_str());
     return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + what);
+}
+
+/// Adds the described name that an undefined parameter resembles.
+void Hint(const IMethodMetadataReader& method, InvocationResult& result) {
+    const std::string kUndefined = "Undefined parameter named '";
+    const std::size_t found = result.errorMessage.find(kUndefined);
+    if (result.resultCode != InvocationResult::kBadParameter || found == std::string::npos) return;
+    const std::size_t begin = found + kUndefined.size();
+    const std::string name = result.errorMessage.substr(begin, result.errorMessage.find('\'', begin) - begin);
+    std::vector<std::string> names;
+    method.VisitParameter([&names](const char* described, const auto&) { names.emplace_back(described); });
+    result.errorMessage += Suggestion(name, names);
 }
 
 /// A builder describes one item: each is made afresh.
@@ -86,17 +99,29 @@ InvocationResult Host::Run(const std::string& method, const std::vector<std::str
 InvocationResult Host::Run(const std::string& method, const ParameterReader& read) const {
     const Method* const found = FindMethod(method);
     if (found == nullptr)
-        return Failure(InvocationResult::kBadParameter, "Unknown method '" + ShownText(method) + "'");
+        return Failure(InvocationResult::kBadParameter,
+                       "Unknown method '" + ShownText(method) + "'" + Suggestion(method, MethodNames()));
     try {
         InvocationResult result;
         const MethodParameters* const parameters = read(*found->metadata, result);
         if (parameters != nullptr) found->run(*parameters, result);
+        Hint(*found->metadata, result);
         return result;
     } catch (const std::exception& error) {
         return Thrown(method, error.what());
     } catch (...) {
         return Thrown(method, "something that is no std::exception");
     }
+}
+
+std::vector<std::string> Host::MethodNames() const {
+    std::vector<std::string> names;
+    for (const auto& module : m_modules) {
+        for (const Method& method : module->GetMethods()) {
+            if (!method.metadata->IsUndocumented()) names.emplace_back(method.metadata->MethodName());
+        }
+    }
+    return names;
 }
 
 const Method* Host::FindMethod(const std::string& fullName) const {

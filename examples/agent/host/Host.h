@@ -35,6 +35,9 @@ public:
     static std::string DefaultDatabaseFolder();
 
     const ModuleList& GetModules() const { return m_modules; }
+    /// Returns the names of the documented methods, and the method of a name or null.
+    std::vector<std::string> MethodNames() const;
+    const Method* FindMethod(const std::string& fullName) const;
 
     /// Runs "Module.Method" with "name=value" texts. An unknown method and a value that
     /// is not of its parameter's type give code 2, like any other bad call; a method
@@ -49,8 +52,6 @@ public:
     InvocationResult Run(const std::string& method, const ParameterReader& read) const;
 
 private:
-    const Method* FindMethod(const std::string& fullName) const;
-
     DeviceInformation m_deviceInformation;
     AgentConfiguration m_configuration;
     ShutdownMonitor m_shutdownMonitor;

@@ -4,9 +4,12 @@
 #include <charconv>
 #include <map>
 #include <optional>
+#include <set>
 #include <string_view>
 
+#include "common/ShownText.h"
 #include "quillon/DateTimeUtils.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/MethodMetadata.h"
 #include "quillon/StringUtils.h"
 
@@ -16,18 +19,26 @@ namespace {
 
 using Types = std::map<std::string, std::string, std::less<>>;
 
+/// What became of a text: a value, or none and whether the text is one that is too large.
+struct Read {
+    std::optional<Variant> value;
+    bool isOutOfRange = false;
+};
+
 template <class Number>
-std::optional<Variant> ToNumber(const std::string& name, const std::string& text) {
+Read ToNumber(const std::string& name, const std::string& text) {
     Number number{};
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end ? std::optional(Variant(name, number)) : std::nullopt;
+    if (stop != end || error == std::errc::invalid_argument) return {};
+    if (error == std::errc::result_out_of_range) return {std::nullopt, true};
+    return {Variant(name, number)};
 }
 
-std::optional<Variant> ToBoolean(const std::string& name, const std::string& text) {
-    if (text == "1" || StringUtils::CompareCaseInsensitive(text, "true")) return Variant(name, true);
-    if (text == "0" || StringUtils::CompareCaseInsensitive(text, "false")) return Variant(name, false);
-    return std::nullopt;
+Read ToBoolean(const std::string& name, const std::string& text) {
+    if (text == "1" || StringUtils::CompareCaseInsensitive(text, "true")) return {Variant(name, true)};
+    if (text == "0" || StringUtils::CompareCaseInsensitive(text, "false")) return {Variant(name, false)};
+    return {};
 }
 
 /// Whether `text` is the pattern with any digits for its zeros.
@@ -37,40 +48,44 @@ bool Resembles(std::string_view text, std::string_view pattern) {
     });
 }
 
+/// No clock differs from UTC by more than 14 hours.
 bool IsZone(std::string_view text) {
-    return text.empty() || text == "Z" || Resembles(text, "+00:00") || Resembles(text, "-00:00");
+    if (text.empty() || text == "Z") return true;
+    if (!Resembles(text, "+00:00") && !Resembles(text, "-00:00")) return false;
+    const std::string_view hours = text.substr(1, 2), minutes = text.substr(4);
+    return minutes < "60" && (hours < "14" || (hours == "14" && minutes == "00"));
 }
 
 /// The library's own reading is lenient: it lets a 31st of February count on, and
 /// takes no notice of text that follows.
-std::optional<Variant> ToDateTime(const std::string& name, const std::string& text) {
+Read ToDateTime(const std::string& name, const std::string& text) {
     constexpr std::string_view kSeconds = "0000-00-00T00:00:00", kFraction = ".000";
     const std::string local = text.substr(0, kSeconds.size());
     std::string_view rest = std::string_view(text).substr(local.size());
     if (Resembles(rest.substr(0, kFraction.size()), kFraction)) rest.remove_prefix(kFraction.size());
-    if (!Resembles(local, kSeconds) || !IsZone(rest)) return std::nullopt;
+    if (!Resembles(local, kSeconds) || !IsZone(rest)) return {};
     const TimePoint asUtc = DateTimeUtils::JsonDateTimeToTimePoint(local);
-    if (!DateTimeUtils::FormatTimeAsISO8601(asUtc).starts_with(local)) return std::nullopt;
-    return Variant(name, DateTimeUtils::JsonDateTimeToTimePoint(text));
+    if (!DateTimeUtils::FormatTimeAsISO8601(asUtc).starts_with(local)) return {};
+    return {Variant(name, DateTimeUtils::JsonDateTimeToTimePoint(text))};
 }
 
-std::optional<Variant> ToText(const std::string& name, const std::string& text) {
-    return Variant(name, text);
-}
+Read ToText(const std::string& name, const std::string& text) { return {Variant(name, text)}; }
 
-std::optional<Variant> ToNothing(const std::string&, const std::string&) { return std::nullopt; }
+Read ToNothing(const std::string&, const std::string&) { return {}; }
 
 /// How values of a declared type are read, and what the message calls it.
 struct Reading {
     const char* type;
-    std::optional<Variant> (*read)(const std::string& name, const std::string& text);
+    Read (*read)(const std::string& name, const std::string& text);
     const char* expected;
+    const char* range = "";  ///< what is expected of one that is too large
 };
 
 const Reading& ReadingOf(std::string_view type) {
     static const Reading readings[] = {
-        {"integer", &ToNumber<long long>, "an integer"},
-        {"float", &ToNumber<double>, "a number"},
+        {"integer", &ToNumber<long long>, "an integer",
+         "between -9223372036854775808 and 9223372036854775807"},
+        {"float", &ToNumber<double>, "a number", "within the range of a double"},
         {"boolean", &ToBoolean, "true, false, 1 or 0"},
         {"datetime", &ToDateTime, "a date and time such as 2026-01-31T18:30:00Z"},
         {"table", &ToNothing, "a table, which the command line cannot give"},
@@ -89,33 +104,60 @@ Types DeclaredTypes(const IMethodMetadataReader& method) {
     return types;
 }
 
-bool Refuse(const std::string& name, const std::string& text, const char* expected,
-            InvocationResult& result) {
-    result.resultCode = InvocationResult::kBadParameter;
-    result.errorMessage = "Parameter '" + name + "' must be " + expected + ", not '" + text + "'";
-    return false;
-}
+/// Gathers what is wrong with the arguments of a call.
+class Faults {
+public:
+    void Add(const std::string& name, const std::string& text, const Reading& reading, bool isOutOfRange) {
+        Join("Parameter '" + ShownText(name) + "' must be " +
+             (isOutOfRange ? reading.range : reading.expected) + ", not '" + ShownText(text) + "'");
+        m_names.insert(name);
+    }
+    /// What the description says of the call besides. `text` is as the binder joins it.
+    void AddOthers(std::string_view text) {
+        constexpr std::string_view kSeparator = "; ", kWrongType = "Value is wrong data-type for parameter '";
+        while (!text.empty()) {
+            const std::string_view fault = text.substr(0, text.find(kSeparator));
+            text.remove_prefix(std::min(fault.size() + kSeparator.size(), text.size()));
+            const bool isToldAlready = fault.starts_with(kWrongType) &&
+                                       m_names.contains(std::string(fault.substr(
+                                           kWrongType.size(), fault.size() - kWrongType.size() - 1)));
+            if (!isToldAlready) Join(std::string(fault));
+        }
+    }
+    const std::string& Text() const { return m_text; }
+
+private:
+    void Join(const std::string& fault) { m_text += (m_text.empty() ? "" : "; ") + fault; }
+
+    std::set<std::string> m_names;
+    std::string m_text;
+};
 
 }  // namespace
 
 bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMetadataReader& method,
                     MethodParameters& parameters, InvocationResult& result) {
     const Types types = DeclaredTypes(method);
+    Faults faults;
     for (const std::string& argument : arguments) {
         const std::size_t equals = argument.find('=');
         const std::string name = argument.substr(0, equals);
         const std::string text = argument.substr(equals + 1);
         const auto declared = types.find(name);
         const Reading& reading = ReadingOf(declared == types.end() ? "string" : declared->second);
-        std::optional<Variant> value = reading.read(name, text);
-        if (!value) return Refuse(name, text, reading.expected, result);
-        parameters.scalars.Add(std::move(*value));
+        Read read = reading.read(name, text);
+        if (!read.value) faults.Add(name, text, reading, read.isOutOfRange);
+        parameters.scalars.Add(read.value ? std::move(*read.value) : Variant(name, text));
     }
-    return true;
+    if (faults.Text().empty()) return true;
+    faults.AddOthers(DescribedBinder::FindFaults(parameters, method));
+    result.resultCode = InvocationResult::kBadParameter;
+    result.errorMessage = faults.Text();
+    return false;
 }
 
 std::optional<Variant> ReadValue(const std::string& name, std::string_view type, const std::string& text) {
-    return ReadingOf(type).read(name, text);
+    return ReadingOf(type).read(name, text).value;
 }
 
 }  // namespace quillon::agent

@@ -3,8 +3,8 @@
 #include "modules/Describe.h"
 #include "modules/Waiting.h"
 #include "quillon/AuditHolder.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/MethodParameterValidation.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "sql/DatabaseFolder.h"
@@ -16,12 +16,11 @@ namespace {
 constexpr long long kDefaultSeconds = 10;
 constexpr const char* kRecord = "audit-record";
 
-void Hold(const MethodParameters& parameters, InvocationResult& result) {
+void Hold(DescribedBinder& binder, InvocationResult& result) {
     std::string text;
-    long long seconds = kDefaultSeconds;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("subcategory", text);
-    binder.AddOptionalBinding("seconds", seconds);
+    long long seconds = 0;
+    binder.Add("subcategory", text);
+    binder.Add("seconds", seconds);
     if (!binder.Bind(result) ||
         !MethodParameterValidation::InRange("seconds", seconds, 0, kLongestWait, result))
         return;

@@ -7,10 +7,10 @@
 #include "quillon/Certificate.h"
 #include "quillon/CertificateChain.h"
 #include "quillon/CertificateUtils.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
@@ -121,14 +121,13 @@ bool ReadStore(const std::string& of, const std::string& store, Certificates& ce
                                   StringUtils::NarrowStringToWide(of) + L'\\' + name, certificates);
 }
 
-void List(const MethodParameters& parameters, InvocationResult& result) {
+void List(DescribedBinder& binder, InvocationResult& result) {
     std::string folder;
     std::string store;
     std::string of;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddOptionalBinding("folder", folder);
-    binder.AddOptionalBinding("store", store);
-    binder.AddOptionalBinding("of", of);
+    binder.Add("folder", folder);
+    binder.Add("store", store);
+    binder.Add("of", of);
     if (!binder.Bind(result)) return;
     if (folder.empty() == store.empty()) {
         RefuseParameter("Give either 'folder' or 'store'", result);
@@ -184,17 +183,16 @@ bool ReadRequired(const std::string& path, Certificates& certificates, Invocatio
                 result);
 }
 
-void Check(const MethodParameters& parameters, InvocationResult& result) {
+void Check(DescribedBinder& binder, InvocationResult& result) {
     std::string file;
     std::string roots;
     CertificateChainOptions options;
     bool soft = false;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("file", file);
-    binder.AddOptionalBinding("roots", roots);
-    binder.AddOptionalBinding("usage", options.usage);
-    binder.AddOptionalBinding("revocation", options.checksRevocation);
-    binder.AddOptionalBinding("soft", soft);
+    binder.Add("file", file);
+    binder.Add("roots", roots);
+    binder.Add("usage", options.usage);
+    binder.Add("revocation", options.checksRevocation);
+    binder.Add("soft", soft);
     Certificates certificates;
     Certificates trusted;
     if (!binder.Bind(result) || !ReadRequired(file, certificates, result) ||

@@ -42,6 +42,7 @@ std::shared_ptr<ProcessUtils::CmdProperties> ToProperties(const CommandCall& cal
 /// The reason for a run that has no special code.
 std::string FailureText(const ProcessUtils::CmdProperties& properties) {
     if (properties.processId == 0) return "Could not run command '" + properties.command + "'";
+    if (properties.resultCode == ProcessUtils::kOutputLost) return "Not all of the output could be kept";
     return "Command ended with exit code " + std::to_string(properties.resultCode);
 }
 
@@ -127,15 +128,11 @@ void DescribeLayout(IMethodMetadataBuilder& builder) {
         .BindParameter();
 }
 
-void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional) {
-    if (isOptional) {
-        binder.AddOptionalBinding("command", call.command);
-    } else {
-        binder.AddMandatoryBinding("command", call.command);
-    }
-    binder.AddOptionalBinding("timeout", call.timeout);
-    binder.AddOptionalBinding("workingDirectory", call.workingDirectory);
-    binder.AddOptionalBinding("maxOutput", call.maxOutput);
+void AddBindings(DescribedBinder& binder, CommandCall& call) {
+    binder.Add("command", call.command);
+    binder.Add("timeout", call.timeout);
+    binder.Add("workingDirectory", call.workingDirectory);
+    binder.Add("maxOutput", call.maxOutput);
 }
 
 bool RunCommand(const CommandCall& call, bool lines, InvocationResult& result) {

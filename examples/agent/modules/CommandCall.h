@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "quillon/DescribedBinder.h"
 #include "quillon/IMethodMetadataBuilder.h"
 #include "quillon/InvocationResult.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/ProcessUtils.h"
 
 namespace quillon::agent {
@@ -14,14 +14,14 @@ struct CommandCall {
     static constexpr long long kDefaultMaxOutput = 64 * 1024 * 1024;
 
     std::string command;
-    long long timeout = ProcessUtils::DefaultTimeoutSecs;
+    long long timeout = 0;
     std::string workingDirectory;
-    long long maxOutput = kDefaultMaxOutput;
+    long long maxOutput = 0;
 };
 
 /// `isOptional`: what the method runs may be something else.
 void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional = false);
-void AddBindings(ParameterBinder& binder, CommandCall& call, bool isOptional = false);
+void AddBindings(DescribedBinder& binder, CommandCall& call);
 
 /// Runs the command and puts its output into the result, in one row or in lines. False
 /// when a parameter is out of its range or the command did not end with exit code 0;

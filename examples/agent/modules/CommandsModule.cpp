@@ -7,24 +7,22 @@ namespace quillon::agent {
 namespace {
 
 /// The command's output, whole or by lines.
-void RunAsGiven(const MethodParameters& parameters, InvocationResult& result) {
+void RunAsGiven(DescribedBinder& binder, InvocationResult& result) {
     CommandCall call;
     bool lines = false;
-    ParameterBinder binder(parameters, false, false);
     AddBindings(binder, call);
-    binder.AddOptionalBinding("lines", lines);
+    binder.Add("lines", lines);
     if (binder.Bind(result)) RunCommand(call, lines, result);
 }
 
 /// The command's output, parsed into typed columns.
-void Table(const MethodParameters& parameters, InvocationResult& result) {
+void Table(DescribedBinder& binder, InvocationResult& result) {
     CommandCall call;
     std::string columns;
     long long skip = 0;
-    ParameterBinder binder(parameters, false, false);
     AddBindings(binder, call);
-    binder.AddMandatoryBinding("columns", columns);
-    binder.AddOptionalBinding("skip", skip);
+    binder.Add("columns", columns);
+    binder.Add("skip", skip);
     if (binder.Bind(result)) RunCommandTable(call, columns, skip, result);
 }
 

@@ -5,15 +5,20 @@
 
 #include "content/ContentCopy.h"
 #include "modules/Describe.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/LsZFile.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/TimePoint.h"
 #include "quillon/WayfarProviderWrapper.h"
 
 namespace quillon::agent {
 
 namespace {
+
+/// What a provider fetches comes from the network, as a rule.
+const std::vector<IMethodMetadata::MetadataFlag> kDownloadFlags = {IMethodMetadata::IntensiveIO,
+                                                                   IMethodMetadata::MayModifySystemState,
+                                                                   IMethodMetadata::PerformsNetworkActivity};
 
 constexpr std::int64_t kEpochAsFileTime = 116'444'736'000'000'000;
 
@@ -32,26 +37,24 @@ bool CheckAvailable(WayfarProviderWrapper& wrapper, InvocationResult& result) {
                     : Fail(answer.resultCode, answer.errorMessage, result);
 }
 
-void Download(const MethodParameters& parameters, InvocationResult& result) {
+void Download(DescribedBinder& binder, InvocationResult& result) {
     std::string listUrl, folderUrl, folder;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("listUrl", listUrl);
-    binder.AddMandatoryBinding("folderUrl", folderUrl);
-    binder.AddMandatoryBinding("folder", folder);
+    binder.Add("listUrl", listUrl);
+    binder.Add("folderUrl", folderUrl);
+    binder.Add("folder", folder);
     WayfarProviderWrapper wrapper;
     if (binder.Bind(result) && CheckAvailable(wrapper, result))
         wrapper.Download(listUrl, folderUrl, folder, result);
 }
 
-void DownloadFile(const MethodParameters& parameters, InvocationResult& result) {
+void DownloadFile(DescribedBinder& binder, InvocationResult& result) {
     std::string url, path;
     ContentExpectation expectation;
     long long size = 0;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("url", url);
-    binder.AddMandatoryBinding("path", path);
-    binder.AddMandatoryBinding("size", size);
-    binder.AddMandatoryBinding("hash", expectation.hash);
+    binder.Add("url", url);
+    binder.Add("path", path);
+    binder.Add("size", size);
+    binder.Add("hash", expectation.hash);
     WayfarProviderWrapper wrapper;
     if (!binder.Bind(result) || !CheckAvailable(wrapper, result)) return;
     expectation.size = size;
@@ -93,12 +96,11 @@ void AddSummaryRow(LsZFile& list, DataTable& table) {
     table.AddRow(std::move(row));
 }
 
-void ReadList(const MethodParameters& parameters, InvocationResult& result) {
+void ReadList(DescribedBinder& binder, InvocationResult& result) {
     std::string path;
     bool summary = false;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("path", path);
-    binder.AddOptionalBinding("summary", summary);
+    binder.Add("path", path);
+    binder.Add("summary", summary);
     if (!binder.Bind(result)) return;
     if (!FileSystemUtils::Exists(path)) {
         RefuseParameter("There is no file '" + path + '\'', result);
@@ -116,7 +118,8 @@ void ReadList(const MethodParameters& parameters, InvocationResult& result) {
 }
 
 void DescribeDownload(IMethodMetadataBuilder& builder) {
-    builder.Description("Downloads the files of a content list into a folder, by the host's provider.")
+    builder.Flags(kDownloadFlags)
+        .Description("Downloads the files of a content list into a folder, by the host's provider.")
         .Note(
             "The agent's provider serves URLs of the scheme file, when the configuration enables it "
             "(wayfarEnabled). The CRC of a file in the list is its SHA-256.")
@@ -135,7 +138,8 @@ void DescribeDownload(IMethodMetadataBuilder& builder) {
 }
 
 void DescribeDownloadFile(IMethodMetadataBuilder& builder) {
-    builder.Description("Downloads one file, by the host's provider.")
+    builder.Flags(kDownloadFlags)
+        .Description("Downloads one file, by the host's provider.")
         .Example(
             "quillon-agent run Content.DownloadFile --config agent.json url=file:///srv/tools/a.bin "
             "path=/opt/a.bin size=4 hash=9f86d081884c7d659a2feaa0c55ad015a3bf4f1b2b0b822cd15d6c15b0f00a08");

@@ -7,6 +7,7 @@
 
 #include "modules/Describe.h"
 #include "modules/Waiting.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/EventLogProxy.h"
 #include "quillon/EventLogReader.h"
@@ -14,7 +15,6 @@
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
 #include "quillon/MethodParameterValidation.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 
@@ -45,15 +45,14 @@ void FailToRead(const std::string& channel, std::uint32_t code, InvocationResult
     Fail(InvocationResult::kSystemFailure, "Channel '" + channel + "' cannot be read: " + reason, result);
 }
 
-void Query(const MethodParameters& parameters, InvocationResult& result) {
+void Query(DescribedBinder& binder, InvocationResult& result) {
     EventLogSource source;
-    long long max = kDefaultMax;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("channel", source.name);
-    binder.AddOptionalBinding("query", source.query);
-    binder.AddOptionalBinding("max", max);
-    binder.AddOptionalBinding("file", source.isFile);
-    binder.AddOptionalBinding("message", source.withMessage);
+    long long max = 0;
+    binder.Add("channel", source.name);
+    binder.Add("query", source.query);
+    binder.Add("max", max);
+    binder.Add("file", source.isFile);
+    binder.Add("message", source.withMessage);
     if (!binder.Bind(result) ||
         !MethodParameterValidation::InRange("max", max, 1, std::numeric_limits<long long>::max(), result) ||
         !HasEventLog(result)) {
@@ -91,16 +90,15 @@ void TakeEvents(const EventLogSource& source, std::chrono::seconds time, long lo
         FailToRead(source.name, subscription.ErrorCode(), result);
 }
 
-void Follow(const MethodParameters& parameters, InvocationResult& result) {
+void Follow(DescribedBinder& binder, InvocationResult& result) {
     EventLogSource source;
     source.fromNow = true;
-    long long seconds = kDefaultSeconds, max = kMostFollowed;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("channel", source.name);
-    binder.AddOptionalBinding("seconds", seconds);
-    binder.AddOptionalBinding("query", source.query);
-    binder.AddOptionalBinding("max", max);
-    binder.AddOptionalBinding("message", source.withMessage);
+    long long seconds = 0, max = 0;
+    binder.Add("channel", source.name);
+    binder.Add("seconds", seconds);
+    binder.Add("query", source.query);
+    binder.Add("max", max);
+    binder.Add("message", source.withMessage);
     if (!binder.Bind(result) ||
         !MethodParameterValidation::InRange("seconds", seconds, 0, kLongestWait, result) ||
         !MethodParameterValidation::InRange("max", max, 1, std::numeric_limits<long long>::max(), result) ||

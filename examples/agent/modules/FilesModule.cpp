@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "modules/Describe.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/File.h"
 #include "quillon/FileSystemUtils.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/TimePoint.h"
@@ -30,11 +30,10 @@ std::string ReadPattern(const std::string& text) {
 }
 
 /// A row for every file that matches the parameter "path"; none is no failure.
-void ListFiles(const MethodParameters& parameters, const std::vector<std::string>& columns,
+void ListFiles(DescribedBinder& binder, const std::vector<std::string>& columns,
                const std::function<VariantList(const std::string& file)>& rowOf, InvocationResult& result) {
     std::string pattern;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("path", pattern);
+    binder.Add("path", pattern);
     if (!binder.Bind(result)) return;
     std::vector<std::string> files;
     FileSystemUtils::FindFiles(ReadPattern(pattern), &files);
@@ -53,8 +52,8 @@ VariantList VersionRow(const std::string& file) {
     return row;
 }
 
-void Versions(const MethodParameters& parameters, InvocationResult& result) {
-    ListFiles(parameters, {"File", "FileVersion", "ProductVersion", "Description", "Product", "OriginalName"},
+void Versions(DescribedBinder& binder, InvocationResult& result) {
+    ListFiles(binder, {"File", "FileVersion", "ProductVersion", "Description", "Product", "OriginalName"},
               &VersionRow, result);
 }
 
@@ -68,8 +67,8 @@ VariantList FoundRow(const std::string& file) {
                        exists ? Variant("Modified", modified) : Variant::NullVariant("Modified"));
 }
 
-void Find(const MethodParameters& parameters, InvocationResult& result) {
-    ListFiles(parameters, {"File", "Size", "Modified"}, &FoundRow, result);
+void Find(DescribedBinder& binder, InvocationResult& result) {
+    ListFiles(binder, {"File", "Size", "Modified"}, &FoundRow, result);
 }
 
 VariantList EncodingRow(const std::string& file) {
@@ -80,8 +79,8 @@ VariantList EncodingRow(const std::string& file) {
         Variant::StringOrNullVariant("Encoding", encoding == FileSystemUtils::NOTSET ? "" : name));
 }
 
-void DetectEncoding(const MethodParameters& parameters, InvocationResult& result) {
-    ListFiles(parameters, {"File", "Encoding"}, &EncodingRow, result);
+void DetectEncoding(DescribedBinder& binder, InvocationResult& result) {
+    ListFiles(binder, {"File", "Encoding"}, &EncodingRow, result);
 }
 
 /// NOTSET for the empty name. False when there is none of this name.
@@ -99,7 +98,7 @@ bool FindEncoding(const std::string& name, Encoding& encoding) {
 struct ReadCall {
     std::string path, encodingName;
     bool lines = false;
-    long long maxSize = kDefaultMaxSize;
+    long long maxSize = 0;
     Encoding encoding = FileSystemUtils::NOTSET;
 };
 
@@ -134,13 +133,12 @@ void AddText(const ReadCall& call, const std::string& text, Encoding detected, D
     }
 }
 
-void ReadText(const MethodParameters& parameters, InvocationResult& result) {
+void ReadText(DescribedBinder& binder, InvocationResult& result) {
     ReadCall call;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("path", call.path);
-    binder.AddOptionalBinding("encoding", call.encodingName);
-    binder.AddOptionalBinding("lines", call.lines);
-    binder.AddOptionalBinding("maxSize", call.maxSize);
+    binder.Add("path", call.path);
+    binder.Add("encoding", call.encodingName);
+    binder.Add("lines", call.lines);
+    binder.Add("maxSize", call.maxSize);
     if (!binder.Bind(result) || !Check(call, result)) return;
     Encoding detected = FileSystemUtils::NOTSET;
     std::string text;

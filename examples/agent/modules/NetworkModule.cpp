@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "modules/Describe.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/IpRanges.h"
 #include "quillon/NetworkUtils.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/WindowsSockets.h"
 #include "system/SystemFacts.h"
 
@@ -33,12 +33,11 @@ void AddAddresses(const addrinfo* found, DataTable& table) {
     }
 }
 
-void Resolve(const MethodParameters& parameters, InvocationResult& result) {
+void Resolve(DescribedBinder& binder, InvocationResult& result) {
     std::string host;
-    long long timeout = kUsualTimeout;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("host", host);
-    binder.AddOptionalBinding("timeout", timeout);
+    long long timeout = 0;
+    binder.Add("host", host);
+    binder.Add("timeout", timeout);
     if (!binder.Bind(result)) return;
     timeout = std::clamp<long long>(timeout, 1, kLongestTimeout);
     result.resultTable.AddStringCol("Address");
@@ -57,11 +56,10 @@ void Resolve(const MethodParameters& parameters, InvocationResult& result) {
         AddAddresses(found.get(), result.resultTable);
 }
 
-void InRange(const MethodParameters& parameters, InvocationResult& result) {
+void InRange(DescribedBinder& binder, InvocationResult& result) {
     std::string address, ranges;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("address", address);
-    binder.AddMandatoryBinding("ranges", ranges);
+    binder.Add("address", address);
+    binder.Add("ranges", ranges);
     if (!binder.Bind(result)) return;
     std::string problem;
     const auto set = IpRanges::Read(ranges, problem);
@@ -75,11 +73,10 @@ void InRange(const MethodParameters& parameters, InvocationResult& result) {
     }
 }
 
-void Cidr(const MethodParameters& parameters, InvocationResult& result) {
+void Cidr(DescribedBinder& binder, InvocationResult& result) {
     std::string address, mask;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("address", address);
-    binder.AddMandatoryBinding("mask", mask);
+    binder.Add("address", address);
+    binder.Add("mask", mask);
     if (!binder.Bind(result)) return;
     const auto isIpv4 = [](const std::string& text) {
         return IpRanges::IsAddress(text) && text.find(':') == std::string::npos;
@@ -93,7 +90,8 @@ void Cidr(const MethodParameters& parameters, InvocationResult& result) {
 }
 
 void DescribeResolve(IMethodMetadataBuilder& builder) {
-    builder.Description("Looks a name up, a row an address.")
+    builder.Flags({IMethodMetadata::PerformsNetworkActivity})
+        .Description("Looks a name up, a row an address.")
         .Note("A name that has no address, or none in time, is a failed invocation with code 3.")
         .Example("quillon-agent run Network.Resolve host=localhost timeout=5");
     AddParameter(builder, "host", "A name or an address.");

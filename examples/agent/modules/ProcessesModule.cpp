@@ -3,7 +3,7 @@
 #include <limits>
 #include <utility>
 
-#include "quillon/ParameterBinder.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/ProcessUtils.h"
 #include "system/SystemFacts.h"
 
@@ -40,10 +40,9 @@ DataTable NoProcesses() {
     return table;
 }
 
-void List(const MethodParameters& parameters, InvocationResult& result) {
-    long long wanted = kAllProcesses;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddOptionalBinding("pid", wanted);
+void List(DescribedBinder& binder, InvocationResult& result) {
+    long long wanted = 0;
+    binder.Add("pid", wanted);
     if (!binder.Bind(result)) return;
     std::vector<unsigned long> ids;
     ProcessUtils::EnumerateProcessIds(ids);

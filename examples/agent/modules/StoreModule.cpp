@@ -109,17 +109,16 @@ bool FetchRows(const Source& source, InvocationResult& result) {
                                   : RunCommandTable(source.command, source.columns, source.skip, result);
 }
 
-void Save(const MethodParameters& parameters, InvocationResult& result) {
+void Save(DescribedBinder& binder, InvocationResult& result) {
     Target target;
     Source source;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("database", target.database);
-    binder.AddMandatoryBinding("table", target.table);
-    binder.AddOptionalBinding("replace", target.replace);
-    AddBindings(binder, source.command, true);
-    binder.AddOptionalBinding("columns", source.columns);
-    binder.AddOptionalBinding("skip", source.skip);
-    binder.AddOptionalBinding("wql", source.wql);
+    binder.Add("database", target.database);
+    binder.Add("table", target.table);
+    binder.Add("replace", target.replace);
+    AddBindings(binder, source.command);
+    binder.Add("columns", source.columns);
+    binder.Add("skip", source.skip);
+    binder.Add("wql", source.wql);
     AddBindings(binder, source.wmi);
     if (binder.Bind(result) && IsUsable(target, result) && FetchRows(source, result))
         SaveResult(target, result);
@@ -130,14 +129,13 @@ bool IsThere(const std::string& database, InvocationResult& result) {
     return RefuseParameter("There is no database '" + database + '\'', result);
 }
 
-void Query(const MethodParameters& parameters, InvocationResult& result) {
+void Query(DescribedBinder& binder, InvocationResult& result) {
     std::string database, sql;
     long long maxRows = 0, timeout = 0;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("database", database);
-    binder.AddMandatoryBinding("sql", sql);
-    binder.AddOptionalBinding("maxRows", maxRows);
-    binder.AddOptionalBinding("timeout", timeout);
+    binder.Add("database", database);
+    binder.Add("sql", sql);
+    binder.Add("maxRows", maxRows);
+    binder.Add("timeout", timeout);
     if (!binder.Bind(result) ||
         !MethodParameterValidation::InRange("maxRows", maxRows, 0, kNoLimit, result) ||
         !MethodParameterValidation::InRange("timeout", timeout, 0, kLongestTimeout, result) ||
@@ -150,10 +148,9 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
              result);
 }
 
-void Check(const MethodParameters& parameters, InvocationResult& result) {
+void Check(DescribedBinder& binder, InvocationResult& result) {
     std::string database;
-    ParameterBinder binder(parameters, false, false);
-    binder.AddMandatoryBinding("database", database);
+    binder.Add("database", database);
     if (!binder.Bind(result) || !IsThere(database, result)) return;
     SqlApplicationDataStore store(database);
     std::vector<std::string> faults;
@@ -190,8 +187,8 @@ void ListTables(const std::string& database, DataTable& list) {
         AddListRow(database, Variant::NullVariant("Table"), Variant::NullVariant("Rows"), list);
 }
 
-void List(const MethodParameters& parameters, InvocationResult& result) {
-    if (!ParameterBinder(parameters, false, false).Bind(result)) return;
+void List(DescribedBinder& binder, InvocationResult& result) {
+    if (!binder.Bind(result)) return;
     result.resultTable.SetDefaultColumnNames({"Database", "Table", "Rows"});
     for (const std::string& database : ServiceLocator::Get<DatabaseFolder>()->GetNames())
         ListTables(database, result.resultTable);

@@ -3,9 +3,9 @@
 #include <filesystem>
 
 #include "modules/Describe.h"
+#include "quillon/DescribedBinder.h"
 #include "quillon/MethodMetadata.h"
 #include "quillon/MiscUtils.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/PathUtils.h"
 #include "quillon/RuntimeEnv.h"
 #include "quillon/SelfMetrics.h"
@@ -27,12 +27,10 @@ const char* RuntimeEnvironment() {
     return names[RuntimeEnv::GetInstance()->getEnvType()];
 }
 
-bool TakesNoParameters(const MethodParameters& parameters, InvocationResult& result) {
-    return ParameterBinder(parameters, false, false).Bind(result);
-}
+bool TakesNoParameters(DescribedBinder& binder, InvocationResult& result) { return binder.Bind(result); }
 
-void Info(const MethodParameters& parameters, InvocationResult& result) {
-    if (!TakesNoParameters(parameters, result)) return;
+void Info(DescribedBinder& binder, InvocationResult& result) {
+    if (!TakesNoParameters(binder, result)) return;
     VariantList row;
     row.Add("OsVersion", MiscUtils::OsVersion().to_string());
     row.Add(Variant::StringOrNullVariant("HostName", ReadHostName()));
@@ -45,8 +43,8 @@ void Info(const MethodParameters& parameters, InvocationResult& result) {
     result.resultTable.AddRow(std::move(row));
 }
 
-void Metrics(const MethodParameters& parameters, InvocationResult& result) {
-    if (TakesNoParameters(parameters, result)) result.resultTable = SelfMetrics();
+void Metrics(DescribedBinder& binder, InvocationResult& result) {
+    if (TakesNoParameters(binder, result)) result.resultTable = SelfMetrics();
 }
 
 /// For whoever calls the agent: what became of the texts of the call.
@@ -97,6 +95,7 @@ void DescribeEcho(IMethodMetadataBuilder& builder) {
     builder.CreateParameter("float", typeid(double)).OptionalValue(0.0).BindParameter();
     builder.CreateParameter("boolean", typeid(bool)).OptionalValue(false).BindParameter();
     builder.CreateParameter("datetime", typeid(TimePoint)).OptionalValue(TimePoint()).BindParameter();
+    builder.HasAdditionalParameters("Texts.");
     builder.Undocumented();  // the last: it ends the naming of things
 }
 

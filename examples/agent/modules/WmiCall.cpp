@@ -24,9 +24,9 @@ void DescribeWmi(IMethodMetadataBuilder& builder) {
         .BindParameter();
 }
 
-void AddBindings(ParameterBinder& binder, WmiCall& call) {
-    binder.AddOptionalBinding("namespace", call.ns);
-    binder.AddOptionalBinding("deadline", call.deadline);
+void AddBindings(DescribedBinder& binder, WmiCall& call) {
+    binder.Add("namespace", call.ns);
+    binder.Add("deadline", call.deadline);
 }
 
 bool RunWmi(const WmiCall& call, InvocationResult& result,

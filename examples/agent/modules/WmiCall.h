@@ -3,9 +3,9 @@
 #include <functional>
 #include <string>
 
+#include "quillon/DescribedBinder.h"
 #include "quillon/IMethodMetadataBuilder.h"
 #include "quillon/InvocationResult.h"
-#include "quillon/ParameterBinder.h"
 #include "quillon/WmiConnector.h"
 
 namespace quillon::agent {
@@ -14,12 +14,12 @@ namespace quillon::agent {
 struct WmiCall {
     static constexpr const char* kDefaultNamespace = "ROOT\\CIMV2";
 
-    std::string ns = kDefaultNamespace;
+    std::string ns;
     long long deadline = 0;
 };
 
 void DescribeWmi(IMethodMetadataBuilder& builder);
-void AddBindings(ParameterBinder& binder, WmiCall& call);
+void AddBindings(DescribedBinder& binder, WmiCall& call);
 
 /// Connects and runs the operation. False when a parameter is out of its range or one of
 /// the two failed; the result then says why, in WMI's words.

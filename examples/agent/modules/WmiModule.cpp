@@ -35,14 +35,13 @@ void ShowNoObjects(const std::string& wql, DataTable& table) {
     if (!names.empty()) table.SetDefaultColumnNames(names);
 }
 
-void Query(const MethodParameters& parameters, InvocationResult& result) {
+void Query(DescribedBinder& binder, InvocationResult& result) {
     WmiCall call;
     std::string wql;
     bool qualifiers = false;
-    ParameterBinder binder(parameters, false, false);
     AddBindings(binder, call);
-    binder.AddMandatoryBinding("wql", wql);
-    binder.AddOptionalBinding("qualifiers", qualifiers);
+    binder.Add("wql", wql);
+    binder.Add("qualifiers", qualifiers);
     if (!binder.Bind(result)) return;
     const bool isDone = RunWmi(call, result, [&](WmiConnector& connector) {
         return qualifiers ? connector.ExecuteQueryReturnQualifiers(wql, &result.resultTable)
@@ -51,15 +50,14 @@ void Query(const MethodParameters& parameters, InvocationResult& result) {
     if (isDone && result.resultTable.IsUndefined()) ShowNoObjects(wql, result.resultTable);
 }
 
-void Update(const MethodParameters& parameters, InvocationResult& result) {
+void Update(DescribedBinder& binder, InvocationResult& result) {
     WmiCall call;
     std::string wql, set;
     bool all = false;
-    ParameterBinder binder(parameters, false, false);
     AddBindings(binder, call);
-    binder.AddMandatoryBinding("wql", wql);
-    binder.AddMandatoryBinding("set", set);
-    binder.AddOptionalBinding("all", all);
+    binder.Add("wql", wql);
+    binder.Add("set", set);
+    binder.Add("all", all);
     VariantList values;
     if (!binder.Bind(result) || !ReadAssignments("set", set, values, result)) return;
     const DataTable updates(values);
@@ -70,17 +68,16 @@ void Update(const MethodParameters& parameters, InvocationResult& result) {
     });
 }
 
-void Invoke(const MethodParameters& parameters, InvocationResult& result) {
+void Invoke(DescribedBinder& binder, InvocationResult& result) {
     WmiCall call;
     std::string className, wql, method, arguments;
     bool all = false;
-    ParameterBinder binder(parameters, false, false);
     AddBindings(binder, call);
-    binder.AddOptionalBinding("class", className);
-    binder.AddOptionalBinding("wql", wql);
-    binder.AddMandatoryBinding("method", method);
-    binder.AddOptionalBinding("arguments", arguments);
-    binder.AddOptionalBinding("all", all);
+    binder.Add("class", className);
+    binder.Add("wql", wql);
+    binder.Add("method", method);
+    binder.Add("arguments", arguments);
+    binder.Add("all", all);
     MethodParameters values;
     if (!binder.Bind(result) || !ReadAssignments("arguments", arguments, values.scalars, result)) return;
     if (className.empty() == wql.empty()) {

@@ -20,6 +20,7 @@
 #include "serve/CallPool.h"
 #include "serve/Session.h"
 #include "system/Channel.h"
+#include "system/Service.h"
 
 namespace quillon::agent {
 
@@ -137,7 +138,11 @@ void AwaitCalls(Sessions& sessions) {
 }
 
 int ServeStandardStreams(Sessions& sessions, const WriteFunction& write) {
-    const ShutdownWatch watch([&sessions] { sessions.StopAll(); });
+    const ShutdownWatch watch([&sessions] {
+        TellStopping();
+        sessions.StopAll();
+    });
+    TellReady();
     sessions.Start(std::make_unique<StandardChannel>(write));
     AwaitCalls(sessions);
     return 0;
@@ -148,10 +153,12 @@ int ServeAddress(Sessions& sessions, const std::string& address) {
     const std::unique_ptr<Listener> listener = Listen(address, fault);
     if (listener == nullptr) throw std::runtime_error("Cannot listen at '" + address + "': " + fault);
     const ShutdownWatch watch([&sessions, &listener] {
+        TellStopping();
         listener->Stop();
         sessions.StopAll();
     });
     ServiceLocator::Get<ICLogger>()->Info("Serving at '%s'", address.c_str());
+    TellReady();
     while (std::unique_ptr<Channel> client = listener->Accept()) sessions.Start(std::move(client));
     sessions.StopAll();
     AwaitCalls(sessions);

@@ -12,7 +12,8 @@ void MakePrivateFile(const std::string& libraryPath) {
     const HANDLE file = ::CreateFileW(StringUtils::NarrowStringToWide(libraryPath).c_str(), GENERIC_WRITE, 0,
                                       nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return;
-    FileSystemUtils::SecureFile(libraryPath);
+    // A failure is logged; the rights of the directory hold then.
+    static_cast<void>(FileSystemUtils::SecureFile(libraryPath));
     ::CloseHandle(file);
 }
 

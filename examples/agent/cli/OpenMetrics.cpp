@@ -1,0 +1,125 @@
+#include "cli/OpenMetrics.h"
+
+#include <chrono>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "cli/TableText.h"
+#include "quillon/TimePoint.h"
+
+namespace quillon::agent {
+
+namespace {
+
+constexpr const char* kNameColumn = "Name";
+constexpr const char* kValueColumn = "Value";
+
+bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+bool IsPlain(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
+
+/// "PrivateWorkingSet" and "private working-set" give "private_working_set".
+std::string MetricName(const std::string& text) {
+    std::string name;
+    char last = '_';
+    for (const char c : text) {
+        const bool beginsWord = IsUpper(c) && IsPlain(last);
+        if (beginsWord || (!IsUpper(c) && !IsPlain(c))) {
+            if (!name.empty() && name.back() != '_') name += '_';
+        }
+        if (IsUpper(c)) name += static_cast<char>(c - 'A' + 'a');
+        if (IsPlain(c)) name += c;
+        last = c;
+    }
+    return name;
+}
+
+std::string Escaped(const std::string& text) {
+    std::string escaped;
+    for (const char c : text) {
+        if (c == '\\' || c == '"') escaped += '\\';
+        escaped += c == '\n' ? "\\n" : std::string(1, c);
+    }
+    return escaped;
+}
+
+std::string NumberText(double value) {
+    if (std::isnan(value)) return "NaN";
+    if (std::isinf(value)) return value > 0 ? "+Inf" : "-Inf";
+    return Variant(value).AsString();
+}
+
+/// The cell's number; nothing for a text and a null.
+std::optional<std::string> ValueOf(const Variant& cell) {
+    if (cell.IsNull()) return std::nullopt;
+    if (cell.TypeIs(typeid(long long))) return cell.AsString();
+    if (cell.TypeIs(typeid(bool))) return cell.GetBoolValue() ? "1" : "0";
+    if (cell.TypeIs(typeid(double))) return NumberText(cell.GetDoubleValue());
+    if (!cell.TypeIs(typeid(TimePoint))) return std::nullopt;
+    const std::chrono::duration<double> seconds = cell.GetTimePoint().time_since_epoch();
+    return NumberText(seconds.count());
+}
+
+std::string LabelsOf(const VariantList& row, bool isNamed) {
+    std::string labels;
+    for (const Variant& cell : row) {
+        if (cell.IsNull() || !cell.TypeIs(typeid(std::string))) continue;
+        const std::string name = MetricName(cell.GetName());
+        if (name.empty() || (isNamed && cell.GetName() == kNameColumn)) continue;
+        labels += (labels.empty() ? "" : ",") + name + "=\"" + Escaped(cell.GetStringValue()) + '"';
+    }
+    return labels;
+}
+
+/// Samples by the names of their gauges, in the order in which these came up.
+class Gauges {
+public:
+    void Add(const std::string& name, std::string labels, const std::string& value, std::size_t row) {
+        auto [samples, isNew] = m_samples.try_emplace(name);
+        if (isNew) m_order.push_back(name);
+        if (!m_seen.insert(name + '{' + labels).second)
+            labels += (labels.empty() ? "row=\"" : ",row=\"") + std::to_string(row) + '"';
+        samples->second += name + (labels.empty() ? "" : '{' + labels + '}') + ' ' + value + '\n';
+    }
+    void Write(std::ostream& stream) const {
+        for (const std::string& name : m_order)
+            stream << "# TYPE " << name << " gauge\n" << m_samples.at(name);
+        stream << "# EOF\n";
+    }
+
+private:
+    std::map<std::string, std::string> m_samples;
+    std::vector<std::string> m_order;
+    std::set<std::string> m_seen;
+};
+
+bool IsNamed(const VariantList& row) {
+    const Variant* const name = row.Find(kNameColumn);
+    return name != nullptr && !name->IsNull() && name->TypeIs(typeid(std::string)) &&
+           row.Find(kValueColumn) != nullptr;
+}
+
+}  // namespace
+
+void WriteOpenMetrics(std::ostream& stream, const DataTable& table, const std::string& method) {
+    const std::string prefix = "quillon_" + MetricName(method) + '_';
+    Gauges gauges;
+    std::size_t number = 0;
+    for (const VariantList& row : table) {
+        const bool isNamed = IsNamed(row);
+        const std::string labels = LabelsOf(row, isNamed);
+        for (const Variant& cell : row) {
+            const std::optional<std::string> value = ValueOf(cell);
+            if (!value) continue;
+            const bool isValue = isNamed && cell.GetName() == kValueColumn;
+            const std::string name = isValue ? row.Get(kNameColumn).GetStringValue() : cell.GetName();
+            gauges.Add(prefix + MetricName(name), labels, *value, number);
+        }
+        ++number;
+    }
+    gauges.Write(stream);
+}
+
+}  // namespace quillon::agent

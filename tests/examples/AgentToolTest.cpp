@@ -1,0 +1,186 @@
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "cli/Completion.h"
+#include "cli/OpenMetrics.h"
+#include "cli/TableText.h"
+#include "common/Suggestion.h"
+#include "examples/RunAgent.h"
+#include "support/System.h"
+#include "support/TempDir.h"
+
+namespace quillon::test {
+
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+const DataTable& Sample() {
+    static const DataTable table{
+        VariantList(Variant("Pid", 7), Variant("CommandLine", "a|b\n\"c\\"), Variant("Up", true)),
+        VariantList(Variant("Pid", 8), Variant("CommandLine", "a|b\n\"c\\"), Variant::NullVariant("Up"))};
+    return table;
+}
+
+/// What a schema asks of a value: of its words those that this project uses. Returns the first fault.
+std::string FaultOf(const json& value, const json& schema, const json& root, const std::string& place) {
+    if (schema.contains("$ref"))
+        return FaultOf(value, root.at(json::json_pointer(schema["$ref"].get<std::string>().substr(1))), root,
+                       place);
+    if (schema.contains("enum") &&
+        std::find(schema["enum"].begin(), schema["enum"].end(), value) == schema["enum"].end())
+        return place + ": not of the enum";
+    if (schema.contains("type")) {
+        const json types = schema["type"].is_array() ? schema["type"] : json::array({schema["type"]});
+        if (std::find(types.begin(), types.end(), value.type_name()) == types.end())
+            return place + ": " + value.type_name();
+    }
+    std::string fault;
+    if (value.is_array() && schema.contains("items")) {
+        for (std::size_t i = 0; i < value.size() && fault.empty(); ++i)
+            fault = FaultOf(value[i], schema["items"], root, place + '/' + std::to_string(i));
+    }
+    if (!value.is_object()) return fault;
+    for (const std::string name : schema.value("required", json::array())) {
+        if (!value.contains(name)) return place + ": no " + name;
+    }
+    for (const auto& [name, member] : value.items()) {
+        const json& known =
+            schema["properties"].contains(name) ? schema["properties"][name] : schema["additionalProperties"];
+        if (known == false) return place + ": unknown " + name;
+        if (fault.empty()) fault = FaultOf(member, known, root, place + '/' + name);
+    }
+    return fault;
+}
+
+}  // namespace
+
+TEST(AgentTool, NamesTheWordThatIsWrongAndWhatItResembles) {
+    const struct {
+        std::vector<std::string> arguments;
+        std::string message;
+    } cases[] = {
+        {{"rnu"}, "Unknown sub-command 'rnu'; did you mean 'run'?"},
+        {{"run", "System.Info", "--fromat=json"}, "Unknown option '--fromat'; did you mean '--format'?"},
+        {{"serve", "--zzzzz"}, "Unknown option '--zzzzz'\n"},
+        {{"run", "system.inf"}, "Unknown method 'system.inf'; did you mean 'System.Info'?"},
+        {{"run", "Commands.Run", "command=a", "timout=5"}, "named 'timout'; did you mean 'timeout'?"},
+        {{"run", "Commands.Run", "comand=a"},
+         "Missing parameter 'command'; Undefined parameter named 'comand'; "
+         "did you mean 'command'?"},
+        {{"methods", "Network.Resolv3"},
+         "No method begins with 'Network.Resolv3'; did you mean 'Network.Resolve'?"},
+        {{"run", "System.Info", "--level", "loud"}, "loud not in {trace,"},
+        {{"run", "System.Info", "--log"}, "--log"},
+        {{"serve", "--parallel", "many"}, "many"},
+        {{"run", "System.Info",
+          "a\x01"
+          "b"},
+         "'a\\x01b' is not of the form name=value"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        SCOPED_TRACE(message);
+        const AgentRun run = RunAgent(arguments);
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_THAT(run.errors, HasSubstr(message));
+        EXPECT_EQ(run.output, "");
+    }
+    EXPECT_EQ(agent::Suggestion("ab", {"xy", "ba"}), "; did you mean 'ba'?");
+    EXPECT_EQ(agent::Suggestion("", {"a"}) + agent::Suggestion("abc", {"xyz"}), "");
+}
+
+TEST(AgentTool, TellsItsVersionAndSomeOfItsMethods) {
+    EXPECT_EQ(RunAgent({"--version"}).output, "quillon-agent 1.0.0");
+    EXPECT_THAT(RunAgent({"methods", "Network."}).output,
+                AllOf(HasSubstr("Network.Cidr\n"), Not(HasSubstr("System.Info"))));
+    const AgentRun service = RunAgent({"service", "run"});
+    EXPECT_EQ(service.exitCode, 1);
+    EXPECT_THAT(service.errors,
+                HasSubstr(kWindows ? "Only the service control manager" : "no Windows services"));
+}
+
+TEST(AgentTool, MethodsAsJsonFollowTheSchema) {
+    const json schema =
+        json::parse(std::ifstream(QUILLON_AGENT_SOURCES "/../../docs/agent-methods.schema.json"));
+    const json methods = json::parse(RunAgent({"methods", "--format", "json"}).output);
+    EXPECT_EQ(FaultOf(methods, schema, schema, ""), "");
+    json wrong = methods;
+    wrong[0]["parameters"][0]["optional"] = "yes";
+    EXPECT_EQ(FaultOf(wrong, schema, schema, ""), "/0/parameters/0/optional: string");
+    wrong = methods;
+    wrong[1]["extra"] = 1;
+    EXPECT_EQ(FaultOf(wrong, schema, schema, ""), "/1: unknown extra");
+}
+
+TEST(AgentTool, WritesTablesInFurtherForms) {
+    std::ostringstream metrics, lines, markdown, named;
+    agent::WriteOpenMetrics(metrics, Sample(), "Processes.List");
+    EXPECT_EQ(metrics.str(),
+              "# TYPE quillon_processes_list_pid gauge\n"
+              "quillon_processes_list_pid{command_line=\"a|b\\n\\\"c\\\\\"} 7\n"
+              "quillon_processes_list_pid{command_line=\"a|b\\n\\\"c\\\\\",row=\"1\"} 8\n"
+              "# TYPE quillon_processes_list_up gauge\n"
+              "quillon_processes_list_up{command_line=\"a|b\\n\\\"c\\\\\"} 1\n"
+              "# EOF\n");
+    agent::WriteOpenMetrics(
+        named,
+        DataTable(VariantList(Variant("Name", "UserTime"), Variant("Value", 5), Variant("Unit", "ms"))),
+        "A.B");
+    EXPECT_EQ(named.str(),
+              "# TYPE quillon_a_b_user_time gauge\nquillon_a_b_user_time{unit=\"ms\"} 5\n# EOF\n");
+    agent::WriteLines(lines, Sample());
+    EXPECT_THAT(lines.str(),
+                AllOf(HasSubstr("        Pid = 7\nCommandLine = a|b\\n\"c\\\n         Up = true\n\n"),
+                      HasSubstr("         Up = \n")));
+    agent::WriteMarkdown(markdown, Sample());
+    EXPECT_EQ(markdown.str(),
+              "| Pid | CommandLine | Up |\n| --- | --- | --- |\n"
+              "| 7 | a\\|b<br>\"c\\\\ | true |\n| 8 | a\\|b<br>\"c\\\\ |  |\n");
+    EXPECT_THAT(RunAgent({"run", "System.Metrics", "--format", "jsonl"}).output, HasSubstr("}\n{\"Name\":"));
+    EXPECT_EQ(RunAgent({"run", "Network.Cidr", "--format", "openmetrics"}).output, "# EOF");
+}
+
+TEST(AgentTool, CompletesWords) {
+    const auto complete = [](const std::vector<std::string>& words) {
+        return agent::Complete(words, {});  // methods are looked at with a shell
+    };
+    EXPECT_THAT(complete({"s"}), ElementsAre("serve", "service"));
+    EXPECT_THAT(complete({"--v"}), ElementsAre("--version"));
+    EXPECT_THAT(complete({"run", "A.B", "--log-"}), ElementsAre("--log-format", "--log-to"));
+    EXPECT_THAT(complete({"run", "--log-to", " "}), ElementsAre("journal", "eventlog"));
+    EXPECT_THAT(complete({"service", "--data", "x", "r"}), ElementsAre("remove", "run"));
+    EXPECT_THAT(complete({"run", "--log", ""}), IsEmpty());
+    EXPECT_THAT(complete({"none", ""}), IsEmpty());
+    EXPECT_THAT(RunAgent({"completion", "powershell"}).output,
+                HasSubstr("Register-ArgumentCompleter -Native"));
+}
+
+/// For Linux, which has the shell and the reader of manual pages.
+TEST(AgentTool, ItsScriptAndItsPageWorkWithTheSystemsTools) {
+    if (kWindows) GTEST_SKIP() << "needs bash and man";
+    const TempDir dir;
+    dir.Write("try",
+              "source <(\"$1\" completion bash); complete -p quillon-agent\n"
+              "ask() { COMP_WORDS=(\"$AGENT\" \"$@\"); COMP_CWORD=$#; COMPREPLY=()\n"
+              "  _quillon_agent; echo \"${COMPREPLY[*]}\"; }\n"
+              "AGENT=$1; ask run Network.R; ask run Network.Resolve ti; ask run --format ''\n");
+    const std::string agent = AgentCommand({}).Get();
+    EXPECT_THAT(
+        RunLine("bash " + dir.Native("try").string() + ' ' + agent).output,
+        AllOf(HasSubstr("complete -o default -F _quillon_agent quillon-agent\n"),
+              HasSubstr("\nNetwork.Resolve\ntimeout=\ntext json jsonl csv line markdown openmetrics")));
+    dir.Write("page", RunAgent({"manual"}).output + '\n');
+    const AgentRun page = RunLine("man --warnings -l -P cat " + dir.Native("page").string());
+    EXPECT_THAT(page.output, AllOf(HasSubstr("QUILLON-AGENT(1)"), HasSubstr("--format"),
+                                   HasSubstr("EXIT STATUS"), Not(HasSubstr("warning"))));
+}
+
+}  // namespace quillon::test
