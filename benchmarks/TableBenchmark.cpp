@@ -2,10 +2,7 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
 #include <map>
-#include <new>
 #include <random>
 #include <string>
 #include <string_view>
@@ -14,26 +11,10 @@
 #include <vector>
 
 #include "TableRows.h"
+#include "data/RowRegions.h"
 
 /// A table of rows of six named cells beside the plain std::vector of std::map, and the std::vector of
 /// rows of std::variant, that a module might use instead. Bytes a cell are what the heap gave.
-
-namespace {
-
-std::atomic<std::size_t> g_given{0};
-
-}  // namespace
-
-// Not inlined: the compiler would take malloc and delete for a mismatched pair.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    void* const block = std::malloc(size);
-    if (block == nullptr) throw std::bad_alloc();
-    constexpr std::size_t kHeapHeader = sizeof(std::size_t);
-    g_given.fetch_add(::malloc_usable_size(block) + kHeapHeader, std::memory_order_relaxed);
-    return block;
-}
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace quillon {
 namespace {
@@ -61,6 +42,12 @@ const PlainTable& Plain() {
     return table;
 }
 
+/// What is taken from the heap now, and what tables have from the system beside it.
+std::size_t Given() {
+    const auto heap = ::mallinfo2();
+    return heap.uordblks + heap.hblkhd + TakenRegionSlots() * kRegionSlot;
+}
+
 /// Builds tables one after the other; freeing them is not measured.
 template <class Build>
 void RunBuild(benchmark::State& state, Build build, double cells = kRows * kCells) {
@@ -68,9 +55,9 @@ void RunBuild(benchmark::State& state, Build build, double cells = kRows * kCell
     Quillon();
     std::size_t bytes = 0;
     for (auto _ : state) {
-        const std::size_t before = g_given.load();
+        const std::size_t before = Given();
         auto table = build();
-        bytes = g_given.load() - before;
+        bytes = Given() - before;
         state.PauseTiming();
         { const auto freed = std::move(table); }
         state.ResumeTiming();

@@ -8,8 +8,13 @@
 
 #include "quillon/Export.h"
 #include "quillon/VariantList.h"
+#include "quillon/detail/RowMemory.h"
 
 namespace quillon {
+
+namespace detail {
+class RowBuilder;
+}
 
 /// Keeps the agent's table of results and parameters: rows of named cells (VariantList) and, if
 /// wanted, column definitions, whose values tell the columns' types.
@@ -38,9 +43,11 @@ namespace quillon {
 /// std::cout << table;  // a heading, a rule and one line a row
 /// @endcode
 class QUILLON_API DataTable {
+    using Rows = std::list<VariantList, detail::RowAllocator<VariantList>>;
+
 public:
-    using iterator = std::list<VariantList>::iterator;
-    using const_iterator = std::list<VariantList>::const_iterator;
+    using iterator = Rows::iterator;
+    using const_iterator = Rows::const_iterator;
 
     /// Makes an undefined table: no rows, no columns, not promoted from a scalar.
     DataTable();
@@ -188,17 +195,24 @@ public:
     void Dump(const char* title, ICLogger* logger, unsigned int indent) const;
 
 private:
+    friend class detail::RowBuilder;
+
     void SetUndefined();
     void SetDefined();
     void MarkChanged();
     bool AddColumn(Variant&& definition);
     void AppendCopies(const_iterator row, std::size_t count);
+    /// Appends a row that `fill` makes of an empty one.
+    template <class Fill>
+    void EmplaceRow(Fill fill);
     void FreeRows() noexcept;
 
     VariantList m_columns;
     bool m_rationalised = false;
-    mutable std::list<VariantList> m_rows;  // a walk of a const table hands out rows that can be changed
-    mutable std::list<VariantList>::iterator m_cursor = m_rows.end();
+    detail::RowMemory m_memory;
+    /// A walk of a const table hands out rows that can be changed.
+    mutable Rows m_rows{detail::RowAllocator<VariantList>(m_memory)};
+    mutable iterator m_cursor = m_rows.end();
     bool m_undefined = true;
     bool m_promotedFromScalar = false;
 };

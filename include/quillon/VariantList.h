@@ -65,8 +65,12 @@ public:
     /// started.
     VariantList(const VariantList& other);
     VariantList& operator=(const VariantList& other);
-    VariantList(VariantList&& other) noexcept = default;
-    VariantList& operator=(VariantList&& other) noexcept = default;
+    VariantList(VariantList&& other) noexcept : m_block(std::move(other.m_block)) { LeaveChunk(); }
+    VariantList& operator=(VariantList&& other) noexcept {
+        m_block = std::move(other.m_block);
+        LeaveChunk();
+        return *this;
+    }
     ~VariantList() = default;
 
     /// Appends a copy of the value, or the value itself from an rvalue. The value may be an
@@ -203,7 +207,8 @@ private:
     struct Block {
         std::uint32_t size = 0;                    // elements that are alive
         std::uint32_t capacity = 0;                // elements that there is room for
-        std::uint64_t cursor = ~std::uint64_t{0};  // of GetFirst() and GetNext(); unset at first
+        std::uint32_t cursor = ~std::uint32_t{0};  // of GetFirst() and GetNext(); unset at first
+        std::uint32_t chunkOffset = 0;             // behind the chunk's beginning; 0: a block of its own
 
         Variant* Cells() noexcept { return reinterpret_cast<Variant*>(this + 1); }
         const Variant* Cells() const noexcept { return reinterpret_cast<const Variant*>(this + 1); }
@@ -217,6 +222,13 @@ private:
     static BlockOwner Allocate(std::size_t capacity);
     static BlockOwner CopyOf(const VariantList& other);
     [[noreturn]] static void ThrowNotPresent(const std::string& name);
+    /// Takes a block of its own when the list was moved from a table: the row would keep the memory of
+    /// other rows from being freed. Without memory for it the list stays where it is.
+    void LeaveChunk() noexcept {
+        if (m_block && m_block->chunkOffset != 0) MoveOut();
+    }
+    void MoveOut() noexcept;
+    void MoveTo(BlockOwner block) noexcept;
     /// Whether the next element needs another block.
     bool IsFull() const noexcept { return !m_block || m_block->size == m_block->capacity; }
     /// Makes room for more elements.

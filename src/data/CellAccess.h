@@ -9,6 +9,7 @@
 
 #include "data/HeldName.h"
 #include "quillon/VariantList.h"
+#include "quillon/detail/RowMemory.h"
 
 namespace quillon {
 
@@ -38,12 +39,14 @@ struct CellAccess {
         return cell.Name() != nullptr ? cell.Name()->hash : 0;
     }
 
-    /// The bytes of a cell and, beside it, of its text.
-    static std::size_t MemoryOf(const Variant& cell) noexcept {
-        const bool isText = cell.HeldKind() == Variant::Kind::Text;
-        return sizeof(Variant) + (isText && cell.m_value.text.size() > sizeof(std::string) / 2
-                                      ? cell.m_value.text.capacity()
-                                      : 0);
+    /// Frees the value of a cell that ends without its destructor. Returns the bytes of the cell and,
+    /// beside it, of its text.
+    static std::size_t FreeValue(Variant& cell) noexcept {
+        if (cell.HeldKind() != Variant::Kind::Text) return sizeof(Variant);
+        std::string& text = cell.m_value.text;
+        const std::size_t beside = text.size() > sizeof(std::string) / 2 ? text.capacity() : 0;
+        text.~basic_string();
+        return sizeof(Variant) + beside;
     }
 
     /// Append a cell under a name.
@@ -75,17 +78,47 @@ struct CellAccess {
         made->CopyValue(cell);
         made->m_head = cell.m_head;
     }
-    /// Takes the name from a cell, with its use.
-    static SharedName* ReleaseName(Variant& cell) noexcept {
-        SharedName* const name = cell.Name();
-        cell.m_head &= Variant::kKindBits;
-        return name;
+    /// Gives an empty row of a table room for so many cells.
+    static void GiveBlock(VariantList& row, std::size_t capacity, detail::RowMemory& memory) {
+        using Block = VariantList::Block;
+        const auto piece = memory.Take(sizeof(Block) + capacity * sizeof(Variant));
+        if (piece.memory == nullptr) return row.Reserve(capacity);
+        Block* const block = new (piece.memory) Block;
+        block->capacity = static_cast<std::uint32_t>(capacity);
+        block->chunkOffset = piece.offset;
+        row.m_block.reset(block);
     }
-    /// Returns an empty list with room for so many elements.
-    static VariantList NewList(std::size_t capacity) {
-        VariantList list;
-        list.Reserve(capacity);
-        return list;
+    /// Gives back the room that the row was given last and has not used.
+    static void FitBlock(VariantList& row, detail::RowMemory& memory) noexcept {
+        VariantList::Block& block = *row.m_block;
+        if (block.chunkOffset == 0 || block.size == block.capacity) return;
+        memory.TakeBack(block.Cells() + block.capacity, (block.capacity - block.size) * sizeof(Variant));
+        block.capacity = block.size;
+    }
+    /// Frees the room of cells that have ended.
+    static void FreeBlock(VariantList& row, detail::RowMemory& memory) noexcept {
+        if (!row.m_block) return;
+        row.m_block->size = 0;
+        const std::uint32_t offset = row.m_block->chunkOffset;
+        if (offset == 0) return row.m_block.reset();
+        memory.CountFreed(detail::RowChunk::Of(row.m_block.release(), offset));
+    }
+    static void CopyTo(VariantList& made, const VariantList& row, detail::RowMemory& memory) {
+        if (row.Size() == 0) return;
+        GiveBlock(made, row.Size(), memory);
+        for (const Variant& cell : row) {
+            new (made.end()) Variant(cell);
+            CountElement(made);
+        }
+    }
+    static void MoveTo(VariantList& made, VariantList& row, detail::RowMemory& memory) {
+        if (row.Size() == 0) return;
+        GiveBlock(made, row.Size(), memory);
+        for (Variant& cell : row) {
+            new (made.end()) Variant(std::move(cell));
+            CountElement(made);
+        }
+        row.m_block.reset();
     }
     /// Counts an element that was made at the end.
     static void CountElement(VariantList& list) noexcept { ++list.m_block->size; }

@@ -48,7 +48,8 @@ struct ColumnTypes {
     std::vector<std::string_view> untyped;  // in order of appearance
 };
 
-ColumnTypes FindColumnTypes(const std::list<VariantList>& rows) {
+template <class Rows>
+ColumnTypes FindColumnTypes(const Rows& rows) {
     ColumnTypes found;
     std::set<std::string_view> seenUntyped;
     for (const VariantList& row : rows) {
@@ -122,6 +123,7 @@ DataTable& DataTable::operator=(DataTable&& other) noexcept {
     m_columns = std::move(other.m_columns);
     m_rationalised = std::exchange(other.m_rationalised, false);
     FreeRows();
+    m_memory.TakeOver(other.m_memory);
     m_rows.splice(m_rows.end(), other.m_rows);
     m_cursor = m_rows.end();
     other.m_cursor = other.m_rows.end();
@@ -179,20 +181,32 @@ void DataTable::RenameColumn(const std::string& oldName, const std::string& newN
 
 // --- Rows ---
 
+template <class Fill>
+void DataTable::EmplaceRow(Fill fill) {
+    VariantList& row = m_rows.emplace_back();
+    try {
+        fill(row);
+    } catch (...) {
+        m_rows.pop_back();
+        throw;
+    }
+}
+
 void DataTable::AddRow(const VariantList& row) {
-    m_rows.push_back(row);
+    EmplaceRow([&](VariantList& made) { CellAccess::CopyTo(made, row, m_memory); });
     MarkChanged();
 }
 
 void DataTable::AddRow(VariantList&& row) {
     SetUsualRowSize(row.Size());
-    m_rows.push_back(std::move(row));
+    EmplaceRow([&](VariantList& made) { CellAccess::MoveTo(made, row, m_memory); });
     MarkChanged();
 }
 
 void DataTable::RemoveRow(unsigned long long index) {
     if (index >= m_rows.size()) return;
     m_rows.erase(std::next(m_rows.begin(), static_cast<std::ptrdiff_t>(index)));
+    m_memory.Settle();
     m_cursor = m_rows.end();
     m_rationalised = false;
 }
@@ -215,7 +229,9 @@ void DataTable::Append(const DataTable* other, unsigned int maximum) {
 
 void DataTable::AppendCopies(const_iterator row, std::size_t count) {
     NameRuns runs;
-    for (; count > 0; --count) m_rows.push_back(runs.Copy(*row++));
+    for (; count > 0; --count, ++row) {
+        EmplaceRow([&](VariantList& made) { runs.Copy(*row, made, m_memory); });
+    }
 }
 
 void DataTable::FreeRows() noexcept {
@@ -223,12 +239,10 @@ void DataTable::FreeRows() noexcept {
     std::size_t bytes = 0;
     {
         NameRuns runs;
-        for (; !m_rows.empty(); m_rows.pop_front()) {
-            bytes += kRowOverhead;
-            for (const Variant& cell : std::as_const(m_rows.front())) bytes += CellAccess::MemoryOf(cell);
-            runs.ReleaseNames(m_rows.front());
-        }
+        for (; !m_rows.empty(); m_rows.pop_front())
+            bytes += kRowOverhead + runs.Free(m_rows.front(), m_memory);
     }
+    m_memory.Reset();
     CountFreedMemory(bytes);
 }
 

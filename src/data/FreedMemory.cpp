@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 
+#include "data/RowRegions.h"
 #include "platform/HeapApi.h"
 
 namespace quillon {
@@ -34,6 +35,7 @@ void CountFreedMemory(std::size_t bytes) noexcept {
     static std::atomic<std::size_t> freed{0};
     if (freed.fetch_add(bytes, std::memory_order_relaxed) + bytes < kMostKept || !TakeTurn()) return;
     freed.store(0, std::memory_order_relaxed);
+    ReleaseFreeRegions();
     platform::ReleaseFreeMemory();
 }
 

@@ -17,10 +17,11 @@ public:
     NameRuns& operator=(const NameRuns&) = delete;
     ~NameRuns() { Settle(); }
 
-    /// Copies a row of a table that outlives this object.
-    VariantList Copy(const VariantList& row) {
+    /// Copies a row of a table that outlives this object into an empty one.
+    void Copy(const VariantList& row, VariantList& copy, detail::RowMemory& memory) {
+        if (row.Size() == 0) return;
         if (m_runs.size() < row.Size()) m_runs.resize(row.Size());
-        VariantList copy = CellAccess::NewList(row.Size());
+        CellAccess::GiveBlock(copy, row.Size(), memory);
         try {
             auto run = m_runs.begin();
             for (const Variant& cell : row) {
@@ -32,19 +33,22 @@ public:
             Settle();  // before the copy gives back what it has not taken yet
             throw;
         }
-        return copy;
     }
 
-    /// Takes the names from the cells of a row that is about to be freed.
-    void ReleaseNames(VariantList& row) noexcept {
-        for (std::size_t i = 0; i < row.Size(); ++i) {
-            detail::SharedName* const name = CellAccess::ReleaseName(row.begin()[i]);
-            if (i < kReleased) {
-                Count(m_released[i], name, -1);
+    /// Frees the cells of a row and returns how many bytes they took.
+    std::size_t Free(VariantList& row, detail::RowMemory& memory) noexcept {
+        std::size_t bytes = 0, place = 0;
+        for (Variant& cell : row) {
+            bytes += CellAccess::FreeValue(cell);
+            detail::SharedName* const name = CellAccess::NameOf(cell);
+            if (place < kReleased) {
+                Count(m_released[place++], name, -1);
             } else {
                 detail::DropUses(name);
             }
         }
+        CellAccess::FreeBlock(row, memory);
+        return bytes;
     }
 
 private:

@@ -15,6 +15,7 @@
 #include "data/NameCache.h"
 #include "data/SimilarCells.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/RowMemory.h"
 
 namespace quillon {
 namespace {
@@ -74,7 +75,11 @@ VariantList::BlockOwner VariantList::Allocate(std::size_t capacity) {
 
 void VariantList::Delete(Block* block) noexcept {
     std::destroy_n(block->Cells(), block->size);
-    ::operator delete(block);  // without its size, which clang 14 does not take by default
+    if (block->chunkOffset != 0) {
+        detail::RowChunk::Drop(detail::RowChunk::Of(block, block->chunkOffset), 1);
+    } else {
+        ::operator delete(block);  // without its size, which clang 14 does not take by default
+    }
 }
 
 VariantList::BlockOwner VariantList::CopyOf(const VariantList& other) {
@@ -89,13 +94,23 @@ VariantList::BlockOwner VariantList::CopyOf(const VariantList& other) {
 
 void VariantList::Reserve(std::size_t count) {
     if (m_block ? count <= m_block->capacity : count == 0) return;
-    BlockOwner larger = Allocate(count);
+    MoveTo(Allocate(count));
+}
+
+void VariantList::MoveTo(BlockOwner block) noexcept {
     if (m_block) {
-        std::uninitialized_move_n(m_block->Cells(), m_block->size, larger->Cells());
-        larger->size = m_block->size;
-        larger->cursor = m_block->cursor;
+        std::uninitialized_move_n(m_block->Cells(), m_block->size, block->Cells());
+        block->size = m_block->size;
+        block->cursor = m_block->cursor;
     }
-    m_block = std::move(larger);
+    m_block = std::move(block);
+}
+
+void VariantList::MoveOut() noexcept {
+    try {
+        MoveTo(Allocate(m_block->size));
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 void VariantList::Grow() {
@@ -247,7 +262,7 @@ bool VariantList::Erase(const_iterator position) {
     Variant* const erased = m_block->Cells() + (position - m_block->Cells());
     std::move(erased + 1, end(), erased);
     std::destroy_at(m_block->Cells() + --m_block->size);
-    m_block->cursor = std::numeric_limits<std::uint64_t>::max();
+    m_block->cursor = std::numeric_limits<std::uint32_t>::max();
     return true;
 }
 

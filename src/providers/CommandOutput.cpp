@@ -38,13 +38,13 @@ bool HasByteOrderMark(std::string_view bytes) {
 
 void AddLineRows(std::string_view text, int exitCode, DataTable& table) {
     detail::RowBuilder row(
-        {ProcessUtils::ExitCodeColName, ProcessUtils::OutputColName, ProcessUtils::LineNumberColName});
+        {ProcessUtils::ExitCodeColName, ProcessUtils::OutputColName, ProcessUtils::LineNumberColName}, table);
     for (long long number = 0; !text.empty(); ++number) {
         const auto end = std::min(text.find('\n'), text.size() - 1) + 1;
         row.AddInteger(0, exitCode);
         row.AddText(1, WithoutLineEnd(text.substr(0, end)));
         row.AddInteger(2, number);
-        row.EndRow(table);
+        row.EndRow();
         text.remove_prefix(end);
     }
 }

@@ -93,11 +93,13 @@ TextToDataTableParser::~TextToDataTableParser() = default;
 /// Makes rows of lines, for one call of Parse().
 class TextToDataTableParser::LineReader {
 public:
-    explicit LineReader(const TextToDataTableParser& parser)
-        : m_columns(parser.m_columns), m_hasOwnFields(parser.m_hasOwnFields), m_row(NamesOf(m_columns)) {}
+    LineReader(const TextToDataTableParser& parser, DataTable& table)
+        : m_columns(parser.m_columns),
+          m_hasOwnFields(parser.m_hasOwnFields),
+          m_row(NamesOf(m_columns), table) {}
 
     /// Reads a line without its line feed.
-    void Read(const char* cursor, const char* end, DataTable& table) {
+    void Read(const char* cursor, const char* end) {
         if (m_hasOwnFields) {  // which need a NUL at its end
             m_line.assign(cursor, end);
             cursor = m_line.c_str();
@@ -108,7 +110,7 @@ public:
             const std::string_view text = Trimmed(Take(m_columns[place], cursor, end));
             if (!text.empty()) AddCell(place, text);
         }
-        m_row.EndRow(table);
+        m_row.EndRow();
     }
 
 private:
@@ -188,10 +190,10 @@ template QUILLON_API void TextToDataTableParser::AddField<TimePoint>(const std::
 
 void TextToDataTableParser::Parse(const std::string& text, DataTable& table) const {
     const char* const end = text.c_str() + text.size();
-    LineReader reader(*this);
+    LineReader reader(*this, table);
     for (const char* cursor = text.c_str(); cursor != end;) {
         const char* const lineEnd = FindCharacter('\n', cursor, end);
-        reader.Read(cursor, lineEnd, table);
+        reader.Read(cursor, lineEnd);
         cursor = lineEnd == end ? end : lineEnd + 1;
     }
 }

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -203,6 +205,57 @@ TEST(DataTable, TablesMoveBetweenThreads) {
 }
 
 /// Only under the thread sanitizer can this fail: const operations must keep nothing in the table.
+/// Rows of a large table lie in memory that they share; whatever is done with one, the others stay.
+TEST(DataTable, RowsMayBeChangedAndMovedInAnyOrder) {
+    std::mt19937 random(17);
+    const auto pick = [&](std::size_t below) { return static_cast<std::size_t>(random() % below); };
+    DataTable tables[2];
+    std::vector<VariantList> expected[2], moved, expectedMoved;
+    for (int step = 0; step < 6000; ++step) {
+        const std::size_t side = pick(2);
+        DataTable& table = tables[side];
+        std::vector<VariantList>& rows = expected[side];
+        VariantList row;
+        for (std::size_t i = pick(6); i > 0; --i)
+            row.Add("c" + std::to_string(i), std::string(pick(40), 'x'));
+        row.Add("id", step);
+        const std::size_t action = rows.size() < 500 ? 0 : pick(200);
+        const std::size_t place = rows.empty() ? 0 : pick(rows.size());
+        if (action < 150) {
+            rows.push_back(row);
+            action % 2 == 0 ? table.AddRow(row) : table.AddRow(std::move(row));
+        } else if (action < 160) {
+            table.RemoveRow(place);
+            rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(place));
+        } else if (action < 170) {
+            table.GetRow(place).Add("more", step);
+            rows[place].Add("more", step);
+        } else if (action < 180) {
+            table.GetRow(place) = row;
+            rows[place] = row;
+        } else if (action < 190) {
+            moved.push_back(std::move(table.GetRow(place)));
+            expectedMoved.push_back(std::move(rows[place]));
+        } else if (action < 192) {
+            DataTable copy = table;
+            std::thread([&] { table = std::move(copy); }).join();
+        } else if (action == 192) {
+            tables[1 - side] += std::move(table);
+            expected[1 - side].insert(expected[1 - side].end(), rows.begin(), rows.end());
+            rows.clear();
+        } else if (action == 193) {
+            table.Clear(false);
+            rows.clear();
+        }
+    }
+    for (int side : {0, 1}) {
+        ASSERT_EQ(tables[side].GetNumberOfRows(), expected[side].size());
+        EXPECT_TRUE(std::equal(expected[side].begin(), expected[side].end(), tables[side].begin()));
+        tables[side] = DataTable();
+    }
+    EXPECT_EQ(moved, expectedMoved);
+}
+
 TEST(DataTable, SixThreadsReadOneTable) {
     DataTable table;
     for (int i = 0; i < 200; ++i) {

@@ -106,6 +106,37 @@ TEST(TextToDataTableParser, AppendsToTheRowsThatAreThere) {
     EXPECT_EQ(Shown(table), "{kept=row}{v=true}");
 }
 
+/// Does to the table, in the middle of a line, what no caller should.
+class HostileField final : public SpaceSeparatedField {
+public:
+    explicit HostileField(DataTable& table) : m_table(table) {}
+    bool Parse(const char** cursor, std::string& value) override {
+        SpaceSeparatedField::Parse(cursor, value);
+        if (value == "clear") m_table.Clear(false);
+        if (value == "move") m_table = DataTable(m_table);
+        if (value == "throw") throw std::runtime_error("thrown");
+        return true;
+    }
+
+private:
+    DataTable& m_table;
+};
+
+TEST(TextToDataTableParser, AFieldMayChangeTheTableOrThrow) {
+    std::string lines;
+    for (int i = 0; i < 2000; ++i) lines += "some text\n";
+    DataTable table;
+    TextToDataTableParser parser;
+    parser.AddField<std::string>("1", new SpaceSeparatedField, 0);
+    parser.AddField<std::string>("2", new HostileField(table), 0);
+    parser.AddField<std::string>("3", new SpaceSeparatedField, 0);
+    EXPECT_THROW(parser.Parse(lines + "a clear\n" + lines + "b move c\n" + lines + "d throw e\n", table),
+                 std::runtime_error);
+    ASSERT_EQ(table.GetNumberOfRows(), 4002u);
+    EXPECT_EQ(Shown(DataTable(table.GetRow(0), table.GetRow(2001), table.GetRow(4001))),
+              "{1=a, 2=clear}{1=b, 2=move, 3=c}{1=some, 2=text}");
+}
+
 TEST(TextToDataTableParser, KnownFieldsReadWhateverIsBeforeTheTerminatingZero) {
     const char* cursor = "a\nb c";
     std::string value = ">";

@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "quillon/DataTable.h"
@@ -15,7 +14,8 @@ namespace quillon::detail {
 /// For the library itself; one thread uses an object.
 class RowBuilder {
 public:
-    explicit RowBuilder(const std::vector<std::string>& names);
+    /// Makes rows for a table, in whose memory they are built.
+    RowBuilder(const std::vector<std::string>& names, DataTable& table);
     RowBuilder(const RowBuilder&) = delete;
     RowBuilder& operator=(const RowBuilder&) = delete;
     ~RowBuilder();
@@ -25,16 +25,21 @@ public:
     void AddInteger(std::size_t name, long long value);
     void AddBoolean(std::size_t name, bool value);
     void AddDouble(std::size_t name, double value);
-    void Add(Variant&& cell) { m_row.Add(std::move(cell)); }
+    void Add(Variant&& cell);
 
-    /// Appends the row, if it has a cell, to a table, and begins another one.
-    void EndRow(DataTable& table);
+    /// Appends the row, if it has a cell, to the table, and begins another one.
+    void EndRow();
 
 private:
     struct Names;
 
+    VariantList& Row() { return m_row != nullptr ? *m_row : BeginRow(); }
+    VariantList& BeginRow();
+
     const std::unique_ptr<Names> m_names;
-    VariantList m_row;
+    DataTable& m_table;
+    DataTable::Rows m_begun;  // the row that is being built, if there is one
+    VariantList* m_row = nullptr;
 };
 
 }  // namespace quillon::detail

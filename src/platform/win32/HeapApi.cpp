@@ -10,4 +10,7 @@ void platform::ReleaseFreeMemory() noexcept {
     ::HeapCompact(reinterpret_cast<HANDLE>(::_get_heap_handle()), 0);  // the heap of operator new
 }
 
+void* platform::MapHugePage() noexcept { return nullptr; }
+void platform::UnmapHugePage(void*) noexcept {}
+
 }  // namespace quillon

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "data/RowRegions.h"
 #include "quillon/DataTableIO.h"
 
 /// How much memory tables take and give back, as the heap of the C library tells. Under a sanitizer it
@@ -18,7 +19,10 @@
 namespace quillon {
 namespace {
 
-std::size_t BytesInUse() { return ::mallinfo2().uordblks; }
+std::size_t BytesInUse() {
+    const auto heap = ::mallinfo2();
+    return heap.uordblks + heap.hblkhd + TakenRegionSlots() * kRegionSlot;
+}
 
 /// Returns whether memory comes from the heap that tells about itself.
 bool IsHeapOfSystem() {
@@ -69,7 +73,7 @@ TEST(DataTableMemory, ACellTakesLittle) {
                   {6, "a-name-with-dashes-", 60}};
     for (const auto& shape : shapes) {
         SCOPED_TRACE(shape.prefix + std::to_string(shape.cells));
-        constexpr int kRows = 10'000;
+        constexpr int kRows = 30'000;
         std::vector<std::string> names;
         for (int i = 0; i < shape.cells; ++i) names.push_back(shape.prefix + std::to_string(i));
         const std::size_t before = BytesInUse();
@@ -81,6 +85,20 @@ TEST(DataTableMemory, ACellTakesLittle) {
         }
         EXPECT_LE(static_cast<double>(BytesInUse() - before) / (kRows * shape.cells), shape.most);
     }
+}
+
+TEST(DataTableMemory, ARowThatWasMovedOutKeepsNoOther) {
+    std::vector<VariantList> kept;
+    const std::size_t before = BytesInUse();
+    {
+        DataTable table;
+        for (int i = 0; i < 100'000; ++i) table.AddRow({{"name", "x"}, {"pid", i}});
+        for (VariantList& row : table) {
+            if (row["pid"].GetLongLongValue() % 1000 == 0) kept.push_back(std::move(row));
+        }
+    }
+    EXPECT_LT(BytesInUse(), before + 100'000);
+    EXPECT_EQ(kept.back()["pid"].GetLongLongValue(), 99'000);
 }
 
 /// Returns the memory in which this process resides.
