@@ -1,7 +1,6 @@
 #include "modules/Arguments.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "quillon/DateTimeUtils.h"
 #include "quillon/MethodMetadata.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon::agent {
 
@@ -20,7 +20,7 @@ template <class Number>
 std::optional<Variant> ToNumber(const std::string& name, const std::string& text) {
     Number number{};
     const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const auto [stop, error] = detail::FromChars(text.data(), end, number);
     return error == std::errc() && stop == end ? std::optional(Variant(name, number)) : std::nullopt;
 }
 
