@@ -30,7 +30,8 @@ add_library(quillon_objects OBJECT ${quillon_sources} ${quillon_platform_sources
 target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src
                            ${PROJECT_SOURCE_DIR})
 target_compile_definitions(quillon_objects PRIVATE QUILLON_BUILD)
-target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Threads::Threads)
+find_package(pugixml REQUIRED)  # the table of time zones
+target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Threads::Threads PRIVATE pugixml::pugixml)
 if(NOT WIN32)  # certificates
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
   target_link_libraries(quillon_objects PUBLIC OpenSSL::Crypto)
@@ -64,8 +65,10 @@ quillon_add_version_resource(quillon DESCRIPTION "Quillon agent common library")
 set_target_properties(quillon PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 if(WIN32)
   target_sources(quillon PRIVATE ${PROJECT_SOURCE_DIR}/resources/quillon.rc)
-  target_link_options(quillon PRIVATE -Wl,--exclude-all-symbols)  # only what is marked QUILLON_API
-  include(QuillonWindowsRuntime)
+  if(MINGW)
+    target_link_options(quillon PRIVATE -Wl,--exclude-all-symbols)  # only what is marked QUILLON_API
+    include(QuillonWindowsRuntime)
+  endif()
 endif()
 
 add_library(quillon_internal STATIC EXCLUDE_FROM_ALL)
@@ -73,5 +76,9 @@ target_link_libraries(quillon_internal PUBLIC quillon_objects)
 target_compile_definitions(quillon_internal INTERFACE QUILLON_STATIC)
 
 add_library(quillon_internal_with_simulation INTERFACE)
-target_link_libraries(quillon_internal_with_simulation INTERFACE
-                      "$<LINK_GROUP:RESCAN,quillon_internal,quillon_simulation>")
+if(CMAKE_LINK_GROUP_USING_RESCAN_SUPPORTED)
+  target_link_libraries(quillon_internal_with_simulation INTERFACE
+                        "$<LINK_GROUP:RESCAN,quillon_internal,quillon_simulation>")
+else()  # the linker searches every library as often as it must
+  target_link_libraries(quillon_internal_with_simulation INTERFACE quillon_internal quillon_simulation)
+endif()

@@ -1,7 +1,8 @@
 #include "Utils/internal/TimeZoneMapper.h"
 
-#include <memory>
-#include <rapidxml/rapidxml.hpp>
+#include <algorithm>
+#include <new>
+#include <pugixml.hpp>
 #include <utility>
 
 #include "platform/ResourceApi.h"
@@ -13,7 +14,6 @@
 namespace quillon {
 namespace {
 
-using Element = rapidxml::xml_node<char>;
 using Zones = std::unordered_map<std::string, std::string>;
 
 /// Where the entries are, and what is said when a step is missing.
@@ -39,34 +39,36 @@ void Log(const Message& message) {
     if (message.level == ICLogger::Level::Error) logger->Error("%s", LogText::OneLine(message.text).c_str());
 }
 
-std::optional<std::string_view> Attribute(const Element& element, const char* name) {
-    const auto* const attribute = element.first_attribute(name);
-    if (attribute == nullptr) return std::nullopt;
-    return std::string_view(attribute->value(), attribute->value_size());
-}
-
 /// Reads the entries from the first "mapZone" on. The first entry of a zone counts.
-void AddZones(const Element* entry, Zones& zones) {
-    for (; entry != nullptr; entry = entry->next_sibling("mapZone")) {
-        const auto territory = Attribute(*entry, "territory");
-        const auto windowsZone = Attribute(*entry, "other");
-        const auto ianaZone = Attribute(*entry, "type");
-        if (territory == "001" && windowsZone && ianaZone) zones.emplace(*windowsZone, *ianaZone);
+void AddZones(pugi::xml_node entry, Zones& zones) {
+    for (; entry; entry = entry.next_sibling("mapZone")) {
+        const auto windowsZone = entry.attribute("other");
+        const auto ianaZone = entry.attribute("type");
+        const std::string_view territory = entry.attribute("territory").value();  // "" without one
+        if (territory == "001" && windowsZone && ianaZone)
+            zones.emplace(windowsZone.value(), ianaZone.value());
     }
 }
 
-std::optional<Message> ReadDocument(std::string text, Zones& zones) {
-    const auto document = std::make_unique<rapidxml::xml_document<char>>();  // large for a stack
-    try {
-        document->parse<0>(text.data());
-    } catch (const rapidxml::parse_error& error) {
-        return Message{ICLogger::Level::Error, std::string("Error parsing timezone mapping document: ") +
-                                                   error.what() + " at " + error.where<char>()};
-    }
-    const Element* element = document.get();
+/// The message of a document that cannot be parsed, with the text from the error on.
+Message ParseError(const pugi::xml_parse_result& result, std::string_view text) {
+    const auto offset = std::min(static_cast<std::size_t>(result.offset), text.size());
+    return Message{ICLogger::Level::Error, std::string("Error parsing timezone mapping document: ") +
+                                               result.description() + " at " +
+                                               std::string(text.substr(offset))};
+}
+
+std::optional<Message> ReadDocument(std::string_view text, Zones& zones) {
+    pugi::xml_document document;
+    // As a fragment a document without elements is one that lacks the first of the steps.
+    const auto result = document.load_buffer(text.data(), text.size(),
+                                             pugi::parse_default | pugi::parse_fragment, pugi::encoding_utf8);
+    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+    if (!result) return ParseError(result, text);
+    pugi::xml_node element = document;
     for (const auto& step : kSteps) {
-        element = element->first_node(step.name);
-        if (element == nullptr) return Message{ICLogger::Level::Error, step.missing};
+        element = element.child(step.name);
+        if (!element) return Message{ICLogger::Level::Error, step.missing};
     }
     AddZones(element, zones);
     return std::nullopt;
@@ -74,7 +76,7 @@ std::optional<Message> ReadDocument(std::string text, Zones& zones) {
 
 std::optional<Message> Load(TimeZoneMapper::Source source, Zones& zones) {
     const auto document = source();
-    if (document) return ReadDocument(std::string(*document), zones);
+    if (document) return ReadDocument(*document, zones);
     return Message{ICLogger::Level::Warn, "Cannot load embedded resource for Windows timezone mappings"};
 }
 

@@ -1,7 +1,6 @@
 #include "data/CsvReader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -11,6 +10,7 @@
 #include "data/DataTableColumns.h"
 #include "data/SpecialBytes.h"
 #include "data/TextPlace.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon {
 namespace {
@@ -21,7 +21,7 @@ constexpr std::string_view kUnit = "record";
 template <class Number>
 std::optional<Number> ToNumber(std::string_view text) {
     Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const auto [end, error] = detail::FromChars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return number;
 }

@@ -74,8 +74,10 @@ const std::vector<DataTableColumns::Placed>& DataTableColumns::Place(const Varia
         m_placed.push_back({column, &cell});
     }
     if (!sorted) {
-        std::stable_sort(m_placed.begin(), m_placed.end(),
-                         [](const Placed& a, const Placed& b) { return a.column < b.column; });
+        // The cells lie in one block, so their addresses keep those of one column in their order.
+        std::sort(m_placed.begin(), m_placed.end(), [](const Placed& a, const Placed& b) {
+            return a.column != b.column ? a.column < b.column : a.cell < b.cell;
+        });
         const auto same = [](const Placed& a, const Placed& b) { return a.column == b.column; };
         m_placed.erase(std::unique(m_placed.begin(), m_placed.end(), same), m_placed.end());
     }

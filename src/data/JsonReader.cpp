@@ -13,6 +13,7 @@
 #include "data/JsonText.h"
 #include "data/SpecialBytes.h"
 #include "data/TextPlace.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon {
 namespace {
@@ -225,7 +226,7 @@ void JsonReader::PassDigits() {
 /// Gives the number from `start` to the position; one that is too close to 0 is 0.
 double JsonReader::ToDouble(const char* start) const {
     double value = 0;
-    const std::errc error = std::from_chars(start, m_position, value).ec;
+    const std::errc error = detail::FromChars(start, m_position, value).ec;
     if (error != std::errc()) {
         if (!IsBelowOne({start, m_position})) Fail(start, "the number is out of range");
         value = *start == '-' ? -0.0 : 0.0;

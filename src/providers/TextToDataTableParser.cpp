@@ -1,6 +1,6 @@
 #include "quillon/TextToDataTableParser.h"
 
-#include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -13,6 +13,7 @@
 #include "base/DateTimeText.h"
 #include "base/NumberText.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/FromChars.h"
 #include "quillon/detail/RowBuilder.h"
 
 namespace quillon {
@@ -42,9 +43,13 @@ std::string_view TakeRest(const char*& cursor, const char* end) {
 
 /// The product, or the range's end on its side.
 long long SaturatingProduct(long long a, long long b) {
-    long long product = 0;
-    if (!__builtin_mul_overflow(a, b, &product)) return product;
-    return (a < 0) != (b < 0) ? std::numeric_limits<long long>::min() : std::numeric_limits<long long>::max();
+    if (b == 1 || a == 0 || b == 0) return b == 1 ? a : 0;
+    const auto size = [](long long n) {
+        return n < 0 ? 0 - static_cast<std::uint64_t>(n) : static_cast<std::uint64_t>(n);
+    };
+    const long long end =
+        (a < 0) != (b < 0) ? std::numeric_limits<long long>::min() : std::numeric_limits<long long>::max();
+    return size(a) <= size(end) / size(b) ? a * b : end;
 }
 
 bool ToBool(std::string_view text) {
@@ -62,7 +67,7 @@ const char* FindCharacter(char wanted, const char* cursor, const char* end) {
 double ToDouble(std::string_view text) {
     if (text.starts_with('+')) text.remove_prefix(1);
     double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
+    detail::FromChars(text.data(), text.data() + text.size(), number);
     return number;
 }
 

@@ -1,12 +1,12 @@
 #include "providers/WmiValueText.h"
 
-#include <charconv>
 #include <system_error>
 
 #include "base/NumberText.h"
 #include "base/Utf.h"
 #include "platform/TextApi.h"
 #include "platform/ole/ComError.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon {
 
@@ -16,7 +16,7 @@ template <class Number>
 NumberState ReadNumber(std::string_view text, Number& number) {
     base::SkipSpace(text);
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-    const std::errc error = std::from_chars(text.data(), text.data() + text.size(), number).ec;
+    const std::errc error = detail::FromChars(text.data(), text.data() + text.size(), number).ec;
     if (error == std::errc::invalid_argument) return NumberState::NoNumber;
     return error == std::errc::result_out_of_range ? NumberState::OutOfRange : NumberState::Read;
 }

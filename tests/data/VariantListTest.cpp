@@ -47,7 +47,7 @@ TEST(VariantList, FindsEveryNameAfterChanges) {
     for (const std::size_t erased : {0U, 5U, 20U}) {
         SCOPED_TRACE(erased);
         EXPECT_TRUE(list.Remove(names[erased]));
-        names.erase(names.begin() + erased);
+        names.erase(names.begin() + static_cast<std::ptrdiff_t>(erased));
         expectAll(list);
     }
     Variant* const kept = list.GetFirst();

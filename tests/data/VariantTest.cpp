@@ -190,7 +190,7 @@ TEST(Variant, TakesWhatProgramsHaveAtHand) {
     EXPECT_EQ(Variant("n", std::optional<std::string>("x")), Variant("n", "x"));
     using Seconds = std::chrono::sys_seconds;
     EXPECT_EQ(Variant("n", Seconds(std::chrono::seconds(-2))), Variant("n", At(-20'000'000)));
-    const std::chrono::system_clock::time_point fine(std::chrono::nanoseconds(-1));
+    const std::chrono::sys_time<std::chrono::nanoseconds> fine(std::chrono::nanoseconds(-1));
     EXPECT_EQ(Variant("n", fine), Variant("n", At(-1))) << "towards the past";
     const auto steady = Variant(std::chrono::steady_clock::now() + std::chrono::hours(1)).GetTimePoint();
     EXPECT_GT(steady, ToTimePoint(std::chrono::system_clock::now() + std::chrono::minutes(59)));

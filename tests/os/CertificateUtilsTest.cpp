@@ -74,7 +74,7 @@ TEST_F(CertificateFileTest, AgreesWithOpenSsl) {
     ASSERT_EQ(read.size(), 3u);
     const auto facts = LinesOf(dir.Read("facts")), prints = LinesOf(dir.Read("prints"));
     ASSERT_EQ(facts.size() + prints.size(), 6u);
-    for (const std::size_t second : {1, 2}) {
+    for (const std::size_t second : {1U, 2U}) {
         SCOPED_TRACE(second);
         EXPECT_THAT(FactsOf(read[second]),
                     ElementsAre(facts[0], prints[0], prints[1], facts[1], facts[2], facts[3]));

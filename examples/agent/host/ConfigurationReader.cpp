@@ -1,7 +1,6 @@
 #include "host/ConfigurationReader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <iterator>
 #include <limits>
@@ -13,6 +12,7 @@
 
 #include "common/ShownText.h"
 #include "host/SettingRules.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon::agent {
 
@@ -71,7 +71,7 @@ double ToDouble(std::string literal) {
     }
     double value = 0;
     const char* const end = literal.data() + literal.size();
-    const auto error = std::from_chars(literal.data(), end, value).ec;
+    const auto error = detail::FromChars(literal.data(), end, value).ec;
     return error == std::errc() ? value : std::numeric_limits<double>::quiet_NaN();
 }
 

@@ -1,7 +1,6 @@
 #include "modules/Arguments.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <set>
@@ -12,6 +11,7 @@
 #include "quillon/DescribedBinder.h"
 #include "quillon/MethodMetadata.h"
 #include "quillon/StringUtils.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon::agent {
 
@@ -29,7 +29,7 @@ template <class Number>
 Read ToNumber(const std::string& name, const std::string& text) {
     Number number{};
     const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const auto [stop, error] = detail::FromChars(text.data(), end, number);
     if (stop != end || error == std::errc::invalid_argument) return {};
     if (error == std::errc::result_out_of_range) return {std::nullopt, true};
     return {Variant(name, number)};

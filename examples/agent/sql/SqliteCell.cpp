@@ -6,6 +6,7 @@
 #include <typeinfo>
 
 #include "quillon/StringUtils.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon::agent {
 
@@ -47,7 +48,7 @@ int BindNumberText(sqlite3_stmt* statement, int index, SqliteAffinity affinity, 
     if (std::from_chars(text.data(), end, integer).ptr == end && std::to_string(integer) == text)
         return BindInteger(statement, index, affinity, integer);
     const bool isPlain = text.find('.') != std::string::npos && text.find('e') == std::string::npos;
-    if (isPlain && std::from_chars(text.data(), end, real).ptr == end && ShortestText(real) == text)
+    if (isPlain && detail::FromChars(text.data(), end, real).ptr == end && ShortestText(real) == text)
         return sqlite3_bind_double(statement, index, real);
     return BindBlob(statement, index, text, SQLITE_STATIC);
 }

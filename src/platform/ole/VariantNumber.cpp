@@ -1,6 +1,5 @@
 #include "platform/ole/VariantNumber.h"
 
-#include <charconv>
 #include <cmath>
 #include <concepts>
 #include <limits>
@@ -9,6 +8,7 @@
 
 #include "base/Characters.h"
 #include "base/Utf.h"
+#include "quillon/detail/FromChars.h"
 
 namespace quillon::platform {
 
@@ -23,7 +23,7 @@ std::string_view Trimmed(std::string_view text) {
 template <class T>
 std::optional<VariantNumber> ReadAs(std::string_view text) {
     T number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const auto [end, error] = detail::FromChars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return number;
 }
@@ -63,7 +63,7 @@ std::optional<VariantNumber> ReadVariantNumber(std::wstring_view text) {
     const std::string narrow = base::ToUtf8(text);
     std::string_view digits = Trimmed(narrow);
     if (digits.starts_with('+') && !digits.starts_with("+-")) digits.remove_prefix(1);
-    // from_chars also reads "inf" and "nan", which are no numbers here.
+    // FromChars also reads "inf" and "nan", which are no numbers here.
     if (digits.find_first_of("nN") != std::string_view::npos) return std::nullopt;
     if (const auto number = ReadAs<long long>(digits)) return number;
     if (const auto number = ReadAs<unsigned long long>(digits)) return number;

@@ -144,7 +144,7 @@ TEST_F(EventLogReaderTest, QueriesNewestFirst) {
 }
 
 TEST_F(EventLogReaderTest, ReadsACollectorsLogOnceWhateverTheNumbersOfTheSenders) {
-    for (const std::uint64_t number : {900, 3, 900, 17, 1}) {
+    for (const std::uint64_t number : {900U, 3U, 900U, 17U, 1U}) {
         simulation::Event event{"Provider", 7, 4, std::to_string(number), number, 0, {}};
         events.Forward("C", event);
     }

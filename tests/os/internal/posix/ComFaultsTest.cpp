@@ -24,16 +24,16 @@ TEST(ComFaults, AreLoggedElseWrittenToStandardError) {
     for (const auto& [fail, text, references] : cases) {
         const std::string message = text + "(-2147221164/0X80040154) Class not registered ";
         SCOPED_TRACE(text);
-        std::thread([&com, &message, fail = fail, references = references] {  // it is per thread
-            (com.*fail)(static_cast<std::int32_t>(0x80040154));
+        std::thread([&com, &message, failure = fail, expected = references] {  // it is per thread
+            (com.*failure)(static_cast<std::int32_t>(0x80040154));
             {
                 const test::RecordingLogger log;
                 const ComInitialization failed;
                 EXPECT_THAT(log.Lines(ICLogger::Level::Error), testing::ElementsAre(message));
             }
-            EXPECT_EQ(com.References(), references);
+            EXPECT_EQ(com.References(), expected);
             ComInitialization::Uninitialize();
-            (com.*fail)(static_cast<std::int32_t>(0x80040154));
+            (com.*failure)(static_cast<std::int32_t>(0x80040154));
             testing::internal::CaptureStderr();
             EXPECT_FALSE(ComInitialization::Initialize());
             EXPECT_EQ(testing::internal::GetCapturedStderr(), message + "\n");
