@@ -55,7 +55,7 @@ int Execute(const ServeCommand& command, Output& output) {
                     configuration);
     return Serve(host, command.settings, [&output](std::string_view text) {
         try {
-            output.Write(std::string(text));
+            output.Write(text);
             return true;
         } catch (const std::system_error&) {
             return false;
