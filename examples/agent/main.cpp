@@ -74,7 +74,7 @@ int ServeWith(const ServeCommand& command, const WriteFunction& write) {
 int Execute(const ServeCommand& command, Output& output) {
     return ServeWith(command, [&output](std::string_view text) {
         try {
-            output.Write(std::string(text));
+            output.Write(text);
             return true;
         } catch (const std::system_error&) {
             return false;

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "data/TextHash.h"
-#include "platform/ThreadApi.h"
+#include "platform/ThreadSlot.h"
 
 namespace quillon {
 namespace {

@@ -16,7 +16,7 @@
 #include "data/DumpWriter.h"
 #include "data/NameCache.h"
 #include "data/TextHash.h"
-#include "platform/ThreadApi.h"
+#include "platform/ThreadSlot.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/LogText.h"
 

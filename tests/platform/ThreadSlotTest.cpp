@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/ThreadApi.h"
+#include "platform/ThreadSlot.h"
 
 namespace quillon::platform {
 

@@ -70,7 +70,7 @@ Output::Output() : m_stream(TakeStandardOutput()) {
     if (m_stream == nullptr) ThrowErrno("Cannot use standard output");
 }
 
-void Output::Write(const std::string& text) {
+void Output::Write(std::string_view text) {
     const bool isWritten = std::fwrite(text.data(), 1, text.size(), m_stream.get()) == text.size();
     if (!isWritten || std::fflush(m_stream.get()) != 0) ThrowErrno("Cannot write the result");
 }

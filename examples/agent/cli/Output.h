@@ -2,7 +2,7 @@
 
 #include <cstdio>
 #include <memory>
-#include <string>
+#include <string_view>
 
 #include "quillon/DataTable.h"
 
@@ -22,7 +22,7 @@ public:
     Output();
 
     /// Throws std::system_error when it cannot be written.
-    void Write(const std::string& text);
+    void Write(std::string_view text);
     /// Writes a table row by row, with a line end at its end; nothing for an undefined table. A text for
     /// a terminal is cut to its width.
     /// Metrics are named after the method.

@@ -1,6 +1,7 @@
 #include "host/Host.h"
 
 #include <exception>
+#include <new>
 
 #include "common/ShownText.h"
 #include "common/Suggestion.h"
@@ -27,10 +28,17 @@ InvocationResult Failure(std::int32_t code, const std::string& message) {
 }
 
 /// Answers for a method that left by an exception.
-InvocationResult Thrown(const std::string& method, const std::string& what) {
-    ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", LogText::OneLine(method).c_str(),
-                                           LogText::OneLine(what).c_str());
-    return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + what);
+InvocationResult Thrown(const std::string& method, const char* what) {
+    try {
+        ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", LogText::OneLine(method).c_str(),
+                                               LogText::OneLine(what).c_str());
+        return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + what);
+    } catch (const std::bad_alloc&) {
+        InvocationResult result;
+        result.resultCode = InvocationResult::kMethodThrew;
+        result.errorMessage = "Out of memory";  // for which there is room in any text
+        return result;
+    }
 }
 
 /// Adds the described name that an undefined parameter resembles.

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "serve/AwaitMemory.h"
+
 namespace quillon::agent {
 
 namespace {
@@ -24,11 +26,11 @@ void AnswerWriter::Finish() {
 }
 
 void AnswerWriter::Add(const std::string& lines) {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_isBroken || m_waiting.size() <= kMostWaiting; });
-    if (m_isBroken) return;
-    m_waiting += lines;
-    lock.unlock();
+    AwaitMemory([this, &lines] {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_isBroken || m_waiting.size() <= kMostWaiting; });
+        if (!m_isBroken) m_waiting += lines;
+    });
     m_changed.notify_all();
 }
 

@@ -22,7 +22,8 @@ public:
     AnswerWriter(const AnswerWriter&) = delete;
     AnswerWriter& operator=(const AnswerWriter&) = delete;
 
-    /// Adds lines; while more than 16 MiB wait, so does this. Does nothing when the client is gone.
+    /// Adds lines; while more than 16 MiB wait, or there is no memory, so does this. Does nothing
+    /// when the client is gone.
     void Add(const std::string& lines);
     /// Writes what waits, and ends the thread. Nothing may be added afterwards.
     void Finish();

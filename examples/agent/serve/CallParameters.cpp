@@ -1,8 +1,5 @@
 #include "serve/CallParameters.h"
 
-#include <cstdint>
-#include <limits>
-
 #include "common/Failure.h"
 #include "common/ShownText.h"
 #include "modules/Arguments.h"
@@ -10,47 +7,48 @@
 
 namespace quillon::agent {
 
-namespace {
-
-using nlohmann::json;
-
-bool IsTooLarge(const json& value) {
-    constexpr auto kLargest = static_cast<std::uint64_t>(std::numeric_limits<long long>::max());
-    return value.is_number_unsigned() && value.get<std::uint64_t>() > kLargest;
-}
-
-}  // namespace
-
-bool CallParameters::Read(const json& object, const IMethodMetadataReader& method, InvocationResult& result) {
-    for (const auto& [name, value] : object.items()) {
+bool CallParameters::Read(const std::map<std::string, RequestValue>& values,
+                          const IMethodMetadataReader& method, InvocationResult& result) {
+    for (const auto& [name, value] : values) {
         if (!ReadOne(name, value, result)) return false;
     }
     return ReadParameters(m_texts, method, m_parameters, result);
 }
 
-bool CallParameters::ReadOne(const std::string& name, const json& value, InvocationResult& result) {
+bool CallParameters::ReadOne(const std::string& name, const RequestValue& value, InvocationResult& result) {
     const std::string shown = "Parameter '" + ShownText(name) + "' must be ";
-    if (value.is_null()) return true;
-    if (value.is_array()) return ReadTable(name, value, result);
-    if (value.is_object()) return RefuseParameter(shown + "a scalar or an array of objects", result);
-    if (IsTooLarge(value)) return RefuseParameter(shown + "at most 9223372036854775807", result);
-    if (value.is_string() && name.find('=') != std::string::npos) {
-        m_parameters.scalars.Add(Variant(name, value.get<std::string>()));  // no method has such a parameter
-    } else if (value.is_string()) {
-        m_texts.push_back(name + '=' + value.get_ref<const std::string&>());
-    } else if (value.is_boolean()) {
-        m_parameters.scalars.Add(Variant(name, value.get<bool>()));
-    } else if (value.is_number_integer()) {
-        m_parameters.scalars.Add(Variant(name, value.get<long long>()));
-    } else {
-        m_parameters.scalars.Add(Variant(name, value.get<double>()));
+    switch (value.kind) {
+        case RequestValue::Kind::Null:
+            break;
+        case RequestValue::Kind::Array:
+            return ReadTable(name, value.text, result);
+        case RequestValue::Kind::Object:
+            return RefuseParameter(shown + "a scalar or an array of objects", result);
+        case RequestValue::Kind::TooLarge:
+            return RefuseParameter(shown + "at most 9223372036854775807", result);
+        case RequestValue::Kind::Boolean:
+            m_parameters.scalars.Add(Variant(name, value.boolean));
+            break;
+        case RequestValue::Kind::Integer:
+            m_parameters.scalars.Add(Variant(name, value.integer));
+            break;
+        case RequestValue::Kind::Real:
+            m_parameters.scalars.Add(Variant(name, value.real));
+            break;
+        case RequestValue::Kind::Text:
+            if (name.find('=') != std::string::npos) {  // no method has such a parameter
+                m_parameters.scalars.Add(Variant(name, value.text));
+            } else {
+                m_texts.push_back(name + '=' + value.text);
+            }
+            break;
     }
     return true;
 }
 
-bool CallParameters::ReadTable(const std::string& name, const json& value, InvocationResult& result) {
+bool CallParameters::ReadTable(const std::string& name, const std::string& json, InvocationResult& result) {
     try {
-        m_tables.push_back(FromJson(value.dump()));
+        m_tables.push_back(FromJson(json));
     } catch (const TableFormatError& error) {
         return RefuseParameter("Parameter '" + ShownText(name) + "' is no table: " + error.what(), result);
     }

@@ -3,6 +3,8 @@
 #include <system_error>
 #include <utility>
 
+#include "serve/AwaitMemory.h"
+
 namespace quillon::agent {
 
 CallPool::CallPool(std::size_t threads) {
@@ -34,8 +36,8 @@ void CallPool::Add(std::shared_ptr<CallSource> source) {
 void CallPool::Work() {
     while (const std::shared_ptr<CallSource> source = TakeSource()) {
         bool haveMore = false;
-        const std::function<void()> call = source->TakeCall(haveMore);
-        if (haveMore) Add(source);
+        const std::function<void()> call = AwaitMemory([&] { return source->TakeCall(haveMore); });
+        if (haveMore) AwaitMemory([&] { Add(source); });
         call();
     }
 }

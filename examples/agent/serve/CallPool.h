@@ -16,7 +16,8 @@ class CallSource {
 public:
     virtual ~CallSource() = default;
 
-    /// Returns the next call, and whether further ones wait.
+    /// Returns the next call, and whether further ones wait. Changes nothing when it throws std::bad_alloc.
+    /// The call throws nothing.
     virtual std::function<void()> TakeCall(bool& haveMore) = 0;
 };
 

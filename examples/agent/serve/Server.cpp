@@ -17,6 +17,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/IShutdownNotifier.h"
 #include "quillon/ServiceLocator.h"
+#include "serve/AwaitMemory.h"
 #include "serve/CallPool.h"
 #include "serve/Session.h"
 #include "system/Channel.h"
@@ -79,17 +80,18 @@ void Sessions::Start(std::unique_ptr<Channel> channel) {
     const std::lock_guard lock(m_mutex);
     if (m_clients.size() >= kMostClients) {
         channel->Write(
-            WriteAnswer(nullptr, InvocationResult::kSystemFailure, "Too many clients are connected"));
+            WriteAnswer(Request::kNoId, InvocationResult::kSystemFailure, "Too many clients are connected"));
         return;
     }
-    const auto client = m_clients.emplace(m_clients.end());
+    auto client = m_clients.end();
     try {
+        client = m_clients.emplace(client);
         client->session = std::make_shared<Session>(m_host, m_pool, std::move(channel));
         if (m_isStopped) client->session->Stop();
         client->thread = std::thread([this, client] { Run(client); });
-    } catch (const std::system_error& error) {
+    } catch (const std::exception& error) {  // no thread, or no memory
+        if (client != m_clients.end()) m_clients.erase(client);
         ServiceLocator::Get<ICLogger>()->Error("A client cannot be served: %s", error.what());
-        m_clients.erase(client);
     }
 }
 
@@ -159,7 +161,8 @@ int ServeAddress(Sessions& sessions, const std::string& address) {
     });
     ServiceLocator::Get<ICLogger>()->Info("Serving at '%s'", address.c_str());
     TellReady();
-    while (std::unique_ptr<Channel> client = listener->Accept()) sessions.Start(std::move(client));
+    // A client that there is no memory for is disconnected.
+    while (auto client = AwaitMemory([&] { return listener->Accept(); })) sessions.Start(std::move(client));
     sessions.StopAll();
     AwaitCalls(sessions);
     return 0;

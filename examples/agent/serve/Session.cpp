@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <string_view>
 #include <utility>
 
+#include "serve/AwaitMemory.h"
 #include "serve/CallParameters.h"
 
 namespace quillon::agent {
@@ -15,6 +17,14 @@ InvocationResult Cancelled() {
     InvocationResult result;
     result.resultCode = InvocationResult::kSystemFailure;
     result.errorMessage = "Cancelled before it began";
+    return result;
+}
+
+/// Without memory, which the short text of the message does not need.
+InvocationResult WithoutMemory() {
+    InvocationResult result;
+    result.resultCode = InvocationResult::kMethodThrew;
+    result.errorMessage = "Out of memory";
     return result;
 }
 
@@ -40,64 +50,77 @@ void Session::ReadLines() {
     std::array<char, 64 << 10> buffer;
     while (const std::size_t count = m_channel->Read(buffer.data(), buffer.size())) {
         std::string_view bytes(buffer.data(), count);
-        while (splitter.Next(bytes, line)) Handle(line);
+        while (AwaitMemory([&] { return splitter.Next(bytes, line); })) AwaitMemory([&] { Handle(line); });
     }
-    if (splitter.Rest(line)) Handle(line);
+    if (splitter.Rest(line)) AwaitMemory([&] { Handle(line); });
 }
 
+/// Changes nothing when there is no memory: what it does last is to add an answer or a call.
 void Session::Handle(const LineSplitter::Line& line) {
     if (line.isTooLong)
-        return Refuse(nullptr, "A line is longer than " + std::to_string(kLongestLine) + " bytes");
+        return Refuse(Request::kNoId, "A line is longer than " + std::to_string(kLongestLine) + " bytes");
     if (IsBlank(line.text)) return;
     Request request;
     const std::string fault = ReadRequest(line.text, request);
     if (!fault.empty()) return Refuse(request.id, fault);
-    if (!request.cancel.is_null()) return HandleCancel(request);
+    if (!request.cancel.empty()) return HandleCancel(request);
     if (IsKnown(request)) return Refuse(request.id, "A call with this id is not answered yet");
-    StartCall(std::move(request));
+    StartCall(request);
 }
 
 void Session::HandleCancel(const Request& request) {
     std::shared_ptr<Call> call;
     {
         const std::lock_guard lock(m_mutex);
-        const auto found = m_calls.find(request.cancel.dump());
+        const auto found = m_calls.find(request.cancel);
         if (found != m_calls.end()) call = found->second;
     }
     if (call == nullptr) return Refuse(request.id, "There is no call with this id");
+    const std::string answer = WriteAnswer(request.id, InvocationResult::kSucceeded, "");
     call->cancellation.Cancel();
-    m_writer.Add(WriteAnswer(request.id, InvocationResult::kSucceeded, ""));
+    m_writer.Add(answer);
 }
 
 bool Session::IsKnown(const Request& request) {
-    if (request.id.is_null()) return false;
+    if (request.id == Request::kNoId) return false;
     const std::lock_guard lock(m_mutex);
-    return m_calls.contains(request.id.dump());
+    return m_calls.contains(request.id);
 }
 
-void Session::StartCall(Request request) {
+void Session::StartCall(const Request& request) {
     const auto call = std::make_shared<Call>();
-    call->request = std::move(request);
+    call->request = request;
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_waiting.size() < kMostWaiting; });
-    if (m_isGone) return;
-    m_calls.emplace(call->request.id.dump(), call);
-    m_waiting.push_back(call);
+    if (!m_isGone) Enqueue(call);
+}
+
+/// All or nothing; the caller holds the lock.
+void Session::Enqueue(std::shared_ptr<Call> call) {
+    const auto entry = m_calls.emplace(call->request.id, call);
+    try {
+        m_waiting.push_back(std::move(call));
+    } catch (...) {
+        m_calls.erase(entry);
+        throw;
+    }
     ++m_unanswered;
-    if (!std::exchange(m_isInPool, true)) m_pool.Add(shared_from_this());
+    if (!std::exchange(m_isInPool, true)) AwaitMemory([this] { m_pool.Add(shared_from_this()); });
 }
 
 std::function<void()> Session::TakeCall(bool& haveMore) {
     const std::lock_guard lock(m_mutex);
-    std::shared_ptr<Call> call = std::move(m_waiting.front());
+    std::function<void()> run = [this, session = shared_from_this(), call = m_waiting.front()] {
+        RunCall(*call);
+    };
     m_waiting.pop_front();
     m_isInPool = haveMore = !m_waiting.empty();
     m_changed.notify_all();
-    return [this, session = shared_from_this(), call = std::move(call)] { RunCall(*call); };
+    return run;
 }
 
 void Session::RunCall(Call& call) {
-    const std::string answer = WriteAnswer(call.request.id, Invoke(call));
+    const std::string answer = AnswerOf(call);
     Forget(call);  // first, as a client that has the answer may use the id again
     m_writer.Add(answer);
     const std::lock_guard lock(m_mutex);
@@ -105,9 +128,21 @@ void Session::RunCall(Call& call) {
     m_changed.notify_all();
 }
 
+/// A table for which there is no memory as text is left out.
+std::string Session::AnswerOf(Call& call) const {
+    InvocationResult result;
+    try {
+        result = Invoke(call);
+        return WriteAnswer(call.request.id, result);
+    } catch (const std::bad_alloc&) {
+        result = WithoutMemory();
+    }
+    return AwaitMemory([&] { return WriteAnswer(call.request.id, result); });
+}
+
 void Session::Forget(const Call& call) {
     const std::lock_guard lock(m_mutex);
-    const auto [first, last] = m_calls.equal_range(call.request.id.dump());
+    const auto [first, last] = m_calls.equal_range(call.request.id);
     m_calls.erase(
         std::find_if(first, last, [&call](const auto& item) { return item.second.get() == &call; }));
 }
@@ -122,20 +157,23 @@ InvocationResult Session::Invoke(Call& call) const {
         });
 }
 
-void Session::Refuse(const nlohmann::json& id, const std::string& message) {
+void Session::Refuse(const std::string& id, const std::string& message) {
     m_writer.Add(WriteAnswer(id, InvocationResult::kBadParameter, message));
 }
 
 /// A client that is gone wants no further answer.
 void Session::Leave() {
     m_channel->Stop();
-    std::vector<std::shared_ptr<Call>> calls;
-    {
-        const std::lock_guard lock(m_mutex);
-        m_isGone = true;
-        for (const auto& [id, call] : m_calls) calls.push_back(call);
-    }
+    const auto calls = AwaitMemory([this] { return UnansweredCalls(); });
     for (const auto& call : calls) call->cancellation.Cancel();
+}
+
+std::vector<std::shared_ptr<Session::Call>> Session::UnansweredCalls() {
+    const std::lock_guard lock(m_mutex);
+    m_isGone = true;
+    std::vector<std::shared_ptr<Call>> calls;
+    for (const auto& [id, call] : m_calls) calls.push_back(call);
+    return calls;
 }
 
 }  // namespace quillon::agent

@@ -45,12 +45,15 @@ private:
     void ReadLines();
     void Handle(const LineSplitter::Line& line);
     void HandleCancel(const Request& request);
-    void StartCall(Request request);
+    void StartCall(const Request& request);
+    void Enqueue(std::shared_ptr<Call> call);
     bool IsKnown(const Request& request);
     void RunCall(Call& call);
     void Forget(const Call& call);
     InvocationResult Invoke(Call& call) const;
-    void Refuse(const nlohmann::json& id, const std::string& message);
+    std::string AnswerOf(Call& call) const;
+    std::vector<std::shared_ptr<Call>> UnansweredCalls();
+    void Refuse(const std::string& id, const std::string& message);
     void Leave();
 
     const Host& m_host;

@@ -9,16 +9,15 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <thread>
 #include <utility>
 
 #include "platform/native/ProcFile.h"
-
-namespace fs = std::filesystem;
+#include "platform/posix/FolderEntry.h"
 
 namespace quillon::platform {
 
@@ -77,24 +76,31 @@ bool IsDelegated(const std::string& folder) {
     return ::getxattr(folder.c_str(), "trusted.delegate", &value, sizeof value) == 1 && value == '1';
 }
 
+/// Calls `visit` with the path and the name of each group of ours in a directory. The iterators of the
+/// standard library end the process when there is no memory.
+template <class Visit>
+void ForEachGroup(const std::string& folder, Visit visit) {
+    const OpenFolder open(::opendir(folder.c_str()));
+    if (open == nullptr) return;
+    while (const ::dirent* const entry = ::readdir(open.get())) {
+        const std::string_view name = entry->d_name;
+        if (name.starts_with(kPrefix)) visit(folder + '/' + entry->d_name, name);
+    }
+}
+
 /// Removes a group of ours, and those within it that the commands of a command have left.
 bool Remove(const std::string& path) {
-    std::error_code error;
-    for (fs::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error)) {
-        if (entry->path().filename().string().starts_with(kPrefix)) Remove(entry->path().string());
-    }
+    if (::rmdir(path.c_str()) == 0 || errno == ENOENT) return true;
+    ForEachGroup(path, [](const std::string& inner, std::string_view) { Remove(inner); });
     return ::rmdir(path.c_str()) == 0 || errno == ENOENT;
 }
 
 /// Removes what processes that have ended could not remove, because somebody of their commands lived on.
 void RemoveLeftGroups(const std::string& folder) {
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (!name.starts_with(kPrefix)) continue;
-        const auto owner = FieldAt<pid_t>(std::string_view(name).substr(kPrefix.size()), 0);
-        if (owner > 0 && ::kill(owner, 0) != 0 && errno == ESRCH) Remove(entry->path().string());
-    }
+    ForEachGroup(folder, [](const std::string& path, std::string_view name) {
+        const auto owner = FieldAt<pid_t>(name.substr(kPrefix.size()), 0);
+        if (owner > 0 && ::kill(owner, 0) != 0 && errno == ESRCH) Remove(path);
+    });
 }
 
 /// Returns the directory in which groups may be made; empty when there is none.
@@ -149,7 +155,10 @@ CommandGroup::CommandGroup(std::string path, FileHandle folder)
 
 CommandGroup::~CommandGroup() {
     m_folder.Reset();
-    if (!Remove(m_path)) TheLeftGroups().Add(std::move(m_path));
+    try {
+        if (!Remove(m_path)) TheLeftGroups().Add(std::move(m_path));
+    } catch (const std::bad_alloc&) {  // RemoveLeftGroups() of another process does it
+    }
 }
 
 void CommandGroup::Allow(bool allowed) { g_isAllowed = allowed; }

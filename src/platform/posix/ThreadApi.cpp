@@ -17,15 +17,4 @@ void NameThread(const std::string& name) {
 
 std::uint32_t CurrentThreadId() { return static_cast<std::uint32_t>(::gettid()); }
 
-ThreadSlot::ThreadSlot(End end) {
-    pthread_key_t key{};
-    if (::pthread_key_create(&key, end) == 0) m_index = key;
-}
-
-void* ThreadSlot::Get() const noexcept { return m_index ? ::pthread_getspecific(*m_index) : nullptr; }
-
-bool ThreadSlot::Set(void* value) const noexcept {
-    return m_index && ::pthread_setspecific(*m_index, value) == 0;
-}
-
 }  // namespace quillon::platform

@@ -38,12 +38,4 @@ void NameThread(const std::string& name) {
 
 std::uint32_t CurrentThreadId() { return ::GetCurrentThreadId(); }
 
-ThreadSlot::ThreadSlot(End end) {
-    if (const DWORD index = ::FlsAlloc(end); index != FLS_OUT_OF_INDEXES) m_index = index;
-}
-
-void* ThreadSlot::Get() const noexcept { return m_index ? ::FlsGetValue(*m_index) : nullptr; }
-
-bool ThreadSlot::Set(void* value) const noexcept { return m_index && ::FlsSetValue(*m_index, value) != 0; }
-
 }  // namespace quillon::platform
