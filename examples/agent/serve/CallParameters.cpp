@@ -22,9 +22,11 @@ bool IsTooLarge(const json& value) {
 }  // namespace
 
 bool CallParameters::Read(const json& object, const IMethodMetadataReader& method, InvocationResult& result) {
+    std::string faults;
     for (const auto& [name, value] : object.items()) {
-        if (!ReadOne(name, value, result)) return false;
+        if (!ReadOne(name, value, result)) faults += (faults.empty() ? "" : "; ") + result.errorMessage;
     }
+    if (!faults.empty()) return RefuseParameter(faults, result);
     return ReadParameters(m_texts, method, m_parameters, result);
 }
 
