@@ -95,8 +95,8 @@ TEST(AgentTool, NamesTheWordThatIsWrongAndWhatItResembles) {
         EXPECT_THAT(run.errors, HasSubstr(message));
         EXPECT_EQ(run.output, "");
     }
-    EXPECT_EQ(agent::Suggestion("ab", {"xy", "ba"}), "; did you mean 'ba'?");
-    EXPECT_EQ(agent::Suggestion("", {"a"}) + agent::Suggestion("abc", {"xyz"}), "");
+    EXPECT_EQ(agent::Suggestion("abc", {"xyz", "Acb"}), "; did you mean 'Acb'?");
+    EXPECT_EQ(agent::Suggestion("", {"a"}) + agent::Suggestion("-x", {"-h"}), "");
 }
 
 TEST(AgentTool, TellsItsVersionAndSomeOfItsMethods) {

@@ -96,7 +96,7 @@ private:
         const bool isNarrow = m_width < head.size() + kLeastColumn;
         std::string text = Wrapped(isNarrow ? "      " : std::string(head.size(), ' '), description);
         if (isNarrow || text.empty()) {
-            text.insert(0, head + '\n');
+            text.insert(0, head.substr(0, head.find_last_not_of(' ') + 1) + '\n');
         } else {
             text.replace(0, head.size(), head);
         }
