@@ -19,7 +19,7 @@ using MethodFunction = std::function<void(const MethodParameters&, InvocationRes
 /// Does the same with a binder of the method's own description, through which it reads the parameters.
 using DescribedMethodFunction = std::function<void(DescribedBinder&, InvocationResult&)>;
 
-/// Holds one method: its description, named "Module.Method", and the function that runs it.
+/// Holds one method: its description, named "Module.Method", and the function that runs it and may use it.
 struct Method {
     std::unique_ptr<IMethodMetadata> metadata;
     MethodFunction run;

@@ -5,10 +5,12 @@
 #include <sstream>
 
 #include "cli/Completion.h"
+#include "cli/MethodList.h"
 #include "cli/OpenMetrics.h"
 #include "cli/TableText.h"
 #include "common/Suggestion.h"
 #include "examples/RunAgent.h"
+#include "host/Host.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 
@@ -93,14 +95,23 @@ TEST(AgentTool, NamesTheWordThatIsWrongAndWhatItResembles) {
         EXPECT_THAT(run.errors, HasSubstr(message));
         EXPECT_EQ(run.output, "");
     }
-    EXPECT_EQ(agent::Suggestion("ab", {"xy", "ba"}), "; did you mean 'ba'?");
-    EXPECT_EQ(agent::Suggestion("", {"a"}) + agent::Suggestion("abc", {"xyz"}), "");
+    EXPECT_EQ(agent::Suggestion("abc", {"xyz", "Acb"}), "; did you mean 'Acb'?");
+    EXPECT_EQ(agent::Suggestion("", {"a"}) + agent::Suggestion("-x", {"-h"}), "");
 }
 
 TEST(AgentTool, TellsItsVersionAndSomeOfItsMethods) {
     EXPECT_EQ(RunAgent({"--version"}).output, "quillon-agent 1.0.0");
     EXPECT_THAT(RunAgent({"methods", "Network."}).output,
                 AllOf(HasSubstr("Network.Cidr\n"), Not(HasSubstr("System.Info"))));
+    for (const std::size_t width : {40U, 90U, 0U}) {
+        std::istringstream list(
+            agent::DescribeMethods(agent::Host({}).GetModules(), "Audit", agent::ListFormat::Text, width));
+        for (std::string line; std::getline(list, line);) {
+            const bool canBreak = line.find("quillon-agent run") == std::string::npos;
+            EXPECT_LE(line.size(), canBreak ? std::max<std::size_t>(width == 0 ? 100 : width, 50) : 200)
+                << line;
+        }
+    }
     const AgentRun service = RunAgent({"service", "run"});
     EXPECT_EQ(service.exitCode, 1);
     EXPECT_THAT(service.errors,

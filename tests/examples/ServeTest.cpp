@@ -166,6 +166,8 @@ TEST_F(ServedClient, GetsAnAnswerForEachLineWhateverItHolds) {
          "Parameter 'integer' must be at most 9223372036854775807"},
         {"object", R"({"method":"System.Echo","parameters":{"text":{}}})", 2, "must be a scalar or an array"},
         {"no table", R"({"method":"System.Echo","parameters":{"table":[[1]]}})", 2, "'table' is no table"},
+        {"several", R"({"method":"System.Echo","parameters":{"a":{},"b":{}}})", 2,
+         "Parameter 'a' must be a scalar or an array of objects; Parameter 'b' must be"},
         {"nobody's call", R"({"id":1,"cancel":7})", 2, "There is no call with this id"},
         {"good", R"({"id":"é","method":"System.Echo","parameters":{"integer":"5","text":null}})", 0, ""},
     };

@@ -16,28 +16,11 @@ constexpr std::size_t kNameWidth = 20;
 constexpr std::size_t kKindWidth = 26;
 constexpr std::size_t kLineWidth = 100;
 constexpr std::size_t kLeastWidth = 40;
+constexpr std::size_t kLeastColumn = 25;  // of descriptions beside the names
 
 std::string Padded(std::string text, std::size_t width) {
     text.resize(std::max(width, text.size() + 1), ' ');
     return text;
-}
-
-/// Of the lines of text, set once for a list.
-std::size_t& LineWidth() {
-    thread_local std::size_t width = kLineWidth;
-    return width;
-}
-
-/// Broken at blanks into lines that begin with the indent.
-std::string Wrapped(const std::string& indent, const std::string& text) {
-    std::istringstream words(text);
-    std::string lines, line;
-    for (std::string word; words >> word; line += ' ' + word) {
-        if (line.empty() || indent.size() + line.size() + word.size() <= LineWidth()) continue;
-        lines += indent + line.substr(1) + '\n';
-        line.clear();
-    }
-    return line.empty() ? lines : lines + indent + line.substr(1) + '\n';
 }
 
 void Join(std::string& list, const std::string& item) { list += (list.empty() ? "" : ", ") + item; }
@@ -57,21 +40,6 @@ std::string Versions(const Item& item) {
     return text;
 }
 
-/// Returns the remarks that methods, parameters and columns have alike, as wrapped lines.
-template <class Item>
-std::string Remarks(const std::string& indent, const Item& item) {
-    std::string text;
-    const std::string versions = Versions(item);
-    if (!versions.empty()) text += Wrapped(indent, "Introduced: " + versions);
-    item.VisitDeprecated([&](const char* version, const char* reason) {
-        text += Wrapped(indent, std::string("Deprecated since ") + version + ": " + reason);
-    });
-    item.VisitWarning(
-        [&](const char* warning) { text += Wrapped(indent, std::string("Warning: ") + warning); });
-    item.VisitNote([&](const char* note) { text += Wrapped(indent, std::string("Note: ") + note); });
-    return text;
-}
-
 std::string Default(const MethodParameter& parameter) {
     if (parameter.OptionalTable() != nullptr) return ", optional";
     Variant value;
@@ -80,45 +48,89 @@ std::string Default(const MethodParameter& parameter) {
     return ", default " + (isText ? '"' + value.GetStringValue() + '"' : value.AsString());
 }
 
-/// One parameter or column, followed by its remarks.
-template <class Item>
-std::string Line(const char* name, const std::string& kind, const Item& item) {
-    const char* const description = item.Description();
-    return "    " + Padded(name, kNameWidth) + Padded(kind, kKindWidth) +
-           (description == nullptr ? "" : description) + '\n' + Remarks("      ", item);
-}
+/// Describes methods for people, in lines of a width.
+class TextForm {
+public:
+    explicit TextForm(std::size_t width) : m_width(width) {}
 
-std::string Flags(const IMethodMetadataReader& method) {
-    std::string flags;
-    method.VisitFlag([&flags](const char* flag) { Join(flags, flag); });
-    return flags.empty() ? "" : Wrapped("  ", "Flags: " + flags);
-}
+    std::string operator()(const IMethodMetadataReader& method) const {
+        const std::string example = method.Example();
+        return std::string(method.MethodName()) + '\n' + Wrapped("  ", method.Description()) +
+               Remarks("  ", method) + Flags(method) + Parameters(method) + Columns(method) +
+               (example.empty() ? "" : "  Example:\n    " + example + '\n');
+    }
 
-std::string Parameters(const IMethodMetadataReader& method) {
-    std::string text;
-    method.VisitParameter([&text](const char* name, const MethodParameter& parameter) {
-        text += Line(name, parameter.Type() + Default(parameter), parameter);
-    });
-    if (method.HasAdditionalParameters()) text += Wrapped("    ", method.AdditionalParametersDescription());
-    return text.empty() ? "" : "  Parameters:\n" + text;
-}
+private:
+    /// Broken at blanks into lines that begin with the indent.
+    std::string Wrapped(const std::string& indent, const std::string& text) const {
+        std::istringstream words(text);
+        std::string lines, line;
+        for (std::string word; words >> word; line += ' ' + word) {
+            if (line.empty() || indent.size() + line.size() + word.size() <= m_width) continue;
+            lines += indent + line.substr(1) + '\n';
+            line.clear();
+        }
+        return line.empty() ? lines : lines + indent + line.substr(1) + '\n';
+    }
 
-std::string Columns(const IMethodMetadataReader& method) {
-    std::string text;
-    method.VisitColumn([&text](const char* name, const MethodColumn& column) {
-        text +=
-            Line(name, std::string(column.Type()) + (column.Alternative() ? ", alternative" : ""), column);
-    });
-    if (method.HasAdditionalColumns()) text += Wrapped("    ", method.AdditionalColumnsDescription());
-    return text.empty() ? "" : "  Columns:\n" + text;
-}
+    /// Returns the remarks that methods, parameters and columns have alike, as wrapped lines.
+    template <class Item>
+    std::string Remarks(const std::string& indent, const Item& item) const {
+        std::string text;
+        const std::string versions = Versions(item);
+        if (!versions.empty()) text += Wrapped(indent, "Introduced: " + versions);
+        item.VisitDeprecated([&](const char* version, const char* reason) {
+            text += Wrapped(indent, std::string("Deprecated since ") + version + ": " + reason);
+        });
+        item.VisitWarning(
+            [&](const char* warning) { text += Wrapped(indent, std::string("Warning: ") + warning); });
+        item.VisitNote([&](const char* note) { text += Wrapped(indent, std::string("Note: ") + note); });
+        return text;
+    }
 
-std::string ToText(const IMethodMetadataReader& method) {
-    const std::string example = method.Example();
-    return std::string(method.MethodName()) + '\n' + Wrapped("  ", method.Description()) +
-           Remarks("  ", method) + Flags(method) + Parameters(method) + Columns(method) +
-           (example.empty() ? "" : "  Example:\n    " + example + '\n');
-}
+    /// One parameter or column, followed by its remarks.
+    template <class Item>
+    std::string Line(const char* name, const std::string& kind, const Item& item) const {
+        const std::string head = "    " + Padded(name, kNameWidth) + Padded(kind, kKindWidth);
+        const std::string description = item.Description() == nullptr ? "" : item.Description();
+        const bool isNarrow = m_width < head.size() + kLeastColumn;
+        std::string text = Wrapped(isNarrow ? "      " : std::string(head.size(), ' '), description);
+        if (isNarrow || text.empty()) {
+            text.insert(0, head.substr(0, head.find_last_not_of(' ') + 1) + '\n');
+        } else {
+            text.replace(0, head.size(), head);
+        }
+        return text + Remarks("      ", item);
+    }
+
+    std::string Flags(const IMethodMetadataReader& method) const {
+        std::string flags;
+        method.VisitFlag([&flags](const char* flag) { Join(flags, flag); });
+        return flags.empty() ? "" : Wrapped("  ", "Flags: " + flags);
+    }
+
+    std::string Parameters(const IMethodMetadataReader& method) const {
+        std::string text;
+        method.VisitParameter([&](const char* name, const MethodParameter& parameter) {
+            text += Line(name, parameter.Type() + Default(parameter), parameter);
+        });
+        if (method.HasAdditionalParameters())
+            text += Wrapped("    ", method.AdditionalParametersDescription());
+        return text.empty() ? "" : "  Parameters:\n" + text;
+    }
+
+    std::string Columns(const IMethodMetadataReader& method) const {
+        std::string text;
+        method.VisitColumn([&](const char* name, const MethodColumn& column) {
+            text += Line(name, std::string(column.Type()) + (column.Alternative() ? ", alternative" : ""),
+                         column);
+        });
+        if (method.HasAdditionalColumns()) text += Wrapped("    ", method.AdditionalColumnsDescription());
+        return text.empty() ? "" : "  Columns:\n" + text;
+    }
+
+    std::size_t m_width;
+};
 
 /// Each documented method whose name begins so in a form, with `separator` between them.
 template <class Form>
@@ -149,8 +161,8 @@ std::string DescribeMethods(const ModuleList& modules, const std::string& prefix
         case ListFormat::Text:
             break;
     }
-    LineWidth() = width == 0 ? kLineWidth : std::clamp(width, kLeastWidth, kLineWidth);
-    return Documented(modules, prefix, "\n", &ToText);
+    const TextForm form(width == 0 ? kLineWidth : std::clamp(width, kLeastWidth, kLineWidth));
+    return Documented(modules, prefix, "\n", form);
 }
 
 }  // namespace quillon::agent

@@ -35,7 +35,7 @@ std::size_t Distance(const std::string& a, const std::string& b) {
 std::string Suggestion(const std::string& word, const std::vector<std::string>& names) {
     if (word.empty() || word.size() > kLongest) return {};
     const std::string lower = StringUtils::ToLowercase(word);
-    std::size_t least = std::max<std::size_t>(word.size() / 3, 1) + 1;
+    std::size_t least = word.size() / 3 + 1;
     std::string best;
     for (const std::string& name : names) {
         const std::size_t distance = Distance(lower, StringUtils::ToLowercase(name));

@@ -78,19 +78,20 @@ struct Reading {
     const char* type;
     Read (*read)(const std::string& name, const std::string& text);
     const char* expected;
+    const char* sample;      ///< a text that can be read; null when there is none
     const char* range = "";  ///< what is expected of one that is too large
 };
 
 const Reading& ReadingOf(std::string_view type) {
     static const Reading readings[] = {
-        {"integer", &ToNumber<long long>, "an integer",
+        {"integer", &ToNumber<long long>, "an integer", "0",
          "between -9223372036854775808 and 9223372036854775807"},
-        {"float", &ToNumber<double>, "a number", "within the range of a double"},
-        {"boolean", &ToBoolean, "true, false, 1 or 0"},
-        {"datetime", &ToDateTime, "a date and time such as 2026-01-31T18:30:00Z"},
-        {"table", &ToNothing, "a table, which the command line cannot give"},
+        {"float", &ToNumber<double>, "a number", "0", "within the range of a double"},
+        {"boolean", &ToBoolean, "true, false, 1 or 0", "0"},
+        {"datetime", &ToDateTime, "a date and time such as 2026-01-31T18:30:00Z", "1970-01-01T00:00:00"},
+        {"table", &ToNothing, "a table, which the command line cannot give", nullptr},
     };
-    static const Reading asText = {"string", &ToText, "a text"};
+    static const Reading asText = {"string", &ToText, "a text", ""};
     const auto* const found = std::find_if(std::begin(readings), std::end(readings),
                                            [type](const Reading& reading) { return reading.type == type; });
     return found == std::end(readings) ? asText : *found;
@@ -146,8 +147,11 @@ bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMeta
         const auto declared = types.find(name);
         const Reading& reading = ReadingOf(declared == types.end() ? "string" : declared->second);
         Read read = reading.read(name, text);
-        if (!read.value) faults.Add(name, text, reading, read.isOutOfRange);
-        parameters.scalars.Add(read.value ? std::move(*read.value) : Variant(name, text));
+        if (!read.value) {
+            faults.Add(name, text, reading, read.isOutOfRange);
+            read = reading.sample == nullptr ? ToText(name, text) : reading.read(name, reading.sample);
+        }
+        parameters.scalars.Add(std::move(*read.value));
     }
     if (faults.Text().empty()) return true;
     faults.AddOthers(DescribedBinder::FindFaults(parameters, method));

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 #include "common/Failure.h"
 #include "quillon/StringUtils.h"
@@ -111,23 +112,23 @@ std::string TableLayout::ReadExtent(const std::string& text, Field& field) {
 }
 
 void TableLayout::AddColumn(const Field& field, TextToDataTableParser& parser, DataTable& table) {
-    IParsableField* const extent = MakeExtent(field.extent).release();
+    std::unique_ptr<IParsableField> extent = MakeExtent(field.extent);
     switch (field.type) {
         case Type::Text:
             table.AddStringCol(field.name);
-            return parser.AddField<std::string>(field.name, extent, 0);
+            return parser.AddField<std::string>(field.name, std::move(extent));
         case Type::Integer:
             table.AddLongLongCol(field.name);
-            return parser.AddField<long long>(field.name, extent, field.factor);
+            return parser.AddField<long long>(field.name, std::move(extent), field.factor);
         case Type::Real:
             table.AddDoubleCol(field.name);
-            return parser.AddField<double>(field.name, extent, field.factor);
+            return parser.AddField<double>(field.name, std::move(extent), field.factor);
         case Type::Boolean:
             table.AddBoolCol(field.name);
-            return parser.AddField<bool>(field.name, extent, 0);
+            return parser.AddField<bool>(field.name, std::move(extent));
         case Type::Time:
             table.AddNullCol(field.name);  // a table has no other column for times
-            return parser.AddField<TimePoint>(field.name, extent, 0);
+            return parser.AddField<TimePoint>(field.name, std::move(extent));
     }
 }
 

@@ -9,9 +9,11 @@ namespace quillon::agent {
 
 bool CallParameters::Read(const std::map<std::string, RequestValue>& values,
                           const IMethodMetadataReader& method, InvocationResult& result) {
+    std::string faults;
     for (const auto& [name, value] : values) {
-        if (!ReadOne(name, value, result)) return false;
+        if (!ReadOne(name, value, result)) faults += (faults.empty() ? "" : "; ") + result.errorMessage;
     }
+    if (!faults.empty()) return RefuseParameter(faults, result);
     return ReadParameters(m_texts, method, m_parameters, result);
 }
 
