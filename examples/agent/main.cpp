@@ -66,7 +66,9 @@ int ServeWith(const ServeCommand& command, const WriteFunction& write) {
     try {
         return Serve(host, command.settings, write);
     } catch (const std::runtime_error& error) {
-        ServiceLocator::Get<ICLogger>()->Error("%s", LogText::OneLine(error.what()).c_str());
+        const LogSettings& log = command.host.log;  // without one, what is thrown is enough
+        if (!log.file.empty() || log.systemLog != SystemLog::None)
+            ServiceLocator::Get<ICLogger>()->Error("%s", LogText::OneLine(error.what()).c_str());
         throw;
     }
 }

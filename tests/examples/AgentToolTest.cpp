@@ -72,9 +72,10 @@ TEST(AgentTool, NamesTheWordThatIsWrongAndWhatItResembles) {
     } cases[] = {
         {{"rnu"}, "Unknown sub-command 'rnu'; did you mean 'run'?"},
         {{"run", "System.Info", "--fromat=json"}, "Unknown option '--fromat'; did you mean '--format'?"},
-        {{"serve", "--zzzzz"}, "Unknown option '--zzzzz'\n"},
+        {{"serve", "--zzzzz"}, "Unknown option '--zzzzz'"},
         {{"run", "system.inf"}, "Unknown method 'system.inf'; did you mean 'System.Info'?"},
-        {{"run", "Commands.Run", "command=a", "timout=5"}, "named 'timout'; did you mean 'timeout'?"},
+        {{"run", "Commands.Run", "command=a", "timout=5", "linse=1"},
+         "named 'timout'; did you mean 'timeout'?; Undefined parameter named 'linse'; did you mean 'lines'?"},
         {{"run", "Commands.Run", "comand=a"},
          "Missing parameter 'command'; Undefined parameter named 'comand'; "
          "did you mean 'command'?"},

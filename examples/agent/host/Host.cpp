@@ -1,7 +1,9 @@
 #include "host/Host.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
+#include <string_view>
 
 #include "common/ShownText.h"
 #include "common/Suggestion.h"
@@ -41,16 +43,18 @@ InvocationResult Thrown(const std::string& method, const char* what) {
     }
 }
 
-/// Adds the described name that an undefined parameter resembles.
+/// Adds to each undefined parameter the described name that it resembles.
 void Hint(const IMethodMetadataReader& method, InvocationResult& result) {
-    const std::string kUndefined = "Undefined parameter named '";
-    const std::size_t found = result.errorMessage.find(kUndefined);
-    if (result.resultCode != InvocationResult::kBadParameter || found == std::string::npos) return;
-    const std::size_t begin = found + kUndefined.size();
-    const std::string name = result.errorMessage.substr(begin, result.errorMessage.find('\'', begin) - begin);
+    constexpr std::string_view kUndefined = "Undefined parameter named '";
+    if (result.resultCode != InvocationResult::kBadParameter) return;
     std::vector<std::string> names;
     method.VisitParameter([&names](const char* described, const auto&) { names.emplace_back(described); });
-    result.errorMessage += Suggestion(name, names);
+    std::string& text = result.errorMessage;
+    for (std::size_t at = text.find(kUndefined); at != std::string::npos; at = text.find(kUndefined, at)) {
+        at += kUndefined.size();
+        const std::size_t end = std::min(text.find('\'', at), text.size() - 1);
+        text.insert(end + 1, Suggestion(text.substr(at, end - at), names));
+    }
 }
 
 /// A builder describes one item: each is made afresh.

@@ -16,6 +16,9 @@ namespace quillon::agent {
 
 namespace {
 
+constexpr int kStandardOutput = 1;
+constexpr int kStandardError = 2;
+
 InterruptHandler& Handler() {
     static constinit InterruptHandler handler = nullptr;
     return handler;
@@ -29,9 +32,10 @@ std::function<void()>& Task() {
 
 /// Runs on a thread that the system makes for it.
 BOOL WINAPI HandleControl(DWORD event) {
-    if (!Handler()()) return FALSE;  // the default handler ends the process
+    if (event == CTRL_LOGOFF_EVENT) return TRUE;  // only services are told, of every account
+    if (!Handler()()) return FALSE;               // the default handler ends the process
     if (Task()) Task()();
-    // A closing console, logoff or shutdown ends the process when this returns:
+    // A closing console or shutdown ends the process when this returns:
     // leave main the seconds that the system grants.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) ::Sleep(INFINITE);
     return TRUE;
@@ -58,12 +62,16 @@ std::vector<std::string> GetArguments(int, char**) {
     return arguments;
 }
 
+/// A service has descriptors without a handle. Its streams stay without a descriptor: what is written to
+/// them is lost, as it is with the null device.
 void SecureStandardStreams() {
-    int opened = 0;
-    do {  // the lowest free descriptor is taken
-        opened = ::_open("NUL", _O_RDWR);
-    } while (opened >= 0 && opened <= 2);
-    if (opened > 2) ::_close(opened);
+    for (int descriptor = 0; descriptor <= kStandardError; ++descriptor) {
+        if (::_get_osfhandle(descriptor) >= 0) continue;
+        const int null = ::_open("NUL", _O_RDWR);
+        if (null < 0 || null == descriptor) continue;
+        ::_dup2(null, descriptor);
+        ::_close(null);
+    }
 }
 
 std::FILE* OpenToAppend(const std::string& file) {
@@ -71,12 +79,12 @@ std::FILE* OpenToAppend(const std::string& file) {
 }
 
 std::FILE* TakeStandardOutput() {
-    const int taken = ::_dup(::_fileno(stdout));
+    const int taken = ::_dup(kStandardOutput);
     if (taken < 0) return nullptr;
     ::_setmode(taken, _O_BINARY);  // CSV ends its lines itself
     ::SetHandleInformation(reinterpret_cast<HANDLE>(::_get_osfhandle(taken)), HANDLE_FLAG_INHERIT, 0);
     std::FILE* stream = nullptr;
-    if (::_dup2(::_fileno(stderr), ::_fileno(stdout)) == 0) stream = ::_fdopen(taken, "wb");
+    if (::_dup2(kStandardError, kStandardOutput) == 0) stream = ::_fdopen(taken, "wb");
     if (stream == nullptr) ::_close(taken);
     SpeakUtf8();
     return stream;

@@ -176,7 +176,7 @@ TEST_F(SwappedPlaces, CopyAndAtomicWriteReplaceALinkAndFollowNone) {
                     EXPECT_TRUE(FS::WriteFileAtomic(target, "content"));
                     break;
                 default:
-                    static_cast<void>(FS::SecureFile(target));
+                    static_cast<void>(FS::SecureFile(target));  // it may be gone
                     break;
             }
         });
