@@ -13,8 +13,6 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::uint32_t kNoResourceData = 1812;
-
 bool ReadFully(const FileHandle& file, std::uint64_t offset, char* buffer, std::size_t size) {
     if (offset > std::numeric_limits<off_t>::max()) return false;
     while (size > 0) {
@@ -44,8 +42,10 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     auto texts = base::ReadPeVersion(read, found);
     if (!found) texts = ReadElfVersion(read);
     if (isThere != nullptr) *isThere = found || texts;
-    if (found && !texts) SetLastErrorCode(kNoResourceData);
-    if (!texts) return std::nullopt;
+    if (!texts) {
+        SetLastErrorCode(kNoResourceData);
+        return std::nullopt;
+    }
     return VersionResource(std::make_shared<const Content>(Content{std::move(*texts)}));
 }
 
