@@ -1,8 +1,11 @@
 #include "quillon/FileSystemUtils.h"
 
 #include "Utils/internal/TreeWalk.h"
+#include "base/ErrorCodes.h"
 #include "base/Utf.h"
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/KeptError.h"
 #include "platform/TextApi.h"
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
@@ -28,29 +31,37 @@ std::string ForOpening(const std::string& path) {
     return name == given ? path : base::ToUtf8(name);
 }
 
+/// The sizes of files, and why the first one that is not counted could not be.
 class SizeSum final : public ITreeVisitor {
 public:
     bool OnFile(FolderWalk& walk, const std::string&, const std::string& name) override {
-        m_bytes += walk.SizeOf(name).value_or(0);
+        const auto size = walk.SizeOf(name);
+        if (!size) Miss();
+        m_bytes += size.value_or(0);
         return true;
     }
     bool OnFolderLink(FolderWalk&, const std::string&) override { return true; }
     bool AfterFolder(FolderWalk&, const std::string&) override { return true; }
 
-    std::uint64_t Bytes() const { return m_bytes; }
+    void Miss() {
+        if (m_error == 0) m_error = platform::LastError();
+    }
+    /// Leaves the reason as the last error.
+    std::uint64_t Bytes() const {
+        platform::SetLastErrorCode(m_error);
+        return m_bytes;
+    }
 
 private:
     std::uint64_t m_bytes = 0;
+    std::uint32_t m_error = 0;
 };
 
-std::uint64_t SizeOfImmediateFiles(const std::string& directory) {
+bool AddImmediateFiles(const std::string& directory, SizeSum& sum) {
     auto walk = FolderWalk::Open(directory, FolderWalk::Purpose::ToList);
-    std::uint64_t bytes = 0;
-    if (!walk) return bytes;
-    walk->List([&](platform::DirectoryEntry&& entry) {
-        if (!entry.isDirectory) bytes += walk->SizeOf(entry.name).value_or(0);
+    return walk && walk->List([&](platform::DirectoryEntry&& entry) {
+        if (!entry.isDirectory) sum.OnFile(*walk, directory, entry.name);
     });
-    return bytes;
 }
 
 }  // namespace
@@ -64,7 +75,8 @@ bool FileSystemUtils::Exists(const wchar_t* path) { return Exists(std::wstring(p
 bool FileSystemUtils::Exists(const std::wstring& path) {
     const std::string narrow = platform::PathFromWide(path);
     if (platform::AttributesOf(narrow)) return true;
-    const std::string reason = StringUtils::GetLastErrorAsString();  // logging overwrites it
+    const platform::KeptError error;
+    const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(error.Code()));
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Debug("Cannot get attributes of '%s' because: %s", LogText::OneLine(narrow).c_str(),
                       reason.c_str());
@@ -101,14 +113,20 @@ bool FileSystemUtils::IsDirectory(const std::wstring& path) {
 }
 
 std::uint64_t FileSystemUtils::GetFileSizeInBytes(const std::string& path) {
-    return platform::SizeOfFile(ForOpening(path)).value_or(0);
+    const auto size = platform::SizeOfFile(ForOpening(path));
+    if (size) platform::SetLastErrorCode(0);
+    return size.value_or(0);
 }
 
 std::uint64_t FileSystemUtils::GetDirectorySizeInBytes(const std::string& directory, bool recursive) {
-    if (directory.empty()) return 0;
-    if (!recursive) return SizeOfImmediateFiles(directory);
+    if (directory.empty()) {
+        platform::SetLastErrorCode(base::kPathNotFound);
+        return 0;
+    }
     SizeSum sum;
-    WalkTree(directory, FolderWalk::Purpose::ToList, sum);
+    const bool isListed =
+        recursive ? WalkTree(directory, FolderWalk::Purpose::ToList, sum) : AddImmediateFiles(directory, sum);
+    if (!isListed) sum.Miss();
     return sum.Bytes();
 }
 

@@ -6,6 +6,7 @@
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/KeptError.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
@@ -49,9 +50,8 @@ public:
 }  // namespace
 
 bool FailToErase(const std::string& path) {
-    const std::uint32_t code = platform::LastError();  // logging overwrites it
-    const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
-    const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(code));
+    const platform::KeptError error;
+    const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(error.Code()));
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Error("Cannot delete '%s' because: %s", LogText::OneLine(path).c_str(), reason.c_str());
     }
@@ -107,6 +107,7 @@ std::string FileSystemUtils::GetTemporaryDirectory() {
         if (directory) return *directory;
     }
     // Callers get a path also when there is no directory: that of a file, if one can be made.
+    const platform::KeptError whyThereIsNone;
     std::string path = GetTemporaryFile();
     EraseFile(path, false);
     return path;

@@ -136,6 +136,7 @@ bool FileSystemUtils::ReadFileLimited(const std::string& path, std::uint64_t mos
     }
     text = reader.TakeText(effective);
     if (effective != ANSI) StripBom(text);
+    platform::SetLastErrorCode(0);
     return true;
 } catch (const std::bad_alloc&) {
     return RefuseForMemory();

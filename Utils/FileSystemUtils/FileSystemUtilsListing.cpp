@@ -21,7 +21,7 @@ std::uint32_t FindFilesInto(const std::string& pattern, std::vector<Text>* files
     std::string directory = PathUtils::DirName(pattern, PathUtils::PathSep);
     if (directory.empty()) directory = PathUtils::PathSepStr();
     std::uint32_t count = 0;
-    platform::EnumerateMatches(pattern, [&](const DirectoryEntry& entry) {
+    const bool isSearched = platform::EnumerateMatches(pattern, [&](const DirectoryEntry& entry) {
         if (entry.isDirectory) return true;
         ++count;
         if (files != nullptr) {
@@ -29,6 +29,7 @@ std::uint32_t FindFilesInto(const std::string& pattern, std::vector<Text>* files
         }
         return true;
     });
+    if (isSearched) platform::SetLastErrorCode(count > 0 ? 0 : base::kFileNotFound);
     return count;
 }
 

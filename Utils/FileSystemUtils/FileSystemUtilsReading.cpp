@@ -1,5 +1,6 @@
 #include <string_view>
 
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 
@@ -53,6 +54,7 @@ std::string FileSystemUtils::ReadContentsOfFile(const std::string& path) {
     TextMode reader;
     if (!platform::ReadPieces(path, [&](std::string_view piece) { return reader.Add(piece); })) return {};
     reader.Finish();
+    platform::SetLastErrorCode(0);
     return std::move(reader.Text());
 }
 
@@ -85,6 +87,7 @@ std::string FileSystemUtils::ReadSingleLineFromFile(const std::string& path) {
     });
     if (!isRead) return {};
     reader.Finish();
+    platform::SetLastErrorCode(0);
     return reader.Text().substr(0, lineFeed);
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/KeptError.h"
 #include "platform/SecurityApi.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/FileSystemUtils.h"
@@ -23,11 +24,9 @@ public:
     const char* what() const noexcept override { return "copy(p1, p2): invalid arguments"; }
 };
 
-/// Keeps the last error, which says why the copy failed.
 void Drop(const wchar_t* privilege) {
-    const std::uint32_t code = platform::LastError();
+    const platform::KeptError whyTheCopyFailed;
     platform::SetPrivilege(privilege, false);
-    platform::SetLastErrorCode(code);
 }
 
 bool CopySecurity(const std::string& source, const std::string& destination) {
@@ -35,8 +34,7 @@ bool CopySecurity(const std::string& source, const std::string& destination) {
     const auto security = platform::ReadSecurity(source, kLargestDescriptor);
     if (!security) return false;
     if (platform::WriteSecurity(destination, *security)) return true;
-    const std::uint32_t code = platform::LastError();  // logging overwrites it
-    const DestructorFunctor restore([code] { platform::SetLastErrorCode(code); });
+    const platform::KeptError error;
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         logger->Error(
             "Unable to copy file security and ownership to '%s' despite process SE_SECURITY_NAME, "
@@ -51,8 +49,7 @@ bool CopySecurity(const std::string& source, const std::string& destination) {
 bool FileSystemUtils::FileCopy(const std::string& source, const std::string& destination) {
     if (!Exists(source)) return false;
     if (!platform::CopyFileOver(source, destination)) throw CopyError();
-    const bool isSecured = CopyFileAcl(source, destination);
-    return Exists(destination) && isSecured;
+    return CopyFileAcl(source, destination) && Exists(destination);
 }
 
 bool FileSystemUtils::CopyFileAcl(const std::string& source, const std::string& destination) {

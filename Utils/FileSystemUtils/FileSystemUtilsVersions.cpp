@@ -6,6 +6,7 @@
 
 #include "Utils/internal/VersionInformationCache.h"
 #include "Utils/internal/VersionText.h"
+#include "base/ErrorCodes.h"
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
 #include "platform/VersionResourceApi.h"
@@ -51,6 +52,8 @@ public:
 
     Information Run();
     void Log(ICLogger& logger);
+    /// Why there is no information; 0 when there is.
+    [[nodiscard]] std::uint32_t Error() const { return m_error; }
 
 private:
     enum class End { Missing, Kept, NoResource, Unreadable, NoFixed, BadSignature, Read };
@@ -81,6 +84,7 @@ Information VersionLookup::Run() {
         bool isDirectory = false;
         const bool exists = FileSystemUtils::Exists(m_path, isDirectory, &m_modificationTime);
         if (!exists || isDirectory) {
+            m_error = exists ? base::kAccessDenied : platform::LastError();
             m_paths = m_cache.Drop(m_path);
             return {};
         }
@@ -90,6 +94,7 @@ Information VersionLookup::Run() {
         if (!m_kept.information) return Read();
         m_end = End::Kept;
         m_paths = m_kept.paths;
+        if (*m_kept.information == Information{}) m_error = platform::kNoResourceData;
         return *m_kept.information;
     }
 }
@@ -105,14 +110,14 @@ Information VersionLookup::Read() {
 VersionLookup::End VersionLookup::ReadResource(Information& information) {
     bool isThere = false;
     const auto resource = VersionResource::Load(m_path, &isThere);
+    if (!resource) m_error = platform::LastError();
     if (!isThere) return End::NoResource;
-    if (!resource) {
-        m_error = platform::LastError();
-        return End::Unreadable;
-    }
+    if (!resource) return End::Unreadable;
     const auto fixed = resource->Fixed();
-    if (!fixed) return End::NoFixed;
-    if (fixed->signature != FixedVersion::kSignature) return End::BadSignature;
+    if (!fixed || fixed->signature != FixedVersion::kSignature) {
+        m_error = base::kInvalidData;
+        return fixed ? End::BadSignature : End::NoFixed;
+    }
     information = {Dotted(fixed->fileHigh, fixed->fileLow), Dotted(fixed->productHigh, fixed->productLow),
                    VersionString(*resource, "FileDescription"), VersionString(*resource, "ProductName"),
                    VersionString(*resource, "OriginalFilename")};
@@ -216,6 +221,7 @@ FileSystemUtils::VersionInformation FileSystemUtils::GetVersionInformation(const
     ICLogger* const logger = detail::RegisteredLoggerIfAny();
     if (filePath.empty()) {
         if (logger != nullptr) logger->Debug("GetVersionInformation: empty filePath");
+        platform::SetLastErrorCode(base::kPathNotFound);
         return {};
     }
     static const std::string none;
@@ -224,6 +230,7 @@ FileSystemUtils::VersionInformation FileSystemUtils::GetVersionInformation(const
     VersionLookup lookup(filePath, isValid ? language : none);
     VersionInformation information = lookup.Run();
     if (logger != nullptr) lookup.Log(*logger);
+    platform::SetLastErrorCode(lookup.Error());
     return information;
 }
 

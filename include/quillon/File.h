@@ -14,8 +14,8 @@ namespace quillon {
 ///
 /// It holds a path (UTF-8) and an encoding, no handle: each operation opens and closes the file
 /// itself. It is a plain value; one object is used by one thread at a time. What
-/// FileSystemUtils says of the encodings holds here too. Invalid UTF-8 that is to be written as
-/// UTF-16 throws std::range_error.
+/// FileSystemUtils says of the encodings and of the last error holds here too. Invalid UTF-8 that is to be
+/// written as UTF-16 throws std::range_error.
 ///
 /// @code
 /// File file = File::Open("C:\\data\\list.txt");
@@ -41,7 +41,8 @@ public:
     /// gives a last, empty line, and an empty or missing file gives one empty line.
     std::vector<std::string> ReadByLine();
     /// Writes the file anew in `encoding`, else in the stored one, which stays. With neither,
-    /// returns false and writes the Error entry "No file encoding supplied to File::Write()".
+    /// returns false (87, ERROR_INVALID_PARAMETER) and writes the Error entry "No file encoding
+    /// supplied to File::Write()".
     bool Write(const std::string& text, FileEncoding encoding = FileSystemUtils::NOTSET);
     /// Appends in `encoding`, else in the stored one, else in the detected one, which is then
     /// stored. A missing or empty file of unknown encoding becomes UTF8NOBOM. Returns false

@@ -21,7 +21,8 @@ namespace quillon {
 /// the result (false, 0 or an empty text). The system's last error then says why, as a Windows code
 /// on both systems: 2 (ERROR_FILE_NOT_FOUND) or 3 (ERROR_PATH_NOT_FOUND) for what is missing, 5
 /// (ERROR_ACCESS_DENIED), 32 (ERROR_SHARING_VIOLATION), 112 (ERROR_DISK_FULL), 123
-/// (ERROR_INVALID_NAME) for a path with a NUL, and the codes that are named below. A file whose size
+/// (ERROR_INVALID_NAME) for a path with a NUL, and the codes that are named below; no log entry hides
+/// it. Sizes, readers and FindFiles(), whose success may look the same, then set 0. A file whose size
 /// the system tells as 0, as those of /proc, is read only if it ends within 64 MiB (else 8,
 /// ERROR_NOT_ENOUGH_MEMORY). Nothing is logged and nothing thrown unless it is said. Entries go to
 /// the registered logger. Every operation is thread-safe as far as the file system is: between a test
@@ -70,7 +71,7 @@ public:
     static std::uint64_t GetFileSizeInBytes(const std::string& path);
     /// Returns the sum of the sizes of the directory's files, and with `recursive` of all below
     /// it; links to directories are not entered. What cannot be read counts 0, and a directory
-    /// that cannot be listed ends the sum.
+    /// that cannot be listed ends the sum; the last error tells the first of these.
     static std::uint64_t GetDirectorySizeInBytes(const std::string& directory, bool recursive);
     /// Returns false always; ProcessUtils::IsOsProcess() tells by a product's name.
     static bool IsOperatingSystemProcess(const std::string& path);
@@ -79,9 +80,9 @@ public:
 
     /// Appends the paths of the files, not directories, that match a pattern with '*' and '?'
     /// in its last element, in the system's order, and returns their number; the vector may be
-    /// null. 0 means that nothing matches or that the search failed. A pattern without a
-    /// directory is matched in the working directory, but each result is then a backslash and
-    /// the name.
+    /// null. 0 means that nothing matches (2, ERROR_FILE_NOT_FOUND) or that the search failed. A pattern
+    /// without a directory is matched in the working directory, but each result is then a backslash and the
+    /// name.
     static std::uint32_t FindFiles(const char* pattern, std::vector<std::string>* files);
     static std::uint32_t FindFiles(const std::string& pattern, std::vector<std::string>* files);
     static std::uint32_t FindFiles(const wchar_t* pattern, std::vector<std::wstring>* files);
@@ -169,7 +170,9 @@ public:
     /// Callers that ask for one path at once read it once. Empty texts, not kept, are returned
     /// for a missing file (logged at Trace), a resource that cannot be read (Warn "Could not
     /// get version of 'X' because: ..."), one without the fixed part or its signature (Debug),
-    /// and an empty path (Debug). What the cache does is logged at Trace and Debug.
+    /// and an empty path (Debug). What the cache does is logged at Trace and Debug. The last error is
+    /// 0 for a version, 1812 (ERROR_RESOURCE_DATA_NOT_FOUND; 1813 and 1814 on Windows) without a
+    /// resource, and 13 (ERROR_INVALID_DATA) without the fixed part or its signature.
     static VersionInformation GetVersionInformation(const std::string& filePath, const std::string& language);
     /// Forgets all answers that are kept.
     static void ClearVersionInformationCache();
@@ -301,7 +304,7 @@ public:
     /// UTF-16 takes the byte order of its mark, and without one is big-endian, except as
     /// UTF16LENOBOM; decoding ends before the first invalid code unit. A file that cannot be
     /// opened gives the empty text and leaves `detected`. A value of `forced` that is no
-    /// enumerator gives the empty text and an Error entry.
+    /// enumerator gives the empty text (87, ERROR_INVALID_PARAMETER) and an Error entry.
     static std::string ReadFile(const std::string& path, FileEncoding& detected, FileEncoding forced);
     /// Sets `text` to what ReadFile() returns of a file of at most `mostBytes` bytes, which is as
     /// much as is read of one that tells a smaller size or none. Returns false, with an empty
@@ -322,7 +325,7 @@ public:
     /// Writes a file anew in `encoding`, with the mark that belongs to it. `text` is UTF-8 (for
     /// ANSI: bytes as they stand); a mark at its start is dropped. Returns whether every byte
     /// was written and the file closed without error. Invalid UTF-8 for UTF-16 throws
-    /// std::range_error; NOTSET or no enumerator gives false and an Error entry; both leave the
+    /// std::range_error; NOTSET or no enumerator gives false (87) and an Error entry; both leave the
     /// file alone. The file is not replaced at once: a failure midway leaves a part.
     [[nodiscard]] static bool WriteFile(const std::string& path, const std::string& text,
                                         FileEncoding encoding);
@@ -341,7 +344,7 @@ public:
     /// in the detected encoding; `current` then tells which. Returns false for a file that
     /// cannot be opened or detected. Invalid UTF-8 for UTF-16 throws std::range_error and
     /// leaves the file; a value that is no enumerator makes the file and gives an Error entry
-    /// and false.
+    /// and false (87).
     [[nodiscard]] static bool AppendToFile(const std::string& path, const std::string& text,
                                            FileEncoding& current, FileEncoding requested);
 

@@ -45,7 +45,8 @@ public:
 
     /// Reads the list; `path` is UTF-8. `displayName`, which may be null, names the list in the entry
     /// "LSZ file '%s' is not complete". A file that cannot be opened gives the Error entry "Cannot open
-    /// LSZ file '%s' because: %s".
+    /// LSZ file '%s' because: %s". When ParsedOk() will be false, the last error is the reason of the system,
+    /// or 13 (ERROR_INVALID_DATA) for a list that is not complete or is wrong.
     LsZFile(const std::string& path, const std::string* displayName);
     ~LsZFile();
     LsZFile(const LsZFile&) = delete;

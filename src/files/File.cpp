@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/ErrorCodes.h"
+#include "platform/ErrorText.h"
 #include "quillon/ICLogger.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -35,6 +37,7 @@ bool File::Write(const std::string& text, FileEncoding encoding) {
     if (ICLogger* logger = detail::RegisteredLogger()) {
         logger->Error("No file encoding supplied to File::Write()");
     }
+    platform::SetLastErrorCode(base::kInvalidParameter);
     return false;
 }
 

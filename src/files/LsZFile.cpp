@@ -2,7 +2,9 @@
 
 #include <new>
 
+#include "base/ErrorCodes.h"
 #include "files/LsZParser.h"
+#include "platform/ErrorText.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/LogText.h"
 #include "quillon/detail/RegisteredLogger.h"
@@ -20,6 +22,7 @@ LsZFile::LsZFile(const std::string& path, const std::string* displayName)
             m_logger->Error("Cannot open LSZ file '%s' because: %s", LogText::OneLine(path).c_str(),
                             "it needs too much memory");
         }
+        platform::SetLastErrorCode(base::kNotEnoughMemory);
     }
 }
 

@@ -6,8 +6,10 @@
 #include <utility>
 
 #include "base/AsciiRun.h"
+#include "base/ErrorCodes.h"
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
+#include "platform/KeptError.h"
 #include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
 
@@ -71,14 +73,17 @@ void LsZFile::Parser::Log(void (ICLogger::*write)(const char*, std::va_list), co
 bool LsZFile::Parser::Parse() {
     if (!OpenLsZFile()) return false;
     ReadLines();
-    return Decide();
+    const bool isOk = Decide();
+    platform::SetLastErrorCode(isOk ? 0 : m_readError != 0 ? m_readError : base::kInvalidData);
+    return isOk;
 }
 
 bool LsZFile::Parser::OpenLsZFile() {
     if (!m_reader.IsOpen()) {
-        const auto code = static_cast<std::int32_t>(platform::LastError());
+        const platform::KeptError error;
+        const std::string reason = StringUtils::GetErrorAsString(static_cast<std::int32_t>(error.Code()));
         Log(&ICLogger::ErrorV, "Cannot open LSZ file '%s' because: %s",
-            LogText::OneLine(m_record.path).c_str(), StringUtils::GetErrorAsString(code).c_str());
+            LogText::OneLine(m_record.path).c_str(), reason.c_str());
         return false;
     }
     m_file.m_isUnicode = m_reader.IsUnicode();
@@ -116,6 +121,7 @@ void LsZFile::Parser::AddEntry(FileFromLsZ entry) {
 
 bool LsZFile::Parser::GetNextListLine() {
     const std::string_view bytes = m_reader.Next();
+    if (m_reader.HasFailed() && m_readError == 0) m_readError = platform::LastError();
     if (m_file.m_isUnicode) {
         ReadLszUnicodeLine(bytes);
     } else {

@@ -61,6 +61,7 @@ private:
     /// UTF-8, with kInvalid for each unit that is none of UTF-16. In m_narrow or the reader's buffer.
     std::string_view m_line;
     bool m_hasInvalid = false;
+    std::uint32_t m_readError = 0;
     bool m_isComplete = false;
     bool m_isWrongVersion = false;
     bool m_hasHashError = false;

@@ -11,12 +11,15 @@
 
 namespace quillon::platform {
 
+/// The code of a file that carries no such resource.
+inline constexpr std::uint32_t kNoResourceData = 1812;
+
 /// The version resource of a file. A plain value. Outside Windows it is read from
 /// PE files, and from the note that the build puts into our own ELF files.
 class VersionResource {
 public:
     /// `path` is a library path in UTF-8. Nothing when the file carries none, or one
-    /// that cannot be read: then `isThere`, unless null, is true, see LastError().
+    /// that cannot be read: then `isThere`, unless null, is true. See LastError().
     static std::optional<VersionResource> Load(const std::string& path, bool* isThere = nullptr);
 
     /// Returns the numbers; nothing when they are missing or too short. The signature is not checked.

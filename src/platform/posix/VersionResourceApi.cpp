@@ -15,8 +15,6 @@ namespace quillon::platform {
 
 namespace {
 
-constexpr std::uint32_t kNoResourceData = 1812;
-
 /// Reads a file at any offset, through one buffer: most of a version is a few bytes here and there of two
 /// neighbourhoods, the headers and the resource directories.
 class BufferedReader {
@@ -81,8 +79,10 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     auto texts = base::ReadPeVersion(read, found);
     if (!found) texts = ReadElfVersion(read);
     if (isThere != nullptr) *isThere = found || texts;
-    if (found && !texts) SetLastErrorCode(kNoResourceData);
-    if (!texts) return std::nullopt;
+    if (!texts) {
+        SetLastErrorCode(kNoResourceData);
+        return std::nullopt;
+    }
     return VersionResource(std::make_shared<const Content>(Content{std::move(*texts)}));
 }
 
