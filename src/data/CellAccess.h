@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
@@ -114,10 +115,8 @@ struct CellAccess {
     static void MoveTo(VariantList& made, VariantList& row, detail::RowMemory& memory) {
         if (row.Size() == 0) return;
         GiveBlock(made, row.Size(), memory);
-        for (Variant& cell : row) {
-            new (made.end()) Variant(std::move(cell));
-            CountElement(made);
-        }
+        std::uninitialized_move_n(row.begin(), row.Size(), made.begin());
+        made.m_block->size = std::exchange(row.m_block->size, 0);  // what is left of the cells needs no end
         row.m_block.reset();
     }
     /// Counts an element that was made at the end.

@@ -62,19 +62,16 @@ public:
         }
     }
 
+    /// Rows mostly have the same names in the same order, so that the name which followed the last one
+    /// before is tried first.
     SharedName* Take(std::string_view text) {
-        const std::uint64_t mixed = QuickHash(text);
-        const auto hash = static_cast<std::uint32_t>(mixed >> 24);
-        Set& set = m_sets[mixed >> 58];
-        for (Slot& slot : set.slots) {
-            if (slot.hash == hash && slot.name != nullptr && detail::EqualTexts(slot.name->text, text))
-                return Use(slot);
-        }
-        SharedName* const name = MakeName(text, 2);  // the caller's use and the cache's own
-        Slot& replaced = set.slots[m_next++ % kWays];
-        detail::DropUses(replaced.name, replaced.spare + 1);
-        replaced = {name, hash, 0};
-        return name;
+        Slot* const expected = m_last->follower;
+        const bool follows = expected != nullptr && expected->name != nullptr &&
+                             detail::EqualTexts(expected->name->text, text);
+        Slot& slot = follows ? *expected : Find(text);
+        m_last->follower = &slot;
+        m_last = &slot;
+        return Use(slot);
     }
 
     std::uint32_t usualRowSize = 1;
@@ -82,12 +79,31 @@ public:
 private:
     struct Slot {
         SharedName* name = nullptr;
+        Slot* follower = nullptr;  // what came after it last; null at first
         std::uint32_t hash = 0;
         std::uint32_t spare = 0;  // uses that are counted already and not given away yet
     };
     struct Set {
         std::array<Slot, kWays> slots;
     };
+
+    /// Returns the slot of a name, which it makes if there is none.
+    Slot& Find(std::string_view text) {
+        const std::uint64_t mixed = QuickHash(text);
+        const auto hash = static_cast<std::uint32_t>(mixed >> 24);
+        Set& set = m_sets[mixed >> 58];
+        for (Slot& slot : set.slots) {
+            if (slot.hash == hash && slot.name != nullptr && detail::EqualTexts(slot.name->text, text))
+                return slot;
+        }
+        SharedName* const name = MakeName(text, 1);
+        Slot& replaced = set.slots[m_next++ % kWays];
+        detail::DropUses(replaced.name, replaced.spare + 1);
+        replaced.name = name;
+        replaced.hash = hash;
+        replaced.spare = 0;
+        return replaced;
+    }
 
     static SharedName* Use(Slot& slot) noexcept {
         if (slot.spare == 0) {
@@ -99,6 +115,8 @@ private:
     }
 
     std::array<Set, kSets> m_sets{};
+    Slot m_none;  // the last one of a thread that has no names yet
+    Slot* m_last = &m_none;
     std::size_t m_next = 0;
 };
 

@@ -116,7 +116,10 @@ Variant::Variant(TimePoint value) : Variant(std::string(), value) {}
 Variant::Variant(const std::string& name, const char* value) : Variant(name, base::TextOrEmpty(value)) {}
 Variant::Variant(const std::string& name, const std::string& value)
     : Variant(name, std::string_view(value)) {}
-Variant::Variant(const std::string& name, std::string_view value) : Variant(name, std::string(value)) {}
+Variant::Variant(const std::string& name, std::string_view value) : Variant(TakeName(name), Kind::Null) {
+    new (&m_value.text) std::string(value);
+    SetKind(Kind::Text);  // last, as making the text may throw
+}
 Variant::Variant(const std::string& name, std::string&& value) : Variant(TakeName(name), Kind::Text) {
     new (&m_value.text) std::string(std::move(value));
 }

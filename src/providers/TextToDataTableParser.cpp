@@ -1,5 +1,7 @@
 #include "quillon/TextToDataTableParser.h"
 
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -12,6 +14,7 @@
 #include "base/Characters.h"
 #include "base/DateTimeText.h"
 #include "base/NumberText.h"
+#include "base/Sse2.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/FromChars.h"
 #include "quillon/detail/RowBuilder.h"
@@ -28,13 +31,29 @@ std::string_view Trimmed(std::string_view text) {
     return text;
 }
 
+/// The first character that is a space, or that is none, else the end.
+template <bool isSpace>
+const char* FindSpace(const char* cursor, const char* end) {
+#ifdef QUILLON_SSE2
+    constexpr std::ptrdiff_t kBlock = sizeof(__m128i);
+    for (; end - cursor >= kBlock; cursor += kBlock) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cursor));
+        const auto spaces =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(' '))));
+        const unsigned found = isSpace ? spaces : spaces ^ 0xFFFFU;
+        if (found != 0) return cursor + std::countr_zero(found);
+    }
+#endif
+    while (cursor != end && (*cursor == ' ') != isSpace) ++cursor;
+    return cursor;
+}
+
 /// One field up to a space or the end. The cursor goes past the spaces that follow.
 std::string_view TakeSpaceSeparated(const char*& cursor, const char* end) {
     const char* const start = cursor;
-    while (cursor != end && *cursor != ' ') ++cursor;
-    const std::string_view field(start, static_cast<std::size_t>(cursor - start));
-    while (cursor != end && *cursor == ' ') ++cursor;
-    return field;
+    const char* const fieldEnd = FindSpace<true>(start, end);
+    cursor = FindSpace<false>(fieldEnd, end);
+    return std::string_view(start, static_cast<std::size_t>(fieldEnd - start));
 }
 
 std::string_view TakeRest(const char*& cursor, const char* end) {
@@ -98,9 +117,10 @@ TextToDataTableParser::~TextToDataTableParser() = default;
 /// Makes rows of lines, for one call of Parse().
 class TextToDataTableParser::LineReader {
 public:
-    LineReader(const TextToDataTableParser& parser, DataTable& table)
+    LineReader(const TextToDataTableParser& parser, bool hasZeros, DataTable& table)
         : m_columns(parser.m_columns),
           m_hasOwnFields(parser.m_hasOwnFields),
+          m_hasZeros(hasZeros),
           m_row(NamesOf(m_columns), table) {}
 
     /// Reads a line without its line feed.
@@ -110,7 +130,7 @@ public:
             cursor = m_line.c_str();
             end = cursor + m_line.size();
         }
-        end = FindCharacter('\0', cursor, end);
+        if (m_hasZeros) end = FindCharacter('\0', cursor, end);
         for (std::size_t place = 0; place < m_columns.size(); ++place) {
             const std::string_view text = Trimmed(Take(m_columns[place], cursor, end));
             if (!text.empty()) AddCell(place, text);
@@ -152,7 +172,7 @@ private:
     }
 
     const std::vector<Column>& m_columns;
-    const bool m_hasOwnFields;
+    const bool m_hasOwnFields, m_hasZeros;
     detail::RowBuilder m_row;
     std::string m_line, m_value;
 };
@@ -195,7 +215,7 @@ template QUILLON_API void TextToDataTableParser::AddField<TimePoint>(const std::
 
 void TextToDataTableParser::Parse(const std::string& text, DataTable& table) const {
     const char* const end = text.c_str() + text.size();
-    LineReader reader(*this, table);
+    LineReader reader(*this, text.find('\0') != std::string::npos, table);
     for (const char* cursor = text.c_str(); cursor != end;) {
         const char* const lineEnd = FindCharacter('\n', cursor, end);
         reader.Read(cursor, lineEnd);

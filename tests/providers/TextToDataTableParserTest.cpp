@@ -49,6 +49,9 @@ TEST(TextToDataTableParser, CutsLinesIntoTrimmedFields) {
         {"a line that ends early gives a short row", "a \nb c", "{1=a}{1=b, 2=c}"},
         {"white space that is no space is trimmed", "\ta\r b\v\f \tc\td\r\n", "{1=a, 2=b, 3=c\td}"},
         {"a zero ends its line only", "a b\0c d\n\0x\ne"s, "{1=a, 2=b}{1=e}"},
+        {"fields and gaps of any length",
+         std::string(33, 'a') + std::string(35, ' ') + "b   c" + std::string(40, ' '),
+         "{1=" + std::string(33, 'a') + ", 2=b, 3=c}"},
         {"bytes past ASCII are text", "\xC3\xA9\xA0 \xFF", "{1=\xC3\xA9\xA0, 2=\xFF}"},
     };
     // With a field of the caller's own, lines are handed over in another way.
