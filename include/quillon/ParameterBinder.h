@@ -51,7 +51,9 @@ public:
     /// booleans, a boolean integers, a double integers; a table of one row and one cell stands for
     /// its scalar.
     template <BindableVariable T>
-    void AddBinding(const std::string& name, T* target, bool optional);
+    void AddBinding(const std::string& name, T* target, bool optional) {
+        Declare(name, target, optional);
+    }
     /// Declares a variable that the call must give. When that fails, a scalar target becomes empty,
     /// 0 or false.
     template <BindableVariable T>
@@ -66,7 +68,9 @@ public:
 
     /// Declares a variable that holds nothing when the parameter is absent or of another type.
     template <BindableVariable T>
-    void AddOptionalBinding(const std::string& name, std::optional<T>& target);
+    void AddOptionalBinding(const std::string& name, std::optional<T>& target) {
+        DeclareOptional(name, target);
+    }
 
     /// Fills the variables and returns true; or sets result code 2 and the message of the first
     /// failure, and returns false. The order is: bindings by ascending names ("Missing parameter
@@ -77,6 +81,12 @@ public:
 
 private:
     using Binding = std::function<ParameterBindingResult()>;
+
+    // Exported, and so without constraints (see Variant::TryGetKind).
+    template <class T>
+    void Declare(const std::string& name, T* target, bool optional);
+    template <class T>
+    void DeclareOptional(const std::string& name, std::optional<T>& target);
 
     template <class T>
     ParameterBindingResult BindTarget(const std::string& name, T& target, bool optional) const;
