@@ -35,6 +35,8 @@ target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplu
 if(NOT WIN32)  # certificates
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
   target_link_libraries(quillon_objects PUBLIC OpenSSL::Crypto)
+  file(GLOB openssl_sources ${platform_dir}/posix/Certificate*.cpp)
+  set_property(SOURCE ${openssl_sources} APPEND PROPERTY COMPILE_DEFINITIONS ${QUILLON_OPENSSL_3})
 endif()
 if(WIN32)
   target_link_libraries(quillon_objects PUBLIC ws2_32 crypt32 wbemuuid ole32 oleaut32 version netapi32

@@ -62,7 +62,9 @@ public:
     /// ISO 8601, an integer booleans, a boolean integers, a double integers; a table of one row and one cell
     /// stands for its scalar.
     template <BindableVariable T>
-    void AddBinding(const std::string& name, T* target, bool optional);
+    void AddBinding(const std::string& name, T* target, bool optional) {
+        Declare(name, target, optional);
+    }
     /// Declares a variable that the call must give. When that fails, a scalar target becomes empty,
     /// 0 or false.
     template <BindableVariable T>
@@ -77,7 +79,9 @@ public:
 
     /// Declares a variable that holds nothing when the parameter is absent or of another type.
     template <BindableVariable T>
-    void AddOptionalBinding(const std::string& name, std::optional<T>& target);
+    void AddOptionalBinding(const std::string& name, std::optional<T>& target) {
+        DeclareOptional(name, target);
+    }
 
     // What the compiler says of any other variable.
     template <class T>
@@ -100,6 +104,12 @@ public:
 private:
     class Faults;
     using Binding = std::function<ParameterBindingResult()>;
+
+    // Exported, and so without constraints (see Variant::TryGetKind).
+    template <class T>
+    void Declare(const std::string& name, T* target, bool optional);
+    template <class T>
+    void DeclareOptional(const std::string& name, std::optional<T>& target);
 
     template <class T>
     ParameterBindingResult BindTarget(const std::string& name, T& target, bool optional) const;

@@ -222,7 +222,9 @@ public:
     /// Returns the value when it is held as exactly T, and nothing for a null or another kind.
     /// It logs nothing and throws only when memory for a text cannot be had.
     template <VariantKind T>
-    [[nodiscard]] std::optional<T> TryGet() const;
+    [[nodiscard]] std::optional<T> TryGet() const {
+        return TryGetKind<T>();
+    }
 
     /// Returns the value as text, for people and logs: "null", "true" or "false", decimal
     /// integers, doubles with six significant digits as by "%g", time points in ISO 8601. It
@@ -255,6 +257,11 @@ public:
 private:
     friend class VariantList;
     friend struct CellAccess;
+
+    // Exported templates have no constraints: compilers, and versions of one, do not agree on the symbols of
+    // those that have.
+    template <class T>
+    std::optional<T> TryGetKind() const;
 
     /// A null remembers whether it stands for an integer or a boolean: the message of the exception of
     /// a getter tells.
@@ -331,11 +338,11 @@ private:
     Value m_value;
 };
 
-extern template QUILLON_API std::optional<std::string> Variant::TryGet() const;
-extern template QUILLON_API std::optional<long long> Variant::TryGet() const;
-extern template QUILLON_API std::optional<bool> Variant::TryGet() const;
-extern template QUILLON_API std::optional<double> Variant::TryGet() const;
-extern template QUILLON_API std::optional<TimePoint> Variant::TryGet() const;
+extern template QUILLON_API std::optional<std::string> Variant::TryGetKind() const;
+extern template QUILLON_API std::optional<long long> Variant::TryGetKind() const;
+extern template QUILLON_API std::optional<bool> Variant::TryGetKind() const;
+extern template QUILLON_API std::optional<double> Variant::TryGetKind() const;
+extern template QUILLON_API std::optional<TimePoint> Variant::TryGetKind() const;
 
 /// Writes the value as AsString() gives it, without the name.
 QUILLON_API std::ostream& operator<<(std::ostream& stream, const Variant& value);

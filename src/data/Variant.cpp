@@ -248,8 +248,8 @@ const TimePoint& Variant::GetTimePoint() const {
     return m_value.time;
 }
 
-template <VariantKind T>
-std::optional<T> Variant::TryGet() const {
+template <class T>
+std::optional<T> Variant::TryGetKind() const {
     if (!TypeIs(typeid(T))) return std::nullopt;
     if constexpr (std::same_as<T, std::string>) return m_value.text;
     if constexpr (std::same_as<T, long long>) return m_value.integer;
@@ -258,11 +258,11 @@ std::optional<T> Variant::TryGet() const {
     if constexpr (std::same_as<T, TimePoint>) return m_value.time;
 }
 
-template QUILLON_API std::optional<std::string> Variant::TryGet() const;
-template QUILLON_API std::optional<long long> Variant::TryGet() const;
-template QUILLON_API std::optional<bool> Variant::TryGet() const;
-template QUILLON_API std::optional<double> Variant::TryGet() const;
-template QUILLON_API std::optional<TimePoint> Variant::TryGet() const;
+template QUILLON_API std::optional<std::string> Variant::TryGetKind() const;
+template QUILLON_API std::optional<long long> Variant::TryGetKind() const;
+template QUILLON_API std::optional<bool> Variant::TryGetKind() const;
+template QUILLON_API std::optional<double> Variant::TryGetKind() const;
+template QUILLON_API std::optional<TimePoint> Variant::TryGetKind() const;
 
 std::string Variant::AsString() const {
     switch (KindOf(*this)) {

@@ -184,7 +184,7 @@ std::string_view NameOf(ICLogger::Level level) {
 
 /// log4cplus starts threads when it is loaded, for asynchronous appenders that nobody has asked for yet. On
 /// Windows it is built without them, and little may be done there while a library is loaded.
-const bool threadsEnded = [] {
+[[maybe_unused]] const bool threadsEnded = [] {
     constexpr bool isLinux = std::filesystem::path::preferred_separator == '/';
     if (isLinux && log4cplus::Logger::getCurrentLoggers().empty() &&
         log4cplus::Logger::getRoot().getAllAppenders().empty())

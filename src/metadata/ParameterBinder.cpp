@@ -50,19 +50,19 @@ ParameterBinder::ParameterBinder(const MethodParameters& parameters, bool allowA
 
 ParameterBinder::~ParameterBinder() = default;
 
-template <BindableVariable T>
-void ParameterBinder::AddBinding(const std::string& name, T* target, bool optional) {
+template <class T>
+void ParameterBinder::Declare(const std::string& name, T* target, bool optional) {
     m_bindings[name] = [this, name, target, optional] { return BindTarget(name, *target, optional); };
 }
 
-template QUILLON_API void ParameterBinder::AddBinding(const std::string&, std::string*, bool);
-template QUILLON_API void ParameterBinder::AddBinding(const std::string&, long long*, bool);
-template QUILLON_API void ParameterBinder::AddBinding(const std::string&, double*, bool);
-template QUILLON_API void ParameterBinder::AddBinding(const std::string&, bool*, bool);
-template QUILLON_API void ParameterBinder::AddBinding(const std::string&, const DataTable**, bool);
+template QUILLON_API void ParameterBinder::Declare(const std::string&, std::string*, bool);
+template QUILLON_API void ParameterBinder::Declare(const std::string&, long long*, bool);
+template QUILLON_API void ParameterBinder::Declare(const std::string&, double*, bool);
+template QUILLON_API void ParameterBinder::Declare(const std::string&, bool*, bool);
+template QUILLON_API void ParameterBinder::Declare(const std::string&, const DataTable**, bool);
 
-template <BindableVariable T>
-void ParameterBinder::AddOptionalBinding(const std::string& name, std::optional<T>& target) {
+template <class T>
+void ParameterBinder::DeclareOptional(const std::string& name, std::optional<T>& target) {
     m_bindings[name] = [this, name, &target] {
         T value{};
         const ParameterBindingResult bound = BindTarget(name, value, false);
@@ -72,13 +72,12 @@ void ParameterBinder::AddOptionalBinding(const std::string& name, std::optional<
     };
 }
 
-template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&,
-                                                              std::optional<std::string>&);
-template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&, std::optional<long long>&);
-template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&, std::optional<double>&);
-template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&, std::optional<bool>&);
-template QUILLON_API void ParameterBinder::AddOptionalBinding(const std::string&,
-                                                              std::optional<const DataTable*>&);
+template QUILLON_API void ParameterBinder::DeclareOptional(const std::string&, std::optional<std::string>&);
+template QUILLON_API void ParameterBinder::DeclareOptional(const std::string&, std::optional<long long>&);
+template QUILLON_API void ParameterBinder::DeclareOptional(const std::string&, std::optional<double>&);
+template QUILLON_API void ParameterBinder::DeclareOptional(const std::string&, std::optional<bool>&);
+template QUILLON_API void ParameterBinder::DeclareOptional(const std::string&,
+                                                           std::optional<const DataTable*>&);
 
 bool ParameterBinder::Bind(InvocationResult& result) const { return Bind(result, ParameterFaults::First); }
 

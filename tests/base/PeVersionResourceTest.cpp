@@ -121,7 +121,7 @@ TEST(PeVersionResource, FilesThatContradictThemselvesGiveNothing) {
         const Answer answer = ReadVersion(c.file);
         EXPECT_FALSE(answer.isThere || answer.texts) << c.what;
     }
-    for (const std::size_t field : {72, 76}) {  // its address and its length
+    for (const std::size_t field : {72U, 76U}) {  // its address and its length
         const Answer answer = ReadVersion(Patched(good, kPeHeaders + field, all));
         EXPECT_TRUE(answer.isThere && !answer.texts) << field;
     }
