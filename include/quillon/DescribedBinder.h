@@ -41,7 +41,9 @@ public:
     /// takes the default at once; any other is mandatory. Throws when the parameter is not described, is
     /// described with another type, or was declared before. A "datetime" is bound to a text, as ISO 8601.
     template <BindableVariable T>
-    void Add(const std::string& name, T& target);
+    void Add(const std::string& name, T& target) {
+        Declare(name, target);
+    }
     // What the compiler says of any other variable.
     template <class T>
     requires(!BindableVariable<T>) void Add(const std::string&, T&) { RefuseVariable<T>(); }
@@ -61,6 +63,8 @@ public:
     const IMethodMetadataReader& Description() const { return m_method; }
 
 private:
+    template <class T>
+    void Declare(const std::string& name, T& target);  // exported, and so without constraints
     [[noreturn]] void ThrowMistake(const std::string& name, const char* mistake) const;
     const MethodParameter& Find(const std::string& name) const;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -97,9 +98,10 @@ public:
     /// given more than once. A value of another type also logs the Error entry of its getter
     /// (Variant.h). Nothing is thrown for a faulty call.
     [[nodiscard]] bool Bind(InvocationResult& result) const;
-    /// Does the same; with All, every binding is tried, and the message names every fault once, in that
-    /// order and joined by "; ".
+    /// Does the same; with All, every binding is tried, and the message names each fault once, in that
+    /// order and joined by "; ". After kMostNamedFaults it only tells how many more there are.
     [[nodiscard]] bool Bind(InvocationResult& result, ParameterFaults wanted) const;
+    static constexpr std::size_t kMostNamedFaults = 20;
 
 private:
     class Faults;

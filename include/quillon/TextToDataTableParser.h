@@ -82,7 +82,9 @@ public:
     /// a zone, where any other text gives no cell. Takes ownership of `field`, also when it
     /// throws; a null one throws std::invalid_argument.
     template <ParsableColumn T>
-    void AddField(const std::string& name, IParsableField* field, long long multiplier);
+    void AddField(const std::string& name, IParsableField* field, long long multiplier) {
+        AddOwnedField<T>(name, field, multiplier);
+    }
     /// Does the same with a field whose ownership the signature shows.
     template <ParsableColumn T>
     void AddField(const std::string& name, std::unique_ptr<IParsableField> field, long long multiplier = 0) {
@@ -102,6 +104,9 @@ public:
     void Parse(const std::string& text, DataTable& table) const;
 
 private:
+    template <class T>
+    void AddOwnedField(const std::string& name, IParsableField* field,
+                       long long multiplier);  // exported, and so without constraints
     class LineReader;
     enum class Reach { ToSpace, ToLineEnd, Own };
     enum class Type { Text, Integer, Boolean, Real, Time };

@@ -76,8 +76,8 @@ const MethodParameter& DescribedBinder::Find(const std::string& name) const {
     return *found;
 }
 
-template <BindableVariable T>
-void DescribedBinder::Add(const std::string& name, T& target) {
+template <class T>
+void DescribedBinder::Declare(const std::string& name, T& target) {
     const MethodParameter& parameter = Find(name);
     if (!Fits(TypeName(parameter), target)) ThrowMistake(name, "is described with another type");
     if (!m_names.insert(name).second) ThrowMistake(name, "has two variables");
@@ -87,11 +87,11 @@ void DescribedBinder::Add(const std::string& name, T& target) {
     m_binder.AddBinding(name, &target, isOptional);
 }
 
-template QUILLON_API void DescribedBinder::Add(const std::string&, std::string&);
-template QUILLON_API void DescribedBinder::Add(const std::string&, long long&);
-template QUILLON_API void DescribedBinder::Add(const std::string&, double&);
-template QUILLON_API void DescribedBinder::Add(const std::string&, bool&);
-template QUILLON_API void DescribedBinder::Add(const std::string&, const DataTable*&);
+template QUILLON_API void DescribedBinder::Declare(const std::string&, std::string&);
+template QUILLON_API void DescribedBinder::Declare(const std::string&, long long&);
+template QUILLON_API void DescribedBinder::Declare(const std::string&, double&);
+template QUILLON_API void DescribedBinder::Declare(const std::string&, bool&);
+template QUILLON_API void DescribedBinder::Declare(const std::string&, const DataTable*&);
 
 bool DescribedBinder::Bind(InvocationResult& result) const {
     m_method.VisitParameter([this](const char* name, const MethodParameter&) {

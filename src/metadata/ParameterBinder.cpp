@@ -1,13 +1,11 @@
 #include "quillon/ParameterBinder.h"
 
-#include <algorithm>
 #include <exception>
 #include <set>
 #include <string_view>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
-#include <vector>
 
 #include "metadata/ScalarConversion.h"
 
@@ -31,18 +29,20 @@ class ParameterBinder::Faults {
 public:
     explicit Faults(ParameterFaults wanted) : m_wanted(wanted) {}
 
-    bool AreEnough() const { return m_wanted == ParameterFaults::First && !m_text.empty(); }
-    const std::string& Text() const { return m_text; }
+    bool AreEnough() const { return m_wanted == ParameterFaults::First && !m_named.empty(); }
     void Add(const std::string& fault) {
-        if (std::find(m_faults.begin(), m_faults.end(), fault) != m_faults.end()) return;
-        m_text += (m_text.empty() ? "" : "; ") + fault;
-        m_faults.push_back(fault);
+        if (!m_seen.insert(fault).second) return;
+        if (m_seen.size() <= kMostNamedFaults) m_named += (m_named.empty() ? "" : "; ") + fault;
+    }
+    std::string Text() const {
+        if (m_seen.size() <= kMostNamedFaults) return m_named;
+        return m_named + "; and " + std::to_string(m_seen.size() - kMostNamedFaults) + " more";
     }
 
 private:
     ParameterFaults m_wanted;
-    std::vector<std::string> m_faults;
-    std::string m_text;
+    std::set<std::string> m_seen;
+    std::string m_named;
 };
 
 ParameterBinder::ParameterBinder(const MethodParameters& parameters, bool allowAnonymous, bool allowUndefined)

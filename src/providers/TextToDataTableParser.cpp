@@ -191,8 +191,9 @@ void TextToDataTableParser::AddColumn(const std::string& name, IParsableField* f
     m_hasOwnFields = m_hasOwnFields || reach == Reach::Own;
 }
 
-template <ParsableColumn T>
-void TextToDataTableParser::AddField(const std::string& name, IParsableField* field, long long multiplier) {
+template <class T>
+void TextToDataTableParser::AddOwnedField(const std::string& name, IParsableField* field,
+                                          long long multiplier) {
     constexpr Type kType = std::is_same_v<T, std::string> ? Type::Text
                            : std::is_same_v<T, long long> ? Type::Integer
                            : std::is_same_v<T, bool>      ? Type::Boolean
@@ -201,17 +202,17 @@ void TextToDataTableParser::AddField(const std::string& name, IParsableField* fi
     AddColumn(name, field, kType, multiplier);
 }
 
-template QUILLON_API void TextToDataTableParser::AddField<std::string>(const std::string&, IParsableField*,
-                                                                       long long);
-template QUILLON_API void TextToDataTableParser::AddField<long long>(const std::string&, IParsableField*,
+template QUILLON_API void TextToDataTableParser::AddOwnedField<std::string>(const std::string&,
+                                                                            IParsableField*, long long);
+template QUILLON_API void TextToDataTableParser::AddOwnedField<long long>(const std::string&, IParsableField*,
+                                                                          long long);
+template QUILLON_API void TextToDataTableParser::AddOwnedField<bool>(const std::string&, IParsableField*,
                                                                      long long);
-template QUILLON_API void TextToDataTableParser::AddField<bool>(const std::string&, IParsableField*,
-                                                                long long);
 
-template QUILLON_API void TextToDataTableParser::AddField<double>(const std::string&, IParsableField*,
-                                                                  long long);
-template QUILLON_API void TextToDataTableParser::AddField<TimePoint>(const std::string&, IParsableField*,
-                                                                     long long);
+template QUILLON_API void TextToDataTableParser::AddOwnedField<double>(const std::string&, IParsableField*,
+                                                                       long long);
+template QUILLON_API void TextToDataTableParser::AddOwnedField<TimePoint>(const std::string&, IParsableField*,
+                                                                          long long);
 
 void TextToDataTableParser::Parse(const std::string& text, DataTable& table) const {
     const char* const end = text.c_str() + text.size();

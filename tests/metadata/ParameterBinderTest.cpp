@@ -177,5 +177,13 @@ TEST_F(ParameterBinding, NamesAllFaultsWhenTheyAreWanted) {
     EXPECT_EQ(result.errorMessage, "Value is wrong data-type for parameter 'F'");
 }
 
+TEST_F(ParameterBinding, CountsTheFaultsOfACallThatHasTooMany) {
+    for (int i = 0; i < 20'000; ++i) m_call.scalars.Add("p" + std::to_string(i), i);
+    InvocationResult result;
+    EXPECT_FALSE(ParameterBinder(m_call, false, false).Bind(result, ParameterFaults::All));
+    EXPECT_THAT(result.errorMessage, testing::StartsWith("Undefined parameter named 'p0'; "));
+    EXPECT_THAT(result.errorMessage, testing::EndsWith("'p19'; and 19980 more"));
+}
+
 }  // namespace
 }  // namespace quillon
