@@ -93,7 +93,7 @@ inline std::size_t FindBoth(const char* heads, EitherByte head, const char* tail
     }
 #endif
     for (; from < count; ++from) {
-        if (head.Is(heads[from]) & tail.Is(tails[from])) return from;
+        if (head.Is(heads[from]) && tail.Is(tails[from])) return from;
     }
     return count;
 }
