@@ -19,7 +19,6 @@ namespace quillon::platform {
 namespace {
 
 constexpr mode_t kAsTheProcessLets = 0666;
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
 bool Deny() {
     SetLastErrorCode(base::kAccessDenied);

@@ -58,6 +58,7 @@ std::vector<Process> ListProcesses() {
     if (!ids) throw std::runtime_error("The processes cannot be listed");
     std::vector<Process> processes;
     for (const std::uint32_t id : *ids) {
+        errno = ESRCH;  // what is malformed is none of ours either
         auto stat = platform::ReadProcessStat(static_cast<pid_t>(id));
         if (!stat && !IsGoneOrForeign(errno))
             throw std::system_error(errno, std::generic_category(), "A process cannot be read");
