@@ -24,9 +24,9 @@ void CheckElements(const std::string& path) {
     while (begin < path.size()) {
         const std::size_t end = std::min(path.find('\\', begin), path.size());
         const std::string element = path.substr(begin, end - begin);
-        Require(!element.empty() && (element != "." || path == "."));
+        Require(!element.empty() && (element != "." || begin == 0));
         Require(element != ".." || (isUp && !isRooted));
-        isUp = isUp && element == "..";
+        isUp = isUp && (element == ".." || element == ".");
         begin = end + 1;
     }
 }
