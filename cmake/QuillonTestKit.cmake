@@ -6,11 +6,10 @@ include(${PROJECT_SOURCE_DIR}/examples/agent/Services.cmake)
 set(platform_dir ${PROJECT_SOURCE_DIR}/src/platform)
 file(GLOB testkit_base_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/base/*.cpp)
 if(WIN32)
-  list(APPEND testkit_base_sources ${platform_dir}/ole/VariantNumber.cpp ${platform_dir}/win32/ComError.cpp
-       ${platform_dir}/win32/ThreadSlot.cpp)
+  list(APPEND testkit_base_sources ${platform_dir}/ole/VariantNumber.cpp ${platform_dir}/win32/ComError.cpp)
 else()
   file(GLOB testkit_ole_sources CONFIGURE_DEPENDS ${platform_dir}/ole/*.cpp)
-  list(APPEND testkit_base_sources ${testkit_ole_sources} ${platform_dir}/posix/ThreadSlot.cpp)
+  list(APPEND testkit_base_sources ${testkit_ole_sources})
 endif()
 # Its own copy, because the shared library exports none of it.
 add_library(quillon_testkit_base OBJECT ${testkit_base_sources})

@@ -4,11 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "ForeignLocale.h"
 #include "host/ConfigurationReader.h"
 #include "quillon/Url.h"
 
 // The input is a configuration file. It is refused, with faults that name their lines, or
-// gives settings that are within their ranges.
+// gives settings that are within their ranges; whatever the decimal point of the C library is.
 namespace {
 
 using namespace quillon;
@@ -30,6 +31,7 @@ void RequireRanges(const agent::AgentSettings& settings) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    UseForeignLocale(size);
     const std::string document(reinterpret_cast<const char*>(data), size);
     agent::AgentSettings settings;
     std::vector<std::string> faults;

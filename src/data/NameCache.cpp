@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include "data/TextHash.h"
@@ -121,8 +122,8 @@ private:
 };
 
 const platform::ThreadSlot& TheSlot() {
-    static const platform::ThreadSlot& slot =
-        *new platform::ThreadSlot([](void* cache) { delete static_cast<NameCache*>(cache); });
+    static_assert(std::is_trivially_destructible_v<platform::ThreadSlot>);
+    static const platform::ThreadSlot slot([](void* cache) { delete static_cast<NameCache*>(cache); });
     return slot;
 }
 

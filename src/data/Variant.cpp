@@ -92,8 +92,7 @@ void LogError(const std::string& text) {
 
 /// Holds the text of the time point that the current thread has read last.
 std::string& TimeTextOfThread() {
-    static const platform::ThreadSlot& slot =
-        *new platform::ThreadSlot([](void* text) { delete static_cast<std::string*>(text); });
+    static const platform::ThreadSlot slot([](void* text) { delete static_cast<std::string*>(text); });
     if (auto* const text = static_cast<std::string*>(slot.Get())) return *text;
     auto made = std::make_unique<std::string>();
     if (!slot.Set(made.get())) throw std::bad_alloc();

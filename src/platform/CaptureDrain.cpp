@@ -1,4 +1,7 @@
+#include <chrono>
 #include <mutex>
+#include <new>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -25,14 +28,21 @@ public:
 
 private:
     void Run() {
-        while (Adopt()) m_pipes->Read(m_wake);
+        constexpr std::chrono::milliseconds kPause{10};
+        for (;;) {
+            try {
+                while (Adopt()) m_pipes->Read(m_wake);
+                return;
+            } catch (const std::bad_alloc&) {  // the commands wait meanwhile
+                std::this_thread::sleep_for(kPause);
+            }
+        }
     }
 
     /// Returns whether there is something to do; otherwise the thread has to end.
     bool Adopt() {
         const std::lock_guard lock(m_mutex);
-        for (FileHandle& reader : m_added) m_pipes->Add(std::move(reader));
-        m_added.clear();
+        for (; !m_added.empty(); m_added.pop_back()) m_pipes->Add(std::move(m_added.back()));
         for (std::size_t count = m_pipes->Count(); count > kMostPipes; --count) m_pipes->CloseOldest();
         m_runs = m_pipes->Count() > 0;
         return m_runs;

@@ -1,5 +1,6 @@
 #include "platform/OutputCapture.h"
 
+#include <new>
 #include <utility>
 
 #include "platform/CaptureState.h"
@@ -18,7 +19,10 @@ OutputCapture::~OutputCapture() {
         if (!piece || piece->empty()) break;
     }
     m_state->CancelRead();
-    if (!m_state->hasEnded) DrainInBackground(std::move(m_state->reader));
+    try {
+        if (!m_state->hasEnded) DrainInBackground(std::move(m_state->reader));
+    } catch (const std::bad_alloc&) {  // the pipe is closed
+    }
 }
 
 const FileHandle& OutputCapture::ChildEnd() const { return m_state->writer; }

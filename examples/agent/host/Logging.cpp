@@ -74,19 +74,24 @@ std::unique_ptr<ICLogger> MakeSystemLog(SystemLog log) {
 }  // namespace
 
 ICLogger* StartLogging(const LogSettings& settings) {
+    Loggers& loggers = TheLoggers();  // there before its end needs it
     const bool hasFile = !settings.file.empty();
     const auto level = settings.level.value_or(hasFile ? ICLogger::Level::Info : ICLogger::Level::Warn);
     ICLogger* const logger = hasFile ? StartFileLog(settings, level) : StartErrorLog(level);
     if (settings.systemLog == SystemLog::None) return logger;
-    Loggers& loggers = TheLoggers();
     loggers.systemLog = MakeSystemLog(settings.systemLog);
     loggers.systemLog->SetLevel(level);
     loggers.tee = std::make_unique<TeeLogger>(std::vector<ICLogger*>{logger, loggers.systemLog.get()});
     return loggers.tee.get();
 }
 
-void EndLogging() {
-    CLogger::GetInstance()->StopLogging();
+/// The end is reached without memory as well.
+void EndLogging() noexcept {
+    try {
+        if (CLogger::HaveInstance()) CLogger::GetInstance()->StopLogging();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillon-agent: The log cannot be closed: %s\n", error.what());
+    }
     CLogger::ReleaseInstance();
     TheLoggers() = {};
 }

@@ -22,6 +22,6 @@ struct LogSettings {
 ICLogger* StartLogging(const LogSettings& settings);
 
 /// Closes the log file and releases the process-wide logger.
-void EndLogging();
+void EndLogging() noexcept;
 
 }  // namespace quillon::agent

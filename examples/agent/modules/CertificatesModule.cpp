@@ -103,9 +103,11 @@ bool ReadFolder(const std::string& folder, Certificates& certificates) {
     for (const std::string& name : names) {
         const std::string path = PathUtils::CombinePaths(folder, name, PathUtils::PathSep);
         const std::size_t before = certificates.size();
-        Certificate::ReadFile(path, certificates);
-        if (certificates.size() == before)
+        if (!Certificate::ReadFile(path, certificates)) {
+            logger->Warn("The certificates in '%s' cannot be read", LogText::OneLine(path).c_str());
+        } else if (certificates.size() == before) {
             logger->Debug("No certificate in '%s'", LogText::OneLine(path).c_str());
+        }
     }
     return true;
 }

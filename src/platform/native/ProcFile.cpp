@@ -3,10 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
-
 #include "platform/Handle.h"
+#include "platform/native/EntryNames.h"
 
 namespace quillon::platform {
 
@@ -37,13 +35,10 @@ std::optional<long long> NumberAfter(std::string_view text, std::string_view lab
 }
 
 std::optional<long long> CountEntries(const char* folder) {
-    std::error_code error;
-    std::filesystem::directory_iterator entry(folder, error);
-    long long count = 0;
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        count += entry->path().filename().native().front() != '.';
-    }
-    return error ? std::nullopt : std::optional(count);
+    const auto names = EntryNames(folder);
+    if (!names) return std::nullopt;
+    return std::count_if(names->begin(), names->end(),
+                         [](const std::string& name) { return name.front() != '.'; });
 }
 
 }  // namespace quillon::platform

@@ -1,5 +1,6 @@
 #include "platform/CertificateApi.h"
 
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/x509.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <ctime>
 #include <limits>
+#include <new>
 
 #include "base/CivilTime.h"
 #include "base/Utf.h"
@@ -46,11 +48,20 @@ std::string DecodePem(std::string_view block) {
     return std::string(AsText(bytes, static_cast<std::size_t>(size)));
 }
 
+/// What cannot be read for want of memory is not malformed.
+void ThrowIfWithoutMemory() {
+    if (ERR_GET_REASON(::ERR_peek_error()) == ERR_R_MALLOC_FAILURE) throw std::bad_alloc();
+}
+
 /// Reads the certificate at the front of `bytes`, which then are its encoding alone.
 X509Pointer Parse(std::string_view& bytes) {
     const unsigned char* end = AsBytes(bytes);
+    ::ERR_clear_error();
     X509Pointer certificate(::d2i_X509(nullptr, &end, static_cast<long>(bytes.size())));
-    if (certificate == nullptr) return {};
+    if (certificate == nullptr) {
+        ThrowIfWithoutMemory();
+        return {};
+    }
     const std::string_view all = bytes;
     bytes = all.substr(0, static_cast<std::size_t>(end - AsBytes(bytes)));
     if (bytes.size() == all.size()) return certificate;

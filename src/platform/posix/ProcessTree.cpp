@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +20,7 @@
 #include "platform/native/ProcessStat.h"
 #include "platform/posix/Children.h"
 #include "platform/posix/Errno.h"
+#include "platform/posix/FolderEntry.h"
 
 namespace quillon::platform {
 
@@ -72,12 +72,11 @@ void VisitNewProcesses(pid_t last, Visit& visit) {
 template <class Visit>
 void VisitProcesses(Visit visit) {
     const pid_t last = LastIdentifier();
-    std::error_code error;
-    for (std::filesystem::directory_iterator folder("/proc", error), end; !error && folder != end;
-         folder.increment(error)) {
-        const std::string name = folder->path().filename().string();
-        const pid_t process = FieldAt<pid_t>(name, 0);
-        if (process > 0) VisitProcess(process, visit);
+    if (const OpenFolder folder{::opendir("/proc")}) {
+        while (const ::dirent* const entry = ::readdir(folder.get())) {
+            const pid_t process = FieldAt<pid_t>(entry->d_name, 0);
+            if (process > 0) VisitProcess(process, visit);
+        }
     }
     if (last > 0) VisitNewProcesses(last, visit);
 }

@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <csignal>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -20,6 +21,8 @@ bool RunInBackground(std::function<void()> task) {
     try {
         std::thread(std::move(task)).detach();
     } catch (const std::system_error&) {
+        return false;
+    } catch (const std::bad_alloc&) {
         return false;
     }
     return true;

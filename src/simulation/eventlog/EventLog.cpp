@@ -143,18 +143,25 @@ std::uint32_t EventLog::TakeFailure(const char* entryPoint) {
 /// Delivers until nothing is left, so that events that are written meanwhile keep their order.
 void EventLog::Deliver(void* subscription) {
     std::thread([this, subscription] {
-        Subscription copy;
-        while (const EventPointer event = TakeUndelivered(subscription, copy)) {
-            void* handle = nullptr;
-            {
-                const std::lock_guard lock(m_mutex);
-                handle = Keep(event);
-            }
-            copy.callback(kActionDeliver, copy.context, handle);
-            const std::lock_guard lock(m_mutex);
-            m_objects.erase(reinterpret_cast<std::uintptr_t>(handle));
+        try {
+            DeliverAll(subscription);
+        } catch (const std::bad_alloc&) {  // what is left is delivered with the next event
         }
     }).join();
+}
+
+void EventLog::DeliverAll(void* subscription) {
+    Subscription copy;
+    while (const EventPointer event = TakeUndelivered(subscription, copy)) {
+        void* handle = nullptr;
+        {
+            const std::lock_guard lock(m_mutex);
+            handle = Keep(event);
+        }
+        copy.callback(kActionDeliver, copy.context, handle);
+        const std::lock_guard lock(m_mutex);
+        m_objects.erase(reinterpret_cast<std::uintptr_t>(handle));
+    }
 }
 
 /// Takes the next event for a subscription; nothing when it is closed, pulls its events itself, or has

@@ -147,6 +147,7 @@ private:
     std::uint32_t Begin(Subscription& subscription, const void* bookmark, unsigned long flags);
 
     void Deliver(void* subscription);
+    void DeliverAll(void* subscription);
     EventPointer TakeUndelivered(void* subscription, Subscription& copy);
 
     std::mutex m_mutex;

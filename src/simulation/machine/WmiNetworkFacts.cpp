@@ -3,6 +3,7 @@
 #include <charconv>
 #include <filesystem>
 
+#include "platform/native/EntryNames.h"
 #include "simulation/machine/WmiFacts.h"
 
 namespace quillon::simulation {
@@ -38,10 +39,10 @@ struct Adapter {
 
 std::vector<Adapter> ListAdapters() {
     std::vector<Adapter> adapters;
-    std::error_code error;
-    for (fs::directory_iterator at("/sys/class/net", error), end; !error && at != end; at.increment(error)) {
-        if (at->is_directory(error)) adapters.push_back({at->path().filename().string()});
-        error.clear();
+    const std::string folder = "/sys/class/net";
+    for (const std::string& name : platform::EntryNames(folder).value_or(std::vector<std::string>())) {
+        std::error_code error;
+        if (fs::is_directory(folder + '/' + name, error)) adapters.push_back({name});
     }
     return adapters;
 }

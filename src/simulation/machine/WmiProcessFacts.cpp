@@ -1,9 +1,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <charconv>
 #include <filesystem>
 #include <map>
+#include <stdexcept>
+#include <system_error>
 
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
@@ -45,11 +48,20 @@ struct Process {
 constexpr const char* kStatus = "status";
 constexpr const char* kIo = "io";
 
+bool IsGoneOrForeign(int error) {
+    return error == ENOENT || error == ESRCH || error == EACCES || error == EPERM;
+}
+
+/// Throws when the system refuses the list: a process that is left out would seem to have ended.
 std::vector<Process> ListProcesses() {
-    const auto ids = platform::ListProcessIds().value_or(std::vector<std::uint32_t>());
+    const auto ids = platform::ListProcessIds();
+    if (!ids) throw std::runtime_error("The processes cannot be listed");
     std::vector<Process> processes;
-    for (const std::uint32_t id : ids) {
+    for (const std::uint32_t id : *ids) {
+        errno = ESRCH;  // what is malformed is none of ours either
         auto stat = platform::ReadProcessStat(static_cast<pid_t>(id));
+        if (!stat && !IsGoneOrForeign(errno))
+            throw std::system_error(errno, std::generic_category(), "A process cannot be read");
         if (stat && !stat->HasEnded()) processes.push_back({std::move(*stat)});
     }
     return processes;

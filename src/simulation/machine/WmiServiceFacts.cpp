@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "platform/native/EntryNames.h"
 #include "platform/native/ProcessStat.h"
 #include "simulation/machine/WmiFacts.h"
 
@@ -37,10 +38,8 @@ struct Service {
 
 std::vector<fs::path> Entries(const fs::path& folder) {
     std::vector<fs::path> entries;
-    std::error_code error;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        entries.push_back(at->path());
-    }
+    for (const std::string& name : platform::EntryNames(folder).value_or(std::vector<std::string>()))
+        entries.push_back(folder / name);
     return entries;
 }
 

@@ -1,35 +1,31 @@
 #include "simulation/wmi/WmiErrorDetails.h"
 
-#include <memory>
-#include <utility>
-
-#include "platform/ThreadSlot.h"
+#include <algorithm>
+#include <array>
 
 namespace quillon::simulation {
 
 namespace {
 
-/// Each thread's. An object of the thread would end the process when there is no memory for it.
-const platform::ThreadSlot& Slot() {
-    static const platform::ThreadSlot& slot =
-        *new platform::ThreadSlot([](void* details) { delete static_cast<std::wstring*>(details); });
-    return slot;
-}
+/// Each thread's; what is longer is cut. A text that is destroyed with its thread would end the process when
+/// there is no memory to note that.
+struct Details {
+    std::array<wchar_t, 512> text;
+    std::size_t size;
+};
+constinit thread_local Details t_details{};
 
 }  // namespace
 
 void NoteErrorDetails(std::wstring details) {
-    auto* kept = static_cast<std::wstring*>(Slot().Get());
-    if (kept == nullptr && !details.empty()) {
-        auto made = std::make_unique<std::wstring>();
-        if (Slot().Set(made.get())) kept = made.release();
-    }
-    if (kept != nullptr) *kept = std::move(details);
+    t_details.size = std::min(details.size(), t_details.text.size());
+    std::copy_n(details.begin(), t_details.size, t_details.text.begin());
 }
 
 std::wstring TakeErrorDetails() {
-    auto* const kept = static_cast<std::wstring*>(Slot().Get());
-    return kept == nullptr ? std::wstring() : std::exchange(*kept, {});
+    std::wstring details(t_details.text.data(), t_details.size);
+    t_details.size = 0;
+    return details;
 }
 
 }  // namespace quillon::simulation

@@ -126,14 +126,25 @@ WmiRowPtr MakeRow(const WmiSchema& schema, const WmiValues& values) {
     return row;
 }
 
+namespace {
+
+void NoteFailure(const WmiSchema& schema, const std::exception& failure) {
+    try {
+        NoteErrorDetails(L"Operation: ExecQuery; ProviderName: " + schema.className + L"; Description: " +
+                         base::ToWide(failure.what()));
+    } catch (const std::bad_alloc&) {  // the code says the rest
+    }
+}
+
+}  // namespace
+
 HRESULT AskProvider(const WmiSchema& schema, const std::vector<std::wstring>& wanted,
                     std::vector<WmiValues>& rows) {
     try {
         rows = schema.live(wanted);
         return S_OK;
     } catch (const std::exception& failure) {
-        NoteErrorDetails(L"Operation: ExecQuery; ProviderName: " + schema.className + L"; Description: " +
-                         base::ToWide(failure.what()));
+        NoteFailure(schema, failure);
         return Code(WBEM_E_PROVIDER_FAILURE);
     }
 }

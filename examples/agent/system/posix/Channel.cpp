@@ -61,21 +61,24 @@ private:
     Descriptor m_event{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 };
 
-std::size_t ReadFrom(int descriptor, const StopEvent& stop, char* bytes, std::size_t size) {
+/// Returns the bytes that came, 0 at the end or when it is stopped, and -1 on failure.
+ssize_t ReadFrom(int descriptor, const StopEvent& stop, char* bytes, std::size_t size) {
     ssize_t count = -1;
     do {
         if (!stop.AwaitInput(descriptor)) return 0;
         count = ::read(descriptor, bytes, size);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
-    return count < 0 ? 0 : static_cast<std::size_t>(count);
+    return count;
 }
+
+std::size_t CountOf(ssize_t read) { return read < 0 ? 0 : static_cast<std::size_t>(read); }
 
 class SocketChannel final : public Channel {
 public:
     explicit SocketChannel(Descriptor socket) : m_socket(std::move(socket)) {}
 
     std::size_t Read(char* bytes, std::size_t size) override {
-        return ReadFrom(m_socket.Get(), m_stop, bytes, size);
+        return CountOf(ReadFrom(m_socket.Get(), m_stop, bytes, size));
     }
 
     bool Write(std::string_view bytes) override {
@@ -191,7 +194,11 @@ StandardInput::StandardInput() : m_state(std::make_unique<State>()) {}
 StandardInput::~StandardInput() = default;
 
 std::size_t StandardInput::Read(char* bytes, std::size_t size) {
-    return ReadFrom(STDIN_FILENO, m_state->stop, bytes, size);
+    const ssize_t count = ReadFrom(STDIN_FILENO, m_state->stop, bytes, size);
+    if (count < 0)
+        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s",
+                                               SystemErrorText(errno).c_str());
+    return CountOf(count);
 }
 
 void StandardInput::Stop() { m_state->stop.Set(); }

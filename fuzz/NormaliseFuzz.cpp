@@ -1,0 +1,49 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "base/Utf.h"
+#include "quillon/PathUtils.h"
+
+// A path in UTF-8. Its normal form is a normal form, never longer by more than the "." of an empty path, has
+// no "/", no "." and no ".." but in front, and the wide form says the same.
+namespace {
+
+using quillon::PathUtils;
+
+void Require(bool condition) {
+    if (!condition) std::abort();
+}
+
+/// Looks at the elements after the root.
+void CheckElements(const std::string& path) {
+    const bool isRooted = path.starts_with('\\');
+    bool isUp = true;
+    std::size_t begin = isRooted ? 1 : 0;
+    while (begin < path.size()) {
+        const std::size_t end = std::min(path.find('\\', begin), path.size());
+        const std::string element = path.substr(begin, end - begin);
+        Require(!element.empty() && (element != "." || begin == 0));
+        Require(element != ".." || (isUp && !isRooted));
+        isUp = isUp && (element == ".." || element == ".");
+        begin = end + 1;
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string given(reinterpret_cast<const char*>(data), size);
+    std::string path = given;
+    PathUtils::Normalise(path);
+    Require(path.find('/') == std::string::npos && path.size() <= given.size() + 1);
+    std::string again = path;
+    Require(PathUtils::Normalise(again) == path);
+    // Drives, shares and "\\?\" are roots with rules of their own.
+    if (path.find(':') == std::string::npos && !path.starts_with("\\\\")) CheckElements(path);
+    if (quillon::base::FindInvalidUtf8(given) != std::string::npos) return 0;
+    std::wstring wide = quillon::base::ToWide(given);
+    Require(quillon::base::ToUtf8(PathUtils::Normalise(wide)) == path);
+    return 0;
+}

@@ -1,0 +1,51 @@
+"""The orders and counts that lie between the driver and a process whose calls are refused (Refusal.cpp)."""
+
+import mmap
+import struct
+
+KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "clock"]
+_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS = range(len(KINDS), len(KINDS) + 6)
+SIZE = 8 * (_SHOWS + 1)
+
+
+class Board:
+    def __init__(self, path):
+        self.path = path
+        with open(path, "wb") as file:
+            file.write(bytes(SIZE))
+        with open(path, "r+b") as file:
+            self._map = mmap.mmap(file.fileno(), SIZE)
+
+    def _get(self, index):
+        return struct.unpack_from("<q", self._map, 8 * index)[0]
+
+    def _set(self, index, value):
+        struct.pack_into("<q", self._map, 8 * index, value)
+
+    def order(self, kind, call, for_ever, shows=False):
+        """Counts anew, and has calls of the kind refused from now on."""
+        self.lift()
+        for index in range(len(KINDS)):
+            self._set(index, 0)
+        self._set(_REFUSED, 0)
+        self._set(_KIND, KINDS.index(kind))
+        self._set(_FOR_EVER, int(for_ever))
+        self._set(_SHOWS, int(shows))
+        self._set(_CALL, call)
+
+    def lift(self):
+        self._set(_CALL, 0)
+
+    def made(self, kind):
+        return self._get(KINDS.index(kind))
+
+    @property
+    def refused(self):
+        return self._get(_REFUSED)
+
+    @property
+    def live(self):
+        return self._get(_LIVE)
+
+    def close(self):
+        self._map.close()

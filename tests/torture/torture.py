@@ -1,0 +1,201 @@
+#!/usr/bin/env python3
+"""Refuses calls of the agent in turn, one after the other and from one on, and judges what becomes of it.
+
+Each method is run once as a program, whose calls are refused from its beginning, and served, where the agent
+goes on afterwards. A run is clean when the agent neither crashes nor hangs, gives a code that it documents and
+says why it failed, answers correctly when it says that it did, and keeps what it had said that it keeps.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import os
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+from board import KINDS, Board
+from scenarios import CODES, scenarios
+from served import show_served, torture_served
+
+LIMIT = 30  # seconds for one run
+NEVER = 1 << 60  # a call that no run reaches
+Run = collections.namedtuple("Run", "code output errors")
+
+
+def environment(options, board):
+    return {**os.environ, "TZ": "UTC", "LD_PRELOAD": os.path.abspath(options.refusal), "REFUSE_FILE": board.path}
+
+
+def run_agent(options, scenario, folder, board):
+    """None when the agent does not end."""
+    command = [options.agent, *scenario.command(folder)]
+    try:
+        done = subprocess.run(command, env=environment(options, board), stdin=subprocess.DEVNULL,
+                              capture_output=True, timeout=LIMIT, check=False)
+    except subprocess.TimeoutExpired:
+        return None
+    return Run(done.returncode, done.stdout, done.stderr)
+
+
+def judge(scenario, folder, run, expected):
+    """Returns what is wrong: a pair of a class and an explanation; None for a clean run."""
+    if run is None:
+        return "hang", f"no end within {LIMIT} s"
+    if run.code < 0 or b"Sanitizer" in run.errors:
+        return "crash", f"signal {-run.code}: {run.errors[-300:]!r}"
+    if run.code not in CODES or (run.code != 0 and not run.errors.strip()):
+        return "unclear", f"code {run.code}, message {run.errors!r}"
+    if run.code == 0 and scenario.fixed and run.output != expected:
+        return "wrong", f"{run.output[:300]!r} {run.errors[:300]!r}"
+    faults = scenario.check(folder, run.code) if scenario.check else []
+    return ("loss", "; ".join(faults)) if faults else None
+
+
+class Process:
+    """Runs one scenario as a program, each time in a new directory."""
+
+    def __init__(self, options, scenario, work):
+        self.options, self.scenario, self.work = options, scenario, work
+        # The paths in the answers must be the same in every run: the directory keeps its name.
+        self.folder = os.path.join(work, "run")
+        self.board = Board(os.path.join(work, "board"))
+        clean = self.run("spawn", NEVER, False)  # counts as it will be done then
+        if clean is None or clean.code != 0:
+            raise RuntimeError(f"{scenario.name} fails when nothing is refused: {clean}")
+        if self.board.made("memory") == 0:
+            raise RuntimeError("no call is counted: the library is not in front of the agent's")
+        self.expected = clean.output
+        self.counts = {kind: self.board.made(kind) for kind in KINDS}
+
+    def run(self, kind, call, for_ever, shows=False):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        os.makedirs(self.folder, mode=0o700)
+        if self.scenario.prepare:
+            self.scenario.prepare(self.folder)
+        self.board.order(kind, call, for_ever, shows)
+        return run_agent(self.options, self.scenario, self.folder, self.board)
+
+    def torture(self, kind, calls, for_ever, report):
+        for call in calls:
+            run = self.run(kind, call, for_ever)
+            report(self.scenario.name, kind, for_ever, call, judge(self.scenario, self.folder, run, self.expected),
+                   run is not None and run.code == 0)
+
+
+def sample(count, options, salt):
+    """Returns the numbers of the calls to refuse: all, or some, the first and the last among them."""
+    if options.all or count <= options.sample:
+        return list(range(1, count + 1))
+    chosen = random.Random(f"{options.seed} {salt}").sample(range(2, count), max(options.sample - 2, 0))
+    return sorted([1, count, *chosen])[: max(options.sample, 1)]
+
+
+class Table:
+    """Counts the runs by method and kind, and keeps an example of every fault."""
+
+    CLASSES = ["crash", "hang", "loss", "wrong", "unclear", "leak"]
+
+    def __init__(self):
+        self.runs = collections.defaultdict(collections.Counter)
+        self.faults = []
+
+    def report(self, name, kind, for_ever, call, fault, is_success):
+        counter = self.runs[name, kind]
+        counter["runs"] += 1
+        counter[fault[0] if fault else "success" if is_success else "failed"] += 1
+        if fault:
+            order = f"{kind} {call}{' and all after it' if for_ever else ''}"
+            self.faults.append(f"{fault[0]}: {name}: {order}: {fault[1]}")
+            print(self.faults[-1], file=sys.stderr, flush=True)
+
+    def sums(self, select):
+        total = collections.Counter()
+        for key, counter in self.runs.items():
+            if select(*key):
+                total += counter
+        return total
+
+    def print(self):
+        columns = ["runs", "success", "failed", *self.CLASSES]
+        print("| calls refused | " + " | ".join(columns) + " |\n| --- |" + " ---: |" * len(columns))
+        for label, select in [*((kind, lambda _n, k, kind=kind: k == kind) for kind in KINDS),
+                              ("all", lambda _n, _k: True)]:
+            total = self.sums(select)
+            print(f"| {label} | " + " | ".join(str(total[column]) for column in columns) + " |")
+        print("\n| method | " + " | ".join(columns) + " |\n| --- |" + " ---: |" * len(columns))
+        for name in dict.fromkeys(key[0] for key in self.runs):
+            total = self.sums(lambda n, _k, name=name: n == name)
+            print(f"| {name} | " + " | ".join(str(total[column]) for column in columns) + " |")
+
+
+def torture_process(options, scenario, table):
+    if options.is_over():
+        return
+    with tempfile.TemporaryDirectory(prefix="torture-") as work:
+        process = Process(options, scenario, work)
+        for kind in options.kinds:
+            if options.is_over():
+                break
+            for for_ever in (False, True):
+                calls = sample(process.counts[kind], options, f"{scenario.name} {kind} {for_ever}")
+                process.torture(kind, calls, for_ever, table.report)
+
+
+def show(options):
+    """Runs one call alone and shows where it was refused."""
+    kind, call = options.show.split(":")
+    for_ever = call.endswith("+")
+    scenario = next(each for each in scenarios() if each.name == options.only)
+    with tempfile.TemporaryDirectory(prefix="torture-") as work:
+        if options.forms == ["served"]:
+            return show_served(options, scenario, work, (kind, int(call.rstrip("+")), for_ever))
+        process = Process(options, scenario, work)
+        run = process.run(kind, int(call.rstrip("+")), for_ever, shows=True)
+        print(run.errors.decode(errors="replace") if run else "hang", run.output if run else "",
+              judge(scenario, process.folder, run, process.expected))
+
+
+def parse():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--agent", required=True, help="the program")
+    parser.add_argument("--refusal", required=True, help="the library that refuses its calls")
+    parser.add_argument("--all", action="store_true", help="refuse every call, not a sample of them")
+    parser.add_argument("--sample", type=int, default=30, help="calls of one kind and method (default %(default)s)")
+    parser.add_argument("--seed", default="1", help="another seed takes another sample")
+    parser.add_argument("--only", help="this method alone")
+    parser.add_argument("--kinds", type=lambda text: text.split(","), default=KINDS, help=", ".join(KINDS))
+    parser.add_argument("--forms", type=lambda text: text.split(","), default=["process", "served"])
+    parser.add_argument("--jobs", type=int, default=2, help="runs at once (default %(default)s)")
+    parser.add_argument("--most", type=float, default=None, help="seconds after which no further run begins")
+    parser.add_argument("--show", help="KIND:CALL or KIND:CALL+: run this alone and show the place of the call")
+    return parser.parse_args()
+
+
+def main():
+    options = parse()
+    if options.show:
+        return show(options)
+    table = Table()
+    end = time.monotonic() + options.most if options.most else None
+    options.is_over = lambda: end is not None and time.monotonic() > end
+    chosen = [each for each in scenarios() if options.only in (None, each.name)]
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        futures = []
+        if "process" in options.forms:
+            futures += [pool.submit(torture_process, options, each, table) for each in chosen
+                        if not each.name.endswith("served")]
+        if "served" in options.forms:
+            futures += [pool.submit(torture_served, options, each, sample, table.report) for each in chosen
+                        if each.served]
+        for future in concurrent.futures.as_completed(futures):
+            future.result()
+    table.print()
+    return 1 if table.faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
