@@ -10,7 +10,7 @@ set(CPACK_VERBATIM_VARIABLES ON)
 
 set(example examples/uptime_module)
 set(notices NOTICE resources/UNICODE-LICENSE CHANGELOG.md SECURITY.md packaging/sbom.cdx.json)
-if(TARGET quillon_testkit)  # programs are stripped by CPack, archives are not
+if(TARGET quillon_testkit AND CMAKE_STRIP)  # programs are stripped by CPack, archives are not
   install(CODE "execute_process(COMMAND ${CMAKE_STRIP} --strip-debug --enable-deterministic-archives
     \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libquillon_testkit.a COMMAND_ERROR_IS_FATAL ANY)"
           COMPONENT testkit)
@@ -21,12 +21,14 @@ if(WIN32)
   set(CPACK_STRIP_FILES ON)
   set(CPACK_PACKAGE_FILE_NAME quillon-${PROJECT_VERSION}-windows-x64)
   set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
-  foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
-    install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${dll} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
-    install(CODE "execute_process(COMMAND ${CMAKE_STRIP} --strip-all
-      \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${dll} COMMAND_ERROR_IS_FATAL ANY)"
-            COMPONENT library)
-  endforeach()
+  if(MINGW)
+    foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+      install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${dll} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
+      install(CODE "execute_process(COMMAND ${CMAKE_STRIP} --strip-all
+        \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${dll} COMMAND_ERROR_IS_FATAL ANY)"
+              COMPONENT library)
+    endforeach()
+  endif()
   install(FILES ${notices} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT library)
   install(DIRECTORY ${example} DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT devel)
   include(CPack)
