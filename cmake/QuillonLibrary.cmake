@@ -71,6 +71,10 @@ if(WIN32)
     target_link_options(quillon PRIVATE -Wl,--exclude-all-symbols)  # only what is marked QUILLON_API
     include(QuillonWindowsRuntime)
   endif()
+else()
+  set(export_list ${PROJECT_SOURCE_DIR}/cmake/quillon.map)
+  target_link_options(quillon PRIVATE -Wl,--version-script=${export_list})
+  set_target_properties(quillon PROPERTIES LINK_DEPENDS ${export_list})
 endif()
 
 add_library(quillon_internal STATIC EXCLUDE_FROM_ALL)
