@@ -27,7 +27,7 @@ class QuillonConan(ConanFile):
     def requirements(self):
         self.requires("log4cplus/2.0.8")
         self.requires("nlohmann_json/3.11.2")
-        self.requires("rapidxml/1.13")
+        self.requires("pugixml/1.13")
         if self.settings.os != "Windows":
             self.requires("openssl/[>=3.0 <4]")
         if self._needs_sqlite:
