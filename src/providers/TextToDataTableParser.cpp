@@ -1,6 +1,5 @@
 #include "quillon/TextToDataTableParser.h"
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -14,7 +13,6 @@
 #include "base/Characters.h"
 #include "base/DateTimeText.h"
 #include "base/NumberText.h"
-#include "base/Sse2.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/FromChars.h"
 #include "quillon/detail/RowBuilder.h"
@@ -31,29 +29,13 @@ std::string_view Trimmed(std::string_view text) {
     return text;
 }
 
-/// The first character that is a space, or that is none, else the end.
-template <bool isSpace>
-const char* FindSpace(const char* cursor, const char* end) {
-#ifdef QUILLON_SSE2
-    constexpr std::ptrdiff_t kBlock = sizeof(__m128i);
-    for (; end - cursor >= kBlock; cursor += kBlock) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cursor));
-        const auto spaces =
-            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(' '))));
-        const unsigned found = isSpace ? spaces : spaces ^ 0xFFFFU;
-        if (found != 0) return cursor + std::countr_zero(found);
-    }
-#endif
-    while (cursor != end && (*cursor == ' ') != isSpace) ++cursor;
-    return cursor;
-}
-
 /// One field up to a space or the end. The cursor goes past the spaces that follow.
 std::string_view TakeSpaceSeparated(const char*& cursor, const char* end) {
     const char* const start = cursor;
-    const char* const fieldEnd = FindSpace<true>(start, end);
-    cursor = FindSpace<false>(fieldEnd, end);
-    return std::string_view(start, static_cast<std::size_t>(fieldEnd - start));
+    while (cursor != end && *cursor != ' ') ++cursor;
+    const std::string_view field(start, static_cast<std::size_t>(cursor - start));
+    while (cursor != end && *cursor == ' ') ++cursor;
+    return field;
 }
 
 std::string_view TakeRest(const char*& cursor, const char* end) {
