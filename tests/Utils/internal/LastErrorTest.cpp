@@ -98,6 +98,7 @@ TEST_F(LastErrorTest, TellsWhyAQuestionOrAListingFailed) {
            {"is directory", 2, [&] { return FS::IsDirectory(missing); }},
            {"is directory, ANSI", 2, [&] { return FS::IsDirectory(missing.c_str()); }},
            {"size", 2, [&] { return FS::GetFileSizeInBytes(missing) != 0; }},
+           {"size, empty", 0, [&] { return FS::GetFileSizeInBytes(dir.Write("none", "")) != 0; }},
            {"size, directory", 5, [&] { return FS::GetFileSizeInBytes(full) != 0; }},
            {"size, NUL", 123, [&] { return FS::GetFileSizeInBytes(bad) != 0; }},
            {"sum", 2, [&] { return FS::GetDirectorySizeInBytes(missing, true) != 0; }},
