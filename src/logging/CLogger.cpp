@@ -35,11 +35,13 @@ constexpr platform::StageHandlers kSlotHandlers = {
     [] {},
 };
 
-/// Never destroyed: threads may log while the process ends.
+/// Never destroyed: threads may log while the process ends. It takes no memory of the heap, as a process
+/// that has none may end the log.
 Slot& TheSlot() {
     static Slot& slot = *[] {
+        alignas(Slot) static std::byte memory[sizeof(Slot)];
         platform::HandleStages(kSlotHandlers);
-        return new Slot;
+        return new (memory) Slot;
     }();
     return slot;
 }
