@@ -39,7 +39,8 @@ std::string_view TakeSpaceSeparated(const char*& cursor, const char* end) {
 }
 
 std::string_view TakeRest(const char*& cursor, const char* end) {
-    return std::string_view(std::exchange(cursor, end), static_cast<std::size_t>(end - cursor));
+    const char* const start = std::exchange(cursor, end);
+    return std::string_view(start, static_cast<std::size_t>(end - start));
 }
 
 /// The product, or the range's end on its side.

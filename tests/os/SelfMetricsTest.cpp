@@ -44,6 +44,7 @@ TEST(SelfMetrics, FollowsWhatTheProcessDoes) {
     constexpr long long kBytes = 64LL << 20;
     auto before = Figures();
     const std::vector<char> touched(kBytes, 'x');
+    [[maybe_unused]] const char* volatile seen = touched.data();  // a compiler may leave unseen memory out
     const test::TempDir dir;
     std::vector<std::ofstream> files;
     for (int i = 0; i < 20; ++i) files.emplace_back(dir.Native(std::to_string(i)));
