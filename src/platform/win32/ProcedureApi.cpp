@@ -15,8 +15,7 @@ bool IsSystemAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t ser
     wanted.wServicePackMajor = static_cast<WORD>(servicePack);
     DWORDLONG conditions = 0;
     constexpr DWORD kParts[] = {VER_MAJORVERSION, VER_MINORVERSION, VER_SERVICEPACKMAJOR};
-    for (const DWORD part : kParts)
-        conditions = ::VerSetConditionMask(conditions, part, VER_GREATER_EQUAL);
+    for (const DWORD part : kParts) conditions = ::VerSetConditionMask(conditions, part, VER_GREATER_EQUAL);
     return ::VerifyVersionInfoW(&wanted, VER_MAJORVERSION | VER_MINORVERSION | VER_SERVICEPACKMAJOR,
                                 conditions) != 0;
 }
