@@ -1,19 +1,15 @@
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 
+#include "BoundedInput.h"
 #include "base/PeVersionResource.h"
 
 // The input is a PE file. Whatever it says, only bytes that it has are read, and no
 // more of them than some hundred kilobytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::size_t left = std::size_t{512} << 10;
-    const auto read = [&](std::uint64_t offset, void* buffer, std::size_t count) {
-        if (count > left) std::abort();
-        left -= count;
-        if (offset > size || count > size - offset) return false;
-        if (count > 0) std::memcpy(buffer, data + offset, count);
-        return true;
+    BoundedInput input(data, size);
+    const auto read = [&input](std::uint64_t offset, void* buffer, std::size_t count) {
+        return input.Read(offset, buffer, count);
     };
     bool isThere = false;
     const auto version = quillon::base::ReadPeVersion(read, isThere);

@@ -204,7 +204,6 @@ TEST(DataTable, TablesMoveBetweenThreads) {
     }
 }
 
-/// Only under the thread sanitizer can this fail: const operations must keep nothing in the table.
 /// Rows of a large table lie in memory that they share; whatever is done with one, the others stay.
 TEST(DataTable, RowsMayBeChangedAndMovedInAnyOrder) {
     std::mt19937 random(17);
@@ -256,6 +255,7 @@ TEST(DataTable, RowsMayBeChangedAndMovedInAnyOrder) {
     EXPECT_EQ(moved, expectedMoved);
 }
 
+/// Only under the thread sanitizer can this fail: const operations must keep nothing in the table.
 TEST(DataTable, SixThreadsReadOneTable) {
     DataTable table;
     for (int i = 0; i < 200; ++i) {
