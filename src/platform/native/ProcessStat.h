@@ -25,7 +25,9 @@ struct ProcessStat {
     unsigned long long virtualBytes = 0;
     long long residentPages = 0;
 
-    [[nodiscard]] bool HasEnded() const { return state == 'Z' || state == 'X'; }
+    /// `state` is that of the first thread; others may go on.
+    [[nodiscard]] bool IsFirstThreadOver() const { return state == 'Z' || state == 'X'; }
+    [[nodiscard]] bool HasEnded() const { return IsFirstThreadOver() && threads <= 1; }
     /// Returns whether the process is neither stopped nor blocked in the kernel.
     [[nodiscard]] bool IsRunnable() const { return state == 'R' || state == 'S'; }
 };

@@ -5,6 +5,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -17,6 +18,7 @@
 #include <utility>
 
 #include "platform/native/ProcFile.h"
+#include "platform/posix/Children.h"
 #include "platform/posix/FolderEntry.h"
 
 namespace quillon::platform {
@@ -148,6 +150,29 @@ bool IsPopulated(int folder) {
     return Read(folder, "cgroup.events").find("populated 1") != std::string::npos;
 }
 
+std::vector<pid_t> Members(int folder) {
+    const std::string list = Read(folder, "cgroup.procs");
+    std::vector<pid_t> members;
+    std::size_t at = 0;
+    for (std::size_t end = 0; (end = list.find('\n', at)) != std::string::npos; at = end + 1)
+        members.push_back(FieldAt<pid_t>(std::string_view(list).substr(at, end - at), 0));
+    return members;
+}
+
+bool IsMember(int folder, pid_t process) {
+    const auto members = Members(folder);
+    return std::find(members.begin(), members.end(), process) != members.end();
+}
+
+/// Kills the processes of a group one by one. The kernel's own kill of a group spares a process whose first
+/// thread has ended.
+void KillEach(int folder) {
+    for (const pid_t member : Members(folder)) {
+        const Handle<ObjectTraits> handle(OpenProcessDescriptor(member));
+        if (IsMember(folder, member)) SendSignal(handle.Get(), member, SIGKILL);
+    }
+}
+
 }  // namespace
 
 CommandGroup::CommandGroup(std::string path, FileHandle folder)
@@ -182,14 +207,11 @@ void CommandGroup::Kill(std::vector<std::uint32_t>& survivors) const {
     const FileHandle file(::openat(Descriptor(), "cgroup.kill", O_WRONLY | O_CLOEXEC));
     if (!file || ::write(file.Get(), "1", 1) != 1) return;
     const auto deadline = std::chrono::steady_clock::now() + kEndLimit;
-    while (IsPopulated(Descriptor())) {
-        if (std::chrono::steady_clock::now() >= deadline) break;
+    while (IsPopulated(Descriptor()) && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        KillEach(Descriptor());
     }
-    const std::string left = Read(Descriptor(), "cgroup.procs");
-    std::size_t at = 0;
-    for (std::size_t end = 0; (end = left.find('\n', at)) != std::string::npos; at = end + 1)
-        survivors.push_back(FieldAt<std::uint32_t>(std::string_view(left).substr(at, end - at), 0));
+    for (const pid_t member : Members(Descriptor())) survivors.push_back(static_cast<std::uint32_t>(member));
 }
 
 }  // namespace quillon::platform

@@ -31,6 +31,11 @@ constexpr std::chrono::milliseconds kStopLimit{10'000};
 constexpr std::chrono::milliseconds kRoundPause{1};
 /// A chain whose links fork and end may have been between two links during one look.
 constexpr int kQuietRounds = 3;
+/// A process that executes a program shows no environment for a moment; one that has cleared its own for
+/// ever.
+constexpr int kLooksForEnvironment = 20;
+/// What was found may have been inside of a fork when it was killed, so that its child is found afterwards.
+constexpr int kMostPasses = 10;
 /// The time that the kernel gets to end a process that was killed: long only on a busy machine.
 constexpr std::chrono::milliseconds kEndLimit{10'000};
 
@@ -43,6 +48,26 @@ pid_t LastIdentifier() {
     if (!file || ::read(file.Get(), text, sizeof text - 1) <= 0) return 0;
     constexpr int kField = 4;
     return FieldAt<pid_t>(text, kField);
+}
+
+/// Calls `visit` with each number that is an entry's name.
+template <class Visit>
+void VisitNumbers(const std::string& folder, Visit visit) {
+    const OpenFolder open{::opendir(folder.c_str())};
+    while (const ::dirent* const entry = open == nullptr ? nullptr : ::readdir(open.get())) {
+        const std::string_view name = entry->d_name;
+        if (const pid_t number = FieldAt<pid_t>(name, 0); number > 0) visit(number);
+    }
+}
+
+/// Reads the environment; nothing when that is not permitted. The first thread shows none when it has ended.
+std::optional<std::string> ReadEnvironment(const ProcessStat& entry) {
+    auto environment = ReadProcessFile(entry.id, "environ");
+    if (entry.threads <= 1 || !entry.IsFirstThreadOver()) return environment;
+    VisitNumbers("/proc/" + std::to_string(entry.id) + "/task", [&environment](pid_t thread) {
+        if (environment.value_or("").empty()) environment = ReadProcessFile(thread, "environ");
+    });
+    return environment;
 }
 
 template <class Visit>
@@ -72,12 +97,7 @@ void VisitNewProcesses(pid_t last, Visit& visit) {
 template <class Visit>
 void VisitProcesses(Visit visit) {
     const pid_t last = LastIdentifier();
-    if (const OpenFolder folder{::opendir("/proc")}) {
-        while (const ::dirent* const entry = ::readdir(folder.get())) {
-            const pid_t process = FieldAt<pid_t>(entry->d_name, 0);
-            if (process > 0) VisitProcess(process, visit);
-        }
-    }
+    VisitNumbers("/proc", [&visit](pid_t process) { VisitProcess(process, visit); });
     if (last > 0) VisitNewProcesses(last, visit);
 }
 
@@ -132,8 +152,9 @@ public:
     bool SignalMore(int number) {
         bool again = false;
         VisitProcesses([&](const ProcessStat& entry) {
-            if (!Contains(entry)) return;
-            if (!IsFound(entry)) {
+            if (!Contains(entry)) {
+                again |= IsUnclear(entry);
+            } else if (!IsFound(entry)) {
                 m_found.insert_or_assign(entry.id, entry.startTime);
                 if (!m_members.emplace_back(entry).Signal(number)) m_forbidden.insert(entry.id);
                 again = true;
@@ -156,19 +177,29 @@ public:
         for (const Member& member : m_members) member.Signal(SIGKILL);
     }
 
-    void AwaitEnd(std::vector<std::uint32_t>& survivors) const {
+    /// Forgets those that have ended.
+    void AwaitEnd(std::vector<std::uint32_t>& survivors) {
         const auto deadline = Clock::now() + kEndLimit;
         for (const Member& member : m_members) {
             if (!member.AwaitEnd(m_forbidden.contains(member.Id()) ? Clock::time_point() : deadline))
                 survivors.push_back(static_cast<std::uint32_t>(member.Id()));
         }
+        m_members.clear();
     }
 
 private:
     [[nodiscard]] bool Contains(const ProcessStat& entry) const {
         if (entry.group == m_leader || IsFound(entry) || IsFoundNow(entry.parent)) return true;
         return entry.startTime >= m_startTime &&
-               ReadProcessFile(entry.id, "environ").value_or("").find(m_mark) != std::string::npos;
+               ReadEnvironment(entry).value_or("").find(m_mark) != std::string::npos;
+    }
+
+    /// Returns whether another look may tell that the process is a member.
+    bool IsUnclear(const ProcessStat& entry) {
+        const bool isOfKernel = entry.virtualBytes == 0;
+        if (entry.startTime < m_startTime || isOfKernel) return false;
+        const auto environment = ReadEnvironment(entry);
+        return environment && environment->empty() && ++m_looks[entry.id] < kLooksForEnvironment;
     }
 
     [[nodiscard]] bool IsFound(const ProcessStat& entry) const {
@@ -188,8 +219,18 @@ private:
     unsigned long long m_startTime = 0;
     std::unordered_map<pid_t, unsigned long long> m_found;  // with their start times
     std::unordered_set<pid_t> m_forbidden;
+    std::unordered_map<pid_t, int> m_looks;  // at those that have shown no environment
     std::vector<Member> m_members;
 };
+
+/// The leader may have joined another group, even that of this process.
+bool KillLeader(const ChildProcess::State& leader) {
+    const bool isKilled = HasEnded(leader) || SendSignal(leader.descriptor.Get(), leader.id, SIGKILL);
+    ::kill(-leader.id, SIGKILL);
+    const auto deadline = Clock::now() + kEndLimit;
+    while (isKilled && !HasEnded(leader) && Clock::now() < deadline) std::this_thread::sleep_for(kRoundPause);
+    return isKilled;
+}
 
 }  // namespace
 
@@ -214,12 +255,13 @@ bool KillTree(const ChildProcess::State& leader, std::vector<std::uint32_t>& sur
     Tree tree(leader);
     // Who could leave the group, because it may, is found by the looks.
     if (leader.group) leader.group->Kill(survivors);
-    tree.StopAll();
-    tree.Kill();
-    // The leader may have joined another group, even that of this process.
-    const bool isKilled = HasEnded(leader) || SendSignal(leader.descriptor.Get(), leader.id, SIGKILL);
-    ::kill(-leader.id, SIGKILL);
-    tree.AwaitEnd(survivors);
+    bool isKilled = true;
+    for (int pass = 0; pass == 0 || (pass < kMostPasses && tree.SignalMore(SIGSTOP)); ++pass) {
+        tree.StopAll();
+        tree.Kill();
+        isKilled = KillLeader(leader);
+        tree.AwaitEnd(survivors);
+    }
     std::sort(survivors.begin(), survivors.end());
     survivors.erase(std::unique(survivors.begin(), survivors.end()), survivors.end());
     return isKilled;

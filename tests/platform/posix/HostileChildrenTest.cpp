@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -93,6 +94,14 @@ const ChildMode hostile("hostile", [](const std::vector<std::string>& a) {
             MoveOn();
             WaitForTheEnd();
         }
+    } else if (kind == "headless") {
+        if (::fork() == 0) {  // its first thread ends, another goes on
+            LimitLife();
+            ::setsid();
+            MoveOn();
+            std::thread(&WaitForTheEnd).detach();
+            ::pthread_exit(nullptr);
+        }
     } else if (kind == "chain") {
         if (::fork() == 0) {
             LimitLife();
@@ -106,16 +115,25 @@ const ChildMode hostile("hostile", [](const std::vector<std::string>& a) {
     return 0;
 });
 
+/// Returns whether a thread of the process shows `text` in its command line; one that has ended shows none.
+bool Shows(const fs::path& process, const std::string& text) {
+    std::error_code error;
+    for (const auto& thread : fs::directory_iterator(process / "task", error)) {
+        std::ifstream file(thread.path() / "cmdline");
+        std::string line;
+        std::getline(file, line);
+        if (line.find(text) != std::string::npos) return true;
+    }
+    return false;
+}
+
 /// Counts, and ends, the living processes that have `text` in their command line, as forks have from their
 /// parents.
 int CountProcesses(const std::string& text) {
     int count = 0;
     std::error_code error;
     for (const auto& entry : fs::directory_iterator("/proc", error)) {
-        std::ifstream file(entry.path() / "cmdline");
-        std::string line;
-        std::getline(file, line);
-        if (line.find(text) == std::string::npos) continue;
+        if (!Shows(entry.path(), text)) continue;
         ++count;
         ::kill(std::stoi(entry.path().filename().string()), SIGKILL);  // nothing stays behind a failure
     }
@@ -142,7 +160,7 @@ bool RunAndKill(const std::string& kind, const std::string& started, ICLogger& l
 }
 
 using Kinds = std::vector<const char*>;
-const Kinds kKinds{"ignore", "stop", "fork", "join", "daemon", "chain"};
+const Kinds kKinds{"ignore", "stop", "fork", "join", "daemon", "headless", "chain"};
 
 void KillMany(const Kinds& kinds, int children) {
     constexpr int kAtOnce = 8;
