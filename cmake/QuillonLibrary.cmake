@@ -39,7 +39,7 @@ if(NOT WIN32)  # certificates
   set_property(SOURCE ${openssl_sources} APPEND PROPERTY COMPILE_DEFINITIONS ${QUILLON_OPENSSL_3})
 endif()
 if(WIN32)
-  target_link_libraries(quillon_objects PUBLIC ws2_32 crypt32 wbemuuid ole32 oleaut32 version netapi32
+  target_link_libraries(quillon_objects PUBLIC ws2_32 iphlpapi crypt32 wbemuuid ole32 oleaut32 version netapi32
                         advapi32 secur32 shell32 shlwapi psapi rpcrt4 userenv)
 endif()
 

@@ -10,6 +10,8 @@ struct addrinfo;
 
 namespace quillon {
 
+class DataTable;
+
 /// Tells the computer's names, looks names up within a time limit, and reads, writes and
 /// compares addresses and ranges.
 ///
@@ -40,6 +42,18 @@ public:
     /// Returns the flat (NetBIOS) name of the domain or workgroup; "(unknown)" when it cannot
     /// be told, so always outside Windows.
     static const char* GetDomainName();
+
+    // --- The computer's network adapters ---
+
+    /// Replaces the table by the computer's network adapters, the loopback included: a row for each unicast
+    /// address, and one for an adapter without an address. Columns: "Name" (as the system shows it, such as
+    /// "eth0" or "Ethernet"), "Description", "Index" (whole number), "State" ("up", "down", "testing",
+    /// "unknown", "dormant", "notPresent" or "lowerLayerDown", see RFC 2863, ifOperStatus), "MacAddress" (see
+    /// FormatMacAddressAsString(); null without one), "Family" ("IPv4" or "IPv6"), "Address" (see RFC 5952;
+    /// without a scope) and "Prefix" (bits of the network, whole number); the last three are null without an
+    /// address. On failure returns false with an Error entry and the reason in the last error; the table then
+    /// has its columns only.
+    static bool GetAdapters(DataTable& table);
 
     // --- Look-up ---
 

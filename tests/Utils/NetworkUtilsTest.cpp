@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "quillon/DataTable.h"
 #include "quillon/StringUtils.h"
 #include "quillon/WindowsSockets.h"
 #include "support/ChildMain.h"
@@ -210,6 +211,27 @@ TEST_F(NetworkUtilsTest, AddressesLieInNetworksOfTheirKind) {
              "[fe80::]/10|"
              "10.1.2.3:80 0.0.0.0/0|[::1] ::/0|::1%1 ::/0| /0| 0.0.0.0/0"))
         EXPECT_FALSE(NetworkUtils::IpInCidr(Pieces(row, ' ')[0], Pieces(row, ' ')[1])) << row;
+    EXPECT_THAT(m_log.Lines(), IsEmpty());
+}
+
+TEST_F(NetworkUtilsTest, AdaptersAreListedWithTheirAddresses) {
+    DataTable table;
+    ASSERT_TRUE(NetworkUtils::GetAdapters(table));
+    std::string loopback;
+    for (const VariantList& row : table) {
+        EXPECT_NE(row["Name"].AsString(), "");
+        EXPECT_NE(row["Index"].AsString(), "0");
+        const std::string address = row["Address"].AsString();
+        if (row["Address"].IsNull()) continue;
+        const bool isIpv4 = row["Family"].AsString() == "IPv4";
+        EXPECT_EQ(NetworkUtils::IpAddressOrBlank(address), address);
+        EXPECT_EQ(isIpv4, address.find(':') == std::string::npos) << address;
+        const std::string cidr = address + '/' + row["Prefix"].AsString();
+        EXPECT_TRUE(NetworkUtils::IpInCidr(address, cidr)) << cidr;
+        if (address == "127.0.0.1")
+            loopback = row["State"].AsString() + ' ' + cidr + ' ' + row["MacAddress"].AsString();
+    }
+    EXPECT_EQ(loopback, "up 127.0.0.1/8 null");
     EXPECT_THAT(m_log.Lines(), IsEmpty());
 }
 

@@ -174,6 +174,18 @@ TEST(AgentProcesses, ListHoldsTheAgentItselfAndCanBeFiltered) {
     EXPECT_EQ(RunForJson({"run", "Processes.List", "pid=4294967296"}).dump(), "[]");
 }
 
+TEST(AgentNetwork, ListsAdapters) {
+    const ordered_json all = RunForJson({"run", "Network.Adapters"});
+    const auto isLoopback = [](const ordered_json& row) { return row["Address"] == "127.0.0.1"; };
+    const auto loopback = std::find_if(all.begin(), all.end(), isLoopback);
+    ASSERT_NE(loopback, all.end());
+    const std::string name = (*loopback)["Name"];
+    const ordered_json some = RunForJson({"run", "Network.Adapters", "name=" + name});
+    EXPECT_GE(some.size(), 1u);
+    for (const ordered_json& row : some) EXPECT_EQ(row["Name"], name);
+    EXPECT_EQ(RunForJson({"run", "Network.Adapters", "name=none"}).dump(), "[]");
+}
+
 TEST(AgentNetwork, ResolvesAndTestsAddresses) {
     EXPECT_EQ(RunForJson({"run", "Network.Resolve", "host=127.0.0.1"}).dump(),
               R"([{"Address":"127.0.0.1","Family":"IPv4"}])");

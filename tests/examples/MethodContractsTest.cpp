@@ -111,7 +111,7 @@ TEST_F(MethodContracts, EveryMethodBindsWhatItDescribes) {
             ++count;
         }
     }
-    EXPECT_EQ(count, 29u);
+    EXPECT_EQ(count, 30u);
 }
 
 TEST_F(MethodContracts, EveryMethodHasTheFlagsOfWhatItDoes) {

@@ -85,7 +85,7 @@ const ChildMode moving("clogger-moving", [](const Arguments& a) {
     return 0;
 });
 
-long CountThreads() {
+std::ptrdiff_t CountThreads() {
     return std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator());
 }
 

@@ -9,6 +9,7 @@
 #include "quillon/DescribedBinder.h"
 #include "quillon/IpRanges.h"
 #include "quillon/NetworkUtils.h"
+#include "quillon/StringUtils.h"
 #include "quillon/WindowsSockets.h"
 #include "system/SystemFacts.h"
 
@@ -89,6 +90,22 @@ void Cidr(DescribedBinder& binder, InvocationResult& result) {
     result.resultTable.AddRow(VariantList(Variant("Cidr", cidr)));
 }
 
+void Adapters(DescribedBinder& binder, InvocationResult& result) {
+    std::string name;
+    binder.Add("name", name);
+    if (!binder.Bind(result)) return;
+    if (!NetworkUtils::GetAdapters(result.resultTable)) {
+        Fail(InvocationResult::kSystemFailure,
+             "Cannot list the network adapters: " + StringUtils::GetLastErrorAsString(), result);
+        return;
+    }
+    if (name.empty()) return;
+    const DataTable all = result.resultTable;
+    result.resultTable.Clear(false);
+    for (const VariantList& row : all)
+        if (row["Name"].AsString() == name) result.resultTable.AddRow(row);
+}
+
 void DescribeResolve(IMethodMetadataBuilder& builder) {
     builder.Flags({IMethodMetadata::PerformsNetworkActivity})
         .Description("Looks a name up, a row an address.")
@@ -120,10 +137,26 @@ void DescribeCidr(IMethodMetadataBuilder& builder) {
     AddColumn(builder, "Cidr", typeid(std::string), "Such as 10.1.2.0/24.");
 }
 
+void DescribeAdapters(IMethodMetadataBuilder& builder) {
+    builder.Description("Lists the computer's network adapters, a row an address.")
+        .Note("An adapter without an address has one row, without Family, Address and Prefix.")
+        .Example("quillon-agent run Network.Adapters");
+    AddOptionalParameter(builder, "name", "Only the adapter of this name.");
+    AddColumn(builder, "Name", typeid(std::string), "As the system shows it.");
+    AddColumn(builder, "Description", typeid(std::string), "Often the kind of the device.");
+    AddColumn(builder, "Index", typeid(long long), "The system's number of the adapter.");
+    AddColumn(builder, "State", typeid(std::string), "Such as up, down or lowerLayerDown (RFC 2863).");
+    AddColumn(builder, "MacAddress", typeid(std::string), "Such as 00-1a-2b-3c-4d-5e; empty without one.");
+    AddColumn(builder, "Family", typeid(std::string), "IPv4 or IPv6.");
+    AddColumn(builder, "Address", typeid(std::string), "Without a scope.");
+    AddColumn(builder, "Prefix", typeid(long long), "Bits of the network.");
+}
+
 }  // namespace
 
 std::unique_ptr<IModule> MakeNetworkModule() {
     std::vector<Method> methods;
+    methods.push_back(MakeMethod("Network.Adapters", IMethodMetadata::V5_0, &DescribeAdapters, &Adapters));
     methods.push_back(MakeMethod("Network.Resolve", IMethodMetadata::V5_0, &DescribeResolve, &Resolve));
     methods.push_back(MakeMethod("Network.InRange", IMethodMetadata::V5_0, &DescribeInRange, &InRange));
     methods.push_back(MakeMethod("Network.Cidr", IMethodMetadata::V5_0, &DescribeCidr, &Cidr));

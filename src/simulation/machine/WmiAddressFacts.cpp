@@ -1,14 +1,12 @@
 #include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <net/if.h>
 
+#include <algorithm>
 #include <array>
-#include <bit>
 #include <charconv>
-#include <cstring>
-#include <memory>
+#include <iterator>
 #include <sstream>
 
+#include "platform/AdapterApi.h"
 #include "simulation/machine/WmiFacts.h"
 
 namespace quillon::simulation {
@@ -17,50 +15,35 @@ namespace {
 
 struct Configuration {
     std::string name;
-    unsigned int index = 0;
+    std::uint32_t index = 0;
     std::vector<std::string> addresses, masks;  // those of IPv4 first, in the same order
 };
 
-std::string AddressText(const sockaddr& address) {
-    std::array<char, INET6_ADDRSTRLEN> text{};
-    const void* const field =
-        address.sa_family == AF_INET
-            ? static_cast<const void*>(&reinterpret_cast<const sockaddr_in&>(address).sin_addr)
-            : &reinterpret_cast<const sockaddr_in6&>(address).sin6_addr;
-    return ::inet_ntop(address.sa_family, field, text.data(), text.size()) == nullptr ? "" : text.data();
-}
-
 /// The length of the prefix for IPv6, the mask itself for IPv4.
-std::string MaskText(const sockaddr& mask) {
-    if (mask.sa_family == AF_INET) return AddressText(mask);
-    int bits = 0;
-    for (const std::uint8_t byte : reinterpret_cast<const sockaddr_in6&>(mask).sin6_addr.s6_addr)
-        bits += std::popcount(byte);
-    return std::to_string(bits);
+std::string MaskText(const platform::AdapterAddress& address) {
+    if (address.address.size != base::IpAddress::kIpv4Size) return std::to_string(address.prefix);
+    base::IpAddress mask{{}, base::IpAddress::kIpv4Size};
+    constexpr int kBits = 8;
+    for (int bit = 0; bit < address.prefix; ++bit)
+        mask.bytes[static_cast<std::size_t>(bit / kBits)] |= static_cast<std::uint8_t>(0x80 >> bit % kBits);
+    return base::IpAddressText(mask);
 }
 
-void AddAddresses(const ifaddrs* list, int family, std::vector<Configuration>& configurations) {
-    for (; list != nullptr; list = list->ifa_next) {
-        if (list->ifa_addr == nullptr || list->ifa_addr->sa_family != family) continue;
-        for (Configuration& each : configurations) {
-            if (each.name != list->ifa_name) continue;
-            each.addresses.push_back(AddressText(*list->ifa_addr));
-            each.masks.push_back(list->ifa_netmask == nullptr ? "" : MaskText(*list->ifa_netmask));
-        }
+Configuration ConfigurationOf(platform::Adapter& adapter) {
+    std::stable_sort(adapter.addresses.begin(), adapter.addresses.end(),
+                     [](const auto& a, const auto& b) { return a.address.size < b.address.size; });
+    Configuration configuration{adapter.name, adapter.index, {}, {}};
+    for (const auto& each : adapter.addresses) {
+        configuration.addresses.push_back(base::IpAddressText(each.address));
+        configuration.masks.push_back(MaskText(each));
     }
+    return configuration;
 }
 
 std::vector<Configuration> ListConfigurations() {
+    auto adapters = platform::ListAdapters().value_or(std::vector<platform::Adapter>());
     std::vector<Configuration> found;
-    const std::unique_ptr<struct if_nameindex, decltype(&::if_freenameindex)> names(::if_nameindex(),
-                                                                                    &::if_freenameindex);
-    for (const auto* each = names.get(); each != nullptr && each->if_index != 0; ++each)
-        found.push_back({each->if_name, each->if_index, {}, {}});
-    ifaddrs* list = nullptr;
-    if (::getifaddrs(&list) != 0) return found;
-    const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> owner(list, &::freeifaddrs);
-    AddAddresses(list, AF_INET, found);
-    AddAddresses(list, AF_INET6, found);
+    std::transform(adapters.begin(), adapters.end(), std::back_inserter(found), &ConfigurationOf);
     return found;
 }
 
