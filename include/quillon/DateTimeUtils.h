@@ -125,6 +125,18 @@ public:
     /// and the Warn entry "TimeZoneMapper does not contain the string 'X'". The first call
     /// reads the document, one caller at a time; what is wrong with it is logged once.
     static std::string MapWindowsTimezoneToIana(const std::string& name);
+    /// Returns the first of the zone's IANA zones in a territory (ISO 3166-1 in capitals, such as "PL" with
+    /// "Central European Standard Time" for "Europe/Warsaw"), and without one there the zone's usual one.
+    static std::string MapWindowsTimezoneToIana(const std::string& name, const std::string& territory);
+    /// Returns the Windows zone identifier of an IANA zone of any territory (exact, case-sensitive). Names of
+    /// today are known where the document has former ones, as "Asia/Calcutta" for "Asia/Kolkata". An unknown
+    /// name gives the empty text and the same entry.
+    static std::string MapIanaTimezoneToWindows(const std::string& name);
+    /// Reads a windowsZones document, of a newer release of the CLDR for instance, at most 4 MiB large. From
+    /// now on its entries count before the embedded ones; one that was read before is dropped. Returns false,
+    /// with an Error entry, and changes nothing, when the file cannot be read, the reason being in the last
+    /// error then, or is no such document.
+    [[nodiscard]] static bool OverrideTimezones(const std::string& path);
 
 private:
     static void FixupCimDateTimeWildcard(std::wstring& text, std::size_t position, std::size_t length,

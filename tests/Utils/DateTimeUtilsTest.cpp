@@ -8,7 +8,9 @@
 #include <string>
 #include <tuple>
 
+#include "quillon/StringUtils.h"
 #include "support/RecordingLogger.h"
+#include "support/TempDir.h"
 
 namespace quillon {
 namespace {
@@ -258,10 +260,30 @@ TEST(DateTimeUtilsOle, DatesBecomeTimePointsAndTexts) {
     }
 }
 
+TEST(DateTimeUtilsZones, AFileOverridesTheMap) {
+    test::RecordingLogger log;
+    const test::TempDir dir;
+    const auto file = [&dir](const std::string& entries) {
+        return dir.Write("zones.xml", "<supplementalData><windowsZones><mapTimezones>" + entries +
+                                          "</mapTimezones></windowsZones></supplementalData>");
+    };
+    EXPECT_TRUE(DT::OverrideTimezones(file("<mapZone other='New' territory='001' type='A/B'/>")));
+    EXPECT_EQ(DT::MapWindowsTimezoneToIana("New") + DT::MapIanaTimezoneToWindows("A/B"), "A/BNew");
+    EXPECT_FALSE(DT::OverrideTimezones(file("")));
+    EXPECT_FALSE(DT::OverrideTimezones(dir.Path("none")));
+    EXPECT_THAT(StringUtils::GetLastErrorAsString(), testing::StartsWith("(2/"));
+    EXPECT_EQ(DT::MapWindowsTimezoneToIana("New"), "A/B");
+    EXPECT_EQ(log.Lines(ICLogger::Level::Error).size(), 2u);
+    EXPECT_TRUE(DT::OverrideTimezones(file("<mapZone other='X' territory='001' type='X'/>")));
+}
+
 TEST(DateTimeUtilsZones, EmbeddedMapIsExactAndUnknownNamesWarnEachTime) {
     test::RecordingLogger log;
     EXPECT_EQ(DT::MapWindowsTimezoneToIana("Eastern Standard Time"), "America/New_York");
     EXPECT_EQ(DT::MapWindowsTimezoneToIana("Russian Standard Time"), "Europe/Moscow");
+    EXPECT_EQ(DT::MapWindowsTimezoneToIana("Central European Standard Time", "PL"), "Europe/Warsaw");
+    EXPECT_EQ(DT::MapIanaTimezoneToWindows("Europe/Sarajevo"), "Central European Standard Time");
+    EXPECT_EQ(DT::MapIanaTimezoneToWindows("Asia/Kolkata"), "India Standard Time");
     EXPECT_THAT(log.Lines(), testing::IsEmpty());
     for (const char* name : {"eastern standard time", "Tomsk Standard Time"}) {
         SCOPED_TRACE(name);

@@ -39,6 +39,7 @@ public:
     bool IsWayfarEnabled() const override { return m_settings.wayfarEnabled; }
     /// Returns where modules in libraries of their own are; the empty text for nowhere.
     const std::string& GetModuleDirectory() const { return m_settings.moduleDirectory; }
+    const std::string& GetTimeZoneFile() const { return m_settings.timeZoneFile; }
     void SetModuleDirectory(const std::string& directory) { m_settings.moduleDirectory = directory; }
 
 private:

@@ -27,6 +27,7 @@ struct AgentSettings {
     bool wayfarEnabled = false;
     std::map<std::string, ModuleSettings> modules;
     std::string moduleDirectory;  ///< of modules in libraries of their own; empty: there are none
+    std::string timeZoneFile;     ///< overrides the library's mapping of time zones; empty: nothing does
 };
 
 /// Reads a document (JSON in UTF-8) into `settings`. Every fault adds a text "line N:

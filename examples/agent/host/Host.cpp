@@ -9,6 +9,7 @@
 #include "common/Suggestion.h"
 #include "host/ModuleLoader.h"
 #include "modules/Arguments.h"
+#include "quillon/DateTimeUtils.h"
 #include "quillon/LogText.h"
 #include "quillon/LoggerUtils.h"
 #include "quillon/MethodMetadataBuilder.h"
@@ -85,6 +86,9 @@ Host::Host(const LogSettings& log, const std::string& databases, const AgentConf
     RegisterBuilder<IMethodParameterBuilder, MethodParameterBuilder>();
     RegisterBuilder<IMethodColumnBuilder, MethodColumnBuilder>();
     RuntimeEnv::GetInstance()->setEnvType(IRuntimeEnv::AgentEngine);
+    // A file that cannot be used is logged; the library's own mapping holds then.
+    if (!m_configuration.GetTimeZoneFile().empty())
+        static_cast<void>(DateTimeUtils::OverrideTimezones(m_configuration.GetTimeZoneFile()));
     m_modules = MakeModules();
     if (!m_configuration.GetModuleDirectory().empty())
         LoadModules(m_configuration.GetModuleDirectory(), m_modules);

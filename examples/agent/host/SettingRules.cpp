@@ -94,11 +94,19 @@ const char* StoreFlag(Settings& settings, const Place&, const Value& value) {
     return kStored;
 }
 
-const char* StoreModuleDirectory(Settings& settings, const Place&, const Value& value) {
+const char* StorePath(const Value& value, const char* expected, std::string& path) {
     const auto* const text = std::get_if<std::string>(&value);
-    if (text == nullptr || text->empty() || text->find('\0') != std::string::npos) return "a directory";
-    settings.moduleDirectory = *text;
+    if (text == nullptr || text->empty() || text->find('\0') != std::string::npos) return expected;
+    path = *text;
     return kStored;
+}
+
+const char* StoreModuleDirectory(Settings& settings, const Place&, const Value& value) {
+    return StorePath(value, "a directory", settings.moduleDirectory);
+}
+
+const char* StoreTimeZoneFile(Settings& settings, const Place&, const Value& value) {
+    return StorePath(value, "a file", settings.timeZoneFile);
 }
 
 const char* StoreModuleSetting(Settings& settings, const Place& place, const Value& value) {
@@ -129,6 +137,7 @@ const SettingRule* FindSettingRule(std::string_view pattern) {
         {"skipDigitalSignatureChecks", Kind::Scalar, &StoreFlag<&Settings::skipDigitalSignatureChecks>},
         {"wayfarEnabled", Kind::Scalar, &StoreFlag<&Settings::wayfarEnabled>},
         {"moduleDirectory", Kind::Scalar, &StoreModuleDirectory},
+        {"timeZoneFile", Kind::Scalar, &StoreTimeZoneFile},
         {"modules", Kind::Object},
         {"modules.*", Kind::Object},
         {"modules.*.*", Kind::Scalar, &StoreModuleSetting},

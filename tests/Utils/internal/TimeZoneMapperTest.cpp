@@ -72,6 +72,37 @@ TEST(TimeZoneMapper, TakesTheFirstWorldEntryOfEachZone) {
     EXPECT_THAT(log.Lines(ICLogger::Level::Warn), SizeIs(5));
 }
 
+std::string DocumentOf(const std::string& entries) {
+    return "<supplementalData><windowsZones><mapTimezones>" + entries +
+           "</mapTimezones></windowsZones></supplementalData>";
+}
+
+TEST(TimeZoneMapper, KnowsTerritoriesAndTheWayBackAndLetsADocumentOverride) {
+    const std::string base = DocumentOf(
+        "<mapZone other='C' territory='001' type='E/P'/><mapZone other='C' territory='PL' type='E/W  E/X'/>"
+        "<mapZone other='I' territory='IN' type='Asia/Calcutta'/><mapZone other='K' type='E/K'/>");
+    g_document = base;
+    RecordingLogger log;
+    TimeZoneMapper mapper(Document);
+    const auto all = [&mapper] {
+        return mapper.Map("C") + ' ' + mapper.Map("C", "PL") + ' ' + mapper.Map("C", "DE") + ' ' +
+               mapper.MapBack("E/X") + ' ' + mapper.MapBack("E/P") + ' ' + mapper.MapBack("Asia/Kolkata");
+    };
+    EXPECT_EQ(all(), "E/P E/W E/P C C I");
+    EXPECT_TRUE(
+        mapper.Override(DocumentOf("<mapZone other='C' territory='DE' type='E/B'/>"
+                                   "<mapZone other='J' territory='001' type='E/X Asia/Kolkata'/>")));
+    EXPECT_EQ(all(), "E/P E/W E/B J C J");
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
+    EXPECT_FALSE(mapper.Override("<supplementalData/>"));
+    EXPECT_EQ(all(), "E/P E/W E/B J C J");
+    EXPECT_TRUE(mapper.Override(DocumentOf("<mapZone other='D' territory='001' type='E/D'/>")));
+    EXPECT_EQ(all() + mapper.Map("D"), "E/P E/W E/P C C IE/D");
+    EXPECT_THAT(log.Lines(), SizeIs(1));
+    for (const char* name : {"", " ", "E/K", "C/PL"}) EXPECT_EQ(mapper.MapBack(name), "") << name;
+    EXPECT_EQ(mapper.Map("C/PL") + mapper.Map("I") + mapper.Map("I", ""), "");
+}
+
 TEST(TimeZoneMapper, ConcurrentFirstCallsLoadOnce) {
     g_document =
         "<supplementalData><windowsZones><mapTimezones><mapZone other='A' territory='001' type='a'/>"
