@@ -11,6 +11,7 @@
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
+#include "platform/KeptError.h"
 #include "platform/NewFile.h"
 #include "platform/native/NativePath.h"
 #include "platform/posix/AccessList.h"
@@ -74,17 +75,27 @@ bool TakeAll(const Source& source, const FileHandle& target) {
     return (::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0) || FailWithErrno();
 }
 
-/// Removes the original of a copy, unless something else has its name by now. When it must stay, so does the
-/// name that was free.
-bool FinishMove(const std::string& from, const Source& source, const std::string& to,
-                NewFile::IfThere ifThere) {
-    const auto original = NativeName(from), copy = NativeName(to);
+/// Removes a name, unless another file has it by now. Its directory is opened once, so that a link which
+/// takes the directory's place between the two steps does not lead to a file elsewhere.
+bool RemoveSame(const std::string& native, const struct ::stat& facts) {
+    const std::size_t begin = native.rfind('/') + 1;  // 0 when there is none
+    const std::string folder = begin == 0 ? "." : native.substr(0, begin), name = native.substr(begin);
+    const FileHandle directory(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct ::stat now {};
-    if (::lstat(original->c_str(), &now) != 0) return FailWithErrno();
-    if (!IsSameFile(now, source.facts)) return Refuse(base::kSharingViolation);
-    if (::unlink(original->c_str()) == 0) return true;
-    FailWithErrno();
-    if (ifThere == NewFile::IfThere::Fail) ::unlink(copy->c_str());
+    if (!directory || ::fstatat(directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0)
+        return FailWithErrno();
+    if (!IsSameFile(now, facts)) return Refuse(base::kSharingViolation);
+    return ::unlinkat(directory.Get(), name.c_str(), 0) == 0 || FailWithErrno();
+}
+
+/// Removes the original of a copy. When it must stay, so does the name that was free.
+bool FinishMove(const std::string& from, const Source& source, const std::string& to, const NewFile& target,
+                NewFile::IfThere ifThere) {
+    if (RemoveSame(*NativeName(from), source.facts)) return true;
+    const KeptError error;
+    struct ::stat copy {};
+    if (ifThere == NewFile::IfThere::Fail && ::fstat(target.Handle().Get(), &copy) == 0)
+        RemoveSame(*NativeName(to), copy);
     return false;
 }
 
@@ -99,7 +110,7 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
     if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
         return false;
-    return target->Commit() && FinishMove(from, source, to, ifThere);
+    return target->Commit() && FinishMove(from, source, to, *target, ifThere);
 }
 
 /// Moves a file on file systems that cannot rename without replacing.
