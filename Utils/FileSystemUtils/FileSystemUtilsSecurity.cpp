@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <string>
+#include <system_error>
 
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
@@ -17,10 +19,24 @@ namespace {
 constexpr const wchar_t* kSecurityPrivilege = L"SeSecurityPrivilege";
 constexpr const wchar_t* kRestorePrivilege = L"SeRestorePrivilege";
 
+/// The codes of the last error.
+class LastErrorCategory final : public std::error_category {
+public:
+    const char* name() const noexcept override { return "last error"; }
+    std::string message(int code) const override { return platform::ErrorCodeText(code).value_or(""); }
+};
+
+/// Returns the last error. An exception has to carry it, because a throw may lose it.
+std::error_code LastErrorCode() {
+    static const LastErrorCategory& category =
+        *new LastErrorCategory;  // exceptions may outlive static objects
+    return {static_cast<int>(platform::LastError()), category};
+}
+
 /// Reports the text that callers know, whatever the text of the local C++ library is.
 class CopyError final : public std::filesystem::filesystem_error {
 public:
-    CopyError() : filesystem_error("copy", std::make_error_code(std::errc::invalid_argument)) {}
+    CopyError() : filesystem_error("copy", LastErrorCode()) {}
     const char* what() const noexcept override { return "copy(p1, p2): invalid arguments"; }
 };
 

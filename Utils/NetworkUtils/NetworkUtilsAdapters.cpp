@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/AdapterApi.h"
+#include "platform/KeptError.h"
 #include "quillon/DataTable.h"
 #include "quillon/ICLogger.h"
 #include "quillon/NetworkUtils.h"
@@ -65,6 +66,7 @@ bool NetworkUtils::GetAdapters(DataTable& table) {
     table.AddLongLongCol("Prefix");
     auto adapters = platform::ListAdapters();
     if (!adapters) {
+        const platform::KeptError reason;
         if (ICLogger* const logger = detail::RegisteredLogger())
             logger->Error("Could not list the network adapters because: %s",
                           StringUtils::GetLastErrorAsString().c_str());

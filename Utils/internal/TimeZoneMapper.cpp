@@ -6,6 +6,7 @@
 #include <pugixml.hpp>
 #include <utility>
 
+#include "platform/KeptError.h"
 #include "platform/ResourceApi.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/FileSystemUtils.h"
@@ -209,6 +210,7 @@ bool DateTimeUtils::OverrideTimezones(const std::string& path) {
     if (FileSystemUtils::ReadFileLimited(path, kMostBytes, document, encoding, FileSystemUtils::NOTSET)) {
         return TheMapper().Override(document);
     }
+    const platform::KeptError reason;
     Log({ICLogger::Level::Error, "Could not read the timezone mapping document '" + path +
                                      "' because: " + StringUtils::GetLastErrorAsString()});
     return false;

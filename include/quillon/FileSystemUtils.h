@@ -237,7 +237,7 @@ public:
     /// Copies the content as DuplicateFile() does, then the security as CopyFileAcl() does;
     /// true when both succeeded. Returns false for a source that does not exist, and throws
     /// std::filesystem::filesystem_error ("copy(p1, p2): invalid arguments") when the content
-    /// cannot be copied; on Windows the throw loses the last error.
+    /// cannot be copied. The throw may lose the last error; code().value() is what it was.
     static bool FileCopy(const std::string& source, const std::string& destination);
     /// Copies owner, group and both access lists. For that it enables SeSecurityPrivilege and
     /// SeRestorePrivilege in the process and disables both afterwards, also when they were

@@ -44,8 +44,9 @@ public:
     /// false otherwise. `result`, which may be null, then says why: code 4 without a provider, 5 when the
     /// first row of the answer has no boolean "WayfarOkay"; without a row it is the provider's own.
     [[nodiscard]] virtual bool WayfarIsAvailable(bool& failed, InvocationResult* result);
-    /// Downloads one file and returns whether the provider's result code is 0; false as well without a
-    /// provider.
+    /// Downloads one file and returns whether the provider's result code is 0. On failure the system's last
+    /// error is what the provider has left there, else 1627 (ERROR_FUNCTION_FAILED), and 1168
+    /// (ERROR_NOT_FOUND) without a provider.
     virtual bool Download(const std::string& remoteContentFileUrl, const std::string& localFilePath,
                           const ContentExpectation& expectation);
     /// Downloads a directory by its list (LsZFile.h) and returns whether that succeeded. `result` is the

@@ -5,6 +5,7 @@
 namespace quillon::base {
 
 /// Windows error codes that the library tells or asks for on both systems (winerror.h).
+inline constexpr std::uint32_t kSuccess = 0;
 inline constexpr std::uint32_t kFileNotFound = 2;
 inline constexpr std::uint32_t kPathNotFound = 3;
 inline constexpr std::uint32_t kAccessDenied = 5;
@@ -31,5 +32,6 @@ inline constexpr std::uint32_t kCancelled = 1223;
 inline constexpr std::uint32_t kNotAllAssigned = 1300;
 inline constexpr std::uint32_t kNoSuchPrivilege = 1313;
 inline constexpr std::uint32_t kPrivilegeNotHeld = 1314;
+inline constexpr std::uint32_t kFunctionFailed = 1627;
 
 }  // namespace quillon::base

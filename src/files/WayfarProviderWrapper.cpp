@@ -3,6 +3,8 @@
 #include <exception>
 #include <optional>
 
+#include "base/ErrorCodes.h"
+#include "platform/ErrorText.h"
 #include "quillon/IAgentConfiguration.h"
 #include "quillon/ICLogger.h"
 #include "quillon/IProviderRegistry.h"
@@ -17,6 +19,11 @@ namespace {
 void FailForProvider(InvocationResult& result) {
     result.errorMessage = "Missing 'Wayfar' provider";
     result.resultCode = InvocationResult::kNoContentProvider;
+}
+
+bool Fail(std::uint32_t reason) {
+    platform::SetLastErrorCode(reason);
+    return false;
 }
 
 /// Returns the boolean of that name; nothing when the row has none.
@@ -71,15 +78,17 @@ bool WayfarProviderWrapper::Download(const std::string& remoteContentFileUrl,
                                      const std::string& localFilePath,
                                      const ContentExpectation& expectation) {
     IProvider* const provider = GetWayfarProvider();
-    if (provider == nullptr) return false;
+    if (provider == nullptr) return Fail(base::kNotFound);
     VariantList parameters;
     parameters.Add("RemoteContentFileUrl", remoteContentFileUrl);
     parameters.Add("FileHash", expectation.hash);
     parameters.Add("FileSize", static_cast<long long>(expectation.size));
     parameters.Add("LocalFilePath", localFilePath);
     InvocationResult result;
+    platform::SetLastErrorCode(base::kSuccess);
     provider->InvokeMethod("DownloadFileContent", parameters, result, nullptr);
-    return result.resultCode == 0;
+    if (result.resultCode == 0) return true;
+    return Fail(platform::LastError() == base::kSuccess ? base::kFunctionFailed : platform::LastError());
 }
 
 bool WayfarProviderWrapper::Download(const std::string& remoteLszUrl,

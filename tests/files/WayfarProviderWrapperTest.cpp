@@ -5,8 +5,11 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "quillon/FileSystemUtils.h"
 #include "quillon/IProviderRegistry.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/StringUtils.h"
+#include "support/System.h"
 
 namespace quillon::test {
 namespace {
@@ -77,10 +80,18 @@ TEST(WayfarProviderWrapper, DownloadsPassTheirParametersInOrder) {
         "DownloadFileContent{RemoteContentFileUrl=u, FileHash=h, FileSize=5368709120, LocalFilePath=p}11");
     registry.fill = [](InvocationResult& r) { r.resultCode = 1; };
     EXPECT_FALSE(wrapper.Download("l", "f", "p", result) || wrapper.Download("u", "p", {}));
+    EXPECT_EQ(StringUtils::GetLastErrorAsString().substr(0, 6), "(1627/");
+    registry.fill = [](InvocationResult& r) {
+        r.resultCode = 3;
+        EXPECT_FALSE(FileSystemUtils::EraseFile("C:\\missing\\x", true));
+    };
+    EXPECT_FALSE(wrapper.Download("u", "p", {}));
+    EXPECT_EQ(StringUtils::GetLastErrorAsString().substr(0, 2), kWindows ? "(3" : "(2");
     registry.fill = [](InvocationResult&) { throw std::runtime_error("broken"); };
     EXPECT_THROW(wrapper.Download("u", "p", {}), std::runtime_error);
     registry.provider = "another";
     EXPECT_FALSE(wrapper.Download("l", "f", "p", result) || wrapper.Download("u", "p", {}));
+    EXPECT_EQ(StringUtils::GetLastErrorAsString().substr(0, 6), "(1168/");
     EXPECT_EQ(std::to_string(result.resultCode) + result.errorMessage, "4Missing 'Wayfar' provider");
 }
 

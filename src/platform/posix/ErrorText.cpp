@@ -81,6 +81,7 @@ constexpr Text kErrorTexts[] = {
     {1359, "An internal error occurred. "},
     {1450, "Insufficient system resources exist to complete the requested service. "},
     {1460, "This operation returned because the timeout period expired. "},
+    {1627, "Function failed during execution. "},
     {1722, "The RPC server is unavailable. "},
     {1812, "The specified image file did not contain a resource section. "},
     {1813, "The specified resource type cannot be found in the image file. "},

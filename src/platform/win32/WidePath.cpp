@@ -15,6 +15,16 @@ bool HasNul(const std::string& path) {
     return true;
 }
 
+/// Nothing for a path that the system cannot have; its own answers to one that is too long differ.
+std::optional<std::wstring> Converted(const std::string& path) {
+    constexpr std::size_t kLongest = 32'767;
+    if (HasNul(path)) return std::nullopt;
+    auto wide = base::ToWide(path);
+    if (wide.size() <= kLongest) return wide;
+    ::SetLastError(ERROR_FILENAME_EXCED_RANGE);
+    return std::nullopt;
+}
+
 constexpr std::wstring_view kExtended = LR"(\\?\)";
 
 /// With its escapes, of which the system leaves none off.
@@ -39,10 +49,9 @@ std::optional<std::wstring> Extended(const std::wstring& path) {
 }  // namespace
 
 std::optional<std::wstring> WidePath(const std::string& path) {
-    if (HasNul(path)) return std::nullopt;
-    const std::wstring wide = base::ToWide(path);
-    if (!base::HasEscapedEnd(wide)) return base::WithoutEscapes(wide);
-    return ExtendedPath(path);
+    const auto wide = Converted(path);
+    if (!wide) return std::nullopt;
+    return base::HasEscapedEnd(*wide) ? ExtendedPath(path) : base::WithoutEscapes(*wide);
 }
 
 std::optional<std::wstring> WideName(const std::string& name) {
@@ -51,8 +60,8 @@ std::optional<std::wstring> WideName(const std::string& name) {
 }
 
 std::optional<std::wstring> ExtendedPath(const std::string& path) {
-    if (HasNul(path)) return std::nullopt;
-    auto extended = Extended(base::ToWide(path));
+    const auto wide = Converted(path);
+    auto extended = wide ? Extended(*wide) : std::nullopt;
     if (extended) *extended = base::WithoutEscapes(*extended);
     return extended;
 }

@@ -1,18 +1,22 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "platform/EnvironmentApi.h"
 #include "platform/ErrorText.h"
 #include "quillon/File.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/LoggerBase.h"
 #include "quillon/LsZFile.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/TemporaryFile.h"
+#include "support/ChildMain.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 
@@ -40,6 +44,25 @@ struct Case {
     std::uint32_t code;              ///< expected
     std::function<bool()> succeeds;  ///< false is expected
 };
+
+/// places DIRECTORY: prints why nothing temporary can be made in a directory.
+const test::ChildMode places("last-error-places", [](const std::vector<std::string>& a) {
+    const DisturbingLogger logger;
+    platform::WriteVariable(test::kWindows ? "TMP" : "TMPDIR", a[0].c_str());
+    const std::function<bool()> made[] = {
+        [] { return !FS::GetTemporaryFile().empty(); },
+        [] { return FS::IsDirectory(FS::GetTemporaryDirectory()); },  // whose code it is
+        [] { return !TemporaryFile().Path().empty(); },
+        [] { return !TemporaryDirectory().Path().empty(); },
+    };
+    for (const auto& isMade : made) {
+        platform::SetLastErrorCode(kFromBefore);
+        const bool is = isMade();
+        const std::uint32_t code = platform::LastError();
+        std::printf("%d:%u ", is ? 1 : 0, static_cast<unsigned>(code));
+    }
+    return 0;
+});
 
 class LastErrorTest : public test::TempDirTest {
 protected:
@@ -84,6 +107,7 @@ protected:
     const std::string full = dir.Path("full");
     const std::string missing = dir.Path("missing");
     const std::string nowhere = dir.Path("missing\\x");
+    const std::string lengthy = dir.Path() + "\\" + std::string(70'000, 'x');
     const std::string bad = file + "\0x"s;
     const std::uint32_t lost = OnEach(3, 2);  ///< of a directory that is missing on the way
 };
@@ -118,7 +142,32 @@ TEST_F(LastErrorTest, TellsWhyAQuestionOrAListingFailed) {
            {"version, no path", 3, [] { return HasVersion(""); }},
            {"version, directory", 5, [&] { return HasVersion(full); }},
            {"version, kept", 1812, [&] { return HasVersion(file) || HasVersion(file); }},
-           {"working directory", 2, [&] { return FS::SetWorkingDirectory(missing); }}});
+           {"working directory", 2, [&] { return FS::SetWorkingDirectory(missing); }},
+           {"size, long", 206, [&] { return FS::GetFileSizeInBytes(lengthy) != 0; }},
+           {"all files, long", 206, [&] { return Lists(FS::GetAllFilesWithin, lengthy); }},
+           {"make, long", 206, [&] { return FS::MakeDirectories(lengthy + "\\x"); }},
+           {"read, long", 206, [&] { return Reads(lengthy); }},
+           {"copy, long", 206, [&] { return FS::DuplicateFile(file, lengthy); }}});
+}
+
+TEST_F(LastErrorTest, TellsWhyNothingTemporaryWasMade) {
+    // A temporary directory that is missing is not used on Linux; nobody can make something in /proc.
+    if (test::kWindows) {
+        EXPECT_EQ(test::RunChild("last-error-places", {missing}).out, "0:267 0:3 0:267 0:267 ");
+    } else {
+        EXPECT_EQ(test::RunChild("last-error-places", {"/proc"}).out, "0:2 0:2 0:2 0:2 ");
+    }
+}
+
+TEST_F(LastErrorTest, TellsWhyACopyThrew) {
+    const DisturbingLogger disturbing;
+    try {
+        FS::FileCopy(file, full);
+        ADD_FAILURE() << "copied onto a directory";
+    } catch (const std::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.code().value(), 5);
+        EXPECT_STREQ(error.what(), "copy(p1, p2): invalid arguments");
+    }
 }
 
 TEST_F(LastErrorTest, TellsWhyTextWasNotReadOrWritten) {
