@@ -36,10 +36,13 @@ constexpr std::pair<std::string_view, std::string_view> kRenamed[] = {
     {"Asia/Kolkata", "Asia/Calcutta"},
     {"Asia/Yangon", "Asia/Rangoon"},
     {"Atlantic/Faroe", "Atlantic/Faeroe"},
+    {"Etc/UTC", "Etc/GMT"},
     {"Europe/Kyiv", "Europe/Kiev"},
+    {"GMT", "Etc/GMT"},
     {"Pacific/Chuuk", "Pacific/Truk"},
     {"Pacific/Kanton", "Pacific/Enderbury"},
     {"Pacific/Pohnpei", "Pacific/Ponape"},
+    {"UTC", "Etc/GMT"},
 };
 
 /// Where the entries are, and what is said when a step is missing.

@@ -284,6 +284,7 @@ TEST(DateTimeUtilsZones, EmbeddedMapIsExactAndUnknownNamesWarnEachTime) {
     EXPECT_EQ(DT::MapWindowsTimezoneToIana("Central European Standard Time", "PL"), "Europe/Warsaw");
     EXPECT_EQ(DT::MapIanaTimezoneToWindows("Europe/Sarajevo"), "Central European Standard Time");
     EXPECT_EQ(DT::MapIanaTimezoneToWindows("Asia/Kolkata"), "India Standard Time");
+    EXPECT_EQ(DT::MapIanaTimezoneToWindows("UTC"), "UTC");
     EXPECT_THAT(log.Lines(), testing::IsEmpty());
     for (const char* name : {"eastern standard time", "Tomsk Standard Time"}) {
         SCOPED_TRACE(name);
