@@ -168,6 +168,8 @@ TEST_F(ServedClient, GetsAnAnswerForEachLineWhateverItHolds) {
         {"no table", R"({"method":"System.Echo","parameters":{"table":[[1]]}})", 2, "'table' is no table"},
         {"several", R"({"method":"System.Echo","parameters":{"a":{},"b":{}}})", 2,
          "Parameter 'a' must be a scalar or an array of objects; Parameter 'b' must be"},
+        {"missing beside an unreadable one", R"({"method":"Network.Cidr","parameters":{"address":{},"x":1}})",
+         2, "array of objects; Missing parameter 'mask'; Undefined parameter named 'x'"},
         {"nobody's call", R"({"id":1,"cancel":7})", 2, "There is no call with this id"},
         {"good", R"({"id":"é","method":"System.Echo","parameters":{"integer":"5","text":null}})", 0, ""},
     };

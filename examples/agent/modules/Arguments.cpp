@@ -109,8 +109,11 @@ Types DeclaredTypes(const IMethodMetadataReader& method) {
 class Faults {
 public:
     void Add(const std::string& name, const std::string& text, const Reading& reading, bool isOutOfRange) {
-        Join("Parameter '" + ShownText(name) + "' must be " +
-             (isOutOfRange ? reading.range : reading.expected) + ", not '" + ShownText(text) + "'");
+        Add(name, "Parameter '" + ShownText(name) + "' must be " +
+                      (isOutOfRange ? reading.range : reading.expected) + ", not '" + ShownText(text) + "'");
+    }
+    void Add(const std::string& name, const std::string& fault) {
+        Join(fault);
         m_names.insert(name);
     }
     /// What the description says of the call besides. `text` is as the binder joins it.
@@ -134,24 +137,40 @@ private:
     std::string m_text;
 };
 
+const Reading& ReadingFor(const std::string& name, const Types& types) {
+    const auto declared = types.find(name);
+    return ReadingOf(declared == types.end() ? "string" : declared->second);
+}
+
+/// Returns a value in the place of one whose fault is told already, so that no other is found in it.
+Variant Sample(const std::string& name, const std::string& text, const Reading& reading) {
+    return reading.sample == nullptr ? Variant(name, text) : *reading.read(name, reading.sample).value;
+}
+
 }  // namespace
 
 bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMetadataReader& method,
                     MethodParameters& parameters, InvocationResult& result) {
+    return ReadParameters(arguments, {}, method, parameters, result);
+}
+
+bool ReadParameters(const std::vector<std::string>& arguments,
+                    const std::map<std::string, std::string>& found, const IMethodMetadataReader& method,
+                    MethodParameters& parameters, InvocationResult& result) {
     const Types types = DeclaredTypes(method);
     Faults faults;
+    for (const auto& [name, fault] : found) {
+        faults.Add(name, fault);
+        parameters.scalars.Add(Sample(name, "", ReadingFor(name, types)));
+    }
     for (const std::string& argument : arguments) {
         const std::size_t equals = argument.find('=');
         const std::string name = argument.substr(0, equals);
         const std::string text = argument.substr(equals + 1);
-        const auto declared = types.find(name);
-        const Reading& reading = ReadingOf(declared == types.end() ? "string" : declared->second);
+        const Reading& reading = ReadingFor(name, types);
         Read read = reading.read(name, text);
-        if (!read.value) {
-            faults.Add(name, text, reading, read.isOutOfRange);
-            read = reading.sample == nullptr ? ToText(name, text) : reading.read(name, reading.sample);
-        }
-        parameters.scalars.Add(std::move(*read.value));
+        if (!read.value) faults.Add(name, text, reading, read.isOutOfRange);
+        parameters.scalars.Add(read.value ? std::move(*read.value) : Sample(name, text, reading));
     }
     if (faults.Text().empty()) return true;
     faults.AddOthers(DescribedBinder::FindFaults(parameters, method));

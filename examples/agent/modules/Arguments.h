@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,12 @@ namespace quillon::agent {
 /// code 2 and a message and gives false. A name that the method does not declare
 /// stays, as a text: it is the method's binder that judges the call.
 bool ReadParameters(const std::vector<std::string>& arguments, const IMethodMetadataReader& method,
+                    MethodParameters& parameters, InvocationResult& result);
+
+/// Does the same for a call among whose parameters, by their names, the caller has found faults already: the
+/// message tells these first, then those of the other parameters.
+bool ReadParameters(const std::vector<std::string>& arguments,
+                    const std::map<std::string, std::string>& found, const IMethodMetadataReader& method,
                     MethodParameters& parameters, InvocationResult& result);
 
 /// One value of a type ("integer", "float", "boolean", "datetime"; else a text) as above;

@@ -9,12 +9,11 @@ namespace quillon::agent {
 
 bool CallParameters::Read(const std::map<std::string, RequestValue>& values,
                           const IMethodMetadataReader& method, InvocationResult& result) {
-    std::string faults;
+    std::map<std::string, std::string> faults;
     for (const auto& [name, value] : values) {
-        if (!ReadOne(name, value, result)) faults += (faults.empty() ? "" : "; ") + result.errorMessage;
+        if (!ReadOne(name, value, result)) faults[name] = result.errorMessage;
     }
-    if (!faults.empty()) return RefuseParameter(faults, result);
-    return ReadParameters(m_texts, method, m_parameters, result);
+    return ReadParameters(m_texts, faults, method, m_parameters, result);
 }
 
 bool CallParameters::ReadOne(const std::string& name, const RequestValue& value, InvocationResult& result) {
