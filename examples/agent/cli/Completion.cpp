@@ -26,9 +26,10 @@ const char* const kPowerShell =
 # quillon-agent completion powershell | Out-String | Invoke-Expression
 Register-ArgumentCompleter -Native -CommandName quillon-agent, quillon-agent.exe -ScriptBlock {
     param($word, $line, $position)
-    $words = @($line.CommandElements | Select-Object -Skip 1 | ForEach-Object { $_.ToString() })
+    $before = $line.CommandElements | Select-Object -Skip 1 | Where-Object { $_.Extent.StartOffset -lt $position }
+    $words = @($before | ForEach-Object { $_.ToString() })
     if ($word -eq '') { $words += ' ' }
-    & $line.CommandElements[0].ToString() completion words $words | ForEach-Object {
+    & $line.GetCommandName() completion words $words | ForEach-Object {
         [System.Management.Automation.CompletionResult]::new($_, $_, 'ParameterValue', $_)
     }
 }
