@@ -2,7 +2,9 @@
 # archive. scripts/package builds both; docs/deploying.md says what is in them.
 set(CPACK_PACKAGE_NAME quillon)
 set(CPACK_PACKAGE_VENDOR "Quillon maintainers")
-set(CPACK_PACKAGE_CONTACT "Quillon maintainers <maintainers@example.com>")
+set(QUILLON_MAINTAINER "Quillon maintainers <maintainers@example.com>" CACHE STRING
+    "Whom the packages name as maintainer, as NAME <ADDRESS>; the owner of the project sets it")
+set(CPACK_PACKAGE_CONTACT "${QUILLON_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
@@ -88,6 +90,7 @@ foreach(package ${library} libquillon-dev quillon-agent)
   configure_file(packaging/debian/copyright ${generated}/copyright COPYONLY)
   file(READ ${DEBIAN_CHANGELOG} changes)
   string(REPLACE "@VERSION@" "${PROJECT_VERSION}-1" changes "${changes}")
+  string(REPLACE "@MAINTAINER@" "${QUILLON_MAINTAINER}" changes "${changes}")
   file(WRITE ${generated}/changelog.Debian "${changes}")
   execute_process(COMMAND ${GZIP} -9nf ${generated}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
   install(FILES ${generated}/copyright ${generated}/changelog.Debian.gz DESTINATION share/doc/${package} COMPONENT ${component})
