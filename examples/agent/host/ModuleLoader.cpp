@@ -95,8 +95,7 @@ std::string StartModule(ModuleEntryFunction function, ModuleList& modules, Metho
 }
 
 std::string LoadModule(const std::string& path, ModuleList& modules, MethodNames& names) {
-    std::string fault = FindForeignWriter(path);
-    if (!fault.empty()) return fault;
+    std::string fault;
     void* const function = LoadFunction(path, kModuleEntryName, fault);
     if (function == nullptr) return fault;
     return StartModule(reinterpret_cast<ModuleEntryFunction>(function), modules, names);

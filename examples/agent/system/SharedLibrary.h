@@ -10,7 +10,9 @@ extern const char* const kSharedLibraryEnd;
 /// Loads a shared library from its file, a library path in UTF-8, together with everything that it
 /// needs, and returns the address of a function that it exports. Libraries that it needs are looked for
 /// in the agent's directory, its own and the system's, never in the working directory. On failure returns
-/// null, and `fault` says why to people.
+/// null, and `fault` says why to people; a file for which FindForeignWriter() has something to tell is one.
+/// On Linux the library is first loaded in a child, so its static constructors run twice: those that throw,
+/// crash or take more than 30 seconds are a failure too. On Windows the system refuses those that throw.
 ///
 /// What was loaded stays loaded until the process ends: a thread or a text of it may outlive its user.
 void* LoadFunction(const std::string& path, const char* name, std::string& fault);

@@ -1,4 +1,5 @@
 // One module in several states: SAMPLE_CASE is the name of the state, which ModuleLoaderTest.cpp expects.
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -46,6 +47,16 @@ QUILLON_MODULE("Sample", "1.0", [] { return Make("Echo", &Echo); })
 QUILLON_MODULE("Sample", "1.0", [] { return Make("Sample.Nothing", {}); })
 #elif defined(SAMPLE_THROWS)
 QUILLON_MODULE("Sample", "1.0", []() -> std::unique_ptr<IModule> { throw std::runtime_error("no device"); })
+#elif defined(SAMPLE_STATIC_THROWS)
+const struct Thrower {
+    Thrower() { throw std::runtime_error("no driver"); }
+} thrower;
+QUILLON_MODULE("Sample", "1.0", [] { return Make("Sample.Never", &Echo); })
+#elif defined(SAMPLE_STATIC_CRASHES)
+const struct Crasher {
+    Crasher() { std::abort(); }
+} crasher;
+QUILLON_MODULE("Sample", "1.0", [] { return Make("Sample.Never", &Echo); })
 #elif defined(SAMPLE_NO_MODULE)
 QUILLON_MODULE("Sample", "1.0", [] { return std::unique_ptr<IModule>(); })
 #elif defined(SAMPLE_OLD)

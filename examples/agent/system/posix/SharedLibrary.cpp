@@ -1,12 +1,16 @@
 #include "system/SharedLibrary.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
+#include <exception>
 
 #include "quillon/PathUtils.h"
 #include "system/PrivateFile.h"
@@ -37,26 +41,95 @@ std::string CheckOne(const std::string& path, bool isAbove) {
     return IsOpenToOthers(status, isAbove) ? path + " may be written by other accounts" : "";
 }
 
-}  // namespace
-
-const char* const kSharedLibraryEnd = ".so";
-
-void* LoadFunction(const std::string& path, const char* name, std::string& fault) {
-    void* const library =
-        ::dlopen(RealPath(PathUtils::ToSystemPath(path)).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    void* const function = library == nullptr ? nullptr : ::dlsym(library, name);
-    if (function == nullptr) fault = ::dlerror();
-    return function;
-}
-
-std::string FindForeignWriter(const std::string& path) {
-    const std::string real = RealPath(PathUtils::ToSystemPath(path));
-    if (real.empty()) return path + ": " + SystemErrorText(errno);
+std::string CheckWithParents(const std::string& real) {
     std::string fault = CheckOne(real, false);
     for (std::size_t end = real.rfind('/'); fault.empty() && end != std::string::npos && end != 0;
          end = real.rfind('/', end - 1))
         fault = CheckOne(real.substr(0, end), true);
     return fault.empty() ? CheckOne("/", true) : fault;
+}
+
+constexpr int kReturned = 77;  // the child's code, which no library that ends the process gives by chance
+int trialReport = -1;  // of the child, which tells there what ended it
+
+[[noreturn]] void ReportAndEnd() {
+    try {
+        std::rethrow_exception(std::current_exception());
+    } catch (const std::exception& error) {
+        [[maybe_unused]] const auto written = ::write(trialReport, error.what(), std::strlen(error.what()));
+    } catch (...) {
+    }
+    ::_exit(EXIT_FAILURE);
+}
+
+[[noreturn]] void LoadInChild(const std::string& path, int report) {
+    constexpr unsigned int kLongestSeconds = 30;
+    trialReport = report;
+    ::alarm(kLongestSeconds);
+    std::set_terminate(&ReportAndEnd);
+    ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);  // what only fails tells the real attempt why
+    ::_exit(kReturned);
+}
+
+std::string ReadAll(int pipe) {
+    std::string text;
+    char buffer[1024];
+    for (;;) {
+        const ssize_t count = ::read(pipe, buffer, sizeof(buffer));
+        if (count > 0) text.append(buffer, static_cast<std::size_t>(count));
+        if (count == 0 || (count < 0 && errno != EINTR)) return text;
+    }
+}
+
+std::string FaultOf(int status, const std::string& thrown) {
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kReturned) return {};
+    if (!thrown.empty()) return "a constructor of it threw: " + thrown;
+    if (WIFSIGNALED(status))
+        return "loading it ends the process by the signal " + std::to_string(WTERMSIG(status));
+    return "loading it ends the process";
+}
+
+/// Loads the library in a child first, as an exception, a crash or a hang of its static constructors cannot
+/// be survived in the process itself. Returns what happened to the child.
+std::string TryInChild(const std::string& path) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) return SystemErrorText(errno);
+    const pid_t child = ::fork();
+    if (child == 0) LoadInChild(path, ends[1]);
+    const int forkError = errno;
+    ::close(ends[1]);
+    const std::string thrown = child < 0 ? "" : ReadAll(ends[0]);
+    ::close(ends[0]);
+    if (child < 0) return SystemErrorText(forkError);
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) return SystemErrorText(errno);
+    }
+    return FaultOf(status, thrown);
+}
+
+}  // namespace
+
+const char* const kSharedLibraryEnd = ".so";
+
+/// The path without links is found out once: a link that changes between check and load leads nowhere else.
+void* LoadFunction(const std::string& path, const char* name, std::string& fault) {
+    const std::string real = RealPath(PathUtils::ToSystemPath(path));
+    fault = real.empty() ? path + ": " + SystemErrorText(errno) : CheckWithParents(real);
+    if (fault.empty()) fault = TryInChild(real);
+    if (!fault.empty()) return nullptr;
+    void* const library = ::dlopen(real.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    void* const function = library == nullptr ? nullptr : ::dlsym(library, name);
+    if (function == nullptr) {
+        const char* const reason = ::dlerror();
+        fault = reason == nullptr ? "its entry is null" : reason;
+    }
+    return function;
+}
+
+std::string FindForeignWriter(const std::string& path) {
+    const std::string real = RealPath(PathUtils::ToSystemPath(path));
+    return real.empty() ? path + ": " + SystemErrorText(errno) : CheckWithParents(real);
 }
 
 }  // namespace quillon::agent

@@ -104,6 +104,8 @@ std::string CheckOne(const std::wstring& path, DWORD rights) {
 const char* const kSharedLibraryEnd = ".dll";
 
 void* LoadFunction(const std::string& path, const char* name, std::string& fault) {
+    fault = FindForeignWriter(path);
+    if (!fault.empty()) return nullptr;
     const HMODULE library =
         ::LoadLibraryExW(FullPath(path).c_str(), nullptr,
                          LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_APPLICATION_DIR |
