@@ -50,7 +50,7 @@ std::string CheckWithParents(const std::string& real) {
 }
 
 constexpr int kReturned = 77;  // the child's code, which no library that ends the process gives by chance
-int trialReport = -1;  // of the child, which tells there what ended it
+int trialReport = -1;          // of the child, which tells there what ended it
 
 [[noreturn]] void ReportAndEnd() {
     try {
