@@ -63,30 +63,45 @@ bool IsSameName(const std::string& a, const std::string& b) {
     return folder && platform::ResolvedFolder(second.folder) == folder;
 }
 
-/// Renames to a name beside that is free, and returns it.
-std::optional<std::string> MoveAside(const std::string& path) {
+/// Cuts a name, between characters, so that both systems take it with something behind it.
+std::string ShortName(std::string name) {
+    constexpr std::size_t kMost = 200;
+    if (name.size() <= kMost) return name;
+    std::size_t end = kMost;
+    while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
+    name.resize(end);
+    return name;
+}
+
+/// Renames to a free name beside `to`, and returns it.
+std::optional<std::string> MoveBeside(const std::string& from, const std::string& to) {
     constexpr int kMost = 1000;
-    const auto [folder, name] = PlaceOf(path);
+    const auto [folder, name] = PlaceOf(to);
+    const std::string begin = PathUtils::CombinePaths(folder, ShortName(name), PathUtils::PathSep);
     for (int number = 0; number < kMost; ++number) {
-        std::string aside =
-            PathUtils::CombinePaths(folder, name + ".quillon-" + std::to_string(number), PathUtils::PathSep);
-        if (platform::MovePath(path, aside)) return aside;
+        std::string aside = begin + ".quillon-" + std::to_string(number);
+        if (platform::MovePath(from, aside)) return aside;
         if (platform::LastError() != base::kAlreadyExists) break;
     }
     return std::nullopt;
+}
+
+/// Ends a move of what waits beside the target; where it cannot, it goes back.
+bool MoveFromBeside(const std::string& aside, const std::string& from, const std::string& to, bool isFree) {
+    if (isFree && platform::MovePath(aside, to)) return true;
+    const std::uint32_t code = platform::LastError();
+    platform::MovePath(aside, from);
+    return Fail(code);
 }
 
 /// Both names lead to one file. Either they are spellings of one name, or there are two, of which one goes;
 /// which of it is seen only when the first one is away.
 bool MoveToOtherName(const std::string& from, const std::string& to) {
     if (IsSameName(from, to)) return true;
-    const auto aside = MoveAside(from);
+    const auto aside = MoveBeside(from, from);
     if (!aside) return false;
     const bool isFree = !FileSystemUtils::Exists(to) || FileSystemUtils::EraseFile(to, false);
-    if (isFree && platform::MovePath(*aside, to)) return true;
-    const std::uint32_t code = platform::LastError();
-    platform::MovePath(*aside, from);
-    return Fail(code);
+    return MoveFromBeside(*aside, from, to, isFree);
 }
 
 bool MoveOverFile(const std::string& from, const std::string& to) {
@@ -96,15 +111,13 @@ bool MoveOverFile(const std::string& from, const std::string& to) {
     return isHeld && FailToErase(to);
 }
 
-/// Fails for a move that the system would refuse when its target is erased already.
-bool CheckReplacement(const std::string& from, const FileIdentity& source, bool isDirectory,
-                      const std::string& to, const FileIdentity& target) {
-    if (IsAbove(target, from)) return Fail(base::kAlreadyExists);
-    if (!isDirectory) return true;
-    if (IsAbove(source, to)) return Fail(base::kInvalidParameter);
-    const auto folder = platform::ResolvedFolder(PlaceOf(to).folder);
-    const auto place = folder ? platform::IdentityOf(*folder) : std::nullopt;
-    return !place || place->volume == source.volume || Fail(base::kNotSameDevice);
+/// Replaces a directory. Its erasure cannot be undone: what is moved must be on its volume, under a name
+/// beside it, before anything of it is erased.
+bool MoveOverDirectory(const std::string& from, const std::string& to) {
+    const auto aside = MoveBeside(from, to);
+    if (!aside) return false;
+    if (!FileSystemUtils::EraseFile(to, false)) FileSystemUtils::EraseDirectory(to);
+    return MoveFromBeside(*aside, from, to, true);
 }
 
 bool MoveOver(const std::string& from, const std::string& to) {
@@ -119,9 +132,9 @@ bool MoveOver(const std::string& from, const std::string& to) {
     if (!isDirectory && !old->isDirectory) return MoveOverFile(from, to);
     // Not every system replaces a link to a directory by a file.
     if (!isDirectory && old->isLink && platform::MoveOverFile(from, to)) return true;
-    if (!CheckReplacement(from, *source, isDirectory, to, *target)) return false;
-    if (!FileSystemUtils::EraseFile(to, false)) FileSystemUtils::EraseDirectory(to);
-    return platform::MovePath(from, to);
+    if (IsAbove(*target, from)) return Fail(base::kAlreadyExists);
+    if (isDirectory && IsAbove(*source, to)) return Fail(base::kInvalidParameter);
+    return MoveOverDirectory(from, to);
 }
 
 /// The name of a file's older copy; the file itself is number 0.

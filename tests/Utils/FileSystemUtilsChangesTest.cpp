@@ -226,6 +226,12 @@ TEST_F(FileSystemChangesTest, RenameOfASecondNameLeavesOne) {
     EXPECT_TRUE(FS::RenameFile(dir.Path("a"), dir.Path("b"), true));
     EXPECT_FALSE(dir.Exists("a"));
     EXPECT_EQ(dir.Read("b"), "x");
+    // The name that the file has meanwhile must not be longer than the system takes.
+    const std::string longest(255, 'l');
+    fs::create_hard_link(dir.Native("b"), dir.Native(longest));
+    EXPECT_TRUE(FS::RenameFile(dir.Path(longest), dir.Path("b"), true));
+    EXPECT_FALSE(dir.Exists(longest));
+    EXPECT_EQ(dir.Read("b"), "x");
 }
 
 TEST_F(FileSystemChangesTest, RenameOverALinkTakesItsPlace) {

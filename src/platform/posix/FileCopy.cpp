@@ -75,12 +75,22 @@ bool TakeAll(const Source& source, const FileHandle& target) {
     return (::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0) || FailWithErrno();
 }
 
+std::string FolderOf(const std::string& native) {
+    const std::size_t begin = native.rfind('/') + 1;  // 0 when there is none
+    return begin == 0 ? "." : native.substr(0, begin);
+}
+
+/// Returns whether the directory of a name lets names go, so that nothing is replaced for a move that cannot
+/// end.
+bool MayRemove(const std::string& native) {
+    return ::faccessat(AT_FDCWD, FolderOf(native).c_str(), W_OK | X_OK, AT_EACCESS) == 0 || FailWithErrno();
+}
+
 /// Removes a name, unless another file has it by now. Its directory is opened once, so that a link which
 /// takes the directory's place between the two steps does not lead to a file elsewhere.
 bool RemoveSame(const std::string& native, const struct ::stat& facts) {
-    const std::size_t begin = native.rfind('/') + 1;  // 0 when there is none
-    const std::string folder = begin == 0 ? "." : native.substr(0, begin), name = native.substr(begin);
-    const FileHandle directory(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const std::string name = native.substr(native.rfind('/') + 1);
+    const FileHandle directory(::open(FolderOf(native).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct ::stat now {};
     if (!directory || ::fstatat(directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0)
         return FailWithErrno();
@@ -106,7 +116,7 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
         return FailWithErrno();
     }
     Source source;
-    if (!source.Open(from, O_NOFOLLOW)) return false;
+    if (!MayRemove(*NativeName(from)) || !source.Open(from, O_NOFOLLOW)) return false;
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
     if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
         return false;

@@ -96,11 +96,16 @@ bool CopyTo(const Source& source, const std::string& to, NewFile::IfThere ifTher
     return !has(FILE_ATTRIBUTE_READONLY) || SetReadOnly(file, true);
 }
 
+/// Opens what has the name, be it a link, so that it can be removed.
+FileHandle OpenToRemove(const std::wstring& path) {
+    constexpr DWORD kAccess = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
+    return FileHandle(::CreateFileW(path.c_str(), kAccess, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
+
 /// Removes the original of a copy, a read-only one as well, unless something else has its name by now.
 bool RemoveOriginal(const std::wstring& path, const FileIdentity& identity) {
-    constexpr DWORD kAccess = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
-    const FileHandle file(::CreateFileW(path.c_str(), kAccess, kShareAll, nullptr, OPEN_EXISTING,
-                                        FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    const FileHandle file = OpenToRemove(path);
     if (!file) return false;
     if (IdentityOf(file) != identity) return Fail(ERROR_SHARING_VIOLATION);
     const bool isReadOnly = IsReadOnly(file).value_or(false);
@@ -114,6 +119,9 @@ bool RemoveOriginal(const std::wstring& path, const FileIdentity& identity) {
 bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::IfThere ifThere) {
     const auto kind = AttributesOf(from);
     if (!kind || kind->isDirectory || kind->isLink) return Fail(ERROR_NOT_SAME_DEVICE);
+    const auto original = ExtendedPath(from);
+    // Nothing is replaced for a move that cannot end.
+    if (!original || !OpenToRemove(*original)) return false;
     Source source;
     if (!source.Open(from)) return false;
     if (IdentityOf(from) != source.identity) return Fail(ERROR_SHARING_VIOLATION);  // a link by now

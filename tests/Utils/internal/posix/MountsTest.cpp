@@ -78,6 +78,34 @@ TEST_F(Mounts, FullDiskKeepsTheOldContent) {
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("disk")), {}), 1);
 }
 
+TEST_F(Mounts, MoveThatCannotEndKeepsWhatItWasToReplace) {
+    if (!Mount("disk") || !Mount("fixed")) GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    dir.Write("large", std::string(1'000'000, 'l'));
+    fs::create_symlink("large", dir.Native("link"));
+    dir.Write("disk/tree/inner", "inner");
+    dir.Write("fixed/source", "new");
+    dir.Write("target", "old");
+    const std::string fixed = dir.Native("fixed").string();
+    ASSERT_EQ(::mount(nullptr, fixed.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    const struct {
+        const char *what, *from, *to;
+        std::uint32_t code;
+    } cases[] = {
+        {"a directory, by a file that does not fit", "large", "disk\\tree", 112},
+        {"a directory, by a link, which stays on its volume", "link", "disk\\tree", 17},
+        {"a file, by one that cannot be removed", "fixed\\source", "target", 19},
+        {"a directory, by one that cannot be removed", "fixed\\source", "disk\\tree", 19},
+    };
+    for (const auto& [what, from, to, code] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_FALSE(FS::RenameFile(dir.Path(from), dir.Path(to), true));
+        EXPECT_EQ(platform::LastError(), code);
+        EXPECT_TRUE(FS::Exists(dir.Path(from)));
+        EXPECT_EQ(dir.Read("disk/tree/inner") + dir.Read("target"), "innerold");
+        EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("disk")), {}), 1);
+    }
+}
+
 TEST_F(Mounts, MoveToAnotherVolumeKeepsOwnerModeAndTime) {
     if (!Mount("disk")) GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
     dir.Write("source", "content");
