@@ -7,10 +7,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <string_view>
+#include <thread>
 
 #include "quillon/PathUtils.h"
 #include "system/PrivateFile.h"
@@ -49,8 +53,7 @@ std::string CheckWithParents(const std::string& real) {
     return fault.empty() ? CheckOne("/", true) : fault;
 }
 
-constexpr int kReturned = 77;  // the child's code, which no library that ends the process gives by chance
-int trialReport = -1;          // of the child, which tells there what ended it
+int trialReport = -1;  // of the child, which tells there what ended it, or a NUL when nothing did
 
 [[noreturn]] void ReportAndEnd() {
     try {
@@ -63,27 +66,40 @@ int trialReport = -1;          // of the child, which tells there what ended it
 }
 
 [[noreturn]] void LoadInChild(const std::string& path, int report) {
-    constexpr unsigned int kLongestSeconds = 30;
     trialReport = report;
-    ::alarm(kLongestSeconds);
     std::set_terminate(&ReportAndEnd);
     ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);  // what only fails tells the real attempt why
-    ::_exit(kReturned);
+    [[maybe_unused]] const auto written = ::write(report, "", 1);
+    ::_exit(EXIT_SUCCESS);
 }
 
-std::string ReadAll(int pipe) {
+/// Returns what is in a pipe already. Who else has its other end, as a process that a constructor has
+/// started, may never close it.
+std::string ReadPresent(int pipe) {
     std::string text;
     char buffer[1024];
-    for (;;) {
-        const ssize_t count = ::read(pipe, buffer, sizeof(buffer));
-        if (count > 0) text.append(buffer, static_cast<std::size_t>(count));
-        if (count == 0 || (count < 0 && errno != EINTR)) return text;
-    }
+    ssize_t count = 0;
+    while ((count = ::read(pipe, buffer, sizeof buffer)) > 0)
+        text.append(buffer, static_cast<std::size_t>(count));
+    return text;
 }
 
-std::string FaultOf(int status, const std::string& thrown) {
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kReturned) return {};
-    if (!thrown.empty()) return "a constructor of it threw: " + thrown;
+/// Returns the child's status, 0 when the system has reaped it already; ends one that hangs.
+int AwaitChild(pid_t child) {
+    constexpr std::chrono::seconds kLongest{30};
+    constexpr std::chrono::milliseconds kPause{2};
+    const auto deadline = std::chrono::steady_clock::now() + kLongest;
+    int status = 0;
+    while (::waitpid(child, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() >= deadline) ::kill(child, SIGKILL);
+        std::this_thread::sleep_for(kPause);
+    }
+    return status;
+}
+
+std::string FaultOf(int status, const std::string& report) {
+    if (report == std::string_view("", 1)) return {};
+    if (!report.empty()) return "a constructor of it threw: " + report;
     if (WIFSIGNALED(status))
         return "loading it ends the process by the signal " + std::to_string(WTERMSIG(status));
     return "loading it ends the process";
@@ -93,19 +109,18 @@ std::string FaultOf(int status, const std::string& thrown) {
 /// be survived in the process itself. Returns what happened to the child.
 std::string TryInChild(const std::string& path) {
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) return SystemErrorText(errno);
+    if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return SystemErrorText(errno);
     const pid_t child = ::fork();
     if (child == 0) LoadInChild(path, ends[1]);
     const int forkError = errno;
     ::close(ends[1]);
-    const std::string thrown = child < 0 ? "" : ReadAll(ends[0]);
-    ::close(ends[0]);
-    if (child < 0) return SystemErrorText(forkError);
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) return SystemErrorText(errno);
+    std::string fault = SystemErrorText(forkError);
+    if (child > 0) {
+        const int status = AwaitChild(child);
+        fault = FaultOf(status, ReadPresent(ends[0]));
     }
-    return FaultOf(status, thrown);
+    ::close(ends[0]);
+    return fault;
 }
 
 }  // namespace
