@@ -1,7 +1,10 @@
 #include "Utils/internal/TreeWalk.h"
 
+#include <cstdint>
 #include <vector>
 
+#include "base/ErrorCodes.h"
+#include "platform/ErrorText.h"
 #include "quillon/PathUtils.h"
 
 namespace quillon {
@@ -10,6 +13,13 @@ namespace {
 
 using platform::DirectoryEntry;
 using platform::FolderWalk;
+
+/// Returns whether a call failed for want of descriptors or memory, which says nothing of what it asked for.
+bool IsOutOfMeans() {
+    constexpr std::uint32_t kTooManyOpenFiles = 4, kNoSystemResources = 1450;
+    const std::uint32_t code = platform::LastError();
+    return code == kTooManyOpenFiles || code == base::kNotEnoughMemory || code == kNoSystemResources;
+}
 
 class Walker {
 public:
@@ -50,7 +60,7 @@ private:
             },
             m_visitor.Detail());
         const bool isStart = m_levels.empty();
-        if (!isListed && (isStart || !m_visitor.SkipsLostFolders())) return false;
+        if (!isListed && (isStart || !PassesOver())) return false;
         for (const DirectoryEntry& file : m_files) {
             if (!m_visitor.OnFileEntry(m_walk, m_path, file)) return false;
         }
@@ -73,8 +83,11 @@ private:
             return VisitFiles();
         }
         ++m_levels.back().next;
-        return next == ITreeVisitor::Next::Skip || m_visitor.SkipsLostFolders();
+        return next == ITreeVisitor::Next::Skip || PassesOver();
     }
+
+    /// Whether the walk goes on without the directory that was just refused.
+    bool PassesOver() const { return m_visitor.SkipsLostFolders() && !IsOutOfMeans(); }
 
     bool Return() {
         m_levels.pop_back();
@@ -95,6 +108,7 @@ private:
         for (std::size_t i = 0; i + 1 < m_levels.size(); ++i) {
             Level& level = m_levels[i];
             if (m_walk.Enter(level.folders[level.next].name)) continue;
+            if (!PassesOver()) return false;
             m_levels.resize(i + 1);
             ++m_levels.back().next;
             m_path.resize(m_levels.back().pathLength);

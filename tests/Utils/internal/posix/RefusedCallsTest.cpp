@@ -2,11 +2,13 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <string>
 
+#include "platform/ErrorText.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/TemporaryFile.h"
 #include "support/TempDir.h"
@@ -118,6 +120,22 @@ TEST_F(RefusedCalls, MoveToAnotherVolumeLosesNothing) {
         return isMoved;
     });
     fs::remove_all(folder);
+}
+
+TEST_F(RefusedCalls, WalkWithoutDescriptorsIsNotComplete) {
+    for (const char* const file : {"to/a/b/file", "to/c/file"}) dir.Write(file, "x");
+    bool isRefused = true;
+    for (int number = 1; isRefused; ++number) {
+        ASSERT_LT(number, 200);
+        int files = 0;
+        test::ThisThreadsFileCalls() = {number, EMFILE, 0, false};
+        const auto end = FS::WalkFiles(dir.Path("to"), {}, [&](const auto&) { return ++files > 0; });
+        const std::uint32_t code = platform::LastError();
+        isRefused = test::ThisThreadsFileCalls().seen >= number;
+        test::ThisThreadsFileCalls() = {};
+        EXPECT_EQ(end, files == 2 && !isRefused ? FS::WalkEnd::Complete : FS::WalkEnd::Failed) << number;
+        EXPECT_TRUE(code == 4 || !isRefused) << code;
+    }
 }
 
 TEST_F(RefusedCalls, TemporaryPlacesAreThereOrNotReturned) {
