@@ -62,6 +62,9 @@ int __real_sync_file_range(int file, off64_t offset, off64_t count, unsigned fla
 int __real_linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags);
 int __real_fstat(int file, struct ::stat* status);
 int __real_fcntl(int file, int command, ...);
+int __real_fchown(int file, uid_t user, gid_t group);
+int __real_fchmod(int file, mode_t mode);
+int __real_futimens(int file, const timespec times[2]);
 
 int __wrap_open(const char* path, int flags, ...) {
     mode_t mode = 0;
@@ -124,6 +127,14 @@ int __wrap_fstat(int file, struct ::stat* status) {
 int __wrap_fcntl(int file, int command, long argument) {
     return RefuseCall(RefusedCalls::Control, EINVAL) ? -1 : __real_fcntl(file, command, argument);
 }
+
+int __wrap_fchown(int file, uid_t user, gid_t group) {
+    return Fails() ? -1 : __real_fchown(file, user, group);
+}
+
+int __wrap_fchmod(int file, mode_t mode) { return Fails() ? -1 : __real_fchmod(file, mode); }
+
+int __wrap_futimens(int file, const timespec times[2]) { return Fails() ? -1 : __real_futimens(file, times); }
 
 int __wrap_fdatasync(int file) { return Fails() ? -1 : __real_fdatasync(file); }
 
