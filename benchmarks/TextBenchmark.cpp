@@ -4,11 +4,13 @@
 #include <cctype>
 #include <codecvt>
 #include <cstdio>
+#include <cstdlib>
 #include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "base/Utf.h"
 #include "quillon/StringUtils.h"
 
 // Text conversion and the string helpers on one MiB, each beside what one would
@@ -142,6 +144,29 @@ BENCHMARK_CAPTURE(ConvertQuillon, cjk, Cjk)->Name("convert-cjk/quillon");
 BENCHMARK_CAPTURE(ConvertBaseline, emoji, Emoji)->Name("convert-emoji/baseline");
 BENCHMARK_CAPTURE(ConvertQuillon, emoji, Emoji)->Name("convert-emoji/quillon");
 
+// The same with units of 16 bits, which the wide texts of Windows have.
+void Convert16Baseline(benchmark::State& state, Text text) {
+    std::wstring_convert<std::codecvt_utf8_utf16<char16_t>, char16_t> converter;
+    for (auto _ : state) benchmark::DoNotOptimize(converter.to_bytes(converter.from_bytes(text())));
+    Throughput(state);
+}
+
+void Convert16Quillon(benchmark::State& state, Text text) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(quillon::base::Utf16ToUtf8(*quillon::base::Utf8ToUtf16(text())));
+    }
+    Throughput(state);
+}
+
+BENCHMARK_CAPTURE(Convert16Baseline, ascii, Ascii)->Name("convert16-ascii/baseline");
+BENCHMARK_CAPTURE(Convert16Quillon, ascii, Ascii)->Name("convert16-ascii/quillon");
+BENCHMARK_CAPTURE(Convert16Baseline, latin, Latin)->Name("convert16-latin/baseline");
+BENCHMARK_CAPTURE(Convert16Quillon, latin, Latin)->Name("convert16-latin/quillon");
+BENCHMARK_CAPTURE(Convert16Baseline, cjk, Cjk)->Name("convert16-cjk/baseline");
+BENCHMARK_CAPTURE(Convert16Quillon, cjk, Cjk)->Name("convert16-cjk/quillon");
+BENCHMARK_CAPTURE(Convert16Baseline, emoji, Emoji)->Name("convert16-emoji/baseline");
+BENCHMARK_CAPTURE(Convert16Quillon, emoji, Emoji)->Name("convert16-emoji/quillon");
+
 // The baseline of two threads is one: what it is measured by is bytes a second.
 BENCHMARK_CAPTURE(ConvertQuillon, oneThread, Latin)->Name("convert-threads/baseline")->UseRealTime();
 BENCHMARK_CAPTURE(ConvertQuillon, twoThreads, Latin)
@@ -238,6 +263,96 @@ void UrlQuillon(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(StringUtils::UrlEncode(Ascii()));
     Throughput(state);
 }
+
+const std::string& Digits() {
+    static const std::string text = StringUtils::ByteArrayToHexString(
+        reinterpret_cast<const unsigned char*>(Ascii().data()), Ascii().size() / 2);
+    return text;
+}
+
+void UnhexBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        std::vector<unsigned char> bytes;
+        for (std::size_t i = 0; i < Digits().size(); i += 2) {
+            const char digits[3] = {Digits()[i], Digits()[i + 1], '\0'};
+            bytes.push_back(static_cast<unsigned char>(std::strtoul(digits, nullptr, 16)));
+        }
+        benchmark::DoNotOptimize(bytes);
+    }
+    Throughput(state, Digits().size());
+}
+
+void UnhexQuillon(benchmark::State& state) {
+    std::vector<unsigned char> bytes(Digits().size() / 2);
+    std::size_t count = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            StringUtils::HexStringToByteArray(Digits(), bytes.data(), bytes.size(), count));
+    }
+    Throughput(state, Digits().size());
+}
+
+const std::string& Escaped() {
+    static const std::string text =
+        Repeat("https://depot.quillon.example/content/file%20name%2Bpart.bin?version=12&");
+    return text;
+}
+
+void UrlDecodeBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string text;
+        for (std::size_t i = 0; i < Escaped().size(); ++i) {
+            if (Escaped()[i] != '%' || i + 2 >= Escaped().size()) {
+                text += Escaped()[i];
+                continue;
+            }
+            text += static_cast<char>(std::stoi(Escaped().substr(i + 1, 2), nullptr, 16));
+            i += 2;
+        }
+        benchmark::DoNotOptimize(text);
+    }
+    Throughput(state, Escaped().size());
+}
+
+void UrlDecodeQuillon(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(StringUtils::UrlDecode(Escaped()));
+    Throughput(state, Escaped().size());
+}
+
+BENCHMARK(UnhexBaseline)->Name("unhex/baseline");
+BENCHMARK(UnhexQuillon)->Name("unhex/quillon");
+BENCHMARK(UrlDecodeBaseline)->Name("url-decode/baseline");
+BENCHMARK(UrlDecodeQuillon)->Name("url-decode/quillon");
+
+// --- Trimming: each line of 40 characters between blanks is copied and trimmed ---
+
+const std::vector<std::string>& Padded() {
+    static const std::vector<std::string> lines(
+        kSize / 64, "    " + std::string(40, 'x') + "\t  \r\n" + std::string(15, ' '));
+    return lines;
+}
+
+void TrimBaseline(benchmark::State& state) {
+    const std::string blanks = " \t\n\v\f\r";
+    for (auto _ : state) {
+        for (const std::string& line : Padded()) {
+            const std::size_t first = line.find_first_not_of(blanks);
+            const std::size_t last = line.find_last_not_of(blanks);
+            benchmark::DoNotOptimize(line.substr(first, last - first + 1));
+        }
+    }
+    Throughput(state);
+}
+
+void TrimQuillon(benchmark::State& state) {
+    for (auto _ : state) {
+        for (std::string line : Padded()) benchmark::DoNotOptimize(StringUtils::Trim(line));
+    }
+    Throughput(state);
+}
+
+BENCHMARK(TrimBaseline)->Name("trim/baseline");
+BENCHMARK(TrimQuillon)->Name("trim/quillon");
 
 BENCHMARK(HexBaseline)->Name("hex/baseline");
 BENCHMARK(HexQuillon)->Name("hex/quillon");

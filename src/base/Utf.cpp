@@ -8,6 +8,7 @@
 
 #include "base/AsciiRun.h"
 #include "base/Utf16Decoder.h"
+#include "base/UtfCounts.h"
 
 namespace quillon::base {
 
@@ -38,35 +39,6 @@ std::size_t SubpartLength(const Byte* p, std::size_t available) {
     std::size_t length = 2;
     while (length < most && IsContinuation(p[length])) ++length;
     return length;
-}
-
-std::uint64_t LoadWord(const void* p) {
-    std::uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-}
-
-/// Exactly the units that valid UTF-8 becomes; of invalid text never fewer than its
-/// valid beginning becomes. Eight bytes at a time: one unit for every byte that is no
-/// continuation, and a second one for leads of four bytes.
-std::size_t CountUnits(std::string_view text) {
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    const auto sum = [](std::uint64_t bytes) { return static_cast<std::size_t>(bytes * ones >> 56); };
-    std::size_t units = text.size();
-    std::size_t i = 0;
-    for (; text.size() - i >= 8; i += 8) {
-        const std::uint64_t word = LoadWord(text.data() + i);
-        const std::uint64_t top = word >> 7 & ones;
-        if (top == 0) continue;
-        units -= sum(top & ~(word >> 6));
-        units += sum(top & word >> 6 & word >> 5 & word >> 4);
-    }
-    for (; i < text.size(); ++i) {
-        const auto byte = static_cast<Byte>(text[i]);
-        units -= static_cast<std::size_t>(IsContinuation(byte));
-        units += static_cast<std::size_t>(byte >= 0xF0);
-    }
-    return units;
 }
 
 constexpr std::uint32_t kInvalid = 0xFFFFFFFF;
@@ -107,23 +79,44 @@ Unit* PutUnits(std::uint32_t character, Unit* out) {
     return out;
 }
 
-/// The whole text in UTF-16, or nothing when it is invalid.
-template <class String>
-std::optional<String> Decode(std::string_view text) {
-    String wide(CountUnits(text), 0);
-    auto* out = wide.data();
-    const auto* p = reinterpret_cast<const Byte*>(text.data());
-    const Byte* const end = p + text.size();
-    while (p != end) {
-        const std::size_t ascii = WidenAscii(p, static_cast<std::size_t>(end - p), out);
+/// How many units are made at once, before they are appended: few enough for the processor's nearest cache.
+constexpr std::size_t kBlockUnits = 2048;
+
+/// Puts the units of characters from `p` on, which is moved past them, until the block has no room for a
+/// pair. Returns their end, or null for an invalid sequence.
+template <class Unit>
+Unit* DecodeBlock(const Byte*& p, const Byte* end, Unit* block) {
+    Unit* out = block;
+    const Unit* const full = block + kBlockUnits - 1;
+    while (p != end && out < full) {
+        const auto room = std::min(end - p, full + 1 - out);
+        const std::size_t ascii = WidenAscii(p, static_cast<std::size_t>(room), out);
         p += ascii;
         out += ascii;
         // Characters of the same kind come in runs.
-        while (p != end && *p >= 0x80) {
+        while (p != end && *p >= 0x80 && out < full) {
             const std::uint32_t character = TakeSequence(p, end);
-            if (character == kInvalid) return std::nullopt;
+            if (character == kInvalid) return nullptr;
             out = PutUnits(character, out);
         }
+    }
+    return out;
+}
+
+/// The whole text in UTF-16, or nothing when it is invalid. It grows by blocks, as filling the memory with
+/// zeros first would take as long as the conversion of ASCII.
+template <class String>
+std::optional<String> Decode(std::string_view text) {
+    const std::size_t ascii = CountAscii(text.data(), text.size());
+    String wide;
+    wide.reserve(ascii + CountUnits(text.substr(ascii)));
+    const auto* p = reinterpret_cast<const Byte*>(text.data());
+    const Byte* const end = p + text.size();
+    typename String::value_type block[kBlockUnits];
+    while (p != end) {
+        const auto* const out = DecodeBlock(p, end, block);
+        if (out == nullptr) return std::nullopt;
+        wide.append(block, static_cast<std::size_t>(out - block));
     }
     return wide;
 }
@@ -131,29 +124,6 @@ std::optional<String> Decode(std::string_view text) {
 template <class Unit>
 std::uint32_t Value(Unit unit) {
     return static_cast<std::make_unsigned_t<Unit>>(unit);
-}
-
-/// How many bytes a unit becomes; either half of a pair counts two.
-template <class Unit>
-constexpr Unit BytesOf(Unit unit) {
-    const auto value = static_cast<std::make_unsigned_t<Unit>>(unit);
-    const auto surrogate = static_cast<Unit>((value & 0xF800) == 0xD800);
-    return static_cast<Unit>(1 + (value >= 0x80) + (value >= 0x800) - surrogate);
-}
-
-/// Exactly the bytes that valid UTF-16 becomes; of invalid text never fewer than
-/// its valid beginning becomes.
-template <class Unit>
-std::size_t CountBytes(std::basic_string_view<Unit> text) {
-    constexpr std::size_t block = 16;  // a fixed count, which compilers turn into vectors
-    std::size_t bytes = 0, i = 0;
-    for (; text.size() - i >= block; i += block) {
-        Unit sum = 0;
-        for (std::size_t j = 0; j < block; ++j) sum = static_cast<Unit>(sum + BytesOf(text[i + j]));
-        bytes += static_cast<std::size_t>(sum);
-    }
-    for (; i < text.size(); ++i) bytes += static_cast<std::size_t>(BytesOf(text[i]));
-    return bytes;
 }
 
 /// Puts a character's bytes, of which ASCII has its own faster way.
@@ -269,6 +239,8 @@ std::optional<std::string> WideToUtf8(std::wstring_view text) { return Encode(te
 
 std::optional<std::string> Utf16ToUtf8(std::u16string_view text) { return Encode(text); }
 
+std::optional<std::u16string> Utf8ToUtf16(std::string_view text) { return Decode<std::u16string>(text); }
+
 std::wstring ToWide(std::string_view text) {
     if (auto wide = Utf8ToWide(text)) return std::move(*wide);
     return *Utf8ToWide(RepairUtf8(text));
@@ -361,7 +333,7 @@ std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {
 }
 
 std::optional<std::string> Utf8ToUtf16Bytes(std::string_view text, bool bigEndian) {
-    const auto units = Decode<std::u16string>(text);
+    const auto units = Utf8ToUtf16(text);
     if (!units) return std::nullopt;
     std::string bytes(2 * units->size(), '\0');
     const unsigned first = bigEndian ? 8 : 0;

@@ -14,6 +14,7 @@ namespace quillon::base {
 
 std::optional<std::wstring> Utf8ToWide(std::string_view text);
 std::optional<std::string> WideToUtf8(std::wstring_view text);
+std::optional<std::u16string> Utf8ToUtf16(std::string_view text);
 std::optional<std::string> Utf16ToUtf8(std::u16string_view text);
 
 /// Converts to UTF-16 for system calls and texts that must not fail: an invalid sequence becomes U+FFFD.

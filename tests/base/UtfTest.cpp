@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <optional>
+#include <random>
 #include <string>
+#include <string_view>
 
 namespace quillon::base {
 namespace {
@@ -42,6 +46,46 @@ TEST(Utf, FindsEveryPlaceInABlock) {
             ASSERT_EQ(Utf8ToWide(narrow), wide) << before;
             ASSERT_EQ(WideToUtf8(wide), narrow) << before;
         }
+    }
+}
+
+/// One character at a time, without blocks.
+std::optional<std::u16string> DecodePlainly(std::string_view text) {
+    std::u16string units;
+    while (!text.empty()) {
+        const std::size_t size = std::min<std::size_t>(text.size(), text[0] >= 0            ? 1
+                                                                    : (text[0] & 0x20) == 0 ? 2
+                                                                    : (text[0] & 0x10) == 0 ? 3
+                                                                                            : 4);
+        const auto one = Utf8ToUtf16(text.substr(0, size));
+        if (!one) return std::nullopt;
+        units += *one;
+        text.remove_prefix(size);
+    }
+    return units;
+}
+
+// Texts are converted by vectors and by blocks of 2,048 units: every length and alignment, and characters of
+// every size at the border of two blocks, some of them damaged.
+TEST(Utf, BlocksAgreeWithSingleCharacters) {
+    std::mt19937 random(19);
+    const std::string pieces[] = {"a", "longer than a vector of bytes", "\xC3\xA9", "\xE4\xB8\xAD",
+                                  "\xF0\x9F\x98\x80"};
+    for (std::size_t round = 0; round < 3'000; ++round) {
+        const std::size_t start = round % 32, size = round % 3 == 0 ? 2'000 + random() % 4'200 : round % 101;
+        std::string text(start + (round % 2) * (size / 2), 'x');
+        while (text.size() < start + size) text += pieces[random() % 5];
+        if (random() % 3 == 0 && text.size() > start)
+            text[start + random() % (text.size() - start)] = static_cast<char>(random());
+        const auto part = std::string_view(text).substr(start);
+        const auto units = DecodePlainly(part);
+        const auto wide = Utf8ToWide(part);
+        ASSERT_EQ(Utf8ToUtf16(part), units);
+        ASSERT_EQ(wide.has_value(), units.has_value());
+        if (!units) continue;
+        ASSERT_TRUE(std::equal(wide->begin(), wide->end(), units->begin(), units->end()));
+        ASSERT_EQ(Utf16ToUtf8(*units), part);
+        ASSERT_EQ(WideToUtf8(*wide), part);
     }
 }
 
