@@ -1,11 +1,13 @@
 #include "data/RowRegions.h"
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <new>
 
 #include "platform/HeapApi.h"
+#include "platform/ProcessStagesApi.h"
 
 namespace quillon {
 namespace {
@@ -63,6 +65,11 @@ public:
         }
     }
 
+    void BeforeFork() noexcept { m_mutex.lock(); }
+    void AfterFork() noexcept { m_mutex.unlock(); }
+    /// In the child of a fork no thread is left that could hold the mutex.
+    void WithoutThreads() noexcept { new (&m_mutex) std::mutex; }
+
     std::size_t Taken() noexcept {
         const std::lock_guard lock(m_mutex);
         return m_taken;
@@ -96,11 +103,26 @@ private:
     std::size_t m_taken = 0;
 };
 
-/// Lives longer than every table.
+/// Lives longer than every table, and takes no memory of the heap.
 Regions& TheRegions() {
-    static Regions& regions = *new Regions;
+    alignas(Regions) static std::byte memory[sizeof(Regions)];
+    static Regions& regions = *new (memory) Regions;
     return regions;
 }
+
+constexpr platform::StageHandlers kHandlers = {
+    [] { TheRegions().BeforeFork(); },
+    [] { TheRegions().AfterFork(); },
+    [] { TheRegions().WithoutThreads(); },
+    [] {},
+};
+
+/// A fork takes the locks in the opposite order of their handlers. Nothing is called while the mutex of the
+/// regions is held, so it must be taken last, and its handlers installed before those of the logger.
+[[maybe_unused]] const bool kAreStagesHandled = [] {
+    platform::HandleStages(kHandlers);
+    return true;
+}();
 
 }  // namespace
 

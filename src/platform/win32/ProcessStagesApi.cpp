@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <new>
 
 #include "platform/win32/WindowsHeaders.h"
 
@@ -18,23 +19,37 @@ bool AreThreadsGone() {
     return isEnding != nullptr && isEnding() != 0;
 }
 
-std::atomic<const StageHandlers*>& Installed() {
-    static constinit std::atomic<const StageHandlers*> installed{nullptr};
-    return installed;
+struct Installed {
+    StageHandlers handlers;
+    const Installed* earlier;
+};
+
+std::atomic<const Installed*>& Latest() {
+    static constinit std::atomic<const Installed*> latest{nullptr};
+    return latest;
 }
 
+/// Runs once for each call of HandleStages(), the latest handlers first. No handler may meet a lock of a
+/// thread that is gone, so all of them are made anew before the first one ends its part.
 void HandleEnd() {
-    const StageHandlers* const handlers = Installed();
-    if (AreThreadsGone()) handlers->withoutThreads();
-    handlers->atEnd();
+    const Installed* const latest = Latest();
+    if (latest == nullptr) return;
+    if (AreThreadsGone()) {
+        for (const Installed* each = latest; each != nullptr; each = each->earlier)
+            each->handlers.withoutThreads();
+    }
+    Latest() = latest->earlier;
+    latest->handlers.atEnd();
 }
 
 }  // namespace
 
 // The system has no fork. Within a library the C runtime calls back when the library leaves the process.
 void HandleStages(const StageHandlers& handlers) {
-    Installed() = new StageHandlers(handlers);
-    std::atexit(&HandleEnd);
+    auto* const added = new (std::nothrow) Installed{handlers, Latest()};
+    if (added == nullptr || std::atexit(&HandleEnd) != 0) return;
+    while (!Latest().compare_exchange_weak(added->earlier, added)) {
+    }
 }
 
 }  // namespace quillon::platform

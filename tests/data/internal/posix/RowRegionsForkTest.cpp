@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "data/RowRegions.h"
+
+namespace quillon {
+
+// Only here can a process be copied while its threads hold locks.
+TEST(RowRegions, TheChildOfAForkTakesRowsWhateverTheThreadsDid) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    std::atomic<bool> isOver{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+        threads.emplace_back([&] {
+            for (int turn = 0; turn < 50'000'000 && !isOver; ++turn) FreeRegionSlot(TakeRegionSlot());
+        });
+    }
+    for (int i = 0; i < 100 && std::chrono::steady_clock::now() < end; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(10);  // ends a child that hangs
+            void* const slot = TakeRegionSlot();
+            FreeRegionSlot(slot);
+            ::_exit(slot != nullptr && TakenRegionSlots() <= 2 ? 0 : 1);
+        }
+        EXPECT_GT(child, 0);
+        if (child < 0) break;
+        int status = -1;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        if (status != 0) {
+            ADD_FAILURE() << "fork " << i << ": " << status;
+            break;
+        }
+    }
+    isOver = true;
+    for (auto& thread : threads) thread.join();
+}
+
+}  // namespace quillon
