@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "base/ByteBlocks.h"
 #include "base/Characters.h"
 #include "quillon/StringUtils.h"
 
@@ -39,10 +40,16 @@ String& TrimEnd(String& text, Unwanted unwanted) {
     return text;
 }
 
+std::wstring& TrimSpacesBehind(std::wstring& text) { return TrimEnd(text, IsSpace<wchar_t>); }
+
+std::string& TrimSpacesBehind(std::string& text) {
+    text.resize(base::SizeWithoutSpacesBehind(text.data(), text.size()));
+    return text;
+}
+
 template <class String>
 String& TrimBoth(String& text) {
-    const auto isSpace = IsSpace<typename String::value_type>;
-    return TrimStart(TrimEnd(text, isSpace), isSpace);
+    return TrimStart(TrimSpacesBehind(text), IsSpace<typename String::value_type>);
 }
 
 template <class String>
@@ -90,8 +97,8 @@ std::wstring& StringUtils::StringToUppercase(std::wstring& text) { return MapToU
 
 std::string& StringUtils::LeftTrim(std::string& text) { return TrimStart(text, IsSpace<char>); }
 std::wstring& StringUtils::LeftTrim(std::wstring& text) { return TrimStart(text, IsSpace<wchar_t>); }
-std::string& StringUtils::RightTrim(std::string& text) { return TrimEnd(text, IsSpace<char>); }
-std::wstring& StringUtils::RightTrim(std::wstring& text) { return TrimEnd(text, IsSpace<wchar_t>); }
+std::string& StringUtils::RightTrim(std::string& text) { return TrimSpacesBehind(text); }
+std::wstring& StringUtils::RightTrim(std::wstring& text) { return TrimSpacesBehind(text); }
 std::string& StringUtils::Trim(std::string& text) { return TrimBoth(text); }
 std::wstring& StringUtils::Trim(std::wstring& text) { return TrimBoth(text); }
 

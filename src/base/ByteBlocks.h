@@ -2,7 +2,9 @@
 
 #include <bit>
 #include <cstddef>
+#include <cstdint>
 
+#include "base/Characters.h"
 #include "base/HexDigits.h"
 #include "base/Sse2.h"
 
@@ -134,6 +136,21 @@ inline std::size_t CopyUntil(const char* from, std::size_t count, char stop, cha
 #endif
     for (; done < count && from[done] != stop; ++done) to[done] = from[done];
     return done;
+}
+
+/// Returns how many bytes the text has without the white space at its end.
+inline std::size_t SizeWithoutSpacesBehind(const char* text, std::size_t size) {
+#ifdef QUILLON_SSE2
+    for (; size >= 16; size -= 16) {
+        const __m128i block = detail::LoadBlock(text + size - 16);
+        const __m128i controls = detail::AreAtMost(_mm_sub_epi8(block, _mm_set1_epi8('\t')), '\r' - '\t');
+        const __m128i spaces = _mm_or_si128(controls, _mm_cmpeq_epi8(block, _mm_set1_epi8(' ')));
+        const auto others = static_cast<std::uint16_t>(~_mm_movemask_epi8(spaces));
+        if (others != 0) return size - static_cast<std::size_t>(std::countl_zero(others));
+    }
+#endif
+    while (size > 0 && IsSpace(text[size - 1])) --size;
+    return size;
 }
 
 /// Writes two lower-case hexadecimal digits for each byte.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <string_view>
 
 #include "base/Characters.h"
 
@@ -25,7 +26,7 @@ std::string RandomText(std::mt19937& random, std::size_t size, const std::string
 // taken.
 TEST(ByteBlocks, AgreeWithThePlainForm) {
     std::mt19937 random(20);
-    for (std::size_t size = 0; size < 70; ++size) {
+    for (std::size_t size = 0; size <= 100; ++size) {
         SCOPED_TRACE(size);
         const std::string text = RandomText(random, size + 2, "abcdAB\xE1\0");
         const EitherByte head{'a', 'A'}, tail{'b', 'B'};
@@ -33,6 +34,13 @@ TEST(ByteBlocks, AgreeWithThePlainForm) {
             std::size_t expected = from;
             while (expected < size && !(head.Is(text[expected]) && tail.Is(text[expected + 2]))) ++expected;
             EXPECT_EQ(FindBoth(text.data(), head, text.data() + 2, tail, from, size), expected);
+        }
+        std::string spaced = RandomText(random, size, " \t\r\x08\x0E\xA0x");
+        spaced += RandomText(random, random() % 40, " \t\n\v\f\r");
+        for (std::size_t start = 0; start <= std::min<std::size_t>(spaced.size(), 31); ++start) {
+            const std::string_view part = std::string_view(spaced).substr(start);
+            EXPECT_EQ(SizeWithoutSpacesBehind(part.data(), part.size()),
+                      part.find_last_not_of(" \t\n\v\f\r") + 1);
         }
         std::string copy(size, '?');
         const std::size_t copied = CopyUntil(text.data(), size, 'd', copy.data());
