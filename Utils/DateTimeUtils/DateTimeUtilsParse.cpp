@@ -6,6 +6,7 @@
 
 #include "Utils/internal/DateTimeParts.h"
 #include "base/Characters.h"
+#include "base/CivilTime.h"
 #include "base/DateTimeText.h"
 #include "quillon/DateTimeUtils.h"
 
@@ -85,10 +86,43 @@ std::int64_t ReadZoneOffset(std::string_view text) {
     return text[sign] == '-' ? hours * 60 - minutes : hours * 60 + minutes;
 }
 
+constexpr std::size_t kShortest = std::string_view("1970-01-01T00:00:00").size();
+
+/// Reads "Z" or "+01:00", with any digits, as the whole text; seconds east of UTC.
+bool ReadUsualZone(std::string_view text, std::int64_t& offset) {
+    if (text == "Z") return true;
+    constexpr std::string_view kForm = "+00:00";
+    if (text.size() != kForm.size() || (text[0] != '+' && text[0] != '-') || text[3] != ':') return false;
+    bool isDigits = true;
+    for (const std::size_t i : {1U, 2U, 4U, 5U}) isDigits &= IsDigit(text[i]);
+    const int hours = (text[1] - '0') * 10 + (text[2] - '0');
+    const int minutes = (text[4] - '0') * 10 + (text[5] - '0');
+    offset = (hours * 60 + minutes) * (text[0] == '-' ? -60 : 60);
+    return isDigits;
+}
+
+/// Reads "1970-01-01T00:00:00.000" and a zone, with any digits in any field, as most times are; nothing for
+/// another form, which the scanner reads.
+std::optional<JsonTime> ReadUsualTime(std::string_view text) {
+    base::PlainDateTime fields{};
+    std::int64_t offset = 0;
+    if (text.size() < kShortest + 5 || text[kShortest] != '.' ||
+        !base::ReadPlainDateTime(text.data(), fields) || !ReadUsualZone(text.substr(kShortest + 4), offset)) {
+        return std::nullopt;
+    }
+    const char* const digits = text.data() + kShortest + 1;
+    const bool isMonth = fields.month >= 1 && fields.month <= 12;
+    if (!isMonth || !IsDigit(digits[0]) || !IsDigit(digits[1]) || !IsDigit(digits[2])) return std::nullopt;
+    const std::int64_t days = base::DaysOfFourDigitYear(fields.year, fields.month, fields.day);
+    const int second = (fields.hour * 60 + fields.minute) * 60 + fields.second;
+    return JsonTime{days * base::kSecondsPerDay + second - offset,
+                    (digits[0] - '0') * 100 + (digits[1] - '0') * 10 + (digits[2] - '0')};
+}
+
 std::optional<JsonTime> ReadJsonTime(std::string_view text) {
-    constexpr std::size_t shortest = std::string_view("1970-01-01T00:00:00").size();
+    if (const auto usual = ReadUsualTime(text)) return usual;
     UtcFields fields{};
-    if (text.size() < shortest || !ScanFields(text, fields)) return std::nullopt;
+    if (text.size() < kShortest || !ScanFields(text, fields)) return std::nullopt;
     return JsonTime{UtcFieldsToEpoch(fields) - ReadZoneOffset(text) * 60, ReadMilliseconds(text)};
 }
 

@@ -40,6 +40,16 @@ constexpr std::int64_t DaysFromCivil(std::int64_t year, int month, std::int64_t 
     return era * 146'097 + dayOfEra - 719'468;
 }
 
+/// Returns the same as DaysFromCivil() for a year from 0 to 9999, by divisions of 32 bits without a sign.
+constexpr std::int64_t DaysOfFourDigitYear(int year, int month, int day) {
+    // One era more, so that January of the year 0 is no exception.
+    const auto marchYear = static_cast<std::uint32_t>(year + 400 - (month <= 2 ? 1 : 0));
+    const auto firstOfMonth = static_cast<std::uint32_t>(153 * (month > 2 ? month - 3 : month + 9) + 2) / 5;
+    const std::uint32_t days =
+        marchYear * 365 + marchYear / 4 - marchYear / 100 + marchYear / 400 + firstOfMonth;
+    return std::int64_t{days} + day - 1 - 719'468 - 146'097;
+}
+
 constexpr CivilDate CivilFromDays(std::int64_t days) {
     const std::int64_t shifted = days + 719'468;
     const std::int64_t era = FloorDivide(shifted, 146'097);

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <string>
 #include <tuple>
 
@@ -172,6 +173,22 @@ TEST(DateTimeUtilsJson, ReadsFieldsFractionAndZone) {
     for (const auto& [text, seconds, ticks] : cases) {
         EXPECT_EQ(DT::JsonDateTimeToEpochTime(text), seconds) << text;
         EXPECT_EQ(DT::JsonDateTimeToTimePoint(text), AtTicks(ticks)) << text;
+    }
+}
+
+// A time of the usual form takes a short way. Its fraction with zeros before it is the same number in another
+// form, which takes the long way.
+TEST(DateTimeUtilsJson, TheShortWayAgreesWithTheLongOne) {
+    std::mt19937 random(18);
+    const std::string changes = "0123456789:-+.TZz \0"s;
+    for (int i = 0; i < 200'000; ++i) {
+        std::string text = random() % 2 == 0 ? "2016-05-10T12:13:14.123Z" : "1999-12-31T23:59:59.600-08:30";
+        for (auto left = random() % 4; left > 0; --left)
+            text[random() % text.size()] = changes[random() % changes.size()];
+        if (text[19] != '.' || text.find('.') != 19) continue;
+        const std::string longer = text.substr(0, 20) + '0' + text.substr(20);
+        ASSERT_EQ(DT::JsonDateTimeToEpochTime(text), DT::JsonDateTimeToEpochTime(longer)) << text;
+        ASSERT_EQ(DT::JsonDateTimeToTimePoint(text), DT::JsonDateTimeToTimePoint(longer)) << text;
     }
 }
 

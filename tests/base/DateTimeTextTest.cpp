@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "base/CivilTime.h"
+
 namespace quillon::base {
 
 TEST(DateTimeText, ReadsWhatToolsPrint) {
@@ -27,6 +29,13 @@ TEST(DateTimeText, ReadsWhatToolsPrint) {
         {"Nov 25 18:03", std::nullopt},
         {"", std::nullopt}};
     for (const auto& [text, ticks] : cases) EXPECT_EQ(ReadDateTime(text), ticks) << text;
+}
+
+TEST(CivilTime, TheShortFormAgreesInEveryMonthOfItsYears) {
+    for (int year = 0; year <= 9999; ++year) {
+        for (int month = 1; month <= 12; ++month)
+            ASSERT_EQ(DaysOfFourDigitYear(year, month, 99), DaysFromCivil(year, month, 99)) << year << month;
+    }
 }
 
 }  // namespace quillon::base
