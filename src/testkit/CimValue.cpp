@@ -1,8 +1,11 @@
 #include "testkit/CimValue.h"
 
 #include <charconv>
+#include <new>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "base/Utf.h"
 #include "quillon/TimePoint.h"
@@ -37,7 +40,22 @@ Variant IntegerOrText(const std::string& name, const std::string& text) {
     return isNumber ? Variant(name, number) : Variant(name, text);
 }
 
-}  // namespace
+/// Returns an array of a text's lines.
+_variant_t LinesVariant(const std::string& text) {
+    std::vector<std::wstring> lines;
+    std::wistringstream stream(base::ToWide(text));
+    for (std::wstring line; std::getline(stream, line);) lines.push_back(line);
+    _variant_t array;
+    array.parray = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(lines.size()));
+    if (array.parray == nullptr) throw std::bad_alloc();
+    array.vt = VT_ARRAY | VT_BSTR;
+    for (LONG i = 0; i < static_cast<LONG>(lines.size()); ++i) {
+        LONG index = i;
+        _variant_t element = simulation::TextVariant(lines[static_cast<std::size_t>(i)]);
+        if (FAILED(SafeArrayPutElement(array.parray, &index, element.bstrVal))) throw std::bad_alloc();
+    }
+    return array;
+}
 
 CIMTYPE NumberOf(CimType type) {
     static constexpr CIMTYPE numbers[] = {CIM_BOOLEAN, CIM_SINT8,  CIM_UINT8,   CIM_SINT16, CIM_UINT16,
@@ -46,21 +64,31 @@ CIMTYPE NumberOf(CimType type) {
     return numbers[static_cast<std::size_t>(type)];
 }
 
-_variant_t ToCim(const Variant& value, CimType type) {
+}  // namespace
+
+CIMTYPE NumberOf(const WmiProperty& property) {
+    return NumberOf(property.type) | (property.isArray ? static_cast<CIMTYPE>(CIM_FLAG_ARRAY) : 0);
+}
+
+_variant_t ToCim(const Variant& value, const WmiProperty& property) {
     _variant_t converted;
     if (value.IsNull()) {
         converted.vt = VT_NULL;
-    } else if (FAILED(simulation::Coerce(PlainVariant(value), NumberOf(type), converted))) {
-        throw std::invalid_argument("The value of '" + value.GetName() + "' does not fit its type");
+        return converted;
     }
+    const _variant_t plain = property.isArray ? LinesVariant(value.AsString()) : PlainVariant(value);
+    if (FAILED(simulation::Coerce(plain, NumberOf(property), converted)))
+        throw std::invalid_argument("The value of '" + value.GetName() + "' does not fit its type");
     return converted;
 }
 
-Variant FromCim(const std::string& name, const _variant_t& value, CimType type) {
+Variant FromCim(const _variant_t& value, const WmiProperty& property) {
+    const std::string& name = property.name;
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) return Variant::NullVariant(name);
     if (value.vt == VT_BOOL) return Variant(name, value.boolVal != VARIANT_FALSE);
     if (value.vt == VT_R4) return Variant(name, static_cast<double>(value.fltVal));
     if (value.vt == VT_R8) return Variant(name, value.dblVal);
+    const CimType type = property.type;
     const std::string text = base::ToUtf8(simulation::CimText(value, NumberOf(type)));
     return type == CimType::String || type == CimType::DateTime ? Variant(name, text)
                                                                 : IntegerOrText(name, text);

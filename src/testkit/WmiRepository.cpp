@@ -41,7 +41,7 @@ simulation::WmiValues ToCimValues(const VariantList& values, const Properties& p
     simulation::WmiValues converted;
     for (const Variant& value : values) {
         const WmiProperty& property = Find(properties, value.GetName());
-        converted.emplace_back(base::ToWide(property.name), ToCim(value, property.type));
+        converted.emplace_back(base::ToWide(property.name), ToCim(value, property));
     }
     return converted;
 }
@@ -50,7 +50,7 @@ VariantList FromCimValues(const simulation::WmiValues& values, const Properties&
     VariantList converted;
     for (const auto& [wideName, value] : values) {
         const WmiProperty& property = Find(properties, base::ToUtf8(wideName));
-        converted.Add(FromCim(property.name, value, property.type));
+        converted.Add(FromCim(value, property));
     }
     return converted;
 }
@@ -58,7 +58,7 @@ VariantList FromCimValues(const simulation::WmiValues& values, const Properties&
 std::vector<simulation::WmiProperty> ToSimulated(const Properties& properties) {
     std::vector<simulation::WmiProperty> converted;
     for (const WmiProperty& property : properties)
-        converted.push_back({base::ToWide(property.name), NumberOf(property.type), {}});
+        converted.push_back({base::ToWide(property.name), NumberOf(property), {}});
     return converted;
 }
 
@@ -68,8 +68,8 @@ simulation::WmiMethod ToSimulated(const WmiMethod& method) {
     Properties out = method.out;
     converted.out = ToSimulated(out);
     if (!Has(out, kReturnValue)) {
-        out.push_back({kReturnValue, CimType::Uint32, false});
-        converted.out.push_back({base::ToWide(kReturnValue), CIM_UINT32, ToCim(Variant(0), CimType::Uint32)});
+        out.push_back({kReturnValue, CimType::Uint32});
+        converted.out.push_back({base::ToWide(kReturnValue), CIM_UINT32, ToCim(Variant(0), out.back())});
     }
     if (!method.body) return converted;
     converted.body = [body = method.body, in = method.in, out = std::move(out)](

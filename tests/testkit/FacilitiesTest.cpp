@@ -83,6 +83,38 @@ TEST_F(WmiKit, ValuesKeepTheirTypes) {
     EXPECT_THROW(wmi.AddInstance(kNamespace, "Thing", VariantList()), std::invalid_argument);
 }
 
+/// The texts are those that the library makes of an array of the system's.
+TEST_F(WmiKit, ArraysAreGivenInLines) {
+    const auto array = [](const char* name, CimType type) { return WmiProperty{name, type, false, true}; };
+    const auto find = [](const std::string&, const VariantList&, VariantList& out) {
+        out.Add("Found", "3\n4");
+        return 0U;
+    };
+    wmi.AddClass(kNamespace, "Lists",
+                 {{"Name", CimType::String, true},
+                  array("Texts", CimType::String),
+                  array("Numbers", CimType::Uint16),
+                  array("Large", CimType::Uint64),
+                  array("Dates", CimType::DateTime)},
+                 {{"Find", {}, {array("Found", CimType::Uint8)}, find}});
+    wmi.AddInstance(kNamespace, "Lists",
+                    VariantList(Variant("Name", "a"), Variant("Texts", "one\ntwo"),
+                                Variant("Numbers", "7\n65535"), Variant("Large", "9223372036854775807\n8"),
+                                Variant("Dates", "20260131183000.000000+000")));
+    wmi.AddInstance(kNamespace, "Lists", VariantList(Variant("Name", "b"), Variant("Texts", "")));
+    ASSERT_TRUE(Query("SELECT * FROM Lists"));
+    EXPECT_THAT(table, Rows(ElementsAre(AllOf(Cell("Texts", "one, two"), Cell("Numbers", "7, 65535"),
+                                              Cell("Large", "9223372036854775807, 8"),
+                                              Cell("Dates", "2026-01-31T18:30:00.000Z")),
+                                        AllOf(Cell("Texts", ""), NullCell("Numbers")))));
+    DataTable found;
+    EXPECT_TRUE(
+        connector.ExecuteInstanceMethod(L"SELECT * FROM Lists WHERE Name = 'a'", L"Find", false, {}, &found));
+    EXPECT_THAT(found, Rows(ElementsAre(Cell("Found", "3, 4"))));
+    EXPECT_THROW(wmi.AddInstance(kNamespace, "Lists", VariantList(Variant("Numbers", "7\nmany"))),
+                 std::invalid_argument);
+}
+
 TEST_F(WmiKit, MethodsAndUpdatesReachTheObjects) {
     wmi.AddInstance(kNamespace, "Item", VariantList(Variant("Name", "a")));
     MethodParameters parameters;

@@ -33,6 +33,9 @@ struct WmiProperty {
     std::string name;
     CimType type = CimType::String;
     bool isKey = false;  ///< is one of those that tell the instances apart; a parameter is none
+    /// Holds any number of values of the type. A text gives them, one in each line as for an update of
+    /// WmiConnector; the empty text is no values.
+    bool isArray = false;
 };
 
 /// Describes a method of a class.
