@@ -119,7 +119,7 @@ public:
         Stopped,    ///< the visitor returned false
         Cancelled,  ///< isCancelled() returned true
         TooMany,    ///< there are more than mostEntries, of which that many were visited
-        Failed      ///< the directory cannot be listed; the system's last error says why
+        Failed      ///< the directory cannot be listed, or descriptors or memory ran out: the last error says
     };
     /// Calls `visit` with each entry below the directory, in the order of GetAllFilesWithin(), a
     /// directory before what is in it. Sizes and times come from the same pass; one who needs them
@@ -214,10 +214,10 @@ public:
     /// ERROR_ALREADY_EXISTS).
     static bool MakeDirectory(const std::string& path);
     /// Moves a file or directory. With `overwrite` a file takes the place of an existing file at
-    /// once; any other target, also a whole directory, is deleted first, so it is gone even if
-    /// the system then refuses the move. Nothing is deleted when the source is missing (2,
-    /// ERROR_FILE_NOT_FOUND), when one of the two holds the other (183, 87), or when a directory
-    /// would have to go to another volume (17). A path that is renamed to itself stays, with
+    /// once. Before any other target, such as a whole directory, is deleted, the source is moved
+    /// beside it (`<name>.quillon-<number>`): nothing is deleted when that fails, as to another
+    /// volume (a directory or a link: 17) or on a full disk, when the source is missing (2), or
+    /// when one of the two holds the other (183, 87). A path that is renamed to itself stays, with
     /// true; to another spelling it takes that. A failed deletion is logged as by EraseFile().
     /// Without `overwrite` an existing target gives false (183, ERROR_ALREADY_EXISTS). A failed
     /// move leaves the code in errno too.
