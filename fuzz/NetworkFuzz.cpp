@@ -7,6 +7,7 @@
 #include "ExpandedText.h"
 #include "Utils/internal/NetworkPatterns.h"
 #include "quillon/NetworkUtils.h"
+#include "quillon/WindowsSockets.h"
 
 // The linear matchers against the patterns that they stand for, on texts short enough
 // for std::regex, and every address against its own text. Bytes below 0x20 are
@@ -60,6 +61,11 @@ void CheckText(int family, const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::size_t kLongestForRegex = 300;  // it recurses on its input
+    static const bool isStarted = [] {             // what reads and writes socket addresses fails before
+        quillon::WindowsSockets::GetInstance()->InitializeSockets();
+        return true;
+    }();
+    Check(isStarted);
     const std::string text = quillon::ExpandedText(data, size, kParts);
     CheckText(2, text);
     CheckText(23, text);
