@@ -82,7 +82,9 @@ bool FileSystemUtils::MakeDirectories(const std::string& path) {
         ancestor = PathUtils::DirName(ancestor, PathUtils::PathSep);
     }
     for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
-        if (!platform::MakeOneDirectory(*next)) return false;
+        if (platform::MakeOneDirectory(*next)) continue;
+        const bool isOthers = platform::LastError() == base::kAlreadyExists && IsDirectory(*next);
+        if (!isOthers) return false;  // else another thread was faster
     }
     return true;
 }

@@ -27,6 +27,7 @@ public:
         return Next::Enter;
     }
     /// Whether the walk goes on without a directory below its start that cannot be listed, or is gone.
+    /// A lack of descriptors or memory ends each walk.
     virtual bool SkipsLostFolders() const { return false; }
     /// Links to directories are not entered.
     virtual bool OnFolderLink(platform::FolderWalk& walk, const std::string& name) = 0;

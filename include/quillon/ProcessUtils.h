@@ -161,8 +161,9 @@ public:
     /// up to four other characters after each.
     static bool IsOsProcess(const std::string& productName);
     /// Sets `commandLine` to the command line of a process as it was started, in UTF-8. A
-    /// system process gives the empty text and true; one that is gone or may not be read gives
-    /// the empty text and false.
+    /// system process gives the empty text and true, but on Linux 4 may be any process of a
+    /// container, whose command line is told; one that is gone or may not be read gives the
+    /// empty text and false.
     static bool GetCommandLineForProcess(unsigned long pid, std::string& commandLine);
     /// Returns the full path of this process's executable, in UTF-8; empty on failure.
     static std::string GetCurrentProcessExecutable();
@@ -174,7 +175,7 @@ public:
     /// "Unable to get a VM_READ handle for pid N".
     static long long GetPrivateWorkingSetForProcess(const long& pid);
     /// Appends the ids of all processes, 0 included where the system lists it, in the system's
-    /// order; on failure nothing is appended.
+    /// order; on failure nothing is appended, and the reason is in the system's last error.
     static void EnumerateProcessIds(std::vector<unsigned long>& ids);
 };
 

@@ -12,12 +12,11 @@ bool ProcessUtils::IsSystemProcess(unsigned long pid) { return pid == 0 || pid =
 
 bool ProcessUtils::GetCommandLineForProcess(unsigned long pid, std::string& commandLine) {
     commandLine.clear();
-    if (IsSystemProcess(pid)) return true;
     const auto text = std::in_range<std::uint32_t>(pid)
                           ? platform::CommandLineOf(static_cast<std::uint32_t>(pid))
                           : std::nullopt;
     if (text) commandLine = StringUtils::WideStringToNarrow(*text);
-    return text.has_value();
+    return text.has_value() || IsSystemProcess(pid);
 }
 
 std::string ProcessUtils::GetCurrentProcessExecutable() { return platform::ExecutablePath().value_or(""); }

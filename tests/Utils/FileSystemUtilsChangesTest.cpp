@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -123,6 +124,22 @@ TEST_F(FileSystemChangesTest, MakeDirectoriesMakesAncestorsOnly) {
     EXPECT_FALSE(FS::MakeDirectory(dir.Path("x\\y\\z")));
     EXPECT_TRUE(FS::MakeDirectories("no ancestors"));
     EXPECT_FALSE(FS::MakeDirectories(dir.Write("file", "x") + "\\sub\\x"));
+}
+
+TEST_F(FileSystemChangesTest, ThreadsMakeTheSameAncestors) {
+    constexpr int kRounds = 200, kThreads = 4;
+    std::atomic<int> made{0}, arrived{0};
+    const auto make = [&](int thread) {
+        for (int round = 0; round < kRounds; ++round) {
+            const std::string path = dir.Path(std::to_string(round) + "\\a\\b\\" + std::to_string(thread));
+            for (++arrived; arrived < (round + 1) * kThreads;) std::this_thread::yield();
+            made += FS::MakeDirectory(path) ? 1 : 0;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) threads.emplace_back(make, i);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(made, kRounds * kThreads);
 }
 
 TEST_F(FileSystemChangesTest, PathLimitIsLeftToTheSystem) {

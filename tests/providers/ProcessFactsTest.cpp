@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <cstdio>
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -94,7 +96,9 @@ TEST(ProcessFacts, SystemsOwnAndAbsentProcesses) {
         SCOPED_TRACE(id);
         EXPECT_TRUE(ProcessUtils::IsSystemProcess(id));
         EXPECT_TRUE(ProcessUtils::GetCommandLineForProcess(id, line));
-        EXPECT_EQ(line, "");
+        // In a container 4 may be any process.
+        const bool isNone = std::ifstream("/proc/" + std::to_string(id) + "/cmdline").get() == EOF;
+        EXPECT_EQ(line.empty(), test::kWindows || isNone);
     }
     EXPECT_FALSE(ProcessUtils::IsSystemProcess(1));
     EXPECT_FALSE(ProcessUtils::GetCommandLineForProcess(kNobody, line));

@@ -3,6 +3,7 @@
 #include <limits>
 #include <utility>
 
+#include "common/Failure.h"
 #include "quillon/DescribedBinder.h"
 #include "quillon/ProcessUtils.h"
 #include "system/SystemFacts.h"
@@ -46,6 +47,10 @@ void List(DescribedBinder& binder, InvocationResult& result) {
     if (!binder.Bind(result)) return;
     std::vector<unsigned long> ids;
     ProcessUtils::EnumerateProcessIds(ids);
+    if (ids.empty()) {  // this process would be among them
+        Fail(InvocationResult::kSystemFailure, "The processes cannot be listed", result);
+        return;
+    }
     result.resultTable = NoProcesses();
     for (const unsigned long id : ids) {
         const auto pid = static_cast<long long>(id);
