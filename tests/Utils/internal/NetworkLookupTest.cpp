@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 
 #include "base/OwnFigures.h"
@@ -21,24 +23,47 @@ using Level = ICLogger::Level;
 constexpr int kMost = static_cast<int>(LookupLimits{}.awaited);
 using Result = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
-// A resolver that answers nobody until it is opened; then it asks the system, and for what depends on
-// the machine's resolver it asks for 127.0.0.1.
-std::atomic<bool> g_isOpen{false};
+/// A gate, which is never destroyed. A std::atomic would miss an opening now and then: without a futex, as on
+/// Windows, libstdc++ 12 looks at its value before it takes the lock under which it waits.
+class Gate {
+public:
+    void Set(bool isOpen) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isOpen = isOpen;
+        }
+        m_changed.notify_all();
+    }
+    void Pass() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_isOpen; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isOpen = false;
+};
+
+Gate& TheGate() {
+    static Gate& gate = *new Gate;
+    return gate;
+}
+
 std::atomic<int> g_asked{0};
 
+/// Answers nobody until the gate is opened; then it asks the system, and for what depends on the machine's
+/// resolver it asks for 127.0.0.1.
 int AskBehindTheGate(const platform::AddressQuery& query, addrinfo*& list) {
     ++g_asked;
-    g_isOpen.wait(false);
+    TheGate().Pass();
     platform::AddressQuery known = query;
     const std::string node = known.node.value_or("");
     if (node.starts_with("host") || node == "localhost" || node == "::1") known.node = "127.0.0.1";
     return platform::AskSystem(known, list);
 }
 
-void Open() {
-    g_isOpen = true;
-    g_isOpen.notify_all();
-}
+void Open() { TheGate().Set(true); }
 
 void AwaitQuestions(int count) {
     while (g_asked < count) std::this_thread::yield();
@@ -68,7 +93,7 @@ class NetworkLookup : public testing::Test {
 protected:
     NetworkLookup() {
         EXPECT_TRUE(platform::StartSockets());
-        g_isOpen = false;
+        TheGate().Set(false);
         g_asked = 0;
         platform::SetResolver(&AskBehindTheGate);
     }
