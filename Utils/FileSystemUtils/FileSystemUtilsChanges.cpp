@@ -28,11 +28,6 @@ std::mutex& TemporaryNames() {
     return mutex;
 }
 
-bool Fail(std::uint32_t code) {
-    platform::SetLastErrorCode(code);
-    return false;
-}
-
 class Eraser final : public ITreeVisitor {
 public:
     bool OnFile(FolderWalk& walk, const std::string& folder, const std::string& name) override {
@@ -65,10 +60,10 @@ bool FileSystemUtils::EraseFile(const std::string& path, bool quiet) {
 }
 
 bool FileSystemUtils::EraseDirectory(const std::string& directory) {
-    if (directory.empty()) return Fail(base::kPathNotFound);
+    if (directory.empty()) return platform::FailWithCode(base::kPathNotFound);
     const auto attributes = platform::AttributesOf(directory);
     if (!attributes) return false;
-    if (!attributes->isDirectory) return Fail(base::kInvalidDirectory);
+    if (!attributes->isDirectory) return platform::FailWithCode(base::kInvalidDirectory);
     Eraser eraser;
     const bool isEmpty = attributes->isLink || WalkTree(directory, FolderWalk::Purpose::ToErase, eraser);
     return isEmpty && platform::RemoveEmptyDirectory(directory);

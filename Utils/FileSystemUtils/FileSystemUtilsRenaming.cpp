@@ -20,11 +20,6 @@ namespace {
 
 using platform::FileIdentity;
 
-bool Fail(std::uint32_t code) {
-    platform::SetLastErrorCode(code);
-    return false;
-}
-
 /// Tells a failed move to callers who read errno.
 bool Moved(bool isMoved) {
     if (!isMoved) errno = static_cast<int>(platform::LastError());
@@ -91,7 +86,7 @@ bool MoveFromBeside(const std::string& aside, const std::string& from, const std
     if (isFree && platform::MovePath(aside, to)) return true;
     const std::uint32_t code = platform::LastError();
     platform::MovePath(aside, from);
-    return Fail(code);
+    return platform::FailWithCode(code);
 }
 
 /// Both names lead to one file. Either they are spellings of one name, or there are two, of which one goes;
@@ -132,8 +127,8 @@ bool MoveOver(const std::string& from, const std::string& to) {
     if (!isDirectory && !old->isDirectory) return MoveOverFile(from, to);
     // Not every system replaces a link to a directory by a file.
     if (!isDirectory && old->isLink && platform::MoveOverFile(from, to)) return true;
-    if (IsAbove(*target, from)) return Fail(base::kAlreadyExists);
-    if (isDirectory && IsAbove(*source, to)) return Fail(base::kInvalidParameter);
+    if (IsAbove(*target, from)) return platform::FailWithCode(base::kAlreadyExists);
+    if (isDirectory && IsAbove(*source, to)) return platform::FailWithCode(base::kInvalidParameter);
     return MoveOverDirectory(from, to);
 }
 
@@ -146,7 +141,7 @@ std::string Generation(const std::string& path, std::uint64_t number) {
 
 bool FileSystemUtils::RenameFile(const std::string& from, const std::string& to, bool overwrite) {
     if (!Exists(to)) return Moved(platform::MovePath(from, to));
-    return overwrite ? Moved(MoveOver(from, to)) : Fail(base::kAlreadyExists);
+    return overwrite ? Moved(MoveOver(from, to)) : platform::FailWithCode(base::kAlreadyExists);
 }
 
 bool FileSystemUtils::RenameGenerations(const std::string& path, std::uint32_t generations) {
@@ -155,7 +150,7 @@ bool FileSystemUtils::RenameGenerations(const std::string& path, std::uint32_t g
             logger->Error("Number of generations when renaming '%s' must be at least 1",
                           LogText::OneLine(path).c_str());
         }
-        return Fail(base::kInvalidParameter);
+        return platform::FailWithCode(base::kInvalidParameter);
     }
     EraseFile(Generation(path, generations), true);
     std::uint64_t count = 0;

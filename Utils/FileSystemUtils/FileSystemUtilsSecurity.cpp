@@ -28,8 +28,8 @@ public:
 
 /// Returns the last error. An exception has to carry it, because a throw may lose it.
 std::error_code LastErrorCode() {
-    static const LastErrorCategory& category =
-        *new LastErrorCategory;  // exceptions may outlive static objects
+    // Never destroyed: an exception may outlive static objects.
+    static const LastErrorCategory& category = *new LastErrorCategory;
     return {static_cast<int>(platform::LastError()), category};
 }
 

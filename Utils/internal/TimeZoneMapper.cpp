@@ -18,8 +18,8 @@
 namespace quillon {
 namespace {
 
-/// IANA zones that the document has by their former names, which most systems and Windows's newer ones do not
-/// use any more (file "backward" of the IANA time zone database).
+/// IANA zones as systems name them today, and the other name by which the document has them (file "backward"
+/// of the IANA time zone database).
 constexpr std::pair<std::string_view, std::string_view> kRenamed[] = {
     {"Africa/Asmara", "Africa/Asmera"},
     {"America/Argentina/Buenos_Aires", "America/Buenos_Aires"},

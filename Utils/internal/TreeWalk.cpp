@@ -16,9 +16,9 @@ using platform::FolderWalk;
 
 /// Returns whether a call failed for want of descriptors or memory, which says nothing of what it asked for.
 bool IsOutOfMeans() {
-    constexpr std::uint32_t kTooManyOpenFiles = 4, kNoSystemResources = 1450;
     const std::uint32_t code = platform::LastError();
-    return code == kTooManyOpenFiles || code == base::kNotEnoughMemory || code == kNoSystemResources;
+    return code == base::kTooManyOpenFiles || code == base::kNotEnoughMemory ||
+           code == base::kNoSystemResources;
 }
 
 class Walker {

@@ -8,6 +8,7 @@ namespace quillon::base {
 inline constexpr std::uint32_t kSuccess = 0;
 inline constexpr std::uint32_t kFileNotFound = 2;
 inline constexpr std::uint32_t kPathNotFound = 3;
+inline constexpr std::uint32_t kTooManyOpenFiles = 4;
 inline constexpr std::uint32_t kAccessDenied = 5;
 inline constexpr std::uint32_t kInvalidHandle = 6;
 inline constexpr std::uint32_t kNotEnoughMemory = 8;
@@ -32,6 +33,7 @@ inline constexpr std::uint32_t kCancelled = 1223;
 inline constexpr std::uint32_t kNotAllAssigned = 1300;
 inline constexpr std::uint32_t kNoSuchPrivilege = 1313;
 inline constexpr std::uint32_t kPrivilegeNotHeld = 1314;
+inline constexpr std::uint32_t kNoSystemResources = 1450;
 inline constexpr std::uint32_t kFunctionFailed = 1627;
 
 }  // namespace quillon::base

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <system_error>
 
 #include "base/Characters.h"
@@ -131,6 +132,13 @@ std::string IpAddressText(const IpAddress& address) {
     for (std::size_t i = 0; i < IpAddress::kIpv4Size; ++i)
         text += (i == 0 ? "" : ".") + std::to_string(address.bytes[i]);
     return text;
+}
+
+IpAddress MakeIpAddress(const void* bytes, std::size_t size) {
+    IpAddress address;
+    address.size = size;
+    std::memcpy(address.bytes.data(), bytes, size);
+    return address;
 }
 
 std::optional<IpAddress> ReadIpAddress(std::string_view text) {

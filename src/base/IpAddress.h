@@ -23,6 +23,9 @@ struct IpAddress {
     }
 };
 
+/// Copies an address of kIpv4Size or kIpv6Size bytes in network order.
+IpAddress MakeIpAddress(const void* bytes, std::size_t size);
+
 /// Reads an address strictly: IPv4 as four decimal numbers without leading zeros, IPv6 as in RFC 4291,
 /// section 2.2, whose last 32 bits may be written as IPv4. Returns nothing for a port, a scope, brackets or
 /// white space.

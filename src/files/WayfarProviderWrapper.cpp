@@ -21,11 +21,6 @@ void FailForProvider(InvocationResult& result) {
     result.resultCode = InvocationResult::kNoContentProvider;
 }
 
-bool Fail(std::uint32_t reason) {
-    platform::SetLastErrorCode(reason);
-    return false;
-}
-
 /// Returns the boolean of that name; nothing when the row has none.
 std::optional<bool> BooleanOf(const VariantList& row, const std::string& name) {
     try {
@@ -78,7 +73,7 @@ bool WayfarProviderWrapper::Download(const std::string& remoteContentFileUrl,
                                      const std::string& localFilePath,
                                      const ContentExpectation& expectation) {
     IProvider* const provider = GetWayfarProvider();
-    if (provider == nullptr) return Fail(base::kNotFound);
+    if (provider == nullptr) return platform::FailWithCode(base::kNotFound);
     VariantList parameters;
     parameters.Add("RemoteContentFileUrl", remoteContentFileUrl);
     parameters.Add("FileHash", expectation.hash);
@@ -88,7 +83,8 @@ bool WayfarProviderWrapper::Download(const std::string& remoteContentFileUrl,
     platform::SetLastErrorCode(base::kSuccess);
     provider->InvokeMethod("DownloadFileContent", parameters, result, nullptr);
     if (result.resultCode == 0) return true;
-    return Fail(platform::LastError() == base::kSuccess ? base::kFunctionFailed : platform::LastError());
+    return platform::FailWithCode(platform::LastError() == base::kSuccess ? base::kFunctionFailed
+                                                                          : platform::LastError());
 }
 
 bool WayfarProviderWrapper::Download(const std::string& remoteLszUrl,

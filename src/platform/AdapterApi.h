@@ -7,6 +7,8 @@
 
 #include "base/IpAddress.h"
 
+struct sockaddr;
+
 namespace quillon::platform {
 
 /// The operational state of a network interface, with the numbers of RFC 2863 (ifOperStatus).
@@ -34,6 +36,10 @@ struct Adapter {
     AdapterState state = AdapterState::Unknown;
     std::vector<AdapterAddress> addresses;
 };
+
+/// Returns the address in a socket address; one without bytes for null and for a family that is none of the
+/// Internet.
+base::IpAddress IpAddressOf(const sockaddr* address);
 
 /// Lists the network interfaces with their unicast addresses; nothing on failure, see the last error.
 std::optional<std::vector<Adapter>> ListAdapters();

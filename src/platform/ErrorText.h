@@ -9,6 +9,11 @@ namespace quillon::platform {
 /// The thread's last failure as a Windows code (base/ErrorCodes.h) on both systems.
 std::uint32_t LastError();
 void SetLastErrorCode(std::uint32_t code);
+/// Sets it, and returns false.
+inline bool FailWithCode(std::uint32_t code) {
+    SetLastErrorCode(code);
+    return false;
+}
 
 /// The system's text of a Windows error code, line breaks folded, as the system
 /// ends it; nothing when it has none, see LastError().

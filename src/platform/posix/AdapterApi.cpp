@@ -2,7 +2,6 @@
 
 #include <ifaddrs.h>
 #include <net/if.h>
-#include <netinet/in.h>
 #include <netpacket/packet.h>
 
 #include <algorithm>
@@ -59,22 +58,6 @@ Adapter& FindOrAdd(const ifaddrs& entry, std::vector<Adapter>& adapters) {
     return adapter;
 }
 
-/// Bytes of an address; empty for a family that is none of the Internet.
-base::IpAddress BytesOf(const sockaddr* address) {
-    base::IpAddress result;
-    if (address == nullptr) return result;
-    if (address->sa_family == AF_INET) {
-        result.size = base::IpAddress::kIpv4Size;
-        std::memcpy(result.bytes.data(), &reinterpret_cast<const sockaddr_in*>(address)->sin_addr,
-                    result.size);
-    } else if (address->sa_family == AF_INET6) {
-        result.size = base::IpAddress::kIpv6Size;
-        std::memcpy(result.bytes.data(), &reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr,
-                    result.size);
-    }
-    return result;
-}
-
 int CountBits(const base::IpAddress& mask) {
     int bits = 0;
     for (const std::uint8_t byte : mask.bytes) bits += std::popcount(byte);
@@ -105,8 +88,8 @@ std::optional<std::vector<Adapter>> ListAdapters() {
         if (entry->ifa_addr == nullptr) continue;
         if (entry->ifa_addr->sa_family == AF_PACKET) {
             TakeHardwareAddress(*entry->ifa_addr, adapter);
-        } else if (const auto address = BytesOf(entry->ifa_addr); address.size != 0) {
-            adapter.addresses.push_back({address, CountBits(BytesOf(entry->ifa_netmask))});
+        } else if (const auto address = IpAddressOf(entry->ifa_addr); address.size != 0) {
+            adapter.addresses.push_back({address, CountBits(IpAddressOf(entry->ifa_netmask))});
         }
     }
     return adapters;

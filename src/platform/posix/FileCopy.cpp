@@ -24,11 +24,6 @@ namespace {
 
 constexpr mode_t kPermissions = 0777;
 
-bool Refuse(std::uint32_t code) {
-    SetLastErrorCode(code);
-    return false;
-}
-
 /// A file that is copied: open, regular, and as it was when it was opened.
 struct Source {
     bool Open(const std::string& path, int flags);
@@ -42,7 +37,7 @@ bool Source::Open(const std::string& path, int flags) {
     const int all = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | flags;
     file.Reset(native ? ::open(native->c_str(), all) : -1);
     if (!file || ::fstat(file.Get(), &facts) != 0) return FailWithErrno();
-    return S_ISREG(facts.st_mode) || Refuse(base::kAccessDenied);
+    return S_ISREG(facts.st_mode) || FailWithCode(base::kAccessDenied);
 }
 
 bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
@@ -94,7 +89,7 @@ bool RemoveSame(const std::string& native, const struct ::stat& facts) {
     struct ::stat now {};
     if (!directory || ::fstatat(directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0)
         return FailWithErrno();
-    if (!IsSameFile(now, facts)) return Refuse(base::kSharingViolation);
+    if (!IsSameFile(now, facts)) return FailWithCode(base::kSharingViolation);
     return ::unlinkat(directory.Get(), name.c_str(), 0) == 0 || FailWithErrno();
 }
 
@@ -138,7 +133,7 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
     const auto native = NativePath(to);
     struct ::stat old {};
     if (native && ::stat(native->c_str(), &old) == 0 && IsSameFile(source.facts, old))
-        return Refuse(base::kSharingViolation);
+        return FailWithCode(base::kSharingViolation);
     auto target = NewFile::Create(to, NewFile::IfThere::Replace, NewFile::Access::OwnerOnly);
     // A file that only some users may read must not be readable for others while it is copied.
     return target && target->TakeSecurity() && KeepForOwner(target->Handle()) &&
@@ -159,7 +154,7 @@ bool MoveOverFile(const std::string& from, const std::string& to) {
     const auto source = NativeName(from), target = NativeName(to);
     struct ::stat old {};
     if (!source || !target || ::lstat(target->c_str(), &old) != 0) return FailWithErrno();
-    if (IsReadOnly(old)) return Refuse(base::kAccessDenied);
+    if (IsReadOnly(old)) return FailWithCode(base::kAccessDenied);
     if (::rename(source->c_str(), target->c_str()) == 0) return true;
     return errno == EXDEV ? MoveToOtherVolume(from, to, NewFile::IfThere::Replace) : FailWithErrno();
 }

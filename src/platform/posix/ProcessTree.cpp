@@ -152,8 +152,9 @@ public:
     bool SignalMore(int number) {
         bool again = false;
         VisitProcesses([&](const ProcessStat& entry) {
-            if (!Contains(entry)) {
-                again |= IsUnclear(entry);
+            const Membership membership = MembershipOf(entry);
+            if (membership != Membership::Member) {
+                again |= membership == Membership::Unclear;
             } else if (!IsFound(entry)) {
                 m_found.insert_or_assign(entry.id, entry.startTime);
                 if (!m_members.emplace_back(entry).Signal(number)) m_forbidden.insert(entry.id);
@@ -188,18 +189,19 @@ public:
     }
 
 private:
-    [[nodiscard]] bool Contains(const ProcessStat& entry) const {
-        if (entry.group == m_leader || IsFound(entry) || IsFoundNow(entry.parent)) return true;
-        return entry.startTime >= m_startTime &&
-               ReadEnvironment(entry).value_or("").find(m_mark) != std::string::npos;
-    }
+    /// Unclear: another look may tell.
+    enum class Membership { Stranger, Member, Unclear };
 
-    /// Returns whether another look may tell that the process is a member.
-    bool IsUnclear(const ProcessStat& entry) {
-        const bool isOfKernel = entry.virtualBytes == 0;
-        if (entry.startTime < m_startTime || isOfKernel) return false;
+    Membership MembershipOf(const ProcessStat& entry) {
+        if (entry.group == m_leader || IsFound(entry) || IsFoundNow(entry.parent)) return Membership::Member;
+        if (entry.startTime < m_startTime) return Membership::Stranger;
         const auto environment = ReadEnvironment(entry);
-        return environment && environment->empty() && ++m_looks[entry.id] < kLooksForEnvironment;
+        if (!environment) return Membership::Stranger;
+        if (environment->find(m_mark) != std::string::npos) return Membership::Member;
+        const bool isOfKernel = entry.virtualBytes == 0;
+        const bool mayShowMore =
+            environment->empty() && !isOfKernel && ++m_looks[entry.id] < kLooksForEnvironment;
+        return mayShowMore ? Membership::Unclear : Membership::Stranger;
     }
 
     [[nodiscard]] bool IsFound(const ProcessStat& entry) const {

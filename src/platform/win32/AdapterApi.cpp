@@ -1,6 +1,5 @@
 #include "platform/AdapterApi.h"
 
-#include <cstring>
 #include <memory>
 
 #include "base/Utf.h"
@@ -19,24 +18,6 @@ constexpr ULONG kUsualSize = 15'000;
 /// Interfaces may come between the two calls.
 constexpr int kMostTries = 10;
 
-std::optional<AdapterAddress> AddressOf(const IP_ADAPTER_UNICAST_ADDRESS& entry) {
-    AdapterAddress result;
-    result.prefix = entry.OnLinkPrefixLength;
-    const sockaddr* const address = entry.Address.lpSockaddr;
-    if (address == nullptr) return std::nullopt;
-    if (address->sa_family == AF_INET) {
-        result.address.size = base::IpAddress::kIpv4Size;
-        std::memcpy(result.address.bytes.data(), &reinterpret_cast<const sockaddr_in*>(address)->sin_addr,
-                    result.address.size);
-        return result;
-    }
-    if (address->sa_family != AF_INET6) return std::nullopt;
-    result.address.size = base::IpAddress::kIpv6Size;
-    std::memcpy(result.address.bytes.data(), &reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr,
-                result.address.size);
-    return result;
-}
-
 std::string TextOf(const wchar_t* text) { return text == nullptr ? std::string() : base::ToUtf8(text); }
 
 Adapter AdapterOf(const IP_ADAPTER_ADDRESSES& entry) {
@@ -47,8 +28,10 @@ Adapter AdapterOf(const IP_ADAPTER_ADDRESSES& entry) {
     adapter.state = static_cast<AdapterState>(entry.OperStatus);
     adapter.hardwareAddress.assign(entry.PhysicalAddress,
                                    entry.PhysicalAddress + entry.PhysicalAddressLength);
-    for (const auto* each = entry.FirstUnicastAddress; each != nullptr; each = each->Next)
-        if (const auto address = AddressOf(*each)) adapter.addresses.push_back(*address);
+    for (const auto* each = entry.FirstUnicastAddress; each != nullptr; each = each->Next) {
+        const auto address = IpAddressOf(each->Address.lpSockaddr);
+        if (address.size != 0) adapter.addresses.push_back({address, each->OnLinkPrefixLength});
+    }
     return adapter;
 }
 

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/FileContent.h"
 #include "platform/NewFile.h"
@@ -16,11 +17,6 @@
 namespace quillon::platform {
 
 namespace {
-
-bool Fail(DWORD code) {
-    ::SetLastError(code);
-    return false;
-}
 
 /// A file that is copied: open, and as it was when it was opened.
 struct Source {
@@ -107,30 +103,30 @@ FileHandle OpenToRemove(const std::wstring& path) {
 bool RemoveOriginal(const std::wstring& path, const FileIdentity& identity) {
     const FileHandle file = OpenToRemove(path);
     if (!file) return false;
-    if (IdentityOf(file) != identity) return Fail(ERROR_SHARING_VIOLATION);
+    if (IdentityOf(file) != identity) return FailWithCode(ERROR_SHARING_VIOLATION);
     const bool isReadOnly = IsReadOnly(file).value_or(false);
     if (isReadOnly && !SetReadOnly(file, false)) return false;
     if (RemoveOpen(file)) return true;
     const DWORD code = ::GetLastError();
     if (isReadOnly) SetReadOnly(file, true);
-    return Fail(code);
+    return FailWithCode(code);
 }
 
 bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::IfThere ifThere) {
     const auto kind = AttributesOf(from);
-    if (!kind || kind->isDirectory || kind->isLink) return Fail(ERROR_NOT_SAME_DEVICE);
+    if (!kind || kind->isDirectory || kind->isLink) return FailWithCode(ERROR_NOT_SAME_DEVICE);
     const auto original = ExtendedPath(from);
     // Nothing is replaced for a move that cannot end.
     if (!original || !OpenToRemove(*original)) return false;
     Source source;
     if (!source.Open(from)) return false;
-    if (IdentityOf(from) != source.identity) return Fail(ERROR_SHARING_VIOLATION);  // a link by now
+    if (IdentityOf(from) != source.identity) return FailWithCode(ERROR_SHARING_VIOLATION);  // a link by now
     if (!CopyTo(source, to, ifThere, Rights::OfSource)) return false;
     source.file.Reset();
     if (RemoveOriginal(source.path, source.identity)) return true;
     const DWORD code = ::GetLastError();
     if (ifThere == NewFile::IfThere::Fail) RemoveFile(to);  // the name was free
-    return Fail(code);
+    return FailWithCode(code);
 }
 
 }  // namespace
@@ -138,7 +134,7 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
 bool CopyFileOver(const std::string& from, const std::string& to) {
     Source source;
     if (!source.Open(from)) return false;
-    if (IdentityOf(to) == source.identity) return Fail(ERROR_SHARING_VIOLATION);
+    if (IdentityOf(to) == source.identity) return FailWithCode(ERROR_SHARING_VIOLATION);
     return CopyTo(source, to, NewFile::IfThere::Replace, Rights::OfTarget);
 }
 

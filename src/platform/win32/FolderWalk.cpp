@@ -1,4 +1,5 @@
 #include "platform/FolderWalk.h"
+#include "platform/ErrorText.h"
 
 #include <vector>
 
@@ -14,11 +15,6 @@ namespace quillon::platform {
 
 namespace {
 
-bool Fail(DWORD code) {
-    ::SetLastError(code);
-    return false;
-}
-
 /// The directory itself, never where a link in its place leads.
 FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, bool throughLink) {
     const DWORD share =
@@ -31,7 +27,7 @@ FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, boo
     const bool isFolder = (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const bool isReparsePoint = (information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     if (isFolder && (throughLink || !isReparsePoint || !IsLink(folder))) return folder;
-    Fail(ERROR_DIRECTORY);
+    FailWithCode(ERROR_DIRECTORY);
     return {};
 }
 
@@ -67,7 +63,7 @@ bool FolderWalk::State::Push(const std::wstring& folder, bool throughLink) {
     if (purpose == Purpose::ToErase) {
         if (level.finalPath.empty()) return false;
         if (!levels.empty() && !LiesHere(level.finalPath, folder.substr(path.size())))
-            return Fail(ERROR_DIRECTORY);
+            return FailWithCode(ERROR_DIRECTORY);
     }
     if (!level.finalPath.empty() && !level.finalPath.ends_with(L'\\')) level.finalPath.push_back(L'\\');
     // The start's path by its drive has no limit of 260 characters, nor what is below it.
@@ -94,9 +90,9 @@ bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
     BY_HANDLE_FILE_INFORMATION information{};
     if (!file || ::GetFileInformationByHandle(file.Get(), &information) == 0) return false;
     if (((information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) != isDirectory) {
-        return Fail(isDirectory ? ERROR_DIRECTORY : ERROR_ACCESS_DENIED);
+        return FailWithCode(isDirectory ? ERROR_DIRECTORY : ERROR_ACCESS_DENIED);
     }
-    if (!LiesHere(FinalPath(file, volumeName), *wideName)) return Fail(ERROR_ACCESS_DENIED);
+    if (!LiesHere(FinalPath(file, volumeName), *wideName)) return FailWithCode(ERROR_ACCESS_DENIED);
     return RemoveOpen(file);
 }
 
@@ -134,7 +130,7 @@ bool FolderWalk::Enter(const std::string& name) {
 }
 
 bool FolderWalk::Leave() {
-    if (m_state->levels.size() < 2) return Fail(ERROR_PATH_NOT_FOUND);
+    if (m_state->levels.size() < 2) return FailWithCode(ERROR_PATH_NOT_FOUND);
     m_state->path.resize(m_state->levels.back().pathLength);
     m_state->levels.pop_back();
     return true;

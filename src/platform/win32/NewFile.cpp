@@ -1,4 +1,5 @@
 #include "platform/NewFile.h"
+#include "platform/ErrorText.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -32,17 +33,12 @@ struct Security {
     [[nodiscard]] bool Give(const FileHandle& file) const;
 };
 
-bool Fail(DWORD code) {
-    ::SetLastError(code);
-    return false;
-}
-
 bool Security::Read(const FileHandle& file) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     const DWORD code =
         ::GetSecurityInfo(file.Get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
                           &owner, nullptr, &list, nullptr, &descriptor);
-    if (code != ERROR_SUCCESS) return Fail(code);
+    if (code != ERROR_SUCCESS) return FailWithCode(code);
     memory.Reset(descriptor);
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     DWORD revision = 0;
@@ -59,7 +55,7 @@ bool Security::Give(const FileHandle& file) const {
         isProtected ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION;
     const DWORD code = ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | kind,
                                          nullptr, nullptr, list, nullptr);
-    return code == ERROR_SUCCESS || Fail(code);
+    return code == ERROR_SUCCESS || FailWithCode(code);
 }
 
 /// Opens what has the name, be it a link.
@@ -97,9 +93,9 @@ bool GiveName(const FileHandle& file, const std::wstring& path, bool replaces) {
 bool CanReplace(const std::wstring& path, bool replaces) {
     const DWORD bits = ::GetFileAttributesW(path.c_str());
     if (bits == INVALID_FILE_ATTRIBUTES) return ::GetLastError() == ERROR_FILE_NOT_FOUND;
-    if (!replaces) return Fail(ERROR_ALREADY_EXISTS);
+    if (!replaces) return FailWithCode(ERROR_ALREADY_EXISTS);
     constexpr DWORD kRefused = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
-    return (bits & kRefused) == 0 || Fail(ERROR_ACCESS_DENIED);
+    return (bits & kRefused) == 0 || FailWithCode(ERROR_ACCESS_DENIED);
 }
 
 bool TakeSecurityOf(const std::wstring& path, const FileHandle& file) {

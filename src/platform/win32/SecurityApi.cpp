@@ -1,4 +1,5 @@
 #include "platform/SecurityApi.h"
+#include "platform/ErrorText.h"
 
 #include <vector>
 
@@ -18,11 +19,6 @@ namespace {
 
 constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
                                            DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
-
-bool Fail(DWORD code) {
-    ::SetLastError(code);
-    return false;
-}
 
 /// Returns whether the system has adjusted the token and says that nothing was left out.
 bool Adjust(HANDLE token, TOKEN_PRIVILEGES& state, TOKEN_PRIVILEGES* previous) {
@@ -58,7 +54,7 @@ FileHandle OpenItself(const std::string& path, DWORD access) {
     BY_HANDLE_FILE_INFORMATION facts{};
     if (!file || ::GetFileInformationByHandle(file.Get(), &facts) == 0) return {};
     if ((facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || !IsLink(file)) return file;
-    Fail(ERROR_CANT_RESOLVE_FILENAME);
+    FailWithCode(ERROR_CANT_RESOLVE_FILENAME);
     return {};
 }
 
@@ -111,7 +107,7 @@ bool RestrictToCurrentUser(const std::string& path) {
     const DWORD code = ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT,
                                          DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
                                          nullptr, nullptr, static_cast<PACL>(list.Get()), nullptr);
-    return code == ERROR_SUCCESS || Fail(code);
+    return code == ERROR_SUCCESS || FailWithCode(code);
 }
 
 }  // namespace quillon::platform

@@ -1,7 +1,4 @@
-#include <arpa/inet.h>
-
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <iterator>
 #include <sstream>
@@ -49,11 +46,10 @@ std::vector<Configuration> ListConfigurations() {
 
 /// The table of routes has the address as a hexadecimal number whose bytes are the machine's.
 std::optional<std::string> GatewayText(const std::string& number) {
-    in_addr address{};
-    const auto end = std::from_chars(number.data(), number.data() + number.size(), address.s_addr, 16);
-    if (end.ec != std::errc() || address.s_addr == 0) return std::nullopt;
-    std::array<char, INET_ADDRSTRLEN> text{};
-    return ::inet_ntop(AF_INET, &address, text.data(), text.size());
+    std::uint32_t address = 0;
+    const auto end = std::from_chars(number.data(), number.data() + number.size(), address, 16);
+    if (end.ec != std::errc() || address == 0) return std::nullopt;
+    return base::IpAddressText(base::MakeIpAddress(&address, sizeof address));
 }
 
 std::vector<std::string> GatewaysOf(const Configuration& configuration) {
