@@ -32,6 +32,11 @@ target_include_directories(quillon_objects PUBLIC ${PROJECT_SOURCE_DIR}/include 
 target_compile_definitions(quillon_objects PRIVATE QUILLON_BUILD)
 find_package(pugixml REQUIRED)  # the table of time zones
 target_link_libraries(quillon_objects PUBLIC quillon_options log4cplus::log4cplus Threads::Threads PRIVATE pugixml::pugixml)
+# C++23's strings need not fill their room with zeros before a conversion writes to it.
+if(CMAKE_CXX_STANDARD EQUAL 20 AND CMAKE_CXX23_STANDARD_COMPILE_OPTION)
+  set_property(SOURCE ${PROJECT_SOURCE_DIR}/src/base/Utf.cpp APPEND PROPERTY
+               COMPILE_OPTIONS ${CMAKE_CXX23_STANDARD_COMPILE_OPTION})
+endif()
 if(NOT WIN32)  # certificates
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
   target_link_libraries(quillon_objects PUBLIC OpenSSL::Crypto)

@@ -10,7 +10,8 @@ namespace quillon::base {
 
 /// Runs of ASCII between bytes and wider units (2 or 4 bytes each), sixteen at a
 /// time where the processor can. Both copy until the first unit that is not ASCII
-/// and return how many that were; `to` has room for `count`.
+/// and return how many that were; `to` has room for `count`, and what it gets behind
+/// the copied ones means nothing.
 
 #ifdef QUILLON_SSE2
 template <class Unit>
@@ -30,23 +31,26 @@ void StoreWidened(__m128i bytes, Unit* to) {
     }
 }
 
-/// Sixteen units as bytes; false, and nothing stored, when one of them is not ASCII.
+/// Sets the bit of each of sixteen units, given as two vectors of 16 bits each, that is ASCII.
+inline unsigned AsciiUnits(__m128i low, __m128i high) {
+    const __m128i excess = _mm_set1_epi16(static_cast<short>(0xFF80)), zero = _mm_setzero_si128();
+    const __m128i lowFit = _mm_cmpeq_epi16(_mm_and_si128(low, excess), zero);
+    const __m128i highFit = _mm_cmpeq_epi16(_mm_and_si128(high, excess), zero);
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(lowFit, highFit)));
+}
+
+/// Stores sixteen units as bytes and sets the bit of each that is ASCII; the other bytes mean nothing.
 template <class Unit>
-bool NarrowBlock(const Unit* from, char* to) {
+unsigned NarrowBlock(const Unit* from, char* to) {
     const auto load = [from](int i) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from) + i); };
-    __m128i low = load(0), high = load(1), all = _mm_or_si128(low, high);
-    __m128i excess = _mm_set1_epi16(static_cast<short>(0xFF80));
+    __m128i low = load(0), high = load(1);
     if constexpr (sizeof(Unit) == 4) {
-        const __m128i third = load(2), fourth = load(3);
-        all = _mm_or_si128(all, _mm_or_si128(third, fourth));
+        // A unit past 0x7FFF becomes 0x7FFF, or a number below zero.
         low = _mm_packs_epi32(low, high);
-        high = _mm_packs_epi32(third, fourth);
-        excess = _mm_set1_epi32(~0x7F);
+        high = _mm_packs_epi32(load(2), load(3));
     }
-    const __m128i beyond = _mm_cmpeq_epi8(_mm_and_si128(all, excess), _mm_setzero_si128());
-    if (_mm_movemask_epi8(beyond) != 0xFFFF) return false;
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(low, high));
-    return true;
+    return AsciiUnits(low, high);
 }
 
 /// The same for the bytes of sixteen UTF-16 units.
@@ -114,11 +118,8 @@ std::size_t WidenAscii(const unsigned char* from, std::size_t count, Unit* to) {
     for (; count - done >= 16; done += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + done));
         const auto beyond = static_cast<unsigned>(_mm_movemask_epi8(bytes));
-        if (beyond != 0) {
-            count = done + static_cast<std::size_t>(std::countr_zero(beyond));
-            break;
-        }
         StoreWidened(bytes, to + done);
+        if (beyond != 0) return done + static_cast<std::size_t>(std::countr_zero(beyond));
     }
 #endif
     for (; done < count && from[done] < 0x80; ++done) {
@@ -131,7 +132,10 @@ template <class Unit>
 std::size_t NarrowAscii(const Unit* from, std::size_t count, char* to) {
     std::size_t done = 0;
 #ifdef QUILLON_SSE2
-    while (count - done >= 16 && NarrowBlock(from + done, to + done)) done += 16;
+    for (; count - done >= 16; done += 16) {
+        const unsigned ascii = NarrowBlock(from + done, to + done);
+        if (ascii != 0xFFFF) return done + static_cast<std::size_t>(std::countr_one(ascii));
+    }
 #endif
     for (; done < count && static_cast<std::make_unsigned_t<Unit>>(from[done]) < 0x80; ++done) {
         to[done] = static_cast<char>(from[done]);

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "base/AsciiRun.h"
+#include "base/FillString.h"
+#include "base/ThreeByteRun.h"
 #include "base/Utf16Decoder.h"
 #include "base/UtfCounts.h"
 
@@ -79,22 +81,20 @@ Unit* PutUnits(std::uint32_t character, Unit* out) {
     return out;
 }
 
-/// How many units are made at once, before they are appended: few enough for the processor's nearest cache.
-constexpr std::size_t kBlockUnits = 2048;
-
-/// Puts the units of characters from `p` on, which is moved past them, until the block has no room for a
-/// pair. Returns their end, or null for an invalid sequence.
+/// Puts the units of valid UTF-8 into memory that has room for them, and returns their end; null for an
+/// invalid text.
 template <class Unit>
-Unit* DecodeBlock(const Byte*& p, const Byte* end, Unit* block) {
-    Unit* out = block;
-    const Unit* const full = block + kBlockUnits - 1;
-    while (p != end && out < full) {
-        const auto room = std::min(end - p, full + 1 - out);
-        const std::size_t ascii = WidenAscii(p, static_cast<std::size_t>(room), out);
+Unit* DecodeInto(const Byte* p, const Byte* end, Unit* out, const Unit* outEnd) {
+    while (p != end) {
+        const std::size_t ascii =
+            WidenAscii(p, static_cast<std::size_t>(std::min(end - p, outEnd - out)), out);
         p += ascii;
         out += ascii;
         // Characters of the same kind come in runs.
-        while (p != end && *p >= 0x80 && out < full) {
+        while (p != end && *p >= 0x80) {
+            const Byte* const before = p;
+            if ((*p & 0xF0) == 0xE0) DecodeThrees(p, end, out, outEnd);
+            if (p != before) continue;
             const std::uint32_t character = TakeSequence(p, end);
             if (character == kInvalid) return nullptr;
             out = PutUnits(character, out);
@@ -103,21 +103,20 @@ Unit* DecodeBlock(const Byte*& p, const Byte* end, Unit* block) {
     return out;
 }
 
-/// The whole text in UTF-16, or nothing when it is invalid. It grows by blocks, as filling the memory with
-/// zeros first would take as long as the conversion of ASCII.
+/// The whole text in UTF-16, or nothing when it is invalid.
 template <class String>
 std::optional<String> Decode(std::string_view text) {
     const std::size_t ascii = CountAscii(text.data(), text.size());
+    const std::size_t units = ascii + CountUnits(text.substr(ascii));
+    const auto* const begin = reinterpret_cast<const Byte*>(text.data());
+    bool isValid = true;
     String wide;
-    wide.reserve(ascii + CountUnits(text.substr(ascii)));
-    const auto* p = reinterpret_cast<const Byte*>(text.data());
-    const Byte* const end = p + text.size();
-    typename String::value_type block[kBlockUnits];
-    while (p != end) {
-        const auto* const out = DecodeBlock(p, end, block);
-        if (out == nullptr) return std::nullopt;
-        wide.append(block, static_cast<std::size_t>(out - block));
-    }
+    FillString(wide, units, [&](auto* out) {
+        const auto* const end = DecodeInto(begin, begin + text.size(), out, out + units);
+        isValid = end != nullptr;
+        return isValid ? static_cast<std::size_t>(end - out) : 0;
+    });
+    if (!isValid) return std::nullopt;
     return wide;
 }
 
@@ -164,33 +163,44 @@ std::uint32_t TakeUnits(const Unit*& p, const Unit* end) {
     return character;
 }
 
-/// The longest valid beginning in UTF-8; `consumed` tells how many units that are.
+/// Puts the bytes of units into memory that has room for them, up to the first invalid unit, which `p` is
+/// moved to. Returns the end of the bytes.
 template <class Unit>
-std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consumed) {
-    const Unit* p = text.data();
-    const Unit* const end = p + text.size();
-    // Most texts are ASCII and need no counting; what begins otherwise is counted at once.
-    const bool ascii = !text.empty() && Value(text.front()) < 0x80;
-    std::string narrow(ascii ? text.size() : 0, '\0');
-    const std::size_t prefix = NarrowAscii(p, narrow.size(), narrow.data());
-    narrow.resize(prefix + CountBytes(text.substr(prefix)));
-    char* out = narrow.data() + prefix;
-    p += prefix;
+char* EncodeInto(const Unit*& p, const Unit* end, char* out, const char* outEnd) {
     while (p != end) {
         const std::size_t run = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
         p += run;
         out += run;
         while (p != end && Value(*p) >= 0x80) {
+            const Unit* const before = p;
+            if (Value(*p) >= 0x800) EncodeThrees(p, end, out, outEnd);
+            if (p != before) continue;
             const std::uint32_t character = TakeUnits(p, end);
-            if (character == kInvalid) {
-                narrow.resize(static_cast<std::size_t>(out - narrow.data()));
-                consumed = static_cast<std::size_t>(p - text.data());
-                return narrow;
-            }
+            if (character == kInvalid) return out;
             out = PutBytes(character, out);
         }
     }
-    consumed = text.size();
+    return out;
+}
+
+/// The longest valid beginning in UTF-8; `consumed` tells how many units that are.
+template <class Unit>
+std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consumed) {
+    const Unit* p = text.data();
+    const Unit* const end = p + text.size();
+    std::string narrow;
+    // Most texts are ASCII and need no counting; what begins otherwise is counted at once.
+    if (!text.empty() && Value(text.front()) < 0x80) {
+        FillString(narrow, text.size(), [&](char* out) { return NarrowAscii(p, text.size(), out); });
+        p += narrow.size();
+    }
+    if (p != end) {
+        const std::size_t prefix = narrow.size(), size = prefix + CountBytes(text.substr(prefix));
+        FillString(narrow, size, [&](char* out) {
+            return static_cast<std::size_t>(EncodeInto(p, end, out + prefix, out + size) - out);
+        });
+    }
+    consumed = static_cast<std::size_t>(p - text.data());
     return narrow;
 }
 

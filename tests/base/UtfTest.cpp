@@ -14,6 +14,7 @@ namespace {
 using namespace std::string_literals;
 
 const std::string kBad = "\xEF\xBF\xBD";
+const std::string kFourOfThreeBytes = "\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF";
 
 TEST(Utf, ConvertsBothWaysAtEveryBoundaryOfLength) {
     const struct {
@@ -65,11 +66,11 @@ std::optional<std::u16string> DecodePlainly(std::string_view text) {
     return units;
 }
 
-// Texts are converted by vectors and by blocks of 2,048 units: every length and alignment, and characters of
-// every size at the border of two blocks, some of them damaged.
-TEST(Utf, BlocksAgreeWithSingleCharacters) {
+// Texts are converted by vectors: every length and alignment, runs and mixtures of characters of every size,
+// some of them damaged.
+TEST(Utf, VectorsAgreeWithSingleCharacters) {
     std::mt19937 random(19);
-    const std::string pieces[] = {"a", "longer than a vector of bytes", "\xC3\xA9", "\xE4\xB8\xAD",
+    const std::string pieces[] = {"a", "longer than a vector of bytes", "\xC3\xA9", kFourOfThreeBytes,
                                   "\xF0\x9F\x98\x80"};
     for (std::size_t round = 0; round < 3'000; ++round) {
         const std::size_t start = round % 32, size = round % 3 == 0 ? 2'000 + random() % 4'200 : round % 101;
@@ -86,6 +87,36 @@ TEST(Utf, BlocksAgreeWithSingleCharacters) {
         ASSERT_TRUE(std::equal(wide->begin(), wide->end(), units->begin(), units->end()));
         ASSERT_EQ(Utf16ToUtf8(*units), part);
         ASSERT_EQ(WideToUtf8(*wide), part);
+    }
+}
+
+// Characters of three bytes go by fours: none of them may be something else.
+TEST(Utf, FindsWhatIsInvalidInARunOfThreeBytes) {
+    const std::u16string run(11, u'\u4E2D');
+    for (std::size_t at = 0; at < run.size(); ++at) {
+        for (const char* bad :
+             {"\xE0\x9F\xBF", "\xED\xA0\x80", "\xE4\xB8\x2D", "\xE4\xF8\xAD", "\xF4\xB8\xAD"}) {
+            std::string text = *Utf16ToUtf8(run);
+            text.replace(3 * at, 3, bad);
+            EXPECT_EQ(Utf8ToUtf16(text), std::nullopt) << at << bad;
+            EXPECT_EQ(Utf8ToWide(text), std::nullopt) << at << bad;
+        }
+        for (const char16_t bad : {u'\xD800', u'\xDFFF'}) {
+            std::u16string units = run;
+            units[at] = bad;
+            EXPECT_EQ(Utf16ToUtf8(units), std::nullopt) << at;
+            EXPECT_EQ(WideToUtf8(std::wstring(units.begin(), units.end())), std::nullopt) << at;
+        }
+        if constexpr (sizeof(wchar_t) == 4) {
+            std::wstring wide(run.begin(), run.end());
+            wide[at] = static_cast<wchar_t>(0x14E2D);
+            EXPECT_EQ(WideToUtf8(wide), std::nullopt) << at;
+        }
+        for (const char16_t other : {u'\x7F', u'\x80', u'\x7FF'}) {
+            std::u16string units = run;
+            units[at] = other;
+            EXPECT_EQ(Utf8ToUtf16(*Utf16ToUtf8(units)), units) << at;
+        }
     }
 }
 
