@@ -13,6 +13,22 @@
 #include "base/Utf.h"
 #include "quillon/StringUtils.h"
 
+// Peers, where they are installed.
+#ifdef QUILLON_HAS_QT
+#include <QByteArray>
+#include <QString>
+#endif
+#ifdef QUILLON_HAS_ICU
+#include <unicode/ustring.h>
+#endif
+#ifdef QUILLON_HAS_POCO
+#include <Poco/String.h>
+#endif
+#ifdef QUILLON_HAS_ABSEIL
+#include <absl/strings/ascii.h>
+#include <absl/strings/escaping.h>
+#endif
+
 // Text conversion and the string helpers on one MiB, each beside what one would
 // write without them.
 namespace {
@@ -158,6 +174,41 @@ void Convert16Quillon(benchmark::State& state, Text text) {
     Throughput(state);
 }
 
+#ifdef QUILLON_HAS_QT
+void Convert16Qt(benchmark::State& state, Text text) {
+    for (auto _ : state)
+        benchmark::DoNotOptimize(QString::fromUtf8(text().data(), static_cast<int>(text().size())).toUtf8());
+    Throughput(state);
+}
+BENCHMARK_CAPTURE(Convert16Qt, ascii, Ascii)->Name("convert16-ascii/qt");
+BENCHMARK_CAPTURE(Convert16Qt, latin, Latin)->Name("convert16-latin/qt");
+BENCHMARK_CAPTURE(Convert16Qt, cjk, Cjk)->Name("convert16-cjk/qt");
+BENCHMARK_CAPTURE(Convert16Qt, emoji, Emoji)->Name("convert16-emoji/qt");
+#endif
+
+#ifdef QUILLON_HAS_ICU
+// Into memory of the greatest size that is possible, which is used again.
+void Convert16Icu(benchmark::State& state, Text text) {
+    std::u16string units(text().size(), u'\0');
+    std::string bytes(3 * units.size(), '\0');
+    for (auto _ : state) {
+        UErrorCode error = U_ZERO_ERROR;
+        int32_t count = 0, size = 0;
+        u_strFromUTF8(units.data(), static_cast<int32_t>(units.size()), &count, text().data(),
+                      static_cast<int32_t>(text().size()), &error);
+        u_strToUTF8(bytes.data(), static_cast<int32_t>(bytes.size()), &size, units.data(), count, &error);
+        if (U_FAILURE(error)) state.SkipWithError("the text was not converted");
+        benchmark::DoNotOptimize(bytes.data());
+        benchmark::ClobberMemory();
+    }
+    Throughput(state);
+}
+BENCHMARK_CAPTURE(Convert16Icu, ascii, Ascii)->Name("convert16-ascii/icu");
+BENCHMARK_CAPTURE(Convert16Icu, latin, Latin)->Name("convert16-latin/icu");
+BENCHMARK_CAPTURE(Convert16Icu, cjk, Cjk)->Name("convert16-cjk/icu");
+BENCHMARK_CAPTURE(Convert16Icu, emoji, Emoji)->Name("convert16-emoji/icu");
+#endif
+
 BENCHMARK_CAPTURE(Convert16Baseline, ascii, Ascii)->Name("convert16-ascii/baseline");
 BENCHMARK_CAPTURE(Convert16Quillon, ascii, Ascii)->Name("convert16-ascii/quillon");
 BENCHMARK_CAPTURE(Convert16Baseline, latin, Latin)->Name("convert16-latin/baseline");
@@ -217,6 +268,17 @@ void FindQuillon(benchmark::State& state) {
 
 BENCHMARK(ReplaceBaseline)->Name("replace-all/baseline");
 BENCHMARK(ReplaceQuillon)->Name("replace-all/quillon");
+#ifdef QUILLON_HAS_POCO
+void ReplacePoco(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string text = Ascii();
+        Poco::replaceInPlace(text, "lazy dog", "sleeping dog");
+        benchmark::DoNotOptimize(text);
+    }
+    Throughput(state);
+}
+BENCHMARK(ReplacePoco)->Name("replace-all/poco");
+#endif
 BENCHMARK(FindBaseline)->Name("find-any-case/baseline");
 BENCHMARK(FindQuillon)->Name("find-any-case/quillon");
 
@@ -319,6 +381,28 @@ void UrlDecodeQuillon(benchmark::State& state) {
     Throughput(state, Escaped().size());
 }
 
+#ifdef QUILLON_HAS_QT
+void UrlDecodeQt(benchmark::State& state) {
+    const QByteArray escaped(Escaped().data(), static_cast<int>(Escaped().size()));
+    for (auto _ : state) benchmark::DoNotOptimize(QByteArray::fromPercentEncoding(escaped));
+    Throughput(state, Escaped().size());
+}
+BENCHMARK(UrlDecodeQt)->Name("url-decode/qt");
+#endif
+
+#ifdef QUILLON_HAS_ABSEIL
+void HexAbseil(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(absl::BytesToHexString(Ascii()));
+    Throughput(state);
+}
+void UnhexAbseil(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(absl::HexStringToBytes(Digits()));
+    Throughput(state, Digits().size());
+}
+BENCHMARK(HexAbseil)->Name("hex/abseil");
+BENCHMARK(UnhexAbseil)->Name("unhex/abseil");
+#endif
+
 BENCHMARK(UnhexBaseline)->Name("unhex/baseline");
 BENCHMARK(UnhexQuillon)->Name("unhex/quillon");
 BENCHMARK(UrlDecodeBaseline)->Name("url-decode/baseline");
@@ -350,6 +434,19 @@ void TrimQuillon(benchmark::State& state) {
     }
     Throughput(state);
 }
+
+#ifdef QUILLON_HAS_ABSEIL
+void TrimAbseil(benchmark::State& state) {
+    for (auto _ : state) {
+        for (std::string line : Padded()) {
+            absl::StripAsciiWhitespace(&line);
+            benchmark::DoNotOptimize(line);
+        }
+    }
+    Throughput(state);
+}
+BENCHMARK(TrimAbseil)->Name("trim/abseil");
+#endif
 
 BENCHMARK(TrimBaseline)->Name("trim/baseline");
 BENCHMARK(TrimQuillon)->Name("trim/quillon");

@@ -1,6 +1,7 @@
 #include "base/Utf.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -81,24 +82,32 @@ Unit* PutUnits(std::uint32_t character, Unit* out) {
     return out;
 }
 
+/// So many units of ASCII are converted one by one before a run of them is looked for.
+constexpr std::ptrdiff_t kShortRun = 8;
+
 /// Puts the units of valid UTF-8 into memory that has room for them, and returns their end; null for an
 /// invalid text.
 template <class Unit>
 Unit* DecodeInto(const Byte* p, const Byte* end, Unit* out, const Unit* outEnd) {
     while (p != end) {
-        const std::size_t ascii =
-            WidenAscii(p, static_cast<std::size_t>(std::min(end - p, outEnd - out)), out);
-        p += ascii;
-        out += ascii;
-        // Characters of the same kind come in runs.
-        while (p != end && *p >= 0x80) {
+        if (*p >= 0x80) {
             const Byte* const before = p;
             if ((*p & 0xF0) == 0xE0) DecodeThrees(p, end, out, outEnd);
             if (p != before) continue;
             const std::uint32_t character = TakeSequence(p, end);
             if (character == kInvalid) return nullptr;
             out = PutUnits(character, out);
+            continue;
         }
+        const Byte* const stop = p + std::min(kShortRun, end - p);
+        do {
+            *out++ = static_cast<Unit>(*p++);
+        } while (p != stop && *p < 0x80);
+        if (p != stop) continue;
+        const std::size_t ascii =
+            WidenAscii(p, static_cast<std::size_t>(std::min(end - p, outEnd - out)), out);
+        p += ascii;
+        out += ascii;
     }
     return out;
 }
@@ -150,7 +159,7 @@ inline char* PutBytes(std::uint32_t character, char* out) {
 
 /// The character at `p`, which is moved past it; or kInvalid, `p` staying.
 template <class Unit>
-std::uint32_t TakeUnits(const Unit*& p, const Unit* end) {
+inline std::uint32_t TakeUnits(const Unit*& p, const Unit* end) {
     const std::uint32_t first = Value(p[0]);
     if (!IsSurrogate(first)) {
         if (first > 0xFFFF) return kInvalid;
@@ -163,24 +172,38 @@ std::uint32_t TakeUnits(const Unit*& p, const Unit* end) {
     return character;
 }
 
-/// Puts the bytes of units into memory that has room for them, up to the first invalid unit, which `p` is
-/// moved to. Returns the end of the bytes.
+/// Where a conversion has read up to and written up to.
 template <class Unit>
-char* EncodeInto(const Unit*& p, const Unit* end, char* out, const char* outEnd) {
+struct Converted {
+    const Unit* from;
+    char* to;
+};
+
+/// Puts the bytes of units into memory that has room for them, up to the first invalid unit.
+template <class Unit>
+Converted<Unit> EncodeInto(const Unit* p, const Unit* end, char* out, const char* outEnd) {
     while (p != end) {
-        const std::size_t run = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
-        p += run;
-        out += run;
-        while (p != end && Value(*p) >= 0x80) {
+        if (Value(*p) < 0x80) {
+            const Unit* const stop = p + std::min(kShortRun, end - p);
+            do {
+                *out++ = static_cast<char>(*p++);
+            } while (p != stop && Value(*p) < 0x80);
+            if (p != stop) continue;
+            const std::size_t ascii = NarrowAscii(p, static_cast<std::size_t>(end - p), out);
+            p += ascii;
+            out += ascii;
+        } else if (Value(*p) < 0x800) {
+            out = PutBytes(Value(*p++), out);
+        } else {
             const Unit* const before = p;
-            if (Value(*p) >= 0x800) EncodeThrees(p, end, out, outEnd);
+            EncodeThrees(p, end, out, outEnd);
             if (p != before) continue;
             const std::uint32_t character = TakeUnits(p, end);
-            if (character == kInvalid) return out;
+            if (character == kInvalid) return {p, out};
             out = PutBytes(character, out);
         }
     }
-    return out;
+    return {p, out};
 }
 
 /// The longest valid beginning in UTF-8; `consumed` tells how many units that are.
@@ -197,7 +220,9 @@ std::string EncodePrefix(std::basic_string_view<Unit> text, std::size_t& consume
     if (p != end) {
         const std::size_t prefix = narrow.size(), size = prefix + CountBytes(text.substr(prefix));
         FillString(narrow, size, [&](char* out) {
-            return static_cast<std::size_t>(EncodeInto(p, end, out + prefix, out + size) - out);
+            const auto converted = EncodeInto(p, end, out + prefix, out + size);
+            p = converted.from;
+            return static_cast<std::size_t>(converted.to - out);
         });
     }
     consumed = static_cast<std::size_t>(p - text.data());

@@ -17,25 +17,21 @@ inline std::uint64_t LoadWord(const void* p) {
 }
 
 /// Exactly the units that valid UTF-8 becomes; of invalid text never fewer than its
-/// valid beginning becomes. Eight bytes at a time: one unit for every byte that is no
-/// continuation, and a second one for leads of four bytes.
+/// valid beginning becomes: one unit for every byte that is no continuation, and a
+/// second one for leads of four bytes.
 inline std::size_t CountUnits(std::string_view text) {
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    const auto sum = [](std::uint64_t bytes) { return static_cast<std::size_t>(bytes * ones >> 56); };
-    std::size_t units = text.size();
-    std::size_t i = 0;
-    for (; text.size() - i >= 8; i += 8) {
-        const std::uint64_t word = LoadWord(text.data() + i);
-        const std::uint64_t top = word >> 7 & ones;
-        if (top == 0) continue;
-        units -= sum(top & ~(word >> 6));
-        units += sum(top & word >> 6 & word >> 5 & word >> 4);
+    constexpr std::size_t block = 16;  // a fixed count, which compilers turn into vectors
+    const auto unitsOf = [](char c) {
+        const auto byte = static_cast<signed char>(c);  // continuations are less than -64
+        return static_cast<unsigned char>((byte >= -64) + ((byte >= -16) & (byte < 0)));
+    };
+    std::size_t units = 0, i = 0;
+    for (; text.size() - i >= block; i += block) {
+        unsigned char sum = 0;
+        for (std::size_t j = 0; j < block; ++j) sum = static_cast<unsigned char>(sum + unitsOf(text[i + j]));
+        units += sum;
     }
-    for (; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        units -= static_cast<std::size_t>((byte & 0xC0) == 0x80);
-        units += static_cast<std::size_t>(byte >= 0xF0);
-    }
+    for (; i < text.size(); ++i) units += unitsOf(text[i]);
     return units;
 }
 
