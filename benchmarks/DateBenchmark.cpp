@@ -6,6 +6,11 @@
 #include <ctime>
 #include <string>
 
+#ifdef QUILLON_HAS_POCO
+#include <Poco/DateTimeFormat.h>
+#include <Poco/DateTimeParser.h>
+#endif
+
 #include "quillon/DateTimeUtils.h"
 
 namespace {
@@ -69,6 +74,17 @@ void ReadJson(benchmark::State& state) {
 }
 BENCHMARK(ReadJson<ReadByLibc>)->Name("read-json/baseline");
 BENCHMARK(ReadJson<DateTimeUtils::JsonDateTimeToEpochTime>)->Name("read-json/quillon");
+
+#ifdef QUILLON_HAS_POCO
+long long ReadByPoco(const std::string& text) {
+    int zone = 0;
+    return Poco::DateTimeParser::parse(Poco::DateTimeFormat::ISO8601_FRAC_FORMAT, text, zone)
+               .timestamp()
+               .epochTime() -
+           zone;
+}
+BENCHMARK(ReadJson<ReadByPoco>)->Name("read-json/poco");
+#endif
 
 }  // namespace
 
