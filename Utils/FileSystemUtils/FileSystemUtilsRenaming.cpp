@@ -123,6 +123,7 @@ bool MoveOver(const std::string& from, const std::string& to) {
     if (*source == *target) return MoveToOtherName(from, to);
     const auto moved = platform::AttributesOf(from), old = platform::AttributesOf(to);
     if (!moved || !old) return false;
+    if (old->isSpecial) return platform::FailWithCode(base::kAccessDenied) || FailToErase(to);
     const bool isDirectory = moved->isDirectory && !moved->isLink;
     if (!isDirectory && !old->isDirectory) return MoveOverFile(from, to);
     // Not every system replaces a link to a directory by a file.

@@ -20,6 +20,7 @@ struct FileAttributes {
     bool isDirectory = false;  ///< also a link to one
     bool isLink = false;       ///< symbolic link or junction
     bool isReadOnly = false;
+    bool isSpecial = false;  ///< pipe, socket or device; those of Windows have no names in directories
 };
 
 struct FileStatus {
@@ -71,7 +72,7 @@ bool MakeOneDirectory(const std::string& path);
 /// removed once its copy, with its owner and access, is safe there.
 bool MovePath(const std::string& from, const std::string& to);
 /// Moves a file in the place of another one, which stays until the moment that its successor has its name.
-/// A read-only target is a failure, a link is replaced.
+/// A target that is read-only or special is a failure (base::kAccessDenied), a link is replaced.
 bool MoveOverFile(const std::string& from, const std::string& to);
 /// Copies a file in the place of an existing one, or to a free name, as MoveOverFile() does; as much as it
 /// holds when it is opened.

@@ -26,6 +26,7 @@ constexpr Pair kCodes[] = {
     {EACCES, 5},             // ERROR_ACCESS_DENIED
     {EPERM, 5},              // ERROR_ACCESS_DENIED
     {EISDIR, 5},             // ERROR_ACCESS_DENIED
+    {ENXIO, 5},              // ERROR_ACCESS_DENIED: what is opened as a file is a socket
     {EBADF, 6},              // ERROR_INVALID_HANDLE
     {ENOMEM, 8},             // ERROR_NOT_ENOUGH_MEMORY
     {E2BIG, 206},            // ERROR_FILENAME_EXCED_RANGE

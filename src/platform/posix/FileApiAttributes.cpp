@@ -50,6 +50,7 @@ std::optional<FileAttributes> AttributesOf(const std::string& path) {
     FileAttributes attributes;
     attributes.isLink = S_ISLNK(status.st_mode);
     attributes.isReadOnly = IsReadOnly(status);
+    attributes.isSpecial = IsSpecial(status);
     struct ::stat target {};
     if (attributes.isLink && ::stat(native->c_str(), &target) == 0) status = target;
     attributes.isDirectory = S_ISDIR(status.st_mode);

@@ -81,15 +81,32 @@ bool MayRemove(const std::string& native) {
     return ::faccessat(AT_FDCWD, FolderOf(native).c_str(), W_OK | X_OK, AT_EACCESS) == 0 || FailWithErrno();
 }
 
-/// Removes a name, unless another file has it by now. Its directory is opened once, so that a link which
-/// takes the directory's place between the two steps does not lead to a file elsewhere.
-bool RemoveSame(const std::string& native, const struct ::stat& facts) {
-    const std::string name = native.substr(native.rfind('/') + 1);
-    const FileHandle directory(::open(FolderOf(native).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+bool HasName(const FileHandle& directory, const std::string& name, const struct ::stat& facts) {
     struct ::stat now {};
-    if (!directory || ::fstatat(directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0)
-        return FailWithErrno();
-    if (!IsSameFile(now, facts)) return FailWithCode(base::kSharingViolation);
+    if (::fstatat(directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
+    return IsSameFile(now, facts) || FailWithCode(base::kSharingViolation);
+}
+
+bool RenameIn(const FileHandle& directory, const std::string& from, const std::string& to) {
+    return ::renameat2(directory.Get(), from.c_str(), directory.Get(), to.c_str(), RENAME_NOREPLACE) == 0;
+}
+
+/// Removes a name, unless another file has it by now: what was put there in the last moment is seen under a
+/// name that nobody else knows, and gets its own back. The directory is opened once, so that a link which
+/// takes its place between the steps does not lead to a file elsewhere.
+bool RemoveSame(const std::string& native, const struct ::stat& facts) {
+    std::string name = native.substr(native.rfind('/') + 1);
+    const FileHandle directory(::open(FolderOf(native).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!directory) return FailWithErrno();
+    if (!HasName(directory, name, facts)) return false;
+    if (const std::string aside = NewFileName(); RenameIn(directory, name, aside)) {
+        if (!HasName(directory, aside, facts)) {
+            const KeptError error;
+            RenameIn(directory, aside, name);
+            return false;
+        }
+        name = aside;
+    }
     return ::unlinkat(directory.Get(), name.c_str(), 0) == 0 || FailWithErrno();
 }
 
@@ -154,7 +171,7 @@ bool MoveOverFile(const std::string& from, const std::string& to) {
     const auto source = NativeName(from), target = NativeName(to);
     struct ::stat old {};
     if (!source || !target || ::lstat(target->c_str(), &old) != 0) return FailWithErrno();
-    if (IsReadOnly(old)) return FailWithCode(base::kAccessDenied);
+    if (IsReadOnly(old) || IsSpecial(old)) return FailWithCode(base::kAccessDenied);
     if (::rename(source->c_str(), target->c_str()) == 0) return true;
     return errno == EXDEV ? MoveToOtherVolume(from, to, NewFile::IfThere::Replace) : FailWithErrno();
 }

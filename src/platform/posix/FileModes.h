@@ -12,6 +12,11 @@ inline bool IsReadOnly(const struct ::stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
+/// Returns whether it is a pipe, a socket or a device.
+inline bool IsSpecial(const struct ::stat& status) {
+    return !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) && !S_ISLNK(status.st_mode);
+}
+
 /// SizeOfFile for a native name in an open directory.
 std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name);
 /// RemoveFile and RemoveEmptyDirectory for a native name in an open directory.

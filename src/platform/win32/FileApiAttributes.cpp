@@ -22,7 +22,7 @@ std::optional<FileAttributes> AttributesOfWidePath(const std::wstring& path) {
     if (bits == INVALID_FILE_ATTRIBUTES) return std::nullopt;
     return FileAttributes{(bits & FILE_ATTRIBUTE_DIRECTORY) != 0,
                           (bits & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && LeadsElsewhere(path),
-                          (bits & FILE_ATTRIBUTE_READONLY) != 0};
+                          (bits & FILE_ATTRIBUTE_READONLY) != 0, false};
 }
 
 long long UnixSeconds(const FILETIME& time) {

@@ -77,19 +77,22 @@ bool TakeFacts(const Source& source, const FileHandle& target) {
 /// The copy of a file that is moved has the rights of that one, any other those of the file it replaces.
 enum class Rights { OfSource, OfTarget };
 
-bool CopyTo(const Source& source, const std::string& to, NewFile::IfThere ifThere, Rights rights) {
+/// Returns the copy, which nobody else can open, move or remove while it is held.
+std::optional<NewFile> CopyTo(const Source& source, const std::string& to, NewFile::IfThere ifThere,
+                              Rights rights) {
     const auto has = [&source](DWORD attribute) { return (source.facts.FileAttributes & attribute) != 0; };
     // What is encrypted must not come to lie beside it as plain content.
     auto target = NewFile::Create(
         to, ifThere, has(FILE_ATTRIBUTE_ENCRYPTED) ? NewFile::Access::Encrypted : NewFile::Access::OwnerOnly);
-    if (!target) return false;
+    if (!target) return std::nullopt;
     const FileHandle& file = target->Handle();
     const bool isOwned =
         rights == Rights::OfSource ? TakeSecurityOf(source.path, file) : target->TakeSecurity();
-    if (!isOwned || !CopyContent(source.file, file)) return false;
+    if (!isOwned || !CopyContent(source.file, file)) return std::nullopt;
     CopyStreams(source, file);
-    if (!TakeFacts(source, file) || !target->Commit()) return false;
-    return !has(FILE_ATTRIBUTE_READONLY) || SetReadOnly(file, true);
+    if (!TakeFacts(source, file) || !target->Commit()) return std::nullopt;
+    if (has(FILE_ATTRIBUTE_READONLY) && !SetReadOnly(file, true)) return std::nullopt;
+    return target;
 }
 
 /// Opens what has the name, be it a link, so that it can be removed.
@@ -99,17 +102,22 @@ FileHandle OpenToRemove(const std::wstring& path) {
                                     FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
 }
 
-/// Removes the original of a copy, a read-only one as well, unless something else has its name by now.
-bool RemoveOriginal(const std::wstring& path, const FileIdentity& identity) {
-    const FileHandle file = OpenToRemove(path);
-    if (!file) return false;
-    if (IdentityOf(file) != identity) return FailWithCode(ERROR_SHARING_VIOLATION);
+/// Removes a file, also when it is read-only; on failure it stays so.
+bool RemoveWhatever(const FileHandle& file) {
     const bool isReadOnly = IsReadOnly(file).value_or(false);
     if (isReadOnly && !SetReadOnly(file, false)) return false;
     if (RemoveOpen(file)) return true;
     const DWORD code = ::GetLastError();
     if (isReadOnly) SetReadOnly(file, true);
     return FailWithCode(code);
+}
+
+/// Removes the original of a copy, unless something else has its name by now.
+bool RemoveOriginal(const std::wstring& path, const FileIdentity& identity) {
+    const FileHandle file = OpenToRemove(path);
+    if (!file) return false;
+    if (IdentityOf(file) != identity) return FailWithCode(ERROR_SHARING_VIOLATION);
+    return RemoveWhatever(file);
 }
 
 bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::IfThere ifThere) {
@@ -121,11 +129,12 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
     Source source;
     if (!source.Open(from)) return false;
     if (IdentityOf(from) != source.identity) return FailWithCode(ERROR_SHARING_VIOLATION);  // a link by now
-    if (!CopyTo(source, to, ifThere, Rights::OfSource)) return false;
+    const auto copy = CopyTo(source, to, ifThere, Rights::OfSource);
+    if (!copy) return false;
     source.file.Reset();
     if (RemoveOriginal(source.path, source.identity)) return true;
     const DWORD code = ::GetLastError();
-    if (ifThere == NewFile::IfThere::Fail) RemoveFile(to);  // the name was free
+    if (ifThere == NewFile::IfThere::Fail) RemoveWhatever(copy->Handle());  // the name was free
     return FailWithCode(code);
 }
 
@@ -135,7 +144,7 @@ bool CopyFileOver(const std::string& from, const std::string& to) {
     Source source;
     if (!source.Open(from)) return false;
     if (IdentityOf(to) == source.identity) return FailWithCode(ERROR_SHARING_VIOLATION);
-    return CopyTo(source, to, NewFile::IfThere::Replace, Rights::OfTarget);
+    return CopyTo(source, to, NewFile::IfThere::Replace, Rights::OfTarget).has_value();
 }
 
 bool MovePath(const std::string& from, const std::string& to) {

@@ -79,6 +79,35 @@ TEST_F(FileCopy, WhatGrowsMeanwhileIsCopiedAsFarAsItWent) {
     EXPECT_LT(most, kAfter / 2) << "what it has grown by was copied as well, and then cut";
 }
 
+TEST_F(FileCopy, MoveWhoseOriginalMustStayLeavesNoCopy) {
+    const fs::path memory = "Z:\\dev\\shm";
+    if (!fs::is_directory(memory)) GTEST_SKIP() << "there is one volume";
+    const fs::path folder = memory / dir.Native().filename();
+    fs::create_directory(folder);
+    const std::string source = dir.Write("source", "");
+    fs::resize_file(dir.Native("source"), 96 << 20);
+    for (const bool isReadOnly : {false, true}) {
+        dir.SetReadOnly("source", isReadOnly);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        HANDLE held = INVALID_HANDLE_VALUE;  // since the copy began, without leave to delete
+        std::thread holder([&] {
+            while (SizeOfCopy(folder) == 0 && std::chrono::steady_clock::now() < end)
+                std::this_thread::yield();
+            held = ::CreateFileW(dir.Native("source").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                 OPEN_EXISTING, 0, nullptr);
+        });
+        EXPECT_FALSE(MovePath(source, test::ToLibraryPath(folder / "copy")));
+        EXPECT_EQ(::GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+        holder.join();
+        EXPECT_NE(held, INVALID_HANDLE_VALUE);
+        ::CloseHandle(held);
+        EXPECT_TRUE(fs::is_empty(folder)) << isReadOnly;
+        EXPECT_EQ(fs::file_size(dir.Native("source")), 96U << 20);
+    }
+    dir.SetReadOnly("source", false);
+    fs::remove_all(folder);
+}
+
 TEST_F(FileCopy, RightsAreReadAndGivenByHandle) {
     const std::string source = dir.Write("source", "x"), target = dir.Write("target", "y");
     if (!SetPrivilege(L"SeSecurityPrivilege", true) || !SetPrivilege(L"SeRestorePrivilege", true))

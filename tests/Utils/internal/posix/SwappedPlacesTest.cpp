@@ -206,6 +206,26 @@ TEST_F(SwappedPlaces, MoveTakesNothingOfOthersAlong) {
     EXPECT_EQ(dir.Read("in/target"), "moved");
 }
 
+TEST_F(SwappedPlaces, MoveErasesNothingButWhatItHasMoved) {
+    const test::TempDir elsewhere;
+    const std::string source = elsewhere.Native("source"), theirs = elsewhere.Native("theirs");
+    Run(
+        "RenameFile, files exchanged",
+        [&] { ::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, theirs.c_str(), RENAME_EXCHANGE); },
+        [&] {
+            elsewhere.Write("source", "one");
+            elsewhere.Write("theirs", "two");
+            const bool isMoved = FS::RenameFile(elsewhere.Path("source"), dir.Path("in\\target"), false);
+            // With one name gone nothing is exchanged any more.
+            const std::string left = elsewhere.Read(fs::exists(source) ? "source" : "theirs");
+            EXPECT_EQ(dir.Exists("in/target"), isMoved);
+            EXPECT_TRUE(isMoved ? left != dir.Read("in/target") : fs::exists(source) && fs::exists(theirs));
+            fs::remove(dir.Native("in/target"));
+            fs::remove(source);
+            fs::remove(theirs);
+        });
+}
+
 TEST_F(SwappedPlaces, TemporaryNamesAreNeverThoseOfOthers) {
     const std::string folder = dir.Path("in");
     const auto take = [this](unsigned number) {
