@@ -30,12 +30,16 @@ void CheckForDots(const std::string& program) {
     throw std::invalid_argument("A program's name cannot be dots: " + program);
 }
 
-/// Names are compared as the system does: it ignores blanks and dots at their ends, and a stream of a file
-/// is named after it.
-bool IsBatchFile(const std::string& program) {
+/// Returns the name that the system runs: it ignores blanks and dots at the ends of names, and a stream of a
+/// file is run as the file.
+std::string ProgramName(const std::string& program) {
     std::string name = LastComponent(program);
     name.resize(std::min(name.find(':'), name.size()));
     name.resize(name.find_last_not_of(kOnlyDots) + 1);
+    return name;
+}
+
+bool IsBatchFile(const std::string& name) {
     return StringUtils::EndsWith(name, ".bat", false) || StringUtils::EndsWith(name, ".cmd", false);
 }
 
@@ -67,10 +71,9 @@ bool HasScriptSwitch(const std::string& argument) {
 }  // namespace
 
 CommandLineBuilder::CommandLineBuilder(const std::string& program)
-    : m_reader(IsBatchFile(program) ? Reader::BatchFile
-               : base::IsInterpreter(program.substr(0, program.find_last_not_of(kOnlyDots) + 1))
-                   ? Reader::Interpreter
-                   : Reader::Program) {
+    : m_reader(IsBatchFile(ProgramName(program))           ? Reader::BatchFile
+               : base::IsInterpreter(ProgramName(program)) ? Reader::Interpreter
+                                                           : Reader::Program) {
     CheckForZero(program);
     if (program.find('"') != std::string::npos) {
         throw std::invalid_argument("A program's name cannot hold a quote: " + program);

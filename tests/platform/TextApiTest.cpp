@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "platform/CodePageApi.h"
 #include "platform/ErrorText.h"
 #include "platform/ole/OleTypes.h"
 #include "quillon/StringUtils.h"
@@ -33,6 +34,32 @@ TEST(TextApi, LastErrorBelongsToItsThreadAndSurvivesTheTextLookUp) {
     EXPECT_EQ(StringUtils::GetLastErrorAsString().rfind("(32/0X20) ", 0), 0u);
     EXPECT_EQ(ErrorCodeText(0x2FFF0001), std::nullopt);
     EXPECT_EQ(LastError(), 317u) << "no such message";
+}
+
+TEST(CodePageApi, ConvertsWholeTextsByTheWindowsNumberOfTheirPage) {
+    const auto repeated = [](const std::string& text) {
+        std::string all;
+        for (int i = 0; i < 5000; ++i) all += text;
+        return all;
+    };
+    const struct {
+        std::uint32_t page;
+        std::string bytes, text;
+    } cases[] = {
+        {437, "\x82", "\xC3\xA9"},
+        {932, repeated("\x82\xA0"), repeated("\xE3\x81\x82")},
+        // A mark could follow the last character of these two.
+        {1255, "\xF9", "\xD7\xA9"},
+        {1258, "x\xEF\xBF", "x\xC3\xAF\xC2\xBF"},
+        {20866, "\xC1", "\xD0\xB0"},
+        {28591, "\xE9", "\xC3\xA9"},
+        {28605, "\xA4", "\xE2\x82\xAC"},
+    };
+    for (const auto& [page, bytes, text] : cases) {
+        if (page == 28605 && !CodePageToUtf8("x", page)) continue;  // not every system has it
+        EXPECT_EQ(CodePageToUtf8(bytes, page), text) << page;
+    }
+    EXPECT_EQ(CodePageToUtf8("x", 4711), std::nullopt);
 }
 
 }  // namespace

@@ -56,7 +56,8 @@ TEST(CommandLineBuilder, RefusesWhatNoQuotingCarries) {
 }
 
 TEST(CommandLineBuilder, LetsNobodyIntoAScript) {
-    for (const char* const shell : {"cmd", "CMD.exe", "C:\\Windows\\System32\\cmd.exe", "x/cmd.exe "}) {
+    for (const char* const shell :
+         {"cmd", "CMD.exe", "C:\\Windows\\System32\\cmd.exe", "x/cmd.exe ", "x\\cmd.exe::$DATA"}) {
         for (const char* const scriptSwitch : {"/c", "/K", "/d/s/c", "/cdir"}) {
             CommandLineBuilder line(shell);
             line.Add("/d").Add(scriptSwitch).Add("type").Add("C:\\a b (x86)\\c.txt");
