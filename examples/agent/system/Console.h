@@ -15,7 +15,8 @@ namespace quillon::agent {
 std::vector<std::string> GetArguments(int argc, char** argv);
 
 /// Opens the null device in place of each standard stream that the process was started without, so that no
-/// other file takes its place, and has the process ignore that nobody reads its output.
+/// other file takes its place, and has writes fail, not the process end, when nobody reads its output or a
+/// file has reached the size that it may have.
 void SecureStandardStreams();
 
 /// Opens a file of a UTF-8 name for appending. Null on failure, see errno. The caller closes the stream.

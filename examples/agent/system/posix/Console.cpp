@@ -49,7 +49,9 @@ std::vector<std::string> GetArguments(int argc, char** argv) {
 }
 
 void SecureStandardStreams() {
-    ::signal(SIGPIPE, [](int) {});  // a signal that is ignored would stay so in commands
+    // What is ignored would stay so in commands. A write past the limit of a file's size fails, as on a full
+    // disk, where the agent would end by the second one.
+    for (const int number : {SIGPIPE, SIGXFSZ}) ::signal(number, [](int) {});
     int opened = 0;
     do {  // the lowest free descriptor is taken
         opened = ::open("/dev/null", O_RDWR);
