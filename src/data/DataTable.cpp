@@ -150,8 +150,9 @@ bool DataTable::AddColumn(Variant&& definition) {
 void DataTable::SetDefaultColumns(const VariantList& columns) { m_columns = columns; }
 
 void DataTable::SetDefaultColumnNames(const std::vector<std::string>& names) {
-    m_columns.Clear();
-    for (const std::string& name : names) m_columns.Add(Variant::NullVariant(name));
+    VariantList columns;
+    for (const std::string& name : names) columns.Add(Variant::NullVariant(name));
+    m_columns = std::move(columns);
     m_rationalised = false;
     if (!names.empty()) SetDefined();
 }
@@ -228,9 +229,15 @@ void DataTable::Append(const DataTable* other, unsigned int maximum) {
 }
 
 void DataTable::AppendCopies(const_iterator row, std::size_t count) {
-    NameRuns runs;
-    for (; count > 0; --count, ++row) {
-        EmplaceRow([&](VariantList& made) { runs.Copy(*row, made, m_memory); });
+    const std::size_t before = m_rows.size();
+    try {
+        NameRuns runs;
+        for (; count > 0; --count, ++row) {
+            EmplaceRow([&](VariantList& made) { runs.Copy(*row, made, m_memory); });
+        }
+    } catch (...) {
+        while (m_rows.size() > before) m_rows.pop_back();
+        throw;
     }
 }
 

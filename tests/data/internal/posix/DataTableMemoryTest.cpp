@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <fstream>
+#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -12,6 +13,7 @@
 
 #include "data/RowRegions.h"
 #include "quillon/DataTableIO.h"
+#include "support/posix/RefusedCalls.h"
 
 /// How much memory tables take and give back, as the heap of the C library tells. Under a sanitizer it
 /// tells nothing, and other checks look for leaks.
@@ -107,6 +109,34 @@ std::size_t ResidentBytes() {
     std::size_t all = 0, resident = 0;
     file >> all >> resident;
     return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+TEST(DataTableMemory, AChangeThatMemoryIsMissingForChangesNothing) {
+    if (!IsHeapOfSystem()) GTEST_SKIP() << "the heap is that of a sanitizer";
+    const std::string text(40, 'x');
+    DataTable whole;
+    for (int i = 0; i < 20; ++i) whole.AddRow({{"a-name-of-the-heap", text}, {"number", i}});
+    void (*const changes[])(DataTable&) = {
+        [](DataTable& table) { table.Append(&table, 15); },
+        [](DataTable& table) { table.AddRow(*table.begin()); },
+        [](DataTable& table) {
+            table.SetDefaultColumnNames({"a", "another-name-of-the-heap", "b"});
+        },
+    };
+    for (const auto change : changes) {
+        bool refused = true;
+        for (int before = 0; refused && before < 1000; ++before) {
+            DataTable table = whole;
+            test::TheRefusedCalls() = {test::RefusedCalls::Memory, before, 1000};
+            try {
+                change(table);
+            } catch (const std::bad_alloc&) {
+            }
+            refused = std::exchange(test::TheRefusedCalls(), {}).refused != 0;
+            EXPECT_EQ(table == whole, refused) << before;
+        }
+        EXPECT_FALSE(refused);
+    }
 }
 
 TEST(DataTableMemory, FreedMemoryReturnsToTheSystem) {
