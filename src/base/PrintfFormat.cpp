@@ -303,6 +303,7 @@ private:
 }  // namespace
 
 int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments) {
+    if (format == nullptr) format = "";
     std::va_list copy;
     va_copy(copy, arguments);
     const std::optional<int> simple = Formatter(buffer, size, copy).FollowSimple(format);

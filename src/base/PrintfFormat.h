@@ -9,7 +9,7 @@ namespace quillon::base {
 /// NUL, and returns the whole length, or a negative number when the format cannot be followed. A
 /// width or precision is cut to `size`, as the C runtimes take memory for all of it, some of them
 /// on the stack; %n is refused, as it writes to memory; wide texts (%ls, %lc, %S, %C) become UTF-8
-/// in every locale, an unpaired surrogate U+FFFD.
+/// in every locale, an unpaired surrogate U+FFFD. A null format is an empty one.
 int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments);
 
 }  // namespace quillon::base

@@ -12,6 +12,9 @@ std::int32_t SeverityOf(std::int32_t level, std::int32_t severitiesALevel) {
     return std::clamp(level, -kMost / severitiesALevel, kMost / severitiesALevel) * severitiesALevel;
 }
 
+/// A null format is a mistake of the caller that must not end the process; the entry is empty.
+const char* FormatOrEmpty(const char* format) { return format != nullptr ? format : ""; }
+
 }  // namespace
 
 LoggerBase::LoggerBase(std::int32_t threshold)
@@ -46,21 +49,21 @@ void LoggerBase::FollowSeverity(std::int32_t* lowest) {
 }
 
 // A suppressed entry costs a comparison: its arguments are not even looked at.
-#define QUILLON_LEVEL_OPERATIONS(level)                                     \
-    void LoggerBase::level(const char* format, ...) {                       \
-        if (!Passes(Level::level)) return;                                  \
-        std::va_list arguments;                                             \
-        va_start(arguments, format);                                        \
-        try {                                                               \
-            Write(Level::level, format, arguments);                         \
-        } catch (...) {                                                     \
-            va_end(arguments);                                              \
-            throw;                                                          \
-        }                                                                   \
-        va_end(arguments);                                                  \
-    }                                                                       \
-    void LoggerBase::level##V(const char* format, std::va_list arguments) { \
-        if (Passes(Level::level)) Write(Level::level, format, arguments);   \
+#define QUILLON_LEVEL_OPERATIONS(level)                                                  \
+    void LoggerBase::level(const char* format, ...) {                                    \
+        if (!Passes(Level::level)) return;                                               \
+        std::va_list arguments;                                                          \
+        va_start(arguments, format);                                                     \
+        try {                                                                            \
+            Write(Level::level, FormatOrEmpty(format), arguments);                       \
+        } catch (...) {                                                                  \
+            va_end(arguments);                                                           \
+            throw;                                                                       \
+        }                                                                                \
+        va_end(arguments);                                                               \
+    }                                                                                    \
+    void LoggerBase::level##V(const char* format, std::va_list arguments) {              \
+        if (Passes(Level::level)) Write(Level::level, FormatOrEmpty(format), arguments); \
     }
 QUILLON_LEVEL_OPERATIONS(Trace)
 QUILLON_LEVEL_OPERATIONS(Debug)

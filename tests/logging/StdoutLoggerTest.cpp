@@ -31,12 +31,14 @@ TEST(StdoutLogger, WritesWhatItsLevelLetsThrough) {
     logger.SetPath("ignored.log");
     LogAtEveryLevel(logger);
     logger.Fatal("%s", std::string(20'000, 'y').c_str());
+    const char* const none = nullptr;
+    logger.Fatal(none);
     EXPECT_EQ(logger.GetPath(), "");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "WARN x 3\nERROR x 4\nFATAL x 5\n"
               "TRACE x 0\nDEBUG x 1\nINFO x 2\nWARN x 3\nERROR x 4\nFATAL x 5\n"
               "FATAL x 5\nFATAL " +
-                  std::string(20'000, 'y') + "\n");
+                  std::string(20'000, 'y') + "\nFATAL \n");
 }
 
 TEST(CallbackLogger, HandsFormattedEntriesToTheHost) {
