@@ -191,6 +191,24 @@ TEST_F(StoreTest, TransactionsThatDoNotMatchAreLogged) {
     EXPECT_THAT(m_log.Lines(ICLogger::Level::Warn), ElementsAre(HasSubstr("closed inside a transaction")));
 }
 
+TEST_F(StoreTest, ACommitThatFailsEndsItsTransaction) {
+    {
+        Store store("tx");
+        for (const char* sql :
+             {"PRAGMA foreign_keys=ON", "CREATE TABLE parent (id INTEGER PRIMARY KEY)",
+              "CREATE TABLE child (id INTEGER REFERENCES parent (id) DEFERRABLE INITIALLY DEFERRED)"})
+            ASSERT_TRUE(store.ExecuteNonQuery(sql));
+        store.BeginTransaction();
+        EXPECT_TRUE(store.ExecuteNonQuery("INSERT INTO child VALUES (7)"));
+        store.CommitTransaction();
+        EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("FOREIGN KEY"), HasSubstr("is rolled back")));
+        EXPECT_TRUE(store.ExecuteNonQuery("INSERT INTO parent VALUES (1)"));
+    }
+    Store again("tx");
+    EXPECT_EQ(Csv(again, "SELECT (SELECT count(*) FROM parent) p, (SELECT count(*) FROM child) c"),
+              "p,c\n1,0\n");
+}
+
 TEST_F(StoreTest, KeepsPropertiesBetweenStores) {
     std::string other = "kept", value;
     const std::string name("n\0'", 3), text("v\0\xFF", 3);

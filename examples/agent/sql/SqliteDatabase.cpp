@@ -118,8 +118,12 @@ void SqliteDatabase::BeginTransaction(std::int32_t) {
     if (IsReady()) m_connection.Execute("BEGIN IMMEDIATE");
 }
 
+/// The caller cannot learn of a failure: left open, the transaction would take in, and lose, all that is
+/// written later.
 void SqliteDatabase::CommitTransaction(std::int32_t) {
-    if (IsReady()) m_connection.Execute("COMMIT");
+    if (!IsReady() || m_connection.Execute("COMMIT") || !m_connection.IsInTransaction()) return;
+    m_connection.LogError("what cannot be committed is rolled back", "COMMIT");
+    m_connection.Execute("ROLLBACK");
 }
 
 void SqliteDatabase::RollbackTransaction(std::int32_t) {
