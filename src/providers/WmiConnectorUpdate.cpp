@@ -123,15 +123,17 @@ WmiConnector::Update::Change WmiConnector::Update::MakeChange(const std::string&
 bool WmiConnector::Update::MakeOther(Change& change, const Variant& value) const {
     if (value.IsNull()) {
         change.value.vt = VT_NULL;
-        m_connector.m_logger->Debug("Updating property [%s] value VT_NULL", change.label.c_str());
+        m_connector.m_logger->Debug("Updating property [%s] value VT_NULL",
+                                    LogText::OneLine(change.label).c_str());
         return true;
     }
     if (!IsArray(change.type) || !value.TypeIs(typeid(std::string))) return false;
     auto array = ArrayOfLines(value.GetStringValue(), ElementType(change.type));
     if (!array) return false;
     change.value = std::move(*array);
-    m_connector.m_logger->Debug("Updating property [%s] value VT_ARRAY[%s]", change.label.c_str(),
-                                value.GetStringValue().c_str());
+    m_connector.m_logger->Debug("Updating property [%s] value VT_ARRAY[%s]",
+                                LogText::OneLine(change.label).c_str(),
+                                LogText::OneLine(value.GetStringValue()).c_str());
     return true;
 }
 
@@ -139,7 +141,7 @@ bool WmiConnector::Update::Refuse(const Change& change) const {
     *m_connector.m_lastError = L"Cannot update property " + change.name + L": it does not take such a value";
     m_connector.m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_TYPE_MISMATCH);
     m_connector.m_lastErrorDetails.clear();
-    m_connector.m_logger->Error("%s", base::ToUtf8(*m_connector.m_lastError).c_str());
+    m_connector.m_logger->Error("%s", LogText::OneLine(base::ToUtf8(*m_connector.m_lastError)).c_str());
     return false;
 }
 
@@ -174,6 +176,7 @@ bool WmiConnector::ExecuteUpdateWithPolicy(const std::wstring& wql, const DataTa
     if (!CheckConnected("Cannot execute WMI query as WmiConnector is not connected")) return false;
     if (!Update::IsUsable(updates)) {
         *m_lastError = L"Cannot execute WMI update without a row of a value for each column";
+        m_lastErrorCode = static_cast<std::int32_t>(WBEM_E_INVALID_PARAMETER);
         m_lastErrorDetails.clear();
         m_logger->Error("%s", LogText::OneLine(base::ToUtf8(*m_lastError)).c_str());
         return false;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "quillon/ICLogger.h"
+#include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "sql/SqliteCell.h"
 
@@ -49,7 +50,8 @@ bool IsExpected(sqlite3* connection, std::string_view sql) {
 }
 
 void LogExpected(const std::string& message) {
-    if (auto* const logger = ServiceLocator::Get<ICLogger>(true)) logger->Debug("%s", message.c_str());
+    if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
+        logger->Debug("%s", LogText::OneLine(message).c_str());
 }
 
 /// The bytes of a text or blob; none have no address.

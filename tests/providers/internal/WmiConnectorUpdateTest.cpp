@@ -113,6 +113,7 @@ TEST_F(WmiConnectorUpdateTest, NullsAndArraysAreWrittenOnRequestAndTheRestIsRefu
     ASSERT_TRUE(update(null, Variant("Texts", "a, b\n\nc")));
     EXPECT_TRUE(table.begin()->Get("P").IsNull());
     EXPECT_EQ(table.begin()->Get("Texts"), Variant("Texts", "a, b, , c"));
+    EXPECT_THAT(log.Lines(), testing::Contains("Updating property [Texts] value VT_ARRAY[a, b\\n\\nc]"));
     ASSERT_TRUE(update(Variant("Large", "1\n4294967295"), Variant("Small", "-128\n127")));
     EXPECT_EQ(table.begin()->Get("Small"), Variant("Small", "-128, 127"));
     const _variant_t large = repository.ReadValue(kNamespace, L"One", 0, L"Large");
