@@ -39,6 +39,12 @@ std::uint64_t Number(const EvtVariant& value) {
     }
 }
 
+/// Returns whether a text could be formatted but for some of its inserts.
+bool IsUnresolvedInsert(std::uint32_t code) {
+    constexpr std::uint32_t kUnresolvedValue = 15029, kTooManyInserts = 15031;
+    return code >= kUnresolvedValue && code <= kTooManyInserts;
+}
+
 std::uint32_t SmallNumber(const EvtVariant& value) { return static_cast<std::uint32_t>(Number(value)); }
 
 TimePoint Time(const EvtVariant& value) {
@@ -118,15 +124,25 @@ bool EventRenderer::ReadXml(void* event, LogEvent& result) {
 }
 
 /// A provider that is not known here gives null, for which an event that was forwarded brings its text.
+/// A subscription lasts as long as the process, and every program may write under any name. So there is an
+/// end to what is kept, and a provider that was installed meanwhile is found.
 void* EventRenderer::Publisher(const std::string& provider) {
+    constexpr std::size_t kMostPublishers = 64;
+    constexpr std::chrono::minutes kLongestKept(10);
     const auto open = EventLogState::Get().functions.openPublisherMetadata;
+    const auto now = std::chrono::steady_clock::now();
+    if (m_publishers.size() >= kMostPublishers || now - m_publishersSince > kLongestKept) {
+        m_publishers.clear();
+        m_publishersSince = now;
+    }
     const auto [place, isNew] = m_publishers.try_emplace(provider);
     if (isNew && open != nullptr)
         place->second.Reset(open(nullptr, base::ToWide(provider).c_str(), nullptr, 0, 0));
     return place->second.Get();
 }
 
-/// An event without a text is as good as one with it.
+/// An event without a text is as good as one with it. A text with inserts for which the event has no value,
+/// such as "%3", comes with a failure.
 std::string EventRenderer::Message(void* event, const std::string& provider) {
     const auto format = EventLogState::Get().functions.formatMessage;
     if (format == nullptr) return {};
@@ -137,7 +153,9 @@ std::string EventRenderer::Message(void* event, const std::string& provider) {
         if (format(publisher, event, 0, 0, nullptr, platform::kEvtFormatEvent,
                    static_cast<unsigned long>(text.size()), text.data(), &used) != 0)
             return base::ToUtf8(text.c_str());
-        if (platform::LastError() != base::kInsufficientBuffer || used <= text.size()) break;
+        const std::uint32_t code = platform::LastError();
+        if (IsUnresolvedInsert(code)) return base::ToUtf8(text.c_str());
+        if (code != base::kInsufficientBuffer || used <= text.size()) break;
         text.resize(used);
     }
     return {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <string>
 #include <vector>
@@ -30,6 +31,7 @@ private:
     const bool m_withMessage;
     EvtHandle m_context;
     std::map<std::string, EvtHandle> m_publishers;
+    std::chrono::steady_clock::time_point m_publishersSince;
     /// Holds an array of variants followed by what they point to, or a text.
     std::vector<platform::EvtVariant> m_buffer = std::vector<platform::EvtVariant>(128);
 };

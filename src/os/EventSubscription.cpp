@@ -90,7 +90,9 @@ EventSubscription::Outcome EventSubscription::Take(LogEvent& event, std::chrono:
         m_state->errorCode = base::kInvalidHandle;
         return Outcome::Failed;
     }
-    const auto end = Clock::now() + limit;
+    constexpr std::chrono::milliseconds kLongest =
+        std::chrono::hours(24) * 36500;  // the sum must not overflow
+    const auto end = Clock::now() + std::min(limit, kLongest);
     while (true) {
         if (m_state->TakeOne(event)) return Outcome::Event;
         if (m_state->errorCode == base::kCancelled) return Outcome::Shutdown;

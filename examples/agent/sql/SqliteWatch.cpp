@@ -49,7 +49,9 @@ SqliteStoppable::SqliteStoppable(SqliteWatch& watch, SqliteWatch::Milliseconds l
     m_watch.m_isStoppable = true;
     m_watch.m_reason = nullptr;
     if (limit.count() <= 0) return;
-    const auto end = SqliteWatch::Clock::now() + limit;
+    constexpr SqliteWatch::Milliseconds kLongest =
+        std::chrono::hours(24) * 36500;  // the sum must not overflow
+    const auto end = SqliteWatch::Clock::now() + std::min(limit, kLongest);
     m_watch.m_end = m_outerEnd ? std::min(end, *m_outerEnd) : end;
 }
 

@@ -18,6 +18,7 @@ constexpr std::uint32_t kNotSupported = 50;
 constexpr std::uint32_t kInvalidQuery = 15001;
 constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kChannelNotFound = 15007;
+constexpr std::uint32_t kUnresolvedInsert = 15029;
 
 int Result(std::uint32_t code) {
     if (code != 0) platform::SetLastErrorCode(code == EventLog::kWithoutReason ? 0 : code);
@@ -288,7 +289,7 @@ int EventLog::FormatMessageText(void* publisher, void* event, unsigned long, uns
     *bufferUsed = static_cast<unsigned long>(text.size() + 1);
     if (bufferSize < *bufferUsed) return Result(base::kInsufficientBuffer);
     std::wmemcpy(buffer, text.c_str(), text.size() + 1);
-    return 1;
+    return text.find(L"%1") == std::wstring::npos ? 1 : Result(kUnresolvedInsert);
 }
 
 void* EventLog::OpenChannelConfig(void*, const wchar_t* channelPath, unsigned long) {

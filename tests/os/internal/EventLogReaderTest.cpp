@@ -6,6 +6,7 @@
 #include "quillon/DataTableIO.h"
 #include "quillon/EventSubscription.h"
 #include "quillon/IApplicationDataStore.h"
+#include "support/ChildMain.h"
 
 namespace quillon::test {
 
@@ -223,6 +224,29 @@ TEST_F(EventLogReaderTest, AFailureWithoutAReasonIsOne) {
         events.FailNext(entry, simulation::EventLog::kWithoutReason);
         EXPECT_NE(EventLogReader::Query("C", "*", [](const LogEvent&) { return true; }).errorCode, 0u);
     }
+}
+
+TEST_F(EventLogReaderTest, ASubscriptionKeepsFewOfManyProviders) {
+    constexpr int kProviders = 500;
+    events.AddChannel("many", true);
+    EventSubscription subscription;
+    EventLogSource source = WithMessage();
+    source.name = "many";
+    ASSERT_TRUE(subscription.Open(source));
+    for (int n = 0; n < kProviders; ++n)
+        events.Write("many", {"P" + std::to_string(n), 7, 4, "a %1 and %%n", 0, 0, {}});
+    LogEvent event;
+    for (int n = 0; n < kProviders; ++n) {
+        ASSERT_EQ(subscription.Take(event, std::chrono::seconds(10)), EventSubscription::Outcome::Event);
+        ASSERT_EQ(event.message, "a %1 and %%n") << "although the event has no value for the insert";
+    }
+    EXPECT_EQ(event.provider, "P499");
+    EXPECT_LT(events.CountHandles(), 100u);
+
+    int looks = 0;
+    const Monitor monitor([&looks] { return ++looks > 2; });
+    EXPECT_EQ(subscription.Take(event, std::chrono::milliseconds::max()),
+              EventSubscription::Outcome::Shutdown);
 }
 
 TEST_F(EventLogReaderTest, SubscriptionsArePulledFromABookmarkOn) {
