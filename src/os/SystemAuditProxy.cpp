@@ -96,12 +96,14 @@ void SystemAuditProxy::DisableAuditLogSubCategory(const UniqueIdentifier& subcat
 
     const auto [count, enabledByProxy, bitsBefore] = found->second;
     held.erase(found);
+    auto& leftOn = AuditState::Get().m_leftOn;
+    if (enabledByProxy) std::erase_if(leftOn, [&](const auto& entry) { return entry.id == subcategory; });
     if (enabledByProxy && !ClearBits(subcategory, operation.Log())) {
         operation.Log().Warn(
             "The Agent enabled extended security auditing on this machine, but could not disable it");
         operation.Log().Warn(
             "The audit configuration policy for this machine may have to be reviewed with auditpol.exe");
-        AuditState::Get().m_leftOn.push_back({subcategory, bitsBefore});
+        leftOn.push_back({subcategory, bitsBefore});
     }
     if (enabledByProxy) WriteRecord();
     if (held.empty()) StopMonitoringAuditPolicyChanges();

@@ -17,13 +17,19 @@ void SystemAuditProxy::KeepRecordIn(const std::string& path) {
     WriteRecord();
 }
 
-/// Leaves alone what is held, which its last holder switches off.
+/// What is held belongs to the proxy from now on, so that its last holder switches it off: it was found
+/// switched on because a former run had left it so.
 void SystemAuditProxy::RestoreAuditPolicy() {
     AuditState& state = AuditState::Get();
     const SecurityPrivilegeScope scope(*state.log);
     if (!scope.IsActive()) return;
     for (const AuditRecordEntry& entry : std::exchange(state.m_leftOn, {})) {
-        if (state.m_auditReferenceCounts.contains(entry.id)) continue;
+        if (const auto held = state.m_auditReferenceCounts.find(entry.id);
+            held != state.m_auditReferenceCounts.end()) {
+            if (!held->second.enabledByProxy) held->second.bitsBefore = entry.bitsBefore;
+            held->second.enabledByProxy = true;
+            continue;
+        }
         const std::uint32_t bits = entry.bitsBefore != 0 ? entry.bitsBefore : platform::kAuditNone;
         const platform::AuditPolicyRecord record{entry.id.ToMsGuid(), bits, entry.id.ToMsGuid()};
         if (state.AuditSetSystemPolicy(&record, 1) != 0) {

@@ -338,4 +338,21 @@ TEST_F(SystemAuditProxyTest, WhatAKilledProcessLeftOnIsRestoredAtTheNextStart) {
     EXPECT_FALSE(dir.Exists("record"));
 }
 
+TEST_F(SystemAuditProxyTest, WhatAKilledProcessLeftOnIsSwitchedOffByAHolderThatCameFirst) {
+    const TempDir dir;
+    dir.Write("record", kId + " 0\n");
+    SetState(3);
+    ASSERT_TRUE(Enable());
+    SystemAuditProxy::KeepRecordIn(dir.Path("record"));
+    EXPECT_EQ(dir.Read("record"), kId + " 0\n");
+    EXPECT_EQ(State(), 3u);
+    policy.FailNext("AuditSetSystemPolicy", kCode);
+    Disable();
+    EXPECT_EQ(dir.Read("record"), kId + " 0\n");
+    SetState(0);
+    ASSERT_TRUE(Enable());
+    Disable();
+    EXPECT_FALSE(dir.Exists("record")) << "what could be switched off at last is no more to be restored";
+}
+
 }  // namespace quillon::test
