@@ -12,6 +12,7 @@
 #include "Utils/internal/VersionText.h"
 #include "base/Characters.h"
 #include "base/ErrorCodes.h"
+#include "base/Utf8Cut.h"
 #include "platform/EnvironmentApi.h"
 #include "platform/ErrorText.h"
 #include "platform/ModuleApi.h"
@@ -51,9 +52,8 @@ std::string Tidied(const std::string& text) {
     int length = 0;
     std::string tidied;
     for (const char c : text) {
-        const bool isContinuation = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
         if (c == ' ') continue;
-        if (!isContinuation && length++ == kLongest) break;
+        if (!base::IsUtf8Continuation(c) && length++ == kLongest) break;
         tidied.push_back(c == ',' ? '.' : c);
     }
     return tidied;

@@ -6,6 +6,7 @@
 #include "Utils/internal/EraseFailure.h"
 #include "base/ErrorCodes.h"
 #include "base/PathText.h"
+#include "base/Utf8Cut.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
@@ -59,13 +60,9 @@ bool IsSameName(const std::string& a, const std::string& b) {
 }
 
 /// Cuts a name, between characters, so that both systems take it with something behind it.
-std::string ShortName(std::string name) {
+std::string ShortName(const std::string& name) {
     constexpr std::size_t kMost = 200;
-    if (name.size() <= kMost) return name;
-    std::size_t end = kMost;
-    while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
-    name.resize(end);
-    return name;
+    return std::string(base::CutUtf8(name, kMost));
 }
 
 /// Renames to a free name beside `to`, and returns it.

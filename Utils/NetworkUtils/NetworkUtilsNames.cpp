@@ -5,7 +5,9 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <string_view>
 
+#include "base/Utf8Cut.h"
 #include "platform/NetworkApi.h"
 #include "platform/ThreadPoolApi.h"
 #include "quillon/NetworkUtils.h"
@@ -22,11 +24,8 @@ public:
     bool IsKnown() const { return m_text.front() != '\0'; }
     /// Cut to what fits, between characters.
     void Set(const std::string& text) {
-        std::size_t length = std::min(text.size(), m_text.size() - 1);
-        const auto isInside = [&text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
-        while (length < text.size() && length > 0 && isInside(length)) --length;
-        std::copy_n(text.data(), length, m_text.data());
-        m_text[length] = '\0';
+        const std::string_view kept = base::CutUtf8(text, m_text.size() - 1);
+        *std::copy(kept.begin(), kept.end(), m_text.begin()) = '\0';
     }
 
 private:

@@ -3,19 +3,18 @@
 #include <algorithm>
 
 #include "base/HexDigits.h"
+#include "base/Utf8Cut.h"
 #include "data/ControlEscape.h"
 #include "data/DataTableColumns.h"
 
 namespace quillon {
 namespace {
 
-bool IsContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
 /// Returns the prefix of so many characters.
 std::string_view FirstCharacters(std::string_view utf8, std::size_t count) {
     std::size_t end = 0;
     for (; end < utf8.size(); ++end) {
-        if (!IsContinuationByte(utf8[end]) && count-- == 0) break;
+        if (!base::IsUtf8Continuation(utf8[end]) && count-- == 0) break;
     }
     return utf8.substr(0, end);
 }
@@ -62,7 +61,7 @@ bool ReadsAsEscape(std::string_view rest) {
 
 std::size_t CountCharacters(std::string_view utf8) {
     return utf8.size() -
-           static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), IsContinuationByte));
+           static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), base::IsUtf8Continuation));
 }
 
 std::string Displayed(std::string_view text) {

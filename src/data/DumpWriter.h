@@ -1,10 +1,8 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <string>
-#include <string_view>
 
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
@@ -24,15 +22,6 @@ inline unsigned int InnerIndent(unsigned int blanks) { return std::min(blanks, k
 /// `logger`, else the registered one; null when there is none.
 inline ICLogger* LoggerOrRegistered(ICLogger* logger) {
     return logger != nullptr ? logger : detail::RegisteredLoggerIfAny();
-}
-
-/// Returns the longest beginning of at most `most` bytes that cuts no character of UTF-8.
-inline std::string_view CutToBytes(std::string_view text, std::size_t most) {
-    if (text.size() <= most) return text;
-    std::size_t end = most;
-    while (end > 0 && most - end < 3 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-    const bool isCharacter = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
-    return text.substr(0, isCharacter ? end : most);
 }
 
 /// Writes a line at Debug, or to standard error when `logger` is null.

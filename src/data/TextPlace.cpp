@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/Utf8Cut.h"
 #include "quillon/DataTableIO.h"
 
 namespace quillon {
@@ -9,7 +10,7 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-bool IsCharacterStart(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }
+bool IsCharacterStart(char byte) { return !base::IsUtf8Continuation(byte); }
 
 /// Lines end with LF, CR LF or CR; columns count code points.
 TextPlace FindPlace(std::string_view text, std::size_t record, std::size_t offset) {

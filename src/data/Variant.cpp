@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "base/TextOrEmpty.h"
+#include "base/Utf8Cut.h"
 #include "data/CellAccess.h"
 #include "data/DumpWriter.h"
 #include "data/NameCache.h"
@@ -322,7 +323,7 @@ void Variant::Dump(ICLogger* logger, unsigned int indent) const {
     } else {
         line += std::string(" of type ") + Traits(KindOf(*this)).dumpWord + " = '" + AsString() + '\'';
     }
-    WriteDumpLine(LoggerOrRegistered(logger), std::string(CutToBytes(line, kLongestDumpLine)));
+    WriteDumpLine(LoggerOrRegistered(logger), std::string(base::CutUtf8(line, kLongestDumpLine)));
 }
 
 const std::string& Variant::NoText() noexcept {

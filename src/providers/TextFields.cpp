@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/Utf8Cut.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon {
@@ -15,10 +16,9 @@ void SkipBlanks(const char*& cursor) {
     while (IsBlank(*cursor)) ++cursor;
 }
 
-bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 std::size_t CountCharacters(std::string_view text) {
-    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
+    return text.size() -
+           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), base::IsUtf8Continuation));
 }
 
 /// Where a column begins and what is its name.
@@ -70,7 +70,7 @@ bool FixedWidthField::Parse(const char** cursor, std::string& value) {
     for (std::size_t left = m_width; **cursor != '\0' && (m_width == 0 || left > 0); --left) {
         do {
             ++*cursor;
-        } while (IsContinuation(**cursor));
+        } while (base::IsUtf8Continuation(**cursor));
     }
     value.append(start, *cursor);
     return true;
