@@ -1,9 +1,9 @@
-# Locales whose numbers are not written as in the C locale: a program finds them in LOCPATH, which is this
+# Locales whose numbers, names or letters are not those of the C locale: a program finds them in LOCPATH, which is this
 # directory. Where localedef or a locale's source is missing they cannot be made, and the tests say so.
 set(QUILLON_TEST_LOCALES ${PROJECT_BINARY_DIR}/locales)
 find_program(LOCALEDEF localedef)
 if(LOCALEDEF AND EXISTS /usr/share/i18n/locales/ps_AF AND NOT WIN32 AND NOT TARGET test_locales)
-  foreach(locale de_DE fr_FR ps_AF)
+  foreach(locale de_DE fr_FR ps_AF tr_TR)
     add_custom_command(OUTPUT ${QUILLON_TEST_LOCALES}/${locale}.UTF-8
                        COMMAND ${CMAKE_COMMAND} -E make_directory ${QUILLON_TEST_LOCALES}
                        COMMAND ${LOCALEDEF} -i ${locale} -f UTF-8 ${QUILLON_TEST_LOCALES}/${locale}.UTF-8

@@ -16,8 +16,8 @@ namespace quillon {
 /// Narrow strings are UTF-8 unless an operation says otherwise; wide strings hold UTF-16, one
 /// code unit per `wchar_t` whatever its size. Embedded NULs are ordinary characters. White
 /// space is space, tab, line feed, vertical tab, form feed and carriage return. Case mappings
-/// change only A-Z and a-z, code unit by code unit, so multi-byte sequences are left alone (the
-/// C locale, which the library never changes); "case-insensitive" means exactly this mapping.
+/// change only A-Z and a-z, code unit by code unit, so multi-byte sequences are left alone, also
+/// where the host has set another locale; "case-insensitive" means exactly this mapping.
 /// Operations that take `std::string&` change it in place and return it. Where both a narrow
 /// and a wide form exist, they behave alike.
 ///
@@ -203,7 +203,7 @@ public:
 
     // --- Formatting and system texts ---
 
-    /// Formats as vsnprintf() does and returns at most 9,999 bytes; what is longer is cut. A
+    /// Formats as vsnprintf() does in the C locale, and returns at most 9,999 bytes of it. A
     /// format that fails gives "Invalid Log format: " and the format. `arguments` is used up.
     static std::string Format(const char* format, std::va_list arguments) QUILLON_PRINTF(1, 0);
     /// Returns a copy in which the system has expanded %NAME% references; unknown names stay,

@@ -2,22 +2,28 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/Characters.h"
 #include "base/Utf.h"
+#include "base/Utf8Cut.h"
 
 namespace quillon::base {
 
 namespace {
 
 constexpr int kRefused = -1;
+constexpr char kGroups = '\'';  // the flag for the locale's separators, of which the C locale has none
+constexpr std::string_view kKindsOfReals = "aAeEfFgG";
 
 /// One conversion of a format, such as "%-08.3lld".
 struct Conversion {
@@ -31,10 +37,13 @@ struct Conversion {
     [[nodiscard]] bool IsWideText() const {
         return kind == 'S' || kind == 'C' || (length == "l" && (kind == 's' || kind == 'c'));
     }
-    /// Whether a C runtime may follow it without taking more memory than the result needs.
+    [[nodiscard]] bool IsReal() const { return kKindsOfReals.find(kind) != std::string_view::npos; }
+    /// Whether a C runtime may follow it: without taking more memory than the result needs, without asking
+    /// the locale, and without another conversion behind a number of an argument ("%1$n").
     [[nodiscard]] bool IsPlain(long long most) const {
         return !takesWidth && !takesPrecision && width.value_or(0) <= most && precision.value_or(0) <= most &&
-               !IsWideText() && kind != 'n';
+               !IsWideText() && !IsReal() && flags.find(kGroups) == std::string_view::npos && kind != 'n' &&
+               kind != '$';
     }
 };
 
@@ -73,6 +82,22 @@ Conversion TakeConversion(const char*& at) {
     conversion.kind = *at;
     if (*at != '\0') ++at;
     return conversion;
+}
+
+/// Behind the sign and the "0x" of a number.
+std::size_t StartOfDigits(std::string_view number) {
+    std::size_t start = std::min(number.find_first_not_of("+- "), number.size());
+    if (number.substr(start, 2) == "0x" || number.substr(start, 2) == "0X") start += 2;
+    return start;
+}
+
+/// Replaces what stands behind the first digits of a real number and is neither digit nor letter.
+void SetPoint(std::string& number) {
+    const auto isDigitOrLetter = [](char c) { return IsDigit(c) || IsLetter(c); };
+    auto point = number.begin() + static_cast<std::ptrdiff_t>(StartOfDigits(number));
+    point = std::find_if_not(point, number.end(), isDigitOrLetter);
+    if (point == number.end() || *point == '+' || *point == '-') return;  // the sign of the power
+    number.replace(point, std::find_if(point, number.end(), isDigitOrLetter), 1, '.');
 }
 
 bool IsPlain(const char* format, long long most) {
@@ -190,16 +215,6 @@ private:
             case 'x':
             case 'X':
                 return PutUnsigned(conversion);
-            case 'a':
-            case 'A':
-            case 'e':
-            case 'E':
-            case 'f':
-            case 'F':
-            case 'g':
-            case 'G':
-                return conversion.length == "L" ? PutWith(conversion, "L", va_arg(m_arguments, long double))
-                                                : PutWith(conversion, "", va_arg(m_arguments, double));
             case 'p':
                 return PutWith(conversion, "", va_arg(m_arguments, void*));
             case 's':
@@ -210,24 +225,57 @@ private:
             case 'C':
                 return PutCharacter(conversion);
             default:
-                return false;  // %n, the end of the format, and what no runtime knows
+                if (!conversion.IsReal())
+                    return false;  // %n, the end of the format, and what no runtime knows
+                return conversion.length == "L" ? PutReal(conversion, "L", va_arg(m_arguments, long double))
+                                                : PutReal(conversion, "", va_arg(m_arguments, double));
         }
     }
 
-    /// A number that the runtime writes, by a format with what was cut.
+    /// A number as the runtime writes it, by a format with what was cut.
     template <class Value>
-    bool PutWith(const Conversion& conversion, const char* length, Value value) {
-        std::string format = "%" + std::string(conversion.flags);
+    std::optional<std::string> TextOf(const Conversion& conversion, const char* length, Value value) {
+        std::string format = "%";
+        std::remove_copy(conversion.flags.begin(), conversion.flags.end(), std::back_inserter(format),
+                         kGroups);
         if (conversion.isLeft) format += '-';
         if (conversion.width) format += std::to_string(*conversion.width);
         if (conversion.precision) format += '.' + std::to_string(*conversion.precision);
         format += length;
         format += conversion.kind;
-        const int count = std::snprintf(nullptr, 0, format.c_str(), value);
-        if (count < 0) return false;
-        std::string text(static_cast<std::size_t>(count) + 1, '\0');
-        std::snprintf(text.data(), text.size(), format.c_str(), value);
-        Put(std::string_view(text).substr(0, static_cast<std::size_t>(count)));
+        constexpr std::size_t kUsualSize = 64;
+        std::string text(kUsualSize, '\0');
+        int count = std::snprintf(text.data(), text.size(), format.c_str(), value);
+        if (count < 0) return std::nullopt;
+        const auto size = static_cast<std::size_t>(count);
+        if (size >= text.size()) {
+            text.resize(size + 1);
+            count = std::snprintf(text.data(), text.size(), format.c_str(), value);
+        }
+        text.resize(size);
+        return text;
+    }
+
+    template <class Value>
+    bool PutWith(const Conversion& conversion, const char* length, Value value) {
+        const auto text = TextOf(conversion, length, value);
+        if (text) Put(*text);
+        return text.has_value();
+    }
+
+    /// The decimal point of the locale, which may take several bytes, becomes that of the C locale; the
+    /// runtime is not given the width, as it would count those bytes.
+    template <class Real>
+    bool PutReal(Conversion conversion, const char* length, Real value) {
+        const auto width = static_cast<std::size_t>(std::exchange(conversion.width, {}).value_or(0));
+        auto text = TextOf(conversion, length, value);
+        if (!text) return false;
+        SetPoint(*text);
+        const bool hasZeros = conversion.flags.find('0') != std::string_view::npos && !conversion.isLeft;
+        if (hasZeros && std::isfinite(value) && text->size() < width)
+            text->insert(StartOfDigits(*text), width - text->size(), '0');
+        conversion.width = static_cast<long long>(width);
+        PutPadded(conversion, *text);
         return true;
     }
 
@@ -265,13 +313,8 @@ private:
         std::size_t units = 0;  // no more than can matter, as the end may be missing with a precision
         const auto most = static_cast<std::size_t>(conversion.precision.value_or(0));
         while ((!conversion.precision || units < most) && text[units] != L'\0') ++units;
-        std::string narrow = ToUtf8({text, units});
-        if (conversion.precision && narrow.size() > most) {
-            std::size_t cut = most;
-            while (cut > 0 && (narrow[cut] & 0xC0) == 0x80) --cut;
-            narrow.resize(cut);
-        }
-        PutPadded(conversion, narrow);
+        const std::string narrow = ToUtf8({text, units});
+        PutPadded(conversion, conversion.precision ? CutUtf8(narrow, most) : narrow);
         return true;
     }
 

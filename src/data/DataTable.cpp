@@ -349,7 +349,8 @@ void DataTable::SortBy(const std::vector<std::string>& columns) {
 void PrintTo(const DataTable& table, std::ostream* stream) {
     constexpr unsigned long long kMostRows = 10;
     unsigned long long shown = 0;
-    *stream << table.GetNumberOfRows() << (table.IsUndefined() ? " rows, undefined" : " rows");
+    *stream << std::to_string(table.GetNumberOfRows())
+            << (table.IsUndefined() ? " rows, undefined" : " rows");
     for (auto row = table.begin(); row != table.end() && shown < kMostRows; ++row, ++shown) {
         *stream << '\n';
         PrintTo(*row, stream);

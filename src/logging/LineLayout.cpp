@@ -6,6 +6,8 @@
 #include <chrono>
 #include <string>
 
+#include "logging/Log4cplusEntry.h"
+
 namespace quillon {
 
 LineLayout::~LineLayout() = default;
@@ -18,6 +20,7 @@ void LineLayout::formatAndAppend(log4cplus::tostream& output,
 }
 
 LineParts LineLayout::PartsOf(const log4cplus::spi::InternalLoggingEvent& event) {
+    ThreadName();  // which the event takes over when it is first asked for it
     const auto sinceEpoch = event.getTimestamp().time_since_epoch();
     using Time = std::chrono::system_clock::time_point;
     return {Time(std::chrono::duration_cast<Time::duration>(sinceEpoch)), event.getThread2(),

@@ -251,7 +251,7 @@ bool RootEntry::IsEnabled() const {
 void RootEntry::Write(std::string_view text) const {
     Shared& shared = TheShared();
     const bool isOutermost =
-        m_isWithin ? shared.output->Write(log4cplus::thread::getCurrentThreadName2(), NameOf(m_level), text)
+        m_isWithin ? shared.output->Write(ThreadName(), NameOf(m_level), text)
                    : shared.output->Write(std::to_string(platform::CurrentThreadId()), NameOf(m_level), text);
     if (isOutermost && m_isWithin) return WriteToGuests(m_level, text);
     // The lock of the entry that caused the report is still held here.

@@ -68,8 +68,6 @@ TEST(PrintfFormat, FollowsSimpleFormatsAsTheRuntimeDoes) {
 }
 
 TEST(PrintfFormat, WideTextsAreUtf8InEveryLocale) {
-    const char* const before = std::setlocale(LC_ALL, nullptr);
-    const std::string locale = before == nullptr ? "C" : before;
     for (const char* const name : {"C", "C.UTF-8"}) {
         SCOPED_TRACE(name);
         std::setlocale(LC_ALL, name);
@@ -79,7 +77,7 @@ TEST(PrintfFormat, WideTextsAreUtf8InEveryLocale) {
         EXPECT_EQ(Format("%ls", L"\xD800"), (Formatted{3, "\xEF\xBF\xBD"}));
         EXPECT_EQ(Format("%S%ls", L"a", static_cast<const wchar_t*>(nullptr)), (Formatted{7, "a(null)"}));
     }
-    std::setlocale(LC_ALL, locale.c_str());
+    std::setlocale(LC_ALL, "C");
 }
 
 TEST(PrintfFormat, TakesNoMoreMemoryThanTheResult) {
@@ -101,6 +99,8 @@ TEST(PrintfFormat, RefusesWhatItCannotFollow) {
     EXPECT_EQ(written, 7);
     EXPECT_LT(Format("%ls%", L"a").length, 0);
     EXPECT_LT(Format("%ls%k", L"a", 1).length, 0);
+    EXPECT_EQ(Format("ab%1$n", &written).length, -1);
+    EXPECT_EQ(written, 7);
 }
 
 }  // namespace quillon

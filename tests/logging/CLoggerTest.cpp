@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "support/ChildMain.h"
+#include "support/ForeignLocale.h"
 #include "support/LogLines.h"
 #include "support/TempDir.h"
 
@@ -65,6 +66,7 @@ const ChildMode path("clogger-path", [](const Arguments& a) {
 });
 
 const ChildMode threads("clogger-threads", [](const Arguments& a) {
+    const ForeignLocale locale("C");  // which has separators in the numbers of new streams
     ICLogger& log = *CLogger::GetInstance();
     log.InitializeLogging(a[0].c_str(), Level::Info);
     std::vector<std::thread> writers;
