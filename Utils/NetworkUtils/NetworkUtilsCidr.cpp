@@ -8,38 +8,20 @@
 
 #include "base/HexDigits.h"
 #include "base/IpAddress.h"
-#include "base/NumberText.h"
+#include "base/Ipv4Text.h"
 #include "quillon/NetworkUtils.h"
 
 namespace quillon {
 
 namespace {
 
-using Octets = std::array<std::uint32_t, 4>;
-
-std::string Dotted(const Octets& octets) {
+std::string Dotted(const std::array<std::uint32_t, base::Ipv4Numbers::kMost>& octets) {
     std::string text;
     for (const std::uint32_t octet : octets) {
         if (!text.empty()) text += '.';
         text += std::to_string(octet);
     }
     return text;
-}
-
-/// Reads four numbers as scanf does with "%u.%u.%u.%u": each may have blanks and a sign in front, the
-/// rest of the text is ignored, and the low 32 bits of a number count.
-std::optional<Octets> ReadOctets(std::string_view text) {
-    Octets octets{};
-    for (std::uint32_t& octet : octets) {
-        if (&octet != &octets.front()) {
-            if (!text.starts_with('.')) return std::nullopt;
-            text.remove_prefix(1);
-        }
-        const auto number = base::TakeUnsigned(text);
-        if (!number) return std::nullopt;
-        octet = static_cast<std::uint32_t>(*number);
-    }
-    return octets;
 }
 
 std::optional<std::size_t> ReadPrefixLength(std::string_view text, std::size_t most) {
@@ -86,15 +68,16 @@ std::string NetworkUtils::FormatMacAddressAsString(unsigned long length, unsigne
 
 std::string NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(const std::string& address,
                                                                   const std::string& mask) {
-    auto network = ReadOctets(address);
-    const auto maskOctets = ReadOctets(mask);
-    if (!network || !maskOctets) return {};
+    std::string_view addressText = address, maskText = mask;  // the rest of each does not count
+    auto network = base::TakeIpv4Numbers(addressText, base::Ipv4Rule::Scanf);
+    const auto maskNumbers = base::TakeIpv4Numbers(maskText, base::Ipv4Rule::Scanf);
+    if (!network || !maskNumbers) return {};
     std::uint32_t maskValue = 0;
-    for (std::size_t i = 0; i < network->size(); ++i) {
-        (*network)[i] &= (*maskOctets)[i];
-        maskValue = maskValue << 8 | (*maskOctets)[i];
+    for (std::size_t i = 0; i < network->values.size(); ++i) {
+        network->values[i] &= maskNumbers->values[i];
+        maskValue = maskValue << 8 | maskNumbers->values[i];
     }
-    return Dotted(*network) + '/' + std::to_string(32 - std::countr_zero(maskValue));
+    return Dotted(network->values) + '/' + std::to_string(32 - std::countr_zero(maskValue));
 }
 
 }  // namespace quillon

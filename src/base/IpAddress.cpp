@@ -5,7 +5,7 @@
 #include <cstring>
 #include <system_error>
 
-#include "base/Characters.h"
+#include "base/Ipv4Text.h"
 
 namespace quillon::base {
 
@@ -13,28 +13,11 @@ namespace {
 
 constexpr std::size_t kGroupSize = 2;
 
-/// Takes a decimal number of 0 to 255 without leading zeros off the front.
-std::optional<std::uint8_t> TakeOctet(std::string_view& text) {
-    if (text.empty() || !IsDigit(text.front())) return std::nullopt;
-    std::uint8_t octet = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), octet);
-    const auto length = static_cast<std::size_t>(end - text.data());
-    if (error != std::errc() || (text.front() == '0' && length > 1)) return std::nullopt;
-    text.remove_prefix(length);
-    return octet;
-}
-
-bool ReadIpv4(std::string_view text, std::uint8_t* bytes) {
-    for (std::size_t i = 0; i < IpAddress::kIpv4Size; ++i) {
-        if (i > 0) {
-            if (!text.starts_with('.')) return false;
-            text.remove_prefix(1);
-        }
-        const auto octet = TakeOctet(text);
-        if (!octet) return false;
-        bytes[i] = *octet;
-    }
-    return text.empty();
+bool ReadIpv4Bytes(std::string_view text, std::uint8_t* bytes) {
+    const auto address = ReadIpv4(text, Ipv4Rule::Strict);
+    for (std::size_t i = 0; address && i < IpAddress::kIpv4Size; ++i)
+        bytes[i] = static_cast<std::uint8_t>(*address >> (24 - 8 * i));
+    return address.has_value();
 }
 
 /// Takes one to four hexadecimal digits off the front.
@@ -61,7 +44,8 @@ bool ReadIpv6(std::string_view text, IpAddress& address) {
     while (!text.empty()) {
         const std::string_view group = text.substr(0, text.find(':'));
         if (group.size() == text.size() && group.find('.') != std::string_view::npos) {
-            if (size + IpAddress::kIpv4Size > IpAddress::kIpv6Size || !ReadIpv4(text, &address.bytes[size]))
+            if (size + IpAddress::kIpv4Size > IpAddress::kIpv6Size ||
+                !ReadIpv4Bytes(text, &address.bytes[size]))
                 return false;
             size += IpAddress::kIpv4Size;
             break;
@@ -145,7 +129,7 @@ std::optional<IpAddress> ReadIpAddress(std::string_view text) {
     IpAddress address;
     if (text.find(':') == std::string_view::npos) {
         address.size = IpAddress::kIpv4Size;
-        return ReadIpv4(text, address.bytes.data()) ? std::optional(address) : std::nullopt;
+        return ReadIpv4Bytes(text, address.bytes.data()) ? std::optional(address) : std::nullopt;
     }
     address.size = IpAddress::kIpv6Size;
     return ReadIpv6(text, address) ? std::optional(address) : std::nullopt;

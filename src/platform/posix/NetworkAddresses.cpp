@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "base/IpAddress.h"
 #include "base/Ipv4Text.h"
 #include "platform/NetworkApi.h"
 #include "platform/posix/SocketStart.h"
@@ -15,7 +16,7 @@ namespace quillon::platform {
 namespace {
 
 bool ReadIpv4(std::string_view text, void* address) {
-    const auto host = base::TakeIpv4(text);
+    const auto host = base::TakeIpv4(text, base::Ipv4Rule::System);
     const auto port = host ? base::ReadPort(text) : std::nullopt;
     if (!port) return false;
     sockaddr_in result{};
@@ -29,9 +30,9 @@ bool ReadIpv4(std::string_view text, void* address) {
 /// "ADDRESS" or "ADDRESS%SCOPE".
 bool ReadHost(std::string_view text, sockaddr_in6& result) {
     const std::size_t percent = text.find('%');
-    const std::string host(text.substr(0, percent));
-    if (host.find('\0') != std::string::npos) return false;
-    if (::inet_pton(AF_INET6, host.c_str(), &result.sin6_addr) != 1) return false;
+    const auto host = base::ReadIpAddress(text.substr(0, percent));
+    if (!host || host->size != base::IpAddress::kIpv6Size) return false;
+    std::memcpy(&result.sin6_addr, host->bytes.data(), host->size);
     if (percent == std::string_view::npos) return true;
     const std::string_view scope = text.substr(percent + 1);
     const char* const end = scope.data() + scope.size();
