@@ -79,11 +79,13 @@ void Check(CIMTYPE type, const _variant_t& value, const Variant& cell) {
     Require(IsInteger(type) ? cell.TypeIs(typeid(long long)) || (type == CIM_UINT64 && isText) : isText);
 }
 
-void Query(simulation::WmiRepository& repository, CIMTYPE type, const _variant_t& value) {
+void Query(simulation::WmiRepository& repository, CIMTYPE type, const _variant_t& value,
+           WmiConnector::ValuePolicy policy) {
     repository.AddClass(L"ROOT\\fuzz", {L"One", {{L"V", type, value}}, {}});
     repository.AddInstance(L"ROOT\\fuzz", L"One", {});
     WmiConnector connector(nullptr);
     connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
+    connector.SetValuePolicy(policy);
     Require(connector.Connect("ROOT\\fuzz"));
     DataTable table;
     try {
@@ -105,7 +107,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const CIMTYPE type = Pick(kTypes, data[0]) | ((data[2] & 1) != 0 ? kArrayFlag : 0);
     const VARTYPE held = Pick(kHeld, data[1]);
     const bool isArray = (data[2] & 2) != 0;
-    Query(repository, type, isArray ? Array(held, data + 3, size - 3) : Value(held, data + 3, size - 3));
+    const auto policy =
+        (data[2] & 4) != 0 ? WmiConnector::ValuePolicy::Type : WmiConnector::ValuePolicy::Form;
+    Query(repository, type, isArray ? Array(held, data + 3, size - 3) : Value(held, data + 3, size - 3),
+          policy);
     Require(repository.LiveObjects() == 0);
     return 0;
 }

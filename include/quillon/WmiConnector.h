@@ -33,7 +33,8 @@ class CComPtr;
 ///
 /// A property becomes a Variant by its CIM type: integers a 64-bit integer, reals a double,
 /// booleans a bool, date-times their JSON text with the zone that they have, everything else a
-/// text; an array is its elements' texts joined by ", ". NULL is a null Variant. A number that
+/// text; an array is its elements' texts joined by ", ", and "(array)" when it has more than one
+/// dimension. NULL is a null Variant. A number that
 /// cannot be read as one throws std::invalid_argument or, past its range, std::out_of_range. An
 /// object with a property that cannot be read gives an Error entry and the part of a row before
 /// it, and the query goes on.
@@ -66,15 +67,27 @@ public:
         Text,   ///< its decimal text
     };
 
-    /// Says what an update does with values that are not scalars.
+    /// Says how values are read that WMI holds in another form than their type.
+    enum class ValuePolicy : std::uint8_t {
+        /// By the form: an unsigned 32-bit number past 2147483647, and a 16-bit character past 32767, is the
+        /// negative number of its bits; an element of an array of booleans or objects is the empty text and
+        /// gives a Debug entry.
+        Form,
+        /// By the type: such numbers are unsigned, and the elements are "true" or "false", and "(object)".
+        Type,
+    };
+
+    /// Says what an update, and a parameter of a method, does with values that are not scalars.
     enum class UpdatePolicy {
         /// A null value throws null_Variant. A property of another type than an integer, a real, a text, a
-        /// boolean or a date-time is set to null without a type, which WMI may refuse.
+        /// boolean or a date-time is set to null without a type, which WMI may refuse. A parameter gets the
+        /// value's text whatever its type is.
         Scalars,
-        /// A null value clears the property. An array property takes a text with one element in each line,
-        /// and
-        /// the empty text as an empty array. A property of any other type, and a text that is no such array,
-        /// gives an Error entry and a failure before anything is stored (0x80041005, WBEM_E_TYPE_MISMATCH).
+        /// A null value clears the property, and leaves the parameter without a value. An array takes a text
+        /// with one element in each line, and the empty text as an empty array; an unsigned 64-bit property
+        /// takes its decimal text as well. A property of any other type, and a text that is no such array or
+        /// number, gives an Error entry and a failure before anything is stored (0x80041005,
+        /// WBEM_E_TYPE_MISMATCH); a parameter is left out with a Warn entry.
         NullsAndArrays
     };
 
@@ -93,8 +106,10 @@ public:
     void SetDeadline(std::int32_t milliseconds);
     /// Replaces the policy; the default is Raise.
     void SetUint64Policy(Uint64Policy policy);
+    /// Replaces the policy; the default is Form.
+    void SetValuePolicy(ValuePolicy policy);
 
-    /// Replaces the policy of updates; the default is Scalars.
+    /// Replaces the policy of updates and parameters; the default is Scalars.
     void SetUpdatePolicy(UpdatePolicy policy);
 
     /// Says what a value does that the called method has no parameter for: nothing, by default, or,
@@ -226,6 +241,7 @@ private:
     UpdatePolicy m_updatePolicy = UpdatePolicy::Scalars;
     bool m_refusesUnknown = false;
     bool m_diagnoses = false;
+    ValuePolicy m_valuePolicy = ValuePolicy::Form;
 };
 
 }  // namespace quillon

@@ -26,6 +26,8 @@ std::optional<Held> HeldAs(CIMTYPE type) {
             return Held{VT_I1, VT_I2};
         case CIM_SINT16:
             return Held{VT_I2, VT_I2};
+        case CIM_CHAR16:
+            return Held{VT_UI2, VT_I2};
         case CIM_UINT16:
             return Held{VT_UI2, VT_I4};
         case CIM_SINT32:
@@ -42,6 +44,7 @@ std::optional<Held> HeldAs(CIMTYPE type) {
         case CIM_UINT64:
         case CIM_STRING:
         case CIM_DATETIME:
+        case CIM_REFERENCE:
             return Held{VT_BSTR, VT_BSTR};
         default:
             return std::nullopt;
@@ -61,7 +64,7 @@ std::vector<std::string_view> LinesOf(std::string_view text) {
 /// Widens what does not stand in an array as it was read.
 void Store(const Held& held, _variant_t& value) {
     if (held.converted == VT_I1) value.iVal = value.cVal;
-    if (held.converted == VT_UI2) value.lVal = value.uiVal;
+    if (held.stored == VT_I4 && held.converted == VT_UI2) value.lVal = value.uiVal;
     value.vt = held.stored;
 }
 

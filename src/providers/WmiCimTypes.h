@@ -7,6 +7,9 @@ namespace quillon {
 /// CIM_UINT64 whose values past the signed range are texts. No type of CIM's own.
 constexpr CIMTYPE kUint64OrText = 0x10000 | CIM_UINT64;
 
+/// Added to a type whose values are read as WMI means them. No type of CIM's own.
+constexpr CIMTYPE kAsMeant = 0x20000;
+
 constexpr CIMTYPE kArrayFlag = CIM_FLAG_ARRAY;
 
 constexpr bool IsArray(CIMTYPE type) { return (type & kArrayFlag) != 0; }

@@ -27,6 +27,8 @@ void WmiConnector::SetUint64Policy(Uint64Policy policy) { m_uint64Policy = polic
 
 void WmiConnector::RefuseUnknownParameters(bool refused) { m_refusesUnknown = refused; }
 
+void WmiConnector::SetValuePolicy(ValuePolicy policy) { m_valuePolicy = policy; }
+
 void WmiConnector::SetUpdatePolicy(UpdatePolicy policy) { m_updatePolicy = policy; }
 
 void WmiConnector::SetDiagnostics(bool on) { m_diagnoses = on; }

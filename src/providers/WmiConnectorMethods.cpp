@@ -1,7 +1,10 @@
 #include <memory>
+#include <optional>
 
 #include "base/Utf.h"
 #include "platform/TextApi.h"
+#include "providers/WmiArrayValue.h"
+#include "providers/WmiCimTypes.h"
 #include "providers/WmiEnumeration.h"
 #include "providers/WmiOperation.h"
 #include "providers/WmiOwners.h"
@@ -48,6 +51,18 @@ struct Method {
 bool IsSettable(long cimType) {
     return cimType != CIM_OBJECT && cimType != CIM_REFERENCE && cimType != CIM_ILLEGAL &&
            cimType != CIM_FLAG_ARRAY;
+}
+
+/// A value as WMI takes it for a parameter; nothing when it is none of the type.
+std::optional<_variant_t> ParameterValue(long cimType, const Variant& value, const std::string& text,
+                                         WmiConnector::UpdatePolicy policy) {
+    if (policy == WmiConnector::UpdatePolicy::NullsAndArrays) {
+        _variant_t null;
+        null.vt = VT_NULL;
+        if (value.IsNull()) return null;
+        if (IsArray(cimType)) return ArrayOfLines(text, ElementType(cimType));
+    }
+    return TextVariant(base::ToWide(text));
 }
 
 }  // namespace
@@ -196,8 +211,8 @@ void WmiConnector::SetWmiParameterFromUserParameter(CComPtr<IWbemClassObject>& i
         return;
     }
     const std::string text = value.AsString();
-    _variant_t converted = TextVariant(base::ToWide(text));
-    if (FAILED(inInstance->Put(name.c_str(), 0, &converted, cimType))) {
+    auto converted = ParameterValue(cimType, value, text, m_updatePolicy);
+    if (!converted || FAILED(inInstance->Put(name.c_str(), 0, &*converted, cimType))) {
         m_logger->Warn("Could not apply parameter value of '%s' to parameter '%s'",
                        LogText::OneLine(ToUtf8(name)).c_str(), LogText::OneLine(text).c_str());
     }

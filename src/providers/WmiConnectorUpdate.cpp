@@ -1,3 +1,6 @@
+#include <charconv>
+#include <optional>
+
 #include "base/Utf.h"
 #include "platform/TextApi.h"
 #include "providers/WmiArrayValue.h"
@@ -22,6 +25,7 @@ std::string Describe(const _variant_t& value, CIMTYPE type) {
             return "real64:" + Variant(value.dblVal).AsString();
         case CIM_STRING:
         case CIM_DATETIME:
+        case CIM_UINT64:  // a text past the signed range
             return base::ToUtf8(platform::BstrText(value.bstrVal));
         case CIM_BOOLEAN:
             return std::string("bool:") + StringUtils::BoolValAsString(value.boolVal == VARIANT_TRUE);
@@ -35,6 +39,20 @@ std::string Describe(const _variant_t& value, CIMTYPE type) {
 bool IsScalar(CIMTYPE type) {
     return IsInteger(type) || IsReal(type) || type == CIM_STRING || type == CIM_DATETIME ||
            type == CIM_BOOLEAN;
+}
+
+/// Whether a value is none of those that are written under every policy.
+bool IsOther(CIMTYPE type, const Variant& value) {
+    return value.IsNull() || !IsScalar(type) || (type == CIM_UINT64 && value.TypeIs(typeid(std::string)));
+}
+
+/// The decimal text of an unsigned 64-bit number, which is the form in which WMI holds one.
+std::optional<_variant_t> Uint64Text(const std::string& text) {
+    std::uint64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
+    return TextVariant(base::ToWide(text));
 }
 
 }  // namespace
@@ -71,9 +89,7 @@ bool WmiConnector::Update::Prepare(IWbemClassObject& object) {
             return false;
         }
         const Variant& value = m_row.Get(i);
-        const bool isOther =
-            m_connector.m_updatePolicy == UpdatePolicy::NullsAndArrays && (value.IsNull() || !IsScalar(type));
-        if (!isOther) {
+        if (m_connector.m_updatePolicy != UpdatePolicy::NullsAndArrays || !IsOther(type, value)) {
             m_changes.push_back(MakeChange(m_columns[i], type, value));
             continue;
         }
@@ -127,13 +143,15 @@ bool WmiConnector::Update::MakeOther(Change& change, const Variant& value) const
                                     LogText::OneLine(change.label).c_str());
         return true;
     }
-    if (!IsArray(change.type) || !value.TypeIs(typeid(std::string))) return false;
-    auto array = ArrayOfLines(value.GetStringValue(), ElementType(change.type));
-    if (!array) return false;
-    change.value = std::move(*array);
-    m_connector.m_logger->Debug("Updating property [%s] value VT_ARRAY[%s]",
-                                LogText::OneLine(change.label).c_str(),
-                                LogText::OneLine(value.GetStringValue()).c_str());
+    if ((!IsArray(change.type) && change.type != CIM_UINT64) || !value.TypeIs(typeid(std::string)))
+        return false;
+    const std::string& text = value.GetStringValue();
+    auto made = IsArray(change.type) ? ArrayOfLines(text, ElementType(change.type)) : Uint64Text(text);
+    if (!made) return false;
+    change.value = std::move(*made);
+    m_connector.m_logger->Debug("Updating property [%s] value %s[%s]", LogText::OneLine(change.label).c_str(),
+                                IsArray(change.type) ? "VT_ARRAY" : "VT_BSTR",
+                                LogText::OneLine(text).c_str());
     return true;
 }
 

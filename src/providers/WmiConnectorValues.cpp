@@ -82,6 +82,27 @@ bool IsReadable(VARTYPE type) {
     }
 }
 
+/// Returns the number whose bits WMI holds in a signed variant; nothing for what is as it is meant.
+std::optional<_variant_t> Unsigned(const VARIANT& value, CIMTYPE type) {
+    _variant_t meant;
+    if (type == CIM_UINT32 && value.vt == VT_I4) {
+        meant.ulVal = static_cast<ULONG>(value.lVal);
+        meant.vt = VT_UI4;
+    } else if (type == CIM_CHAR16 && value.vt == VT_I2) {
+        meant.uiVal = static_cast<unsigned short>(value.iVal);
+        meant.vt = VT_UI2;
+    } else {
+        return std::nullopt;
+    }
+    return meant;
+}
+
+/// Whether the elements of an array have one index. A function that gets one index for two reads past it.
+bool HasOneDimension(SAFEARRAY* array) {
+    LONG bound = 0;
+    return FAILED(::SafeArrayGetLBound(array, 2, &bound));
+}
+
 bool FetchElement(SAFEARRAY* array, VARTYPE type, LONG index, _variant_t& element) {
     if (type == VT_VARIANT) {
         return SUCCEEDED(::SafeArrayGetElement(array, &index, static_cast<VARIANT*>(&element)));
@@ -106,8 +127,12 @@ class ArrayText {
 public:
     using Converter = bool (*)(const _variant_t* value, long cimType, Variant& out);
 
-    ArrayText(SAFEARRAY* array, const wchar_t* name, CIMTYPE elementType, Converter convert)
-        : m_array(array), m_name(name), m_elementType(elementType), m_convert(convert) {
+    ArrayText(SAFEARRAY* array, const wchar_t* name, CIMTYPE type, Converter convert)
+        : m_array(array),
+          m_name(name),
+          m_elementType(ElementType(type) & ~kAsMeant),
+          m_isMeant((type & kAsMeant) != 0),
+          m_convert(convert) {
         if (FAILED(::SafeArrayGetVartype(array, &m_type))) m_type = VT_EMPTY;
     }
 
@@ -118,16 +143,21 @@ public:
             return {};
         }
         std::string text;
-        for (LONG i = first; i <= last; ++i) {
+        for (long long i = first; i <= last; ++i) {
             if (i != first) text += ", ";
-            text += Element(i);
+            text += Element(static_cast<LONG>(i));
         }
         return text;
     }
 
 private:
+    bool IsRead() const {
+        return IsReadable(m_type) || (m_isMeant && ((m_type == VT_BOOL && m_elementType == CIM_BOOLEAN) ||
+                                                    (m_type == VT_UNKNOWN && m_elementType == CIM_OBJECT)));
+    }
+
     std::string Element(LONG index) const {
-        if (!IsReadable(m_type)) {
+        if (!IsRead()) {
             ReportElement(m_name, m_type, index);
             return {};
         }
@@ -135,6 +165,7 @@ private:
         if (!FetchElement(m_array, m_type, index, element)) return {};
         // A variant may hold nothing.
         const bool isGiven = element.vt != VT_EMPTY && element.vt != VT_NULL;
+        if (const auto meant = Unsigned(element, m_elementType); m_isMeant && meant) element = *meant;
         Variant converted;
         m_convert(isGiven ? &element : nullptr, m_elementType, converted);
         return converted.AsString();
@@ -143,6 +174,7 @@ private:
     SAFEARRAY* m_array;
     const wchar_t* m_name;
     CIMTYPE m_elementType;
+    bool m_isMeant;
     Converter m_convert;
     VARTYPE m_type = VT_EMPTY;
 };
@@ -154,7 +186,9 @@ bool WmiConnector::ReadRow(const CComPtr<IWbemClassObject>& object, const wchar_
     const unsigned long flags = returnQualifiers ? 0 : WBEM_FLAG_NONSYSTEM_ONLY;
     const auto add = [this, &row](wchar_t* const& name, const _variant_t& value, long cimType) {
         const bool mayBeText = m_uint64Policy == Uint64Policy::Text && ElementType(cimType) == CIM_UINT64;
-        return AddPropertyToRow(&row, name, value, mayBeText ? cimType | kUint64OrText : cimType);
+        const long type = mayBeText ? cimType | kUint64OrText : cimType;
+        return AddPropertyToRow(&row, name, value,
+                                m_valuePolicy == ValuePolicy::Type ? type | kAsMeant : type);
     };
     return ExtractObjectProperties(object, objectPath, flags, add);
 }
@@ -202,12 +236,13 @@ bool WmiConnector::AddPropertyToRow(VariantList* row, wchar_t* const& name, cons
     if (value.vt == VT_NULL) {
         // stays null
     } else if (!IsArray(cimType)) {
-        CimScalarValueToVariant(&value, cimType, cell);
-    } else if ((value.vt & VT_ARRAY) == 0) {
+        const CIMTYPE type = cimType & ~kAsMeant;
+        const auto meant = Unsigned(value, type);
+        CimScalarValueToVariant(type != cimType && meant ? &*meant : &value, type, cell);
+    } else if ((value.vt & VT_ARRAY) == 0 || !HasOneDimension(value.parray)) {
         cell.SetStringValue("(array)");
     } else {
-        cell.SetStringValue(
-            ArrayText(value.parray, name, ElementType(cimType), &CimScalarValueToVariant).Joined());
+        cell.SetStringValue(ArrayText(value.parray, name, cimType, &CimScalarValueToVariant).Joined());
     }
     row->Add(std::move(cell));
     return true;

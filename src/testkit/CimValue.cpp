@@ -57,6 +57,34 @@ _variant_t LinesVariant(const std::string& text) {
     return array;
 }
 
+/// Returns an element of an array that holds `type`.
+_variant_t ElementOf(SAFEARRAY* array, VARTYPE type, LONG index) {
+    _variant_t element;
+    if (FAILED(SafeArrayGetElement(array, &index, &element.llVal))) return element;
+    element.vt = type;
+    return element;
+}
+
+/// Returns the values of an array in lines.
+std::string LinesOf(SAFEARRAY* array, CIMTYPE type) {
+    LONG first = 0, last = -1;
+    VARTYPE held = VT_EMPTY;
+    std::string lines;
+    if (FAILED(SafeArrayGetVartype(array, &held)) || FAILED(SafeArrayGetLBound(array, 1, &first)) ||
+        FAILED(SafeArrayGetUBound(array, 1, &last)))
+        return lines;
+    for (LONG i = first; i <= last; ++i) {
+        if (i != first) lines += '\n';
+        const _variant_t element = ElementOf(array, held, i);
+        if (type == CIM_BOOLEAN) {
+            lines += element.boolVal == VARIANT_FALSE ? "false" : "true";
+        } else {
+            lines += base::ToUtf8(simulation::CimText(element, type));
+        }
+    }
+    return lines;
+}
+
 CIMTYPE NumberOf(CimType type) {
     static constexpr CIMTYPE numbers[] = {CIM_BOOLEAN, CIM_SINT8,  CIM_UINT8,   CIM_SINT16, CIM_UINT16,
                                           CIM_SINT32,  CIM_UINT32, CIM_SINT64,  CIM_UINT64, CIM_REAL32,
@@ -85,6 +113,7 @@ _variant_t ToCim(const Variant& value, const WmiProperty& property) {
 Variant FromCim(const _variant_t& value, const WmiProperty& property) {
     const std::string& name = property.name;
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) return Variant::NullVariant(name);
+    if ((value.vt & VT_ARRAY) != 0) return Variant(name, LinesOf(value.parray, NumberOf(property.type)));
     if (value.vt == VT_BOOL) return Variant(name, value.boolVal != VARIANT_FALSE);
     if (value.vt == VT_R4) return Variant(name, static_cast<double>(value.fltVal));
     if (value.vt == VT_R8) return Variant(name, value.dblVal);

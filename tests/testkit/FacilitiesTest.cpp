@@ -115,6 +115,53 @@ TEST_F(WmiKit, ArraysAreGivenInLines) {
                  std::invalid_argument);
 }
 
+TEST_F(WmiKit, AMethodTakesArraysInLines) {
+    struct Case {
+        CimType type;
+        const char *given, *got;  // null: nothing
+    };
+    const Case cases[] = {
+        {CimType::String, "a, b\n\nc", "a, b\n\nc"},
+        {CimType::String, "", ""},
+        {CimType::Boolean, "true\nFALSE", "true\nfalse"},
+        {CimType::Sint8, "-128\n127", "-128\n127"},
+        {CimType::Uint8, "255", "255"},
+        {CimType::Uint8, "1\n256", nullptr},
+        {CimType::Sint16, "-32768", "-32768"},
+        {CimType::Uint16, "65535", "65535"},
+        {CimType::Sint32, "-2147483648", "-2147483648"},
+        {CimType::Uint32, "1\n4294967295", "1\n4294967295"},
+        {CimType::Sint64, "-9223372036854775808", "-9223372036854775808"},
+        {CimType::Uint64, "18446744073709551615", "18446744073709551615"},
+        {CimType::Uint64, "-1", nullptr},
+        {CimType::Real32, "0.5", "0.5"},
+        {CimType::Real64, "-1.25\n2", "-1.25\n2"},
+        {CimType::DateTime, "20260131183000.000000+000", "20260131183000.000000+000"},
+        {CimType::DateTime, "yesterday", nullptr},
+    };
+    for (const bool isTold : {true, false}) {
+        connector.SetUpdatePolicy(isTold ? WmiConnector::UpdatePolicy::NullsAndArrays
+                                         : WmiConnector::UpdatePolicy::Scalars);
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(c.given) + (isTold ? " as an array" : " as a text"));
+            Variant got;
+            const auto body = [&got](const std::string&, const VariantList& in, VariantList&) {
+                if (in.Size() != 0) got = in.Get(0);
+                return 0U;
+            };
+            wmi.AddClass(kNamespace, "Lists", {{"Name", CimType::String, true}},
+                         {{"Take", {{"Values", c.type, false, true}}, {}, body, true}});
+            MethodParameters parameters;
+            parameters.scalars.Add("values", c.given);
+            log.Forget();
+            ASSERT_TRUE(connector.ExecuteStaticMethod(L"Lists", L"Take", parameters, &table));
+            const bool isTaken = isTold && c.got != nullptr;
+            EXPECT_EQ(got, isTaken ? Variant("Values", c.got) : Variant());
+            EXPECT_EQ(log.Lines(ICLogger::Level::Warn).size(), isTaken ? 0U : 1U);
+        }
+    }
+}
+
 TEST_F(WmiKit, MethodsAndUpdatesReachTheObjects) {
     wmi.AddInstance(kNamespace, "Item", VariantList(Variant("Name", "a")));
     MethodParameters parameters;

@@ -37,6 +37,7 @@ bool RunWmi(const WmiCall& call, InvocationResult& result,
     if (!com) return Fail(InvocationResult::kSystemFailure, "COM cannot be initialised", result);
     WmiConnector connector;
     connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
+    connector.SetValuePolicy(WmiConnector::ValuePolicy::Type);
     connector.SetUpdatePolicy(WmiConnector::UpdatePolicy::NullsAndArrays);
     connector.SetDiagnostics(true);
     connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));

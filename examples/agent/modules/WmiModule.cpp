@@ -120,7 +120,8 @@ void DescribeUpdate(IMethodMetadataBuilder& builder) {
     AddParameter(
         builder, "set",
         "NAME[:TYPE]=VALUE, parted by ';' (a ';' of a value is written twice); TYPE is that of the "
-        "property: text (the default, also for date-times, and for arrays with one element in each line), "
+        "property: text (the default, also for date-times, for arrays with one element in each line, and for "
+        "unsigned 64-bit numbers past the signed range), "
         "integer, float or boolean; 'NAME:null=' clears it.");
     AddAll(builder);
     DescribeWmi(builder);
@@ -140,7 +141,8 @@ void DescribeInvoke(IMethodMetadataBuilder& builder) {
     AddOptionalParameter(builder, "class", "The class of a static method.");
     AddOptionalParameter(builder, "wql", "The query for the objects whose method it is.");
     AddOptionalParameter(builder, "arguments",
-                         "NAME=VALUE, parted by ';' (a ';' of a value is written twice).");
+                         "NAME=VALUE, parted by ';' (a ';' of a value is written twice); an array has one "
+                         "element in each line.");
     AddAll(builder);
     DescribeWmi(builder);
 }

@@ -145,9 +145,11 @@ HRESULT CoerceElement(SAFEARRAY* from, LONG index, SAFEARRAY* to, LONG target, C
     _variant_t element, converted;
     if (FAILED(SafeArrayGetVartype(from, &given))) return Code(WBEM_E_TYPE_MISMATCH);
     if (const HRESULT result = ReadElement(from, given, index, element); FAILED(result)) return result;
-    // An array holds a UINT32 by its bits already.
+    // An array holds these by their bits already.
     if (type == CIM_UINT32 && element.vt == VT_I4)
         element = IntegerVariant(VT_I8, static_cast<ULONG>(element.lVal));
+    if (type == CIM_CHAR16 && element.vt == VT_I2)
+        element = IntegerVariant(VT_I8, static_cast<unsigned short>(element.iVal));
     if (const HRESULT result = CoerceScalar(element, type, converted); FAILED(result)) return result;
     const bool isItself = converted.vt == VT_BSTR || converted.vt == VT_UNKNOWN;
     void* const value = isItself ? static_cast<void*>(converted.bstrVal) : &converted.llVal;

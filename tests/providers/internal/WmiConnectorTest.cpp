@@ -28,6 +28,13 @@ struct DecimalComma : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
 };
 
+_variant_t Real(float value) {
+    _variant_t number;
+    number.vt = VT_R4;
+    number.fltVal = value;
+    return number;
+}
+
 _variant_t Empty(VARTYPE type) {
     _variant_t value;
     value.vt = type;
@@ -96,6 +103,46 @@ TEST_F(WmiConnectorTest, UnsignedNumbersPastTheSignedRangeAreRefusedOrTexts) {
     EXPECT_EQ(Convert(CIM_UINT64, past), Variant("V", "18446744073709551615"));
     EXPECT_EQ(Convert(CIM_UINT64, L"5"), Variant("V", 5));
     EXPECT_EQ(Convert(CIM_UINT64 | CIM_FLAG_ARRAY, list), Variant("V", "5, 18446744073709551615"));
+}
+
+TEST_F(WmiConnectorTest, ValuesAreReadByTheirTypeOnRequest) {
+    const CIMTYPE kArray = CIM_FLAG_ARRAY;
+    const auto small = [](short value) {
+        _variant_t number;
+        number.vt = VT_I2;
+        number.iVal = value;
+        return number;
+    };
+    const struct {
+        CIMTYPE type;
+        _variant_t value;
+        Variant byForm, byType;
+    } cases[] = {
+        {CIM_UINT32, Number(-1), Variant("V", -1), Variant("V", 4294967295LL)},
+        {CIM_SINT32, Number(-1), Variant("V", -1), Variant("V", -1)},
+        {CIM_CHAR16, small(-1), Variant("V", "-1"), Variant("V", "65535")},
+        {CIM_SINT16, small(-1), Variant("V", -1), Variant("V", -1)},
+        {CIM_UINT32 | kArray, Array(VT_I4, 3, {Number(-1), Number(7)}), Variant("V", "-1, 7"),
+         Variant("V", "4294967295, 7")},
+        {CIM_UINT32 | kArray, Array(VT_VARIANT, 0, {Number(-1), Empty(VT_NULL)}), Variant("V", "-1, 0"),
+         Variant("V", "4294967295, 0")},
+        {CIM_SINT32 | kArray, Array(VT_I4, 0, {Number(-1)}), Variant("V", "-1"), Variant("V", "-1")},
+        {CIM_CHAR16 | kArray, Array(VT_I2, 0, {small(-1)}), Variant("V", "-1"), Variant("V", "65535")},
+        {CIM_BOOLEAN | kArray, Array(VT_BOOL, 1, {_variant_t(true), _variant_t(false)}), Variant("V", ", "),
+         Variant("V", "true, false")},
+        {CIM_BOOLEAN | kArray, Array(VT_BOOL, 0, {}), Variant("V", ""), Variant("V", "")},
+        {CIM_STRING | kArray, Array(VT_BOOL, 0, {_variant_t(true)}), Variant("V", ""), Variant("V", "")},
+        {CIM_OBJECT | kArray, Array(VT_UNKNOWN, 0, {Empty(VT_UNKNOWN)}), Variant("V", ""),
+         Variant("V", "(object)")},
+        {CIM_REAL32 | kArray, Array(VT_R4, 0, {Real(0.5F)}), Variant("V", "0.5"), Variant("V", "0.5")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::to_string(c.type) + ' ' + c.byType.AsString());
+        connector.SetValuePolicy(WmiConnector::ValuePolicy::Form);
+        EXPECT_EQ(Convert(c.type, c.value), c.byForm);
+        connector.SetValuePolicy(WmiConnector::ValuePolicy::Type);
+        EXPECT_EQ(Convert(c.type, c.value), c.byType);
+    }
 }
 
 TEST_F(WmiConnectorTest, ObjectsComeInBatchesOfAHundred) {

@@ -99,6 +99,7 @@ TEST_F(WmiConnectorUpdateTest, NullsAndArraysAreWrittenOnRequestAndTheRestIsRefu
                                       {L"Texts", CIM_STRING | kArray, {}},
                                       {L"Large", CIM_UINT32 | kArray, {}},
                                       {L"Small", CIM_SINT8 | kArray, {}},
+                                      {L"Huge", CIM_UINT64, {}},
                                       {L"Thing", CIM_OBJECT, {}}},
                                      {L"K"}});
     repository.AddInstance(kNamespace, L"One", {});
@@ -123,8 +124,14 @@ TEST_F(WmiConnectorUpdateTest, NullsAndArraysAreWrittenOnRequestAndTheRestIsRefu
     EXPECT_EQ(static_cast<ULONG>(bits), 4294967295u);
     ASSERT_TRUE(update(Variant("Texts", ""), Variant("P", "p")));
     EXPECT_EQ(table.begin()->Get("Texts"), Variant("Texts", ""));
+    connector.SetUint64Policy(WmiConnector::Uint64Policy::Text);
+    for (const Variant& huge : {Variant("Huge", "18446744073709551615"), Variant("Huge", 7)}) {
+        ASSERT_TRUE(update(huge, Variant("P", "p")));
+        EXPECT_EQ(table.begin()->Get("Huge"), huge);
+    }
     const auto puts = repository.CallCount(WmiCall::Put);
-    for (const auto& refused : {Variant("Small", "128"), Variant("Small", 1), Variant("Thing", "t")}) {
+    for (const auto& refused : {Variant("Small", "128"), Variant("Small", 1), Variant("Thing", "t"),
+                                Variant("Huge", "18446744073709551616"), Variant("Huge", "7 ")}) {
         EXPECT_FALSE(update(Variant("P", "changed"), refused)) << refused;
         EXPECT_EQ(connector.LastWmiErrorCode(), static_cast<std::int32_t>(WBEM_E_TYPE_MISMATCH));
         EXPECT_THAT(log.Lines(Level::Error).back(), testing::StartsWith("Cannot update property "));

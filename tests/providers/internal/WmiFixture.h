@@ -27,6 +27,7 @@ inline _variant_t Array(VARTYPE type, LONG first, std::vector<_variant_t> elemen
     array.vt = static_cast<VARTYPE>(VT_ARRAY | type);
     for (_variant_t& element : elements) {
         void* value = type == VT_BSTR ? static_cast<void*>(element.bstrVal) : &element.llVal;
+        if (type == VT_UNKNOWN) value = element.punkVal;
         if (type == VT_VARIANT) value = static_cast<VARIANT*>(&element);
         EXPECT_EQ(::SafeArrayPutElement(array.parray, &first, value), S_OK);
         ++first;
