@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <ctime>
+#include <new>
 
 #include "platform/Handle.h"
 
@@ -97,10 +99,16 @@ private:
     ino_t m_inode = 0;
 };
 
-/// Never destroyed: threads may log while the process ends.
+struct Twins {
+    Twin output, error;
+};
+
+/// Never destroyed: threads may log while the process ends. It takes no memory of the heap: a line is written
+/// by operations that do not throw.
 Twin& TwinOf(StandardStream stream) {
-    static Twin* const twins = new Twin[2];
-    return twins[stream == StandardStream::Output ? 0 : 1];
+    alignas(Twins) static std::byte memory[sizeof(Twins)];
+    static Twins& twins = *new (memory) Twins;
+    return stream == StandardStream::Output ? twins.output : twins.error;
 }
 
 std::size_t WriteToReader(StandardStream stream, std::string_view text) {
