@@ -9,8 +9,15 @@
 
 namespace quillon {
 
-OutputAppender::OutputAppender(std::shared_ptr<LogOutput> output) : m_output(std::move(output)) {
+OutputAppender::OutputAppender(const char* ownName, std::shared_ptr<LogOutput> output)
+    : m_ownName(ownName), m_output(std::move(output)) {}
+
+void OutputAppender::Renew() {
+    name = m_ownName;
     setLayout(std::make_unique<LineLayout>());
+    threshold = log4cplus::NOT_SET_LOG_LEVEL;
+    filter = nullptr;
+    closed = false;
 }
 
 void OutputAppender::append(const log4cplus::spi::InternalLoggingEvent& event) {
@@ -24,12 +31,6 @@ void OutputAppender::append(const log4cplus::spi::InternalLoggingEvent& event) {
     }
 }
 
-CustomRollingFileAppender::CustomRollingFileAppender(const std::string& path,
-                                                     std::shared_ptr<LogOutput> output)
-    : OutputAppender(std::move(output)) {
-    m_output->OpenFile(path);
-}
-
 CustomRollingFileAppender::~CustomRollingFileAppender() { destructorImpl(); }
 
 void CustomRollingFileAppender::close() {
@@ -37,8 +38,8 @@ void CustomRollingFileAppender::close() {
     if (!HasLog4cplusEnded()) m_output->CloseFile();
 }
 
-ConsoleAppender::ConsoleAppender(std::shared_ptr<LogOutput> output) : OutputAppender(std::move(output)) {
-    m_output->OpenConsole();
+void CustomRollingFileAppender::append(const log4cplus::spi::InternalLoggingEvent& event) {
+    if (m_output->HasFile()) OutputAppender::append(event);
 }
 
 ConsoleAppender::~ConsoleAppender() { destructorImpl(); }

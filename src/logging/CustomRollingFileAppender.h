@@ -3,7 +3,6 @@
 #include <log4cplus/appender.h>
 
 #include <memory>
-#include <string>
 
 #include "logging/LogOutput.h"
 
@@ -14,29 +13,40 @@ namespace quillon {
 ///
 /// The file appender does not use log4cplus's stream, which goes through the ANSI code page, can be inherited
 /// by children, asks for its position twice an entry and is truncated when a rename fails.
+///
+/// Both are made once and never destroyed, and are attached to the root again and again: the destructor of
+/// log4cplus's base class asks for memory, and a process that has none would be ended by it.
 class OutputAppender : public log4cplus::Appender {
-protected:
-    explicit OutputAppender(std::shared_ptr<LogOutput> output);
+public:
+    /// `ownName` is a literal. It is to be renewed before it is attached.
+    OutputAppender(const char* ownName, std::shared_ptr<LogOutput> output);
 
+    /// Makes it as good as new: without what a host may have set, and not closed.
+    void Renew();
+
+protected:
     void append(const log4cplus::spi::InternalLoggingEvent& event) override;
 
+    const char* const m_ownName;
     const std::shared_ptr<LogOutput> m_output;
 };
 
 /// Stands for the output's file, and for its console when it has both.
 class CustomRollingFileAppender final : public OutputAppender {
 public:
-    /// Opens the file of a library path.
-    CustomRollingFileAppender(const std::string& path, std::shared_ptr<LogOutput> output);
+    using OutputAppender::OutputAppender;
     ~CustomRollingFileAppender() override;
 
     void close() override;
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override;
 };
 
 /// Stands for the output's console while it has no file.
 class ConsoleAppender final : public OutputAppender {
 public:
-    explicit ConsoleAppender(std::shared_ptr<LogOutput> output);
+    using OutputAppender::OutputAppender;
     ~ConsoleAppender() override;
 
     void close() override;

@@ -1,6 +1,5 @@
 #include "logging/Log4cplusRoot.h"
 
-#include <log4cplus/configurator.h>
 #include <log4cplus/helpers/loglog.h>
 #include <log4cplus/hierarchy.h>
 #include <log4cplus/initializer.h>
@@ -9,6 +8,7 @@
 #include <log4cplus/spi/loggingevent.h>
 #include <log4cplus/thread/threads.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -29,6 +29,9 @@ namespace quillon {
 namespace {
 
 constexpr const char* kFileAppender = "DefaultFileAppender";
+constexpr const char* kConsoleAppender = "STDOUT";  // as log4cplus's basic configuration calls it
+
+constexpr bool kIsLinux = std::filesystem::path::preferred_separator == '/';
 
 // log4cplus keeps these to its own classes.
 
@@ -40,9 +43,9 @@ struct LoggerAccess : log4cplus::Logger {
 
 struct ImplAccess : log4cplus::spi::LoggerImpl {
     static log4cplus::LogLevel& LevelOf(log4cplus::spi::LoggerImpl& impl) { return impl.*(&ImplAccess::ll); }
-    static std::size_t CountAppenders(log4cplus::spi::LoggerImpl& impl) {
-        const log4cplus::thread::MutexGuard guard(impl.appender_list_mutex);
-        return (impl.*(&ImplAccess::appenderList)).size();
+    /// The caller holds the list's lock.
+    static const log4cplus::SharedAppenderPtrList& AppendersOf(const log4cplus::spi::LoggerImpl& impl) {
+        return impl.*(&ImplAccess::appenderList);
     }
 };
 
@@ -55,9 +58,30 @@ public:
     unsigned getType() const override { return kOwnEvent; }
 };
 
-/// Never destroyed: threads may log while the process ends.
+void Complain(const std::string& text);
+
+const std::shared_ptr<LogOutput>& KeptOutput() {
+    static const auto& kept =
+        *new const std::shared_ptr(std::make_shared<LogOutput>(&WriteRollOverBanner, &Complain));
+    return kept;
+}
+
+template <class Kind>
+Kind& KeptAppender(const char* name) {
+    static Kind& kept = *[name] {
+        auto* const made = new Kind(name, KeptOutput());
+        made->addReference();
+        return made;
+    }();
+    return kept;
+}
+
+/// Never destroyed: threads may log while the process ends. Nor are its parts when there is no memory for all
+/// of them.
 struct Shared {
-    std::shared_ptr<LogOutput> output;
+    const std::shared_ptr<LogOutput> output = KeptOutput();
+    CustomRollingFileAppender& file = KeptAppender<CustomRollingFileAppender>(kFileAppender);
+    ConsoleAppender& console = KeptAppender<ConsoleAppender>(kConsoleAppender);
     log4cplus::Logger root = log4cplus::Logger::getRoot();  ///< keeps the level alive
     std::atomic<bool> hasEnded{false};
     std::atomic<int> visitors{0};  ///< threads that are within log4cplus
@@ -74,6 +98,22 @@ void Complain(const std::string& text) {
 Shared& TheShared();
 
 log4cplus::spi::LoggerImpl& RootImpl() { return LoggerAccess::ImplOf(TheShared().root); }
+
+using RootGuard = log4cplus::thread::MutexGuard;
+
+/// The caller holds the lock of the root's appenders.
+bool IsAttached(const log4cplus::Appender& appender) {
+    const auto& all = ImplAccess::AppendersOf(RootImpl());
+    return std::any_of(all.begin(), all.end(), [&](const auto& each) { return each.get() == &appender; });
+}
+
+/// Takes the output's appenders from the root, for which no memory is needed.
+void LeaveRoot() {
+    Shared& shared = TheShared();
+    const RootGuard guard(RootImpl().appender_list_mutex);
+    shared.root.removeAppender(log4cplus::SharedAppenderPtr(&shared.file));
+    shared.root.removeAppender(log4cplus::SharedAppenderPtr(&shared.console));
+}
 
 /// Enters log4cplus, unless it has ended; the end of the process waits until every thread has left it.
 bool Enter() {
@@ -134,14 +174,12 @@ void EndLog4cplus() {
     shared.hasEnded = true;
     for (int look = 0; look < kLooks && shared.visitors > 0; ++look)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    // On Linux what the host has to do at its end comes after this, and may log through log4cplus.
+    if (!kIsLinux) LeaveRoot();
 }
 
 Shared& TheShared() {
-    static Shared& shared = *[] {
-        auto* const made = new Shared;
-        made->output = std::make_shared<LogOutput>(&WriteRollOverBanner, &Complain);
-        return made;
-    }();
+    static Shared& shared = *new Shared;
     return shared;
 }
 
@@ -164,14 +202,24 @@ auto TakeReports() {
     return std::exchange(TheShared().ofReports, {});
 }
 
+/// Closes what a host has taken from the root, and looks for appenders of the host. Log4cplus's lock must not
+/// be taken while the output's is held, as it is within a report.
+void FollowRoot() {
+    Shared& shared = TheShared();
+    LogOutput& output = *shared.output;
+    if (output.IsWritingHere()) return;
+    const RootGuard guard(RootImpl().appender_list_mutex);
+    const bool hasFile = IsAttached(shared.file), hasConsole = IsAttached(shared.console);
+    if (!hasFile && output.HasFile()) output.CloseFile();
+    if (!hasConsole && output.HasConsole()) output.CloseConsole();
+    const std::size_t own = (hasFile ? 1U : 0U) + (hasConsole ? 1U : 0U);
+    shared.hasGuests = ImplAccess::AppendersOf(RootImpl()).size() > own;
+}
+
 /// Only the appenders of a host take such events.
 /// The entry is written already, whatever becomes of it there.
 void WriteToGuests(ICLogger::Level level, std::string_view text) noexcept try {
-    Shared& shared = TheShared();
-    const LogOutput& output = *shared.output;
-    const std::size_t own = (output.HasFile() ? 1U : 0U) + (output.HasConsole() ? 1U : 0U);
-    shared.hasGuests = ImplAccess::CountAppenders(RootImpl()) > own;
-    if (!shared.hasGuests) return;
+    if (!TheShared().hasGuests) return;
     for (const auto& [reportLevel, reportText] : TakeReports()) PassToGuests(reportLevel, reportText);
     PassToGuests(level, text);
 } catch (...) {
@@ -185,12 +233,31 @@ std::string_view NameOf(ICLogger::Level level) {
 /// log4cplus starts threads when it is loaded, for asynchronous appenders that nobody has asked for yet. On
 /// Windows it is built without them, and little may be done there while a library is loaded.
 [[maybe_unused]] const bool threadsEnded = [] {
-    constexpr bool isLinux = std::filesystem::path::preferred_separator == '/';
-    if (isLinux && log4cplus::Logger::getCurrentLoggers().empty() &&
+    if (kIsLinux && log4cplus::Logger::getCurrentLoggers().empty() &&
         log4cplus::Logger::getRoot().getAllAppenders().empty())
         log4cplus::deinitialize();
-    return isLinux;
+    return kIsLinux;
 }();
+
+/// Leaves the root before log4cplus's own static objects go, which ask for memory if they find an appender
+/// there. The static objects of the host are gone by then.
+struct LeavesRoot {
+    ~LeavesRoot() {
+        if (hasToLeave) LeaveRoot();
+    }
+    std::atomic<bool> hasToLeave{false};
+} leavesRoot;
+
+/// The caller holds the lock of the root's appenders.
+void Attach(OutputAppender& appender) {
+    if (!IsAttached(appender)) TheShared().root.addAppender(log4cplus::SharedAppenderPtr(&appender));
+    leavesRoot.hasToLeave = true;
+}
+
+void CloseOutput() {
+    TheShared().output->CloseFile();
+    TheShared().output->CloseConsole();
+}
 
 }  // namespace
 
@@ -201,14 +268,14 @@ bool HasLog4cplusEnded() { return TheShared().hasEnded.load(std::memory_order_ac
 void ConfigureRoot() {
     log4cplus::initialize();
     HandleStagesOnce();
-    log4cplus::BasicConfigurator::doConfigure();
     Shared& shared = TheShared();
-    const log4cplus::SharedAppenderPtr theirs = shared.root.getAllAppenders().at(0);
-    const log4cplus::SharedAppenderPtr ours(new ConsoleAppender(shared.output));
-    ours->setName(theirs->getName());
-    const log4cplus::thread::MutexGuard guard(RootImpl().appender_list_mutex);
-    shared.root.removeAppender(theirs);
-    shared.root.addAppender(ours);
+    const RootGuard guard(RootImpl().appender_list_mutex);
+    shared.root.removeAllAppenders();
+    shared.output->CloseFile();
+    shared.root.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    shared.console.Renew();
+    Attach(shared.console);
+    shared.output->OpenConsole();
 }
 
 void InstallFile(const std::string& path) {
@@ -216,21 +283,28 @@ void InstallFile(const std::string& path) {
     PrepareRollOverBanner();
     Shared& shared = TheShared();
     // A service of the host may ask for it while the output writes its report.
-    if (shared.output->HasFile()) return shared.output->OpenFile(path);
-    if (const auto other = shared.root.getAppender(kFileAppender)) shared.root.removeAppender(other);
-    const log4cplus::SharedAppenderPtr file(new CustomRollingFileAppender(path, shared.output));
-    file->setName(kFileAppender);
-    shared.root.addAppender(file);
+    if (shared.output->HasFile() && shared.output->IsWritingHere()) return shared.output->OpenFile(path);
+    const RootGuard guard(RootImpl().appender_list_mutex);
+    const auto other = shared.root.getAppender(kFileAppender);
+    if (other && other.get() != &shared.file) shared.root.removeAppender(other);
+    shared.file.Renew();
+    Attach(shared.file);
+    shared.output->OpenFile(path);
 }
 
 void ShutRootDown() {
     Shared& shared = TheShared();
-    shared.output->CloseFile();
-    shared.output->CloseConsole();
     const Visit visit;
-    if (!visit || shared.output->IsWritingHere()) return;  // the appenders stay without an output
-    shared.root.removeAllAppenders();
-    log4cplus::Logger::getDefaultHierarchy().shutdown();
+    if (!visit || shared.output->IsWritingHere()) return CloseOutput();  // the appenders stay without it
+    {
+        const RootGuard guard(RootImpl().appender_list_mutex);
+        CloseOutput();
+        LeaveRoot();
+    }
+    try {
+        log4cplus::Logger::getDefaultHierarchy().shutdown();
+    } catch (...) {  // no memory: appenders of the host stay until the process ends
+    }
 }
 
 std::int32_t* RootLevel() { return &ImplAccess::LevelOf(RootImpl()); }
@@ -250,6 +324,7 @@ bool RootEntry::IsEnabled() const {
 
 void RootEntry::Write(std::string_view text) const {
     Shared& shared = TheShared();
+    if (m_isWithin) FollowRoot();
     const bool isOutermost =
         m_isWithin ? shared.output->Write(ThreadName(), NameOf(m_level), text)
                    : shared.output->Write(std::to_string(platform::CurrentThreadId()), NameOf(m_level), text);

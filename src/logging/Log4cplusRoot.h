@@ -21,12 +21,12 @@ inline constexpr unsigned kOwnEvent = 7'001;
 /// Returns the process-wide output, which is never destroyed.
 LogOutput& TheLogOutput();
 
-/// Starts log4cplus, without threads of its own, with one appender for standard output. Throws
-/// std::out_of_range when log4cplus did not make one.
+/// Starts log4cplus, without threads of its own, and gives its root what its basic configuration would: the
+/// level DEBUG and one appender, for standard output.
 void ConfigureRoot();
 /// Makes the root write to the file of that path. The new file is open before an old one is closed.
 void InstallFile(const std::string& path);
-/// Closes and removes every appender of every logger.
+/// Closes and removes every appender of every logger. No memory is needed for those of this library.
 void ShutRootDown();
 
 /// Returns the root's level in log4cplus's numbers, which lives as long as the process. A host may change it.

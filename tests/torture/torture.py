@@ -140,8 +140,6 @@ def torture_process(options, scenario, table):
         for kind in options.kinds:
             if options.is_over():
                 break
-            if options.without_log_memory and kind == "memory" and "log" in scenario.options:
-                continue
             for for_ever in (False, True):
                 calls = sample(process.counts[kind], options, f"{scenario.name} {kind} {for_ever}")
                 process.torture(kind, calls, for_ever, table.report)
@@ -173,8 +171,6 @@ def parse():
     parser.add_argument("--forms", type=lambda text: text.split(","), default=["process", "served"])
     parser.add_argument("--jobs", type=int, default=2, help="runs at once (default %(default)s)")
     parser.add_argument("--most", type=float, default=None, help="seconds after which no further run begins")
-    parser.add_argument("--without-log-memory", action="store_true",
-                        help="leave out memory while a log is open: its library ends a process that has none")
     parser.add_argument("--show", help="KIND:CALL or KIND:CALL+: run this alone and show the place of the call")
     return parser.parse_args()
 
