@@ -1,9 +1,11 @@
 #include "base/PathEscapes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 
+#include "base/Characters.h"
 #include "base/Utf.h"
 
 namespace quillon::base {
@@ -22,7 +24,32 @@ bool IsLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFF
 
 bool IsEnd(std::uint32_t unit) { return unit == '.' || unit == ' '; }
 
-bool IsEscaped(std::uint32_t unit) { return IsHighSurrogate(unit) || IsLowSurrogate(unit) || IsEnd(unit); }
+/// The names of devices begin with these.
+bool IsInitial(std::uint32_t unit) {
+    return unit < 0x80 && std::wstring_view(L"ACLNPaclnp").find(static_cast<wchar_t>(unit)) < 10;
+}
+
+bool IsEscaped(std::uint32_t unit) {
+    return IsHighSurrogate(unit) || IsLowSurrogate(unit) || IsEnd(unit) || IsInitial(unit);
+}
+
+/// COM1 and the like; the superscripts of Latin-1 count as digits.
+bool IsPort(std::wstring_view name) {
+    constexpr std::wstring_view kDigits = L"0123456789\u00B9\u00B2\u00B3";
+    const std::wstring_view kind = name.substr(0, 3);
+    return name.size() == 4 && kDigits.find(name[3]) != std::wstring_view::npos &&
+           (EqualIgnoringCase<wchar_t>(kind, L"COM") || EqualIgnoringCase<wchar_t>(kind, L"LPT"));
+}
+
+/// Whether Windows takes a name for a device, as it does whatever follows a dot or a colon in it.
+bool IsDevice(std::wstring_view name) {
+    name = name.substr(0, name.find_first_of(L".:"));
+    name = name.substr(0, name.find_last_not_of(L' ') + 1);
+    constexpr std::wstring_view kDevices[] = {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"};
+    return IsPort(name) || std::ranges::any_of(kDevices, [name](std::wstring_view device) {
+               return EqualIgnoringCase(name, device);
+           });
+}
 
 /// Returns the character of the pair that begins there; 0 when none does.
 std::uint32_t PairAt(std::wstring_view text, std::size_t at) {
@@ -62,6 +89,12 @@ std::wstring WithEscapes(std::wstring_view text) {
     return escaped;
 }
 
+std::string Escaped(std::uint32_t unit) {
+    std::wstring text;
+    AppendEscape(text, unit);
+    return ToUtf8(text);
+}
+
 /// Escapes are among the characters from U+100000 on, whose UTF-8 begins with this byte.
 bool MayHaveEscape(std::string_view text) { return text.find('\xF4') != std::string_view::npos; }
 
@@ -74,11 +107,17 @@ std::string PathToUtf8(std::wstring_view path) {
 }
 
 std::string NameToUtf8(std::wstring_view name) {
-    if (name.empty() || name == L"." || name == L".." || !IsEnd(UnitAt(name, name.size() - 1)))
-        return PathToUtf8(name);
-    std::wstring end;
-    AppendEscape(end, UnitAt(name, name.size() - 1));
-    return PathToUtf8(name.substr(0, name.size() - 1)) + ToUtf8(end);
+    if (name == L"." || name == L"..") return PathToUtf8(name);
+    std::string begin, end;
+    if (IsDevice(name)) {
+        begin = Escaped(UnitAt(name, 0));
+        name.remove_prefix(1);
+    }
+    if (!name.empty() && IsEnd(UnitAt(name, name.size() - 1))) {
+        end = Escaped(UnitAt(name, name.size() - 1));
+        name.remove_suffix(1);
+    }
+    return begin + PathToUtf8(name) + end;
 }
 
 std::wstring PathToWide(std::string_view path) {
@@ -96,9 +135,10 @@ std::wstring WithoutEscapes(std::wstring_view path) {
     return text;
 }
 
-bool HasEscapedEnd(std::wstring_view path) {
+bool MustStayAsItIs(std::wstring_view path) {
     for (std::size_t at = 0; at < path.size(); ++at) {
-        if (IsEnd(EscapeAt(path, at))) return true;
+        const std::uint32_t unit = EscapeAt(path, at);
+        if (IsEnd(unit) || IsInitial(unit)) return true;
     }
     return false;
 }

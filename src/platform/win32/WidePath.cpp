@@ -51,7 +51,7 @@ std::optional<std::wstring> Extended(const std::wstring& path) {
 std::optional<std::wstring> WidePath(const std::string& path) {
     const auto wide = Converted(path);
     if (!wide) return std::nullopt;
-    return base::HasEscapedEnd(*wide) ? ExtendedPath(path) : base::WithoutEscapes(*wide);
+    return base::MustStayAsItIs(*wide) ? ExtendedPath(path) : base::WithoutEscapes(*wide);
 }
 
 std::optional<std::wstring> WideName(const std::string& name) {
