@@ -15,13 +15,24 @@ namespace quillon {
 
 namespace {
 
-std::string Dotted(const std::array<std::uint32_t, base::Ipv4Numbers::kMost>& octets) {
+using Octets = std::array<std::uint32_t, base::kMostIpv4Numbers>;
+
+std::string Dotted(const Octets& octets) {
     std::string text;
     for (const std::uint32_t octet : octets) {
         if (!text.empty()) text += '.';
         text += std::to_string(octet);
     }
     return text;
+}
+
+/// Reads four numbers as scanf does; the rest of the text does not count.
+std::optional<Octets> ReadOctets(const std::string& text) {
+    Octets octets{};
+    const char* at = text.data();
+    const auto count = base::TakeIpv4Numbers<base::Ipv4OfScanf>(
+        at, at + text.size(), [next = octets.begin()](std::uint32_t number) mutable { *next++ = number; });
+    return count > 0 ? std::optional(octets) : std::nullopt;
 }
 
 std::optional<std::size_t> ReadPrefixLength(std::string_view text, std::size_t most) {
@@ -68,16 +79,15 @@ std::string NetworkUtils::FormatMacAddressAsString(unsigned long length, unsigne
 
 std::string NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(const std::string& address,
                                                                   const std::string& mask) {
-    std::string_view addressText = address, maskText = mask;  // the rest of each does not count
-    auto network = base::TakeIpv4Numbers(addressText, base::Ipv4Rule::Scanf);
-    const auto maskNumbers = base::TakeIpv4Numbers(maskText, base::Ipv4Rule::Scanf);
-    if (!network || !maskNumbers) return {};
+    const auto network = ReadOctets(address), maskOctets = ReadOctets(mask);
+    if (!network || !maskOctets) return {};
+    Octets result{};
     std::uint32_t maskValue = 0;
-    for (std::size_t i = 0; i < network->values.size(); ++i) {
-        network->values[i] &= maskNumbers->values[i];
-        maskValue = maskValue << 8 | maskNumbers->values[i];
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        result[i] = (*network)[i] & (*maskOctets)[i];
+        maskValue = maskValue << 8 | (*maskOctets)[i];
     }
-    return Dotted(network->values) + '/' + std::to_string(32 - std::countr_zero(maskValue));
+    return Dotted(result) + '/' + std::to_string(32 - std::countr_zero(maskValue));
 }
 
 }  // namespace quillon

@@ -36,7 +36,7 @@ bool HasColon(std::string_view text) { return text.find(':') != std::string_view
 std::optional<std::uint32_t> ReadWanted(const std::string& text) {
     const std::string trimmed = WithoutSpaces(text);
     const bool isIpv6 = HasColon(trimmed);
-    if (const auto address = base::ReadIpv4(trimmed, base::Ipv4Rule::System)) return address;
+    if (const auto address = base::ReadIpv4<base::Ipv4OfSystem>(trimmed)) return address;
     if (ICLogger* const logger = detail::RegisteredLogger()) {
         if (isIpv6) {
             logger->Warn("Unsupported IPv6 address supplied to IpInRange(): '%s'",

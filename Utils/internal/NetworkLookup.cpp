@@ -41,7 +41,7 @@ bool AsksServer(const AddressQuery& query) {
     if (!query.node) return false;
     const std::string_view node = *query.node;
     if (base::EqualIgnoringCase(node, std::string_view("localhost"))) return false;
-    if (base::ReadIpv4(node, base::Ipv4Rule::System)) return false;
+    if (base::ReadIpv4<base::Ipv4OfSystem>(node)) return false;
     return node.find(':') == std::string_view::npos;  // no name has a colon
 }
 

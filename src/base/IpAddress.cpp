@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kGroupSize = 2;
 
 bool ReadIpv4Bytes(std::string_view text, std::uint8_t* bytes) {
-    const auto address = ReadIpv4(text, Ipv4Rule::Strict);
+    const auto address = ReadIpv4<Ipv4Strict>(text);
     for (std::size_t i = 0; address && i < IpAddress::kIpv4Size; ++i)
         bytes[i] = static_cast<std::uint8_t>(*address >> (24 - 8 * i));
     return address.has_value();

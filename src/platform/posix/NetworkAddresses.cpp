@@ -16,7 +16,7 @@ namespace quillon::platform {
 namespace {
 
 bool ReadIpv4(std::string_view text, void* address) {
-    const auto host = base::TakeIpv4(text, base::Ipv4Rule::System);
+    const auto host = base::TakeIpv4<base::Ipv4OfSystem>(text);
     const auto port = host ? base::ReadPort(text) : std::nullopt;
     if (!port) return false;
     sockaddr_in result{};
