@@ -54,9 +54,9 @@ public:
     /// there is none, so "a.txt" gives "" (BaseName() gives "a.txt").
     static std::string FileName(const std::string& path);
     static std::wstring FileName(const std::wstring& path);
-    /// Changes the path in place and returns it: "." and "name\.." go, separators in a row
-    /// become one, slashes become backslashes, and a separator at the end goes unless it is a
-    /// root's. A ".." that has nothing before it to take away stays; links are not looked at.
+    /// Changes the path in place and returns it: "name\.." goes, and "." unless it is the first
+    /// element; separators in a row become one, slashes backslashes, and one at the end goes but
+    /// for a root's. A ".." with nothing before it to take away stays; links are not looked at.
     /// Drives ("C:"), shares ("\\server") and "\\?\C:" are kept as roots. The wide form
     /// replaces invalid UTF-16 by U+FFFD.
     static std::string& Normalise(std::string& path);
