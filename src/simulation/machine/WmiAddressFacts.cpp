@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <iterator>
 #include <sstream>
 
@@ -26,19 +27,19 @@ std::string MaskText(const platform::AdapterAddress& address) {
     return base::IpAddressText(mask);
 }
 
-Configuration ConfigurationOf(platform::Adapter& adapter) {
-    std::stable_sort(adapter.addresses.begin(), adapter.addresses.end(),
-                     [](const auto& a, const auto& b) { return a.address.size < b.address.size; });
+Configuration ConfigurationOf(const platform::Adapter& adapter) {
     Configuration configuration{adapter.name, adapter.index, {}, {}};
-    for (const auto& each : adapter.addresses) {
-        configuration.addresses.push_back(base::IpAddressText(each.address));
-        configuration.masks.push_back(MaskText(each));
-    }
+    for (const auto size : {base::IpAddress::kIpv4Size, base::IpAddress::kIpv6Size})
+        for (const auto& each : adapter.addresses) {
+            if (each.address.size != size) continue;
+            configuration.addresses.push_back(base::IpAddressText(each.address));
+            configuration.masks.push_back(MaskText(each));
+        }
     return configuration;
 }
 
 std::vector<Configuration> ListConfigurations() {
-    auto adapters = platform::ListAdapters().value_or(std::vector<platform::Adapter>());
+    const auto adapters = platform::ListAdapters().value_or(std::vector<platform::Adapter>());
     std::vector<Configuration> found;
     std::transform(adapters.begin(), adapters.end(), std::back_inserter(found), &ConfigurationOf);
     return found;
