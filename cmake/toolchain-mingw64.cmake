@@ -10,7 +10,7 @@ set(CMAKE_RC_COMPILER ${_target}-windres)
 set(CMAKE_AR ${_target}-gcc-ar-posix CACHE FILEPATH "")
 set(CMAKE_RANLIB ${_target}-gcc-ranlib-posix CACHE FILEPATH "")
 
-# Where scripts/build-windows-deps put the libraries (-DWIN_DEPS=... or the environment).
+# Where scripts/build-deps put the libraries (-DWIN_DEPS=... or the environment).
 if(NOT WIN_DEPS AND DEFINED ENV{WIN_DEPS})
   set(WIN_DEPS $ENV{WIN_DEPS})
 endif()
