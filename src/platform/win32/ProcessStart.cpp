@@ -6,6 +6,7 @@
 #include "base/Utf.h"
 #include "platform/ProcessApi.h"
 #include "platform/win32/ChildState.h"
+#include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
 
@@ -20,8 +21,13 @@ using ObjectHandle = Handle<ObjectTraits>;
 class InheritedHandles {
 public:
     explicit InheritedHandles(const ProcessRequest& request) {
-        Add(request.input);
+        // In place of a missing handle the system gives that of the child's console, which nobody sees: what
+        // reads it would wait for ever.
+        if (request.input == nullptr && request.output != nullptr) m_noInput = OpenNullDevice();
+        const FileHandle* const input = m_noInput ? &m_noInput : request.input;
+        Add(input);
         Add(request.output);
+        if (input != nullptr) m_input = input->Get();
     }
     InheritedHandles(const InheritedHandles&) = delete;
     InheritedHandles& operator=(const InheritedHandles&) = delete;
@@ -31,6 +37,7 @@ public:
     }
 
     [[nodiscard]] bool Empty() const { return m_handles.empty(); }
+    [[nodiscard]] HANDLE Input() const { return m_input; }
 
     /// The child inherits only these handles: other handles of this process may be inheritable.
     bool Prepare() {
@@ -56,6 +63,13 @@ private:
         m_handles.push_back(file->Get());
     }
 
+    static FileHandle OpenNullDevice() {
+        return FileHandle(::CreateFileW(L"NUL", GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+
+    FileHandle m_noInput;
+    HANDLE m_input = nullptr;
     std::vector<HANDLE> m_handles;
     std::vector<unsigned char> m_buffer;
 };
@@ -84,7 +98,7 @@ STARTUPINFOEXW StartUpInformation(const ProcessRequest& request, InheritedHandle
     start.lpAttributeList = handles.List();
     if (handles.Empty()) return start;
     start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-    if (request.input != nullptr) start.StartupInfo.hStdInput = request.input->Get();
+    start.StartupInfo.hStdInput = handles.Input();
     if (request.output != nullptr) {
         start.StartupInfo.hStdOutput = request.output->Get();
         start.StartupInfo.hStdError = request.output->Get();
