@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -51,23 +52,22 @@ auto Retried(const Call& call) {
     return result;
 }
 
-std::string FaultOfKind(const Descriptor& file) {
-    struct stat facts = {};
+std::string FaultOfKind(const Descriptor& file, struct stat& facts) {
     if (::fstat(file.Get(), &facts) != 0) return LastFault();
     return S_ISREG(facts.st_mode) ? "" : "not a regular file";
 }
 
 class PosixNewFile final : public NewFile {
 public:
-    PosixNewFile(Descriptor folder, std::string name)
+    PosixNewFile(std::shared_ptr<const Descriptor> folder, std::string name)
         : m_folder(std::move(folder)), m_name(std::move(name)) {}
     ~PosixNewFile() override {
-        if (m_file.IsOpen() && !m_isCommitted) ::unlinkat(m_folder.Get(), m_temporary.c_str(), 0);
+        if (m_file.IsOpen() && !m_isCommitted) ::unlinkat(m_folder->Get(), m_temporary.c_str(), 0);
     }
 
     std::string Open() {
         m_file = Descriptor(Retried([this] {
-            return ::openat(m_folder.Get(), m_temporary.c_str(),
+            return ::openat(m_folder->Get(), m_temporary.c_str(),
                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode);
         }));
         if (!m_file.IsOpen()) return LastFault();
@@ -97,13 +97,14 @@ public:
 
 private:
     std::string PutInPlace() {
-        if (::renameat(m_folder.Get(), m_temporary.c_str(), m_folder.Get(), m_name.c_str()) != 0)
+        if (::renameat(m_folder->Get(), m_temporary.c_str(), m_folder->Get(), m_name.c_str()) != 0)
             return LastFault();
         m_isCommitted = true;
         return {};
     }
 
-    Descriptor m_folder, m_file;
+    const std::shared_ptr<const Descriptor> m_folder;
+    Descriptor m_file;
     const std::string m_name;
     const std::string m_temporary = MakeTemporaryName();
     bool m_isCommitted = false;
@@ -118,14 +119,15 @@ void MakeFolders(const std::string& path) {
 }
 
 /// Makes the directory when it is not there; never through a link.
-std::string Descend(Descriptor& folder, const std::string& name) {
-    if (::mkdirat(folder.Get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) return LastFault();
-    Descriptor next(Retried([&] { return ::openat(folder.Get(), name.c_str(), kFolderFlags | O_NOFOLLOW); }));
+std::string Descend(std::shared_ptr<const Descriptor>& folder, const std::string& name) {
+    if (::mkdirat(folder->Get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) return LastFault();
+    Descriptor next(
+        Retried([&] { return ::openat(folder->Get(), name.c_str(), kFolderFlags | O_NOFOLLOW); }));
     if (!next.IsOpen()) {
         const bool isLink = errno == ELOOP || errno == ENOTDIR;  // the kernel says either
         return isLink ? "a link or a file stands in the place of a folder" : LastFault();
     }
-    folder = std::move(next);
+    folder = std::make_shared<const Descriptor>(std::move(next));
     return {};
 }
 
@@ -133,6 +135,7 @@ std::string Descend(Descriptor& folder, const std::string& name) {
 
 struct SourceFile::State {
     Descriptor file;
+    struct stat facts = {};  ///< as they were when it was opened
 };
 
 SourceFile::SourceFile() : m_state(std::make_unique<State>()) {}
@@ -141,7 +144,7 @@ SourceFile::~SourceFile() = default;
 std::string SourceFile::Open(const std::string& path) {
     const std::string name = PathUtils::ToSystemPath(path);
     m_state->file = Descriptor(Retried([&] { return ::open(name.c_str(), kReadFlags); }));
-    return m_state->file.IsOpen() ? FaultOfKind(m_state->file) : LastFault();
+    return m_state->file.IsOpen() ? FaultOfKind(m_state->file, m_state->facts) : LastFault();
 }
 
 std::string SourceFile::Read(char* bytes, std::size_t& count) {
@@ -150,13 +153,10 @@ std::string SourceFile::Read(char* bytes, std::size_t& count) {
     return size < 0 ? LastFault() : "";
 }
 
-std::int64_t SourceFile::Size() const {
-    struct stat facts = {};
-    return ::fstat(m_state->file.Get(), &facts) == 0 ? facts.st_size : -1;
-}
+std::int64_t SourceFile::Size() const { return m_state->facts.st_size; }
 
 struct DestinationFolder::State {
-    Descriptor root;
+    std::shared_ptr<const Descriptor> root = std::make_shared<const Descriptor>();
     std::set<std::vector<std::string>> swept;  ///< directories below it that hold no leftovers any more
 };
 
@@ -166,20 +166,20 @@ DestinationFolder::~DestinationFolder() = default;
 std::string DestinationFolder::Open(const std::string& path) {
     const std::string name = PathUtils::ToSystemPath(path);
     if (!FileSystemUtils::Exists(path)) MakeFolders(name);
-    m_state->root = Descriptor(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
-    return m_state->root.IsOpen() ? std::string() : LastFault();
+    m_state->root =
+        std::make_shared<const Descriptor>(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
+    return m_state->root->IsOpen() ? std::string() : LastFault();
 }
 
 std::string DestinationFolder::Create(const std::vector<std::string>& components,
                                       std::unique_ptr<NewFile>& file) {
-    Descriptor folder(::fcntl(m_state->root.Get(), F_DUPFD_CLOEXEC, 0));
-    if (!folder.IsOpen()) return LastFault();
+    std::shared_ptr<const Descriptor> folder = m_state->root;
     for (std::size_t i = 0; i + 1 < components.size(); ++i) {
         const std::string fault = Descend(folder, components[i]);
         if (!fault.empty()) return fault;
     }
     const std::vector<std::string> above(components.begin(), components.end() - 1);
-    if (m_state->swept.insert(above).second) RemoveLeftovers(folder.Get());
+    if (m_state->swept.insert(above).second) RemoveLeftovers(folder->Get());
     auto made = std::make_unique<PosixNewFile>(std::move(folder), components.back());
     const std::string fault = made->Open();
     if (fault.empty()) file = std::move(made);
@@ -190,16 +190,16 @@ std::string DestinationFolder::OpenExisting(const std::vector<std::string>& comp
     Descriptor folder;
     const auto last = components.size() - 1;
     for (std::size_t i = 0; i <= last; ++i) {
-        const int above = i == 0 ? m_state->root.Get() : folder.Get();
+        const int above = i == 0 ? m_state->root->Get() : folder.Get();
         const int flags = (i < last ? kFolderFlags : kReadFlags) | O_NOFOLLOW;
         Descriptor next(Retried([&] { return ::openat(above, components[i].c_str(), flags); }));
         if (!next.IsOpen()) return LastFault();
         folder = std::move(next);
     }
     file.m_state->file = std::move(folder);
-    return FaultOfKind(file.m_state->file);
+    return FaultOfKind(file.m_state->file, file.m_state->facts);
 }
 
-bool DestinationFolder::Sync() { return ::syncfs(m_state->root.Get()) == 0; }
+bool DestinationFolder::Sync() { return ::syncfs(m_state->root->Get()) == 0; }
 
 }  // namespace quillon::agent
