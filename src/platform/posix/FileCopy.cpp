@@ -70,55 +70,78 @@ bool TakeAll(const Source& source, const FileHandle& target) {
     return (::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0) || FailWithErrno();
 }
 
-std::string FolderOf(const std::string& native) {
+/// A name in a directory that stays open, so that a link which takes the directory's place leads to no file
+/// elsewhere, and that nothing else is needed to remove the name.
+class Entry {
+public:
+    bool Open(const std::string& native);
+    /// Returns whether the directory lets names go, so that nothing is replaced for a move that cannot end.
+    [[nodiscard]] bool MayRemove() const;
+    [[nodiscard]] bool IsThere() const;
+    /// Removes the name, unless another file has it by now: what was put there in the last moment is seen
+    /// under a name that nobody else knows, and gets its own back.
+    [[nodiscard]] bool RemoveSame(const struct ::stat& facts) const;
+
+private:
+    [[nodiscard]] bool HasFile(const std::string& name, const struct ::stat& facts) const;
+    [[nodiscard]] bool Rename(const std::string& from, const std::string& to) const;
+    [[nodiscard]] bool Unlink(const std::string& name) const;
+
+    FileHandle m_directory;
+    std::string m_name;
+};
+
+bool Entry::Open(const std::string& native) {
     const std::size_t begin = native.rfind('/') + 1;  // 0 when there is none
-    return begin == 0 ? "." : native.substr(0, begin);
+    m_name = native.substr(begin);
+    const std::string folder = begin == 0 ? "." : native.substr(0, begin);
+    m_directory.Reset(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return m_directory || FailWithErrno();
 }
 
-/// Returns whether the directory of a name lets names go, so that nothing is replaced for a move that cannot
-/// end.
-bool MayRemove(const std::string& native) {
-    return ::faccessat(AT_FDCWD, FolderOf(native).c_str(), W_OK | X_OK, AT_EACCESS) == 0 || FailWithErrno();
+bool Entry::MayRemove() const {
+    return ::faccessat(m_directory.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 || FailWithErrno();
 }
 
-bool HasName(const FileHandle& directory, const std::string& name, const struct ::stat& facts) {
+bool Entry::IsThere() const {
+    struct ::stat ignored {};
+    return ::fstatat(m_directory.Get(), m_name.c_str(), &ignored, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool Entry::HasFile(const std::string& name, const struct ::stat& facts) const {
     struct ::stat now {};
-    if (::fstatat(directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
+    if (::fstatat(m_directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
     return IsSameFile(now, facts) || FailWithCode(base::kSharingViolation);
 }
 
-bool RenameIn(const FileHandle& directory, const std::string& from, const std::string& to) {
-    return ::renameat2(directory.Get(), from.c_str(), directory.Get(), to.c_str(), RENAME_NOREPLACE) == 0;
+bool Entry::Rename(const std::string& from, const std::string& to) const {
+    const int folder = m_directory.Get();
+    return ::renameat2(folder, from.c_str(), folder, to.c_str(), RENAME_NOREPLACE) == 0;
 }
 
-/// Removes a name, unless another file has it by now: what was put there in the last moment is seen under a
-/// name that nobody else knows, and gets its own back. The directory is opened once, so that a link which
-/// takes its place between the steps does not lead to a file elsewhere.
-bool RemoveSame(const std::string& native, const struct ::stat& facts) {
-    std::string name = native.substr(native.rfind('/') + 1);
-    const FileHandle directory(::open(FolderOf(native).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!directory) return FailWithErrno();
-    if (!HasName(directory, name, facts)) return false;
-    if (const std::string aside = NewFileName(); RenameIn(directory, name, aside)) {
-        if (!HasName(directory, aside, facts)) {
-            const KeptError error;
-            RenameIn(directory, aside, name);
-            return false;
-        }
-        name = aside;
-    }
-    return ::unlinkat(directory.Get(), name.c_str(), 0) == 0 || FailWithErrno();
+bool Entry::Unlink(const std::string& name) const {
+    return ::unlinkat(m_directory.Get(), name.c_str(), 0) == 0 || FailWithErrno();
 }
 
-/// Removes the original of a copy. When it must stay, so does the name that was free.
-bool FinishMove(const std::string& from, const Source& source, const std::string& to, const NewFile& target,
-                NewFile::IfThere ifThere) {
-    if (RemoveSame(*NativeName(from), source.facts)) return true;
+bool Entry::RemoveSame(const struct ::stat& facts) const {
+    if (!HasFile(m_name, facts)) return false;
+    const std::string aside = NewFileName();
+    if (!Rename(m_name, aside)) return Unlink(m_name);  // not every file system can rename so
+    if (HasFile(aside, facts) && Unlink(aside)) return true;
     const KeptError error;
-    struct ::stat copy {};
-    if (ifThere == NewFile::IfThere::Fail && ::fstat(target.Handle().Get(), &copy) == 0)
-        RemoveSame(*NativeName(to), copy);
-    return false;
+    return Rename(aside, m_name) && false;
+}
+
+/// Removes the original of a copy. When it must stay, the name that was free becomes so again, unless the
+/// original has lost its own, for then the copy may be all that there is.
+bool FinishMove(const Entry& original, const Source& source, const Entry& copy, const NewFile& target,
+                NewFile::IfThere ifThere) {
+    if (original.RemoveSame(source.facts)) return true;
+    const KeptError error;
+    struct ::stat facts {};
+    const bool isUndone = ifThere == NewFile::IfThere::Fail && original.IsThere() &&
+                          ::fstat(target.Handle().Get(), &facts) == 0;
+    return isUndone && copy.RemoveSame(facts) && false;
 }
 
 bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::IfThere ifThere) {
@@ -128,11 +151,14 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
         return FailWithErrno();
     }
     Source source;
-    if (!MayRemove(*NativeName(from)) || !source.Open(from, O_NOFOLLOW)) return false;
+    Entry original, copy;
+    if (!original.Open(*NativeName(from)) || !copy.Open(*NativeName(to)) || !original.MayRemove() ||
+        !source.Open(from, O_NOFOLLOW))
+        return false;
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
     if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
         return false;
-    return target->Commit() && FinishMove(from, source, to, *target, ifThere);
+    return target->Commit() && FinishMove(original, source, copy, *target, ifThere);
 }
 
 /// Moves a file on file systems that cannot rename without replacing.
