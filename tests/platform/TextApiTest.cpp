@@ -54,6 +54,7 @@ TEST(CodePageApi, ConvertsWholeTextsByTheWindowsNumberOfTheirPage) {
         {20866, "\xC1", "\xD0\xB0"},
         {28591, "\xE9", "\xC3\xA9"},
         {28605, "\xA4", "\xE2\x82\xAC"},
+        {65001, "\xC3\xA9\xFFx", "\xC3\xA9\xEF\xBF\xBDx"},
     };
     for (const auto& [page, bytes, text] : cases) {
         if (page == 28605 && !CodePageToUtf8("x", page)) continue;  // not every system has it

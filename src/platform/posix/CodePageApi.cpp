@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <iterator>
 
+#include "base/Utf.h"
 #include "platform/posix/Errno.h"
 #include "quillon/DestructorFunctor.h"
 
@@ -49,7 +50,10 @@ void Flush(iconv_t converter, std::string& text) {
 
 std::optional<std::string> CodePageToUtf8(std::string_view bytes, std::uint32_t page) {
     constexpr std::uint32_t kUtf8 = 65001;
-    if (page == kOemCodePage || page == kUtf8) return std::string(bytes);
+    if (page == kOemCodePage || page == kUtf8) {
+        if (base::FindInvalidUtf8(bytes) == std::string_view::npos) return std::string(bytes);
+        return base::ToUtf8(base::ToWide(bytes));
+    }
     const iconv_t converter = ::iconv_open("UTF-8", CharsetOf(page).c_str());
     if (converter == reinterpret_cast<iconv_t>(-1)) {
         FailWithErrno();
