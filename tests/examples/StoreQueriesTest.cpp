@@ -71,6 +71,25 @@ TEST_F(StoreQueriesTest, AStatementThatNeverEndsIsStopped) {
     EXPECT_TRUE(store.TryCommit());
 }
 
+TEST_F(StoreQueriesTest, NothingIsChangedOutsideATransactionThatCouldNotBegin) {
+    Store store("tx"), other("tx");
+    DataTable row = Column("a", {V(1)});
+    ASSERT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)") && store.AddToTable("t", row));
+    ASSERT_TRUE(other.TryBegin());
+    store.BeginTransaction();
+    ASSERT_TRUE(other.TryCommit());
+    EXPECT_FALSE(store.ExecuteNonQuery("DELETE FROM t") || store.AddToTable("t", row) ||
+                 store.WriteDataToTempTable("t", row) || store.VisitRows(SqlQuery{"DELETE FROM t"}, nullptr));
+    EXPECT_EQ(Csv(store, "SELECT a FROM t"), "a\n1\n");
+    store.RollbackTransaction();
+    EXPECT_TRUE(store.AddToTable("t", row));
+    ASSERT_TRUE(other.TryBegin());
+    store.BeginTransaction();
+    ASSERT_TRUE(other.TryCommit());
+    EXPECT_TRUE(store.TryBegin() && store.ExecuteNonQuery("DELETE FROM t") && store.TryCommit());
+    EXPECT_EQ(Csv(store, "SELECT a FROM t"), "a\n");
+}
+
 TEST_F(StoreQueriesTest, TransactionsTellWhetherTheySucceed) {
     Store store("tx"), other("tx");
     EXPECT_TRUE(store.TryBegin());

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "quillon/FileSystemUtils.h"
+#include "quillon/StringUtils.h"
 #include "sql/SqliteFileLock.h"
-#include "sql/SqliteStatement.h"
 
 namespace quillon::agent {
 
@@ -113,20 +113,37 @@ bool SqliteDatabase::IsReady() {
     return false;
 }
 
-/// With the lock for writing, so that the wait for it is here and not in the middle.
+/// With the lock for writing, so that the wait for it is here and not in the middle. The caller cannot learn
+/// of a failure: what it writes then would be kept one by one, and could not be rolled back.
 void SqliteDatabase::BeginTransaction(std::int32_t) {
-    if (IsReady()) m_connection.Execute("BEGIN IMMEDIATE");
+    const bool hasBegun = IsReady() && m_connection.Execute("BEGIN IMMEDIATE");
+    m_lacksTransaction = !hasBegun && !m_connection.IsInTransaction();
+}
+
+/// Says whether to go on with what changes the database.
+bool SqliteDatabase::MayWrite(const std::string& what) {
+    if (m_connection.IsInTransaction()) m_lacksTransaction = false;  // begun by SQL
+    if (m_lacksTransaction) m_connection.LogError("refused, as its transaction could not begin", what);
+    return !m_lacksTransaction;
+}
+
+bool SqliteDatabase::MayRun(const SqliteStatement& statement) {
+    const std::string sql = sqlite3_sql(statement.Get());
+    const bool begins = StringUtils::ToUppercase(sql.substr(0, 5)) == "BEGIN";
+    return begins || sqlite3_stmt_readonly(statement.Get()) != 0 || MayWrite(sql);
 }
 
 /// The caller cannot learn of a failure: left open, the transaction would take in, and lose, all that is
 /// written later.
 void SqliteDatabase::CommitTransaction(std::int32_t) {
+    m_lacksTransaction = false;
     if (!IsReady() || m_connection.Execute("COMMIT") || !m_connection.IsInTransaction()) return;
     m_connection.LogError("what cannot be committed is rolled back", "COMMIT");
     m_connection.Execute("ROLLBACK");
 }
 
 void SqliteDatabase::RollbackTransaction(std::int32_t) {
+    m_lacksTransaction = false;
     if (IsReady()) m_connection.Execute("ROLLBACK");
 }
 
@@ -135,7 +152,7 @@ void SqliteDatabase::ShrinkMemory() {
 }
 
 void SqliteDatabase::SetProperty(const std::string& name, const std::string& value) {
-    if (!IsReady()) return;
+    if (!IsReady() || !MayWrite(name)) return;
     const std::string table = Locate(kProperties).Quoted();
     if (!m_connection.Execute("CREATE TABLE IF NOT EXISTS " + table +
                               " (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID"))
@@ -160,7 +177,7 @@ void SqliteDatabase::GetProperty(const std::string& name, std::string& value) {
 }
 
 bool SqliteDatabase::AddToTable(const char* tableName, const DataTable& table, std::int32_t) {
-    if (!IsReady()) return false;
+    if (!IsReady() || !MayWrite(tableName)) return false;
     SqliteInserter inserter(m_connection, Locate(tableName));
     if (!inserter.Open()) return false;  // before the transaction: one that has read may not wait to write
     SqliteSavepoint savepoint(m_connection);
@@ -182,7 +199,8 @@ bool SqliteDatabase::TableExists(const std::string& tableName) {
 }
 
 void SqliteDatabase::DropTable(const std::string& tableName) {
-    if (IsReady()) m_connection.Execute("DROP TABLE IF EXISTS " + Locate(tableName).Quoted());
+    if (IsReady() && MayWrite(tableName))
+        m_connection.Execute("DROP TABLE IF EXISTS " + Locate(tableName).Quoted());
 }
 
 std::string SqliteDatabase::QuoteTableName(const std::string&, const std::string& tableName, std::int32_t) {
@@ -193,7 +211,7 @@ bool SqliteDatabase::ExecuteQuery(const std::string& sql, DataTable& result) {
     if (!IsReady()) return false;
     const SqliteStoppable stoppable(m_connection.Watch());
     const SqliteStatement statement(m_connection, sql);
-    return statement.IsPrepared() && statement.ReadRows(result);
+    return statement.IsPrepared() && MayRun(statement) && statement.ReadRows(result);
 }
 
 bool SqliteDatabase::Query(const SqlQuery& query, std::vector<std::string>& columns,
@@ -201,7 +219,7 @@ bool SqliteDatabase::Query(const SqlQuery& query, std::vector<std::string>& colu
     if (!IsReady()) return false;
     const SqliteStoppable stoppable(m_connection.Watch(), query.timeout);
     const SqliteStatement statement(m_connection, query.sql);
-    if (!statement.IsPrepared() || !statement.Bind(query.parameters)) return false;
+    if (!statement.IsPrepared() || !MayRun(statement) || !statement.Bind(query.parameters)) return false;
     columns = statement.ColumnNames();
     return statement.VisitRows(columns, query.maxRows, visitor);
 }

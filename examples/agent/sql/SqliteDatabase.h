@@ -8,6 +8,7 @@
 #include "quillon/ISqliteQueries.h"
 #include "sql/SqliteConnection.h"
 #include "sql/SqliteInserter.h"
+#include "sql/SqliteStatement.h"
 
 namespace quillon::agent {
 
@@ -28,6 +29,8 @@ public:
                                                         const std::string& memoryName, int busyMilliseconds);
     ~SqliteDatabase();
 
+    /// When the transaction cannot begin, everything that would change the database fails, with an Error
+    /// entry, until the caller ends the transaction or begins one.
     void BeginTransaction(std::int32_t reserved) override;
     void CommitTransaction(std::int32_t reserved) override;
     void RollbackTransaction(std::int32_t reserved) override;
@@ -50,10 +53,13 @@ private:
     bool Open();
     void Close();
     bool IsReady();
+    bool MayWrite(const std::string& what);
+    bool MayRun(const SqliteStatement& statement);
 
     const std::string m_file;  ///< empty in memory
     const int m_busyMilliseconds;
     SqliteConnection m_connection;
+    bool m_lacksTransaction = false;
 };
 
 }  // namespace quillon::agent
