@@ -1,11 +1,12 @@
 #include <array>
 #include <ctime>
-#include <cwchar>
 #include <optional>
 #include <string_view>
 
 #include "Utils/internal/DateTimeParts.h"
 #include "base/CivilTime.h"
+#include "base/NumberText.h"
+#include "base/Utf.h"
 #include "platform/TextApi.h"
 #include "platform/TimeApi.h"
 #include "platform/ole/OleTypes.h"
@@ -70,9 +71,9 @@ std::string TicksToJsonDateTime(std::uint64_t utcTicks) {
 
 /// "Z" for an offset of 0.
 std::wstring CimZone(const std::wstring& text) {
-    const long offset = std::wcstol(text.c_str() + 21, nullptr, 10);
+    const int offset = base::ReadSigned<int>(base::ToUtf8(std::wstring_view(text).substr(21)));
     if (offset == 0) return L"Z";
-    const std::string zone = ZoneDesignator(static_cast<int>(offset));
+    const std::string zone = ZoneDesignator(offset);
     return std::wstring(zone.begin(), zone.end());
 }
 

@@ -41,12 +41,6 @@ bool Ipv4OfScanf::Take(const char*& at, const char* end, std::uint32_t& number) 
     return taken.has_value();
 }
 
-std::uint32_t Ipv4ThreeDigits::Octal(const char* begin, const char* end) {
-    std::uint32_t number = 0;
-    TakeNumber(begin, end, number, kOctal);
-    return begin == end ? number : UINT32_MAX;
-}
-
 std::optional<std::uint16_t> ReadPort(std::string_view text) {
     constexpr std::uint32_t kLargestPort = 65'535;
     if (text.empty()) return std::uint16_t{0};

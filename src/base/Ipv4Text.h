@@ -47,7 +47,12 @@ struct Ipv4ThreeDigits {
 
 private:
     /// Too large for an address when a digit is none of the octal ones.
-    static std::uint32_t Octal(const char* begin, const char* end);
+    static std::uint32_t Octal(const char* begin, const char* end) {
+        std::uint32_t number = 0;
+        for (; begin != end && *begin <= '7'; ++begin)
+            number = number * 8 + static_cast<std::uint32_t>(*begin - '0');
+        return begin == end ? number : UINT32_MAX;
+    }
 };
 
 /// Takes the numbers of an address, with points between them, off the front of a text, and hands each of them
