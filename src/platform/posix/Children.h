@@ -35,13 +35,15 @@ struct ChildProcess::State {
 
     std::mutex mutex;                        ///< held by a kill from its beginning to its end
     std::optional<std::int32_t> killedWith;  ///< the status that the kill gave it
+    std::shared_ptr<State> nextLetGo;        ///< the table's lock guards it
 };
 
 /// Finds the children by their identifiers, and holds those that nobody waits for.
 struct ChildTable {
     std::mutex mutex;  ///< never held during a kill
     std::unordered_map<pid_t, std::weak_ptr<ChildProcess::State>> children;
-    std::vector<std::shared_ptr<ChildProcess::State>> letGo;
+    /// The first of a chain, which takes no memory: children are let go by a destructor.
+    std::shared_ptr<ChildProcess::State> letGo;
 };
 
 /// Never destroyed: a detached thread may outlive the static objects.

@@ -59,11 +59,15 @@ std::int32_t StatusOf(const ChildEnd& end, const std::optional<std::int32_t>& ki
 
 /// The children that were let go and have ended since.
 void ReapLetGo(ChildTable& table) {
-    std::erase_if(table.letGo, [&table](const auto& child) {
-        if (child.use_count() > 1 || !HasEnded(*child)) return false;
-        table.children.erase(child->id);
-        return true;
-    });
+    for (auto* link = &table.letGo; *link != nullptr;) {
+        if (link->use_count() > 1 || !HasEnded(**link)) {
+            link = &(*link)->nextLetGo;
+            continue;
+        }
+        table.children.erase((*link)->id);
+        auto next = std::move((*link)->nextLetGo);
+        *link = std::move(next);
+    }
 }
 
 std::shared_ptr<ChildProcess::State> FindChild(pid_t process) {
@@ -184,7 +188,8 @@ ChildProcess::~ChildProcess() {
     if (!m_state) return;
     ChildTable& table = Children();
     const std::lock_guard lock(table.mutex);
-    table.letGo.push_back(std::move(m_state));
+    m_state->nextLetGo = std::move(table.letGo);
+    table.letGo = std::move(m_state);
     ReapLetGo(table);
 }
 
