@@ -79,7 +79,9 @@ End Run(const CommandCall& call, bool lines, InvocationResult& result) {
     result.resultTable = std::move(properties->outputTable);
     if (code == 0 && !properties->outputTruncated) return End::Completed;
     properties->resultCode = code;  // also of a run that never got to a worker
-    if (properties->outputTruncated)
+    // It may also have been cut because there was no memory, of which the failure tells.
+    if (call.maxOutput > 0 && properties->outputTruncated &&
+        properties->outputBytes >= static_cast<std::uint64_t>(call.maxOutput))
         result.errorMessage = "Output reached the limit of " + std::to_string(call.maxOutput) + " bytes";
     ProcessUtils::SetSpecialErrorData(properties.get(), result, FailureText(*properties));
     return properties->killed ? End::Cut : End::Failed;
