@@ -4,8 +4,8 @@ import mmap
 import struct
 
 KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "clock"]
-_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS = range(len(KINDS), len(KINDS) + 6)
-SIZE = 8 * (_SHOWS + 1)
+_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS, _AHEAD = range(len(KINDS), len(KINDS) + 7)
+SIZE = 8 * (_AHEAD + 1)
 
 
 class Board:
@@ -35,6 +35,10 @@ class Board:
 
     def lift(self):
         self._set(_CALL, 0)
+
+    def put_ahead(self, seconds):
+        """Has the process's clock of the day go ahead."""
+        self._set(_AHEAD, int(seconds))
 
     def made(self, kind):
         return self._get(KINDS.index(kind))

@@ -1,7 +1,12 @@
 #!/usr/bin/env python3
-"""Has one serving agent answer calls of all methods for long, and compares what it holds with the beginning."""
+"""Has one serving agent answer calls of all methods for long, and compares what it holds with the beginning.
+
+Meanwhile a day passes on the agent's clock: it logs, rolls its log over, follows events and keeps rows, which
+go when they are an hour old.
+"""
 
 import argparse
+import collections
 import os
 import sys
 import tempfile
@@ -14,7 +19,8 @@ MEMORY = 1 << 20  # bytes that the resident memory may grow
 AHEAD = 4  # calls that are asked for before the first is answered
 HEAVY = {"Wmi.Query": 50, "Wmi.Invoke": 200, "Processes.List": 5, "EventLog.Follow": 50, "Content.Download": 20, "Commands.Run": 4,
          "Commands.Table": 4, "Store.Save served": 10}  # one in so many rounds
-PRUNE = 1000  # rounds after which the rows of the store go, as a module would have it
+DAY, HOUR = 86_400, 3_600  # seconds on the agent's clock
+EXPIRE = 100  # rounds between two looks for rows that are too old, as a module would have it
 
 
 def resident(pid):
@@ -31,7 +37,8 @@ class Soak:
                 scenario.prepare(folder)
         self.log = os.path.join(folder, "agent.log")
         self.agent = Agent(options, folder, ["--config", f"{folder}/agent.json", "--log", self.log, "--level", "debug"])
-        self.number = self.waiting = self.failures = 0
+        self.number = self.waiting = self.failures = self.kept = 0
+        self.begin, self.hours, self.rolled = time.monotonic(), collections.deque(), set()
 
     def take(self):
         answer = self.agent.answer()
@@ -48,15 +55,25 @@ class Soak:
         if self.waiting >= AHEAD:
             self.take()
 
+    def pass_time(self, part):
+        """Sets the agent's clock to that part of a day past the beginning."""
+        self.agent.board.put_ahead(part * DAY - (time.monotonic() - self.begin))
+        self.hours.append((part * DAY, self.number))
+        while self.hours[0][0] < part * DAY - HOUR:
+            self.kept = self.hours.popleft()[1]
+        for name in os.listdir(self.folder):
+            if name.startswith("agent.log."):
+                self.rolled.add(os.stat(os.path.join(self.folder, name)).st_mtime_ns)
+
     def round(self, count):
         for scenario in self.chosen:
             if count % HEAVY.get(scenario.name, 1) == 0:
                 self.number += 1
                 self.ask(scenario.request(self.folder, self.number))
-        if count % PRUNE == 0:
+        if count % EXPIRE == 0 and count > 0:
             self.number += 1
-            self.ask({"id": self.number, "method": "Store.Query",
-                      "parameters": {"database": "torture", "sql": "DELETE FROM served"}})
+            old = f"DELETE FROM served WHERE CAST(Output AS INTEGER) <= {self.kept}"
+            self.ask({"id": self.number, "method": "Store.Query", "parameters": {"database": "torture", "sql": old}})
         while self.waiting:
             self.take()
 
@@ -78,17 +95,20 @@ def main():
     options = parse()
     with tempfile.TemporaryDirectory(prefix="soak-") as folder:
         soak = Soak(options, folder)
-        begin, first, rounds = time.monotonic(), None, 0
+        begin, first, rounds = soak.begin, None, 0
         while soak.number < options.calls and time.monotonic() < begin + 60 * options.minutes:
             soak.round(rounds)
             rounds += 1
             part = max(soak.number / options.calls, (time.monotonic() - begin) / (60 * options.minutes))
+            if rounds % EXPIRE == 0:
+                soak.pass_time(min(part, 1))
             if first is None and part >= options.warm_up:
                 first = soak.figures()
                 print("descriptors, threads, blocks, resident bytes, files:", first, "after", soak.number, flush=True)
         last = soak.figures()
         print("descriptors, threads, blocks, resident bytes, files:", last, "after", soak.number, "calls in",
-              round(time.monotonic() - begin), "s,", soak.failures, "failed")
+              round(time.monotonic() - begin), "s,", soak.failures, "failed,", len(soak.rolled), "roll-overs,",
+              round(soak.hours[-1][0] / HOUR, 1), "hours on the agent's clock")
         grown = [last[0] > first[0] + 1, last[1] > first[1], last[3] > first[3] + MEMORY, last[4] > first[4] + 6]
         return 1 if any(grown) or soak.failures or soak.agent.end() != 0 else 0
 
