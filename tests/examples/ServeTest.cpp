@@ -71,6 +71,10 @@ private:
             m_client.m_changed.notify_all();
             return true;
         }
+        bool IsGone() override {
+            const std::lock_guard lock(m_client.m_mutex);
+            return m_client.m_isGone;
+        }
         void Stop() override { m_client.End(); }
 
     private:
@@ -252,6 +256,18 @@ TEST_F(ServedClient, HasItsCallsEndedWhenItIsGone) {
     client.Hang(true);
     client.Say("x\n");  // an answer that cannot be written
     Finish();           // or this would wait for the command's minute
+}
+
+/// Their number is more than may wait, so that no more is read when the client goes.
+TEST_F(ServedClient, HasItsCallsEndedWhenItIsGoneWithoutAnAnswer) {
+    Start(1 << 16);
+    std::string lines;
+    for (std::size_t i = 0; i < 2 * Session::kMostWaiting; ++i)
+        lines += Call(i, "Commands.Run", {{"command", LongCommand()}});
+    client.Say(lines);
+    AwaitFile(dir.Native("started"));
+    client.Hang(true);
+    Finish();
 }
 
 TEST_F(TempDirTest, AgentServesItsStandardStreams) {

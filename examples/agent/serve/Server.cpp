@@ -37,6 +37,7 @@ public:
 
     std::size_t Read(char* bytes, std::size_t size) override { return m_input.Read(bytes, size); }
     bool Write(std::string_view bytes) override { return m_write(bytes); }
+    bool IsGone() override { return false; }  // the next answer tells
     void Stop() override { m_input.Stop(); }
 
 private:

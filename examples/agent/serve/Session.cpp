@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -37,11 +38,22 @@ Session::Session(const Host& host, CallPool& pool, std::unique_ptr<Channel> chan
 
 void Session::Run() {
     ReadLines();
-    {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_unanswered == 0; });
-    }
+    AwaitCalls([this] { return m_unanswered == 0; });
     m_writer.Finish();
+}
+
+/// Waits for what the calls bring about. Meanwhile nothing is read, so nothing else tells that the client is
+/// gone, whose calls would keep the pool from those of other clients.
+template <class Condition>
+void Session::AwaitCalls(Condition condition) {
+    constexpr std::chrono::seconds kLook{1};
+    std::unique_lock lock(m_mutex);
+    while (!m_changed.wait_for(lock, kLook, condition)) {
+        const bool isLost = !m_isGone && m_channel->IsGone();
+        lock.unlock();
+        if (isLost) Leave();
+        lock.lock();
+    }
 }
 
 void Session::ReadLines() {
@@ -90,8 +102,8 @@ bool Session::IsKnown(const Request& request) {
 void Session::StartCall(const Request& request) {
     const auto call = std::make_shared<Call>();
     call->request = request;
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_waiting.size() < kMostWaiting; });
+    AwaitCalls([this] { return m_waiting.size() < kMostWaiting; });
+    const std::lock_guard lock(m_mutex);  // only this thread adds calls
     if (!m_isGone) Enqueue(call);
 }
 

@@ -29,7 +29,8 @@ public:
 
     Session(const Host& host, CallPool& pool, std::unique_ptr<Channel> channel);
 
-    /// Reads until the client ends or Stop(), and returns when every call is answered.
+    /// Reads until the client ends or Stop(), and returns when every call is answered. The calls of a client
+    /// that is gone are cancelled, at most a second later.
     void Run();
     /// Has no further line read. May be called on any thread, and by a callback.
     void Stop() { m_channel->Stop(); }
@@ -55,6 +56,8 @@ private:
     std::vector<std::shared_ptr<Call>> UnansweredCalls();
     void Refuse(const std::string& id, const std::string& message);
     void Leave();
+    template <class Condition>
+    void AwaitCalls(Condition condition);
 
     const Host& m_host;
     CallPool& m_pool;

@@ -17,6 +17,9 @@ public:
     virtual std::size_t Read(char* bytes, std::size_t size) = 0;
     /// Writes all; false when the client is gone, or takes nothing for 5 seconds.
     virtual bool Write(std::string_view bytes) = 0;
+    /// Returns whether the client takes no answer any more. One that only says no more is not gone, where the
+    /// channel has two directions that end apart.
+    virtual bool IsGone() = 0;
     /// Ends a Read() that waits, and all later ones. May be called on any thread, and by a callback.
     virtual void Stop() = 0;
 };

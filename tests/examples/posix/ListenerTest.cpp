@@ -108,6 +108,19 @@ TEST_F(Listener, StopsWaitingOnAnyThread) {
     acceptor.join();
 }
 
+TEST_F(Listener, TellsAClientThatIsGoneFromOneThatSaysNoMore) {
+    const auto listener = Open();
+    auto client = std::make_unique<Client>(path);
+    const auto channel = listener->Accept();
+    char byte = 0;
+    EXPECT_FALSE(channel->IsGone());
+    ::shutdown(client->Get(), SHUT_WR);
+    EXPECT_EQ(channel->Read(&byte, 1), 0U);
+    EXPECT_FALSE(channel->IsGone());
+    client.reset();
+    EXPECT_TRUE(channel->IsGone());
+}
+
 /// A client that reads nothing is given up, whatever the size of the answer.
 TEST_F(Listener, GivesUpAClientThatTakesNothing) {
     const auto listener = Open();

@@ -76,8 +76,10 @@ TEST_F(Listener, StopsWaitingOnAnyThreadAndTellsTheEndOfAClient) {
     {
         const Client client(name);
         gone = listener->Accept();
+        ASSERT_NE(gone, nullptr);
+        EXPECT_FALSE(gone->IsGone());
     }
-    ASSERT_NE(gone, nullptr);
+    EXPECT_TRUE(gone->IsGone());
     EXPECT_EQ(gone->Read(&byte, 1), 0U);
     const Client client(name);
     const auto channel = listener->Accept();

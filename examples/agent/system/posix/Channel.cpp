@@ -94,6 +94,11 @@ public:
         return true;
     }
 
+    bool IsGone() override {
+        pollfd end = {m_socket.Get(), 0, 0};  // of both directions, which needs no request
+        return ::poll(&end, 1, 0) == 1;
+    }
+
     void Stop() override { m_stop.Set(); }
 
 private:

@@ -85,6 +85,9 @@ public:
         return true;
     }
 
+    /// A pipe has no half: whoever closes it reads no more.
+    bool IsGone() override { return !::PeekNamedPipe(m_pipe.get(), nullptr, 0, nullptr, nullptr, nullptr); }
+
     void Stop() override { ::SetEvent(m_stop.get()); }
 
 private:
