@@ -1,13 +1,17 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "cli/Completion.h"
 #include "cli/MethodList.h"
 #include "cli/OpenMetrics.h"
 #include "cli/TableText.h"
+#include "common/ShownText.h"
 #include "common/Suggestion.h"
 #include "examples/RunAgent.h"
 #include "host/Host.h"
@@ -88,6 +92,7 @@ TEST(AgentTool, NamesTheWordThatIsWrongAndWhatItResembles) {
           "a\x01"
           "b"},
          "'a\\x01b' is not of the form name=value"},
+        {{"\xC3\xA9\x1B\xC2\x9B"}, "Unknown sub-command '\xC3\xA9\\x1B\\x9B'"},
     };
     for (const auto& [arguments, message] : cases) {
         SCOPED_TRACE(message);
@@ -96,6 +101,12 @@ TEST(AgentTool, NamesTheWordThatIsWrongAndWhatItResembles) {
         EXPECT_THAT(run.errors, HasSubstr(message));
         EXPECT_EQ(run.output, "");
     }
+    const std::string none = "\xEF\xBF\xBD";
+    EXPECT_EQ(agent::TerminalText("a\x9B[2J\xC3"), "a" + none + "[2J" + none);
+    EXPECT_EQ(
+        agent::TerminalText("\xE0\x82\x9B|\xED\xA0\x80|\xF4\x90\x80\x80|\xC0\x80"),
+        none + none + none + '|' + none + none + none + '|' + none + none + none + none + '|' + none + none);
+    EXPECT_EQ(agent::TerminalText("\xE2\x82\xAC\xF0\x9F\x98\x80\n"), "\xE2\x82\xAC\xF0\x9F\x98\x80\\n");
     EXPECT_EQ(agent::Suggestion("abc", {"xyz", "Acb"}), "; did you mean 'Acb'?");
     EXPECT_EQ(agent::Suggestion("", {"a"}) + agent::Suggestion("-x", {"-h"}), "");
 }
@@ -171,8 +182,46 @@ TEST(AgentTool, CompletesWords) {
     EXPECT_THAT(complete({"service", "--data", "x", "r"}), ElementsAre("remove", "run"));
     EXPECT_THAT(complete({"run", "--log", ""}), IsEmpty());
     EXPECT_THAT(complete({"none", ""}), IsEmpty());
+    EXPECT_THAT(complete({"run", "--log-to", "=", "j"}), ElementsAre("journal"));
+    EXPECT_THAT(complete({"run", "--log-to", "="}), ElementsAre("journal", "eventlog"));
+    EXPECT_THAT(complete({"run", "--log-to=j"}), ElementsAre("--log-to=journal"));
+    EXPECT_THAT(complete({"run", "--log=x"}), IsEmpty());
     EXPECT_THAT(RunAgent({"completion", "powershell"}).output,
                 HasSubstr("Register-ArgumentCompleter -Native"));
+}
+
+TEST(AgentTool, CompletesToAllThatThereIsAndNothingElse) {
+    const json methods = json::parse(RunAgent({"methods", "--format", "json"}).output);
+    std::map<std::string, std::string> helps;
+    for (const std::string& command : agent::Complete({""}, {}))
+        helps[command] = RunAgent({command, "--help"}).output;
+    const agent::Host host({});
+    const auto complete = [&host](const std::vector<std::string>& words) {
+        return agent::Complete(words, host.GetModules());
+    };
+    std::vector<std::string> names;
+    for (const json& method : methods) {
+        names.push_back(method["name"]);
+        std::vector<std::string> parameters;
+        for (const json& parameter : method["parameters"])
+            parameters.push_back(parameter["name"].get<std::string>() + '=');
+        EXPECT_EQ(complete({"run", names.back(), ""}), parameters) << names.back();
+        EXPECT_THAT(complete({"run", names.back(), "a", "=", ""}), IsEmpty());
+    }
+    EXPECT_THAT(complete({"run", ""}), testing::UnorderedElementsAreArray(names));
+    EXPECT_THAT(complete({"methods", ""}), testing::UnorderedElementsAreArray(names));
+    for (const auto& [command, help] : helps) {
+        std::set<std::string> options;
+        const std::regex option("--?[a-z][a-z-]*(?=[ ,])");
+        std::istringstream lines(help);
+        for (std::string line; std::getline(lines, line);) {
+            if (!line.starts_with("  -")) continue;
+            const std::string listed = line.substr(0, line.find("  ", 2)) + ' ';
+            for (std::sregex_iterator i(listed.begin(), listed.end(), option), end; i != end; ++i)
+                options.insert(i->str());
+        }
+        EXPECT_THAT(complete({command, "-"}), testing::UnorderedElementsAreArray(options)) << help;
+    }
 }
 
 /// For Linux, which has the shell and the reader of manual pages.

@@ -11,7 +11,6 @@
 #include "cli/ManualPage.h"
 #include "common/ShownText.h"
 #include "common/Suggestion.h"
-#include "quillon/LogText.h"
 
 namespace quillon::agent {
 
@@ -25,7 +24,7 @@ UsageMessage Refusal(const std::string& fault) { return {kBadCommandLine, fault 
 UsageMessage ToMessage(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream text;
     const int code = app.exit(error, text, text);
-    return code == 0 ? UsageMessage{0, text.str()} : Refusal(LogText::OneLine(error.what()));
+    return code == 0 ? UsageMessage{0, text.str()} : Refusal(TerminalText(error.what()));
 }
 
 bool IsOption(const std::string& argument) {

@@ -80,9 +80,35 @@ Words ParametersOf(const std::string& name, const ModuleList& modules) {
     return names;
 }
 
+/// bash parts "--option=value" and "name=value" at the '=', which is a word then. The value of an option is
+/// completed as if the '=' were not there.
+Words WithoutEquals(Words words) {
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        if (words[i] != "=" || !IsOption(words[i - 1])) continue;
+        if (i + 1 == words.size()) words.emplace_back();
+        words.erase(words.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    return words;
+}
+
+/// Whether the last word is the value of a parameter, of which nothing is known.
+bool IsParameterValue(const Words& words) {
+    return words.back() == "=" || (words.size() > 1 && words[words.size() - 2] == "=");
+}
+
+/// The choices of an option whose name is in front of them in the word itself, as PowerShell hands it over.
+Words ChoicesBehindName(const CLI::App& subCommand, const std::string& word) {
+    const std::string name = word.substr(0, word.find('='));
+    const CLI::Option* const option = subCommand.get_option_no_throw(name);
+    Words choices = option == nullptr ? Words() : ChoicesOf(*option);
+    for (std::string& choice : choices) choice.insert(0, name + '=');
+    return choices;
+}
+
 /// What could follow the words, of which the first is the sub-command.
 Words Candidates(const CLI::App& subCommand, const Words& before, const std::string& word,
                  const ModuleList& modules) {
+    if (IsOption(word) && word.find('=') != std::string::npos) return ChoicesBehindName(subCommand, word);
     if (IsOption(word)) return OptionNames(subCommand);
     const CLI::Option* const option =
         IsOption(before.back()) ? subCommand.get_option_no_throw(before.back()) : nullptr;
@@ -101,8 +127,10 @@ Words Candidates(const CLI::App& subCommand, const Words& before, const std::str
 
 std::string CompletionScript(const std::string& shell) { return shell == "bash" ? kBash : kPowerShell; }
 
-Words Complete(const Words& words, const ModuleList& modules) {
+Words Complete(const Words& given, const ModuleList& modules) {
     AgentApp agent;
+    const Words words = WithoutEquals(given);
+    if (!words.empty() && IsParameterValue(words)) return {};
     Words before(words.begin(), words.empty() ? words.begin() : words.end() - 1);
     const std::string word = words.empty() || words.back() == " " ? "" : words.back();
     Words candidates;

@@ -4,8 +4,12 @@
 
 namespace quillon::agent {
 
-/// A foreign text (UTF-8) for a message: it can neither steer a terminal nor fill it. Control characters are
-/// written as escapes, such as \x1B.
+/// Returns a text for one line of a terminal, which it cannot steer: control characters are written as
+/// escapes, such as \x1B, and what is not UTF-8, where a byte can be a control character of its own, as
+/// U+FFFD.
+std::string TerminalText(const std::string& text);
+
+/// Does the same with a foreign text for a message, and shortens it when it would fill the terminal.
 std::string ShownText(const std::string& text);
 
 }  // namespace quillon::agent
