@@ -15,7 +15,7 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT multi_config)
 endif()
 
 if(MSVC)
-  target_compile_options(quillon_options INTERFACE /W4 /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor
+  target_compile_options(quillon_options INTERFACE /W4 /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor /bigobj
                          $<$<BOOL:${QUILLON_WERROR}>:/WX>)
   # An exported class may have members of the standard library: both sides are built with the same runtime.
   target_compile_options(quillon_options INTERFACE /wd4251 /wd4275)

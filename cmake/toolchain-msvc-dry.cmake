@@ -1,0 +1,25 @@
+# Generates the build for Microsoft's compiler on a machine that has not got it: nothing can be compiled, but the options that
+# CMake would give to it can be read. scripts/check-compilers does so.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR AMD64)
+foreach(_tool CXX_COMPILER RC_COMPILER LINKER MT AR)
+  set(CMAKE_${_tool} /bin/true)
+endforeach()
+set(CMAKE_CXX_COMPILER_FORCED ON)
+set(CMAKE_CXX_COMPILER_ID_RUN ON)
+set(CMAKE_CXX_COMPILER_ID MSVC)
+set(CMAKE_CXX_COMPILER_VERSION 19.38)
+set(CMAKE_CXX_COMPILER_ARCHITECTURE_ID x64)
+set(MSVC_CXX_ARCHITECTURE_ID x64)
+set(CMAKE_CXX_STANDARD_COMPUTED_DEFAULT 14)
+set(CMAKE_CXX_COMPILE_FEATURES cxx_std_11 cxx_std_14 cxx_std_17 cxx_std_20)
+set(CMAKE_SIZEOF_VOID_P 8)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+# Libraries of another compiler stand in for those that vcpkg would bring.
+set(CMAKE_FIND_ROOT_PATH $ENV{WIN_DEPS})
+list(APPEND CMAKE_PREFIX_PATH $ENV{WIN_DEPS})
+set(SQLite3_LIBRARY $ENV{WIN_DEPS}/lib/libsqlite3.a)
+foreach(_kind LIBRARY INCLUDE PACKAGE)
+  set(CMAKE_FIND_ROOT_PATH_MODE_${_kind} ONLY)
+endforeach()
