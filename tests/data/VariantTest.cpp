@@ -194,6 +194,11 @@ TEST(Variant, TakesWhatProgramsHaveAtHand) {
     EXPECT_EQ(Variant("n", fine), Variant("n", At(-1))) << "towards the past";
     const auto steady = Variant(std::chrono::steady_clock::now() + std::chrono::hours(1)).GetTimePoint();
     EXPECT_GT(steady, ToTimePoint(std::chrono::system_clock::now() + std::chrono::minutes(59)));
+    // Programs write "never" so.
+    EXPECT_EQ(ToTimePoint(Seconds::max()), TimePoint::max());
+    EXPECT_EQ(ToTimePoint(Seconds::min()), TimePoint::min());
+    EXPECT_GT(ToTimePoint(std::chrono::steady_clock::time_point::max()), steady);
+    EXPECT_GT(ToTimePoint(std::chrono::file_clock::time_point::max()), steady);
 
     static_assert(!std::is_constructible_v<Variant, std::string, char>);
     static_assert(!std::is_constructible_v<Variant, std::string, wchar_t>);
