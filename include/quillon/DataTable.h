@@ -90,8 +90,12 @@ public:
     /// Returns the definitions' names in order; empty when there are none.
     std::vector<std::string> GetDefaultColumnNames() const;
     /// Returns the definitions' names, else the names of the first row's cells, else nothing.
-    /// Columns that only later rows have are not among them, see RationaliseFirstRow().
+    /// Columns that only later rows have are not among them, see GetAllColumnNames() and
+    /// RationaliseFirstRow().
     std::vector<std::string> GetColumnNames() const;
+    /// Returns GetColumnNames(), and then the names that only later rows have in order of
+    /// appearance, each once. It looks at every cell.
+    std::vector<std::string> GetAllColumnNames() const;
     /// Returns GetColumnNames() as texts, each named after its column.
     VariantList ColumnNames() const;
     /// Renames a column in the definitions and in every row, where it moves to the end. A row,

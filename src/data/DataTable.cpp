@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "data/CellAccess.h"
+#include "data/DataTableColumns.h"
 #include "data/DumpWriter.h"
 #include "data/FreedMemory.h"
 #include "data/NameCache.h"
@@ -164,6 +165,8 @@ std::vector<std::string> DataTable::GetColumnNames() const {
     if (DefaultColumnsExist() || Empty()) return NamesOf(m_columns);
     return NamesOf(m_rows.front());
 }
+
+std::vector<std::string> DataTable::GetAllColumnNames() const { return DataTableColumns(*this).Names(); }
 
 VariantList DataTable::ColumnNames() const {
     VariantList result;

@@ -17,6 +17,9 @@ class DataTableColumns {
 public:
     explicit DataTableColumns(const DataTable& table);
 
+    /// The names as the cells have them, those of GetColumnNames() first, each once.
+    const std::vector<std::string>& Names() const { return m_names; }
+
     /// The names as an export writes them, those of GetColumnNames() first: valid UTF-8, each once. A
     /// name that its repair makes equal to another one gets a number.
     const std::vector<std::string>& ShownNames() const { return m_shown; }

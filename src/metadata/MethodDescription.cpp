@@ -1,6 +1,5 @@
 #include "metadata/MethodDescription.h"
 
-#include <set>
 #include <string>
 #include <typeinfo>
 #include <utility>
@@ -48,20 +47,9 @@ Json ScalarValue(const Variant& value) {
     return base::RepairUtf8(value.AsString());
 }
 
-/// The columns of the table in order of appearance, each once.
-std::vector<std::string> ColumnsOf(const DataTable& table) {
-    std::vector<std::string> names = table.GetColumnNames();
-    for (const VariantList& row : table) {
-        for (const Variant& cell : row) names.push_back(cell.GetName());
-    }
-    std::set<std::string> seen;
-    std::erase_if(names, [&seen](const std::string& name) { return !seen.insert(name).second; });
-    return names;
-}
-
 /// The same as ToJson() gives. Its text is not parsed, as the JSON library asks the process's locale.
 Json TableValue(const DataTable& table) {
-    const std::vector<std::string> names = ColumnsOf(table);
+    const std::vector<std::string> names = table.GetAllColumnNames();
     Json rows = Json::array();
     for (const VariantList& row : table) {
         Json object = Json::object();

@@ -143,6 +143,10 @@ TEST(DataTable, RationalisedFirstRowNamesEveryColumn) {
     test::RecordingLogger log;
     DataTable table(Row(1), VariantList(Variant("z", true), Variant::NullVariant("late"), Variant("b", 0.5)),
                     VariantList(Variant::NullVariant("c"), Variant("late", "text")));
+    EXPECT_THAT(table.GetAllColumnNames(), ElementsAre("a", "z", "late", "b", "c"));
+    EXPECT_THAT(
+        DataTable(VariantList(Variant("\xFF", 1), Variant("x", 1), Variant("x", 2))).GetAllColumnNames(),
+        ElementsAre("\xFF", "x"));
     table.RationaliseFirstRow();
     EXPECT_THAT(table.GetColumnNames(), ElementsAre("a", "b", "late", "z", "c"));
     EXPECT_EQ(table.begin()->ToString(" ", nullptr), "1 null null null null");

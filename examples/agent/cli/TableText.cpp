@@ -1,7 +1,6 @@
 #include "cli/TableText.h"
 
 #include <algorithm>
-#include <set>
 
 #include "quillon/LogText.h"
 
@@ -29,19 +28,9 @@ std::string ForMarkdown(const std::string& text) {
 
 }  // namespace
 
-std::vector<std::string> ColumnsOf(const DataTable& table) {
-    std::vector<std::string> names = table.GetColumnNames();
-    for (const VariantList& row : table) {
-        for (const Variant& cell : row) names.push_back(cell.GetName());
-    }
-    std::set<std::string> seen;
-    std::erase_if(names, [&seen](const std::string& name) { return !seen.insert(name).second; });
-    return names;
-}
-
 void WriteLines(std::ostream& stream, const DataTable& table) {
     std::size_t width = 0;
-    for (const std::string& name : ColumnsOf(table)) width = std::max(width, name.size());
+    for (const std::string& name : table.GetAllColumnNames()) width = std::max(width, name.size());
     bool isFirst = true;
     for (const VariantList& row : table) {
         if (!isFirst) stream << '\n';
@@ -55,7 +44,7 @@ void WriteLines(std::ostream& stream, const DataTable& table) {
 }
 
 void WriteMarkdown(std::ostream& stream, const DataTable& table) {
-    const std::vector<std::string> columns = ColumnsOf(table);
+    const std::vector<std::string> columns = table.GetAllColumnNames();
     if (columns.empty()) return;
     for (const std::string& name : columns) stream << "| " << ForMarkdown(name) << ' ';
     stream << "|\n";

@@ -1,15 +1,11 @@
 #pragma once
 
 #include <ostream>
-#include <string>
-#include <vector>
 
 #include "quillon/DataTable.h"
 
 namespace quillon::agent {
 
-/// Returns the columns of the table, each once, in the order in which they appear.
-std::vector<std::string> ColumnsOf(const DataTable& table);
 /// Writes a line "name = value" for each cell, and an empty line between two rows. Control characters are
 /// written as escapes.
 void WriteLines(std::ostream& stream, const DataTable& table);
