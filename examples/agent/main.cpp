@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "cli/CommandLine.h"
 #include "cli/Completion.h"
@@ -20,6 +21,7 @@
 #include "serve/Server.h"
 #include "system/Console.h"
 #include "system/Service.h"
+#include "system/SharedLibrary.h"
 
 namespace quillon::agent {
 
@@ -54,8 +56,7 @@ int Execute(const RunCommand& command, Output& output) {
                     configuration);
     const InvocationResult result = host.Run(command.method, command.arguments);
     output.Write(result.resultTable, command.format, command.method);
-    if (!result.errorMessage.empty())
-        std::fprintf(stderr, "%s\n", LogText::OneLine(result.errorMessage).c_str());
+    if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", TerminalText(result.errorMessage).c_str());
     return result.resultCode;
 }
 
@@ -147,9 +148,11 @@ int Execute(const UsageMessage& message, Output& output) {
 }
 
 int Main(int argc, char** argv) {
+    const std::vector<std::string> arguments = GetArguments(argc, argv);
+    TryLibraryIfAsked(arguments);
     SecureStandardStreams();
     Output output;
-    const CommandLine commandLine = ParseCommandLine(GetArguments(argc, argv));
+    const CommandLine commandLine = ParseCommandLine(arguments);
     return std::visit([&output](const auto& command) { return Execute(command, output); }, commandLine);
 }
 
@@ -161,7 +164,7 @@ int main(int argc, char** argv) {
     try {
         return quillon::agent::Main(argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "quillon-agent: %s\n", error.what());
+        std::fprintf(stderr, "quillon-agent: %s\n", quillon::agent::TerminalText(error.what()).c_str());
         return quillon::agent::kAgentFailed;
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace quillon::agent {
 
@@ -11,8 +12,9 @@ extern const char* const kSharedLibraryEnd;
 /// needs, and returns the address of a function that it exports. Libraries that it needs are looked for
 /// in the agent's directory, its own and the system's, never in the working directory. On failure returns
 /// null, and `fault` says why to people; a file for which FindForeignWriter() has something to tell is one.
-/// On Linux the library is first loaded in a child, so its static constructors run twice: those that throw,
-/// crash or take more than 30 seconds are a failure too. On Windows the system refuses those that throw.
+/// The library is first loaded in another process, a child on Linux and a process of the same program on
+/// Windows, so its static constructors run twice: those that throw, crash or take more than 30 seconds are a
+/// failure too.
 ///
 /// What was loaded stays loaded until the process ends: a thread or a text of it may outlive its user.
 void* LoadFunction(const std::string& path, const char* name, std::string& fault);
@@ -21,5 +23,10 @@ void* LoadFunction(const std::string& path, const char* name, std::string& fault
 /// directory, or put another one in its place, as a text for people; empty for nobody. What cannot be
 /// looked at counts as a fault, which the text tells.
 std::string FindForeignWriter(const std::string& path);
+
+/// Does what LoadFunction() starts another process of this program for on Windows: when the arguments are its
+/// sub-command and a library, loads the library and ends the process. The program calls it first. It returns
+/// for other arguments, and always on Linux.
+void TryLibraryIfAsked(const std::vector<std::string>& arguments);
 
 }  // namespace quillon::agent

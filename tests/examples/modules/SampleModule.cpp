@@ -57,6 +57,11 @@ const struct Crasher {
     Crasher() { std::abort(); }
 } crasher;
 QUILLON_MODULE("Sample", "1.0", [] { return Make("Sample.Never", &Echo); })
+#elif defined(SAMPLE_STATIC_EXITS)
+const struct Leaver {
+    Leaver() { std::_Exit(0); }
+} leaver;
+QUILLON_MODULE("Sample", "1.0", [] { return Make("Sample.Never", &Echo); })
 #elif defined(SAMPLE_NO_MODULE)
 QUILLON_MODULE("Sample", "1.0", [] { return std::unique_ptr<IModule>(); })
 #elif defined(SAMPLE_OLD)

@@ -154,4 +154,6 @@ std::string FindForeignWriter(const std::string& path) {
     return real.empty() ? path + ": " + SystemErrorText(errno) : CheckWithParents(real);
 }
 
+void TryLibraryIfAsked(const std::vector<std::string>&) {}
+
 }  // namespace quillon::agent

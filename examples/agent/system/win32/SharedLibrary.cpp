@@ -5,9 +5,11 @@
 #include <windows.h>
 
 #include <memory>
+#include <string_view>
 
 #include "quillon/StringUtils.h"
 #include "system/PrivateFile.h"
+#include "system/win32/LibraryTrial.h"
 
 namespace quillon::agent {
 
@@ -30,15 +32,47 @@ template <class T>
 using Local = std::unique_ptr<T, Free>;
 
 std::string ErrorText(DWORD code) { return SystemErrorText(static_cast<int>(code)); }
+std::string LastErrorText() { return ErrorText(::GetLastError()); }
 
-/// Returns the absolute path without "." and "..", or the empty text with the system's last error.
-std::wstring FullPath(const std::string& path) {
-    const std::wstring wide = StringUtils::NarrowStringToWide(path);
-    std::wstring full(::GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
-    full.resize(full.empty() ? 0
-                             : ::GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(),
-                                                  nullptr));
-    return full;
+struct Closer {
+    using pointer = HANDLE;
+    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<HANDLE, Closer>;
+
+/// Null with the system's last error.
+Handle Open(const std::string& path, DWORD access, DWORD share) {
+    const HANDLE file = ::CreateFileW(StringUtils::NarrowStringToWide(path).c_str(), access, share, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    return Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+/// While the file is open nobody writes, renames or removes it, nor renames a directory above it.
+Handle Hold(const std::string& path) { return Open(path, GENERIC_READ, FILE_SHARE_READ); }
+
+Handle Look(const std::string& path) {
+    return Open(path, FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+}
+
+constexpr std::wstring_view kVerbatim = LR"(\\?\)", kVerbatimShare = LR"(\\?\UNC)";
+
+/// Returns the absolute path without links of what is open, or the empty text with the system's last error.
+std::wstring RealPath(const Handle& file) {
+    if (!file) return {};
+    std::wstring path(::GetFinalPathNameByHandleW(file.get(), nullptr, 0, VOLUME_NAME_DOS), L'\0');
+    const auto size = static_cast<DWORD>(path.size());
+    path.resize(size == 0 ? 0 : ::GetFinalPathNameByHandleW(file.get(), path.data(), size, VOLUME_NAME_DOS));
+    if (path.starts_with(kVerbatimShare)) return L'\\' + path.substr(kVerbatimShare.size());
+    const bool isShort = path.size() < MAX_PATH && path.starts_with(kVerbatim);
+    return isShort ? path.substr(kVerbatim.size()) : path;
+}
+
+/// Returns how long the name of a path's volume is, its last backslash included.
+std::size_t RootLength(const std::wstring& real) {
+    const std::size_t begin = real.starts_with(kVerbatim) ? kVerbatim.size() : 0;
+    const std::size_t first = real.find(L'\\', begin + 2);  // behind "C:", or the server
+    const bool hasDrive = real.compare(begin + 1, 2, L":\\") == 0;
+    return (hasDrive || first == std::wstring::npos ? first : real.find(L'\\', first + 1)) + 1;
 }
 
 std::wstring TextOf(PSID sid) {
@@ -99,30 +133,36 @@ std::string CheckOne(const std::wstring& path, DWORD rights) {
     return {};
 }
 
+std::string CheckWithParents(const std::wstring& real) {
+    const std::size_t root = RootLength(real);
+    std::string fault = CheckOne(real, kWrite);
+    for (std::size_t end = real.rfind(L'\\'); fault.empty() && end != std::wstring::npos && end >= root;
+         end = real.rfind(L'\\', end - 1))
+        fault = CheckOne(real.substr(0, end), kReplace);
+    return fault.empty() ? CheckOne(real.substr(0, root), kReplace) : fault;
+}
+
 }  // namespace
 
 const char* const kSharedLibraryEnd = ".dll";
 
+/// The path without links is found out once, of the file that stays open until it is loaded: nothing else can
+/// take its place between check and load.
 void* LoadFunction(const std::string& path, const char* name, std::string& fault) {
-    fault = FindForeignWriter(path);
+    const Handle file = Hold(path);
+    const std::wstring real = RealPath(file);
+    fault = real.empty() ? path + ": " + LastErrorText() : CheckWithParents(real);
+    if (fault.empty()) fault = TryInProcess(real);
     if (!fault.empty()) return nullptr;
-    const HMODULE library =
-        ::LoadLibraryExW(FullPath(path).c_str(), nullptr,
-                         LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_APPLICATION_DIR |
-                             LOAD_LIBRARY_SEARCH_SYSTEM32);
+    auto* const library = static_cast<HMODULE>(LoadNow(real));
     const FARPROC function = library == nullptr ? nullptr : ::GetProcAddress(library, name);
-    if (function == nullptr) fault = ErrorText(::GetLastError());
+    if (function == nullptr) fault = LastErrorText();
     return reinterpret_cast<void*>(function);
 }
 
 std::string FindForeignWriter(const std::string& path) {
-    const std::wstring full = FullPath(path);
-    if (full.empty()) return path + ": " + ErrorText(::GetLastError());
-    std::string fault = CheckOne(full, kWrite);
-    for (std::size_t end = full.rfind(L'\\'); fault.empty() && end != std::wstring::npos && end > 2;
-         end = full.rfind(L'\\', end - 1))
-        fault = CheckOne(full.substr(0, end), kReplace);
-    return fault;
+    const std::wstring real = RealPath(Look(path));
+    return real.empty() ? path + ": " + LastErrorText() : CheckWithParents(real);
 }
 
 }  // namespace quillon::agent
