@@ -77,7 +77,7 @@ struct CsvOptions {
     /// std::invalid_argument is thrown.
     char separator = ',';
     /// Reading leaves out lines at the end that hold nothing but white space. Otherwise such a
-    /// line is a record with one field.
+    /// line is a record with one field. Writing quotes texts of blanks, so that they are kept.
     bool skipTrailingBlankLines = false;
     /// Column definitions, as DataTable::SetDefaultColumns() takes them: reading turns the fields
     /// of a column that is named here into its kind (text, integer, boolean written "true",

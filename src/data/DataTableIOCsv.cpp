@@ -29,6 +29,9 @@ void AppendQuoted(std::string& output, std::string_view text) {
     output.append(text) += '"';
 }
 
+/// A line of such fields alone may be left out by a reader, see CsvOptions::skipTrailingBlankLines.
+bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t") == std::string_view::npos; }
+
 class CsvWriter {
 public:
     CsvWriter(const DataTable& table, const CsvOptions& options) : m_columns(table), m_options(options) {
@@ -96,7 +99,7 @@ private:
     void AppendText(std::string& output, std::string_view text) const {
         const char* const end = text.data() + text.size();
         const bool isPlain =
-            !text.empty() && !m_options.formulaSafe &&
+            !IsBlank(text) && !m_options.formulaSafe &&
             FindCsvSpecial<AlsoFind::HighBytes>(text.data(), end, m_options.separator) == end;
         if (isPlain) {
             output += text;
@@ -121,7 +124,7 @@ private:
     void AppendField(std::string& output, std::string_view text) const {
         const char* const end = text.data() + text.size();
         const bool hasMark = WithoutByteOrderMark(text).size() < text.size();  // an import would skip it
-        if (text.empty() || hasMark ||
+        if (IsBlank(text) || hasMark ||
             FindCsvSpecial<AlsoFind::Nothing>(text.data(), end, m_options.separator) != end) {
             AppendQuoted(output, text);
         } else {

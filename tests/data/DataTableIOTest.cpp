@@ -228,6 +228,16 @@ TEST(DataTableIO, CsvTakesAnotherSeparatorAndTypes) {
     EXPECT_THROW((void)ToCsv(table, options), std::invalid_argument);
 }
 
+TEST(DataTableIO, CsvKeepsRowsOfBlanksAtTheEnd) {
+    CsvOptions options;
+    options.separator = '\t';
+    options.skipTrailingBlankLines = true;
+    for (const VariantList& row : {VariantList{{"a", " "}}, VariantList{{"a", "  "}, {"b", ""}}}) {
+        const DataTable table(row);
+        EXPECT_EQ(FromCsv(ToCsv(table, options), options), table);
+    }
+}
+
 TEST(DataTableIO, CsvForSpreadsheetsHoldsNoFormula) {
     const DataTable table(VariantList{{"=n", "=1+1"}, {"b", -5}, {"c", "-5"}, {"d", "a=b"}, {"e", "\tx"}});
     CsvOptions options;
