@@ -9,6 +9,7 @@
 #include "base/AsciiRun.h"
 #include "base/ByteBlocks.h"
 #include "base/ErrorCodes.h"
+#include "base/Utf8Cut.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "platform/TextApi.h"
@@ -44,7 +45,7 @@ std::size_t ContinuationsAfter(unsigned char lead) {
 }
 
 bool AreContinuations(std::string_view bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0xC0) == 0x80; });
+    return std::all_of(bytes.begin(), bytes.end(), base::IsUtf8Continuation);
 }
 
 /// Returns the offset just past the first lead byte with its continuation bytes; npos when there is none.

@@ -82,13 +82,14 @@ bool IsReadable(VARTYPE type) {
     }
 }
 
-/// Returns the number whose bits WMI holds in a signed variant; nothing for what is as it is meant.
+/// Returns the number whose bits WMI holds in a signed variant, when it is to be read as it is meant; nothing
+/// for what is so already.
 std::optional<_variant_t> Unsigned(const VARIANT& value, CIMTYPE type) {
     _variant_t meant;
-    if (type == CIM_UINT32 && value.vt == VT_I4) {
+    if (type == (CIM_UINT32 | kAsMeant) && value.vt == VT_I4) {
         meant.ulVal = static_cast<ULONG>(value.lVal);
         meant.vt = VT_UI4;
-    } else if (type == CIM_CHAR16 && value.vt == VT_I2) {
+    } else if (type == (CIM_CHAR16 | kAsMeant) && value.vt == VT_I2) {
         meant.uiVal = static_cast<unsigned short>(value.iVal);
         meant.vt = VT_UI2;
     } else {
@@ -128,11 +129,7 @@ public:
     using Converter = bool (*)(const _variant_t* value, long cimType, Variant& out);
 
     ArrayText(SAFEARRAY* array, const wchar_t* name, CIMTYPE type, Converter convert)
-        : m_array(array),
-          m_name(name),
-          m_elementType(ElementType(type) & ~kAsMeant),
-          m_isMeant((type & kAsMeant) != 0),
-          m_convert(convert) {
+        : m_array(array), m_name(name), m_elementType(ElementType(type)), m_convert(convert) {
         if (FAILED(::SafeArrayGetVartype(array, &m_type))) m_type = VT_EMPTY;
     }
 
@@ -152,8 +149,8 @@ public:
 
 private:
     bool IsRead() const {
-        return IsReadable(m_type) || (m_isMeant && ((m_type == VT_BOOL && m_elementType == CIM_BOOLEAN) ||
-                                                    (m_type == VT_UNKNOWN && m_elementType == CIM_OBJECT)));
+        return IsReadable(m_type) || (m_type == VT_BOOL && m_elementType == (CIM_BOOLEAN | kAsMeant)) ||
+               (m_type == VT_UNKNOWN && m_elementType == (CIM_OBJECT | kAsMeant));
     }
 
     std::string Element(LONG index) const {
@@ -165,16 +162,15 @@ private:
         if (!FetchElement(m_array, m_type, index, element)) return {};
         // A variant may hold nothing.
         const bool isGiven = element.vt != VT_EMPTY && element.vt != VT_NULL;
-        if (const auto meant = Unsigned(element, m_elementType); m_isMeant && meant) element = *meant;
+        if (const auto meant = Unsigned(element, m_elementType)) element = *meant;
         Variant converted;
-        m_convert(isGiven ? &element : nullptr, m_elementType, converted);
+        m_convert(isGiven ? &element : nullptr, m_elementType & ~kAsMeant, converted);
         return converted.AsString();
     }
 
     SAFEARRAY* m_array;
     const wchar_t* m_name;
     CIMTYPE m_elementType;
-    bool m_isMeant;
     Converter m_convert;
     VARTYPE m_type = VT_EMPTY;
 };
@@ -236,9 +232,8 @@ bool WmiConnector::AddPropertyToRow(VariantList* row, wchar_t* const& name, cons
     if (value.vt == VT_NULL) {
         // stays null
     } else if (!IsArray(cimType)) {
-        const CIMTYPE type = cimType & ~kAsMeant;
-        const auto meant = Unsigned(value, type);
-        CimScalarValueToVariant(type != cimType && meant ? &*meant : &value, type, cell);
+        const auto meant = Unsigned(value, cimType);
+        CimScalarValueToVariant(meant ? &*meant : &value, cimType & ~kAsMeant, cell);
     } else if ((value.vt & VT_ARRAY) == 0 || !HasOneDimension(value.parray)) {
         cell.SetStringValue("(array)");
     } else {

@@ -50,10 +50,7 @@ void Flush(iconv_t converter, std::string& text) {
 
 std::optional<std::string> CodePageToUtf8(std::string_view bytes, std::uint32_t page) {
     constexpr std::uint32_t kUtf8 = 65001;
-    if (page == kOemCodePage || page == kUtf8) {
-        if (base::FindInvalidUtf8(bytes) == std::string_view::npos) return std::string(bytes);
-        return base::ToUtf8(base::ToWide(bytes));
-    }
+    if (page == kOemCodePage || page == kUtf8) return base::RepairUtf8(bytes);
     const iconv_t converter = ::iconv_open("UTF-8", CharsetOf(page).c_str());
     if (converter == reinterpret_cast<iconv_t>(-1)) {
         FailWithErrno();

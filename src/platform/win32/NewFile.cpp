@@ -1,5 +1,4 @@
 #include "platform/NewFile.h"
-#include "platform/ErrorText.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +7,7 @@
 #include <vector>
 
 #include "base/Utf.h"
+#include "platform/ErrorText.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/NewFileName.h"
 #include "platform/win32/OpenFile.h"

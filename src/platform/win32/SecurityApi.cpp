@@ -1,8 +1,8 @@
 #include "platform/SecurityApi.h"
-#include "platform/ErrorText.h"
 
 #include <vector>
 
+#include "platform/ErrorText.h"
 #include "platform/win32/CurrentUser.h"
 #include "platform/win32/LocalMemory.h"
 #include "platform/win32/ReparsePoint.h"

@@ -15,6 +15,8 @@
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
 #include "system/PrivateFile.h"
+#include "system/win32/Handle.h"
+#include "system/win32/LastErrorText.h"
 
 namespace quillon::agent {
 
@@ -25,15 +27,7 @@ constexpr DWORD kBufferSize = 64 << 10;
 constexpr DWORD kLongestRead = 1 << 20;
 constexpr const char* kPipes = R"(\\.\pipe\)";
 
-struct Closer {
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<void, Closer>;
-
 Handle MakeEvent() { return Handle(::CreateEventW(nullptr, TRUE, FALSE, nullptr)); }
-
-std::string LastError() { return SystemErrorText(static_cast<int>(::GetLastError())); }
 
 /// One operation that goes on while its thread waits for it, or for the event of a stop.
 class Operation {
@@ -122,7 +116,8 @@ public:
         if (!isConnected) return nullptr;
         Handle client = std::exchange(m_next, MakeInstance(0));
         if (m_next == nullptr) {
-            ServiceLocator::Get<ICLogger>()->Error("No further client can connect: %s", LastError().c_str());
+            ServiceLocator::Get<ICLogger>()->Error("No further client can connect: %s",
+                                                   LastErrorText().c_str());
             return nullptr;
         }
         return std::make_unique<PipeChannel>(std::move(client));
@@ -155,7 +150,7 @@ std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault)
     }
     auto listener = std::make_unique<PipeListener>(StringUtils::NarrowStringToWide(address));
     if (listener->Open()) return listener;
-    fault = LastError();
+    fault = LastErrorText();
     return nullptr;
 }
 

@@ -2,12 +2,12 @@
 
 #include <windows.h>
 
-#include <memory>
-
 #include "quillon/CommandLineBuilder.h"
 #include "quillon/StringUtils.h"
 #include "system/PrivateFile.h"
 #include "system/SharedLibrary.h"
+#include "system/win32/Handle.h"
+#include "system/win32/LastErrorText.h"
 
 namespace quillon::agent {
 
@@ -20,14 +20,6 @@ constexpr DWORD kLongest = 30'000;  // milliseconds
 constexpr DWORD kTried = 0x20510000;
 constexpr DWORD kErrorBits = 0xFFFF;
 constexpr DWORD kThrew = kTried | kErrorBits;  // no error has such a number
-
-struct Closer {
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<HANDLE, Closer>;
-
-std::string LastErrorText() { return SystemErrorText(static_cast<int>(::GetLastError())); }
 
 std::wstring OwnPath() {
     constexpr std::size_t kLongestPath = 32'768;

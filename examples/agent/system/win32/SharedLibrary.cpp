@@ -9,6 +9,8 @@
 
 #include "quillon/StringUtils.h"
 #include "system/PrivateFile.h"
+#include "system/win32/Handle.h"
+#include "system/win32/LastErrorText.h"
 #include "system/win32/LibraryTrial.h"
 
 namespace quillon::agent {
@@ -32,13 +34,6 @@ template <class T>
 using Local = std::unique_ptr<T, Free>;
 
 std::string ErrorText(DWORD code) { return SystemErrorText(static_cast<int>(code)); }
-std::string LastErrorText() { return ErrorText(::GetLastError()); }
-
-struct Closer {
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<HANDLE, Closer>;
 
 /// Null with the system's last error.
 Handle Open(const std::string& path, DWORD access, DWORD share) {

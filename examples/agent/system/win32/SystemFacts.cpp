@@ -8,6 +8,7 @@
 
 #include "quillon/MiscUtils.h"
 #include "quillon/StringUtils.h"
+#include "system/win32/Handle.h"
 
 namespace quillon::agent {
 
@@ -15,14 +16,10 @@ namespace {
 
 constexpr DWORD kLongestPath = 32768;
 
-struct Closer {
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-
 }  // namespace
 
 std::optional<std::string> ReadExecutable(unsigned long pid) {
-    const std::unique_ptr<void, Closer> process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, pid));
+    const Handle process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, pid));
     if (process == nullptr) return std::nullopt;
     std::vector<wchar_t> path(kLongestPath);
     DWORD size = kLongestPath;
