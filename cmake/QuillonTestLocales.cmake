@@ -13,9 +13,10 @@ if(LOCALEDEF AND EXISTS /usr/share/i18n/locales/ps_AF AND NOT WIN32 AND NOT TARG
   add_custom_target(test_locales DEPENDS ${test_locales})
 endif()
 
-# quillon_use_test_locales(TARGET): defines QUILLON_TEST_LOCALES for it and makes the locales first.
-function(quillon_use_test_locales target)
-  target_compile_definitions(${target} PRIVATE QUILLON_TEST_LOCALES="${QUILLON_TEST_LOCALES}")
+# quillon_use_test_locales(TARGET SOURCE): defines QUILLON_TEST_LOCALES for this source of the target and makes the
+# locales first. As no other source is given a path of this clone, ccache shares their objects between clones.
+function(quillon_use_test_locales target source)
+  set_property(SOURCE ${source} PROPERTY COMPILE_DEFINITIONS QUILLON_TEST_LOCALES="${QUILLON_TEST_LOCALES}")
   if(TARGET test_locales)
     add_dependencies(${target} test_locales)
   endif()
