@@ -8,9 +8,10 @@ namespace quillon {
 
 namespace {
 
-using base::IsSpace;
-using base::Lower;
-using base::Upper;
+// Objects, as a pointer to the function would be called for each unit.
+constexpr auto kIsSpace = [](auto c) { return base::IsSpace(c); };
+constexpr auto kLower = [](auto c) { return base::Lower(c); };
+constexpr auto kUpper = [](auto c) { return base::Upper(c); };
 
 template <class String, class Mapping>
 String& Map(String& text, Mapping mapping) {
@@ -20,12 +21,12 @@ String& Map(String& text, Mapping mapping) {
 
 template <class String>
 String& MapToLower(String& text) {
-    return Map(text, Lower<typename String::value_type>);
+    return Map(text, kLower);
 }
 
 template <class String>
 String& MapToUpper(String& text) {
-    return Map(text, Upper<typename String::value_type>);
+    return Map(text, kUpper);
 }
 
 template <class String, class Unwanted>
@@ -40,7 +41,7 @@ String& TrimEnd(String& text, Unwanted unwanted) {
     return text;
 }
 
-std::wstring& TrimSpacesBehind(std::wstring& text) { return TrimEnd(text, IsSpace<wchar_t>); }
+std::wstring& TrimSpacesBehind(std::wstring& text) { return TrimEnd(text, kIsSpace); }
 
 std::string& TrimSpacesBehind(std::string& text) {
     text.resize(base::SizeWithoutSpacesBehind(text.data(), text.size()));
@@ -49,7 +50,7 @@ std::string& TrimSpacesBehind(std::string& text) {
 
 template <class String>
 String& TrimBoth(String& text) {
-    return TrimStart(TrimSpacesBehind(text), IsSpace<typename String::value_type>);
+    return TrimStart(TrimSpacesBehind(text), kIsSpace);
 }
 
 template <class String>
@@ -64,7 +65,7 @@ String& TrimNewlines(String& text) {
 
 template <class String>
 String& RemoveSpaces(String& text) {
-    std::erase_if(text, IsSpace<typename String::value_type>);
+    std::erase_if(text, kIsSpace);
     return text;
 }
 
@@ -95,8 +96,8 @@ std::wstring& StringUtils::StringToLowercase(std::wstring& text) { return MapToL
 std::string& StringUtils::StringToUppercase(std::string& text) { return MapToUpper(text); }
 std::wstring& StringUtils::StringToUppercase(std::wstring& text) { return MapToUpper(text); }
 
-std::string& StringUtils::LeftTrim(std::string& text) { return TrimStart(text, IsSpace<char>); }
-std::wstring& StringUtils::LeftTrim(std::wstring& text) { return TrimStart(text, IsSpace<wchar_t>); }
+std::string& StringUtils::LeftTrim(std::string& text) { return TrimStart(text, kIsSpace); }
+std::wstring& StringUtils::LeftTrim(std::wstring& text) { return TrimStart(text, kIsSpace); }
 std::string& StringUtils::RightTrim(std::string& text) { return TrimSpacesBehind(text); }
 std::wstring& StringUtils::RightTrim(std::wstring& text) { return TrimSpacesBehind(text); }
 std::string& StringUtils::Trim(std::string& text) { return TrimBoth(text); }
@@ -134,7 +135,7 @@ std::string StringUtils::CollapseWhitespace(const std::string& text) {
     collapsed.reserve(text.size());
     bool pending = false;
     for (const char c : text) {
-        if (IsSpace(c)) {
+        if (kIsSpace(c)) {
             pending = true;
             continue;
         }
