@@ -24,12 +24,12 @@ complete -o default -F _quillon_agent quillon-agent
 const char* const kPowerShell =
     R"(# Has PowerShell complete command lines of the agent:
 # quillon-agent completion powershell | Out-String | Invoke-Expression
-Register-ArgumentCompleter -Native -CommandName quillon-agent, quillon-agent.exe -ScriptBlock {
+Register-ArgumentCompleter -Native -CommandName @('quillon-agent', 'quillon-agent.exe') -ScriptBlock {
     param($word, $line, $position)
     $before = $line.CommandElements | Select-Object -Skip 1 | Where-Object { $_.Extent.StartOffset -lt $position }
     $words = @($before | ForEach-Object { $_.ToString() })
     if ($word -eq '') { $words += ' ' }
-    & $line.GetCommandName() completion words $words | ForEach-Object {
+    & ($line.GetCommandName()) completion words $words | ForEach-Object {
         [System.Management.Automation.CompletionResult]::new($_, $_, 'ParameterValue', $_)
     }
 }
