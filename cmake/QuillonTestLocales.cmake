@@ -16,7 +16,7 @@ endif()
 # quillon_use_test_locales(TARGET SOURCE): defines QUILLON_TEST_LOCALES for this source of the target and makes the
 # locales first. As no other source is given a path of this clone, ccache shares their objects between clones.
 function(quillon_use_test_locales target source)
-  set_property(SOURCE ${source} PROPERTY COMPILE_DEFINITIONS QUILLON_TEST_LOCALES="${QUILLON_TEST_LOCALES}")
+  set_property(SOURCE ${source} APPEND PROPERTY COMPILE_DEFINITIONS QUILLON_TEST_LOCALES="${QUILLON_TEST_LOCALES}")
   if(TARGET test_locales)
     add_dependencies(${target} test_locales)
   endif()

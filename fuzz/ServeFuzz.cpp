@@ -34,6 +34,7 @@ public:
         m_answers += bytes;
         return true;
     }
+    bool IsGone() override { return false; }
     void Stop() override {}
 
 private:
@@ -81,7 +82,7 @@ void CheckAnswers(std::string_view answers, std::size_t expected) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const std::string folder = FileSystemUtils::GetTemporaryDirectory();
-    static const agent::Host host({.level = ICLogger::Level::Fatal}, folder);
+    static const agent::Host host({.file = {}, .level = ICLogger::Level::Fatal}, folder);
     static agent::CallPool pool(2);
     if (size == 0) return 0;
     const std::string_view said(reinterpret_cast<const char*>(data) + 1, size - 1);
