@@ -41,7 +41,9 @@ bool RunWmi(const WmiCall& call, InvocationResult& result,
     connector.SetUpdatePolicy(WmiConnector::UpdatePolicy::NullsAndArrays);
     connector.SetDiagnostics(true);
     connector.SetDeadline(static_cast<std::int32_t>(call.deadline * 1000));
-    if (connector.Connect(call.ns) && operation(connector)) return true;
+    const bool isDone = connector.Connect(call.ns) && operation(connector);
+    // An object that could not be read is missing in an answer which is given all the same.
+    if (isDone && connector.LastWmiErrorCode() == 0) return true;
     return Fail(InvocationResult::kSystemFailure, StringUtils::WideStringToNarrow(connector.LastWmiError()),
                 result);
 }

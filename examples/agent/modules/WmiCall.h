@@ -21,8 +21,8 @@ struct WmiCall {
 void DescribeWmi(IMethodMetadataBuilder& builder);
 void AddBindings(DescribedBinder& binder, WmiCall& call);
 
-/// Connects and runs the operation. False when a parameter is out of its range or one of
-/// the two failed; the result then says why, in WMI's words.
+/// Connects and runs the operation. False when a parameter is out of its range, one of the two
+/// failed, or an object could not be read; the result then says why, in WMI's words.
 bool RunWmi(const WmiCall& call, InvocationResult& result,
             const std::function<bool(WmiConnector&)>& operation);
 
