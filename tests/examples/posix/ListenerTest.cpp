@@ -93,6 +93,23 @@ TEST_F(Listener, LeavesNothingBehindAndTakesTheLeftoverOfAKilledAgent) {
     EXPECT_THAT(fault, HasSubstr("1 to 107 bytes"));
 }
 
+TEST_F(Listener, LeavesThePlaceToTheSocketThatTookIt) {
+    auto former = Open();
+    std::filesystem::remove(path);
+    const auto latter = Open();
+    former.reset();
+    const Client client(path);
+    EXPECT_NE(latter->Accept(), nullptr);
+}
+
+/// Each attempt leaves a client in the queue of the first, which has room for 64.
+TEST_F(Listener, DoesNotWaitForAListenerThatHangs) {
+    const auto listener = Open();
+    std::string fault;
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(agent::Listen(dir.Path("agent.sock"), fault), nullptr);
+    EXPECT_THAT(fault, HasSubstr("in use"));
+}
+
 TEST_F(Listener, StopsWaitingOnAnyThread) {
     const auto listener = Open();
     const Client client(path);

@@ -118,11 +118,27 @@ bool IsOwnAccount(int socket) {
     return peer.uid == 0 || peer.uid == ::geteuid();
 }
 
+/// Which file it is that a path leads to, itself if it is a link.
+struct FileIdentity {
+    explicit FileIdentity(const std::string& path) {
+        struct stat status {};
+        if (::lstat(path.c_str(), &status) != 0) return;
+        device = status.st_dev;
+        number = status.st_ino;
+    }
+    bool operator==(const FileIdentity&) const = default;
+
+    dev_t device = 0;
+    ino_t number = 0;
+};
+
 class SocketListener final : public Listener {
 public:
     SocketListener(Descriptor socket, std::string path)
-        : m_socket(std::move(socket)), m_path(std::move(path)) {}
-    ~SocketListener() override { ::unlink(m_path.c_str()); }
+        : m_socket(std::move(socket)), m_path(std::move(path)), m_identity(m_path) {}
+    ~SocketListener() override {  // another agent's socket may have taken the place
+        if (m_identity == FileIdentity(m_path)) ::unlink(m_path.c_str());
+    }
 
     std::unique_ptr<Channel> Accept() override {
         while (m_stop.AwaitInput(m_socket.Get())) {
@@ -150,6 +166,7 @@ private:
 
     Descriptor m_socket;
     std::string m_path;
+    FileIdentity m_identity;
     StopEvent m_stop;
 };
 
@@ -157,7 +174,8 @@ private:
 void RemoveLeftover(const sockaddr_un& address) {
     struct stat status {};
     if (::lstat(address.sun_path, &status) != 0 || !S_ISSOCK(status.st_mode)) return;
-    const Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    // A listener that hangs has a queue that is full, in which another client would wait without end.
+    const Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const bool isHeld =
         ::connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     if (!isHeld && errno == ECONNREFUSED) ::unlink(address.sun_path);
