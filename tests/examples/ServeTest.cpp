@@ -36,6 +36,12 @@ public:
         const std::lock_guard lock(m_mutex);
         m_isGone = isGone;
     }
+    /// Takes no answer until it is woken up, or ends.
+    void Sleep(bool isAsleep) {
+        const std::lock_guard lock(m_mutex);
+        m_isAsleep = isAsleep;
+        m_changed.notify_all();
+    }
     void End() {
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
@@ -63,7 +69,8 @@ private:
             return count;
         }
         bool Write(std::string_view lines) override {
-            const std::lock_guard lock(m_client.m_mutex);
+            std::unique_lock lock(m_client.m_mutex);
+            m_client.m_changed.wait(lock, [this] { return !m_client.m_isAsleep || m_client.m_hasEnded; });
             if (m_client.m_isGone) return false;
             for (std::size_t end = 0; (end = lines.find('\n')) != std::string_view::npos;
                  lines.remove_prefix(end + 1))
@@ -86,7 +93,7 @@ private:
     std::condition_variable m_changed;
     std::string m_said;
     std::vector<json> m_answers;
-    bool m_hasEnded = false, m_isGone = false;
+    bool m_hasEnded = false, m_isGone = false, m_isAsleep = false;
 };
 
 std::string Line(const json& request) { return request.dump() + '\n'; }
@@ -99,7 +106,7 @@ std::string Call(const json& id, const std::string& method, const json& paramete
 class ServedClient : public TempDirTest {
 protected:
     void Start(std::size_t piece = 7) {
-        m_session = std::make_shared<Session>(m_host, m_pool, client.MakeChannel(piece));
+        m_session = std::make_shared<Session>(host, pool, client.MakeChannel(piece));
         m_thread = std::thread([this] { m_session->Run(); });
     }
     void Finish() {
@@ -114,10 +121,10 @@ protected:
     }
 
     FakeClient client;
+    Host host{{}, dir.Path("Stores")};
+    CallPool pool{4};
 
 private:
-    Host m_host{{}, dir.Path("Stores")};
-    CallPool m_pool{4};
     std::shared_ptr<Session> m_session;
     std::thread m_thread;
 };
@@ -229,6 +236,26 @@ TEST_F(ServedClient, GetsEveryAnswerOnceThoughMoreCallsWaitThanThereIsRoom) {
         EXPECT_FALSE(isSeen[static_cast<std::size_t>(id)]);
         isSeen[static_cast<std::size_t>(id)] = true;
     }
+}
+
+/// Its answers are more than may wait for it. The calls of both are run in turn.
+TEST_F(ServedClient, HoldsNoThreadOfOthersWhileItTakesNoAnswers) {
+    constexpr std::size_t kCalls = 40;
+    Start(1 << 16);
+    client.Sleep(true);
+    FakeClient other;
+    const auto session = std::make_shared<Session>(host, pool, other.MakeChannel(1 << 16));
+    std::thread thread([&] { session->Run(); });
+    const std::string text(Session::kLongestLine - 1000, 'x');
+    for (std::size_t i = 0; i < kCalls; ++i) {
+        client.Say(Call(i, "System.Echo", {{"text", text}}));
+        other.Say(Call(i, "System.Echo", {{"integer", i}}));
+    }
+    EXPECT_THAT(other.Answers(kCalls), SizeIs(kCalls));
+    client.Sleep(false);
+    EXPECT_THAT(client.Answers(kCalls), SizeIs(kCalls));
+    other.End();
+    thread.join();
 }
 
 TEST_F(ServedClient, EndsOneCallByItsIdAndNoOther) {

@@ -13,8 +13,11 @@ constexpr std::size_t kKept = 64U << 10;
 
 }  // namespace
 
-AnswerWriter::AnswerWriter(Channel& channel, std::function<void()> onGone)
-    : m_channel(channel), m_onGone(std::move(onGone)), m_thread([this] { Write(); }) {}
+AnswerWriter::AnswerWriter(Channel& channel, std::function<void()> onGone, std::function<void()> onRoom)
+    : m_channel(channel),
+      m_onGone(std::move(onGone)),
+      m_onRoom(std::move(onRoom)),
+      m_thread([this] { Write(); }) {}
 
 void AnswerWriter::Finish() {
     {
@@ -27,18 +30,31 @@ void AnswerWriter::Finish() {
 
 void AnswerWriter::Add(const std::string& lines) {
     AwaitMemory([this, &lines] {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_isBroken || m_waiting.size() <= kMostWaiting; });
+        const std::lock_guard lock(m_mutex);
         if (!m_isBroken) m_waiting += lines;
     });
     m_changed.notify_all();
 }
 
+/// The caller holds the lock.
+bool AnswerWriter::IsFull() const { return m_waiting.size() > kMostWaiting; }
+
+bool AnswerWriter::HasRoom() {
+    const std::lock_guard lock(m_mutex);
+    return !IsFull();
+}
+
+void AnswerWriter::AwaitRoom() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return !IsFull(); });
+}
+
 void AnswerWriter::Write() {
     std::string lines;
     while (TakeWaiting(lines)) {
-        if (!m_channel.Write(lines)) return Leave();
         m_changed.notify_all();
+        m_onRoom();
+        if (!m_channel.Write(lines)) return Leave();
     }
 }
 
@@ -50,6 +66,7 @@ void AnswerWriter::Leave() {
     }
     m_changed.notify_all();
     m_onGone();
+    m_onRoom();
 }
 
 /// Moves what waits into `lines`, whose memory is used again unless it is large. False at the end.

@@ -34,7 +34,11 @@ bool IsBlank(std::string_view line) { return line.find_first_not_of(" \t") == st
 }  // namespace
 
 Session::Session(const Host& host, CallPool& pool, std::unique_ptr<Channel> channel)
-    : m_host(host), m_pool(pool), m_channel(std::move(channel)), m_writer(*m_channel, [this] { Leave(); }) {}
+    : m_host(host),
+      m_pool(pool),
+      m_channel(std::move(channel)),
+      m_writer(
+          *m_channel, [this] { Leave(); }, [this] { Resume(); }) {}
 
 void Session::Run() {
     ReadLines();
@@ -90,7 +94,7 @@ void Session::HandleCancel(const Request& request) {
     if (call == nullptr) return Refuse(request.id, "There is no call with this id");
     const std::string answer = WriteAnswer(request.id, InvocationResult::kSucceeded, "");
     call->cancellation.Cancel();
-    m_writer.Add(answer);
+    AddWhenRoom(answer);
 }
 
 bool Session::IsKnown(const Request& request) {
@@ -117,7 +121,20 @@ void Session::Enqueue(std::shared_ptr<Call> call) {
         throw;
     }
     ++m_unanswered;
-    if (!std::exchange(m_isInPool, true)) AwaitMemory([this] { m_pool.Add(shared_from_this()); });
+    JoinPool();
+}
+
+/// A client that takes its answers too slowly has no call run, which would hold a thread of the pool until
+/// its answer has room: the threads are there for the other clients. The caller holds the lock.
+void Session::JoinPool() {
+    if (m_isInPool || m_waiting.empty() || !m_writer.HasRoom()) return;
+    m_isInPool = true;
+    AwaitMemory([this] { m_pool.Add(shared_from_this()); });
+}
+
+void Session::Resume() {
+    const std::lock_guard lock(m_mutex);
+    JoinPool();
 }
 
 std::function<void()> Session::TakeCall(bool& haveMore) {
@@ -126,7 +143,7 @@ std::function<void()> Session::TakeCall(bool& haveMore) {
         RunCall(*call);
     };
     m_waiting.pop_front();
-    m_isInPool = haveMore = !m_waiting.empty();
+    m_isInPool = haveMore = !m_waiting.empty() && m_writer.HasRoom();
     m_changed.notify_all();
     return run;
 }
@@ -170,7 +187,13 @@ InvocationResult Session::Invoke(Call& call) const {
 }
 
 void Session::Refuse(const std::string& id, const std::string& message) {
-    m_writer.Add(WriteAnswer(id, InvocationResult::kBadParameter, message));
+    AddWhenRoom(WriteAnswer(id, InvocationResult::kBadParameter, message));
+}
+
+/// Only on the thread that reads: the client is to take its answers before it says more.
+void Session::AddWhenRoom(const std::string& answer) {
+    m_writer.AwaitRoom();
+    m_writer.Add(answer);
 }
 
 /// A client that is gone wants no further answer.

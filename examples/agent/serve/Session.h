@@ -48,6 +48,8 @@ private:
     void HandleCancel(const Request& request);
     void StartCall(const Request& request);
     void Enqueue(std::shared_ptr<Call> call);
+    void JoinPool();
+    void Resume();
     bool IsKnown(const Request& request);
     void RunCall(Call& call);
     void Forget(const Call& call);
@@ -55,6 +57,7 @@ private:
     std::string AnswerOf(Call& call) const;
     std::vector<std::shared_ptr<Call>> UnansweredCalls();
     void Refuse(const std::string& id, const std::string& message);
+    void AddWhenRoom(const std::string& answer);
     void Leave();
     template <class Condition>
     void AwaitCalls(Condition condition);
