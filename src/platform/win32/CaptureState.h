@@ -11,9 +11,10 @@ struct PipeState final : OutputCapture::State {
     void BeginRead();
     void CancelRead() override;
 
-    EventHandle ready;  ///< set when the read has come to its end
+    EventHandle ready;  ///< set when the read has come to its end, or could not begin
     OVERLAPPED read{};
     bool isReading = false;
+    DWORD fault = ERROR_SUCCESS;  ///< why no read could begin
 };
 
 inline PipeState& PipeOf(OutputCapture::State& state) { return static_cast<PipeState&>(state); }

@@ -26,16 +26,28 @@ std::wstring NewPipeName() {
     return name;
 }
 
+bool IsEnd(DWORD error) { return error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF; }
+
+std::nullopt_t Fail(PipeState& pipe, DWORD error) {
+    pipe.hasEnded = true;
+    ::SetLastError(error);
+    return std::nullopt;
+}
+
 }  // namespace
 
 void PipeState::BeginRead() {
-    if (isReading || hasEnded || !reader) return;
+    if (isReading || hasEnded || fault != ERROR_SUCCESS || !reader) return;
     read = {};
     read.hEvent = ready.Get();
     const BOOL isDone =
         ::ReadFile(reader.Get(), piece.data(), static_cast<DWORD>(piece.size()), nullptr, &read);
-    isReading = isDone != 0 || ::GetLastError() == ERROR_IO_PENDING;
-    hasEnded = !isReading;
+    const DWORD error = isDone != 0 ? DWORD{ERROR_IO_PENDING} : ::GetLastError();
+    isReading = error == ERROR_IO_PENDING;
+    hasEnded = IsEnd(error);
+    if (isReading || hasEnded) return;
+    fault = error;
+    ::SetEvent(ready.Get());  // Read() tells it
 }
 
 void PipeState::CancelRead() {
@@ -66,6 +78,7 @@ bool OutputCapture::Open() {
 std::optional<std::string_view> OutputCapture::Read() {
     PipeState& pipe = PipeOf(*m_state);
     pipe.BeginRead();
+    if (pipe.fault != ERROR_SUCCESS && pipe.reader) return Fail(pipe, pipe.fault);
     if (!pipe.isReading) return std::string_view();
     DWORD count = 0;
     if (::GetOverlappedResult(pipe.reader.Get(), &pipe.read, &count, FALSE) != 0) {
@@ -75,9 +88,9 @@ std::optional<std::string_view> OutputCapture::Read() {
     const DWORD error = ::GetLastError();
     if (error == ERROR_IO_INCOMPLETE) return std::string_view();
     pipe.isReading = false;
+    if (!IsEnd(error)) return Fail(pipe, error);
     pipe.hasEnded = true;
-    if (error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF) return std::string_view();
-    return std::nullopt;
+    return std::string_view();
 }
 
 std::uint64_t OutputCapture::Available() const {
