@@ -21,8 +21,8 @@ public:
         const std::lock_guard lock(m_mutex);
         m_added.push_back(std::move(reader));
         if (!m_wake) m_wake = CreateAutoResetEvent();
-        // Without a thread the pipe stays open, and the next one tries again.
-        if (!m_runs) m_runs = RunInBackground([this] { Run(); });
+        // Without a thread, and without what wakes it, the pipe stays open, and the next one tries again.
+        if (m_wake && !m_runs) m_runs = RunInBackground([this] { Run(); });
         if (m_wake) SignalEvent(m_wake);
     }
 
