@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -156,6 +157,15 @@ int Main(int argc, char** argv) {
     return std::visit([&output](const auto& command) { return Execute(command, output); }, commandLine);
 }
 
+/// The text needs memory, which may be what failed.
+void TellWhy(const std::exception& error) {
+    try {
+        std::fprintf(stderr, "quillon-agent: %s\n", TerminalText(error.what()).c_str());
+    } catch (const std::bad_alloc&) {
+        std::fputs("quillon-agent: There is no memory\n", stderr);
+    }
+}
+
 }  // namespace
 
 }  // namespace quillon::agent
@@ -164,7 +174,7 @@ int main(int argc, char** argv) {
     try {
         return quillon::agent::Main(argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "quillon-agent: %s\n", quillon::agent::TerminalText(error.what()).c_str());
+        quillon::agent::TellWhy(error);
         return quillon::agent::kAgentFailed;
     }
 }
