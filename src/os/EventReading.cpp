@@ -30,9 +30,17 @@ std::uint32_t FailureCode() {
 
 }  // namespace
 
+bool HasWholeTexts(const EventLogSource& source) {
+    return source.name.find('\0') == std::string::npos && source.query.find('\0') == std::string::npos;
+}
+
 EventReading::EventReading(const EventLogSource& source, unsigned long direction)
     : m_renderer(source.withMessage) {
     const unsigned long kind = source.isFile ? platform::kEvtFilePath : platform::kEvtChannelPath;
+    if (!HasWholeTexts(source)) {
+        m_errorCode = base::kInvalidParameter;
+        return;
+    }
     platform::SetLastErrorCode(0);
     m_results.Reset(EventLogProxy::EvtQuery(nullptr, base::ToWide(source.name).c_str(),
                                             base::ToWide(source.query).c_str(), kind | direction));

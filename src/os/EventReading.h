@@ -10,6 +10,9 @@
 
 namespace quillon {
 
+/// Returns whether the system takes the texts of a source whole: it would take less of one with a NUL.
+bool HasWholeTexts(const EventLogSource& source);
+
 /// Walks over the events that match a source, in one direction.
 class EventReading {
 public:

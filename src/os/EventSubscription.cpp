@@ -44,8 +44,10 @@ bool EventSubscription::State::Subscribe(const EventLogSource& source, unsigned 
 bool EventSubscription::State::Open(const EventLogSource& source, const std::string& bookmark) {
     constexpr std::uint32_t kStale = 15011, kInvalidPosition = 15012;
     signal.Reset(platform::Audit().makeEvent());
-    if (source.isFile) errorCode = base::kInvalidParameter;
-    if (source.isFile) return false;
+    if (source.isFile || !HasWholeTexts(source)) {
+        errorCode = base::kInvalidParameter;
+        return false;
+    }
     const auto from = EventBookmark::Parse(bookmark, source.name);
     if (!from)
         return Subscribe(source, source.fromNow ? platform::kEvtToFutureEvents : platform::kEvtFromOldest);

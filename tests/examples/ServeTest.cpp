@@ -181,6 +181,13 @@ TEST_F(ServedClient, GetsAnAnswerForEachLineWhateverItHolds) {
          "Parameter 'a' must be a scalar or an array of objects; Parameter 'b' must be"},
         {"missing beside an unreadable one", R"({"method":"Network.Cidr","parameters":{"address":{},"x":1}})",
          2, "array of objects; Missing parameter 'mask'; Undefined parameter named 'x'"},
+        {"NUL in a host", R"({"method":"Network.Resolve","parameters":{"host":"localhost\u0000.x"}})", 2,
+         "must have no zero byte"},
+        {"NUL in a channel", R"({"method":"EventLog.Query","parameters":{"channel":"Quillon\u0000x"}})", 3,
+         "The parameter is incorrect"},
+        {"NUL in a query",
+         R"({"method":"EventLog.Follow","parameters":{"channel":"Quillon","query":"*\u0000x","seconds":1}})",
+         3, "The parameter is incorrect"},
         {"nobody's call", R"({"id":1,"cancel":7})", 2, "There is no call with this id"},
         {"good", R"({"id":"é","method":"System.Echo","parameters":{"integer":"5","text":null}})", 0, ""},
     };
