@@ -45,5 +45,7 @@ public:
 /// Keeps a pipe's reading end open, and the pipe empty, until its last writer has gone. Of 256 such pipes
 /// the oldest is closed for the next one.
 void DrainInBackground(FileHandle reader);
+/// Starts the thread for pipes that wait for one because it could not be started.
+void ResumeDrain();
 
 }  // namespace quillon::platform

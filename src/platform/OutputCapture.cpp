@@ -7,7 +7,7 @@
 
 namespace quillon::platform {
 
-OutputCapture::OutputCapture() : m_state(State::Make()) {}
+OutputCapture::OutputCapture() : m_state(State::Make()) { ResumeDrain(); }
 
 OutputCapture::~OutputCapture() {
     m_state->writer.Reset();

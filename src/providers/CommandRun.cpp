@@ -6,6 +6,7 @@
 #include <optional>
 #include <system_error>
 
+#include "platform/ThreadApi.h"
 #include "providers/SilentLogger.h"
 #include "quillon/DestructorFunctor.h"
 #include "quillon/IShutdownMonitor.h"
@@ -112,7 +113,10 @@ int CommandWatch::Run(const ThreadStarter& start) {
 }
 
 int CommandWatch::RunWorker(const ThreadStarter& start) {
-    std::thread worker = start([props = m_props, synch = m_synch] { RunCommandWorker(props, synch); });
+    std::thread worker = start([props = m_props, synch = m_synch] {
+        platform::NameThread("Vantora-command");
+        RunCommandWorker(props, synch);
+    });
     // The host's monitor may throw in Watch(), and a thread that is neither joined nor detached ends the
     // process.
     const DestructorFunctor release([&worker] {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "quillon/ThreadUtils.h"
 #include "serve/AwaitMemory.h"
 
 namespace quillon::agent {
@@ -50,6 +51,7 @@ void AnswerWriter::AwaitRoom() {
 }
 
 void AnswerWriter::Write() {
+    ThreadUtils::SetThreadName("answers");
     std::string lines;
     while (TakeWaiting(lines)) {
         m_changed.notify_all();

@@ -3,6 +3,7 @@
 #include <system_error>
 #include <utility>
 
+#include "quillon/ThreadUtils.h"
 #include "serve/AwaitMemory.h"
 
 namespace quillon::agent {
@@ -34,6 +35,7 @@ void CallPool::Add(std::shared_ptr<CallSource> source) {
 }
 
 void CallPool::Work() {
+    ThreadUtils::SetThreadName("call");
     while (const std::shared_ptr<CallSource> source = TakeSource()) {
         bool haveMore = false;
         const std::function<void()> call = AwaitMemory([&] { return source->TakeCall(haveMore); });

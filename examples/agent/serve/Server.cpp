@@ -17,6 +17,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/IShutdownNotifier.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/ThreadUtils.h"
 #include "serve/AwaitMemory.h"
 #include "serve/CallPool.h"
 #include "serve/Session.h"
@@ -97,6 +98,7 @@ void Sessions::Start(std::unique_ptr<Channel> channel) {
 }
 
 void Sessions::Run(Clients::iterator client) {
+    ThreadUtils::SetThreadName("client");
     client->session->Run();
     const std::lock_guard lock(m_mutex);
     if (m_lastEnded.joinable()) m_lastEnded.join();  // it holds no lock any more, or this one would not

@@ -15,6 +15,7 @@ namespace {
 
 /// Reads of one pipe before the others get their turn.
 constexpr int kReadsATurn = 16;
+constexpr useconds_t kPauseUs = 10'000;
 
 class PolledPipes final : public DrainedPipes {
 public:
@@ -25,7 +26,7 @@ public:
     void Read(const EventHandle& wake) override {
         std::vector<pollfd> waited{{wake.Get(), POLLIN, 0}};
         for (const FileHandle& pipe : m_pipes) waited.push_back({pipe.Get(), POLLIN, 0});
-        ::poll(waited.data(), waited.size(), -1);
+        if (::poll(waited.data(), waited.size(), -1) < 0) ::usleep(kPauseUs);  // no memory for it
         std::uint64_t count = 0;
         if (waited[0].revents != 0) static_cast<void>(!::read(wake.Get(), &count, sizeof count));
         std::erase_if(m_pipes, [](const FileHandle& pipe) { return !Empty(pipe.Get()); });

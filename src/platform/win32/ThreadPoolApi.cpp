@@ -19,7 +19,7 @@ void CALLBACK RunTask(PTP_CALLBACK_INSTANCE, void* context) {
 
 }  // namespace
 
-bool RunInBackground(std::function<void()> task) {
+bool RunInBackground(std::function<void()> task, const char*) {
     auto owned = std::make_unique<Task>(std::move(task));
     TP_CALLBACK_ENVIRON environment;
     ::InitializeThreadpoolEnvironment(&environment);
