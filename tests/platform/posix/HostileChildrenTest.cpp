@@ -144,6 +144,15 @@ long CountEntries(const char* folder) {
     return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
 }
 
+/// A process may show itself before the thread that started it has told its identifier.
+bool AwaitIdentifier(ProcessUtils::CmdProperties& props) {
+    for (unsigned i = 0; i < kLifetime * 1000; ++i) {
+        if (std::atomic_ref(props.processId).load() != 0) return true;
+        ::usleep(1000);
+    }
+    return false;
+}
+
 /// Runs a hostile command and kills it as soon as it has shown itself.
 bool RunAndKill(const std::string& kind, const std::string& started, ICLogger& log) {
     const auto props = CommandOf(ChildCommand("hostile", {kind, started}), log);
@@ -151,7 +160,7 @@ bool RunAndKill(const std::string& kind, const std::string& started, ICLogger& l
     props->timeoutSecs = static_cast<int>(kLifetime);
     props->killOnTimeout = true;
     std::thread killer([&props, &started] {
-        if (AwaitFile(started)) ProcessUtils::KillCommandProcess(props);
+        EXPECT_TRUE(AwaitFile(started) && AwaitIdentifier(*props) && ProcessUtils::KillCommandProcess(props));
     });
     const int code = ProcessUtils::RunCliCommand(props);
     killer.join();
