@@ -1,5 +1,7 @@
 // The socket at which the agent serves; win32/ListenerTest.cpp tests the pipe.
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -17,6 +19,7 @@ namespace quillon::test {
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -35,6 +38,23 @@ public:
 
 private:
     int m_socket;
+};
+
+/// Leaves the process so many free descriptors.
+class FewDescriptors {
+public:
+    explicit FewDescriptors(rlim_t free) {
+        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &m_before), 0);
+        const int lowest = ::open("/dev/null", O_RDONLY);
+        ::close(lowest);
+        rlimit few = m_before;
+        few.rlim_cur = static_cast<rlim_t>(lowest) + free;
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    }
+    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+
+private:
+    rlimit m_before{};
 };
 
 class Listener : public TempDirTest {
@@ -123,6 +143,30 @@ TEST_F(Listener, StopsWaitingOnAnyThread) {
     listener->Stop();
     reader.join();
     acceptor.join();
+}
+
+TEST_F(Listener, WhatCannotBeStoppedIsNotServed) {
+    std::string fault;
+    {
+        const FewDescriptors one(1);
+        EXPECT_EQ(agent::Listen(dir.Path("agent.sock"), fault), nullptr);
+        EXPECT_THAT(fault, HasSubstr("open files"));
+    }
+    const auto listener = Open();
+    const Client client(path);
+    std::unique_ptr<agent::Channel> channel;
+    std::thread acceptor;
+    {
+        const FewDescriptors one(1);
+        acceptor = std::thread([&] { channel = listener->Accept(); });
+        for (int i = 0; i < 3000 && log.Lines().empty(); ++i) ::usleep(10'000);
+        EXPECT_THAT(log.Lines(), Contains(HasSubstr("A client waits")));
+    }
+    acceptor.join();
+    ASSERT_NE(channel, nullptr);
+    channel->Stop();
+    char byte = 0;
+    EXPECT_EQ(channel->Read(&byte, 1), 0U);
 }
 
 TEST_F(Listener, TellsAClientThatIsGoneFromOneThatSaysNoMore) {

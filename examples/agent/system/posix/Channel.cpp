@@ -7,9 +7,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 #include "quillon/ICLogger.h"
@@ -22,16 +24,20 @@ namespace quillon::agent {
 namespace {
 
 constexpr int kPatienceMs = 5000;
+constexpr useconds_t kPauseUs = 10'000;
 constexpr int kBacklog = 64;
 
 class Descriptor {
 public:
-    explicit Descriptor(int number) : m_number(number) {}
+    explicit Descriptor(int number = -1) : m_number(number) {}
     ~Descriptor() {
         if (m_number >= 0) ::close(m_number);
     }
     Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&&) = delete;
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
 
     int Get() const { return m_number; }
     explicit operator bool() const { return m_number >= 0; }
@@ -43,21 +49,28 @@ private:
 /// Ends waits for a descriptor, once and for all.
 class StopEvent {
 public:
+    /// False, with errno, when there is no descriptor for it.
+    bool IsMade() const { return static_cast<bool>(m_event); }
+
     void Set() {
+        m_isSet = true;
         const std::uint64_t one = 1;
         static_cast<void>(!::write(m_event.Get(), &one, sizeof one));
     }
 
-    /// Waits until the descriptor can be read; false when the event is set.
+    /// Waits until the descriptor can be read; false when the event is set. A wait that the system refuses,
+    /// which has no memory for it, begins again: whoever serves must not end for it.
     bool AwaitInput(int descriptor) const {
         pollfd both[] = {{m_event.Get(), POLLIN, 0}, {descriptor, POLLIN, 0}};
         while (::poll(both, 2, -1) < 0) {
-            if (errno != EINTR) return false;
+            if (m_isSet) return false;
+            if (errno != EINTR) ::usleep(kPauseUs);
         }
         return both[0].revents == 0;
     }
 
 private:
+    std::atomic<bool> m_isSet{false};
     Descriptor m_event{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 };
 
@@ -71,14 +84,35 @@ ssize_t ReadFrom(int descriptor, const StopEvent& stop, char* bytes, std::size_t
     return count;
 }
 
+bool IsOwnAccount(int socket) {
+    ucred peer = {};
+    socklen_t size = sizeof peer;
+    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return false;
+    return peer.uid == 0 || peer.uid == ::geteuid();
+}
+
+void WarnUnlessGone(const char* what) {
+    if (errno == EPIPE || errno == ECONNRESET) return;
+    ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, SystemErrorText(errno).c_str());
+}
+
 std::size_t CountOf(ssize_t read) { return read < 0 ? 0 : static_cast<std::size_t>(read); }
 
 class SocketChannel final : public Channel {
 public:
-    explicit SocketChannel(Descriptor socket) : m_socket(std::move(socket)) {}
+    /// Takes a client, unless it lacks what it needs to serve one: then the client waits. False with errno.
+    bool Accept(int listener) {
+        if (!m_stop.IsMade()) return false;
+        m_socket = Descriptor(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+        return static_cast<bool>(m_socket);
+    }
+
+    bool IsOfOwnAccount() const { return IsOwnAccount(m_socket.Get()); }
 
     std::size_t Read(char* bytes, std::size_t size) override {
-        return CountOf(ReadFrom(m_socket.Get(), m_stop, bytes, size));
+        const ssize_t count = ReadFrom(m_socket.Get(), m_stop, bytes, size);
+        if (count < 0) WarnUnlessGone("A client is left, as it cannot be read from");
+        return CountOf(count);
     }
 
     bool Write(std::string_view bytes) override {
@@ -88,6 +122,7 @@ public:
             if (sent > 0) {
                 bytes.remove_prefix(static_cast<std::size_t>(sent));
             } else if (errno != EINTR && !(errno == EAGAIN && AwaitRoom())) {
+                WarnUnlessGone("A client is left, as no answer can be sent");
                 return false;
             }
         }
@@ -104,19 +139,15 @@ public:
 private:
     bool AwaitRoom() const {
         pollfd room = {m_socket.Get(), POLLOUT, 0};
-        return ::poll(&room, 1, kPatienceMs) == 1;
+        int code = -1;
+        while ((code = ::poll(&room, 1, kPatienceMs)) < 0 && errno == EINTR) {
+        }
+        return code == 1;
     }
 
     Descriptor m_socket;
     StopEvent m_stop;
 };
-
-bool IsOwnAccount(int socket) {
-    ucred peer = {};
-    socklen_t size = sizeof peer;
-    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return false;
-    return peer.uid == 0 || peer.uid == ::geteuid();
-}
 
 /// Which file it is that a path leads to, itself if it is a link.
 struct FileIdentity {
@@ -142,11 +173,11 @@ public:
 
     std::unique_ptr<Channel> Accept() override {
         while (m_stop.AwaitInput(m_socket.Get())) {
-            Descriptor client(::accept4(m_socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
-            if (!client) {
+            auto client = std::make_unique<SocketChannel>();
+            if (!client->Accept(m_socket.Get())) {
                 Wait(errno);
-            } else if (IsOwnAccount(client.Get())) {
-                return std::make_unique<SocketChannel>(std::move(client));
+            } else if (client->IsOfOwnAccount()) {
+                return client;
             } else {
                 ServiceLocator::Get<ICLogger>()->Warn("A client of another account was refused");
             }
@@ -155,6 +186,7 @@ public:
     }
 
     void Stop() override { m_stop.Set(); }
+    bool CanStop() const { return m_stop.IsMade(); }
 
 private:
     /// Lets some time go when no descriptor is free, so that the waiting client costs no processor time.
@@ -205,15 +237,23 @@ std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault)
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     int code = socket ? BindPrivately(socket.Get(), name) : errno;
     if (code == 0 && ::listen(socket.Get(), kBacklog) != 0) code = errno;
+    auto listener = code == 0 ? std::make_unique<SocketListener>(std::move(socket), path) : nullptr;
+    if (listener != nullptr && !listener->CanStop()) {
+        code = errno;
+        listener.reset();
+    }
     fault = code == 0 ? "" : SystemErrorText(code);
-    return code == 0 ? std::make_unique<SocketListener>(std::move(socket), path) : nullptr;
+    return listener;
 }
 
 struct StandardInput::State {
     StopEvent stop;
 };
 
-StandardInput::StandardInput() : m_state(std::make_unique<State>()) {}
+StandardInput::StandardInput() : m_state(std::make_unique<State>()) {
+    if (!m_state->stop.IsMade())
+        throw std::runtime_error("Cannot wait for standard input: " + SystemErrorText(errno));
+}
 StandardInput::~StandardInput() = default;
 
 std::size_t StandardInput::Read(char* bytes, std::size_t size) {

@@ -1,6 +1,7 @@
 #include "system/Console.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
@@ -9,10 +10,13 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <stdexcept>
+#include <system_error>
 #include <thread>
 #include <utility>
 
 #include "quillon/PathUtils.h"
+#include "quillon/ThreadUtils.h"
 
 namespace quillon::agent {
 
@@ -40,6 +44,15 @@ extern "C" void HandleSignal(int number) {
     }
     ::signal(number, SIG_DFL);
     ::raise(number);  // delivered when this handler returns
+}
+
+/// Nothing that the system refuses ends the watch: the agent could not be stopped any more.
+void AwaitInterrupt() {
+    constexpr useconds_t kPauseUs = 10'000;
+    pollfd event = {Interrupted(), POLLIN, 0};
+    while (::poll(&event, 1, -1) != 1) ::usleep(kPauseUs);
+    std::uint64_t count = 0;
+    if (::read(Interrupted(), &count, sizeof count) < 0) ::usleep(kPauseUs);  // it is still set
 }
 
 }  // namespace
@@ -96,17 +109,17 @@ void OnInterrupt(InterruptHandler handler) {
 }
 
 void AfterInterrupt(std::function<void()> task) {
-    Interrupted() = ::eventfd(0, EFD_CLOEXEC);
-    if (Interrupted() < 0) return;
+    Interrupted() = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (Interrupted() < 0)
+        throw std::runtime_error("Cannot watch for signals: " + std::generic_category().message(errno));
     sigset_t all, before;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, &before);  // the signals are for the other threads
     std::thread([task = std::move(task)] {
+        ThreadUtils::SetThreadName("signals");
         for (;;) {
-            std::uint64_t count = 0;
-            const ssize_t length = ::read(Interrupted(), &count, sizeof count);
-            if (length < 0 && errno != EINTR) return;
-            if (length > 0) task();
+            AwaitInterrupt();
+            task();
         }
     }).detach();
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
