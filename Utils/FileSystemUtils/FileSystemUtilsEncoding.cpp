@@ -185,7 +185,15 @@ FileEncoding FileSystemUtils::GetFileEncoding(std::istream& stream, std::uint64_
 
 FileEncoding FileSystemUtils::GetFileEncoding(std::string& path) {
     const std::optional<std::string> content = platform::ReadWholeFile(path);
-    return content ? DetectEncoding(*content, GetFileSizeInBytes(path)) : NOTSET;
+    const auto size = content ? SizeForDetection(path) : std::nullopt;
+    return size ? DetectEncoding(*content, *size) : NOTSET;
+}
+
+std::optional<std::uint64_t> SizeForDetection(const std::string& path) {
+    const std::uint64_t size = FileSystemUtils::GetFileSizeInBytes(path);
+    const std::uint32_t code = platform::LastError();
+    if (size == 0 && code != 0 && code != base::kSharingViolation) return std::nullopt;
+    return size;
 }
 
 void Utf8Finder::Add(std::string_view piece) {

@@ -124,7 +124,9 @@ std::string FileSystemUtils::ReadFile(const std::string& path, FileEncoding& det
 bool FileSystemUtils::ReadFileLimited(const std::string& path, std::uint64_t mostBytes, std::string& text,
                                       FileEncoding& detected, FileEncoding forced) try {
     text.clear();
-    TextReader reader(GetFileSizeInBytes(path), forced);
+    const auto size = SizeForDetection(path);
+    if (!size) return false;
+    TextReader reader(*size, forced);
     const auto add = [&](std::string_view piece, std::uint64_t expected) { reader.Add(piece, expected); };
     if (!platform::ReadPiecesWithin(path, mostBytes, add)) return false;
     detected = reader.Detected();

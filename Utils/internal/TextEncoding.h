@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "quillon/FileSystemUtils.h"
@@ -11,6 +13,10 @@ namespace quillon {
 /// FileSystemUtils::GetFileEncoding of a file's content in memory. `size` is what
 /// the system reports, which need not be the content's own.
 FileSystemUtils::FileEncoding DetectEncoding(std::string_view content, std::uint64_t size);
+
+/// Returns the size that the detection goes by: 0 for a file that another process writes. Nothing, with the
+/// last error set, when it cannot be told for another reason.
+std::optional<std::uint64_t> SizeForDetection(const std::string& path);
 
 /// Looks for a multi-byte UTF-8 sequence in a content that comes in pieces.
 class Utf8Finder {
