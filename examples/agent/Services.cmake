@@ -9,7 +9,8 @@ else()
   set(services_side posix)
 endif()
 file(GLOB agent_service_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/sql/*.cpp)
-list(APPEND agent_service_sources ${CMAKE_CURRENT_LIST_DIR}/common/ShownText.cpp
+list(APPEND agent_service_sources ${CMAKE_CURRENT_LIST_DIR}/common/Failure.cpp
+     ${CMAKE_CURRENT_LIST_DIR}/common/ShownText.cpp
      ${CMAKE_CURRENT_LIST_DIR}/common/TemporaryName.cpp
      ${CMAKE_CURRENT_LIST_DIR}/modules/Arguments.cpp
      ${CMAKE_CURRENT_LIST_DIR}/system/${services_side}/PrivateFile.cpp)

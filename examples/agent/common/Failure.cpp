@@ -1,5 +1,9 @@
 #include "common/Failure.h"
 
+#include <algorithm>
+
+#include "quillon/StringUtils.h"
+
 namespace quillon::agent {
 
 bool Fail(std::int32_t code, const std::string& message, InvocationResult& result) {
@@ -10,6 +14,14 @@ bool Fail(std::int32_t code, const std::string& message, InvocationResult& resul
 
 bool RefuseParameter(const std::string& message, InvocationResult& result) {
     return Fail(InvocationResult::kBadParameter, message, result);
+}
+
+std::string LastFailure(std::initializer_list<std::int32_t> expected) {
+    std::string reason = StringUtils::GetLastErrorAsString();
+    const auto isText = [&reason](std::int32_t code) {
+        return StringUtils::GetErrorAsString(code) == reason;
+    };
+    return isText(0) || std::any_of(expected.begin(), expected.end(), isText) ? std::string() : reason;
 }
 
 }  // namespace quillon::agent

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 
 #include "quillon/InvocationResult.h"
@@ -11,5 +12,8 @@ namespace quillon::agent {
 bool Fail(std::int32_t code, const std::string& message, InvocationResult& result);
 /// Does the same with the code of a bad parameter.
 bool RefuseParameter(const std::string& message, InvocationResult& result);
+
+/// Returns the text of the thread's last error; nothing when that is none (0), or one of those codes.
+std::string LastFailure(std::initializer_list<std::int32_t> expected);
 
 }  // namespace quillon::agent

@@ -1,11 +1,13 @@
 #include "host/ModuleLoader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <set>
 #include <utility>
 #include <vector>
 
+#include "common/Failure.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
@@ -117,6 +119,12 @@ std::vector<std::string> FindLibraries(const std::string& directory) {
     const std::string pattern =
         PathUtils::CombinePaths(directory, std::string("*") + kSharedLibraryEnd, PathUtils::PathSep);
     FileSystemUtils::FindFiles(pattern, &files);
+    constexpr std::int32_t kFileNotFound = 2;
+    const std::string fault = LastFailure({kFileNotFound});
+    if (!fault.empty())
+        ServiceLocator::Get<ICLogger>()->Warn("The modules in '%s' cannot be listed: %s",
+                                              LogText::OneLine(directory).c_str(),
+                                              LogText::OneLine(fault).c_str());
     std::sort(files.begin(), files.end());
     return files;
 }

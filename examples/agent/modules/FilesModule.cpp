@@ -1,9 +1,11 @@
 #include "modules/Modules.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <utility>
 
+#include "common/Failure.h"
 #include "modules/Describe.h"
 #include "quillon/DescribedBinder.h"
 #include "quillon/File.h"
@@ -29,6 +31,14 @@ std::string ReadPattern(const std::string& text) {
     return pattern.substr(0, name) + ".\\" + pattern.substr(name);
 }
 
+/// That nothing matches is no failure, nor that there is no such directory.
+void ReportFailedSearch(const std::string& pattern, InvocationResult& result) {
+    constexpr std::int32_t kFileNotFound = 2, kPathNotFound = 3;
+    const std::string reason = LastFailure({kFileNotFound, kPathNotFound});
+    if (!reason.empty())
+        Fail(InvocationResult::kSystemFailure, "Cannot list '" + pattern + "': " + reason, result);
+}
+
 /// A row for every file that matches the parameter "path"; none is no failure.
 void ListFiles(DescribedBinder& binder, const std::vector<std::string>& columns,
                const std::function<VariantList(const std::string& file)>& rowOf, InvocationResult& result) {
@@ -37,6 +47,7 @@ void ListFiles(DescribedBinder& binder, const std::vector<std::string>& columns,
     if (!binder.Bind(result)) return;
     std::vector<std::string> files;
     FileSystemUtils::FindFiles(ReadPattern(pattern), &files);
+    ReportFailedSearch(pattern, result);
     result.resultTable.SetDefaultColumnNames(columns);
     for (const std::string& file : files) result.resultTable.AddRow(rowOf(file));
 }
@@ -57,13 +68,17 @@ void Versions(DescribedBinder& binder, InvocationResult& result) {
               &VersionRow, result);
 }
 
+Variant SizeOf(const std::string& file) {
+    const auto size = static_cast<long long>(FileSystemUtils::GetFileSizeInBytes(file));
+    return size > 0 || LastFailure({}).empty() ? Variant("Size", size) : Variant::NullVariant("Size");
+}
+
 VariantList FoundRow(const std::string& file) {
     bool isDirectory = false;
     long long seconds = 0;
     const bool exists = FileSystemUtils::Exists(file, isDirectory, &seconds);
     const TimePoint modified{std::chrono::seconds(seconds)};
-    return VariantList(Variant("File", file),
-                       Variant("Size", static_cast<long long>(FileSystemUtils::GetFileSizeInBytes(file))),
+    return VariantList(Variant("File", file), SizeOf(file),
                        exists ? Variant("Modified", modified) : Variant::NullVariant("Modified"));
 }
 
@@ -173,7 +188,7 @@ void DescribeVersions(IMethodMetadataBuilder& builder) {
 void DescribeFind(IMethodMetadataBuilder& builder) {
     builder.Description("Finds files, a row each.").Example("quillon-agent run Files.Find path=/etc/*.conf");
     DescribePattern(builder);
-    AddColumn(builder, "Size", typeid(long long), "Bytes; 0 when they cannot be told.");
+    AddColumn(builder, "Size", typeid(long long), "Bytes; null when they cannot be told.");
     AddColumn(builder, "Modified", typeid(TimePoint), "Whole seconds; null when that cannot be told.");
 }
 

@@ -22,15 +22,20 @@ constexpr long long kUsualTimeout = 10;
 constexpr long long kLongestTimeout = std::numeric_limits<int>::max();
 
 /// The look-up answers once for every kind of socket; an address is listed once.
-void AddAddresses(const addrinfo* found, DataTable& table) {
+void AddAddresses(const addrinfo* found, InvocationResult& result) {
     std::vector<std::string> texts;
     for (const auto& [address, length] : SocketAddresses(found)) {
         std::string text = NetworkUtils::XpFriendlyAddressToIpString(0, address, length);
+        if (text.empty()) {
+            Fail(InvocationResult::kSystemFailure,
+                 "Cannot write an address as text: " + StringUtils::GetLastErrorAsString(), result);
+            continue;
+        }
         if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(std::move(text));
     }
     for (const std::string& text : texts) {
         const char* const family = text.find(':') == std::string::npos ? "IPv4" : "IPv6";
-        table.AddRow(VariantList(Variant("Address", text), Variant("Family", family)));
+        result.resultTable.AddRow(VariantList(Variant("Address", text), Variant("Family", family)));
     }
 }
 
@@ -58,7 +63,7 @@ void Resolve(DescribedBinder& binder, InvocationResult& result) {
         Fail(InvocationResult::kSystemFailure,
              "Cannot resolve '" + host + "': " + NetworkUtils::LookupErrorText(code), result);
     else
-        AddAddresses(found.get(), result.resultTable);
+        AddAddresses(found.get(), result);
 }
 
 void InRange(DescribedBinder& binder, InvocationResult& result) {

@@ -1,9 +1,12 @@
 #include "sql/DatabaseFolder.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
+#include "common/Failure.h"
 #include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
@@ -51,7 +54,11 @@ std::optional<std::string> DatabaseFolder::FileOf(const std::string& name) const
 
 std::vector<std::string> DatabaseFolder::GetNames() const {
     std::vector<std::string> files, names;
-    FileSystemUtils::GetImmediateFilesWithin(m_folder, files);
+    constexpr std::int32_t kFileNotFound = 2, kPathNotFound = 3;  // it is made with the first store
+    if (!FileSystemUtils::GetImmediateFilesWithin(m_folder, files)) {
+        const std::string reason = LastFailure({kFileNotFound, kPathNotFound});
+        if (!reason.empty()) throw std::runtime_error("The databases cannot be listed: " + reason);
+    }
     for (const std::string& file : files) {
         if (file.size() <= kPrefix.size() + kSuffix.size()) continue;
         if (!file.starts_with(kPrefix) || !file.ends_with(kSuffix)) continue;

@@ -20,7 +20,7 @@ public:
     const std::string& GetPath() const { return m_folder; }
     /// Returns the file of a database; nothing for a name that is empty or too long for a file.
     std::optional<std::string> FileOf(const std::string& name) const;
-    /// In lower case, sorted.
+    /// In lower case, sorted. Throws std::runtime_error when the directory is there and cannot be listed.
     std::vector<std::string> GetNames() const;
     bool Contains(const std::string& name) const;
     /// Creates the directory, with those above it, when it is missing; false when that fails, see the
