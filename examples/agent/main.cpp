@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -76,14 +77,19 @@ int ServeWith(const ServeCommand& command, const WriteFunction& write) {
 }
 
 int Execute(const ServeCommand& command, Output& output) {
-    return ServeWith(command, [&output](std::string_view text) {
+    std::atomic<bool> isBroken = false;
+    const int code = ServeWith(command, [&](std::string_view text) {
         try {
             output.Write(text);
             return true;
-        } catch (const std::system_error&) {
+        } catch (const std::system_error& error) {
+            if (!isBroken.exchange(true))
+                ServiceLocator::Get<ICLogger>()->Error("Standard output cannot be written: %s",
+                                                       LogText::OneLine(error.what()).c_str());
             return false;
         }
     });
+    return isBroken ? kAgentFailed : code;
 }
 
 int RunService(ServeCommand command) {
