@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -52,6 +53,12 @@ LogSettings LogSettingsOf(const HostOptions& options, const AgentConfiguration& 
     return log;
 }
 
+/// Linux keeps eight bits of an exit code: 256 would become 0, which is success.
+int ExitCodeOf(std::int32_t resultCode) {
+    constexpr std::int32_t kLargest = 255;
+    return resultCode >= 0 && resultCode <= kLargest ? resultCode : kLargest;
+}
+
 int Execute(const RunCommand& command, Output& output) {
     const AgentConfiguration configuration = Configure(command.host);
     const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
@@ -59,7 +66,7 @@ int Execute(const RunCommand& command, Output& output) {
     const InvocationResult result = host.Run(command.method, command.arguments);
     output.Write(result.resultTable, command.format, command.method);
     if (!result.errorMessage.empty()) std::fprintf(stderr, "%s\n", TerminalText(result.errorMessage).c_str());
-    return result.resultCode;
+    return ExitCodeOf(result.resultCode);
 }
 
 int ServeWith(const ServeCommand& command, const WriteFunction& write) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/Characters.h"
+#include "base/TextOrEmpty.h"
 #include "logging/BannerFacts.h"
 #include "quillon/IAgentConfiguration.h"
 #include "quillon/ICLogger.h"
@@ -111,7 +112,7 @@ void Attempt(ICLogger& log, const Report& report) {
     try {
         report();
     } catch (const std::exception& error) {
-        log.Error(kFailed, LogText::OneLine(error.what()).c_str());
+        log.Error(kFailed, LogText::OneLine(base::TextOrEmpty(error.what())).c_str());
     } catch (...) {
         log.Error(kFailed, "unknown exception");
     }

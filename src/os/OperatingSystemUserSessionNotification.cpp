@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "base/TextOrEmpty.h"
 #include "quillon/ICLogger.h"
 #include "quillon/IWindowsTerminalServicesService.h"
 #include "quillon/LogText.h"
@@ -84,7 +85,8 @@ std::wstring OperatingSystemUserSessionNotification::GetSessionDomainUser(bool l
     try {
         return service->GetDomainUserForSession(m_sessionId);
     } catch (const std::exception& error) {
-        if (errors != nullptr) errors->Debug("exception [%s]", LogText::OneLine(error.what()).c_str());
+        if (errors != nullptr)
+            errors->Debug("exception [%s]", LogText::OneLine(base::TextOrEmpty(error.what())).c_str());
         return {};
     }
 }

@@ -2,7 +2,9 @@
 
 #include <exception>
 #include <stdexcept>
+#include <string_view>
 
+#include "base/TextOrEmpty.h"
 #include "modules/Arguments.h"
 #include "quillon/MethodMetadataBuilder.h"
 #include "quillon/ServiceLocator.h"
@@ -16,6 +18,10 @@ InvocationResult Failure(std::int32_t code, const std::string& message) {
     result.resultCode = code;
     result.errorMessage = message;
     return result;
+}
+
+InvocationResult Thrown(const std::string& name, std::string_view what) {
+    return Failure(InvocationResult::kMethodThrew, "Method '" + name + "' threw: " + std::string(what));
 }
 
 template <class Interface, class Builder>
@@ -43,7 +49,9 @@ InvocationResult Invoke(const IModule& module, const std::string& name, const Re
         if (read(*method, parameters, result)) method->run(parameters, result);
         return result;
     } catch (const std::exception& error) {
-        return Failure(InvocationResult::kMethodThrew, "Method '" + name + "' threw: " + error.what());
+        return Thrown(name, base::TextOrEmpty(error.what()));
+    } catch (...) {
+        return Thrown(name, "something that is no std::exception");
     }
 }
 

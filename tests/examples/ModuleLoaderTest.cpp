@@ -44,6 +44,8 @@ TEST_F(ModuleLoader, RunsAndDescribesTheMethodsOfALibrary) {
     run = Run({"run", "Sample.Echo", "text=throw"});  // an exception that crosses two libraries
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors, HasSubstr("Method 'Sample.Echo' threw: thrown in a module"));
+    EXPECT_EQ(Run({"run", "Sample.Echo", "text=throw nothing"}).exitCode, 1);
+    EXPECT_EQ(Run({"run", "Sample.Echo", "text=fail"}).exitCode, 255);  // not the lowest byte of 256
     run = Run({"methods"});
     EXPECT_THAT(run.output,
                 AllOf(HasSubstr("System.Info\n"), HasSubstr("Sample.Echo\n  Answers with its parameter.")));

@@ -24,4 +24,9 @@ std::string LastFailure(std::initializer_list<std::int32_t> expected) {
     return isText(0) || std::any_of(expected.begin(), expected.end(), isText) ? std::string() : reason;
 }
 
+const char* WhatOf(const std::exception& error) {
+    const char* const text = error.what();
+    return text != nullptr ? text : "";
+}
+
 }  // namespace quillon::agent

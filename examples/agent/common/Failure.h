@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <initializer_list>
 #include <string>
 
@@ -15,5 +16,8 @@ bool RefuseParameter(const std::string& message, InvocationResult& result);
 
 /// Returns the text of the thread's last error; nothing when that is none (0), or one of those codes.
 std::string LastFailure(std::initializer_list<std::int32_t> expected);
+
+/// Returns what an exception of a module says; empty when that is null.
+const char* WhatOf(const std::exception& error);
 
 }  // namespace quillon::agent

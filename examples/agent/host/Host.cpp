@@ -5,6 +5,7 @@
 #include <new>
 #include <string_view>
 
+#include "common/Failure.h"
 #include "common/ShownText.h"
 #include "common/Suggestion.h"
 #include "host/ModuleLoader.h"
@@ -124,7 +125,7 @@ InvocationResult Host::Run(const std::string& method, const ParameterReader& rea
         Hint(*found->metadata, result);
         return result;
     } catch (const std::exception& error) {
-        return Thrown(method, error.what());
+        return Thrown(method, WhatOf(error));
     } catch (...) {
         return Thrown(method, "something that is no std::exception");
     }

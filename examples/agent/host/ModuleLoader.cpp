@@ -90,7 +90,7 @@ std::string StartModule(ModuleEntryFunction function, ModuleList& modules, Metho
         std::string fault = CheckEntry(entry);
         return fault.empty() ? AddModule(*entry, modules, names) : fault;
     } catch (const std::exception& error) {
-        return std::string("it threw: ") + error.what();
+        return std::string("it threw: ") + WhatOf(error);
     } catch (...) {
         return "it threw something that is no std::exception";
     }

@@ -1,5 +1,6 @@
 // One module in several states: SAMPLE_CASE is the name of the state, which ModuleLoaderTest.cpp expects.
 #include <cstdlib>
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -10,12 +11,18 @@ namespace {
 
 using namespace quillon;
 
+struct Wordless : std::exception {
+    const char* what() const noexcept override { return nullptr; }
+};
+
 [[maybe_unused]] void Echo(const MethodParameters& parameters, InvocationResult& result) {
     std::string text;
     ParameterBinder binder(parameters, false, false);
     binder.AddMandatoryBinding("text", text);
     if (!binder.Bind(result)) return;
     if (text == "throw") throw std::runtime_error("thrown in a module");
+    if (text == "throw nothing") throw Wordless();
+    if (text == "fail") result.resultCode = 256;
     result.resultTable.AddRow(VariantList(Variant("Text", text)));
 }
 
