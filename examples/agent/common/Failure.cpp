@@ -16,6 +16,7 @@ bool RefuseParameter(const std::string& message, InvocationResult& result) {
     return Fail(InvocationResult::kBadParameter, message, result);
 }
 
+/// The library tells the last error as a text only, so the texts of the codes are compared.
 std::string LastFailure(std::initializer_list<std::int32_t> expected) {
     std::string reason = StringUtils::GetLastErrorAsString();
     const auto isText = [&reason](std::int32_t code) {
