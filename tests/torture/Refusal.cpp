@@ -1,5 +1,5 @@
 // Refuses calls of the C library, loaded in front of it (LD_PRELOAD). The file REFUSE_FILE, which is made
-// beforehand, holds the orders and the counts (struct Board) and stays whatever becomes of the process;
+// beforehand, holds the orders and the counts (Board.h) and stays whatever becomes of the process;
 // whoever drives it may change the orders at any time. Calls are counted from the beginning of main().
 // Children of the process are spared.
 #include <dlfcn.h>
@@ -27,6 +27,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "torture/Board.h"
+
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -37,20 +39,7 @@ void __libc_free(void* memory);
 
 namespace {
 
-enum Kind { Memory, Open, Read, Write, Rename, Sync, Folder, Spawn, Thread, Socket, Clock, kKindCount };
-
-/// What lies in the file: words of eight bytes in the machine's order.
-struct Board {
-    std::atomic<std::uint64_t> made[kKindCount];  ///< calls of each kind
-    std::atomic<std::uint64_t> refused;           ///< calls that were refused
-    std::atomic<std::int64_t> live;               ///< blocks of memory that are not freed
-    // Orders:
-    std::atomic<std::uint64_t> kind;        ///< the kind of which calls are refused
-    std::atomic<std::uint64_t> call;        ///< number of the call that fails, from 1; 0: none
-    std::atomic<std::uint64_t> isForEver;   ///< whether each one after it does
-    std::atomic<std::uint64_t> showsPlace;  ///< whether it is told on standard error where the call was
-    std::atomic<std::int64_t> ahead;        ///< seconds by which the clock of the day goes ahead
-};
+using namespace quillon::torture;
 
 Board own{};
 Board* board = &own;
@@ -70,12 +59,9 @@ void ShowEnd(int) {
 /// Counts a call and says whether it fails; errno is then set.
 bool Refuse(Kind kind, int error) {
     if (!isArmed.load(std::memory_order_relaxed)) return false;
-    const std::uint64_t number = ++board->made[kind];
-    const std::uint64_t call = board->call;
-    if (call == 0 || kind != board->kind || number < call || (number > call && board->isForEver == 0))
-        return false;
-    ++board->refused;
-    if (number == call && board->showsPlace != 0) {
+    const Answer answer = Count(*board, kind);
+    if (answer == Answer::Pass) return false;
+    if (answer == Answer::RefuseAndShow) {
         isArmed = false;
         ::signal(SIGABRT, &ShowEnd);
         ShowPlace();

@@ -1,11 +1,12 @@
-"""The orders and counts that lie between the driver and a process whose calls are refused (Refusal.cpp)."""
+"""The orders and counts that lie between the driver and a process whose calls are refused (Board.h)."""
 
 import mmap
 import struct
 
 KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "clock"]
-_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS, _AHEAD = range(len(KINDS), len(KINDS) + 7)
-SIZE = 8 * (_AHEAD + 1)
+(_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS, _AHEAD,
+ _HANDLES, _THREADS, _LOOKS) = range(len(KINDS), len(KINDS) + 10)
+SIZE = 8 * (_LOOKS + 1)
 
 
 class Board:
@@ -50,6 +51,18 @@ class Board:
     @property
     def live(self):
         return self._get(_LIVE)
+
+    @property
+    def handles(self):
+        return self._get(_HANDLES)
+
+    @property
+    def threads(self):
+        return self._get(_THREADS)
+
+    @property
+    def looks(self):
+        return self._get(_LOOKS)
 
     def close(self):
         self._map.close()

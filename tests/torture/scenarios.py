@@ -1,6 +1,7 @@
 """What the agent is had to do while calls are refused, and what must hold afterwards."""
 
 import hashlib
+import json
 import os
 import sqlite3
 
@@ -11,26 +12,49 @@ CODES = {0, 1, 2, 3, 6, 7}
 
 
 class Scenario:
-    """One method. `fixed`: the answer of a call that succeeds is always the same."""
+    """One method. `fixed`: the answer of a call that succeeds is always the same. `wine`: it can be run there.
 
-    def __init__(self, method, parameters="", fixed=True, options="", prepare=None, check=None, served=True):
+    `nullable`: the columns that are null, as the method documents, where something cannot be told.
+    """
+
+    def __init__(self, method, parameters="", fixed=True, options="", prepare=None, check=None, served=True,
+                 wine=True, nullable=()):
         self.name, self.parameters, self.fixed, self.options = method, parameters, fixed, options
-        self.prepare, self.check, self.served = prepare, check, served
+        self.prepare, self.check, self.served, self.wine = prepare, check, served, wine
+        self.nullable = nullable
 
-    def pairs(self, folder):
+    def agrees(self, answer, expected):
+        """Compares two answers in JSON."""
+        if not self.fixed or answer == expected:
+            return True
+        answer, expected = json.loads(answer), json.loads(expected)
+        for row, known in zip(answer, expected):
+            for column in self.nullable:
+                row[column] = known[column] if row[column] is None else row[column]
+        return answer == expected
+
+    def runs_on(self, system):
+        return self.wine or system.name != "Windows"
+
+    def extra(self, folder, system):
+        return self.options.replace("{dir}", system.path(folder)).split()
+
+    def pairs(self, folder, system):
         """The parameters; they are parted by '|'."""
-        text = self.parameters.replace("{dir}", folder)
+        text = self.parameters.replace("{dir}", system.path(folder)).replace("{url}", system.url(folder))
+        for word, meaning in system.words.items():
+            text = text.replace("{" + word + "}", meaning)
         return [part.split("=", 1) for part in text.split("|") if part]
 
-    def command(self, folder):
-        options = [part.replace("{dir}", folder) for part in self.options.split()]
+    def command(self, folder, system):
         method = self.name.split(" ")[0]
-        return ["run", method, *("=".join(pair) for pair in self.pairs(folder)), "--format", "json",
-                "--data", folder, *options]
+        return ["run", method, *("=".join(pair) for pair in self.pairs(folder, system)), "--format", "json",
+                "--data", system.path(folder), *self.extra(folder, system)]
 
-    def request(self, folder, number):
+    def request(self, folder, system, number):
+        pairs = self.pairs(folder, system)
         return {"id": number, "method": self.name.split(" ")[0],
-                "parameters": {name: value.replace("{number}", str(number)) for name, value in self.pairs(folder)}}
+                "parameters": {name: value.replace("{number}", str(number)) for name, value in pairs}}
 
 
 def _write(path, content):
@@ -121,27 +145,27 @@ def served_rows(folder, acknowledged):
 
 def scenarios():
     return [
-        Scenario("Commands.Run", "command=cmd /c echo one; echo two|lines=true"),
-        Scenario("Commands.Table", "command=cmd /c echo a 1; echo b 2|columns=NAME NUMBER:integer"),
-        Scenario("Store.Save", "database=torture|table=kept|command=cmd /c echo one; echo two", check=_is_saved,
+        Scenario("Commands.Run", "command=cmd /c echo one&& echo two|lines=true"),
+        Scenario("Commands.Table", "command=cmd /c echo a 1&& echo b 2|columns=NAME NUMBER:integer"),
+        Scenario("Store.Save", "database=torture|table=kept|command=cmd /c echo one&& echo two", check=_is_saved,
                  served=False),
         Scenario("Store.Save served", "database=torture|table=served|command=cmd /c echo {number}", fixed=False),
         Scenario("Store.List", fixed=False),
-        Scenario("Wmi.Query", "wql=SELECT Name, ProcessId FROM Win32_Process WHERE ProcessId = 1"),
-        Scenario("Wmi.Invoke", "wql=SELECT * FROM Win32_Process WHERE ProcessId = 1|method=GetOwner"),
-        Scenario("Content.Download", "listUrl=file://{dir}/list.lst|folderUrl=file://{dir}/source|folder={dir}/target",
+        Scenario("Wmi.Query", "wql=SELECT Name, ProcessId FROM Win32_Process WHERE {process}"),
+        Scenario("Wmi.Invoke", "wql=SELECT * FROM Win32_Process WHERE {process}|method=GetOwner"),
+        Scenario("Content.Download", "listUrl={url}/list.lst|folderUrl={url}/source|folder={dir}/target",
                  options="--config {dir}/agent.json", prepare=_content, check=_is_whole),
         Scenario("Content.ReadList", "path={dir}/list.lst", prepare=_content),
-        Scenario("Files.Find", "path={dir}/texts/*.txt", prepare=_texts),
+        Scenario("Files.Find", "path={dir}/texts/*.txt", prepare=_texts, nullable=("Size", "Modified")),
         Scenario("Files.Encoding", "path={dir}/texts/*.txt", prepare=_texts, fixed=False),
         Scenario("Files.Read", "path={dir}/texts/b.txt|lines=true", prepare=_texts),
         Scenario("Certificates.List", "folder={dir}/certificates", prepare=_certificate, fixed=False),
         Scenario("Network.Resolve", "host=localhost|timeout=5"),
         Scenario("Network.InRange", "address=10.0.0.5|ranges=10.0.0.1-10.0.0.9,fe80::/10"),
-        Scenario("Processes.List", "pid=1", fixed=False),
-        Scenario("EventLog.Query", "channel=Quillon|max=10", fixed=False),
-        Scenario("EventLog.Follow", "channel=Quillon|seconds=0", fixed=False),
-        Scenario("Audit.Hold", "subcategory=0cce922b-69ae-11d9-bed3-505054503030|seconds=0"),
+        Scenario("Processes.List", "{pid}", fixed=False),
+        Scenario("EventLog.Query", "channel=Quillon|max=10", fixed=False, wine=False),
+        Scenario("EventLog.Follow", "channel=Quillon|seconds=0", fixed=False, wine=False),
+        Scenario("Audit.Hold", "subcategory=0cce922b-69ae-11d9-bed3-505054503030|seconds=0", wine=False),
         Scenario("System.Info", fixed=False),
         Scenario("System.Metrics", fixed=False),
         Scenario("Commands.Run with a log", "command=cmd /c echo one", options="--log {dir}/agent.log --level trace",

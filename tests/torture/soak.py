@@ -14,6 +14,7 @@ import time
 
 from scenarios import scenarios
 from served import Agent
+from systems import Native
 
 MEMORY = 1 << 20  # bytes that the resident memory may grow
 AHEAD = 4  # calls that are asked for before the first is answered
@@ -69,7 +70,7 @@ class Soak:
         for scenario in self.chosen:
             if count % HEAVY.get(scenario.name, 1) == 0:
                 self.number += 1
-                self.ask(scenario.request(self.folder, self.number))
+                self.ask(scenario.request(self.folder, self.agent.system, self.number))
         if count % EXPIRE == 0 and count > 0:
             self.number += 1
             old = f"DELETE FROM served WHERE CAST(Output AS INTEGER) <= {self.kept}"
@@ -93,6 +94,7 @@ def parse():
 
 def main():
     options = parse()
+    options.system = Native(options)
     with tempfile.TemporaryDirectory(prefix="soak-") as folder:
         soak = Soak(options, folder)
         begin, first, rounds = soak.begin, None, 0

@@ -20,36 +20,33 @@ import time
 from board import KINDS, Board
 from scenarios import CODES, scenarios
 from served import show_served, torture_served
+from systems import system
 
 LIMIT = 30  # seconds for one run
 NEVER = 1 << 60  # a call that no run reaches
 Run = collections.namedtuple("Run", "code output errors")
 
 
-def environment(options, board):
-    return {**os.environ, "TZ": "UTC", "LD_PRELOAD": os.path.abspath(options.refusal), "REFUSE_FILE": board.path}
-
-
 def run_agent(options, scenario, folder, board):
     """None when the agent does not end."""
-    command = [options.agent, *scenario.command(folder)]
+    command = [*options.system.agent, *scenario.command(folder, options.system)]
     try:
-        done = subprocess.run(command, env=environment(options, board), stdin=subprocess.DEVNULL,
+        done = subprocess.run(command, env=options.system.environment(board), stdin=subprocess.DEVNULL,
                               capture_output=True, timeout=LIMIT, check=False)
     except subprocess.TimeoutExpired:
         return None
     return Run(done.returncode, done.stdout, done.stderr)
 
 
-def judge(scenario, folder, run, expected):
+def judge(system_, scenario, folder, run, expected):
     """Returns what is wrong: a pair of a class and an explanation; None for a clean run."""
     if run is None:
         return "hang", f"no end within {LIMIT} s"
-    if run.code < 0 or b"Sanitizer" in run.errors:
-        return "crash", f"signal {-run.code}: {run.errors[-300:]!r}"
+    if system_.has_crashed(run.code) or b"Sanitizer" in run.errors:
+        return "crash", f"code {run.code}: {run.errors[-300:]!r}"
     if run.code not in CODES or (run.code != 0 and not run.errors.strip()):
         return "unclear", f"code {run.code}, message {run.errors!r}"
-    if run.code == 0 and scenario.fixed and run.output != expected:
+    if run.code == 0 and not scenario.agrees(run.output, expected):
         return "wrong", f"{run.output[:300]!r} {run.errors[:300]!r}"
     faults = scenario.check(folder, run.code) if scenario.check else []
     return ("loss", "; ".join(faults)) if faults else None
@@ -82,8 +79,8 @@ class Process:
     def torture(self, kind, calls, for_ever, report):
         for call in calls:
             run = self.run(kind, call, for_ever)
-            report(self.scenario.name, kind, for_ever, call, judge(self.scenario, self.folder, run, self.expected),
-                   run is not None and run.code == 0)
+            fault = judge(self.options.system, self.scenario, self.folder, run, self.expected)
+            report(self.scenario.name, kind, for_ever, call, fault, run is not None and run.code == 0)
 
 
 def sample(count, options, salt):
@@ -132,17 +129,27 @@ class Table:
             print(f"| {name} | " + " | ".join(str(total[column]) for column in columns) + " |")
 
 
-def torture_process(options, scenario, table):
-    if options.is_over():
-        return
+def torture_process(options, scenario, table, order):
     with tempfile.TemporaryDirectory(prefix="torture-") as work:
         process = Process(options, scenario, work)
-        for kind in options.kinds:
-            if options.is_over():
-                break
+        for kind in order.kinds:
             for for_ever in (False, True):
                 calls = sample(process.counts[kind], options, f"{scenario.name} {kind} {for_ever}")
                 process.torture(kind, calls, for_ever, table.report)
+            if process.counts[kind] > 0 and order.is_over():
+                break
+
+
+class Order:
+    """When a method has to be done, of all that share the time, and with which kind of calls it begins."""
+
+    def __init__(self, options, index, count):
+        self.end = time.monotonic() + options.most * (index + 1) / count if options.most else None
+        first = index % len(options.kinds)
+        self.kinds = options.kinds[first:] + options.kinds[:first]
+
+    def is_over(self):
+        return self.end is not None and time.monotonic() > self.end
 
 
 def show(options):
@@ -155,14 +162,16 @@ def show(options):
             return show_served(options, scenario, work, (kind, int(call.rstrip("+")), for_ever))
         process = Process(options, scenario, work)
         run = process.run(kind, int(call.rstrip("+")), for_ever, shows=True)
-        print(run.errors.decode(errors="replace") if run else "hang", run.output if run else "",
-              judge(scenario, process.folder, run, process.expected))
+        print(options.system.places(run.errors.decode(errors="replace")) if run else "hang",
+              run.output if run else "", judge(options.system, scenario, process.folder, run, process.expected))
 
 
 def parse():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--agent", required=True, help="the program")
-    parser.add_argument("--refusal", required=True, help="the library that refuses its calls")
+    by = parser.add_mutually_exclusive_group(required=True)
+    by.add_argument("--refusal", help="the library that refuses its calls")
+    by.add_argument("--launcher", help="for an agent of Windows, what starts it: wine .../quillon_refuser.exe")
     parser.add_argument("--all", action="store_true", help="refuse every call, not a sample of them")
     parser.add_argument("--sample", type=int, default=30, help="calls of one kind and method (default %(default)s)")
     parser.add_argument("--seed", default="1", help="another seed takes another sample")
@@ -170,27 +179,25 @@ def parse():
     parser.add_argument("--kinds", type=lambda text: text.split(","), default=KINDS, help=", ".join(KINDS))
     parser.add_argument("--forms", type=lambda text: text.split(","), default=["process", "served"])
     parser.add_argument("--jobs", type=int, default=2, help="runs at once (default %(default)s)")
-    parser.add_argument("--most", type=float, default=None, help="seconds after which no further run begins")
+    parser.add_argument("--most", type=float, default=None, help="seconds that the methods share; of each at least one kind of calls is refused")
     parser.add_argument("--show", help="KIND:CALL or KIND:CALL+: run this alone and show the place of the call")
     return parser.parse_args()
 
 
 def main():
     options = parse()
+    options.system = system(options)
     if options.show:
         return show(options)
     table = Table()
-    end = time.monotonic() + options.most if options.most else None
-    options.is_over = lambda: end is not None and time.monotonic() > end
-    chosen = [each for each in scenarios() if options.only in (None, each.name)]
+    chosen = [each for each in scenarios() if options.only in (None, each.name) and each.runs_on(options.system)]
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        futures = []
+        runs = []
         if "process" in options.forms:
-            futures += [pool.submit(torture_process, options, each, table) for each in chosen
-                        if not each.name.endswith("served")]
+            runs += [(torture_process, options, each, table) for each in chosen if not each.name.endswith("served")]
         if "served" in options.forms:
-            futures += [pool.submit(torture_served, options, each, sample, table.report) for each in chosen
-                        if each.served]
+            runs += [(torture_served, options, each, sample, table.report) for each in chosen if each.served]
+        futures = [pool.submit(*run, Order(options, index, len(runs))) for index, run in enumerate(runs)]
         for future in concurrent.futures.as_completed(futures):
             future.result()
     table.print()

@@ -1,0 +1,89 @@
+"""How the agent is started with its calls refused: natively on Linux, or with the launcher of Windows."""
+
+import os
+import shutil
+import subprocess
+import time
+
+
+class Native:
+    """The library stands in front of the C library's (Refusal.cpp)."""
+
+    name = "Linux"
+    pool = 0  # threads that the system keeps for the process as long as it likes
+    words = {"process": "ProcessId = 1", "pid": "pid=1"}
+
+    def __init__(self, options):
+        self.agent = [options.agent]
+        self.refusal = os.path.abspath(options.refusal)
+
+    def environment(self, board):
+        return {**os.environ, "TZ": "UTC", "LD_PRELOAD": self.refusal, "REFUSE_FILE": self.path(board.path)}
+
+    def path(self, path):
+        return path
+
+    def url(self, path):
+        return "file://" + path
+
+    def has_crashed(self, code):
+        return code < 0
+
+    def places(self, text):
+        return text
+
+    def held(self, process, _board):
+        place = f"/proc/{process.pid}"
+        return len(os.listdir(f"{place}/fd")), len(os.listdir(f"{place}/task"))
+
+
+class Windows(Native):
+    """The launcher (win32/Launcher.cpp) has the agent load the library, and says what the agent holds."""
+
+    name = "Windows"
+    pool = 2
+    words = {"process": "Name = 'services.exe'", "pid": ""}
+    CRASHED, NOT_STARTED = 100, 101
+
+    def __init__(self, options):
+        self.agent = [*options.launcher.split(), self.path(os.path.abspath(options.agent))]
+
+    def environment(self, board):
+        return {**os.environ, "TZ": "UTC", "REFUSE_FILE": self.path(board.path)}
+
+    def path(self, path):
+        return path if os.name == "nt" else "Z:" + path.replace("/", "\\")
+
+    def url(self, path):
+        return "file:///" + self.path(path).replace("\\", "/")
+
+    def has_crashed(self, code):
+        if code == self.NOT_STARTED:
+            raise RuntimeError("the launcher cannot start the agent")
+        return code == self.CRASHED
+
+    def places(self, text):
+        """Puts the functions in the place of the addresses."""
+        addr2line = shutil.which("x86_64-w64-mingw32-addr2line")
+        lines = []
+        for line in text.splitlines():
+            words = line.split()
+            if addr2line and len(words) == 3 and words[0] == "at" and words[1].startswith("Z:"):
+                module = words[1][2:].replace("\\", "/")
+                line = subprocess.run([addr2line, "-Cfpe", module, words[2]], capture_output=True, text=True,
+                                      check=False).stdout.strip()
+            lines.append(line)
+        return "\n".join(lines)
+
+    def held(self, _process, board):
+        """What the launcher counts from now on."""
+        first = board.looks
+        for _ in range(500):
+            if board.looks > first + 1:
+                break
+            time.sleep(0.02)
+        return board.handles, board.threads
+
+
+def system(options):
+    return Windows(options) if options.launcher else Native(options)
