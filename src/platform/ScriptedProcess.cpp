@@ -151,8 +151,11 @@ std::shared_ptr<const RunningProcess> StartProcess(const ProcessRequest& request
     if (const CommandScripts& scripts = Current().Get()) {
         if (auto script = scripts(request.command)) return StartScript(*std::move(script), request);
     }
+    // Its place is made before the start, after which nothing may fail: the process would be nobody's.
+    const auto place = std::make_shared<std::optional<ChildProcess>>();
     auto child = ChildProcess::Start(request);
-    return child ? std::make_shared<const ChildProcess>(*std::move(child)) : nullptr;
+    if (!child) return nullptr;
+    return {place, &place->emplace(*std::move(child))};
 }
 
 }  // namespace quillon::platform

@@ -73,6 +73,7 @@ private:
     std::optional<End> Settle(bool shutdown);
     bool HasEnded();
     bool Leave(std::thread& worker, End end);
+    void Abandon(std::thread& worker) noexcept;
     bool AwaitWorker();
     bool Kill();
     void LogCompleted();
@@ -117,10 +118,8 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
         platform::NameThread("Vantora-command");
         RunCommandWorker(props, synch);
     });
-    // The host's monitor may throw in Watch(), and a thread that is neither joined nor detached ends the
-    // process.
-    const DestructorFunctor release([&worker] {
-        if (worker.joinable()) worker.detach();
+    const DestructorFunctor release([this, &worker] {
+        if (worker.joinable()) Abandon(worker);
     });
     if (m_props->timeoutSecs > 0) m_deadline = Clock::now() + std::chrono::seconds(m_props->timeoutSecs);
     const End end = Watch();
@@ -212,6 +211,21 @@ bool CommandWatch::AwaitWorker() {
     constexpr std::chrono::seconds kLongestStart{2};
     std::unique_lock lock(m_synch->mutex);
     return m_synch->changed.wait_for(lock, kLongestStart, [this] { return m_synch->completed; });
+}
+
+/// The watch has failed: the host's monitor has thrown, or there was no memory. The worker uses the run's
+/// logger, so it is ended, too.
+void CommandWatch::Abandon(std::thread& worker) noexcept {
+    try {
+        Kill();
+    } catch (...) {  // the process ends with the worker's thread where it may
+    }
+    platform::SignalEvent(m_synch->abort);
+    if (AwaitWorker()) {
+        worker.join();
+    } else {
+        worker.detach();
+    }
 }
 
 /// Returns whether the process is certain to end, or has ended. The worker uses the run's logger, which the

@@ -3,6 +3,7 @@
 #include <pwd.h>
 
 #include <cerrno>
+#include <new>
 #include <vector>
 
 namespace quillon::platform {
@@ -14,6 +15,7 @@ std::optional<std::string> UserName(uid_t user) {
         passwd* found = nullptr;
         const int error = ::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found);
         if (error == ERANGE) continue;
+        if (error == ENOMEM) throw std::bad_alloc();  // there may be such a user
         return error == 0 && found != nullptr ? std::optional(std::string(found->pw_name)) : std::nullopt;
     }
     return std::nullopt;

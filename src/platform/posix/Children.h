@@ -18,14 +18,14 @@ namespace quillon::platform {
 /// A child that has not been reaped. The last owner reaps it, so its identifier belongs to no other process
 /// while somebody has a reference.
 struct ChildProcess::State {
-    State(pid_t child, int processDescriptor, std::string mark, std::unique_ptr<CommandGroup> commandGroup);
+    State(std::string mark, std::unique_ptr<CommandGroup> commandGroup);
     State(const State&) = delete;
     State& operator=(const State&) = delete;
     ~State();
 
-    const pid_t id;
+    pid_t id = 0;  ///< 0 until it is started
     /// Empty on a kernel that has no handles for processes.
-    const Handle<ObjectTraits> descriptor;
+    Handle<ObjectTraits> descriptor;
     /// In the environment of its tree; empty: it is not killed as one.
     const std::string treeMark;
     /// What its tree cannot leave; null where there is none.

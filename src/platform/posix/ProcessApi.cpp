@@ -159,15 +159,11 @@ ChildTable& Children() {
     return table;
 }
 
-ChildProcess::State::State(pid_t child, int processDescriptor, std::string mark,
-                           std::unique_ptr<CommandGroup> commandGroup)
-    : id(child),
-      descriptor(processDescriptor),
-      treeMark(std::move(mark)),
-      group(std::move(commandGroup)),
-      parentPeak(OwnPeak()) {}
+ChildProcess::State::State(std::string mark, std::unique_ptr<CommandGroup> commandGroup)
+    : treeMark(std::move(mark)), group(std::move(commandGroup)), parentPeak(OwnPeak()) {}
 
 ChildProcess::State::~State() {
+    if (id == 0) return;
     ChildEnd end;
     AwaitChild(*this, true, false, end);
 }

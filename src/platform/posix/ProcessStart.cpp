@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -117,14 +118,28 @@ std::shared_ptr<ChildProcess::State> StartChild(const ProcessRequest& request, S
     plan.endsWithThread = request.endsWithUs;
     auto group = request.killableAsTree ? CommandGroup::Make() : nullptr;
     if (group) plan.group = group->Descriptor();
+    // Before the start, after which nothing may fail: the process would be nobody's.
+    auto child = std::make_shared<ChildProcess::State>(std::move(treeMark), std::move(group));
     int descriptor = -1;
-    const pid_t child = Spawn(plan, descriptor);
-    if (child == 0) {
+    child->id = Spawn(plan, descriptor);
+    if (child->id == 0) {
         FailWithErrno();
         return nullptr;
     }
-    if (descriptor < 0) descriptor = OpenProcessDescriptor(child);
-    return std::make_shared<ChildProcess::State>(child, descriptor, std::move(treeMark), std::move(group));
+    child->descriptor.Reset(descriptor < 0 ? OpenProcessDescriptor(child->id) : descriptor);
+    return child;
+}
+
+/// Has the child found by its identifier. It is ended when there is no memory for that.
+void Enter(ChildTable& table, const std::shared_ptr<ChildProcess::State>& child,
+           const ChildProcess& process) {
+    try {
+        const std::lock_guard lock(table.mutex);
+        table.children.insert_or_assign(child->id, child);
+    } catch (const std::bad_alloc&) {
+        static_cast<void>(process.Kill({1, KillScope::Process, std::chrono::milliseconds(0)}));
+        throw;
+    }
 }
 
 }  // namespace
@@ -146,13 +161,12 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
         SetLastErrorCode(base::kInvalidDirectory);
         return std::nullopt;
     }
-    auto child = StartChild(request, plan);
-    if (!child) return std::nullopt;
-    const pid_t id = child->id;
     ChildTable& table = Children();
-    const std::lock_guard lock(table.mutex);
-    table.children.insert_or_assign(id, child);
-    return ChildProcess(static_cast<std::uint32_t>(id), std::move(child));
+    const auto child = StartChild(request, plan);
+    if (!child) return std::nullopt;
+    ChildProcess process(static_cast<std::uint32_t>(child->id), child);
+    Enter(table, child, process);
+    return process;
 }
 
 }  // namespace quillon::platform
