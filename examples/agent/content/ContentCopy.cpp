@@ -64,7 +64,10 @@ CopyOutcome CopyPieces(const ContentItem& item, SourceFile& source, NewFile& fil
     }
     if (copied < item.size)
         return Differs("has " + std::to_string(copied) + " bytes instead of " + std::to_string(item.size));
-    return hash.Finish() == item.sha256 ? CopyOutcome() : Differs("has another SHA-256");
+    const std::string sum = hash.Finish();
+    if (sum.empty())
+        return {InvocationResult::kSystemFailure, "cannot be checked, as no SHA-256 can be made"};
+    return sum == item.sha256 ? CopyOutcome() : Differs("has another SHA-256");
 }
 
 }  // namespace

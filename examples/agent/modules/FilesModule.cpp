@@ -33,8 +33,8 @@ std::string ReadPattern(const std::string& text) {
 
 /// That nothing matches is no failure, nor that there is no such directory.
 void ReportFailedSearch(const std::string& pattern, InvocationResult& result) {
-    constexpr std::int32_t kFileNotFound = 2, kPathNotFound = 3;
-    const std::string reason = LastFailure({kFileNotFound, kPathNotFound});
+    constexpr std::int32_t kFileNotFound = 2, kPathNotFound = 3, kNoDirectory = 267;
+    const std::string reason = LastFailure({kFileNotFound, kPathNotFound, kNoDirectory});
     if (!reason.empty())
         Fail(InvocationResult::kSystemFailure, "Cannot list '" + pattern + "': " + reason, result);
 }

@@ -79,7 +79,7 @@ private:
 };
 
 void Sessions::Start(std::unique_ptr<Channel> channel) {
-    const std::lock_guard lock(m_mutex);
+    std::unique_lock lock(m_mutex);
     if (m_clients.size() >= kMostClients) {
         channel->Write(
             WriteAnswer(Request::kNoId, InvocationResult::kSystemFailure, "Too many clients are connected"));
@@ -93,7 +93,9 @@ void Sessions::Start(std::unique_ptr<Channel> channel) {
         client->thread = std::thread([this, client] { Run(client); });
     } catch (const std::exception& error) {  // no thread, or no memory
         if (client != m_clients.end()) m_clients.erase(client);
-        ServiceLocator::Get<ICLogger>()->Error("A client cannot be served: %s", error.what());
+        lock.unlock();
+        AwaitMemory(
+            [&] { ServiceLocator::Get<ICLogger>()->Error("A client cannot be served: %s", error.what()); });
     }
 }
 

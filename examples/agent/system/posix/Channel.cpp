@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -93,7 +94,10 @@ bool IsOwnAccount(int socket) {
 
 void WarnUnlessGone(const char* what) {
     if (errno == EPIPE || errno == ECONNRESET) return;
-    ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, SystemErrorText(errno).c_str());
+    try {
+        ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, SystemErrorText(errno).c_str());
+    } catch (const std::bad_alloc&) {  // there is no memory to tell it with
+    }
 }
 
 std::size_t CountOf(ssize_t read) { return read < 0 ? 0 : static_cast<std::size_t>(read); }

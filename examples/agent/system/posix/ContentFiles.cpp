@@ -166,8 +166,8 @@ DestinationFolder::~DestinationFolder() = default;
 std::string DestinationFolder::Open(const std::string& path) {
     const std::string name = PathUtils::ToSystemPath(path);
     if (!FileSystemUtils::Exists(path)) MakeFolders(name);
-    m_state->root =
-        std::make_shared<const Descriptor>(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
+    Descriptor root(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
+    m_state->root = std::make_shared<const Descriptor>(std::move(root));
     return m_state->root->IsOpen() ? std::string() : LastFault();
 }
 

@@ -1,5 +1,6 @@
 #include "system/Sha256.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include "quillon/StringUtils.h"
@@ -17,7 +18,10 @@ struct Sha256::State {
 
 Sha256::Sha256() : m_state(std::make_unique<State>()) {
     EVP_MD_CTX* const context = m_state->context.get();
-    m_state->isGood = context != nullptr && ::EVP_DigestInit_ex(context, ::EVP_sha256(), nullptr) == 1;
+    // Without the memory to begin with, OpenSSL 3.0 would use what it has not made.
+    const bool isReady = ::OSSL_LIB_CTX_get0_global_default() != nullptr;
+    m_state->isGood =
+        isReady && context != nullptr && ::EVP_DigestInit_ex(context, ::EVP_sha256(), nullptr) == 1;
 }
 
 Sha256::~Sha256() = default;
