@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -35,10 +36,14 @@ public:
 
     /// Returns whether the sub-category is held.
     explicit operator bool() const noexcept { return m_held.has_value(); }
-    /// Takes the holder away before its end.
+    /// Takes the holder away before its end. Without the memory for it, auditing stays on, and the record of
+    /// SystemAuditProxy::KeepRecordIn() tells the next process.
     void Release() noexcept {
-        if (const auto held = std::exchange(m_held, std::nullopt))
-            SystemAuditProxy::DisableAuditLogSubCategory(*held);
+        try {
+            if (const auto held = std::exchange(m_held, std::nullopt))
+                SystemAuditProxy::DisableAuditLogSubCategory(*held);
+        } catch (const std::bad_alloc&) {
+        }
     }
 
 private:

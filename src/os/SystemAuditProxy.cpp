@@ -1,5 +1,7 @@
 #include "quillon/SystemAuditProxy.h"
 
+#include <new>
+
 #include "os/AuditState.h"
 #include "os/EntryPointBinder.h"
 #include "os/HolderCount.h"
@@ -43,6 +45,15 @@ bool ClearBits(const UniqueIdentifier& subcategory, ICLogger& log) {
     log.Error("Failed to disable success + failure auditing on audit sub-category '%s' - %s",
               subcategory.ToString().c_str(), StringUtils::GetLastErrorAsString().c_str());
     return false;
+}
+
+/// The same; without the memory for it auditing counts as left on.
+bool TryClearBits(const UniqueIdentifier& subcategory, ICLogger& log) {
+    try {
+        return ClearBits(subcategory, log);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 }  // namespace
@@ -91,22 +102,24 @@ void SystemAuditProxy::DisableAuditLogSubCategory(const UniqueIdentifier& subcat
     if (!EnsureSystemAuditAvailable()) return;
     AuditOperation operation;
     auto& held = AuditState::Get().m_auditReferenceCounts;
+    auto& leftOn = AuditState::Get().m_leftOn;
+    leftOn.reserve(leftOn.size() + 1);  // so that what stays on can be noted without memory
     const auto found = held.find(subcategory);
     if (found == held.end() || --found->second.referenceCount > 0) return;
 
     const auto [count, enabledByProxy, bitsBefore] = found->second;
     held.erase(found);
-    auto& leftOn = AuditState::Get().m_leftOn;
     if (enabledByProxy) std::erase_if(leftOn, [&](const auto& entry) { return entry.id == subcategory; });
-    if (enabledByProxy && !ClearBits(subcategory, operation.Log())) {
+    const bool isLeftOn = enabledByProxy && !TryClearBits(subcategory, operation.Log());
+    if (isLeftOn) leftOn.push_back({subcategory, bitsBefore});
+    if (held.empty()) StopMonitoringAuditPolicyChanges();
+    if (isLeftOn) {
         operation.Log().Warn(
             "The Agent enabled extended security auditing on this machine, but could not disable it");
         operation.Log().Warn(
             "The audit configuration policy for this machine may have to be reviewed with auditpol.exe");
-        leftOn.push_back({subcategory, bitsBefore});
     }
     if (enabledByProxy) WriteRecord();
-    if (held.empty()) StopMonitoringAuditPolicyChanges();
 }
 
 bool SystemAuditProxy::GetAuditPolicyState(const GUID& subcategory, unsigned long* state, ICLogger* logger) {
