@@ -36,7 +36,9 @@ struct Definition {
     OwnedBstr className;
     CComPtr<IWbemClassObject> object;
 
-    HRESULT Make() { return services->GetObject(className.get(), 0, nullptr, &object, nullptr); }
+    HRESULT Make() {
+        return ResultOf(services->GetObject(className.get(), 0, nullptr, &object, nullptr), object);
+    }
 };
 
 /// The same for the call of a method.
@@ -167,7 +169,7 @@ bool WmiConnector::SetWmiParametersFromUserParameters(const std::wstring& method
                                                       CComPtr<IWbemClassObject>& inInstance,
                                                       const MethodParameters& params) const {
     if (inDefinition == nullptr) return true;
-    HRESULT result = inDefinition->SpawnInstance(0, &inInstance);
+    HRESULT result = ResultOf(inDefinition->SpawnInstance(0, &inInstance), inInstance);
     if (FAILED(result)) {
         HandleWbemError(L"instantiating input parameters for method " + methodName, result);
         return false;

@@ -19,7 +19,7 @@ struct Query {
 
     HRESULT Make() {
         constexpr LONG kFlags = WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY;
-        return services->ExecQuery(language.get(), text.get(), kFlags, nullptr, &objects);
+        return ResultOf(services->ExecQuery(language.get(), text.get(), kFlags, nullptr, &objects), objects);
     }
 };
 
@@ -29,7 +29,8 @@ HRESULT WmiEnumeration::Request::Make() {
     std::array<IWbemClassObject*, kBatch> objectsTaken{};
     returned = 0;
     const HRESULT result = objects->Next(slice, count, objectsTaken.data(), &returned);
-    returned = std::min(returned, count);
+    const auto end = objectsTaken.begin() + std::min(returned, count);
+    returned = static_cast<ULONG>(std::remove(objectsTaken.begin(), end, nullptr) - objectsTaken.begin());
     for (std::size_t i = 0; i < returned; ++i) taken[i].Attach(objectsTaken[i]);
     return result;
 }

@@ -17,6 +17,12 @@ struct ArrayDeleter {
 };
 using OwnedArray = std::unique_ptr<SAFEARRAY, ArrayDeleter>;
 
+/// A provider that succeeds and gives no object has failed: nobody may use what is not there.
+template <class Object>
+HRESULT ResultOf(HRESULT result, const platform::CComPtr<Object>& object) {
+    return SUCCEEDED(result) && object == nullptr ? static_cast<HRESULT>(WBEM_E_FAILED) : result;
+}
+
 /// Throws as platform::RaiseComError without memory.
 OwnedBstr ToBstr(std::wstring_view text);
 /// A VT_BSTR.

@@ -17,8 +17,9 @@ struct Attempt {
     bool isReached = false;
 
     HRESULT Make() {
-        const HRESULT result = locator->ConnectServer(path.get(), nullptr, nullptr, nullptr, flags, nullptr,
-                                                      nullptr, &reference);
+        const HRESULT result = ResultOf(locator->ConnectServer(path.get(), nullptr, nullptr, nullptr, flags,
+                                                               nullptr, nullptr, &reference),
+                                        reference);
         if (FAILED(result)) return result;
         isReached = true;
         return platform::SetWbemProxyBlanket(reference);
@@ -31,7 +32,7 @@ struct Attempt {
 WmiConnector::Services::Outcome WmiConnector::Services::Connect(const std::wstring& ns, WmiCaller& caller) {
     reference.Release();
     const auto attempt = std::make_shared<Attempt>();
-    const HRESULT located = platform::CreateWbemLocator(attempt->locator);
+    const HRESULT located = ResultOf(platform::CreateWbemLocator(attempt->locator), attempt->locator);
     if (FAILED(located)) return {Step::Locator, located};
     attempt->path = ToBstr(ns);
     attempt->flags = caller.Limit().HasDeadline() ? WBEM_FLAG_CONNECT_USE_MAX_WAIT : 0;

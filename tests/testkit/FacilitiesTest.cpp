@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <stdexcept>
+#include <utility>
 
 #include "quillon/AuditHolder.h"
 #include "quillon/ComScope.h"
@@ -160,6 +162,30 @@ TEST_F(WmiKit, AMethodTakesArraysInLines) {
             EXPECT_EQ(log.Lines(ICLogger::Level::Warn).size(), isTaken ? 0U : 1U);
         }
     }
+}
+
+/// A broken provider does so; nothing may be used that is not there.
+TEST_F(WmiKit, ASuccessThatGivesNothingIsAFailure) {
+    constexpr std::uint32_t kSucceeded = 0, kFailed = 0x80041001;
+    const std::function<bool()> operations[] = {
+        [this] { return connector.Connect(kNamespace); },
+        [this] { return Query("SELECT * FROM Item"); },
+        [this] { return connector.ExecuteStaticMethod(L"Item", L"Double", {}, &table); },
+    };
+    const std::pair<WmiCall, std::size_t> calls[] = {{WmiCall::CreateLocator, 0},
+                                                     {WmiCall::ConnectServer, 0},
+                                                     {WmiCall::ExecQuery, 1},
+                                                     {WmiCall::ReadObject, 2}};
+    for (const auto& [call, operation] : calls) {
+        SCOPED_TRACE(static_cast<int>(call));
+        ASSERT_TRUE(connector.Connect(kNamespace));
+        wmi.FailNext(call, kSucceeded);
+        EXPECT_FALSE(operations[operation]());
+        EXPECT_EQ(Unsigned(connector.LastWmiErrorCode()), kFailed);
+    }
+    wmi.AddInstance(kNamespace, "Item", VariantList(Variant("Name", "a")));
+    wmi.FailNext(WmiCall::Next, kSucceeded);
+    EXPECT_TRUE(Query("SELECT * FROM Item"));
 }
 
 TEST_F(WmiKit, MethodsAndUpdatesReachTheObjects) {
