@@ -92,6 +92,17 @@ TEST(InvokeMethod, ReadsTextsAndReportsAsTheAgentDoes) {
     EXPECT_THROW(CreateModule(SampleEntry(kModuleInterfaceVersion + 1)), std::invalid_argument);
 }
 
+TEST(Matchers, SayWhatWasExpectedAndWhatThereIs) {
+    InvocationResult result;
+    result.resultCode = 3;
+    result.errorMessage = "no disk";
+    EXPECT_EQ(testing::PrintToString(result), "code 3, message 'no disk', 0 rows, undefined");
+    const testing::Matcher<const VariantList&> cell = Cell("Size", 42LL);
+    EXPECT_EQ(testing::DescribeMatcher<const VariantList&>(cell), "has the cell 'Size' long long '42'");
+    EXPECT_EQ(testing::DescribeMatcher<const VariantList&>(testing::Not(NullCell("Size"))),
+              "does not have the null cell Size");
+}
+
 TEST(TestHost, RegistersServicesForItsLife) {
     {
         TestHost host;

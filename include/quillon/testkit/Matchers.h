@@ -2,12 +2,23 @@
 
 #include <gmock/gmock.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "quillon/DataTable.h"
 #include "quillon/InvocationResult.h"
 #include "quillon/Variant.h"
+
+namespace quillon {
+
+/// Shows a result in the messages of GoogleTest, which finds this by its name.
+inline void PrintTo(const InvocationResult& result, std::ostream* stream) {
+    *stream << "code " << result.resultCode << ", message '" << result.errorMessage << "', "
+            << testing::PrintToString(result.resultTable);
+}
+
+}  // namespace quillon
 
 /// Matchers of GoogleMock for tables and results. This header needs GoogleMock; the rest of the kit does
 /// not.
@@ -24,7 +35,9 @@ inline std::vector<VariantList> RowsOf(const DataTable& table) { return {table.b
 
 /// Matches a row that has a cell of that name (case-insensitive) with exactly this value and type: a text,
 /// a long long, a double, a bool or a TimePoint.
-MATCHER_P2(Cell, name, value, std::string("has the cell ") + name) {
+MATCHER_P2(Cell, name, value,
+           (negation ? "does not have the cell " : "has the cell ") +
+               testing::PrintToString(Variant(name, value))) {
     const Variant* const cell = arg.Find(name);
     if (cell == nullptr) {
         *result_listener << "which has no such cell";
@@ -35,8 +48,10 @@ MATCHER_P2(Cell, name, value, std::string("has the cell ") + name) {
 }
 
 /// Matches a row whose cell of that name is null.
-MATCHER_P(NullCell, name, std::string("has the null cell ") + name) {
+MATCHER_P(NullCell, name,
+          std::string(negation ? "does not have the null cell " : "has the null cell ") + name) {
     const Variant* const cell = arg.Find(name);
+    if (cell == nullptr) *result_listener << "which has no such cell";
     return cell != nullptr && cell->IsNull();
 }
 
@@ -48,7 +63,7 @@ auto Rows(Matcher matcher) {
 }
 
 /// Matches a result of an invocation that succeeded.
-MATCHER(Succeeds, "succeeds") {
+MATCHER(Succeeds, negation ? "does not succeed" : "succeeds") {
     *result_listener << "whose code is " << arg.resultCode << " and whose message is '" << arg.errorMessage
                      << "'";
     return arg.resultCode == InvocationResult::kSucceeded && arg.errorMessage.empty();
