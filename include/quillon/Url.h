@@ -25,7 +25,7 @@ public:
     /// for https (in any case), else 0; one that is not a number is 0. Blanks in the path
     /// become "%20", other characters stay; an empty path becomes "/". Any other text, one
     /// whose host ends in ':' included, gives an invalid Url whose parts are empty and whose
-    /// ToString() is the text itself.
+    /// ToString() is the text itself, for the empty text "://:0".
     static Url Parse(const std::string& text);
 
     /// Returns the part as it was written, nothing decoded and the case kept; empty for a text
