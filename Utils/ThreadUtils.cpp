@@ -6,9 +6,7 @@
 namespace quillon {
 
 void ThreadUtils::SetThreadName(const std::string& name) {
-    constexpr std::size_t kLongestName = 127;
-    if (name.empty()) return;
-    platform::NameThread(("Vantora-" + name).substr(0, kLongestName));
+    if (!name.empty()) platform::NameThread(name);
 }
 
 void ThreadUtils::SetThreadName(const std::thread&, const std::string&) {}

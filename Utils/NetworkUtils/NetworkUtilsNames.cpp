@@ -95,7 +95,7 @@ void BeginSearch(Names& names, std::unique_lock<std::mutex>& lock) {
     lock.unlock();
     bool hasStarted = false;
     try {
-        hasStarted = platform::RunInBackground([&names] { EndSearch(names, FindFqdn()); }, "Vantora-fqdn");
+        hasStarted = platform::RunInBackground([&names] { EndSearch(names, FindFqdn()); }, "fqdn");
     } catch (const std::bad_alloc&) {
         hasStarted = false;
     }

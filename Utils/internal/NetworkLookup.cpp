@@ -92,7 +92,7 @@ void Start(const SharedLookup& lookup) {
     base::CountLookups(1);
     bool hasStarted = false;
     try {
-        hasStarted = platform::RunInBackground([lookup] { RunLookup(*lookup); }, "Vantora-lookup");
+        hasStarted = platform::RunInBackground([lookup] { RunLookup(*lookup); }, "lookup");
     } catch (const std::bad_alloc&) {
         hasStarted = false;
     }

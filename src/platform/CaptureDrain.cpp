@@ -33,7 +33,7 @@ public:
 private:
     void Start() {
         if (!m_wake) m_wake = CreateAutoResetEvent();
-        if (m_wake && !m_runs) m_runs = RunInBackground([this] { Run(); }, "Vantora-drain");
+        if (m_wake && !m_runs) m_runs = RunInBackground([this] { Run(); }, "drain");
     }
 
     void Run() {

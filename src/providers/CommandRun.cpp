@@ -115,7 +115,7 @@ int CommandWatch::Run(const ThreadStarter& start) {
 
 int CommandWatch::RunWorker(const ThreadStarter& start) {
     std::thread worker = start([props = m_props, synch = m_synch] {
-        platform::NameThread("Vantora-command");
+        platform::NameThread("command");
         RunCommandWorker(props, synch);
     });
     const DestructorFunctor release([this, &worker] {

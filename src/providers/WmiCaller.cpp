@@ -89,7 +89,7 @@ bool WmiCaller::Start() {
     if (m_worker != nullptr) return true;
     if (LeftBehind() >= kMostLeftBehind) return false;
     auto worker = std::make_shared<Worker>();
-    if (!platform::RunInBackground([worker] { worker->Work(); }, "Vantora-wmi")) return false;
+    if (!platform::RunInBackground([worker] { worker->Work(); }, "wmi")) return false;
     m_worker = std::move(worker);
     return true;
 }

@@ -9,7 +9,7 @@ namespace quillon::platform {
 
 void NameThread(const std::string& name) {
     constexpr std::size_t kLongestName = 15;
-    const std::string shown(base::CutUtf8(name, kLongestName));
+    const std::string shown(base::CutUtf8("Vantora-" + name, kLongestName));
     ::pthread_setname_np(::pthread_self(), shown.c_str());
 }
 

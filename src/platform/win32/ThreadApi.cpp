@@ -28,7 +28,9 @@ LONG CALLBACK IgnoreNaming(EXCEPTION_POINTERS* exception) {
 
 void NameThread(const std::string& name) {
     constexpr DWORD kRecordType = 0x1000;
-    const NamingRecord record{kRecordType, name.c_str(), ::GetCurrentThreadId(), 0};
+    constexpr std::size_t kLongestName = 127;
+    const std::string shown = ("Vantora-" + name).substr(0, kLongestName);
+    const NamingRecord record{kRecordType, shown.c_str(), ::GetCurrentThreadId(), 0};
     void* const handler = ::AddVectoredExceptionHandler(1, IgnoreNaming);
     if (handler == nullptr) return;
     ::RaiseException(kNamingException, 0, sizeof record / sizeof(ULONG_PTR),
