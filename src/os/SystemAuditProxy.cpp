@@ -56,6 +56,15 @@ bool TryClearBits(const UniqueIdentifier& subcategory, ICLogger& log) {
     }
 }
 
+/// Without the memory for it only the record tells.
+void AskForReview(ICLogger& log) {
+    try {
+        log.Warn("The Agent enabled extended security auditing on this machine, but could not disable it");
+        log.Warn("The audit configuration policy for this machine may have to be reviewed with auditpol.exe");
+    } catch (const std::bad_alloc&) {
+    }
+}
+
 }  // namespace
 
 bool SystemAuditProxy::EnsureSystemAuditAvailable() {
@@ -111,14 +120,11 @@ void SystemAuditProxy::DisableAuditLogSubCategory(const UniqueIdentifier& subcat
     held.erase(found);
     if (enabledByProxy) std::erase_if(leftOn, [&](const auto& entry) { return entry.id == subcategory; });
     const bool isLeftOn = enabledByProxy && !TryClearBits(subcategory, operation.Log());
-    if (isLeftOn) leftOn.push_back({subcategory, bitsBefore});
-    if (held.empty()) StopMonitoringAuditPolicyChanges();
     if (isLeftOn) {
-        operation.Log().Warn(
-            "The Agent enabled extended security auditing on this machine, but could not disable it");
-        operation.Log().Warn(
-            "The audit configuration policy for this machine may have to be reviewed with auditpol.exe");
+        leftOn.push_back({subcategory, bitsBefore});
+        AskForReview(operation.Log());
     }
+    if (held.empty()) StopMonitoringAuditPolicyChanges();
     if (enabledByProxy) WriteRecord();
 }
 
