@@ -1,10 +1,13 @@
 #include "platform/FolderWalk.h"
 #include "platform/ErrorText.h"
 
+#include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include "base/PathEscapes.h"
 #include "platform/win32/FinalPath.h"
+#include "platform/win32/FoundEntry.h"
 #include "platform/win32/OpenFile.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
@@ -29,6 +32,28 @@ FileHandle OpenFolder(const std::wstring& path, FolderWalk::Purpose purpose, boo
     if (isFolder && (throughLink || !isReparsePoint || !IsLink(folder))) return folder;
     FailWithCode(ERROR_DIRECTORY);
     return {};
+}
+
+constexpr DWORD kListingSize = 64 << 10;
+
+FoundEntry Facts(const FILE_FULL_DIR_INFO& found) {
+    return {std::wstring_view(found.FileName, found.FileNameLength / sizeof(wchar_t)),
+            found.FileAttributes,
+            found.EaSize,  // of what is a reparse point the tag
+            found.EndOfFile.QuadPart,
+            found.LastWriteTime.QuadPart,
+            found.LastAccessTime.QuadPart,
+            found.CreationTime.QuadPart};
+}
+
+void VisitPiece(const std::byte* place, const std::function<void(DirectoryEntry&&)>& visit) {
+    for (;;) {
+        const auto& found = *reinterpret_cast<const FILE_FULL_DIR_INFO*>(place);
+        const FoundEntry facts = Facts(found);
+        if (facts.name != L"." && facts.name != L"..") visit(ToEntry(facts));
+        if (found.NextEntryOffset == 0) return;
+        place += found.NextEntryOffset;
+    }
 }
 
 }  // namespace
@@ -107,13 +132,17 @@ std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose pu
     return FolderWalk(std::move(state));
 }
 
+/// By the open directory: its path may lead elsewhere by now.
 bool FolderWalk::List(const std::function<void(DirectoryEntry&&)>& visit, Detail) {
-    const bool found =
-        EnumerateMatches(base::PathToUtf8(m_state->path) + "*", [&](const DirectoryEntry& entry) {
-            if (entry.name != "." && entry.name != "..") visit(DirectoryEntry(entry));
-            return true;
-        });
-    return found || ::GetLastError() == ERROR_FILE_NOT_FOUND;  // the root of an empty drive
+    std::vector<std::uint64_t> piece(kListingSize / sizeof(std::uint64_t));
+    auto kind = FileFullDirectoryRestartInfo;
+    while (::GetFileInformationByHandleEx(m_state->levels.back().handle.Get(), kind, piece.data(),
+                                          kListingSize) != 0) {
+        VisitPiece(reinterpret_cast<const std::byte*>(piece.data()), visit);
+        kind = FileFullDirectoryInfo;
+    }
+    const DWORD code = ::GetLastError();
+    return code == ERROR_NO_MORE_FILES || code == ERROR_FILE_NOT_FOUND;  // the root of an empty drive
 }
 
 std::optional<std::uint64_t> FolderWalk::SizeOf(const std::string& name) const {

@@ -29,15 +29,19 @@ bool MakeLink(const fs::path& target, const fs::path& link) {
     return std::system(command.c_str()) == 0 && fs::exists(link / "precious");
 }
 
+std::vector<std::string> NamesIn(FolderWalk& walk) {
+    std::vector<std::string> names;
+    EXPECT_TRUE(walk.List([&](DirectoryEntry&& entry) { names.push_back(std::move(entry.name)); }));
+    return names;
+}
+
 TEST(FolderWalkLink, DirectoryThatBecomesALinkLeadsNowhere) {
     const test::TempDir dir;
     dir.Write("outside/precious", "x");
     fs::create_directories(dir.Native("tree/sub"));
     auto walk = FolderWalk::Open(dir.Path("tree"), FolderWalk::Purpose::ToErase);
     ASSERT_TRUE(walk);
-    std::vector<std::string> names;
-    ASSERT_TRUE(walk->List([&](DirectoryEntry&& entry) { names.push_back(std::move(entry.name)); }));
-    ASSERT_EQ(names, std::vector<std::string>{"sub"});
+    ASSERT_EQ(NamesIn(*walk), std::vector<std::string>{"sub"});
 
     fs::remove(dir.Native("tree/sub"));
     if (!MakeLink(dir.Native("outside"), dir.Native("tree/sub")))
@@ -47,6 +51,24 @@ TEST(FolderWalkLink, DirectoryThatBecomesALinkLeadsNowhere) {
     walk.reset();
     FileSystemUtils::EraseDirectory(dir.Path("tree"));
     EXPECT_EQ(dir.Read("outside/precious"), "x");
+}
+
+TEST(FolderWalkLink, WhatTakesTheNameOfAnOpenDirectoryIsNotListed) {
+    const test::TempDir dir;
+    dir.Write("tree/own", "x");
+    auto walk = FolderWalk::Open(dir.Path("tree"), FolderWalk::Purpose::ToList);
+    ASSERT_TRUE(walk);
+    fs::rename(dir.Native("tree"), dir.Native("gone"));
+    dir.Write("tree/foreign", "x");
+    EXPECT_EQ(NamesIn(*walk), std::vector<std::string>{"own"});
+}
+
+TEST(FolderWalkLink, ListsADirectoryThatOneCallDoesNotTell) {
+    const test::TempDir dir;
+    for (int i = 0; i < 500; ++i) dir.Write(std::string(100, 'n') + std::to_string(i), "x");
+    auto walk = FolderWalk::Open(dir.Path(), FolderWalk::Purpose::ToList);
+    ASSERT_TRUE(walk);
+    EXPECT_EQ(NamesIn(*walk).size(), 500U);
 }
 
 }  // namespace
