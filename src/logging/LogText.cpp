@@ -4,6 +4,8 @@
 #include <cstddef>
 
 #include "base/HexDigits.h"
+#include "base/Utf.h"
+#include "base/Utf8Cut.h"
 
 namespace quillon {
 
@@ -71,6 +73,13 @@ std::string LogText::OneLine(std::string_view text) {
         }
     }
     return result;
+}
+
+std::string LogText::RepairUtf8(std::string_view text) { return base::RepairUtf8(text); }
+
+std::string LogText::TruncateUtf8(std::string_view text, std::size_t maximum) {
+    std::string kept(base::CutUtf8(text, maximum));
+    return kept.size() < text.size() ? kept + "..." : kept;
 }
 
 }  // namespace quillon

@@ -206,7 +206,7 @@ int CommandWorker::CollectOutput(int code) {
         if (codePage != m_props.outputCodePage) {
             LogFailure("Could not read the output of command '%s' in its code page because: %s");
         }
-        if (code != 0) logged = StringUtils::Truncate(text, kLoggedOutput);
+        if (code != 0) logged = LogText::TruncateUtf8(text, kLoggedOutput);
         AddOutputRows(std::move(text), code, m_props.outputAsLines, m_props.outputTable);
     } catch (const std::exception&) {  // no memory, or no string is as long
         code = ReportLoss(base::kNotEnoughMemory, code);

@@ -86,7 +86,8 @@ TEST_F(StoreQueriesTest, NothingIsChangedOutsideATransactionThatCouldNotBegin) {
     ASSERT_TRUE(other.TryBegin());
     store.BeginTransaction();
     ASSERT_TRUE(other.TryCommit());
-    EXPECT_TRUE(store.TryBegin() && store.ExecuteNonQuery("DELETE FROM t") && store.TryCommit());
+    EXPECT_TRUE(store.ExecuteNonQuery("/* a */ -- b\n begin IMMEDIATE") &&
+                store.ExecuteNonQuery("DELETE FROM t") && store.TryCommit());
     EXPECT_EQ(Csv(store, "SELECT a FROM t"), "a\n");
 }
 

@@ -35,6 +35,14 @@ TEST(LogText, EscapesWhatBeginsALineOrSteersATerminal) {
     for (const auto& c : cases) EXPECT_EQ(LogText::OneLine(c.in), c.expected) << c.what;
 }
 
+TEST(LogText, RepairsAndCutsBetweenCharacters) {
+    EXPECT_EQ(LogText::RepairUtf8("\xF0\x9F\x98|\xED\xA0\xE4\xB8\xAD"),
+              "\xEF\xBF\xBD|\xEF\xBF\xBD\xEF\xBF\xBD\xE4\xB8\xAD");
+    EXPECT_EQ(LogText::TruncateUtf8("a\xE4\xB8\xADz", 3), "a...");
+    EXPECT_EQ(LogText::TruncateUtf8("a\xE4\xB8\xAD", 4), "a\xE4\xB8\xAD");
+    EXPECT_EQ(LogText::TruncateUtf8("abc", 0), "...");
+}
+
 TEST(LogText, NoTextOfOthersForgesAnEntryOfTheLibrary) {
     const std::string forged = "C:\\x\r\n2026-11-25 18:04:05.123 [ 4711] ERROR - forged\x1B[2J";
     RecordingLogger log;

@@ -42,17 +42,12 @@ bool CannotOpen(int code) {
 }
 
 /// ATTACH, and VACUUM with a file, would reach others; VACUUM alone attaches one without a name.
-int Authorize(void*, int action, const char* file, const char*, const char*, const char*) {
-    const bool isNameless = file != nullptr && *file == '\0';
+/// `hasBegin` learns of a statement that begins a transaction, however it is written.
+int Authorize(void* hasBegin, int action, const char* word, const char*, const char*, const char*) {
+    if (action == SQLITE_TRANSACTION && word != nullptr && std::string_view(word) == "BEGIN")
+        *static_cast<bool*>(hasBegin) = true;
+    const bool isNameless = word != nullptr && *word == '\0';
     return action == SQLITE_ATTACH && !isNameless ? SQLITE_DENY : SQLITE_OK;
-}
-
-/// Not in the middle of a UTF-8 character.
-std::string Shortened(std::string_view sql) {
-    if (sql.size() <= kLongestShownStatement) return std::string(sql);
-    std::size_t end = kLongestShownStatement;
-    while (end > 0 && (static_cast<unsigned char>(sql[end]) & 0xC0) == 0x80) --end;
-    return std::string(sql.substr(0, end)) + "...";
 }
 
 }  // namespace
@@ -94,7 +89,7 @@ int SqliteConnection::OpenHandle(const std::string& file, int flags) {
     m_handle.reset(handle);
     if (code != SQLITE_OK) return code;
     m_watch->Attach(Get());
-    sqlite3_set_authorizer(Get(), &Authorize, nullptr);
+    sqlite3_set_authorizer(Get(), &Authorize, &m_hasBegin);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     return SQLITE_OK;
 }
@@ -161,7 +156,8 @@ void SqliteConnection::LogFailure(std::string_view sql) const {
 void SqliteConnection::LogError(const std::string& text, std::string_view sql) const {
     if (auto* const logger = ServiceLocator::Get<ICLogger>(true))
         logger->Error("Database '%s': %s (%s)", LogText::OneLine(m_name).c_str(),
-                      LogText::OneLine(text).c_str(), LogText::OneLine(Shortened(sql)).c_str());
+                      LogText::OneLine(text).c_str(),
+                      LogText::OneLine(LogText::TruncateUtf8(sql, kLongestShownStatement)).c_str());
 }
 
 SqliteSavepoint::SqliteSavepoint(const SqliteConnection& connection)

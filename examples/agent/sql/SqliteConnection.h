@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "sql/SqliteWatch.h"
 
@@ -19,6 +20,8 @@ class SqliteConnection {
 public:
     /// `name` is the database's in the log.
     explicit SqliteConnection(std::string name);
+    SqliteConnection(const SqliteConnection&) = delete;
+    SqliteConnection& operator=(const SqliteConnection&) = delete;
 
     enum class Access { ReadWrite, ReadOnly };
 
@@ -39,6 +42,8 @@ public:
     const std::string& GetName() const { return m_name; }
     bool IsOpen() const { return m_handle != nullptr; }
     bool IsInTransaction() const { return IsOpen() && sqlite3_get_autocommit(Get()) == 0; }
+    /// Returns whether a statement that was prepared since the last call begins a transaction.
+    bool TakeBegin() const noexcept { return std::exchange(m_hasBegin, false); }
     /// Returns whether the file is not any more where it was opened. Windows lets nobody move it.
     bool HasMoved() const;
     /// Runs one statement; its rows are thrown away.
@@ -58,6 +63,7 @@ private:
     int OpenForReading(const std::string& libraryPath);
 
     std::string m_name;
+    mutable bool m_hasBegin = false;  // set by SQLite while it prepares a statement
     std::unique_ptr<SqliteWatch> m_watch;
     std::unique_ptr<sqlite3, Closer> m_handle;
 };

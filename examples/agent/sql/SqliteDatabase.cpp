@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "quillon/FileSystemUtils.h"
-#include "quillon/StringUtils.h"
 #include "sql/SqliteFileLock.h"
 
 namespace quillon::agent {
@@ -128,9 +127,8 @@ bool SqliteDatabase::MayWrite(const std::string& what) {
 }
 
 bool SqliteDatabase::MayRun(const SqliteStatement& statement) {
-    const std::string sql = sqlite3_sql(statement.Get());
-    const bool begins = StringUtils::ToUppercase(sql.substr(0, 5)) == "BEGIN";
-    return begins || sqlite3_stmt_readonly(statement.Get()) != 0 || MayWrite(sql);
+    return statement.Begins() || sqlite3_stmt_readonly(statement.Get()) != 0 ||
+           MayWrite(sqlite3_sql(statement.Get()));
 }
 
 /// The caller cannot learn of a failure: left open, the transaction would take in, and lose, all that is

@@ -24,6 +24,8 @@ public:
     SqliteStatement(const SqliteConnection& connection, const std::string& sql);
 
     bool IsPrepared() const { return m_handle != nullptr; }
+    /// Whether it begins a transaction.
+    bool Begins() const { return m_begins; }
     sqlite3_stmt* Get() const { return m_handle.get(); }
     /// Binds a text from 1 on; it must stay until the statement has run.
     void Bind(int index, const std::string& text) const;
@@ -51,6 +53,7 @@ private:
 
     const SqliteConnection* m_connection = nullptr;
     std::unique_ptr<sqlite3_stmt, Finalizer> m_handle;
+    bool m_begins = false;
 };
 
 }  // namespace quillon::agent
