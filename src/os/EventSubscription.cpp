@@ -12,6 +12,7 @@
 #include "platform/AuditApi.h"
 #include "platform/ErrorText.h"
 #include "platform/EventLogTypes.h"
+#include "quillon/detail/Deadline.h"
 
 namespace quillon {
 
@@ -92,9 +93,7 @@ EventSubscription::Outcome EventSubscription::Take(LogEvent& event, std::chrono:
         m_state->errorCode = base::kInvalidHandle;
         return Outcome::Failed;
     }
-    constexpr std::chrono::milliseconds kLongest =
-        std::chrono::hours(24) * 36500;  // the sum must not overflow
-    const auto end = Clock::now() + std::min(limit, kLongest);
+    const auto end = detail::DeadlineAfter(limit);
     while (true) {
         if (m_state->TakeOne(event)) return Outcome::Event;
         if (m_state->errorCode == base::kCancelled) return Outcome::Shutdown;

@@ -7,6 +7,7 @@
 
 #include "modules/CommandCall.h"
 #include "modules/Describe.h"
+#include "modules/Waiting.h"
 #include "modules/WmiCall.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ServiceLocator.h"
@@ -18,7 +19,7 @@ namespace quillon::agent {
 namespace {
 
 constexpr long long kNoLimit = std::numeric_limits<long long>::max();
-constexpr long long kLongestTimeout = 86'400'000;  // a day
+constexpr long long kLongestTimeout = 1000 * kLongestWait;  // milliseconds
 
 using Columns = std::map<std::string, IApplicationDataStore::ColumnDataType>;
 

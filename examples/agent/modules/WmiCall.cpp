@@ -1,17 +1,12 @@
 #include "modules/WmiCall.h"
 
 #include "common/Failure.h"
+#include "modules/Waiting.h"
 #include "quillon/ComScope.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/StringUtils.h"
 
 namespace quillon::agent {
-
-namespace {
-
-constexpr long long kLongestDeadline = 24 * 60 * 60;
-
-}  // namespace
 
 void DescribeWmi(IMethodMetadataBuilder& builder) {
     builder.CreateParameter("namespace", typeid(std::string))
@@ -31,8 +26,7 @@ void AddBindings(DescribedBinder& binder, WmiCall& call) {
 
 bool RunWmi(const WmiCall& call, InvocationResult& result,
             const std::function<bool(WmiConnector&)>& operation) {
-    if (!MethodParameterValidation::InRange("deadline", call.deadline, 0, kLongestDeadline, result))
-        return false;
+    if (!MethodParameterValidation::InRange("deadline", call.deadline, 0, kLongestWait, result)) return false;
     const ComScope com;
     if (!com) return Fail(InvocationResult::kSystemFailure, "COM cannot be initialised", result);
     WmiConnector connector;

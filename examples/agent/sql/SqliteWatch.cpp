@@ -5,6 +5,7 @@
 
 #include "quillon/IShutdownMonitor.h"
 #include "quillon/ServiceLocator.h"
+#include "quillon/detail/Deadline.h"
 
 namespace quillon::agent {
 
@@ -49,9 +50,7 @@ SqliteStoppable::SqliteStoppable(SqliteWatch& watch, SqliteWatch::Milliseconds l
     m_watch.m_isStoppable = true;
     m_watch.m_reason = nullptr;
     if (limit.count() <= 0) return;
-    constexpr SqliteWatch::Milliseconds kLongest =
-        std::chrono::hours(24) * 36500;  // the sum must not overflow
-    const auto end = SqliteWatch::Clock::now() + std::min(limit, kLongest);
+    const auto end = detail::DeadlineAfter(limit);
     m_watch.m_end = m_outerEnd ? std::min(end, *m_outerEnd) : end;
 }
 
