@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string>
@@ -118,6 +120,15 @@ struct CellAccess {
         std::uninitialized_move_n(row.begin(), row.Size(), made.begin());
         made.m_block->size = std::exchange(row.m_block->size, 0);  // what is left of the cells needs no end
         row.m_block.reset();
+    }
+    /// Renames a cell of the row and moves it to the end; it needs no memory.
+    static void RenameToEnd(VariantList& row, Variant* cell, HeldName& name) noexcept {
+        SharedName* const former = cell->Name();
+        cell->m_head =
+            reinterpret_cast<std::uintptr_t>(name.Use()) | static_cast<std::uintptr_t>(cell->HeldKind());
+        detail::DropUses(former);
+        std::rotate(cell, cell + 1, row.end());
+        row.m_block->cursor = std::numeric_limits<std::uint32_t>::max();  // as after a removal
     }
     /// Counts an element that was made at the end.
     static void CountElement(VariantList& list) noexcept { ++list.m_block->size; }

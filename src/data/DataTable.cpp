@@ -15,6 +15,7 @@
 #include "data/DataTableColumns.h"
 #include "data/DumpWriter.h"
 #include "data/FreedMemory.h"
+#include "data/HeldName.h"
 #include "data/NameCache.h"
 #include "data/NameRuns.h"
 
@@ -33,13 +34,10 @@ std::vector<std::string> NamesOf(const VariantList& cells) {
 }
 
 /// Moves the cell to the end under its new name, unless that name is taken.
-void RenameCell(VariantList& cells, const std::string& oldName, const std::string& newName) {
-    const Variant* cell = cells.Find(oldName);
-    if (cell == nullptr || cells.Contains(newName)) return;
-    Variant renamed = *cell;
-    renamed.SetName(newName);
-    cells.Remove(oldName);
-    cells.Add(std::move(renamed));
+void RenameCell(VariantList& cells, const std::string& oldName, const std::string& newName,
+                HeldName& heldName) noexcept {
+    Variant* const cell = cells.Find(oldName);
+    if (cell != nullptr && !cells.Contains(newName)) CellAccess::RenameToEnd(cells, cell, heldName);
 }
 
 /// Collects the names and types of columns from the cells of all rows. The names are those of the cells
@@ -178,8 +176,9 @@ void DataTable::RenameColumn(const std::string& oldName, const std::string& newN
     if (IsUndefined()) return;
     // The caller's names may be those of the cells that are about to go.
     const std::string from = oldName, to = newName;
-    RenameCell(m_columns, from, to);
-    for (VariantList& row : m_rows) RenameCell(row, from, to);
+    HeldName held(to);  // the last memory that is needed: no row stays behind
+    RenameCell(m_columns, from, to, held);
+    for (VariantList& row : m_rows) RenameCell(row, from, to, held);
     m_rationalised = false;
 }
 

@@ -119,6 +119,7 @@ TEST(DataTableMemory, AChangeThatMemoryIsMissingForChangesNothing) {
     void (*const changes[])(DataTable&) = {
         [](DataTable& table) { table.Append(&table, 15); },
         [](DataTable& table) { table.AddRow(*table.begin()); },
+        [](DataTable& table) { table.RenameColumn("a-name-of-the-heap", "a-later-name-of-the-heap"); },
         [](DataTable& table) {
             table.SetDefaultColumnNames({"a", "another-name-of-the-heap", "b"});
         },
