@@ -86,8 +86,8 @@ public:
         std::uint64_t maxOutputBytes = 0;  ///< captured output past this ends the command; 0: no limit
         bool outputTruncated = false;      ///< out: maxOutputBytes was reached, or output was lost
         std::uint64_t outputBytes = 0;     ///< out: bytes captured
-        /// Replaces the caller's whole environment (UTF-8); nothing: it is inherited. A name
-        /// that is empty or holds '=', or a text with a NUL, makes the start fail.
+        /// Replaces the caller's whole environment (UTF-8); nothing: it is inherited. An empty name, one with
+        /// '=' or a NUL makes the start fail. Of names that differ in case only Windows takes the last one.
         std::optional<std::map<std::string, std::string>> environment;
         /// Is fed to the command's standard input, which then ends; nothing: there is none.
         std::optional<std::string> standardInput;

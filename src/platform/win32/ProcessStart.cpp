@@ -1,5 +1,6 @@
-#include <algorithm>
+#include <map>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -74,18 +75,19 @@ private:
     std::vector<unsigned char> m_buffer;
 };
 
-bool PrecedesIgnoringCase(const std::wstring& a, const std::wstring& b) {
-    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
-                                  TRUE) == CSTR_LESS_THAN;
-}
+/// Orders the names of variables as the system does, without case.
+struct NamePrecedes {
+    bool operator()(const std::wstring& a, const std::wstring& b) const {
+        return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
+                                      static_cast<int>(b.size()), TRUE) == CSTR_LESS_THAN;
+    }
+};
 
 /// Returns the block in the system's form: sorted by name, every variable ended by a NUL, and one more
-/// NUL.
+/// NUL. Of names that differ in case only, which are one for the system, the last one's value is kept.
 std::wstring EnvironmentBlock(const std::map<std::string, std::string>& variables) {
-    std::vector<std::pair<std::wstring, std::wstring>> sorted;
-    for (const auto& [name, value] : variables) sorted.emplace_back(base::ToWide(name), base::ToWide(value));
-    std::sort(sorted.begin(), sorted.end(),
-              [](const auto& a, const auto& b) { return PrecedesIgnoringCase(a.first, b.first); });
+    std::map<std::wstring, std::wstring, NamePrecedes> sorted;
+    for (const auto& [name, value] : variables) sorted[base::ToWide(name)] = base::ToWide(value);
     std::wstring block;
     for (const auto& [name, value] : sorted) block += name + L'=' + value + L'\0';
     if (block.empty()) block += L'\0';
