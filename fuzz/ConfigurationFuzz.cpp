@@ -1,10 +1,10 @@
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
 
-#include "ForeignLocale.h"
+#include "InputLocale.h"
+#include "Require.h"
 #include "host/ConfigurationReader.h"
 #include "quillon/Url.h"
 
@@ -13,10 +13,6 @@
 namespace {
 
 using namespace quillon;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 void RequireRanges(const agent::AgentSettings& settings) {
     for (const auto& endpoint : settings.switches)
@@ -31,7 +27,7 @@ void RequireRanges(const agent::AgentSettings& settings) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    UseForeignLocale(size);
+    UseInputLocale(size);
     const std::string document(reinterpret_cast<const char*>(data), size);
     agent::AgentSettings settings;
     std::vector<std::string> faults;

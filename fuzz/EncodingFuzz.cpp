@@ -1,10 +1,10 @@
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 
+#include "Require.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
@@ -16,10 +16,6 @@ namespace {
 
 using FS = quillon::FileSystemUtils;
 using Encoding = FS::FileEncoding;
-
-void Require(bool holds) {
-    if (!holds) std::abort();
-}
 
 const std::string& Path() {
     static const std::string path = FS::GetTemporaryFile();

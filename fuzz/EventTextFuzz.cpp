@@ -1,9 +1,9 @@
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "ExpandedText.h"
+#include "Require.h"
 #include "simulation/eventlog/EventLog.h"
 
 // The input is the query of a channel and the texts of an event. A query that is read agrees with the number
@@ -14,10 +14,6 @@ using namespace quillon::simulation;
 
 constexpr const char* kParts[] = {
     "*[System[", "]]", "EventID", "EventRecordID", "Level", "<=", ">=", "(", ")", " ", "*", "<", "&", "'"};
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 /// Finds the text between the first `open` and the `close` after it.
 std::string_view Between(std::string_view text, std::string_view open, std::string_view close) {

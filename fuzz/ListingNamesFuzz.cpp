@@ -1,7 +1,7 @@
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
+#include "Require.h"
 #include "base/PathEscapes.h"
 #include "base/Utf.h"
 #include "platform/native/NativePath.h"
@@ -11,10 +11,6 @@
 namespace {
 
 using namespace quillon;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 bool IsUtf8(const std::string& text) { return base::FindInvalidUtf8(text) == std::string::npos; }
 

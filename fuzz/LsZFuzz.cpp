@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
 
+#include "Require.h"
 #include "base/Characters.h"
 #include "base/Utf.h"
 #include "files/LsZFields.h"
@@ -18,10 +18,6 @@
 namespace {
 
 using quillon::LsZFields;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 void CheckFields(const std::string& text) {
     std::string lower = text;

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
+#include "Require.h"
 #include "base/Utf.h"
 #include "quillon/PathUtils.h"
 
@@ -12,10 +12,6 @@
 namespace {
 
 using quillon::PathUtils;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 /// Looks at the elements after the root.
 void CheckElements(const std::string& path) {

@@ -1,11 +1,11 @@
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
+#include "Require.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
 #include "serve/Session.h"
@@ -15,10 +15,6 @@
 namespace {
 
 using namespace quillon;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 class Client final : public agent::Channel {
 public:

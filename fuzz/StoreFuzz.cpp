@@ -2,13 +2,13 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "Require.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
@@ -21,10 +21,6 @@
 namespace {
 
 using namespace quillon;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 /// One database for the whole run; nothing of it is to last.
 struct Database {

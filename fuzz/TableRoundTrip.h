@@ -1,15 +1,11 @@
 #pragma once
 
-#include <cstdlib>
 #include <set>
 #include <string>
 #include <string_view>
 
+#include "Require.h"
 #include "quillon/DataTableIO.h"
-
-inline void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 inline void CheckPlace(const quillon::TableFormatError& error, std::size_t size) {
     const quillon::TextPlace& place = error.Place();

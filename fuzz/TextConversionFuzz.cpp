@@ -1,11 +1,11 @@
 #include <codecvt>
 #include <cstdint>
-#include <cstdlib>
 #include <locale>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
+#include "Require.h"
 #include "base/Utf.h"
 
 // The conversions against the standard library's, which takes surrogates in UTF-8
@@ -14,10 +14,6 @@ namespace {
 
 using namespace quillon;
 using Converter = std::wstring_convert<std::codecvt_utf8_utf16<wchar_t>>;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 bool HoldsSurrogate(const std::string& text) {
     for (std::size_t i = 0; i + 1 < text.size(); ++i) {

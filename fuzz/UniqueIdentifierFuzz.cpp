@@ -1,18 +1,14 @@
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "Require.h"
 #include "quillon/UniqueIdentifier.h"
 
 namespace {
 
 using quillon::UniqueIdentifier;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 UniqueIdentifier Parse(const std::string& text, bool expectedOk) {
     bool ok = !expectedOk;

@@ -3,6 +3,7 @@
 #include <regex>
 #include <string>
 
+#include "Require.h"
 #include "quillon/Url.h"
 
 // The pattern in its own words is the oracle; std::regex recurses, so for short texts only.
@@ -10,10 +11,6 @@
 namespace {
 
 using quillon::Url;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 std::string WithoutBlanks(const std::string& text) {
     return std::regex_replace(text.empty() ? "/" : text, std::regex(" "), "%20");

@@ -1,9 +1,9 @@
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "ExpandedText.h"
+#include "Require.h"
 #include "base/Utf.h"
 #include "platform/native/Wildcards.h"
 
@@ -35,10 +35,6 @@ bool IsPlain(std::string_view pattern) {
     return pattern.find_first_of(".<>\"") == std::string_view::npos &&
            pattern.find_first_not_of("*?abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-") ==
                std::string_view::npos;
-}
-
-void Require(bool condition) {
-    if (!condition) std::abort();
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "Require.h"
 #include "platform/Wbem.h"
 #include "providers/WmiCimTypes.h"
 #include "providers/WmiOwners.h"
@@ -25,10 +25,6 @@ const CIMTYPE kTypes[] = {CIM_EMPTY,   CIM_SINT16, CIM_SINT32,   CIM_REAL32,    
 const VARTYPE kHeld[] = {VT_EMPTY, VT_NULL, VT_I1, VT_UI1, VT_I2,   VT_UI2,  VT_I4, VT_UI4,
                          VT_I8,    VT_UI8,  VT_R4, VT_R8,  VT_BSTR, VT_BOOL, VT_CY, VT_DATE};
 constexpr std::size_t kNumber = 8;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 template <class T, std::size_t N>
 T Pick(const T (&from)[N], std::uint8_t byte) {

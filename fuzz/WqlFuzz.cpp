@@ -1,9 +1,9 @@
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Require.h"
 #include "base/Utf.h"
 #include "quillon/Wql.h"
 #include "simulation/wql/WqlPattern.h"
@@ -18,10 +18,6 @@ using quillon::simulation::MatchesLike;
 using quillon::simulation::WqlQuery;
 
 constexpr std::size_t kLongestForTable = 200;
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 /// UTF-8, or where it is none with surrogates for what is not ASCII.
 std::wstring Units(const std::string& text) {

@@ -9,7 +9,7 @@
 
 /// Gives the C library, for one input after the other, the decimal point of German (a comma) or of Pashto
 /// (two bytes of UTF-8): nothing that reads or writes tables may ask for it.
-inline void UseForeignLocale(std::size_t choice) {
+inline void UseInputLocale(std::size_t choice) {
     static const struct Locales {
         Locales() {
             const __lsan::ScopedDisabler quiet;  // the C library loses some bytes of the path
