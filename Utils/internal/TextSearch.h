@@ -80,7 +80,7 @@ public:
             if (Matches(text, at)) return at;
             ++from;
         }
-        return FindByMatcher(text, from);
+        return FindBy(*m_matcher, text, from);
     }
 
 private:
@@ -110,10 +110,10 @@ private:
         return false;
     }
 
-    std::size_t FindByMatcher(View text, std::size_t from) const {
+    std::size_t FindBy(const IncrementalMatcher<Char, Case>& matcher, View text, std::size_t from) const {
         std::size_t matched = 0;
         for (std::size_t i = from; i < text.size(); ++i) {
-            matched = m_matcher->Next(matched, text[i]);
+            matched = matcher.Next(matched, text[i]);
             if (matched == m_needle.size()) return i + 1 - matched;
         }
         return View::npos;
