@@ -11,6 +11,7 @@
 
 #include "quillon/StringUtils.h"
 #include "support/RecordingLogger.h"
+#include "support/Split.h"
 #include "support/TempDir.h"
 
 namespace quillon {
@@ -202,29 +203,18 @@ TEST(DateTimeUtilsParse, ReadsJsonDateTimesStrictly) {
         {"2016-02-29T00:00:00Z", 14'567'040'000'000'000},
     };
     for (const auto& [text, ticks] : good) EXPECT_EQ(DT::TryParseJsonDateTime(text), AtTicks(ticks)) << text;
-    for (const char* const text : {"",
-                                   "2016-05-10",
-                                   "2016-05-10T12:00:00",
-                                   "2016-05-10 12:00:00Z",
-                                   "2016-05-10T12:00:00.Z",
-                                   "2016-05-10T12:00Z",
-                                   "2016-05-10T12:00:00Z ",
-                                   " 2016-05-10T12:00:00Z",
-                                   "2016-5-10T12:00:00Z",
-                                   "2016-13-10T12:00:00Z",
-                                   "2016-00-10T12:00:00Z",
-                                   "2015-02-29T12:00:00Z",
-                                   "2016-04-31T12:00:00Z",
-                                   "2016-05-00T12:00:00Z",
-                                   "2016-05-10T24:00:00Z",
-                                   "2016-05-10T12:60:00Z",
-                                   "2016-05-10T12:00:61Z",
-                                   "2016-05-10T12:00:00+14:01",
-                                   "2016-05-10T12:00:00+01:60",
-                                   "2016-05-10T12:00:00+1:00",
-                                   "2016-05-10T12:00:00+0100",
-                                   "12016-05-10T12:00:00Z",
-                                   "-016-05-10T12:00:00Z"})
+    for (const std::string& text : test::Split("2016-05-10 2016-05-10T12:00:00 2016-05-10T12:00:00.Z "
+                                               "2016-05-10T12:00Z 2016-5-10T12:00:00Z "
+                                               "2016-13-10T12:00:00Z 2016-00-10T12:00:00Z "
+                                               "2015-02-29T12:00:00Z 2016-04-31T12:00:00Z "
+                                               "2016-05-00T12:00:00Z 2016-05-10T24:00:00Z "
+                                               "2016-05-10T12:60:00Z 2016-05-10T12:00:61Z "
+                                               "2016-05-10T12:00:00+14:01 2016-05-10T12:00:00+01:60 "
+                                               "2016-05-10T12:00:00+1:00 2016-05-10T12:00:00+0100 "
+                                               "12016-05-10T12:00:00Z -016-05-10T12:00:00Z"))
+        EXPECT_EQ(DT::TryParseJsonDateTime(text), std::nullopt) << text;
+    for (const char* const text :
+         {"", "2016-05-10 12:00:00Z", "2016-05-10T12:00:00Z ", " 2016-05-10T12:00:00Z"})
         EXPECT_EQ(DT::TryParseJsonDateTime(text), std::nullopt) << text;
     EXPECT_TRUE(DT::TryParseJsonDateTime("0000-01-01T00:00:00Z"));
     EXPECT_TRUE(DT::TryParseJsonDateTime("9999-12-31T23:59:59Z"));

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "quillon/DataTable.h"
-#include "quillon/StringUtils.h"
 #include "quillon/WindowsSockets.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
+#include "support/Split.h"
 #include "support/System.h"
 
 namespace quillon {
@@ -44,11 +44,7 @@ std::string Reread(int family, const std::string& text) {
     return "none";
 }
 
-std::vector<std::string> Pieces(const std::string& text, char separator = '|') {
-    std::vector<std::string> pieces;
-    StringUtils::SplitByChar(text, separator, pieces);
-    return pieces;
-}
+std::vector<std::string> Lines(const std::string& text) { return test::Split(text, '|'); }
 
 /// What works before the sockets are started, after that, and when they are released again.
 const test::ChildMode startOfSockets("start-of-sockets", [](const std::vector<std::string>&) {
@@ -85,7 +81,7 @@ TEST_F(NetworkUtilsTest, AddressesAreReadAsWindowsReadsThem) {
     for (const auto& [texts, expected] : cases) {
         SCOPED_TRACE(texts);
         std::string read;
-        for (const std::string& text : Pieces(texts))
+        for (const std::string& text : Lines(texts))
             read += '|' + Reread(text.find("::") == std::string::npos ? kIpv4 : kIpv6, text);
         EXPECT_EQ(read, std::string("|") + expected);
     }
@@ -94,15 +90,15 @@ TEST_F(NetworkUtilsTest, AddressesAreReadAsWindowsReadsThem) {
 TEST_F(NetworkUtilsTest, WhatIsNoAddressIsRefused) {
     const std::string both = std::string(100'000, '9') + '|' + std::string(100'000, ':') + "|||\xFF|";
     for (const std::string& text :
-         Pieces(both +
-                " 1.2.3.4|1.2.3.4 |1.2.3.256|256.1.1.1|08.0.0.1|1.2.3.0400|1.2.65536|1.2.3.|.1.2.3|1..2.3|"
-                "1.2.3.4.5|0x.1.1.1|-1.2.3.4|+1.2.3.4|4294967296|1.2.3.4:|1.2.3.4:0|1.2.3.4:65536|"
-                "1.2.3.4:08|1.2.3.4a|::1|[1.2.3.4]"))
+         Lines(both +
+               " 1.2.3.4|1.2.3.4 |1.2.3.256|256.1.1.1|08.0.0.1|1.2.3.0400|1.2.65536|1.2.3.|.1.2.3|1..2.3|"
+               "1.2.3.4.5|0x.1.1.1|-1.2.3.4|+1.2.3.4|4294967296|1.2.3.4:|1.2.3.4:0|1.2.3.4:65536|"
+               "1.2.3.4:08|1.2.3.4a|::1|[1.2.3.4]"))
         EXPECT_EQ(Reread(kIpv4, text), "none") << text.substr(0, 20);
     for (const std::string& text :
-         Pieces(both +
-                "1.2.3.4|::1 |[::1|::1]|[::1]:0|[::1]:|[::1]x|12345::|1::2::3|1:::2|:1|::1:|::1%|::1%eth0|"
-                "::1%4294967296|1:2:3:4:5:6:7:8:9"))
+         Lines(both +
+               "1.2.3.4|::1 |[::1|::1]|[::1]:0|[::1]:|[::1]x|12345::|1::2::3|1:::2|:1|::1:|::1%|::1%eth0|"
+               "::1%4294967296|1:2:3:4:5:6:7:8:9"))
         EXPECT_EQ(Reread(kIpv6, text), "none") << text.substr(0, 20);
     for (const int family : {0, 1, 10, 24, -1}) EXPECT_EQ(Reread(family, "10.1.2.3"), "none") << family;
     unsigned char unknown[28] = {9}, ipv4[28] = {2};
@@ -127,9 +123,9 @@ TEST_F(NetworkUtilsTest, AnAddressLiesInARangeOrNot) {
 
 TEST_F(NetworkUtilsTest, FaultsOfRangesAreLogged) {
     for (const std::string& piece :
-         Pieces("|abc|10.0.0.1--10.0.0.9|10.0.0.1-10.0.0.9-10.0.0.9|10.0.0.1-10.0.0.0009|10.0.1-10.0.0.9|-|"
-                "10.0.0.1\xE2\x80\x93"
-                "10.0.0.9|10.0.0.1-10.0.0.9x|10.0.0.1-|-10.0.0.9|10.0.0.5")) {
+         Lines("|abc|10.0.0.1--10.0.0.9|10.0.0.1-10.0.0.9-10.0.0.9|10.0.0.1-10.0.0.0009|10.0.1-10.0.0.9|-|"
+               "10.0.0.1\xE2\x80\x93"
+               "10.0.0.9|10.0.0.1-10.0.0.9x|10.0.0.1-|-10.0.0.9|10.0.0.5")) {
         SCOPED_TRACE(piece);
         m_log.Forget();
         EXPECT_FALSE(NetworkUtils::IpInRange("10.0.0.5", "10.0.0.1-10.0.0.9, " + piece + " ,::1"));
@@ -167,26 +163,26 @@ TEST_F(NetworkUtilsTest, LongListsAndLongPiecesAreRead) {
 }
 
 TEST_F(NetworkUtilsTest, TextsThatHaveTheFormAreKept) {
-    for (const std::string& name : Pieces("host.example-1.com|1a1|-a-|.a."))
+    for (const std::string& name : Lines("host.example-1.com|1a1|-a-|.a."))
         EXPECT_EQ(NetworkUtils::FqdnOrBlank(name), name) << name;
-    for (const std::string& text : Pieces("|a11|11a|ab|Host.example.com|10.0.0.1|host\n|h\xC3\xA9t"))
+    for (const std::string& text : Lines("|a11|11a|ab|Host.example.com|10.0.0.1|host\n|h\xC3\xA9t"))
         EXPECT_EQ(NetworkUtils::FqdnOrBlank(text), "") << text;
-    for (const std::string& address : Pieces("10.0.0.1|999.0.0.1|::|FE80::1|:1|1:2:3:4:5:6:7:8:9")) {
+    for (const std::string& address : Lines("10.0.0.1|999.0.0.1|::|FE80::1|:1|1:2:3:4:5:6:7:8:9")) {
         for (const std::string& text : {address, '[' + address, address + ']', '[' + address + ']'})
             EXPECT_EQ(NetworkUtils::IpAddressOrBlank(text), address) << text;
     }
-    for (const std::string& text : Pieces("|host|[]|[[::1]]|FE80:|:|::1.2.3.4|10.0.0.0001|10.0.0|::1\n|::g"))
+    for (const std::string& text : Lines("|host|[]|[[::1]]|FE80:|:|::1.2.3.4|10.0.0.0001|10.0.0|::1\n|::g"))
         EXPECT_EQ(NetworkUtils::IpAddressOrBlank(text), "") << text;
     EXPECT_EQ(NetworkUtils::FqdnOrBlank(std::string("host\0x", 6)), "");
 }
 
 TEST_F(NetworkUtilsTest, NetworksAreWritten) {
-    for (const std::string& row : Pieces(
+    for (const std::string& row : Lines(
              "10.1.2.3 255.255.255.0 10.1.2.0/24|10.1.2.3 255.255.0.0 10.1.0.0/16|10.1.2.3 0.0.0.0 0.0.0.0/0|"
              "10.1.2.3 255.0.255.0 10.0.2.0/24|10.1.2.3 0.0.0.1 0.0.0.1/32|300.1.2.3 511.0.0.0 300.0.0.0/8|"
              "10.+1.\t2.3x 255.255.255.128 10.1.2.0/25|10.1.2 255.0.0.0 |10.1.2.3 255.0.0. |10\t.1.2.3 "
              "1.1.1.1 ")) {
-        const auto c = Pieces(row, ' ');
+        const auto c = test::Split(row, ' ');
         EXPECT_EQ(NetworkUtils::GetNetworkCidrAddressFromAddressAndMask(c[0], c[1]), c[2]) << row;
     }
     unsigned char mac[] = {0, 0x1A, 0xFF};
@@ -201,17 +197,17 @@ TEST_F(NetworkUtilsTest, NetworksAreWritten) {
 }
 
 TEST_F(NetworkUtilsTest, AddressesLieInNetworksOfTheirKind) {
-    for (const std::string& row : Pieces("10.1.2.3 10.1.2.0/24|10.1.2.3 10.1.2.2/31|10.1.2.3 10.1.2.3/32|"
-                                         "1.2.3.4 9.9.9.9/0|fe80::1 fe80::/10|fe80::1 fe80::1/128|::1 ::/0"))
-        EXPECT_TRUE(NetworkUtils::IpInCidr(Pieces(row, ' ')[0], Pieces(row, ' ')[1])) << row;
-    for (const std::string& row : Pieces(
+    for (const std::string& row : Lines("10.1.2.3 10.1.2.0/24|10.1.2.3 10.1.2.2/31|10.1.2.3 10.1.2.3/32|"
+                                        "1.2.3.4 9.9.9.9/0|fe80::1 fe80::/10|fe80::1 fe80::1/128|::1 ::/0"))
+        EXPECT_TRUE(NetworkUtils::IpInCidr(test::Split(row, ' ')[0], test::Split(row, ' ')[1])) << row;
+    for (const std::string& row : Lines(
              "10.1.2.3 10.1.3.0/24|10.1.2.3 10.1.2.0/31|10.1.2.3 10.1.2.3/33|10.1.2.3 ::/0|10.1.2.3 10.1.2.0|"
              "10.1.2.3 10.1.2.0/|10.1.2.3 10.1.2.0/-1|10.1.2.3 10.1.2.0/24/|10.1.2.3 /0|10.1.2.3 |"
              "fe80::1 fec0::/10|fe80::1 fe80::1/129|fe80::1 0.0.0.0/0|fe80::1 fe80::%1/10|fe80::1 "
              "[fe80::]/10|"
              "10.1.2.3 010.1.2.0/24|10.1.2.3 10.1.2.00/24|10.1.2.3:80 0.0.0.0/0|[::1] ::/0|::1%1 ::/0| /0| "
              "0.0.0.0/0"))
-        EXPECT_FALSE(NetworkUtils::IpInCidr(Pieces(row, ' ')[0], Pieces(row, ' ')[1])) << row;
+        EXPECT_FALSE(NetworkUtils::IpInCidr(test::Split(row, ' ')[0], test::Split(row, ' ')[1])) << row;
     EXPECT_THAT(m_log.Lines(), IsEmpty());
 }
 

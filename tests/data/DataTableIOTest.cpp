@@ -9,6 +9,8 @@
 #include <streambuf>
 #include <string>
 
+#include "support/Split.h"
+
 namespace quillon {
 namespace {
 
@@ -152,42 +154,14 @@ TEST(DataTableIO, RefusesWhatIsHostileOrMalformed) {
     };
     for (const auto& c : cases)
         EXPECT_THAT([&c] { (void)c.read(c.text); }, ThrowsMessage<TableFormatError>(c.message)) << c.text;
-    for (const char* json : {"[",
-                             "[{\"a\":}]",
-                             "[{\"a\":1}",
-                             "[{}]x",
-                             "[{\"a\":01}]",
-                             "[{\"a\":1e999}]",
-                             "{\"a\":\"",
-                             "[{\"a\":\"\\ud800\"}]",
-                             "nul",
-                             "[{\"a\":NaN}]",
-                             "[{\"a\":1.}]",
-                             "[{\"a\":0.5e999}]",
-                             "[{\"a\":-}]",
-                             "[{\"a\":+1}]",
-                             "[{\"a\":\"\\x\"}]",
-                             "[{\"a\":\"\\u12g4\"}]",
-                             "[{\"a\":\"\n\"}]",
-                             "[{\"a\":[1,]}]",
-                             "[{\"a\":{\"b\":}}]",
-                             "[{\"a\":[1}]",
-                             "[{a:1}]",
-                             "[{\"a\":[1e999]}]"})
-        EXPECT_THAT([json] { (void)FromJson(json); }, ThrowsMessage<TableFormatError>(StartsWith("row ")))
+    for (const std::string& json : test::Split("[ [{\"a\":}] [{\"a\":1} [{}]x [{\"a\":01}] "
+                                               "[{\"a\":1e999}] {\"a\":\" [{\"a\":\"\\ud800\"}] nul "
+                                               "[{\"a\":NaN}] [{\"a\":1.}] [{\"a\":0.5e999}] [{\"a\":-}] "
+                                               "[{\"a\":+1}] [{\"a\":\"\\x\"}] [{\"a\":\"\\u12g4\"}] "
+                                               "[{\"a\":\"\n\"}] [{\"a\":[1,]}] [{\"a\":{\"b\":}}] "
+                                               "[{\"a\":[1}] [{a:1}] [{\"a\":[1e999]}]"))
+        EXPECT_THAT([&json] { (void)FromJson(json); }, ThrowsMessage<TableFormatError>(StartsWith("row ")))
             << json;
-}
-
-TEST(DataTableIO, RoundTripsKeepWhatTheFormHolds) {
-    const DataTable table(
-        VariantList(Variant("text", "a\"\r\n,\xC3\xA9"), Variant("number", 1LL << 62),
-                    Variant("real", 1.0 / 3), Variant("flag", false), Variant::NullVariant("none")),
-        VariantList(Variant("text", ""), Variant("number", -1), Variant("real", 5e-324),
-                    Variant("flag", true), Variant::NullVariant("none")));
-    EXPECT_TRUE(FromJson(ToJson(table)) == table);
-    EXPECT_TRUE(FromJson(ToJsonLines(table)) == table);
-    const DataTable texts = FromCsv(ToCsv(table));
-    EXPECT_TRUE(FromCsv(ToCsv(texts)) == texts);
 }
 
 TEST(DataTableIO, ErrorsTellTheirPlaceAsMembers) {

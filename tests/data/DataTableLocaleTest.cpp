@@ -3,11 +3,11 @@
 #include <cmath>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "quillon/DataTableIO.h"
 #include "support/ForeignLocale.h"
+#include "support/Split.h"
 
 /// Numbers are written and read in the same way whatever locale a host or a module has set.
 
@@ -16,35 +16,18 @@ namespace {
 
 /// A table whose names and texts hold what separates, quotes, ends or steers in one of the forms.
 DataTable RandomTable(unsigned seed) {
-    using namespace std::string_view_literals;
-    static constexpr std::string_view kParts[] = {"1.5"sv,
-                                                  "1,5"sv,
-                                                  "\xD9\xAB"sv,
-                                                  "a"sv,
-                                                  "\""sv,
-                                                  "\n"sv,
-                                                  " "sv,
-                                                  "-0"sv,
-                                                  ";"sv,
-                                                  "\r\n"sv,
-                                                  "\r"sv,
-                                                  "\0"sv,
-                                                  "\\"sv,
-                                                  "\xE2\x80\xAE"sv,
-                                                  "\xEF\xBB\xBF"sv,
-                                                  "'"sv,
-                                                  "\t"sv,
-                                                  "{[:]}"sv,
-                                                  "\x1B"sv,
-                                                  "\x7F"sv,
-                                                  "\xC2\x85"sv,
-                                                  "=1+1"sv,
-                                                  "\xF0\x9F\x8D\xB5"sv,
-                                                  "null"sv};
+    static const std::vector<std::string> kParts = [] {
+        auto parts = Split(
+            "1.5~1,5~\xD9\xAB~a~\"~\n~ ~-0~;~\r\n~\r~\\~\xE2\x80\xAE~\xEF\xBB\xBF~'~\t~"
+            "{[:]}~\x1B~\x7F~\xC2\x85~=1+1~\xF0\x9F\x8D\xB5~null",
+            '~');
+        parts.emplace_back(1, '\0');
+        return parts;
+    }();
     std::mt19937_64 random(seed);
     const auto text = [&] {
         std::string result;
-        for (auto count = random() % 4; count > 0; --count) result += kParts[random() % std::size(kParts)];
+        for (auto count = random() % 4; count > 0; --count) result += kParts[random() % kParts.size()];
         return result;
     };
     std::string names[6];

@@ -183,23 +183,6 @@ TEST(VariantList, DumpsBetweenTwoLines) {
                     indent + "Variant '*NO NAME*' null", indent + "End of VariantList dump: "));
 }
 
-TEST(VariantList, IsWrittenDownWithBraces) {
-    const VariantList row = {{"a", 1}, {"b", "x"}, {"c", nullptr}};
-    EXPECT_EQ(row, VariantList(Variant("a", 1), Variant("b", "x"), Variant::NullVariant("c")));
-    DataTable table;
-    table.AddRow({{"a", 1}});
-    EXPECT_EQ(table.GetRow(0)["a"].GetLongLongValue(), 1);
-    EXPECT_THROW((void)std::as_const(table).GetRow(1), std::out_of_range);
-}
-
-TEST(VariantList, CellsMayBeChangedInPlace) {
-    VariantList row = {{"a", 1}, {"b", 2}};
-    row.Find("b")->SetName("c");
-    for (Variant& cell : row) cell.SetLongLongValue(cell.GetLongLongValue() * 10);
-    EXPECT_EQ(row, (VariantList{{"a", 10}, {"c", 20}}));
-    EXPECT_EQ(row.Find("b"), nullptr);
-}
-
 TEST(VariantList, GrowsWhileItsOwnCellsAreAdded) {
     VariantList row;
     row.Add("name-of-the-first", std::string(40, 'x'));
@@ -212,28 +195,6 @@ TEST(VariantList, GrowsWhileItsOwnCellsAreAdded) {
     row.Add(std::move(*row.Find("name-of-the-first")));
     EXPECT_EQ(row[201], row[1]);
     EXPECT_EQ(row[0], Variant());
-}
-
-TEST(VariantList, SimilarCountsRepeatedCellsInLongLists) {
-    VariantList left, right;
-    for (int i = 0; i < 1000; ++i) {
-        left.Add("n", i % 3);
-        right.Add("n", (i + 1) % 3);
-    }
-    EXPECT_FALSE(left.Similar(right));  // 334 zeros against 333
-    left.Add("n", 1);
-    left.Add("n", 2);
-    right.Add("n", 0);
-    right.Add("n", 2);
-    EXPECT_EQ(left.Similar(right), right.Similar(left));
-    VariantList kinds, others;
-    for (int i = 0; i < 20; ++i) {
-        kinds.Add(i % 2 == 0 ? Variant("n", 1) : Variant("n", true));
-        others.Add(i % 2 != 0 ? Variant("n", 1) : Variant("n", true));
-    }
-    EXPECT_TRUE(kinds.Similar(others));
-    others.Add("n", std::numeric_limits<double>::quiet_NaN());
-    EXPECT_FALSE(others.Similar(others)) << "NaN equals nothing";
 }
 
 }  // namespace

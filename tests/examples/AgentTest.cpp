@@ -211,11 +211,4 @@ TEST(Agent, CtrlCAbortsTheRunningCommand) {
     }
 }
 
-TEST(Agent, HelpIsAResultAndGoesToStandardOutput) {
-    const AgentRun run = RunAgent({"run", "--help"});
-    EXPECT_EQ(run.exitCode, 0);
-    EXPECT_THAT(run.output, HasSubstr("--format"));
-    EXPECT_EQ(run.errors, "");
-}
-
 }  // namespace quillon::test

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "base/Utf.h"
 #include "support/System.h"
 #include "support/TestCertificate.h"
@@ -40,19 +44,12 @@ std::string TextOf(std::string name) {
 }  // namespace
 
 TEST(CertificateApi, NamesAreQuotedAsTheSystemQuotesThem) {
-    const std::pair<std::string, std::string> values[] = {{"plain  text", "plain  text"},
-                                                          {" x", "\" x\""},
-                                                          {"x ", "\"x \""},
-                                                          {"a,b", "\"a,b\""},
-                                                          {"a+b", "\"a+b\""},
-                                                          {"a=b", "\"a=b\""},
-                                                          {"a\"b", "\"a\"\"b\""},
-                                                          {"a\nb", "\"a\nb\""},
-                                                          {"a<b", "\"a<b\""},
-                                                          {"a>b", "\"a>b\""},
-                                                          {"a#b", "\"a#b\""},
-                                                          {"a;b", "\"a;b\""},
-                                                          {"a'b\\/", "a'b\\/"}};
+    std::vector<std::pair<std::string, std::string>> values = {{"plain  text", "plain  text"},
+                                                               {"a'b\\/", "a'b\\/"},
+                                                               {" x", "\" x\""},
+                                                               {"x ", "\"x \""},
+                                                               {"a\"b", "\"a\"\"b\""}};
+    for (const char c : std::string(",+=\n<>#;")) values.push_back({{'a', c, 'b'}, {'"', 'a', c, 'b', '"'}});
     for (const auto& [value, expected] : values)
         EXPECT_EQ(TextOf(NameOf(CommonName(kPrintable, value))), "CN=" + expected) << expected;
 }

@@ -46,15 +46,6 @@ TEST(ProcessApi, WaitsForTheProcessTheEventOrTheLimit) {
     EXPECT_EQ(child->End().value_or(platform::ProcessEnd()).status, 7);
 }
 
-TEST(ProcessApi, SaysWhyAProgramCannotBeStarted) {
-    EXPECT_FALSE(ChildProcess::Start(RequestOf("no-such-program-here")));
-    EXPECT_EQ(platform::LastError(), 2u);
-    platform::ProcessRequest request = RequestOf(ChildCommand("copy"));
-    request.workingDirectory = "C:\\no such folder";
-    EXPECT_FALSE(ChildProcess::Start(request));
-    EXPECT_EQ(platform::LastError(), 267u);
-}
-
 TEST(ProcessApi, KillsNoGroupsAndNobodyUnknown) {
     for (const std::uint32_t id : {0u, 0xFFFFFFFFu, 0x80000000u}) {
         SCOPED_TRACE(id);

@@ -4,10 +4,12 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "base/Utf.h"
 #include "quillon/Wql.h"
 #include "simulation/WbemCode.h"
+#include "support/Split.h"
 
 namespace quillon {
 
@@ -87,55 +89,20 @@ TEST_F(WqlQueryTest, ConditionsThatDoNot) {
 
 TEST_F(WqlQueryTest, WhatIsNoQueryIsRefusedAndLeavesNothing) {
     const std::string front = "SELECT * FROM C WHERE ";
-    const std::string cases[] = {"",
-                                 "SELECT",
-                                 "SELECT FROM C",
-                                 "SELECT a, FROM C",
-                                 "SELECT *, a FROM C",
-                                 "SELECT a b FROM C",
-                                 "SELECT * FROM",
-                                 "SELECT * FROM Like",
-                                 "SELECT * FROM C D",
-                                 "SELECT * FROM C;",
-                                 "SELECT * FROM 1",
-                                 "SELECT * FROM C.D",
-                                 std::string("SELECT * FROM C\0", 16),
-                                 "SELECT * FROM C WHERE",
-                                 front + "a",
-                                 front + "a=",
-                                 front + "a=b",
-                                 front + "1=1",
-                                 front + "a=1 AND",
-                                 front + "AND a=1",
-                                 front + "a=1 b=2",
-                                 front + "()",
-                                 front + "(a=1",
-                                 front + "a=1)",
-                                 front + "a=1) OR (a=2",
-                                 front + "NOT",
-                                 front + "a NOT LIKE 'x'",
-                                 front + "a LIKE 1",
-                                 front + "a LIKE NULL",
-                                 front + "'x' LIKE a",
-                                 front + "a IS 1",
-                                 front + "a IS NOT",
-                                 front + "a='x",
-                                 front + "a='x\"",
-                                 front + "a='x\\'",
-                                 front + R"(a='\x')",
-                                 front + "a='\\",
-                                 front + std::string("a='\0'", 6),
-                                 front + "a=1x",
-                                 front + "a=1AND b=2",
-                                 front + "a=1e",
-                                 front + "a=.5",
-                                 front + "a=-",
-                                 front + "a=0x10",
-                                 front + "a=1e999",
-                                 front + "a ! 1",
-                                 front + "a == 1",
-                                 front + Repeat("(", 1'000'000),
-                                 front + "a='" + Repeat("x", 1'000'000)};
+    std::vector<std::string> cases = test::Split(
+        "|SELECT|SELECT FROM C|SELECT a, FROM C|SELECT *, a FROM C|SELECT a b FROM C|SELECT * FROM|"
+        "SELECT * FROM Like|SELECT * FROM C D|SELECT * FROM C;|SELECT * FROM 1|SELECT * FROM C.D|"
+        "SELECT * FROM C WHERE",
+        '|');
+    for (const std::string& condition : test::Split(
+             "a|a=|a=b|1=1|a=1 AND|AND a=1|a=1 b=2|()|(a=1|a=1)|a=1) OR (a=2|NOT|a NOT LIKE 'x'|a LIKE 1|"
+             "a LIKE NULL|'x' LIKE a|a IS 1|a IS NOT|a='x|a='x\"|a='x\\'|a='\\x'|a='\\|a=1x|a=1AND b=2|"
+             "a=1e|a=.5|a=-|a=0x10|a=1e999|a ! 1|a == 1",
+             '|'))
+        cases.push_back(front + condition);
+    for (const std::string& other : {std::string("SELECT * FROM C\0", 16), front + std::string("a='\0'", 6),
+                                     front + Repeat("(", 1'000'000), front + "a='" + Repeat("x", 1'000'000)})
+        cases.push_back(other);
     for (const std::string& c : cases) {
         SCOPED_TRACE(c.substr(0, 80));
         EXPECT_EQ(m_query.Parse(ToWide(c)), Code(WBEM_E_INVALID_QUERY));

@@ -31,18 +31,6 @@ TEST(RecordingLogger, KeepsEveryEntryWholeAndClobbersErrno) {
     EXPECT_EQ(log.Lines().size(), 1U);
 }
 
-TEST(RecordingLogger, IsRegisteredForItsLife) {
-    auto first = std::make_unique<RecordingLogger>();
-    const auto second = std::make_unique<RecordingLogger>();
-    first.reset();  // another's registration stays
-    EXPECT_EQ(ServiceLocator::Get<ICLogger>(true), second.get());
-}
-
-TEST(LogLines, AreSplitAtBothLineEnds) {
-    EXPECT_THAT(LinesOf("a\r\n\nb\nc"), ElementsAre("a", "", "b", "c"));
-    EXPECT_THAT(LinesOf(""), IsEmpty());
-}
-
 TEST(LogLines, AnEntryWithAnotherHeadIsAFailure) {
     EXPECT_THAT(EntriesOf("2026-11-25 13:35:14.001 [   42] INFO  - x\n"), ElementsAre("INFO  - x"));
     for (const char* line :
@@ -70,30 +58,6 @@ TEST(TempDir, GoesWithAllThatIsInIt) {
     }
     EXPECT_FALSE(fs::exists(path));
     EXPECT_EQ(fs::status(outside.Native("kept")).permissions() & fs::perms::owner_write, fs::perms::none);
-}
-
-TEST(TempDir, SpeaksBothKindsOfPath) {
-    const TempDir dir;
-    const std::string name = "\xC3\xA9 \xF0\x9F\x98\x80";
-    const std::string path = dir.Write(name, "x");
-    EXPECT_TRUE(path.starts_with("C:\\") && path.ends_with('\\' + name)) << path;
-    EXPECT_EQ(ToNative(path), dir.Native(name));
-    EXPECT_EQ(ToLibraryPath(dir.Native(name)), path);
-    EXPECT_TRUE(dir.Exists(name) && !dir.Exists("other"));
-}
-
-TEST(Child, TellsItsCodeAndBothOutputs) {
-    const ChildOutput copied = RunChild("print", {"a b|~", "0", "2"});
-    EXPECT_TRUE(copied.succeeded);
-    EXPECT_EQ(copied.out,
-              "a b\n\xC3\xA9"
-              "a b\n\xC3\xA9");
-    EXPECT_EQ(copied.err, "");
-    EXPECT_FALSE(RunChild("print", {"", "1"}).succeeded);
-    const ChildOutput unknown = RunChild("no such mode");
-    EXPECT_FALSE(unknown.succeeded);
-    EXPECT_EQ(unknown.out, "");
-    EXPECT_EQ(unknown.err, "unknown child mode 'no'\n");
 }
 
 TEST(Child, AFileIsAwaitedWhileItsFolderIsThere) {

@@ -13,6 +13,7 @@
 
 #include "quillon/MetadataExport.h"
 #include "quillon/MethodMetadata.h"
+#include "support/Split.h"
 #include "support/TempDir.h"
 
 /// What a renderer of CommonMark with tables shows of an exported description must be the text that the
@@ -73,59 +74,14 @@ std::string Visible(std::string_view html) {
 }
 
 std::string RandomText(std::mt19937& random) {
-    static constexpr std::string_view kParts[] = {"a",
-                                                  "b c",
-                                                  "*",
-                                                  "_",
-                                                  "**",
-                                                  "`",
-                                                  "``",
-                                                  "\\",
-                                                  "\\\\",
-                                                  "|",
-                                                  "<b>",
-                                                  "</p>",
-                                                  "<!--",
-                                                  "&amp;",
-                                                  "&#33",
-                                                  "[x]",
-                                                  "](y)",
-                                                  "![",
-                                                  "#",
-                                                  "# ",
-                                                  "- ",
-                                                  "+ ",
-                                                  "1. ",
-                                                  "1) ",
-                                                  "> ",
-                                                  "~~",
-                                                  "~",
-                                                  "$x$",
-                                                  "\n",
-                                                  "\xC3\xA9",
-                                                  "=",
-                                                  "---",
-                                                  "^",
-                                                  "\"q\"",
-                                                  "'",
-                                                  "@",
-                                                  "http://a.example/x_y?b=1&c=~d#e*f",
-                                                  "https://a.example/p_(q)",
-                                                  "https://",
-                                                  "http://a\\b`c",
-                                                  "www.example.com",
-                                                  "HTTP://A.example/_",
-                                                  "ftp://a.example/*x*",
-                                                  "mail@a.example",
-                                                  ": ",
-                                                  ":-:",
-                                                  "<http://x>",
-                                                  "\x7F",
-                                                  "{",
-                                                  "}",
-                                                  "!"};
+    static const std::vector<std::string> kParts = test::Split(
+        "a%b c%*%_%**%`%``%\\%\\\\%|%<b>%</p>%<!--%&amp;%&#33%[x]%](y)%![%#%# %- %+ %1. %1) %> %~~%~%$x$%"
+        "\n%\xC3\xA9%=%---%^%\"q\"%'%@%http://a.example/x_y?b=1&c=~d#e*f%https://a.example/p_(q)%"
+        "https://%http://a\\b`c%www.example.com%HTTP://A.example/_%ftp://a.example/*x*%mail@a.example%: %"
+        ":-:%<http://x>%\x7F%{%}%!",
+        '%');
     std::string text = "x";  // begins and ends with no white space, which Markdown would take away
-    for (auto count = random() % 8 + 1; count > 0; --count) text += kParts[random() % std::size(kParts)];
+    for (auto count = random() % 8 + 1; count > 0; --count) text += kParts[random() % kParts.size()];
     return text + "y";
 }
 
