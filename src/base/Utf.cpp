@@ -278,7 +278,7 @@ std::optional<std::u16string> Utf8ToUtf16(std::string_view text) { return Decode
 
 std::wstring ToWide(std::string_view text) {
     if (auto wide = Utf8ToWide(text)) return std::move(*wide);
-    return *Utf8ToWide(RepairUtf8(text));
+    return Utf8ToWide(RepairUtf8(text)).value_or(std::wstring());
 }
 
 std::string ToUtf8(std::wstring_view text) {
@@ -292,7 +292,7 @@ std::string ToUtf8(std::wstring_view text) {
         repaired[at] = kWideReplacement;
         ++p;
     }
-    return *WideToUtf8(repaired);
+    return WideToUtf8(repaired).value_or(std::string());
 }
 
 std::size_t FindInvalidUtf8(std::string_view text) {

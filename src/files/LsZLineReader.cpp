@@ -24,7 +24,7 @@ LsZLineReader::LsZLineReader(const std::string& path) : m_file(platform::OpenFor
 }
 
 bool LsZLineReader::Refill() {
-    if (m_hasFailed) return false;
+    if (m_hasFailed || !m_reader) return false;
     std::copy(m_buffer.data() + m_begin, m_buffer.data() + m_end, m_buffer.data());
     m_end -= m_begin;
     m_begin = 0;
@@ -43,7 +43,8 @@ std::size_t LsZLineReader::LineLength(std::string_view window) const {
 }
 
 double LsZLineReader::ShareRead() const {
-    const auto whole = static_cast<double>(std::max<std::uint64_t>(m_reader->Limit(), 1));
+    const std::uint64_t limit = m_reader ? m_reader->Limit() : 0;
+    const auto whole = static_cast<double>(std::max<std::uint64_t>(limit, 1));
     return std::clamp(static_cast<double>(m_given) / whole, 1 / whole, 1.0);
 }
 

@@ -66,6 +66,8 @@ bool EventSubscription::State::Open(const EventLogSource& source, const std::str
 /// False when there is none, with the code of a failure.
 bool EventSubscription::State::TakeOne(LogEvent& event) {
     bool isTaken = false;
+    errorCode = base::kInvalidHandle;
+    if (!reading) return false;
     errorCode = reading->Visit([&](void* handle, const LogEvent* read) {
         place.MoveTo(handle, read);  // otherwise the event comes again, which is better than never
         if (read == nullptr) ++unreadable;
@@ -89,10 +91,6 @@ bool EventSubscription::Open(const EventLogSource& source, const std::string& bo
 EventSubscription::Outcome EventSubscription::Take(LogEvent& event, std::chrono::milliseconds limit) {
     using Clock = std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kLook(50);
-    if (!m_state->reading) {
-        m_state->errorCode = base::kInvalidHandle;
-        return Outcome::Failed;
-    }
     const auto end = detail::DeadlineAfter(limit);
     while (true) {
         if (m_state->TakeOne(event)) return Outcome::Event;

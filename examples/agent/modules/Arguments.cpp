@@ -144,7 +144,8 @@ const Reading& ReadingFor(const std::string& name, const Types& types) {
 
 /// Returns a value in the place of one whose fault is told already, so that no other is found in it.
 Variant Sample(const std::string& name, const std::string& text, const Reading& reading) {
-    return reading.sample == nullptr ? Variant(name, text) : *reading.read(name, reading.sample).value;
+    Variant given(name, text);
+    return reading.sample == nullptr ? given : reading.read(name, reading.sample).value.value_or(given);
 }
 
 }  // namespace

@@ -110,8 +110,11 @@ private:
         return true;
     }
     void Keep(RequestValue value) {
-        if (m_depth == 1) m_members.values[m_names[0]] = std::move(value);
-        if (m_depth == 2) m_members.objects[m_names[0]][m_names[1]] = std::move(value);
+        if (m_depth == 1) {
+            m_members.values[m_names[0]] = std::move(value);
+        } else if (m_depth == 2) {
+            m_members.objects[m_names[0]][m_names[1]] = std::move(value);
+        }
     }
 
     RequestMembers& m_members;

@@ -26,21 +26,22 @@ SqliteEngine::SqliteEngine(InMemory, int busyMilliseconds) : m_busyMilliseconds(
 SqliteEngine::~SqliteEngine() = default;
 
 ISqliteDatabase* SqliteEngine::OpenDatabase(std::int32_t, const std::string& databaseName) {
-    auto database = m_folder ? OpenFile(databaseName) : OpenInMemory(databaseName);
+    auto database = m_folder ? OpenFile(*m_folder, databaseName) : OpenInMemory(databaseName);
     if (!database) return nullptr;
     const std::lock_guard lock(m_mutex);
     return m_databases.emplace_back(std::move(database)).get();
 }
 
-std::unique_ptr<SqliteDatabase> SqliteEngine::OpenFile(const std::string& databaseName) const {
-    const auto file = m_folder->FileOf(databaseName);
+std::unique_ptr<SqliteDatabase> SqliteEngine::OpenFile(const DatabaseFolder& folder,
+                                                       const std::string& databaseName) const {
+    const auto file = folder.FileOf(databaseName);
     if (!file) {
         LogError("Database '" + databaseName + "': the name is empty or too long");
         return nullptr;
     }
-    if (!m_folder->Make()) {
+    if (!folder.Make()) {
         const std::string reason = StringUtils::GetLastErrorAsString();
-        LogError("Database '" + databaseName + "': its directory '" + m_folder->GetPath() +
+        LogError("Database '" + databaseName + "': its directory '" + folder.GetPath() +
                  "' cannot be made: " + reason);
         return nullptr;
     }

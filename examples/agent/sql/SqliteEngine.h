@@ -34,7 +34,8 @@ public:
                const SqlRowVisitor& visitor) override;
 
 private:
-    std::unique_ptr<SqliteDatabase> OpenFile(const std::string& databaseName) const;
+    std::unique_ptr<SqliteDatabase> OpenFile(const DatabaseFolder& folder,
+                                             const std::string& databaseName) const;
     std::unique_ptr<SqliteDatabase> OpenInMemory(const std::string& databaseName);
     std::unique_ptr<SqliteDatabase> Take(const ISqliteDatabase* database);
     SqliteDatabase* Find(const ISqliteDatabase& database);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kMaxNotes = std::size_t{1} << 16;
 constexpr base::VersionTranslation kTranslation{0x0409, 0x04B0};
-constexpr std::string_view kOwner("Quillon", 8);
+constexpr std::string_view kOwner("Quillon\0", 8);
 
 template <class T>
 bool ReadRecord(const base::ReadBytesAt& read, std::uint64_t offset, T& value) {

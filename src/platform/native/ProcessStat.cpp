@@ -9,9 +9,9 @@ namespace quillon::platform {
 std::optional<ProcessStat> ReadProcessStat(pid_t process) {
     using Count = unsigned long long;
     const auto content = ReadProcessFile(process, "stat");
+    if (!content) return std::nullopt;
     // The program's name, in parentheses, may hold anything.
-    const auto nameStart = content ? content->find('(') : std::string::npos;
-    const auto nameEnd = content ? content->rfind(") ") : std::string::npos;
+    const auto nameStart = content->find('('), nameEnd = content->rfind(") ");
     if (nameStart == std::string::npos || nameEnd == std::string::npos) return std::nullopt;
     const std::string_view rest = std::string_view(*content).substr(nameEnd + 2);
     if (rest.empty()) return std::nullopt;

@@ -37,12 +37,14 @@ std::optional<std::string> ResolvedFolder(const std::string& path) {
 }
 
 std::optional<FileAttributes> AttributesOf(const std::string& path) {
-    const auto native = NativePath(path);
     struct ::stat status {};
+    const auto isThere = [&status](const std::optional<std::string>& name) {
+        return name && ::lstat(name->c_str(), &status) == 0;
+    };
+    const auto native = NativePath(path);
     // With a trailing separator lstat follows a link, and so says only that a directory is meant; the
     // attributes are those of the name without the separator.
-    const bool exists = native && ::lstat(native->c_str(), &status) == 0 &&
-                        (!native->ends_with('/') || ::lstat(NativeName(path)->c_str(), &status) == 0);
+    const bool exists = native && isThere(native) && (!native->ends_with('/') || isThere(NativeName(path)));
     if (!exists) {
         FailWithErrno();
         return std::nullopt;

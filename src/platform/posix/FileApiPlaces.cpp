@@ -101,7 +101,8 @@ bool SetCurrentFolder(const std::string& path) {
 }
 
 std::optional<std::string> CommonDataFolder() {
-    if (IsFolder(*NativePath(kCommonData))) return kCommonData;
+    const auto native = NativePath(kCommonData);
+    if (native && IsFolder(*native)) return kCommonData;
     errno = ENOENT;
     FailWithErrno();
     return std::nullopt;

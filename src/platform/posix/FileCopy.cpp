@@ -150,9 +150,11 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
         errno = EXDEV;
         return FailWithErrno();
     }
+    const auto fromName = NativeName(from), toName = NativeName(to);
+    if (!fromName || !toName) return FailWithErrno();
     Source source;
     Entry original, copy;
-    if (!original.Open(*NativeName(from)) || !copy.Open(*NativeName(to)) || !original.MayRemove() ||
+    if (!original.Open(*fromName) || !copy.Open(*toName) || !original.MayRemove() ||
         !source.Open(from, O_NOFOLLOW))
         return false;
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);

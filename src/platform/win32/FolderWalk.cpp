@@ -65,12 +65,14 @@ struct FolderWalk::State {
         std::size_t pathLength = 0;
     };
 
+    explicit State(Purpose chosen) : purpose(chosen) {}
+
     /// Goes to a directory: the start, or the path with a name behind it.
     bool Push(const std::wstring& folder, bool throughLink);
     [[nodiscard]] bool LiesHere(const std::wstring& finalName, const std::wstring& name) const;
     bool Remove(const std::string& name, bool isDirectory);
 
-    Purpose purpose;
+    const Purpose purpose;
     DWORD volumeName = VOLUME_NAME_DOS;  ///< of final paths; the kernel's where the volume has no drive
     std::wstring path;                   ///< with its trailing backslash
     std::vector<Level> levels;
@@ -124,7 +126,7 @@ bool FolderWalk::State::Remove(const std::string& name, bool isDirectory) {
 void FolderWalk::Drop::operator()(State* state) const noexcept { delete state; }
 
 std::optional<FolderWalk> FolderWalk::Open(const std::string& folder, Purpose purpose) {
-    OwnState state(new State{purpose, VOLUME_NAME_DOS, {}, {}});
+    OwnState state(new State(purpose));
     auto path = WidePath(folder);
     if (!path) return std::nullopt;
     if (path->ends_with(L':')) path->push_back(L'\\');  // a drive's root, not its current folder

@@ -105,7 +105,7 @@ int AwaitChild(pid_t child) {
 }
 
 std::string FaultOf(int status, const std::string& report) {
-    if (report == std::string_view("", 1)) return {};
+    if (report == std::string(1, '\0')) return {};
     if (!report.empty()) return "a constructor of it threw: " + report;
     if (WIFSIGNALED(status))
         return "loading it ends the process by the signal " + std::to_string(WTERMSIG(status));
