@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 #include "platform/win32/WindowsHeaders.h"
@@ -46,10 +47,11 @@ void HandleEnd() {
 
 // The system has no fork. Within a library the C runtime calls back when the library leaves the process.
 void HandleStages(const StageHandlers& handlers) {
-    auto* const added = new (std::nothrow) Installed{handlers, Latest()};
+    std::unique_ptr<Installed> added(new (std::nothrow) Installed{handlers, Latest()});
     if (added == nullptr || std::atexit(&HandleEnd) != 0) return;
-    while (!Latest().compare_exchange_weak(added->earlier, added)) {
+    while (!Latest().compare_exchange_weak(added->earlier, added.get())) {
     }
+    static_cast<void>(added.release());  // it stays as long as the library
 }
 
 }  // namespace quillon::platform
