@@ -157,6 +157,21 @@ TEST(AgentTool, WritesTablesInFurtherForms) {
         "A.B");
     EXPECT_EQ(named.str(),
               "# TYPE quillon_a_b_user_time gauge\nquillon_a_b_user_time{unit=\"ms\"} 5\n# EOF\n");
+    std::ostringstream odd;
+    VariantList row(Variant("a b", 123456789.25), Variant("a-b", 2),
+                    Variant("a_b", TimePoint(std::chrono::seconds(1'789'000'001))));
+    for (const char* label : {"1st", "x-y", "x y", "Row"}) row.Add(label, "t\xFF");
+    agent::WriteOpenMetrics(odd, DataTable(row), "A.B");
+    const std::string labels = "{_1st=\"t\uFFFD\",x_y=\"t\uFFFD\",x_y_2=\"t\uFFFD\",row_2=\"t\uFFFD\"} ";
+    EXPECT_EQ(odd.str(), "# TYPE quillon_a_b_a_b gauge\nquillon_a_b_a_b" + labels +
+                             "123456789.25\n# TYPE quillon_a_b_a_b_2 gauge\nquillon_a_b_a_b_2" + labels +
+                             "2\n# TYPE quillon_a_b_a_b_3 gauge\nquillon_a_b_a_b_3" + labels +
+                             "1789000001\n# EOF\n");
+    agent::WriteLines(lines, DataTable(VariantList(Variant("Steers",
+                                                           "\x9B"
+                                                           "2J"))));
+    EXPECT_EQ(lines.str(), "Steers = \uFFFD2J\n");
+    lines.str("");
     agent::WriteLines(lines, Sample());
     EXPECT_THAT(lines.str(),
                 AllOf(HasSubstr("        Pid = 7\nCommandLine = a|b\\n\"c\\\n         Up = true\n\n"),

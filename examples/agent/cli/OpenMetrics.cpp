@@ -1,13 +1,17 @@
 #include "cli/OpenMetrics.h"
 
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/TableText.h"
+#include "quillon/LogText.h"
 #include "quillon/TimePoint.h"
 
 namespace quillon::agent {
@@ -16,6 +20,7 @@ namespace {
 
 constexpr const char* kNameColumn = "Name";
 constexpr const char* kValueColumn = "Value";
+constexpr const char* kRowLabel = "row";  // tells rows with the same texts apart
 
 bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsPlain(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
@@ -36,9 +41,29 @@ std::string MetricName(const std::string& text) {
     return name;
 }
 
+/// Names that differ can give one metric name; within a row each stands for something of its own.
+class Names {
+public:
+    explicit Names(std::set<std::string> taken = {}) : m_taken(std::move(taken)) {}
+    std::string Take(const std::string& name) {
+        std::string own = name;
+        for (int number = 2; !m_taken.insert(own).second; ++number) own = name + '_' + std::to_string(number);
+        return own;
+    }
+
+private:
+    std::set<std::string> m_taken;
+};
+
+/// A label cannot begin with a digit.
+std::string LabelName(const std::string& text) {
+    const std::string name = MetricName(text);
+    return !name.empty() && name.front() <= '9' ? '_' + name : name;
+}
+
 std::string Escaped(const std::string& text) {
     std::string escaped;
-    for (const char c : text) {
+    for (const char c : LogText::RepairUtf8(text)) {
         if (c == '\\' || c == '"') escaped += '\\';
         escaped += c == '\n' ? "\\n" : std::string(1, c);
     }
@@ -48,7 +73,8 @@ std::string Escaped(const std::string& text) {
 std::string NumberText(double value) {
     if (std::isnan(value)) return "NaN";
     if (std::isinf(value)) return value > 0 ? "+Inf" : "-Inf";
-    return Variant(value).AsString();
+    char digits[32];
+    return std::string(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
 /// The cell's number; nothing for a text and a null.
@@ -64,11 +90,13 @@ std::optional<std::string> ValueOf(const Variant& cell) {
 
 std::string LabelsOf(const VariantList& row, bool isNamed) {
     std::string labels;
+    Names names({kRowLabel});
     for (const Variant& cell : row) {
         if (cell.IsNull() || !cell.TypeIs(typeid(std::string))) continue;
-        const std::string name = MetricName(cell.GetName());
+        const std::string name = LabelName(cell.GetName());
         if (name.empty() || (isNamed && cell.GetName() == kNameColumn)) continue;
-        labels += (labels.empty() ? "" : ",") + name + "=\"" + Escaped(cell.GetStringValue()) + '"';
+        labels +=
+            (labels.empty() ? "" : ",") + names.Take(name) + "=\"" + Escaped(cell.GetStringValue()) + '"';
     }
     return labels;
 }
@@ -80,7 +108,8 @@ public:
         auto [samples, isNew] = m_samples.try_emplace(name);
         if (isNew) m_order.push_back(name);
         if (!m_seen.insert(name + '{' + labels).second)
-            labels += (labels.empty() ? "row=\"" : ",row=\"") + std::to_string(row) + '"';
+            labels +=
+                (labels.empty() ? "" : ",") + std::string(kRowLabel) + "=\"" + std::to_string(row) + '"';
         samples->second += name + (labels.empty() ? "" : '{' + labels + '}') + ' ' + value + '\n';
     }
     void Write(std::ostream& stream) const {
@@ -110,12 +139,13 @@ void WriteOpenMetrics(std::ostream& stream, const DataTable& table, const std::s
     for (const VariantList& row : table) {
         const bool isNamed = IsNamed(row);
         const std::string labels = LabelsOf(row, isNamed);
+        Names names;
         for (const Variant& cell : row) {
             const std::optional<std::string> value = ValueOf(cell);
             if (!value) continue;
             const bool isValue = isNamed && cell.GetName() == kValueColumn;
             const std::string name = isValue ? row.Get(kNameColumn).GetStringValue() : cell.GetName();
-            gauges.Add(prefix + MetricName(name), labels, *value, number);
+            gauges.Add(names.Take(prefix + MetricName(name)), labels, *value, number);
         }
         ++number;
     }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "quillon/LogText.h"
+#include "common/ShownText.h"
 
 namespace quillon::agent {
 
@@ -23,7 +23,7 @@ std::string ForMarkdown(const std::string& text) {
             escaped += c;
         }
     }
-    return LogText::OneLine(escaped);
+    return TerminalText(escaped);
 }
 
 }  // namespace
@@ -36,9 +36,9 @@ void WriteLines(std::ostream& stream, const DataTable& table) {
         if (!isFirst) stream << '\n';
         isFirst = false;
         for (const Variant& cell : row) {
-            const std::string name = LogText::OneLine(cell.GetName());
+            const std::string name = TerminalText(cell.GetName());
             stream << std::string(width - std::min(width, name.size()), ' ') << name << " = "
-                   << (cell.IsNull() ? "" : LogText::OneLine(cell.AsString())) << '\n';
+                   << (cell.IsNull() ? "" : TerminalText(cell.AsString())) << '\n';
         }
     }
 }
