@@ -1,7 +1,5 @@
 #include "serve/LineSplitter.h"
 
-#include <algorithm>
-
 namespace quillon::agent {
 
 bool LineSplitter::Next(std::string_view& bytes, Line& line) {
@@ -24,7 +22,8 @@ void LineSplitter::Keep(std::string_view piece) {
         m_line.clear();
         m_isTooLong = m_isFinished = false;
     }
-    m_isTooLong = m_isTooLong || piece.size() > m_longest - std::min(m_longest, m_line.size());
+    const std::size_t room = m_longest + 1 - m_line.size();  // for a CR that belongs to the end as well
+    m_isTooLong = m_isTooLong || piece.size() > room;
     if (m_isTooLong) {
         m_line = {};  // gives the memory back
     } else {
@@ -34,6 +33,10 @@ void LineSplitter::Keep(std::string_view piece) {
 
 void LineSplitter::Finish(Line& line) {
     if (m_line.ends_with('\r')) m_line.pop_back();
+    if (m_line.size() > m_longest) {
+        m_line = {};
+        m_isTooLong = true;
+    }
     line = {m_line, m_isTooLong};
     m_isFinished = true;
 }
