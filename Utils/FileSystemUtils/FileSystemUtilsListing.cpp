@@ -85,7 +85,9 @@ std::uint32_t FileSystemUtils::FindFiles(const std::wstring& pattern, std::vecto
 
 std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::string& pattern,
                                                          std::vector<std::string>* files) {
-    if (pattern.find('%') == std::string::npos) return FindFiles(pattern, files);
+    // The expansion would end at a NUL, for which the pattern is refused.
+    if (pattern.find('%') == std::string::npos || pattern.find('\0') != std::string::npos)
+        return FindFiles(pattern, files);
     // The narrow expansion works in the ANSI code page, and the pattern is UTF-8.
     const std::wstring expanded = StringUtils::ExpandEnvironmentVariables(base::ToWide(pattern));
     return FindFiles(base::ToUtf8(expanded), files);
@@ -93,6 +95,7 @@ std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::string& patt
 
 std::uint32_t FileSystemUtils::FindFilesExpandingEnvVars(const std::wstring& pattern,
                                                          std::vector<std::wstring>* files) {
+    if (pattern.find(L'\0') != std::wstring::npos) return FindFiles(pattern, files);
     return FindFiles(StringUtils::ExpandEnvironmentVariables(pattern), files);
 }
 

@@ -31,6 +31,9 @@ TEST_F(FileSystemNamesTest, PathWithANulIsRefusedWhole) {
         {"is directory", [&] { return FS::IsDirectory(dir.Path() + "\0x"s); }},
         {"size", [&] { return FS::GetFileSizeInBytes(bad) != 0; }},
         {"find", [&] { return FS::FindFiles(bad, nullptr) != 0; }},
+        {"find, expanding", [&] { return FS::FindFilesExpandingEnvVars(bad + '%', nullptr) != 0; }},
+        {"find, expanding wide",
+         [&] { return FS::FindFilesExpandingEnvVars(StringUtils::NarrowStringToWide(bad), nullptr) != 0; }},
         {"list",
          [&] {
              std::vector<std::string> files;

@@ -183,6 +183,8 @@ TEST_F(ServedClient, GetsAnAnswerForEachLineWhateverItHolds) {
          2, "array of objects; Missing parameter 'mask'; Undefined parameter named 'x'"},
         {"NUL in a host", R"({"method":"Network.Resolve","parameters":{"host":"localhost\u0000.x"}})", 2,
          "must have no zero byte"},
+        {"NUL in a pattern", R"({"method":"Files.Find","parameters":{"path":"/\u0000x"}})", 2,
+         "must have no zero byte"},
         {"NUL in a channel", R"({"method":"EventLog.Query","parameters":{"channel":"Quillon\u0000x"}})", 3,
          "The parameter is incorrect"},
         {"NUL in a query",
