@@ -19,10 +19,11 @@ struct Board {
     std::atomic<std::uint64_t> isForEver;   ///< whether each one after it does
     std::atomic<std::uint64_t> showsPlace;  ///< whether it is told on standard error where the call was
     std::atomic<std::int64_t> ahead;        ///< seconds by which the clock of the day goes ahead
-    // What the process holds; only written on Windows, where nobody outside Wine sees it:
+    // What the process holds, on Windows, where nobody outside Wine sees it:
     std::atomic<std::uint64_t> handles;
     std::atomic<std::uint64_t> threads;
-    std::atomic<std::uint64_t> looks;  ///< how often the two were counted
+    std::atomic<std::uint64_t> asked;     ///< set by who wants to know
+    std::atomic<std::uint64_t> answered;  ///< the same once the two are counted
 };
 
 enum class Answer { Pass, Refuse, RefuseAndShow };

@@ -2,11 +2,12 @@
 
 import mmap
 import struct
+import time
 
 KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "clock"]
 (_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS, _AHEAD,
- _HANDLES, _THREADS, _LOOKS) = range(len(KINDS), len(KINDS) + 10)
-SIZE = 8 * (_LOOKS + 1)
+ _HANDLES, _THREADS, _ASKED, _ANSWERED) = range(len(KINDS), len(KINDS) + 11)
+SIZE = 8 * (_ANSWERED + 1)
 
 
 class Board:
@@ -52,17 +53,15 @@ class Board:
     def live(self):
         return self._get(_LIVE)
 
-    @property
-    def handles(self):
-        return self._get(_HANDLES)
-
-    @property
-    def threads(self):
-        return self._get(_THREADS)
-
-    @property
-    def looks(self):
-        return self._get(_LOOKS)
+    def held(self):
+        """Asks the launcher for the numbers of handles and threads."""
+        question = self._get(_ASKED) + 1
+        self._set(_ASKED, question)
+        for _ in range(500):
+            if self._get(_ANSWERED) == question:
+                break
+            time.sleep(0.02)
+        return self._get(_HANDLES), self._get(_THREADS)
 
     def close(self):
         self._map.close()

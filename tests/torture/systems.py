@@ -3,7 +3,6 @@
 import os
 import shutil
 import subprocess
-import time
 
 
 class Native:
@@ -76,13 +75,7 @@ class Windows(Native):
         return "\n".join(lines)
 
     def held(self, _process, board):
-        """What the launcher counts from now on."""
-        first = board.looks
-        for _ in range(500):
-            if board.looks > first + 1:
-                break
-            time.sleep(0.02)
-        return board.handles, board.threads
+        return board.held()
 
 
 def system(options):

@@ -2,7 +2,8 @@
 // code:
 //   quillon_refuser PROGRAM [ARGUMENT...]
 // The code is 100 when the program crashed, and 101 when it could not be started. While it runs, the launcher
-// writes into the file REFUSE_FILE (Board.h) what it holds; it ends with the launcher, however that ends.
+// tells in the file REFUSE_FILE (Board.h) what it holds, when asked; it ends with the launcher, however that
+// ends.
 #include <windows.h>
 
 #include <winternl.h>
@@ -69,8 +70,21 @@ Board* MapBoard() {
     return static_cast<Board*>(::MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Board)));
 }
 
-/// The list of all processes is where Wine tells the number of handles.
-void Count(DWORD process, Board& board) {
+/// Wine tells the size of the table of handles: which of them are open shows when they are copied.
+std::uint64_t CountHandles(HANDLE process, ULONG tableSize) {
+    std::uint64_t count = 0;
+    for (ULONG_PTR value = 1; value <= ULONG_PTR{tableSize} * 4; ++value) {
+        HANDLE copy = nullptr;
+        if (!::DuplicateHandle(process, reinterpret_cast<HANDLE>(value * 4), ::GetCurrentProcess(), &copy, 0,
+                               FALSE, DUPLICATE_SAME_ACCESS))
+            continue;
+        ::CloseHandle(copy);
+        ++count;
+    }
+    return count;
+}
+
+void Count(const PROCESS_INFORMATION& process, Board& board) {
     static std::vector<char> list(1 << 20);
     ULONG size = 0;
     if (::NtQuerySystemInformation(SystemProcessInformation, list.data(), static_cast<ULONG>(list.size()),
@@ -79,20 +93,26 @@ void Count(DWORD process, Board& board) {
     const char* place = list.data();
     for (;;) {
         const auto& entry = *reinterpret_cast<const SYSTEM_PROCESS_INFORMATION*>(place);
-        if (reinterpret_cast<ULONG_PTR>(entry.UniqueProcessId) == process) {
+        if (reinterpret_cast<ULONG_PTR>(entry.UniqueProcessId) == process.dwProcessId) {
             board.threads = entry.NumberOfThreads;
-            board.handles = entry.HandleCount;
-            ++board.looks;
+            board.handles = CountHandles(process.hProcess, entry.HandleCount);
         }
         if (entry.NextEntryOffset == 0) return;
         place += entry.NextEntryOffset;
     }
 }
 
+void Answer(const PROCESS_INFORMATION& process, Board& board) {
+    const std::uint64_t asked = board.asked;
+    if (asked == board.answered) return;
+    Count(process, board);
+    board.answered = asked;
+}
+
 DWORD Await(const PROCESS_INFORMATION& process) {
     Board* const board = MapBoard();
     while (::WaitForSingleObject(process.hProcess, kPauseMs) == WAIT_TIMEOUT)
-        if (board != nullptr) Count(process.dwProcessId, *board);
+        if (board != nullptr) Answer(process, *board);
     DWORD code = kNotStarted;
     ::GetExitCodeProcess(process.hProcess, &code);
     return code;
