@@ -1,6 +1,6 @@
 #include "serve/CallPool.h"
 
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "quillon/ThreadUtils.h"
@@ -12,7 +12,7 @@ CallPool::CallPool(std::size_t threads) {
     m_threads.reserve(threads);
     try {
         while (m_threads.size() < threads) m_threads.emplace_back([this] { Work(); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {  // no thread, or no memory for one
         if (m_threads.empty()) throw;  // with fewer threads calls wait longer
     }
 }
