@@ -43,6 +43,7 @@ HRESULT Change(const VARIANT& value, VARTYPE type, _variant_t& changed) {
     _variant_t source(value);  // the system's takes one that it might change
     const HRESULT result = VariantChangeTypeEx(&changed, &source, LOCALE_INVARIANT, 0, type);
     if (SUCCEEDED(result)) return S_OK;
+    if (result == E_OUTOFMEMORY) throw std::bad_alloc();  // nothing is said about the value
     return result == DISP_E_OVERFLOW ? Code(WBEM_E_VALUE_OUT_OF_RANGE) : Code(WBEM_E_TYPE_MISMATCH);
 }
 
