@@ -2,11 +2,16 @@
 // beforehand, holds the orders and the counts (Board.h) and stays whatever becomes of the process;
 // whoever drives it may change the orders at any time. Calls are counted from the beginning of main().
 // Children of the process are spared.
+#include <dirent.h>
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <ifaddrs.h>
+#include <netdb.h>
+#include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -50,23 +55,38 @@ void ShowPlace() {
     ::backtrace_symbols_fd(frames, ::backtrace(frames, 64), STDERR_FILENO);
 }
 
-void ShowEnd(int) {
+void ShowEnd(int number) {
     isArmed = false;
     ShowPlace();
-    ::_exit(128 + SIGABRT);
+    ::signal(number, SIG_DFL);
+    ::raise(number);
+}
+
+/// Where the module of an address begins.
+std::uintptr_t BaseOf(void* address) {
+    dl_find_object module{};
+    return ::_dl_find_object(address, &module) == 0 ? reinterpret_cast<std::uintptr_t>(module.dlfo_map_start)
+                                                    : 0;
+}
+
+[[gnu::noinline]] std::uint64_t Place() {
+    void* frames[96];
+    return PlaceOf(frames, ::backtrace(frames, 96), &BaseOf);
+}
+
+void ShowRefused() {
+    isArmed = false;
+    for (const int number : {SIGABRT, SIGSEGV}) ::signal(number, &ShowEnd);
+    ShowPlace();
+    isArmed = true;
 }
 
 /// Counts a call and says whether it fails; errno is then set.
 bool Refuse(Kind kind, int error) {
     if (!isArmed.load(std::memory_order_relaxed)) return false;
-    const Answer answer = Count(*board, kind);
+    const Answer answer = Count(*board, kind, &Place);
     if (answer == Answer::Pass) return false;
-    if (answer == Answer::RefuseAndShow) {
-        isArmed = false;
-        ::signal(SIGABRT, &ShowEnd);
-        ShowPlace();
-        isArmed = true;
-    }
+    if (answer == Answer::RefuseAndShow) ShowRefused();
     errno = error;
     return true;
 }
@@ -193,6 +213,9 @@ int __openat64_2(int folder, const char* path, int flags) { return OpenAt(folder
     }
 FORWARD(Open, EMFILE, nullptr, std::FILE*, fopen, (const char* path, const char* mode), (path, mode))
 FORWARD(Open, EMFILE, nullptr, std::FILE*, fopen64, (const char* path, const char* mode), (path, mode))
+FORWARD(Open, EMFILE, nullptr, DIR*, opendir, (const char* path), (path))
+FORWARD(Open, ENOMEM, nullptr, DIR*, fdopendir, (int folder), (folder))
+FORWARD(Open, EMFILE, -1, int, eventfd, (unsigned count, int flags), (count, flags))
 FORWARD(Open, EMFILE, -1, int, pipe, (int ends[2]), (ends))
 FORWARD(Open, EMFILE, -1, int, pipe2, (int ends[2], int flags), (ends, flags))
 FORWARD(Read, EIO, -1, ssize_t, read, (int file, void* to, std::size_t size), (file, to, size))
@@ -267,6 +290,33 @@ FORWARD(Socket, ENOBUFS, -1, ssize_t, send, (int file, const void* from, std::si
         (file, from, size, flags))
 FORWARD(Socket, ENOBUFS, -1, ssize_t, recv, (int file, void* to, std::size_t size, int flags),
         (file, to, size, flags))
+
+FORWARD(Socket, ENOMEM, -1, int, poll, (pollfd * waited, nfds_t count, int limit), (waited, count, limit))
+FORWARD(Socket, ENOBUFS, -1, ssize_t, sendto,
+        (int file, const void* from, std::size_t size, int flags, const sockaddr* to, socklen_t toSize),
+        (file, from, size, flags, to, toSize))
+FORWARD(Socket, EMFILE, -1, int, getifaddrs, (ifaddrs * *list), (list))
+
+// --- Look-ups: what they answer without the system ---
+
+int RefuseLookup() {
+    if (Refuse(LookupLater, 0)) return EAI_AGAIN;
+    if (Refuse(LookupMemory, ENOMEM)) return EAI_MEMORY;
+    return Refuse(LookupSystem, EMFILE) ? EAI_SYSTEM : 0;
+}
+
+int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** list) {
+    NEXT(getaddrinfo);
+    const int code = RefuseLookup();
+    return code != 0 ? code : next(node, service, hints, list);
+}
+
+int getnameinfo(const sockaddr* address, socklen_t size, char* host, socklen_t hostSize, char* service,
+                socklen_t serviceSize, int flags) {
+    NEXT(getnameinfo);
+    const int code = RefuseLookup();
+    return code != 0 ? code : next(address, size, host, hostSize, service, serviceSize, flags);
+}
 
 // --- The clock of the day; the other one cannot fail ---
 

@@ -1,13 +1,18 @@
 """The orders and counts that lie between the driver and a process whose calls are refused (Board.h)."""
 
+import collections
 import mmap
 import struct
 import time
 
-KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "clock"]
-(_REFUSED, _LIVE, _KIND, _CALL, _FOR_EVER, _SHOWS, _AHEAD,
- _HANDLES, _THREADS, _ASKED, _ANSWERED) = range(len(KINDS), len(KINDS) + 11)
-SIZE = 8 * (_ANSWERED + 1)
+KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "look-up later",
+         "look-up memory", "look-up system", "clock"]
+(_REFUSED, _LIVE, _KIND, _CALL, _PLACE, _FOR_EVER, _SHOWS, _NOTES, _AHEAD, _HANDLES, _THREADS, _ASKED,
+ _ANSWERED, _PLACES) = range(len(KINDS), len(KINDS) + 14)
+MOST_PLACES = 1 << 16
+SIZE = 8 * (_PLACES + MOST_PLACES)
+ANY = 1 << 60  # a call that no run reaches
+Call = collections.namedtuple("Call", "number place", defaults=[0])
 
 
 class Board:
@@ -24,7 +29,7 @@ class Board:
     def _set(self, index, value):
         struct.pack_into("<q", self._map, 8 * index, value)
 
-    def order(self, kind, call, for_ever, shows=False):
+    def order(self, kind, call, for_ever=False, shows=False, notes=False):
         """Counts anew, and has calls of the kind refused from now on."""
         self.lift()
         for index in range(len(KINDS)):
@@ -33,7 +38,9 @@ class Board:
         self._set(_KIND, KINDS.index(kind))
         self._set(_FOR_EVER, int(for_ever))
         self._set(_SHOWS, int(shows))
-        self._set(_CALL, call)
+        self._set(_NOTES, int(notes))
+        self._set(_PLACE, call.place)
+        self._set(_CALL, call.number)
 
     def lift(self):
         self._set(_CALL, 0)
@@ -44,6 +51,10 @@ class Board:
 
     def made(self, kind):
         return self._get(KINDS.index(kind))
+
+    def places(self, kind):
+        """Returns what tells the call stacks of the calls apart, when they were noted."""
+        return [self._get(_PLACES + index) for index in range(min(self.made(kind), MOST_PLACES))]
 
     @property
     def refused(self):

@@ -12,16 +12,16 @@ CODES = {0, 1, 2, 3, 6, 7}
 
 
 class Scenario:
-    """One method. `fixed`: the answer of a call that succeeds is always the same. `wine`: it can be run there.
-
-    `nullable`: the columns that are null, as the method documents, where something cannot be told.
-    """
+    """One method. `fixed`: the answer of a call that succeeds is always the same. `socket`: it is asked for there.
+    `wine`: it can be run there. `nullable`: the columns that are null, as the method documents, where something
+    cannot be told."""
 
     def __init__(self, method, parameters="", fixed=True, options="", prepare=None, check=None, served=True,
-                 wine=True, nullable=()):
+                 socket=False, wine=True, nullable=()):
         self.name, self.parameters, self.fixed, self.options = method, parameters, fixed, options
-        self.prepare, self.check, self.served, self.wine = prepare, check, served, wine
-        self.nullable = nullable
+        self.prepare, self.check, self.served, self.socket = prepare, check, served, socket
+        self.wine, self.nullable = wine, nullable
+        self.as_process = not method.endswith("served")
 
     def agrees(self, answer, expected):
         """Compares two answers in JSON."""
@@ -47,9 +47,12 @@ class Scenario:
         return [part.split("=", 1) for part in text.split("|") if part]
 
     def command(self, folder, system):
+        extra = ["--data", system.path(folder), *self.extra(folder, system)]
+        if self.socket:
+            return ["serve", "--listen", f"{folder}/socket", *extra]
         method = self.name.split(" ")[0]
         return ["run", method, *("=".join(pair) for pair in self.pairs(folder, system)), "--format", "json",
-                "--data", system.path(folder), *self.extra(folder, system)]
+                *extra]
 
     def request(self, folder, system, number):
         pairs = self.pairs(folder, system)
@@ -161,6 +164,7 @@ def scenarios():
         Scenario("Files.Read", "path={dir}/texts/b.txt|lines=true", prepare=_texts),
         Scenario("Certificates.List", "folder={dir}/certificates", prepare=_certificate, fixed=False),
         Scenario("Network.Resolve", "host=localhost|timeout=5"),
+        Scenario("Network.Adapters"),
         Scenario("Network.InRange", "address=10.0.0.5|ranges=10.0.0.1-10.0.0.9,fe80::/10"),
         Scenario("Processes.List", "{pid}", fixed=False),
         Scenario("EventLog.Query", "channel=Quillon|max=10", fixed=False, wine=False),
@@ -168,6 +172,7 @@ def scenarios():
         Scenario("Audit.Hold", "subcategory=0cce922b-69ae-11d9-bed3-505054503030|seconds=0", wine=False),
         Scenario("System.Info", fixed=False),
         Scenario("System.Metrics", fixed=False),
+        Scenario("Network.Resolve at a socket", "host=localhost|timeout=5", socket=True, wine=False),
         Scenario("Commands.Run with a log", "command=cmd /c echo one", options="--log {dir}/agent.log --level trace",
                  prepare=_full_log, check=_is_log_kept, served=False, fixed=False),
         Scenario("Commands.Run with JSON log", "command=cmd /c echo one", prepare=_full_log, check=_is_log_kept,

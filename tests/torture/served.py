@@ -4,18 +4,21 @@ import json
 import os
 import queue
 import subprocess
+import sys
 import tempfile
 import threading
 import time
 
-from board import Board
+from board import ANY, Board, Call
 from scenarios import served_rows
+from sockets import exchange
 
 ANSWER_LIMIT = 30  # seconds
-WITHOUT_MEMORY = 0.5  # seconds after which calls are let through again when there was no answer
+WITHOUT = 0.1  # seconds, and three times what a call takes, after which calls are let through when there is no answer
+SAYS_WITHIN = 5  # seconds after which nothing is expected to be said any more
+ENDS_WITHIN = 10  # seconds for what goes on in the background
 WARM_UP = 12  # calls until what is made once is made
 LEFT_BEHIND = 60  # blocks that caches may hold more
-DRAIN = 1  # descriptor that the drain of pipes makes when it is needed first, and keeps
 
 
 class Broken(Exception):
@@ -32,6 +35,7 @@ class Agent:
         command = [*self.system.agent, "serve", "--data", self.system.path(folder), *extra]
         self.process = subprocess.Popen(command, env=self.system.environment(self.board), stdin=subprocess.PIPE,
                                         stdout=subprocess.PIPE, stderr=self.errors)
+        self.seen = 0
         self.lines = queue.Queue()
         threading.Thread(target=self._read, daemon=True).start()
 
@@ -63,16 +67,35 @@ class Agent:
         self.ask(request)
         return self.answer()
 
-    def figures(self):
-        """Descriptors, threads, and blocks of memory, once they do not change any more."""
-        before = None
-        for _ in range(100):
+    def figures(self, most=None):
+        """Descriptors, threads, and blocks of memory, once they do not change any more. Threads beyond the most
+        that there should be are given time to end: what they do in the background may just be ending."""
+        before, end = None, time.monotonic() + ENDS_WITHIN
+        while time.monotonic() < end:
             now = *self.system.held(self.process, self.board), self.board.live
-            if now == before:
+            if now == before and (most is None or now[1] <= most):
                 break
             before = now
             time.sleep(0.02)
         return now
+
+    def threads(self):
+        return self.system.threads(self.process)
+
+    def listen(self):
+        """From here on said() tells."""
+        self.seen = os.path.getsize(self.errors.name)
+
+    def said(self):
+        """Returns what the agent has said on standard error; it may come later than the end of a connection."""
+        end = time.monotonic() + SAYS_WITHIN
+        with open(self.errors.name, encoding="utf-8", errors="replace") as errors:
+            errors.seek(self.seen)
+            text = errors.read()
+            while not text.endswith("\n") and time.monotonic() < end:
+                time.sleep(0.01)
+                text += errors.read()
+        return text.strip()
 
     def said_why(self, code):
         """A client that the agent cannot read from, or answer, is the end of one that serves nobody else."""
@@ -95,6 +118,33 @@ class Agent:
         return self.process.returncode
 
 
+class SocketAgent(Agent):
+    """Serves at a Unix socket; each request has a connection of its own."""
+
+    def __init__(self, options, folder, extra):
+        self.path = os.path.join(folder, "socket")
+        super().__init__(options, folder, ["--listen", self.path, *extra])
+        self.request = None
+
+    def ask(self, request):
+        self.request = request
+        self.listen()
+
+    def answer(self, limit=ANSWER_LIMIT):
+        """A connection that is closed is a failure, whose message is what the agent says about it."""
+        bytes_read = exchange(self.path, self.request, self.process, limit)
+        if bytes_read:
+            return json.loads(bytes_read)
+        if bytes_read is None or self.process.poll() is not None:
+            return None if self.process.poll() is None else False
+        self.board.lift()  # to say why may take what is refused
+        return {"id": self.request["id"], "code": 3, "message": self.said()}
+
+    def end(self):
+        self.process.terminate()
+        return super().end()
+
+
 class Torture:
     """One method, one kind of calls, once or from one on."""
 
@@ -106,10 +156,12 @@ class Torture:
         self.start()
 
     def start(self):
-        extra = self.scenario.extra(self.folder, self.options.system)
-        self.agent = Agent(self.options, self.folder, extra)
+        kind = SocketAgent if self.scenario.socket else Agent
+        self.agent = kind(self.options, self.folder, self.scenario.extra(self.folder, self.options.system))
         for _ in range(WARM_UP):
+            begin = time.monotonic()
             answer = self.clean_call()
+        self.patience = WITHOUT + 3 * (time.monotonic() - begin)
         self.expected = json.dumps(answer["table"])
         first = self.agent.figures()
         for _ in range(WARM_UP):
@@ -134,18 +186,18 @@ class Torture:
         if answer and answer["code"] == 0:
             self.acknowledged.append(request["id"])
 
-    def count(self, kind):
-        """Returns how many calls of the kind one request takes."""
-        self.agent.board.order(kind, 1 << 60, False)  # a call that is never reached
+    def places(self, kind):
+        """Returns where the calls of the kind are made that one request takes; 0 when nobody asks for it."""
+        self.agent.board.order(kind, Call(ANY), notes=self.options.all)
         self.clean_call()
-        return self.agent.board.made(kind)
+        return self.agent.board.places(kind)
 
     def run(self, kind, call, for_ever, shows=False):
         request = self.request()
         board = self.agent.board
         board.order(kind, call, for_ever, shows)
         self.agent.ask(request)
-        answer = self.agent.answer(WITHOUT_MEMORY if for_ever else ANSWER_LIMIT)
+        answer = self.agent.answer(self.patience if for_ever else ANSWER_LIMIT)
         board.lift()
         if answer is None and for_ever:  # it need not be able to answer before
             answer = self.agent.answer()
@@ -181,18 +233,23 @@ class Torture:
     def left_behind(self):
         for _ in range(WARM_UP):
             self.clean_call()
-        after = self.agent.figures()
+        handles, threads = self.options.system.spare
+        after = self.agent.figures(self.before[1] + threads)
         names = ("descriptors", "threads", "blocks of memory")
-        allowed = (DRAIN, self.options.system.pool, LEFT_BEHIND + self.growth * (self.number - self.counted))
-        return [f"{name}: {now} instead of {then}" for name, then, now, more in
+        allowed = (handles, threads, LEFT_BEHIND + self.growth * (self.number - self.counted))
+        left = [f"{name}: {now} instead of {then}" for name, then, now, more in
                 zip(names, self.before, after, allowed) if now > then + more]
+        return left + self.agent.threads() if after[1] > self.before[1] + threads else left
 
 
-def torture_kind(torture, kind, calls, for_ever, report):
+def torture_kind(torture, kind, calls, for_ever, report, order):
     name = torture.scenario.name
-    for call in calls:
+    for call in order.in_time(calls):
         request, answer = torture.run(kind, call, for_ever)
         fault = torture.judge(request, answer)
+        if torture.agent.board.refused == 0 and answer and not fault:
+            report.miss(kind)
+            continue
         report(name, kind, for_ever, call, fault, bool(answer) and answer["code"] == 0)
         if not answer:
             torture.restart()
@@ -203,27 +260,30 @@ def torture_kind(torture, kind, calls, for_ever, report):
         if not left:
             torture.restart()
     if left:
-        report(name, kind, for_ever, calls, ("leak", ", ".join(left)), False)
+        report(name, kind, for_ever, calls[-1], ("leak", ", ".join(left)), False)
         torture.restart()
 
 
-def torture_served(options, scenario, sample, report, order):
+def torture_served(options, scenario, choose, report, order):
+    begin = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="torture-") as folder:
         torture = Torture(options, scenario, folder)
         for kind in order.kinds:
-            count = torture.count(kind)
+            places = torture.places(kind)
             for for_ever in (False, True):
-                calls = sample(count, options, f"served {scenario.name} {kind} {for_ever}")
+                known = report.known["served", kind, for_ever]
+                calls = choose(places, options, f"served {scenario.name} {kind} {for_ever}", known)
                 if calls:
-                    torture_kind(torture, kind, calls, for_ever, report)
-            if count > 0 and order.is_over():
+                    torture_kind(torture, kind, calls, for_ever, report, order)
+            if places and order.is_over():
                 break
         if torture.agent.end() != 0:
-            report(scenario.name, "memory", False, 0, ("hang", "does not end"), False)
+            report(scenario.name, "memory", False, Call(0), ("hang", "does not end"), False)
+        print(f"{scenario.name}, served: {time.monotonic() - begin:.0f} s", file=sys.stderr, flush=True)
         if scenario.name.endswith("served"):
             faults = served_rows(folder, torture.acknowledged)
             if faults:
-                report(scenario.name, "write", False, 0, ("loss", "; ".join(faults)), False)
+                report(scenario.name, "write", False, Call(0), ("loss", "; ".join(faults)), False)
 
 
 def show_served(options, scenario, folder, order):

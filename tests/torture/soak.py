@@ -78,8 +78,8 @@ class Soak:
         while self.waiting:
             self.take()
 
-    def figures(self):
-        return (*self.agent.figures(), resident(self.agent.process.pid), len(os.listdir(self.folder)))
+    def figures(self, most=None):
+        return (*self.agent.figures(most), resident(self.agent.process.pid), len(os.listdir(self.folder)))
 
 
 def parse():
@@ -107,10 +107,12 @@ def main():
             if first is None and part >= options.warm_up:
                 first = soak.figures()
                 print("descriptors, threads, blocks, resident bytes, files:", first, "after", soak.number, flush=True)
-        last = soak.figures()
+        last = soak.figures(first[1] if first else None)
         print("descriptors, threads, blocks, resident bytes, files:", last, "after", soak.number, "calls in",
               round(time.monotonic() - begin), "s,", soak.failures, "failed,", len(soak.rolled), "roll-overs,",
               round(soak.hours[-1][0] / HOUR, 1), "hours on the agent's clock")
+        if last[1] > first[1]:
+            print("threads:", *soak.agent.threads())
         grown = [last[0] > first[0] + 1, last[1] > first[1], last[3] > first[3] + MEMORY, last[4] > first[4] + 6]
         return 1 if any(grown) or soak.failures or soak.agent.end() != 0 else 0
 

@@ -9,7 +9,7 @@ class Native:
     """The library stands in front of the C library's (Refusal.cpp)."""
 
     name = "Linux"
-    pool = 0  # threads that the system keeps for the process as long as it likes
+    spare = 0, 0  # handles and threads that the system keeps for the process as long as it likes
     words = {"process": "ProcessId = 1", "pid": "pid=1"}
 
     def __init__(self, options):
@@ -35,12 +35,21 @@ class Native:
         place = f"/proc/{process.pid}"
         return len(os.listdir(f"{place}/fd")), len(os.listdir(f"{place}/task"))
 
+    def threads(self, process):
+        """Returns the names of its threads, each with what it waits for."""
+        texts = []
+        for thread in sorted(os.listdir(f"/proc/{process.pid}/task"), key=int):
+            place = f"/proc/{process.pid}/task/{thread}"
+            with open(f"{place}/comm", encoding="utf-8") as comm, open(f"{place}/wchan", encoding="ascii") as wchan:
+                texts.append(f"{comm.read().strip()} ({wchan.read()})")
+        return texts
+
 
 class Windows(Native):
     """The launcher (win32/Launcher.cpp) has the agent load the library, and says what the agent holds."""
 
     name = "Windows"
-    pool = 2
+    spare = 1, 2
     words = {"process": "Name = 'services.exe'", "pid": ""}
     CRASHED, NOT_STARTED = 100, 101
 
@@ -76,6 +85,10 @@ class Windows(Native):
 
     def held(self, _process, board):
         return board.held()
+
+    def threads(self, _process):
+        """Nobody outside Wine can name them."""
+        return []
 
 
 def system(options):

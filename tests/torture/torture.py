@@ -9,6 +9,7 @@ says why it failed, answers correctly when it says that it did, and keeps what i
 import argparse
 import collections
 import concurrent.futures
+import json
 import os
 import random
 import shutil
@@ -17,18 +18,21 @@ import sys
 import tempfile
 import time
 
-from board import KINDS, Board
+from board import ANY, KINDS, Board, Call
 from scenarios import CODES, scenarios
 from served import show_served, torture_served
+from sockets import run_server
 from systems import system
 
 LIMIT = 60  # seconds for one run
-NEVER = 1 << 60  # a call that no run reaches
 Run = collections.namedtuple("Run", "code output errors")
 
 
 def run_agent(options, scenario, folder, board):
     """None when the agent does not end."""
+    if scenario.socket:
+        served = run_server(options, scenario, folder, board, LIMIT)
+        return served and Run(*served)
     command = [*options.system.agent, *scenario.command(folder, options.system)]
     try:
         done = subprocess.run(command, env=options.system.environment(board), stdin=subprocess.DEVNULL,
@@ -36,6 +40,12 @@ def run_agent(options, scenario, folder, board):
     except subprocess.TimeoutExpired:
         return None
     return Run(done.returncode, done.stdout, done.stderr)
+
+
+def is_success(scenario, run):
+    if run is None or run.code != 0:
+        return False
+    return not scenario.socket or (run.output != b"" and json.loads(run.output)["code"] == 0)
 
 
 def judge(system_, scenario, folder, run, expected):
@@ -46,6 +56,9 @@ def judge(system_, scenario, folder, run, expected):
         return "crash", f"code {run.code}: {run.errors[-300:]!r}"
     if run.code not in CODES or (run.code != 0 and not run.errors.strip()):
         return "unclear", f"code {run.code}, message {run.errors!r}"
+    if run.code == 0 and scenario.socket and not is_success(scenario, run):
+        said = json.loads(run.output)["message"] if run.output else run.errors.strip()
+        return None if said else ("unclear", f"{run.output!r}, and nothing says why")
     if run.code == 0 and not scenario.agrees(run.output, expected):
         return "wrong", f"{run.output[:300]!r} {run.errors[:300]!r}"
     faults = scenario.check(folder, run.code) if scenario.check else []
@@ -60,7 +73,7 @@ class Process:
         # The paths in the answers must be the same in every run: the directory keeps its name.
         self.folder = os.path.join(work, "run")
         self.board = Board(os.path.join(work, "board"))
-        clean = self.run("spawn", NEVER, False)  # counts as it will be done then
+        clean = self.run("spawn", Call(ANY), False)  # counts as it will be done then
         if clean is None or clean.code != 0:
             raise RuntimeError(f"{scenario.name} fails when nothing is refused: {clean}")
         if self.board.made("memory") == 0:
@@ -68,27 +81,53 @@ class Process:
         self.expected = clean.output
         self.counts = {kind: self.board.made(kind) for kind in KINDS}
 
-    def run(self, kind, call, for_ever, shows=False):
+    def run(self, kind, call, for_ever, shows=False, notes=False):
         shutil.rmtree(self.folder, ignore_errors=True)
         os.makedirs(self.folder, mode=0o700)
         if self.scenario.prepare:
             self.scenario.prepare(self.folder)
-        self.board.order(kind, call, for_ever, shows)
+        self.board.order(kind, call, for_ever, shows, notes)
         return run_agent(self.options, self.scenario, self.folder, self.board)
+
+    def places(self, kind):
+        """Returns where each call of the kind is made; 0 when nobody asks for it."""
+        if self.counts[kind] == 0 or not self.options.all:
+            return [0] * self.counts[kind]
+        self.run(kind, Call(ANY), False, notes=True)
+        return self.board.places(kind)
 
     def torture(self, kind, calls, for_ever, report):
         for call in calls:
             run = self.run(kind, call, for_ever)
             fault = judge(self.options.system, self.scenario, self.folder, run, self.expected)
-            report(self.scenario.name, kind, for_ever, call, fault, run is not None and run.code == 0)
+            if self.board.refused == 0 and not fault:
+                report.miss(kind)
+                continue
+            report(self.scenario.name, kind, for_ever, call, fault, is_success(self.scenario, run))
 
 
 def sample(count, options, salt):
-    """Returns the numbers of the calls to refuse: all, or some, the first and the last among them."""
-    if options.all or count <= options.sample:
+    """Returns some numbers of `count`, the first and the last among them."""
+    if count <= options.sample:
         return list(range(1, count + 1))
     chosen = random.Random(f"{options.seed} {salt}").sample(range(2, count), max(options.sample - 2, 0))
     return sorted([1, count, *chosen])[: max(options.sample, 1)]
+
+
+def choose(places, options, salt, known):
+    """Returns the calls to refuse: each, the first of each call stack that is not known with a sample of the
+    others, or a sample."""
+    if options.every:
+        return [Call(number) for number in range(1, len(places) + 1)]
+    calls = [Call(number) for number in sample(len(places), options, salt)]
+    if not options.all:
+        return calls
+    first = {}
+    for number, place in enumerate(places, 1):
+        first.setdefault(place, number)
+    new = {number: Call(number, place) for place, number in first.items() if place not in known}
+    known.update(first)
+    return [*new.values(), *(call for call in calls if call.number not in new)]
 
 
 class Table:
@@ -98,14 +137,24 @@ class Table:
 
     def __init__(self):
         self.runs = collections.defaultdict(collections.Counter)
+        self.count = 0
+        self.missed = collections.Counter()
+        self.known = collections.defaultdict(set)  # call stacks that have had their turn
         self.faults = []
 
-    def report(self, name, kind, for_ever, call, fault, is_success):
+    def miss(self, kind):
+        """Takes an order that no call was reached by: threads took another turn."""
+        self.missed[kind] += 1
+
+    def __call__(self, name, kind, for_ever, call, fault, is_success):
         counter = self.runs[name, kind]
         counter["runs"] += 1
+        self.count += 1
+        if self.count % 1000 == 0:
+            print(f"{self.count} runs, now {name}, {kind}", file=sys.stderr, flush=True)
         counter[fault[0] if fault else "success" if is_success else "failed"] += 1
         if fault:
-            order = f"{kind} {call}{' and all after it' if for_ever else ''}"
+            order = f"{kind} {call.number}{' and all after it' if for_ever else ''}"
             self.faults.append(f"{fault[0]}: {name}: {order}: {fault[1]}")
             print(self.faults[-1], file=sys.stderr, flush=True)
 
@@ -118,11 +167,13 @@ class Table:
 
     def print(self):
         columns = ["runs", "success", "failed", *self.CLASSES]
-        print("| calls refused | " + " | ".join(columns) + " |\n| --- |" + " ---: |" * len(columns))
+        print("| calls refused | call stacks | " + " | ".join(columns) + " |\n| --- | ---: |" + " ---: |" * len(columns))
         for label, select in [*((kind, lambda _n, k, kind=kind: k == kind) for kind in KINDS),
                               ("all", lambda _n, _k: True)]:
             total = self.sums(select)
-            print(f"| {label} | " + " | ".join(str(total[column]) for column in columns) + " |")
+            stacks = len(set().union(*(known for key, known in self.known.items() if label in (key[1], "all"))))
+            print(f"| {label} | {stacks or '-'} | " + " | ".join(str(total[column]) for column in columns) + " |")
+        print(f"\nNo call reached: {dict(self.missed)}")
         print("\n| method | " + " | ".join(columns) + " |\n| --- |" + " ---: |" * len(columns))
         for name in dict.fromkeys(key[0] for key in self.runs):
             total = self.sums(lambda n, _k, name=name: n == name)
@@ -130,14 +181,18 @@ class Table:
 
 
 def torture_process(options, scenario, table, order):
+    begin = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="torture-") as work:
         process = Process(options, scenario, work)
         for kind in order.kinds:
+            places = process.places(kind)
             for for_ever in (False, True):
-                calls = sample(process.counts[kind], options, f"{scenario.name} {kind} {for_ever}")
-                process.torture(kind, calls, for_ever, table.report)
-            if process.counts[kind] > 0 and order.is_over():
+                known = table.known["process", kind, for_ever]
+                calls = choose(places, options, f"{scenario.name} {kind} {for_ever}", known)
+                process.torture(kind, order.in_time(calls), for_ever, table)
+            if places and order.is_over():
                 break
+    print(f"{scenario.name}: {time.monotonic() - begin:.0f} s", file=sys.stderr, flush=True)
 
 
 class Order:
@@ -145,11 +200,19 @@ class Order:
 
     def __init__(self, options, index, count):
         self.end = time.monotonic() + options.most * (index + 1) / count if options.most else None
+        self.least = options.sample
         first = index % len(options.kinds)
         self.kinds = options.kinds[first:] + options.kinds[:first]
 
     def is_over(self):
         return self.end is not None and time.monotonic() > self.end
+
+    def in_time(self, calls):
+        """Yields the calls until the time is over, but at least as many as a sample has."""
+        for index, call in enumerate(calls):
+            if index >= self.least and self.is_over():
+                return
+            yield call
 
 
 def show(options):
@@ -159,9 +222,9 @@ def show(options):
     scenario = next(each for each in scenarios() if each.name == options.only)
     with tempfile.TemporaryDirectory(prefix="torture-") as work:
         if options.forms == ["served"]:
-            return show_served(options, scenario, work, (kind, int(call.rstrip("+")), for_ever))
+            return show_served(options, scenario, work, (kind, Call(int(call.rstrip("+"))), for_ever))
         process = Process(options, scenario, work)
-        run = process.run(kind, int(call.rstrip("+")), for_ever, shows=True)
+        run = process.run(kind, Call(int(call.rstrip("+"))), for_ever, shows=True)
         print(options.system.places(run.errors.decode(errors="replace")) if run else "hang",
               run.output if run else "", judge(options.system, scenario, process.folder, run, process.expected))
 
@@ -172,7 +235,9 @@ def parse():
     by = parser.add_mutually_exclusive_group(required=True)
     by.add_argument("--refusal", help="the library that refuses its calls")
     by.add_argument("--launcher", help="for an agent of Windows, what starts it: wine .../quillon_refuser.exe")
-    parser.add_argument("--all", action="store_true", help="refuse every call, not a sample of them")
+    parser.add_argument("--all", action="store_true", help="""refuse each call stack of a kind, with the method that
+                        comes to it first, and of each method a sample""")
+    parser.add_argument("--every", action="store_true", help="refuse each call, which takes hours")
     parser.add_argument("--sample", type=int, default=30, help="calls of one kind and method (default %(default)s)")
     parser.add_argument("--seed", default="1", help="another seed takes another sample")
     parser.add_argument("--only", help="this method alone")
@@ -194,9 +259,9 @@ def main():
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         runs = []
         if "process" in options.forms:
-            runs += [(torture_process, options, each, table) for each in chosen if not each.name.endswith("served")]
+            runs += [(torture_process, options, each, table) for each in chosen if each.as_process]
         if "served" in options.forms:
-            runs += [(torture_served, options, each, sample, table.report) for each in chosen if each.served]
+            runs += [(torture_served, options, each, choose, table) for each in chosen if each.served]
         futures = [pool.submit(*run, Order(options, index, len(runs))) for index, run in enumerate(runs)]
         for future in concurrent.futures.as_completed(futures):
             future.result()

@@ -45,10 +45,22 @@ void ShowPlace() {
     }
 }
 
+/// Where the module of an address begins. The loader, whose lock the caller may wait for, is not asked.
+std::uintptr_t BaseOf(void* address) {
+    MEMORY_BASIC_INFORMATION region{};
+    ::VirtualQuery(address, &region, sizeof region);
+    return reinterpret_cast<std::uintptr_t>(region.AllocationBase);
+}
+
+[[gnu::noinline]] std::uint64_t Place() {
+    void* frames[62];
+    return PlaceOf(frames, ::RtlCaptureStackBackTrace(1, 62, frames, nullptr), &BaseOf);
+}
+
 /// Counts a call and says whether it fails; the error of the system or of the C library is then set.
 bool Refuse(Kind kind, DWORD error) {
     if (!isArmed.load(std::memory_order_relaxed)) return false;
-    const Answer answer = Count(*board, kind);
+    const Answer answer = Count(*board, kind, &Place);
     if (answer == Answer::Pass) return false;
     if (answer == Answer::RefuseAndShow) ShowPlace();
     errno = kind == Thread ? EAGAIN : ENOMEM;
@@ -108,6 +120,25 @@ BOOL WINAPI SetFileFacts(HANDLE file, FILE_INFO_BY_HANDLE_CLASS facts, LPVOID fr
     const bool isSize = facts == FileEndOfFileInfo || facts == FileAllocationInfo;
     const bool isRefused = isSize ? Refuse(Write, ERROR_DISK_FULL) : Refuse(Rename, ERROR_ACCESS_DENIED);
     return isRefused ? FALSE : ::SetFileInformationByHandle(file, facts, from, size);
+}
+
+// --- Look-ups: what they answer without the system ---
+
+INT RefuseLookup() {
+    if (Refuse(LookupLater, WSATRY_AGAIN)) return WSATRY_AGAIN;
+    if (Refuse(LookupMemory, WSA_NOT_ENOUGH_MEMORY)) return WSA_NOT_ENOUGH_MEMORY;
+    return Refuse(LookupSystem, WSANO_RECOVERY) ? WSANO_RECOVERY : 0;
+}
+
+INT WSAAPI LookUp(PCWSTR node, PCWSTR service, const ADDRINFOW* hints, PADDRINFOW* list) {
+    const INT code = RefuseLookup();
+    return code != 0 ? code : ::GetAddrInfoW(node, service, hints, list);
+}
+
+INT WSAAPI LookUpName(const SOCKADDR* address, socklen_t size, PWCHAR host, DWORD hostSize, PWCHAR service,
+                      DWORD serviceSize, INT flags) {
+    const INT code = RefuseLookup();
+    return code != 0 ? code : ::GetNameInfoW(address, size, host, hostSize, service, serviceSize, flags);
 }
 
 // --- The clock of the day, which cannot fail: it stands at its beginning ---
@@ -188,8 +219,8 @@ const Hook kHooks[] = {
     HOOK(Thread, ERROR_NOT_ENOUGH_MEMORY, 0, RegisterWaitForSingleObject),
     HOOK(Socket, WSASYSNOTREADY, WSASYSNOTREADY, WSAStartup),
     HOOK(Socket, WSAEMFILE, -1LL, WSASocketW),
-    HOOK(Socket, WSATRY_AGAIN, WSATRY_AGAIN, GetAddrInfoW),
-    HOOK(Socket, WSATRY_AGAIN, WSATRY_AGAIN, GetNameInfoW),
+    OWN("GetAddrInfoW", LookUp),
+    OWN("GetNameInfoW", LookUpName),
     HOOK(Socket, WSAENETDOWN, -1, WSAStringToAddressW),
     HOOK(Socket, WSAENETDOWN, -1, WSAAddressToStringW),
     OWN("GetSystemTimeAsFileTime", Now),
