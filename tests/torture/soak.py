@@ -21,6 +21,7 @@ AHEAD = 4  # calls that are asked for before the first is answered
 HEAVY = {"Wmi.Query": 50, "Wmi.Invoke": 200, "Processes.List": 5, "EventLog.Follow": 50, "Content.Download": 20, "Commands.Run": 4,
          "Commands.Table": 4, "Store.Save served": 10}  # one in so many rounds
 DAY, HOUR = 86_400, 3_600  # seconds on the agent's clock
+LOOKS = 20  # at the resident memory, of which the least counts: calls that run take megabytes for a while
 EXPIRE = 100  # rounds between two looks for rows that are too old, as a module would have it
 
 
@@ -40,6 +41,7 @@ class Soak:
         self.agent = Agent(options, folder, ["--config", f"{folder}/agent.json", "--log", self.log, "--level", "debug"])
         self.number = self.waiting = self.failures = self.kept = 0
         self.begin, self.hours, self.rolled = time.monotonic(), collections.deque(), set()
+        self.resident = collections.deque(maxlen=LOOKS)
 
     def take(self):
         answer = self.agent.answer()
@@ -60,6 +62,7 @@ class Soak:
         """Sets the agent's clock to that part of a day past the beginning."""
         self.agent.board.put_ahead(part * DAY - (time.monotonic() - self.begin))
         self.hours.append((part * DAY, self.number))
+        self.resident.append(resident(self.agent.process.pid))
         while self.hours[0][0] < part * DAY - HOUR:
             self.kept = self.hours.popleft()[1]
         for name in os.listdir(self.folder):
@@ -79,7 +82,8 @@ class Soak:
             self.take()
 
     def figures(self, most=None):
-        return (*self.agent.figures(most), resident(self.agent.process.pid), len(os.listdir(self.folder)))
+        self.resident.append(resident(self.agent.process.pid))
+        return (*self.agent.figures(most), min(self.resident), len(os.listdir(self.folder)))
 
 
 def parse():
