@@ -139,7 +139,8 @@ class Table:
         self.runs = collections.defaultdict(collections.Counter)
         self.count = 0
         self.missed = collections.Counter()
-        self.known = collections.defaultdict(set)  # call stacks that have had their turn
+        self.known = collections.defaultdict(set)  # call stacks that have their turn
+        self.stacks = collections.defaultdict(set)  # those that have had it
         self.faults = []
 
     def miss(self, kind):
@@ -152,6 +153,8 @@ class Table:
         self.count += 1
         if self.count % 1000 == 0:
             print(f"{self.count} runs, now {name}, {kind}", file=sys.stderr, flush=True)
+        if call.place:
+            self.stacks[kind].add(call.place)
         counter[fault[0] if fault else "success" if is_success else "failed"] += 1
         if fault:
             order = f"{kind} {call.number}{' and all after it' if for_ever else ''}"
@@ -171,7 +174,7 @@ class Table:
         for label, select in [*((kind, lambda _n, k, kind=kind: k == kind) for kind in KINDS),
                               ("all", lambda _n, _k: True)]:
             total = self.sums(select)
-            stacks = len(set().union(*(known for key, known in self.known.items() if label in (key[1], "all"))))
+            stacks = sum(len(places) for kind, places in self.stacks.items() if label in (kind, "all"))
             print(f"| {label} | {stacks or '-'} | " + " | ".join(str(total[column]) for column in columns) + " |")
         print(f"\nNo call reached: {dict(self.missed)}")
         print("\n| method | " + " | ".join(columns) + " |\n| --- |" + " ---: |" * len(columns))
