@@ -41,7 +41,7 @@ std::optional<VersionResource> VersionResource::Load(const std::string& path, bo
     DWORD ignored = 0;
     const DWORD size = widePath ? ::GetFileVersionInfoSizeW(widePath->c_str(), &ignored) : 0;
     if (isThere != nullptr) *isThere = size != 0;
-    if (size == 0) return std::nullopt;
+    if (!widePath || size == 0) return std::nullopt;
     Content content{std::vector<unsigned char>(size)};
     if (::GetFileVersionInfoW(widePath->c_str(), 0, size, content.block.data()) == 0) return std::nullopt;
     return VersionResource(std::make_shared<const Content>(std::move(content)));
