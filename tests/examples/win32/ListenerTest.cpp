@@ -69,6 +69,17 @@ TEST_F(Listener, RefusesANameThatIsNoPipe) {
     EXPECT_THAT(fault, HasSubstr("begins with \\\\.\\pipe\\"));
 }
 
+TEST_F(Listener, AClientThatIsGoneAtOnceIsNotTheLast) {
+    const auto listener = Open();
+    { const Client hasty(name); }
+    std::unique_ptr<agent::Channel> channel;
+    std::thread acceptor([&] { channel = listener->Accept(); });
+    EXPECT_TRUE(::WaitNamedPipeA(name.c_str(), 10'000));
+    const Client client(name);
+    acceptor.join();
+    EXPECT_NE(channel, nullptr);
+}
+
 TEST_F(Listener, StopsWaitingOnAnyThreadAndTellsTheEndOfAClient) {
     const auto listener = Open();
     char byte = 0;

@@ -26,6 +26,7 @@ namespace quillon::agent {
 namespace {
 
 constexpr DWORD kPatienceMs = 5000;
+constexpr DWORD kPauseMs = 100;
 constexpr DWORD kBufferSize = 64 << 10;
 constexpr DWORD kLongestRead = 1 << 20;
 constexpr const char* kPipes = R"(\\.\pipe\)";
@@ -38,6 +39,8 @@ public:
     Operation() { m_overlapped.hEvent = m_done.get(); }
 
     OVERLAPPED* Get() { return &m_overlapped; }
+    /// False when there is no event to wait for.
+    bool IsReady() const { return m_done != nullptr; }
 
     /// Finishes what a call began, which returned `isDone`. False when it failed, when `stop` was set first,
     /// or when it took too long.
@@ -106,29 +109,55 @@ public:
         if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(kAccess, SDDL_REVISION_1, &m_descriptor,
                                                                     nullptr))
             return false;
+        if (m_stop == nullptr) return false;
         m_next = MakeInstance(FILE_FLAG_FIRST_PIPE_INSTANCE);
         return m_next != nullptr;
     }
 
     std::unique_ptr<Channel> Accept() override {
-        Operation operation;
-        DWORD count = 0;
-        const bool isDone = ::ConnectNamedPipe(m_next.get(), operation.Get()) != 0;
-        const bool isConnected = (!isDone && ::GetLastError() == ERROR_PIPE_CONNECTED) ||
-                                 operation.Await(m_next.get(), isDone, m_stop.get(), INFINITE, count);
-        if (!isConnected) return nullptr;
-        Handle client = std::exchange(m_next, MakeInstance(0));
-        if (m_next == nullptr) {
-            ServiceLocator::Get<ICLogger>()->Error("No further client can connect: %s",
-                                                   LastErrorText().c_str());
-            return nullptr;
-        }
-        return std::make_unique<PipeChannel>(std::move(client));
+        do {
+            if (m_next == nullptr) m_next = MakeInstance(0);
+            if (m_next != nullptr && AwaitClient()) {
+                Handle client = std::exchange(m_next, MakeInstance(0));
+                return std::make_unique<PipeChannel>(std::move(client));
+            }
+        } while (!IsStopped(0) && Pause());
+        return nullptr;
     }
 
     void Stop() override { ::SetEvent(m_stop.get()); }
 
 private:
+    /// Keeps the instance, whatever happens: while there is one, the name is nobody else's.
+    bool AwaitClient() {
+        Operation operation;
+        if (!operation.IsReady()) return false;
+        DWORD count = 0;
+        const bool isDone = ::ConnectNamedPipe(m_next.get(), operation.Get()) != 0;
+        if ((!isDone && ::GetLastError() == ERROR_PIPE_CONNECTED) ||
+            operation.Await(m_next.get(), isDone, m_stop.get(), INFINITE, count))
+            return true;
+        const DWORD code = ::GetLastError();
+        ::DisconnectNamedPipe(m_next.get());  // a client that is gone again
+        ::SetLastError(code);
+        return false;
+    }
+
+    bool IsStopped(DWORD patience) const {
+        const DWORD code = ::GetLastError();
+        const bool isStopped = ::WaitForSingleObject(m_stop.get(), patience) == WAIT_OBJECT_0;
+        ::SetLastError(code);
+        return isStopped;
+    }
+
+    /// Lets some time go, so that the client costs no processor time. False when there is no more to wait
+    /// for.
+    bool Pause() const {
+        if (::GetLastError() != ERROR_NO_DATA)
+            ServiceLocator::Get<ICLogger>()->Warn("A client waits: %s", LastErrorText().c_str());
+        return !IsStopped(kPauseMs);
+    }
+
     Handle MakeInstance(DWORD flags) {
         SECURITY_ATTRIBUTES security = {sizeof security, m_descriptor, FALSE};
         const HANDLE pipe =
