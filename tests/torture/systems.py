@@ -49,7 +49,7 @@ class Windows(Native):
     """The launcher (win32/Launcher.cpp) has the agent load the library, and says what the agent holds."""
 
     name = "Windows"
-    spare = 1, 2
+    spare = 6, 2
     words = {"process": "Name = 'services.exe'", "pid": ""}
     CRASHED, NOT_STARTED = 100, 101
 
