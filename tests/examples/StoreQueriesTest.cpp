@@ -45,8 +45,9 @@ TEST_F(StoreQueriesTest, ParametersTakeAnyValueAndRowsAreHandedOut) {
     EXPECT_THAT(TakeErrors(), IsEmpty());
     EXPECT_FALSE(store.ExecuteQuery(SqlQuery{"SELECT ?", {}}, result));
     EXPECT_FALSE(store.ExecuteQuery(SqlQuery{"SELECT :a", VariantList(V("b", 1))}, result));
-    EXPECT_THAT(TakeErrors(),
-                ElementsAre(HasSubstr("needs 1 values and has 0"), HasSubstr("no value for parameter 1")));
+    EXPECT_FALSE(store.ExecuteQuery(SqlQuery{"SELECT length(zeroblob(268435457))"}, result));
+    EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("needs 1 values and has 0"),
+                                          HasSubstr("no value for parameter 1"), HasSubstr("too big")));
 }
 
 TEST_F(StoreQueriesTest, AStatementThatNeverEndsIsStopped) {

@@ -16,6 +16,8 @@ namespace quillon::agent {
 namespace {
 
 constexpr std::size_t kLongestShownStatement = 500;
+/// Of a text, a blob and a row, in bytes. While a statement makes one, it cannot be stopped.
+constexpr int kLongestValue = 256 << 20;
 constexpr int kWriteFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
 constexpr int kReadFlags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;
 // What a checkpoint leaves of the log, of which one large transaction can make gigabytes.
@@ -91,6 +93,7 @@ int SqliteConnection::OpenHandle(const std::string& file, int flags) {
     m_watch->Attach(Get());
     sqlite3_set_authorizer(Get(), &Authorize, &m_hasBegin);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_limit(Get(), SQLITE_LIMIT_LENGTH, kLongestValue);
     return SQLITE_OK;
 }
 
