@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -8,23 +7,17 @@
 #include <string_view>
 #include <vector>
 
+#include "Target.h"
+
 // Runs one fuzz target on each file of a directory; a fault ends the program.
 //   quillon_fuzz_seeds CertificateFuzz corpus/Certificate
 
-#define TARGET(name) extern "C" int name(const std::uint8_t* data, std::size_t size);
-#include "Targets.inc"
-#undef TARGET
-
 namespace {
 
-using Target = int (*)(const std::uint8_t*, std::size_t);
-
-Target Find(std::string_view wanted) {
-#define TARGET(name) \
-    if (wanted == #name) return &name;
-#include "Targets.inc"
-#undef TARGET
-    return nullptr;
+const FuzzTarget* Find(std::string_view name) {
+    const FuzzTarget* target = kFuzzTargets;
+    while (target->name != nullptr && target->name != name) ++target;
+    return target->name != nullptr ? target : nullptr;
 }
 
 std::vector<std::filesystem::path> FilesOf(const char* directory) {
@@ -37,7 +30,7 @@ std::vector<std::filesystem::path> FilesOf(const char* directory) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const Target target = argc == 3 ? Find(argv[1]) : nullptr;
+    const FuzzTarget* const target = argc == 3 ? Find(argv[1]) : nullptr;
     if (target == nullptr) {
         std::fputs("One of the fuzz targets and a directory are needed.\n", stderr);
         return 2;
@@ -48,7 +41,7 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         std::ifstream stream(file, std::ios::binary);
         const std::string input(std::istreambuf_iterator<char>(stream), {});
-        target(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+        target->run(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
     }
     return files.empty() ? 1 : 0;
 }
