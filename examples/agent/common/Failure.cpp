@@ -16,6 +16,11 @@ bool RefuseParameter(const std::string& message, InvocationResult& result) {
     return Fail(InvocationResult::kBadParameter, message, result);
 }
 
+bool HasNoZeroByte(const std::string& name, const std::string& text, InvocationResult& result) {
+    return text.find('\0') == std::string::npos ||
+           RefuseParameter("'" + name + "' must have no zero byte", result);
+}
+
 /// The library tells the last error as a text only, so the texts of the codes are compared.
 std::string LastFailure(std::initializer_list<std::int32_t> expected) {
     std::string reason = StringUtils::GetLastErrorAsString();

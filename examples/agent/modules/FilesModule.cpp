@@ -44,11 +44,7 @@ void ListFiles(DescribedBinder& binder, const std::vector<std::string>& columns,
                const std::function<VariantList(const std::string& file)>& rowOf, InvocationResult& result) {
     std::string pattern;
     binder.Add("path", pattern);
-    if (!binder.Bind(result)) return;
-    if (pattern.find('\0') != std::string::npos) {  // at which the expansion would end
-        RefuseParameter("'path' must have no zero byte", result);
-        return;
-    }
+    if (!binder.Bind(result) || !HasNoZeroByte("path", pattern, result)) return;
     std::vector<std::string> files;
     FileSystemUtils::FindFiles(ReadPattern(pattern), &files);
     ReportFailedSearch(pattern, result);

@@ -44,11 +44,7 @@ void Resolve(DescribedBinder& binder, InvocationResult& result) {
     long long timeout = 0;
     binder.Add("host", host);
     binder.Add("timeout", timeout);
-    if (!binder.Bind(result)) return;
-    if (host.find('\0') != std::string::npos) {  // the system would look another name up
-        RefuseParameter("'host' must have no zero byte", result);
-        return;
-    }
+    if (!binder.Bind(result) || !HasNoZeroByte("host", host, result)) return;
     timeout = std::clamp<long long>(timeout, 1, kLongestTimeout);
     result.resultTable.AddStringCol("Address");
     result.resultTable.AddStringCol("Family");

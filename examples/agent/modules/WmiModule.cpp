@@ -101,9 +101,8 @@ void AddAll(IMethodMetadataBuilder& builder) {
 void DescribeQuery(IMethodMetadataBuilder& builder) {
     builder.Description("Runs a WQL query and answers with its objects, a row each.")
         .Note(
-            "An object that cannot be read is left out, and the call fails: the others are in the answer. On "
-            "Linux "
-            "the namespace ROOT\\CIMV2 has some classes with the machine's live facts.")
+            "An object that cannot be read is left out, and the call fails: the others are in the answer. "
+            "On Linux the namespace ROOT\\CIMV2 has some classes with the machine's live facts.")
         .Example("quillon-agent run Wmi.Query wql=\"SELECT Name, ProcessId FROM Win32_Process\"")
         .HasAdditionalColumns("The properties of the objects.");
     AddParameter(builder, "wql", "The query.");
