@@ -64,10 +64,7 @@ public:
     /// A row for each file; the first fault gives the code.
     void Run() {
         for (const ContentItem& item : m_items) {
-            m_files.emplace_back();
-            const std::string source = PathUtils::CombinePaths(m_source, item.name, PathUtils::PathSep);
-            m_prepared.push_back(PrepareContent(item, source, m_destination, m_progress, m_files.back()));
-            m_bytes += std::min(item.size, kMostBytes);
+            Prepare(item);
             if (m_prepared.back().isAborted) {
                 const CopyOutcome aborted = m_prepared.back();
                 m_prepared.pop_back();
@@ -85,6 +82,23 @@ public:
 private:
     static constexpr std::size_t kMostFiles = 100;  // each holds two handles
     static constexpr std::int64_t kMostBytes = 16 * 1024 * 1024;
+
+    void Prepare(const ContentItem& item) {
+        const std::string source = PathUtils::CombinePaths(m_source, item.name, PathUtils::PathSep);
+        std::unique_ptr<NewFile> file;
+        CopyOutcome outcome = PrepareContent(item, source, m_destination, m_progress, file);
+        if (outcome.code == InvocationResult::kSystemFailure && !outcome.isAborted && HoldsFiles()) {
+            Commit();  // their handles may be what the system would not give any more
+            outcome = PrepareContent(item, source, m_destination, m_progress, file);
+        }
+        m_files.push_back(std::move(file));
+        m_prepared.push_back(std::move(outcome));
+        m_bytes += std::min(item.size, kMostBytes);
+    }
+
+    bool HoldsFiles() const {
+        return std::any_of(m_files.begin(), m_files.end(), [](const auto& file) { return file != nullptr; });
+    }
 
     void Commit() {
         const std::vector<CopyOutcome> committed = CommitContent(m_destination, m_files);

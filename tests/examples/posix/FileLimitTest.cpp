@@ -1,4 +1,4 @@
-// Only Linux has the limit, and the signal with which it would end the agent.
+// Only Linux has these limits, and the signal with which one of them would end the agent.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -40,6 +40,28 @@ TEST_F(FileLimitTest, AWriteThatTheLimitForbidsFailsAndTheAgentLives) {
     }
     EXPECT_EQ(expected, kCalls + 1);
     EXPECT_EQ(std::filesystem::file_size(dir.Native("log")), 64U << 10) << "the log did not meet the limit";
+}
+
+/// Files wait with open handles for the sync of many: these are put in place when no more can be opened.
+TEST_F(FileLimitTest, ADownloadOfManyFilesNeedsFewDescriptors) {
+    constexpr const char* kHashOfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+    constexpr int kFiles = 40;
+    std::string list;
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string name = std::to_string(i);
+        dir.Write("source/" + name, "");
+        list += '"' + name + "\" ln=0 dt=0 CRC=" + kHashOfNothing + '\n';
+    }
+    dir.Write("list", list + "; List Complete\n");
+    dir.Write("config", R"({"wayfarEnabled": true})");
+    const std::string here = dir.Native().string(), url = "file://" + here;
+    const std::string line =
+        AgentCommand({"run", "Content.Download", "--config", here + "/config", "listUrl=" + url + "/list",
+                      "folderUrl=" + url + "/source", "folder=" + here + "/to"})
+            .Get();
+    dir.Write("limited", "ulimit -n 32\nexec " + line);
+    EXPECT_EQ(RunLine("bash " + here + "/limited").exitCode, 0);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Native("to")), {}), kFiles);
 }
 
 }  // namespace quillon::test
