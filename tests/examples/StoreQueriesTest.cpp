@@ -1,9 +1,12 @@
 #include <chrono>
+#include <filesystem>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
 #include "examples/StoreTest.h"
 #include "support/ChildMain.h"
+#include "support/System.h"
 
 namespace quillon::test {
 
@@ -90,6 +93,34 @@ TEST_F(StoreQueriesTest, NothingIsChangedOutsideATransactionThatCouldNotBegin) {
     EXPECT_TRUE(store.ExecuteNonQuery("/* a */ -- b\n begin IMMEDIATE") &&
                 store.ExecuteNonQuery("DELETE FROM t") && store.TryCommit());
     EXPECT_EQ(Csv(store, "SELECT a FROM t"), "a\n");
+}
+
+TEST_F(StoreQueriesTest, NothingIsKeptOfATransactionThatAFailureHasUndone) {
+    Store store("tx");
+    DataTable row = Column("a", {V(1)}), large = Column("a", {V(std::string(200'000, 'x'))});
+    ASSERT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)") &&
+                store.ExecuteNonQuery("CREATE TABLE u (a UNIQUE)") && store.AddToTable("u", row) &&
+                store.ExecuteNonQuery("PRAGMA max_page_count=8"));
+    std::vector<std::function<bool()>> undoing = {
+        [&] { return store.ExecuteNonQuery("INSERT OR ROLLBACK INTO u VALUES (1)"); },
+        [&] { return store.VisitRows(SqlQuery{"INSERT OR ROLLBACK INTO u VALUES (1)"}, nullptr); },
+        [&] { return store.AddToTable("t", large); },
+        [&] {
+            std::filesystem::rename(dir.Native("stores/db-tx.sqlite"), dir.Native("moved"));
+            return store.AddToTable("t", row);
+        },
+    };
+    if (kWindows) undoing.pop_back();  // nobody can move the file of an open database there
+    for (const auto& fails : undoing) {
+        store.BeginTransaction();
+        EXPECT_TRUE(store.AddToTable("t", row));
+        EXPECT_FALSE(fails());
+        EXPECT_FALSE(store.ExecuteNonQuery("CREATE TABLE v (a)") || store.AddToTable("u", row));
+        store.CommitTransaction();
+        EXPECT_EQ(Csv(store, "SELECT count(*) n FROM sqlite_master WHERE name = 'v'"), "n\n0\n");
+        store.ExecuteNonQuery("CREATE TABLE IF NOT EXISTS t (a)");
+        EXPECT_EQ(Csv(store, "SELECT count(*) n FROM t"), "n\n0\n");
+    }
 }
 
 TEST_F(StoreQueriesTest, TransactionsTellWhetherTheySucceed) {

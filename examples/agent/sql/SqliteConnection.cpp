@@ -44,10 +44,12 @@ bool CannotOpen(int code) {
 }
 
 /// ATTACH, and VACUUM with a file, would reach others; VACUUM alone attaches one without a name.
-/// `hasBegin` learns of a statement that begins a transaction, however it is written.
-int Authorize(void* hasBegin, int action, const char* word, const char*, const char*, const char*) {
-    if (action == SQLITE_TRANSACTION && word != nullptr && std::string_view(word) == "BEGIN")
-        *static_cast<bool*>(hasBegin) = true;
+/// `use` learns what a statement does to the transaction, however it is written.
+int Authorize(void* use, int action, const char* word, const char*, const char*, const char*) {
+    auto& found = *static_cast<TransactionUse*>(use);
+    if (action == SQLITE_SAVEPOINT) found = TransactionUse::MovesSavepoint;
+    if (action == SQLITE_TRANSACTION && word != nullptr)
+        found = std::string_view(word) == "BEGIN" ? TransactionUse::Begins : TransactionUse::Ends;
     const bool isNameless = word != nullptr && *word == '\0';
     return action == SQLITE_ATTACH && !isNameless ? SQLITE_DENY : SQLITE_OK;
 }
@@ -91,7 +93,7 @@ int SqliteConnection::OpenHandle(const std::string& file, int flags) {
     m_handle.reset(handle);
     if (code != SQLITE_OK) return code;
     m_watch->Attach(Get());
-    sqlite3_set_authorizer(Get(), &Authorize, &m_hasBegin);
+    sqlite3_set_authorizer(Get(), &Authorize, &m_use);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_limit(Get(), SQLITE_LIMIT_LENGTH, kLongestValue);
     return SQLITE_OK;

@@ -14,6 +14,9 @@ namespace quillon::agent {
 /// The name as SQL text: one identifier, whatever it holds.
 std::string QuoteIdentifier(std::string_view name);
 
+/// What a statement does to the transaction. A savepoint may begin one, and its release end it.
+enum class TransactionUse { None, Begins, Ends, MovesSavepoint };
+
 /// One connection to a database file. Every failure of SQLite is logged once, at
 /// Error, with its message and the beginning of the statement.
 class SqliteConnection {
@@ -42,8 +45,8 @@ public:
     const std::string& GetName() const { return m_name; }
     bool IsOpen() const { return m_handle != nullptr; }
     bool IsInTransaction() const { return IsOpen() && sqlite3_get_autocommit(Get()) == 0; }
-    /// Returns whether a statement that was prepared since the last call begins a transaction.
-    bool TakeBegin() const noexcept { return std::exchange(m_hasBegin, false); }
+    /// Returns what the statement that was prepared since the last call does to the transaction.
+    TransactionUse TakeUse() const noexcept { return std::exchange(m_use, TransactionUse::None); }
     /// Returns whether the file is not any more where it was opened. Windows lets nobody move it.
     bool HasMoved() const;
     /// Runs one statement; its rows are thrown away.
@@ -63,7 +66,7 @@ private:
     int OpenForReading(const std::string& libraryPath);
 
     std::string m_name;
-    mutable bool m_hasBegin = false;  // set by SQLite while it prepares a statement
+    mutable TransactionUse m_use = TransactionUse::None;  // set by SQLite while it prepares a statement
     std::unique_ptr<SqliteWatch> m_watch;
     std::unique_ptr<sqlite3, Closer> m_handle;
 };

@@ -115,33 +115,41 @@ bool SqliteDatabase::IsReady() {
 /// With the lock for writing, so that the wait for it is here and not in the middle. The caller cannot learn
 /// of a failure: what it writes then would be kept one by one, and could not be rolled back.
 void SqliteDatabase::BeginTransaction(std::int32_t) {
-    const bool hasBegun = IsReady() && m_connection.Execute("BEGIN IMMEDIATE");
-    m_lacksTransaction = !hasBegun && !m_connection.IsInTransaction();
+    m_isBegun = true;
+    if (IsReady()) m_connection.Execute("BEGIN IMMEDIATE");
 }
 
-/// Says whether to go on with what changes the database.
+/// Says whether to go on with what changes the database. SQLite undoes a transaction by itself after some
+/// failures, such as a full disk, and with its file goes the transaction as well.
 bool SqliteDatabase::MayWrite(const std::string& what) {
-    if (m_connection.IsInTransaction()) m_lacksTransaction = false;  // begun by SQL
-    if (m_lacksTransaction) m_connection.LogError("refused, as its transaction could not begin", what);
-    return !m_lacksTransaction;
+    if (!m_isBegun || m_connection.IsInTransaction()) return true;
+    m_connection.LogError("refused, as its transaction could not begin or was undone", what);
+    return false;
 }
 
 bool SqliteDatabase::MayRun(const SqliteStatement& statement) {
-    return statement.Begins() || sqlite3_stmt_readonly(statement.Get()) != 0 ||
+    return statement.Use() == TransactionUse::Begins || sqlite3_stmt_readonly(statement.Get()) != 0 ||
            MayWrite(sqlite3_sql(statement.Get()));
+}
+
+/// A statement that was to end the transaction may have undone it although it failed.
+void SqliteDatabase::NoteUse(const SqliteStatement& statement, bool isDone) {
+    const TransactionUse use = statement.Use();
+    if (use == TransactionUse::Ends || (isDone && use != TransactionUse::None))
+        m_isBegun = m_connection.IsInTransaction();
 }
 
 /// The caller cannot learn of a failure: left open, the transaction would take in, and lose, all that is
 /// written later.
 void SqliteDatabase::CommitTransaction(std::int32_t) {
-    m_lacksTransaction = false;
+    m_isBegun = false;
     if (!IsReady() || m_connection.Execute("COMMIT") || !m_connection.IsInTransaction()) return;
     m_connection.LogError("what cannot be committed is rolled back", "COMMIT");
     m_connection.Execute("ROLLBACK");
 }
 
 void SqliteDatabase::RollbackTransaction(std::int32_t) {
-    m_lacksTransaction = false;
+    m_isBegun = false;
     if (IsReady()) m_connection.Execute("ROLLBACK");
 }
 
@@ -209,7 +217,10 @@ bool SqliteDatabase::ExecuteQuery(const std::string& sql, DataTable& result) {
     if (!IsReady()) return false;
     const SqliteStoppable stoppable(m_connection.Watch());
     const SqliteStatement statement(m_connection, sql);
-    return statement.IsPrepared() && MayRun(statement) && statement.ReadRows(result);
+    if (!statement.IsPrepared() || !MayRun(statement)) return false;
+    const bool isDone = statement.ReadRows(result);
+    NoteUse(statement, isDone);
+    return isDone;
 }
 
 bool SqliteDatabase::Query(const SqlQuery& query, std::vector<std::string>& columns,
@@ -219,7 +230,9 @@ bool SqliteDatabase::Query(const SqlQuery& query, std::vector<std::string>& colu
     const SqliteStatement statement(m_connection, query.sql);
     if (!statement.IsPrepared() || !MayRun(statement) || !statement.Bind(query.parameters)) return false;
     columns = statement.ColumnNames();
-    return statement.VisitRows(columns, query.maxRows, visitor);
+    const bool isDone = statement.VisitRows(columns, query.maxRows, visitor);
+    NoteUse(statement, isDone);
+    return isDone;
 }
 
 }  // namespace quillon::agent

@@ -29,8 +29,8 @@ public:
                                                         const std::string& memoryName, int busyMilliseconds);
     ~SqliteDatabase();
 
-    /// When the transaction cannot begin, everything that would change the database fails, with an Error
-    /// entry, until the caller ends the transaction or begins one.
+    /// When the transaction cannot begin, or a failure undoes it, everything that would change the database
+    /// fails, with an Error entry, until the caller ends the transaction or begins one.
     void BeginTransaction(std::int32_t reserved) override;
     void CommitTransaction(std::int32_t reserved) override;
     void RollbackTransaction(std::int32_t reserved) override;
@@ -55,11 +55,12 @@ private:
     bool IsReady();
     bool MayWrite(const std::string& what);
     bool MayRun(const SqliteStatement& statement);
+    void NoteUse(const SqliteStatement& statement, bool isDone);
 
     const std::string m_file;  ///< empty in memory
     const int m_busyMilliseconds;
     SqliteConnection m_connection;
-    bool m_lacksTransaction = false;
+    bool m_isBegun = false;  ///< by the caller, whether SQLite has a transaction or not
 };
 
 }  // namespace quillon::agent

@@ -94,9 +94,9 @@ SqliteStatement::SqliteStatement(const SqliteConnection& connection, const std::
 void SqliteStatement::Prepare(const std::string& sql) {
     sqlite3_stmt* handle = nullptr;
     const char* rest = nullptr;
-    m_connection->TakeBegin();  // which was another statement's
+    m_connection->TakeUse();  // which was another statement's
     const int code = sqlite3_prepare_v2(m_connection->Get(), sql.c_str(), -1, &handle, &rest);
-    m_begins = m_connection->TakeBegin();
+    m_use = m_connection->TakeUse();
     m_handle.reset(handle);
     if (code != SQLITE_OK) {
         const std::string message = sqlite3_errmsg(m_connection->Get());

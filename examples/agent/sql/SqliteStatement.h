@@ -24,8 +24,8 @@ public:
     SqliteStatement(const SqliteConnection& connection, const std::string& sql);
 
     bool IsPrepared() const { return m_handle != nullptr; }
-    /// Whether it begins a transaction.
-    bool Begins() const { return m_begins; }
+    /// Returns what it does to the transaction.
+    TransactionUse Use() const { return m_use; }
     sqlite3_stmt* Get() const { return m_handle.get(); }
     /// Binds a text from 1 on; it must stay until the statement has run.
     void Bind(int index, const std::string& text) const;
@@ -53,7 +53,7 @@ private:
 
     const SqliteConnection* m_connection = nullptr;
     std::unique_ptr<sqlite3_stmt, Finalizer> m_handle;
-    bool m_begins = false;
+    TransactionUse m_use = TransactionUse::None;
 };
 
 }  // namespace quillon::agent
