@@ -125,7 +125,14 @@ void RollingFile::RollOver() {
         return;
     }
     LookForFile();
-    if (!IsRollOverDue()) return;
+    if (!IsRollOverDue() || !platform::TryLockLogFile(m_file)) return;
+    LookForFile();  // another process may have been at it until now
+    if (IsRollOverDue()) MoveAside();
+    platform::UnlockLogFile(m_file);
+}
+
+/// Two processes that did this at once would push out more backups than they fill.
+void RollingFile::MoveAside() {
     if (!m_backups.MoveAside()) return RefuseRollOver();
     if (Reopen()) return AcceptRollOver();
     const std::uint32_t reason = platform::LastError();

@@ -83,6 +83,7 @@ private:
 
     bool IsRollOverDue() const { return m_size > m_rollOverAt && !m_isReporting; }
     void RollOver();
+    void MoveAside();
     void AcceptRollOver();
     void RefuseRollOver();
     void ReportIfDue();

@@ -27,6 +27,13 @@ bool EndsWithinLine(const FileHandle& file, std::uint64_t size);
 /// or when that cannot be told.
 std::optional<std::uint64_t> SizeWhileAt(const FileHandle& file, const std::string& path);
 
+/// Keeps every other process, and every other handle of this one, from locking the open file, until it is
+/// unlocked or closed; reading, writing and renaming go on. Does not wait: returns false when it is locked.
+/// A file system without locks counts as locked by this process.
+bool TryLockLogFile(const FileHandle& file);
+/// Ends the lock; a file that is not locked stays as it is.
+void UnlockLogFile(const FileHandle& file);
+
 enum class PathUse { Free, File, Other };
 /// Tells what stands at a path: nothing, a regular file, or something that must be left alone.
 PathUse UseOfPath(const std::string& path);

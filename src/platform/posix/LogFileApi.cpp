@@ -59,6 +59,18 @@ bool IsSameFile(const struct ::stat& one, const struct ::stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+/// The lock is the handle's, on a byte that no log file reaches: the servers of some shared directories keep
+/// others from writing what a lock covers.
+bool SetLock(const FileHandle& file, short type) {
+    constexpr off_t kBeyondTheEnd = off_t{1} << 62;
+    struct ::flock lock {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = kBeyondTheEnd;
+    lock.l_len = 1;
+    return ::fcntl(file.Get(), F_OFD_SETLK, &lock) == 0;
+}
+
 }  // namespace
 
 FileHandle OpenLogFile(const std::string& path) {
@@ -99,6 +111,12 @@ std::optional<std::uint64_t> SizeWhileAt(const FileHandle& file, const std::stri
     }
     return static_cast<std::uint64_t>(open.st_size);
 }
+
+bool TryLockLogFile(const FileHandle& file) {
+    return SetLock(file, F_WRLCK) || (errno != EAGAIN && errno != EACCES);
+}
+
+void UnlockLogFile(const FileHandle& file) { SetLock(file, F_UNLCK); }
 
 PathUse UseOfPath(const std::string& path) {
     struct ::stat status {};

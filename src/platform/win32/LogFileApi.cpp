@@ -22,6 +22,13 @@ bool IsSameFile(const BY_HANDLE_FILE_INFORMATION& one, const BY_HANDLE_FILE_INFO
            one.nFileIndexHigh == other.nFileIndexHigh && one.nFileIndexLow == other.nFileIndexLow;
 }
 
+/// A byte that no log file reaches: a lock keeps others from reading and writing what it covers.
+OVERLAPPED PlaceOfLock() {
+    OVERLAPPED place{};
+    place.OffsetHigh = 0x7FFF'FFFF;
+    return place;
+}
+
 }  // namespace
 
 FileHandle OpenLogFile(const std::string& path) {
@@ -65,6 +72,18 @@ std::optional<std::uint64_t> SizeWhileAt(const FileHandle& file, const std::stri
     size.LowPart = open.nFileSizeLow;
     size.HighPart = open.nFileSizeHigh;
     return size.QuadPart;
+}
+
+bool TryLockLogFile(const FileHandle& file) {
+    OVERLAPPED place = PlaceOfLock();
+    return ::LockFileEx(file.Get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) !=
+               0 ||
+           ::GetLastError() != ERROR_LOCK_VIOLATION;
+}
+
+void UnlockLogFile(const FileHandle& file) {
+    OVERLAPPED place = PlaceOfLock();
+    ::UnlockFileEx(file.Get(), 0, 1, 0, &place);
 }
 
 PathUse UseOfPath(const std::string& path) {

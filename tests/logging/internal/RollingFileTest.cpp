@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "logging/internal/RollingLog.h"
+#include "platform/LogFileApi.h"
 #include "support/LogLines.h"
 #include "support/TempDir.h"
 
@@ -98,6 +99,17 @@ TEST_F(RollingFileTest, RefusedRollOverLosesNothingIsToldOnceAndIsRetriedLater) 
     EXPECT_TRUE(dir.Read("log.1") ==
                 Filled(kMaxSize) + Line("first") + Line(kLong) + Line("second") + Line(kLong));
     EXPECT_EQ(dir.Read("log"), Line("2 attempts to roll the log file over were refused"));
+}
+
+TEST_F(RollingFileTest, LeavesTheRollOverToWhoeverIsAtIt) {
+    RollingLog log(dir.Path("log"));
+    const auto other = platform::OpenLogFile(dir.Path("log"));
+    ASSERT_TRUE(platform::TryLockLogFile(other));
+    log.Write(std::string(kMaxSize, 'x'));
+    EXPECT_FALSE(dir.Exists("log.1"));
+    platform::UnlockLogFile(other);
+    log.Write("later");
+    EXPECT_EQ(dir.Read("log"), Line("later"));
 }
 
 TEST_F(RollingFileTest, FollowsItsPathWithinASecond) {
