@@ -139,6 +139,10 @@ TEST_F(StoreTortureTest, AFileThatWasMovedAwayIsNoticed) {
     fs::remove(dir.Native(file));
     EXPECT_FALSE(store.TryCommit());
     EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("its file was moved away")));
+    store.RollbackTransaction();
+    fs::rename(dir.Native("stores"), dir.Native("others"));
+    EXPECT_FALSE(store.ExecuteNonQuery("CREATE TABLE t (a)"));
+    EXPECT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)") && store.AddToTable("t", row));
 }
 
 TEST_F(StoreTortureTest, FilesArePrivateAndTheLogIsBounded) {

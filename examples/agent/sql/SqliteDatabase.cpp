@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "quillon/FileSystemUtils.h"
+#include "quillon/StringUtils.h"
 #include "sql/SqliteFileLock.h"
 
 namespace quillon::agent {
@@ -60,22 +61,24 @@ int OpenOrBeginAnew(SqliteConnection& connection, const std::string& file, int b
 
 }  // namespace
 
-std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, const std::string& libraryPath,
-                                                     int busyMilliseconds) {
-    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, libraryPath, busyMilliseconds));
+std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, const DatabaseFolder& folder,
+                                                     const std::string& libraryPath, int busyMilliseconds) {
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, busyMilliseconds));
+    database->m_folder = folder;
+    database->m_file = libraryPath;
     return database->Open() ? std::move(database) : nullptr;
 }
 
 std::unique_ptr<SqliteDatabase> SqliteDatabase::OpenInMemory(const std::string& name,
                                                              const std::string& memoryName,
                                                              int busyMilliseconds) {
-    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, {}, busyMilliseconds));
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, busyMilliseconds));
     const int code = database->m_connection.OpenInMemory(memoryName, busyMilliseconds);
     return code == SQLITE_OK ? std::move(database) : nullptr;
 }
 
-SqliteDatabase::SqliteDatabase(const std::string& name, std::string libraryPath, int busyMilliseconds)
-    : m_file(std::move(libraryPath)), m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
+SqliteDatabase::SqliteDatabase(const std::string& name, int busyMilliseconds)
+    : m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
 SqliteDatabase::~SqliteDatabase() {
     try {
         Close();
@@ -83,7 +86,15 @@ SqliteDatabase::~SqliteDatabase() {
     }
 }
 
+bool SqliteDatabase::MakeFolder() {
+    if (!m_folder || m_folder->Make()) return true;
+    const std::string reason = StringUtils::GetLastErrorAsString();
+    m_connection.LogError("its directory cannot be made: " + reason, m_folder->GetPath());
+    return false;
+}
+
 bool SqliteDatabase::Open() {
+    if (!MakeFolder()) return false;
     const SqliteFileLock lock(m_file);
     if (lock.IsBusy()) {
         m_connection.LogError("somebody else opens it and does not come to an end", m_file);

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "quillon/ISqliteInstance.h"
 #include "quillon/ISqliteQueries.h"
+#include "sql/DatabaseFolder.h"
 #include "sql/SqliteConnection.h"
 #include "sql/SqliteInserter.h"
 #include "sql/SqliteStatement.h"
@@ -22,8 +24,9 @@ public:
     /// "FILE.corrupt.1", "FILE.corrupt.2" ... that is free, with an Error entry, and a new one made.
     /// A file that was moved away while the database was open fails the next operation, with an
     /// Error entry, and those after it work on a new one. Null on failure.
-    static std::unique_ptr<SqliteDatabase> Open(const std::string& name, const std::string& libraryPath,
-                                                int busyMilliseconds);
+    /// The folder of the file is made whenever it is missing.
+    static std::unique_ptr<SqliteDatabase> Open(const std::string& name, const DatabaseFolder& folder,
+                                                const std::string& libraryPath, int busyMilliseconds);
     /// The database in memory of that name; see SqliteConnection::OpenInMemory().
     static std::unique_ptr<SqliteDatabase> OpenInMemory(const std::string& name,
                                                         const std::string& memoryName, int busyMilliseconds);
@@ -48,8 +51,9 @@ public:
     bool Query(const SqlQuery& query, std::vector<std::string>& columns, const SqlRowVisitor& visitor);
 
 private:
-    SqliteDatabase(const std::string& name, std::string libraryPath, int busyMilliseconds);
+    SqliteDatabase(const std::string& name, int busyMilliseconds);
 
+    bool MakeFolder();
     bool Open();
     void Close();
     bool IsReady();
@@ -57,7 +61,8 @@ private:
     bool MayRun(const SqliteStatement& statement);
     void NoteUse(const SqliteStatement& statement, bool isDone);
 
-    const std::string m_file;  ///< empty in memory
+    std::optional<DatabaseFolder> m_folder;  ///< none in memory
+    std::string m_file;                      ///< empty in memory
     const int m_busyMilliseconds;
     SqliteConnection m_connection;
     bool m_isBegun = false;  ///< by the caller, whether SQLite has a transaction or not

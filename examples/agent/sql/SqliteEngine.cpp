@@ -39,13 +39,7 @@ std::unique_ptr<SqliteDatabase> SqliteEngine::OpenFile(const DatabaseFolder& fol
         LogError("Database '" + databaseName + "': the name is empty or too long");
         return nullptr;
     }
-    if (!folder.Make()) {
-        const std::string reason = StringUtils::GetLastErrorAsString();
-        LogError("Database '" + databaseName + "': its directory '" + folder.GetPath() +
-                 "' cannot be made: " + reason);
-        return nullptr;
-    }
-    return SqliteDatabase::Open(databaseName, *file, m_busyMilliseconds);
+    return SqliteDatabase::Open(databaseName, folder, *file, m_busyMilliseconds);
 }
 
 /// The first connection of each name stays: without one the database would go.
