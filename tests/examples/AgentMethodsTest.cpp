@@ -6,6 +6,7 @@
 #include "examples/RunAgent.h"
 #include "modules/Assignments.h"
 #include "quillon/MiscUtils.h"
+#include "sql/SqliteFileLock.h"
 #include "support/ChildMain.h"
 #include "support/System.h"
 #include "support/TempDir.h"
@@ -254,6 +255,26 @@ TEST(AgentWmi, QueriesAndSaysWhatCannotBeChanged) {
         {"run", "Wmi.Invoke", "wql=SELECT * FROM Win32_Process", "method=GetOwner", "arguments=Misspelt=1"});
     EXPECT_EQ(call.exitCode, 3);
     EXPECT_THAT(call.errors, HasSubstr("has no parameter Misspelt"));
+}
+
+/// The record of another agent that runs is not taken for one that a killed agent has left.
+TEST(AgentAudit, HoldLeavesTheRecordOfARunningAgentAlone) {
+    if (kWindows) GTEST_SKIP() << "the emulator has no audit policy";
+    const TempDir dir;
+    const std::string id = "0cce922b-69ae-11d9-bed3-505054503030", record = "Stores/audit-record";
+    dir.Write(record, id + " 0\n");
+    const auto hold = [&] {
+        return RunAgent({"run", "Audit.Hold", "subcategory=" + id, "seconds=0", "--level", "info", "--data",
+                         dir.Native().string()})
+            .errors;
+    };
+    {
+        const agent::SqliteFileLock running(dir.Path(record));
+        EXPECT_THAT(hold(), Not(HasSubstr("Restored")));
+        EXPECT_EQ(dir.Read(record), id + " 0\n");
+    }
+    EXPECT_THAT(hold(), HasSubstr("Restored"));
+    EXPECT_FALSE(dir.Exists(record));
 }
 
 TEST(AgentAudit, HoldRefusesWhatIsNoSubcategory) {

@@ -1,11 +1,11 @@
 #include "modules/Modules.h"
 
+#include "modules/AuditRecordFile.h"
 #include "modules/Describe.h"
 #include "modules/Waiting.h"
 #include "quillon/AuditHolder.h"
 #include "quillon/DescribedBinder.h"
 #include "quillon/MethodParameterValidation.h"
-#include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "sql/DatabaseFolder.h"
 
@@ -14,7 +14,6 @@ namespace quillon::agent {
 namespace {
 
 constexpr long long kDefaultSeconds = 10;
-constexpr const char* kRecord = "audit-record";
 
 void Hold(DescribedBinder& binder, InvocationResult& result) {
     std::string text;
@@ -31,9 +30,7 @@ void Hold(DescribedBinder& binder, InvocationResult& result) {
         return;
     }
     const DatabaseFolder& folder = *ServiceLocator::Get<DatabaseFolder>();
-    if (folder.Make())
-        SystemAuditProxy::KeepRecordIn(
-            PathUtils::CombinePaths(folder.GetPath(), kRecord, PathUtils::PathSep));
+    if (folder.Make()) KeepAuditRecord(folder);
     const AuditHolder holder(subcategory);
     if (!holder) {
         Fail(InvocationResult::kSystemFailure,

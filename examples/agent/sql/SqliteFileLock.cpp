@@ -5,13 +5,7 @@
 
 namespace quillon::agent {
 
-namespace {
-
-constexpr int kWaitMilliseconds = 10'000;
-
-}  // namespace
-
-SqliteFileLock::SqliteFileLock(const std::string& libraryPath) {
+SqliteFileLock::SqliteFileLock(const std::string& libraryPath, int waitMilliseconds) {
     const std::string file = libraryPath + ".lock";
     MakePrivateFile(file);
     sqlite3* handle = nullptr;
@@ -19,7 +13,7 @@ SqliteFileLock::SqliteFileLock(const std::string& libraryPath) {
                              SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     m_handle.reset(handle);
     if (m_code != SQLITE_OK) return;
-    sqlite3_busy_timeout(handle, kWaitMilliseconds);
+    sqlite3_busy_timeout(handle, waitMilliseconds);
     // Nothing is ever written, so there need be no journal beside the file.
     m_code = sqlite3_exec(handle, "PRAGMA journal_mode=MEMORY; BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
 }

@@ -12,8 +12,10 @@ namespace quillon::agent {
 /// new file that he takes for the old one's. It is the lock of SQLite on an empty file "FILE.lock".
 class SqliteFileLock {
 public:
-    /// Waits for the lock, some seconds at most.
-    explicit SqliteFileLock(const std::string& libraryPath);
+    static constexpr int kWaitMilliseconds = 10'000;
+
+    /// Waits for the lock for so long at most.
+    explicit SqliteFileLock(const std::string& libraryPath, int waitMilliseconds = kWaitMilliseconds);
 
     bool IsHeld() const { return m_code == SQLITE_OK; }
     /// Returns whether somebody else has it; otherwise there can be no lock here, as in a directory
