@@ -2,12 +2,16 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "base/OwnFigures.h"
+#include "logging/JsonLock.h"
 #include "logging/RollOverBanner.h"
 #include "logging/RollingFile.h"
+#include "platform/ProcessStagesApi.h"
 #include "platform/ThreadApi.h"
 #include "quillon/DataTable.h"
 #include "quillon/DataTableIO.h"
@@ -53,13 +57,23 @@ std::string NoteOf(std::uint64_t count, const char* what, Clock::time_point firs
 }  // namespace
 
 struct JsonLinesLogger::Impl {
-    std::recursive_mutex mutex;
     std::shared_ptr<RollingFile> file;
     std::atomic<bool> hasFile{false};
     std::string path;
 };
 
-JsonLinesLogger::JsonLinesLogger() : m_impl(std::make_unique<Impl>()) {}
+RenewableMutex& TheJsonMutex() {
+    static RenewableMutex& mutex = *[] {
+        alignas(RenewableMutex) static std::byte memory[sizeof(RenewableMutex)];
+        auto* const made = new (memory) RenewableMutex;
+        platform::HandleStages({[] { TheJsonMutex().lock(); }, [] { TheJsonMutex().unlock(); },
+                                [] { TheJsonMutex().Renew(); }, [] {}});
+        return made;
+    }();
+    return mutex;
+}
+
+JsonLinesLogger::JsonLinesLogger() : m_impl(std::make_unique<Impl>()) { TheJsonMutex(); }
 JsonLinesLogger::~JsonLinesLogger() = default;
 
 void JsonLinesLogger::InitializeLogging(const char* path, Level level) {
@@ -70,7 +84,7 @@ void JsonLinesLogger::InitializeLogging(const char* path, Level level) {
 bool JsonLinesLogger::IsInitialized() const { return m_impl->hasFile.load(std::memory_order_relaxed); }
 
 void JsonLinesLogger::StopLogging() {
-    const std::lock_guard lock(m_impl->mutex);
+    const std::lock_guard lock(TheJsonMutex());
     m_impl->file.reset();
     m_impl->hasFile = false;
     m_impl->path.clear();
@@ -84,7 +98,7 @@ void JsonLinesLogger::SetPath(const std::string& path) {
     // The report goes to this logger alone: another one could wait for a thread that writes here.
     const auto report = [this] { LoggerUtils::LogCopyright(kTitle, this, false); };
     auto file = std::make_shared<RollingFile>(path, RollingFile::Hooks{report, {}, &NoteOf});
-    const std::lock_guard lock(m_impl->mutex);
+    const std::lock_guard lock(TheJsonMutex());
     m_impl->file.swap(file);
     m_impl->hasFile = true;
     m_impl->path = path;
@@ -94,7 +108,7 @@ void JsonLinesLogger::Write(Level level, const char* format, std::va_list argume
     try {
         const Clock::time_point now = Clock::now();
         const std::string line = LineOf(level, StringUtils::Format(format, arguments), now);
-        const std::lock_guard lock(m_impl->mutex);
+        const std::lock_guard lock(TheJsonMutex());
         const std::shared_ptr<RollingFile> file = m_impl->file;
         if (file == nullptr) return;
         file->Write(line, std::chrono::floor<std::chrono::seconds>(now.time_since_epoch()).count());

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "logging/CustomRollingFileAppender.h"
+#include "logging/JsonLock.h"
 #include "logging/Log4cplusEntry.h"
 #include "logging/RollOverBanner.h"
 #include "platform/ProcessStagesApi.h"
@@ -186,6 +187,7 @@ Shared& TheShared() {
 void HandleStagesOnce() {
     static const bool isDone = [] {
         TheShared();
+        TheJsonMutex();
         platform::HandleStages({&TakeLocks, &GiveLocks, &RenewLocks, &EndLog4cplus});
         return true;
     }();

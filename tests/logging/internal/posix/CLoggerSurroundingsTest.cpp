@@ -9,6 +9,8 @@
 #include <thread>
 
 #include "quillon/CLogger.h"
+#include "quillon/JsonLinesLogger.h"
+#include "quillon/TeeLogger.h"
 #include "support/ChildMain.h"
 #include "support/LogLines.h"
 #include "support/TempDir.h"
@@ -40,15 +42,18 @@ const ChildMode many("clogger-many", [](const Arguments& a) {
     return 0;
 });
 
-/// LOG: forks while four threads log; each child logs a line and ends.
+/// LOG: forks while four threads log, each to both loggers; each child logs a line to both and ends.
 const ChildMode forking("clogger-forking", [](const Arguments& a) {
     constexpr int kForks = 50, kMostLines = 50'000, kPatience = 30;
     CLogger::GetInstance()->InitializeLogging(a[0].c_str(), Level::Info);
+    JsonLinesLogger json;
+    json.InitializeLogging((a[0] + ".json").c_str(), Level::Info);
+    TeeLogger both({CLogger::GetInstance(), &json});
     std::atomic<bool> isDone{false};
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&isDone] {
-            for (int n = 0; n < kMostLines && !isDone; ++n) CLogger::GetInstance()->Info("parent");
+        threads.emplace_back([&isDone, &both] {
+            for (int n = 0; n < kMostLines && !isDone; ++n) both.Info("parent");
         });
     }
     int failed = 0;
@@ -56,7 +61,7 @@ const ChildMode forking("clogger-forking", [](const Arguments& a) {
         const ::pid_t child = ::fork();
         if (child == 0) {
             ::alarm(kPatience);  // ends a child that hangs
-            CLogger::GetInstance()->Info("child %d", static_cast<int>(::getpid()));
+            both.Info("child %d", static_cast<int>(::getpid()));
             ::_exit(0);
         }
         int status = 0;
@@ -100,6 +105,9 @@ TEST_F(CLoggerSurroundingsTest, ForkedChildLogsOn) {
             << "not the child's thread: " << line;
     }
     EXPECT_EQ(children, 50);
+    for (const std::string& line : LinesOf(dir.Read("log.json")))
+        children -= line.find("\"child ") != std::string::npos ? 1 : 0;
+    EXPECT_EQ(children, 0) << "of the other logger";
 }
 
 TEST_F(CLoggerSurroundingsTest, ClosedStandardStreamsGetNoLine) {
