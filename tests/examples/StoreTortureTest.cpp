@@ -16,6 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using StoreTortureTest = StoreTest;
 using Clock = std::chrono::steady_clock;
 
@@ -140,6 +141,7 @@ TEST_F(StoreTortureTest, AFileThatWasMovedAwayIsNoticed) {
     EXPECT_FALSE(store.TryCommit());
     EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("its file was moved away")));
     store.RollbackTransaction();
+    EXPECT_THAT(TakeErrors(), IsEmpty()) << "nothing is left to roll back";
     fs::rename(dir.Native("stores"), dir.Native("others"));
     EXPECT_FALSE(store.ExecuteNonQuery("CREATE TABLE t (a)"));
     EXPECT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)") && store.AddToTable("t", row));

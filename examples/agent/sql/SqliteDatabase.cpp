@@ -160,8 +160,8 @@ void SqliteDatabase::CommitTransaction(std::int32_t) {
 }
 
 void SqliteDatabase::RollbackTransaction(std::int32_t) {
-    m_isBegun = false;
-    if (IsReady()) m_connection.Execute("ROLLBACK");
+    const bool isUndone = std::exchange(m_isBegun, false) && !m_connection.IsInTransaction();
+    if (IsReady() && !isUndone) m_connection.Execute("ROLLBACK");
 }
 
 void SqliteDatabase::ShrinkMemory() {
