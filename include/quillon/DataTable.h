@@ -108,7 +108,7 @@ public:
     void AddRow(const VariantList& row);
     void AddRow(VariantList&& row);
     /// Removes the row at an index from 0 and ends the walk of GetFirstRow(). An index past the
-    /// end changes nothing. The cost grows with the index.
+    /// end changes nothing. The cost grows with the distance to the nearer end.
     void RemoveRow(unsigned long long index);
     /// Removes the rows, and with `alsoColumns` the definitions too. A table that was defined
     /// by a row or an added column stays defined.

@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 
 #include "base/Utf.h"
@@ -32,10 +33,16 @@ std::optional<bool> ToBool(std::string_view text) {
     return std::nullopt;
 }
 
-/// A column that the definitions do not name, or name without a type, is one of texts.
-CellKind KindIn(const VariantList& types, const std::string& name) {
-    const Variant* const type = types.Find(name);
-    const CellKind kind = type != nullptr ? KindOf(*type) : CellKind::Null;
+/// Returns the first definition of each name.
+std::unordered_map<std::string_view, const Variant*> ByName(const VariantList& types) {
+    std::unordered_map<std::string_view, const Variant*> found;
+    for (const Variant& type : types) found.try_emplace(type.GetName(), &type);
+    return found;
+}
+
+/// A column that is not defined, or without a type, is one of texts.
+CellKind KindIn(const Variant& definition) {
+    const CellKind kind = KindOf(definition);
     return kind == CellKind::Null || kind == CellKind::Time ? CellKind::Text : kind;
 }
 
@@ -78,13 +85,14 @@ void CsvReader::Read(DataTable& table) {
 void CsvReader::ReadHeading(DataTable& table) {
     std::vector<std::string> names;
     VariantList columns;
+    const auto types = ByName(m_options.types);
     do {
         ReadField();
         const std::string& name = names.emplace_back(m_field);
         m_names.emplace_back(name);
-        m_kinds.push_back(KindIn(m_options.types, name));
-        const Variant* const type = m_options.types.Find(name);
-        columns.Add(type != nullptr ? *type : Variant::NullVariant(name));
+        const auto type = types.find(name);
+        columns.Add(type != types.end() ? *type->second : Variant::NullVariant(name));
+        m_kinds.push_back(KindIn(columns.end()[-1]));
     } while (EndField());
     table.SetDefaultColumnNames(names);  // makes the table defined
     table.SetDefaultColumns(columns);

@@ -65,6 +65,14 @@ ColumnTypes FindColumnTypes(const Rows& rows) {
     return found;
 }
 
+/// Walks from the nearer end.
+template <class Rows>
+auto RowAt(Rows& rows, unsigned long long index) {
+    const bool fromEnd = index > rows.size() / 2;
+    const auto steps = static_cast<std::ptrdiff_t>(fromEnd ? index - rows.size() : index);
+    return std::next(fromEnd ? rows.end() : rows.begin(), steps);
+}
+
 }  // namespace
 
 DataTable::DataTable() = default;
@@ -208,7 +216,7 @@ void DataTable::AddRow(VariantList&& row) {
 
 void DataTable::RemoveRow(unsigned long long index) {
     if (index >= m_rows.size()) return;
-    m_rows.erase(std::next(m_rows.begin(), static_cast<std::ptrdiff_t>(index)));
+    m_rows.erase(RowAt(m_rows, index));
     m_memory.Settle();
     m_cursor = m_rows.end();
     m_rationalised = false;
@@ -322,9 +330,7 @@ DataTable::iterator DataTable::end() { return m_rows.end(); }
 
 const VariantList& DataTable::GetRow(unsigned long long index) const {
     if (index >= m_rows.size()) throw std::out_of_range("row " + std::to_string(index) + " out of range");
-    const bool fromEnd = index > m_rows.size() / 2;
-    const auto from = fromEnd ? end() : begin();
-    return *std::next(from, static_cast<std::ptrdiff_t>(fromEnd ? index - m_rows.size() : index));
+    return *RowAt(m_rows, index);
 }
 
 VariantList& DataTable::GetRow(unsigned long long index) {

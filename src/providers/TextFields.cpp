@@ -38,16 +38,6 @@ std::vector<TextColumn> ColumnsOf(std::string_view line, std::vector<Start> star
     return columns;
 }
 
-/// The text from character number `begin` on, at most `width` characters of it.
-std::string CharactersOf(const std::string& text, std::size_t begin, std::size_t width) {
-    const char* cursor = text.c_str();
-    std::string skipped;
-    std::string value;
-    if (begin > 0) FixedWidthField(begin).Parse(&cursor, skipped);
-    FixedWidthField(width).Parse(&cursor, value);
-    return StringUtils::Trim(value);
-}
-
 }  // namespace
 
 BlankSeparatedField::BlankSeparatedField() = default;
@@ -118,10 +108,11 @@ std::vector<TextColumn> ReadTextHeading(const std::string& heading, std::size_t 
 
 std::vector<TextColumn> ReadTextRuler(const std::string& heading, const std::string& ruler) {
     std::vector<TextColumn> columns = ReadTextHeading(ruler);
-    std::size_t begin = 0;
+    const char* cursor = heading.c_str();
     for (TextColumn& column : columns) {
-        column.name = CharactersOf(heading, begin, column.width);
-        begin += column.width;
+        column.name.clear();
+        FixedWidthField(column.width).Parse(&cursor, column.name);
+        StringUtils::Trim(column.name);
     }
     return columns;
 }
