@@ -77,10 +77,10 @@ public:
 
     /// Adds a column. T is std::string; long long, a decimal number with an optional sign, 0
     /// without digits, times `multiplier` unless that is 0, held at the range's end when it is
-    /// too large; bool, true for "1" and for "true" in any case; double, likewise multiplied; or
-    /// TimePoint, a date such as "2026-11-25" or "2026-11-25 18:03:57.5 +0100", in UTC without
-    /// a zone, where any other text gives no cell. Takes ownership of `field`, also when it
-    /// throws; a null one throws std::invalid_argument.
+    /// too large; bool, true for "1" and for "true" in any case; double, likewise multiplied, but
+    /// infinite when it is too large; or TimePoint, a date such as "2026-11-25" or "2026-11-25
+    /// 18:03:57.5 +0100", in UTC without a zone, where any other text gives no cell. Takes
+    /// ownership of `field`, also when it throws; a null one throws std::invalid_argument.
     template <ParsableColumn T>
     void AddField(const std::string& name, IParsableField* field, long long multiplier) {
         AddOwnedField<T>(name, field, multiplier);

@@ -4,9 +4,11 @@
 #include <optional>
 #include <stdexcept>
 #include <system_error>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 
+#include "base/RealText.h"
 #include "base/Utf.h"
 #include "data/DataTableColumns.h"
 #include "data/SpecialBytes.h"
@@ -23,8 +25,14 @@ template <class Number>
 std::optional<Number> ToNumber(std::string_view text) {
     Number number{};
     const auto [end, error] = detail::FromChars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
+    if (end != text.data() + text.size()) return std::nullopt;
+    if (error == std::errc()) return number;
+    if constexpr (std::is_same_v<Number, double>) {
+        // Too close to 0 is 0.
+        const bool isBeyond = error == std::errc::result_out_of_range;
+        if (isBeyond && base::RealBeyondRange(text) == 0) return base::RealBeyondRange(text);
+    }
+    return std::nullopt;
 }
 
 std::optional<bool> ToBool(std::string_view text) {

@@ -1,12 +1,12 @@
 #include "data/JsonReader.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstdint>
+#include <cmath>
 #include <system_error>
 #include <utility>
 
 #include "base/HexDigits.h"
+#include "base/RealText.h"
 #include "base/Utf.h"
 #include "data/CellAccess.h"
 #include "data/DataTableColumns.h"
@@ -41,26 +41,6 @@ void AppendCharacter(std::string& output, unsigned code) {
         tail(6);
         tail(0);
     }
-}
-
-/// Whether the size of a JSON number that is not 0 is below 1.
-bool IsBelowOne(std::string_view number) {
-    if (number.starts_with('-')) number.remove_prefix(1);
-    const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
-    const std::string_view mantissa = number.substr(0, mantissaEnd);
-    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-    // How many digits the number has before its point, or minus the zeros behind it.
-    auto magnitude = static_cast<std::int64_t>(point);
-    if (mantissa.front() == '0') {
-        magnitude = static_cast<std::int64_t>(point + 1) -
-                    static_cast<std::int64_t>(mantissa.find_first_not_of("0."));
-    }
-    std::string_view exponent = number.substr(std::min(mantissaEnd + 1, number.size()));
-    if (exponent.starts_with('+')) exponent.remove_prefix(1);
-    std::int32_t power = 0;
-    const auto [end, error] = std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
-    if (error == std::errc::result_out_of_range) return exponent.starts_with('-');
-    return magnitude + power <= 0;
 }
 
 }  // namespace
@@ -228,8 +208,8 @@ double JsonReader::ToDouble(const char* start) const {
     double value = 0;
     const std::errc error = detail::FromChars(start, m_position, value).ec;
     if (error != std::errc()) {
-        if (!IsBelowOne({start, m_position})) Fail(start, "the number is out of range");
-        value = *start == '-' ? -0.0 : 0.0;
+        value = base::RealBeyondRange({start, m_position});
+        if (std::isinf(value)) Fail(start, "the number is out of range");
     }
     return value;
 }

@@ -1,11 +1,13 @@
 #include "quillon/TextToDataTableParser.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
@@ -13,6 +15,7 @@
 #include "base/Characters.h"
 #include "base/DateTimeText.h"
 #include "base/NumberText.h"
+#include "base/RealText.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/FromChars.h"
 #include "quillon/detail/RowBuilder.h"
@@ -68,9 +71,11 @@ const char* FindCharacter(char wanted, const char* cursor, const char* end) {
 
 double ToDouble(std::string_view text) {
     if (text.starts_with('+')) text.remove_prefix(1);
+    const char* const last = text.data() + text.size();
     double number = 0;
-    detail::FromChars(text.data(), text.data() + text.size(), number);
-    return number;
+    const auto [end, error] = detail::FromChars(text.data(), last, number);
+    if (error == std::errc::result_out_of_range) return base::RealBeyondRange({text.data(), end});
+    return std::isfinite(number) || end == last ? number : 0;  // "info" is not infinite
 }
 
 }  // namespace

@@ -192,6 +192,7 @@ TEST(DataTableIO, CsvTakesAnotherSeparatorAndTypes) {
     const std::pair<const char*, const char*> faults[] = {
         {"id\n5x", "record 2, line 2, column 1: not an integer in column 'id'"},
         {"text;ratio\na;1,5", "record 2, line 2, column 3: not a number in column 'ratio'"},
+        {"ratio\n1e-400\n1e400\n", "record 3, line 3, column 1: not a number in column 'ratio'"},
         {"flag\nyes", "record 2, line 2, column 1: not a boolean in column 'flag'"},
     };
     for (const auto& [csv, message] : faults) {
