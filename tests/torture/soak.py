@@ -93,7 +93,10 @@ def parse():
     parser.add_argument("--calls", type=int, default=100_000)
     parser.add_argument("--minutes", type=float, default=20, help="the end, whatever was called")
     parser.add_argument("--warm-up", type=float, default=0.1, help="part of the calls before the first look")
-    return parser.parse_args()
+    options = parser.parse_args()
+    if options.calls <= 0 or options.minutes <= 0:
+        parser.error("calls and minutes must be positive")
+    return options
 
 
 def main():
@@ -101,13 +104,13 @@ def main():
     options.system = Native(options)
     with tempfile.TemporaryDirectory(prefix="soak-") as folder:
         soak = Soak(options, folder)
-        begin, first, rounds = soak.begin, None, 0
-        while soak.number < options.calls and time.monotonic() < begin + 60 * options.minutes:
+        begin, first, rounds, part = soak.begin, None, 0, 0
+        while part < 1:
             soak.round(rounds)
             rounds += 1
-            part = max(soak.number / options.calls, (time.monotonic() - begin) / (60 * options.minutes))
-            if rounds % EXPIRE == 0:
-                soak.pass_time(min(part, 1))
+            part = min(max(soak.number / options.calls, (time.monotonic() - begin) / (60 * options.minutes)), 1)
+            if rounds % EXPIRE == 0 or part == 1:
+                soak.pass_time(part)
             if first is None and part >= options.warm_up:
                 first = soak.figures()
                 print("descriptors, threads, blocks, resident bytes, files:", first, "after", soak.number, flush=True)
