@@ -1,6 +1,8 @@
 #pragma once
 
+#include <exception>
 #include <string>
+#include <string_view>
 
 #include "quillon/Export.h"
 #include "quillon/IAgentConfiguration.h"
@@ -15,6 +17,13 @@ public:
 
     /// Returns the text of a Windows error code, as StringUtils::GetErrorAsString() does.
     static std::string GetErrorMessage(int code);
+    /// Returns what an exception says; nothing when its what() is null, as that of a module's exception may
+    /// be. The text belongs to the exception. Needs no memory.
+    static std::string_view GetExceptionMessage(const std::exception& error);
+    /// Returns the thread's last error, a Windows code on both systems (2: there is no such file), and
+    /// leaves it as it is; 0 when the last operation that sets it has not failed. Call it before anything
+    /// else that may change the last error, a log entry included.
+    static int GetLastErrorCode();
     /// Sets the message to the text of the thread's last error, and the code to 3. Call it before
     /// anything else that may change the last error, a log entry included.
     static void SetInvocationResultFromLastError(InvocationResult& result);

@@ -1,5 +1,6 @@
 #include "quillon/ErrorHelper.h"
 
+#include "base/TextOrEmpty.h"
 #include "platform/ErrorText.h"
 #include "quillon/ICLogger.h"
 #include "quillon/StringUtils.h"
@@ -16,8 +17,14 @@ constexpr unsigned long kRevocationStatusUnknown = 0x40;
 
 std::string ErrorHelper::GetErrorMessage(int code) { return StringUtils::GetErrorAsString(code); }
 
+std::string_view ErrorHelper::GetExceptionMessage(const std::exception& error) {
+    return base::TextOrEmpty(error.what());
+}
+
+int ErrorHelper::GetLastErrorCode() { return static_cast<int>(platform::LastError()); }
+
 void ErrorHelper::SetInvocationResultFromLastError(InvocationResult& result) {
-    result.errorMessage = GetErrorMessage(static_cast<int>(platform::LastError()));
+    result.errorMessage = GetErrorMessage(GetLastErrorCode());
     result.resultCode = InvocationResult::kSystemFailure;
 }
 

@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "base/TextOrEmpty.h"
 #include "modules/Arguments.h"
+#include "quillon/ErrorHelper.h"
 #include "quillon/MethodMetadataBuilder.h"
 #include "quillon/ServiceLocator.h"
 
@@ -49,7 +49,7 @@ InvocationResult Invoke(const IModule& module, const std::string& name, const Re
         if (read(*method, parameters, result)) method->run(parameters, result);
         return result;
     } catch (const std::exception& error) {
-        return Thrown(name, base::TextOrEmpty(error.what()));
+        return Thrown(name, ErrorHelper::GetExceptionMessage(error));
     } catch (...) {
         return Thrown(name, "something that is no std::exception");
     }

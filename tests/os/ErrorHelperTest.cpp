@@ -2,9 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <stdexcept>
 #include <string>
 
+#include "quillon/FileSystemUtils.h"
 #include "support/RecordingLogger.h"
+#include "support/TempDir.h"
 
 namespace quillon {
 
@@ -20,6 +23,23 @@ TEST(ErrorHelper, OnlySoftChecksAllowTwoErrors) {
     EXPECT_THAT(log.Lines(ICLogger::Level::Debug),
                 testing::ElementsAre(" -> CERT_TRUST_REVOCATION_STATUS_UNKNOWN" + rest,
                                      " -> CERT_TRUST_IS_OFFLINE_REVOCATION" + rest));
+}
+
+TEST(ErrorHelper, TellsTheLastErrorAsACodeAndLeavesIt) {
+    const test::TempDir directory;
+    ASSERT_FALSE(FileSystemUtils::EraseFile(directory.Path("missing"), true));
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(ErrorHelper::GetLastErrorCode(), 2);
+    EXPECT_EQ(FileSystemUtils::ReadContentsOfFile(directory.Write("file", "text")), "text");
+    EXPECT_EQ(ErrorHelper::GetLastErrorCode(), 0);
+}
+
+TEST(ErrorHelper, TakesAnExceptionThatSaysNothing) {
+    struct Silent final : std::exception {
+        const char* what() const noexcept override { return nullptr; }
+    };
+    EXPECT_EQ(ErrorHelper::GetExceptionMessage(Silent()), "");
+    const std::runtime_error error("\xC3\xA9");
+    EXPECT_EQ(ErrorHelper::GetExceptionMessage(error).data(), error.what());
 }
 
 }  // namespace quillon

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "quillon/StringUtils.h"
+#include "quillon/ErrorHelper.h"
 
 namespace quillon::agent {
 
@@ -21,18 +21,10 @@ bool HasNoZeroByte(const std::string& name, const std::string& text, InvocationR
            RefuseParameter("'" + name + "' must have no zero byte", result);
 }
 
-/// The library tells the last error as a text only, so the texts of the codes are compared.
-std::string LastFailure(std::initializer_list<std::int32_t> expected) {
-    std::string reason = StringUtils::GetLastErrorAsString();
-    const auto isText = [&reason](std::int32_t code) {
-        return StringUtils::GetErrorAsString(code) == reason;
-    };
-    return isText(0) || std::any_of(expected.begin(), expected.end(), isText) ? std::string() : reason;
-}
-
-const char* WhatOf(const std::exception& error) {
-    const char* const text = error.what();
-    return text != nullptr ? text : "";
+std::string LastFailure(std::initializer_list<int> expected) {
+    const int code = ErrorHelper::GetLastErrorCode();
+    const bool isExpected = std::find(expected.begin(), expected.end(), code) != expected.end();
+    return isExpected ? std::string() : ErrorHelper::GetErrorMessage(code);  // that of 0 is empty
 }
 
 }  // namespace quillon::agent

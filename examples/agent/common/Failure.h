@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <exception>
 #include <initializer_list>
 #include <string>
 
@@ -18,10 +17,10 @@ bool RefuseParameter(const std::string& message, InvocationResult& result);
 /// has.
 bool HasNoZeroByte(const std::string& name, const std::string& text, InvocationResult& result);
 
-/// Returns the text of the thread's last error; nothing when that is none (0), or one of those codes.
-std::string LastFailure(std::initializer_list<std::int32_t> expected);
+/// Codes of the last error.
+constexpr int kFileNotFound = 2, kPathNotFound = 3, kNoDirectory = 267;
 
-/// Returns what an exception of a module says; empty when that is null.
-const char* WhatOf(const std::exception& error);
+/// Returns the text of the thread's last error; nothing when that is none (0), or one of those codes.
+std::string LastFailure(std::initializer_list<int> expected);
 
 }  // namespace quillon::agent

@@ -11,6 +11,7 @@
 #include "host/ModuleLoader.h"
 #include "modules/Arguments.h"
 #include "quillon/DateTimeUtils.h"
+#include "quillon/ErrorHelper.h"
 #include "quillon/LogText.h"
 #include "quillon/LoggerUtils.h"
 #include "quillon/MethodMetadataBuilder.h"
@@ -32,11 +33,11 @@ InvocationResult Failure(std::int32_t code, const std::string& message) {
 }
 
 /// Answers for a method that left by an exception.
-InvocationResult Thrown(const std::string& method, const char* what) {
+InvocationResult Thrown(const std::string& method, std::string_view what) {
     try {
         ServiceLocator::Get<ICLogger>()->Error("Method '%s' threw: %s", LogText::OneLine(method).c_str(),
                                                LogText::OneLine(what).c_str());
-        return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + what);
+        return Failure(InvocationResult::kMethodThrew, "Method '" + method + "' threw: " + std::string(what));
     } catch (const std::bad_alloc&) {
         InvocationResult result;
         result.resultCode = InvocationResult::kMethodThrew;
@@ -125,7 +126,7 @@ InvocationResult Host::Run(const std::string& method, const ParameterReader& rea
         Hint(*found->metadata, result);
         return result;
     } catch (const std::exception& error) {
-        return Thrown(method, WhatOf(error));
+        return Thrown(method, ErrorHelper::GetExceptionMessage(error));
     } catch (...) {
         return Thrown(method, "something that is no std::exception");
     }

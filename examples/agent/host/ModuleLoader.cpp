@@ -1,13 +1,13 @@
 #include "host/ModuleLoader.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <exception>
 #include <set>
 #include <utility>
 #include <vector>
 
 #include "common/Failure.h"
+#include "quillon/ErrorHelper.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/ICLogger.h"
 #include "quillon/LogText.h"
@@ -90,7 +90,7 @@ std::string StartModule(ModuleEntryFunction function, ModuleList& modules, Metho
         std::string fault = CheckEntry(entry);
         return fault.empty() ? AddModule(*entry, modules, names) : fault;
     } catch (const std::exception& error) {
-        return std::string("it threw: ") + WhatOf(error);
+        return "it threw: " + std::string(ErrorHelper::GetExceptionMessage(error));
     } catch (...) {
         return "it threw something that is no std::exception";
     }
@@ -119,7 +119,6 @@ std::vector<std::string> FindLibraries(const std::string& directory) {
     const std::string pattern =
         PathUtils::CombinePaths(directory, std::string("*") + kSharedLibraryEnd, PathUtils::PathSep);
     FileSystemUtils::FindFiles(pattern, &files);
-    constexpr std::int32_t kFileNotFound = 2;
     const std::string fault = LastFailure({kFileNotFound});
     if (!fault.empty())
         ServiceLocator::Get<ICLogger>()->Warn("The modules in '%s' cannot be listed: %s",

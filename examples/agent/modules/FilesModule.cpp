@@ -1,13 +1,13 @@
 #include "modules/Modules.h"
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <utility>
 
 #include "common/Failure.h"
 #include "modules/Describe.h"
 #include "quillon/DescribedBinder.h"
+#include "quillon/ErrorHelper.h"
 #include "quillon/File.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
@@ -33,7 +33,6 @@ std::string ReadPattern(const std::string& text) {
 
 /// That nothing matches is no failure, nor that there is no such directory.
 void ReportFailedSearch(const std::string& pattern, InvocationResult& result) {
-    constexpr std::int32_t kFileNotFound = 2, kPathNotFound = 3, kNoDirectory = 267;
     const std::string reason = LastFailure({kFileNotFound, kPathNotFound, kNoDirectory});
     if (!reason.empty())
         Fail(InvocationResult::kSystemFailure, "Cannot list '" + pattern + "': " + reason, result);
@@ -70,7 +69,8 @@ void Versions(DescribedBinder& binder, InvocationResult& result) {
 
 Variant SizeOf(const std::string& file) {
     const auto size = static_cast<long long>(FileSystemUtils::GetFileSizeInBytes(file));
-    return size > 0 || LastFailure({}).empty() ? Variant("Size", size) : Variant::NullVariant("Size");
+    return size > 0 || ErrorHelper::GetLastErrorCode() == 0 ? Variant("Size", size)
+                                                            : Variant::NullVariant("Size");
 }
 
 VariantList FoundRow(const std::string& file) {

@@ -1,7 +1,6 @@
 #include "sql/DatabaseFolder.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -54,9 +53,8 @@ std::optional<std::string> DatabaseFolder::FileOf(const std::string& name) const
 
 std::vector<std::string> DatabaseFolder::GetNames() const {
     std::vector<std::string> files, names;
-    constexpr std::int32_t kFileNotFound = 2, kPathNotFound = 3;  // it is made with the first store
     if (!FileSystemUtils::GetImmediateFilesWithin(m_folder, files)) {
-        const std::string reason = LastFailure({kFileNotFound, kPathNotFound});
+        const std::string reason = LastFailure({kFileNotFound, kPathNotFound});  // the first store makes it
         if (!reason.empty()) throw std::runtime_error("The databases cannot be listed: " + reason);
     }
     for (const std::string& file : files) {
