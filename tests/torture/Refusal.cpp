@@ -22,7 +22,6 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -32,7 +31,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "torture/Board.h"
+#include "torture/ArmedProcess.h"
 
 extern "C" {
 void* __libc_malloc(std::size_t size);
@@ -45,10 +44,6 @@ void __libc_free(void* memory);
 namespace {
 
 using namespace quillon::torture;
-
-Board own{};
-Board* board = &own;
-std::atomic<bool> isArmed{false};
 
 void ShowPlace() {
     void* frames[64];
@@ -83,8 +78,7 @@ void ShowRefused() {
 
 /// Counts a call and says whether it fails; errno is then set.
 bool Refuse(Kind kind, int error) {
-    if (!isArmed.load(std::memory_order_relaxed)) return false;
-    const Answer answer = Count(*board, kind, &Place);
+    const Answer answer = CountArmed(kind, &Place);
     if (answer == Answer::Pass) return false;
     if (answer == Answer::RefuseAndShow) ShowRefused();
     errno = error;

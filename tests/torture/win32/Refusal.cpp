@@ -10,22 +10,17 @@
 #include <process.h>
 #include <ws2tcpip.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
 
-#include "torture/Board.h"
+#include "torture/ArmedProcess.h"
 
 namespace {
 
 using namespace quillon::torture;
-
-Board own{};
-Board* board = &own;
-std::atomic<bool> isArmed{false};
 
 /// Names the callers, each with its module, as addresses that addr2line takes.
 void ShowPlace() {
@@ -59,8 +54,7 @@ std::uintptr_t BaseOf(void* address) {
 
 /// Counts a call and says whether it fails; the error of the system or of the C library is then set.
 bool Refuse(Kind kind, DWORD error) {
-    if (!isArmed.load(std::memory_order_relaxed)) return false;
-    const Answer answer = Count(*board, kind, &Place);
+    const Answer answer = CountArmed(kind, &Place);
     if (answer == Answer::Pass) return false;
     if (answer == Answer::RefuseAndShow) ShowPlace();
     errno = kind == Thread ? EAGAIN : ENOMEM;
