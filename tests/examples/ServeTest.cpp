@@ -320,4 +320,13 @@ TEST_F(TempDirTest, AgentServesItsStandardStreams) {
                 HasSubstr(R"({"id":2,"code":2,"message":"Unknown method 'No.Such'","table":null})"));
 }
 
+/// For Linux: the shell of Windows opens no directory.
+TEST_F(TempDirTest, AgentThatCannotReadItsStandardInputFails) {
+    if (kWindows) GTEST_SKIP() << "needs a file that can be opened but not read";
+    const std::string line = AgentCommand({"serve"}).Get() + " 2>&1 < \"" + dir.Native().string() + '"';
+    const AgentRun run = RunLine("cmd /c \"" + line + '"');
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, testing::ContainsRegex("ERROR.* Standard input cannot be read: .*directory"));
+}
+
 }  // namespace quillon::test

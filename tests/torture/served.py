@@ -101,7 +101,7 @@ class Agent:
         """A client that the agent cannot read from, or answer, is the end of one that serves nobody else."""
         with open(self.errors.name, "rb") as errors:
             text = errors.read()
-        return (code == 0 and b"Standard input" in text) or (code == 1 and b"Standard output" in text)
+        return code == 1 and (b"Standard input" in text or b"Standard output" in text)
 
     def end(self):
         """Returns the code of its end; None when it had to be killed."""

@@ -1,5 +1,6 @@
 #include "serve/Server.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -30,19 +31,27 @@ namespace {
 
 constexpr std::size_t kMostClients = 64;
 constexpr std::chrono::seconds kPatience{10};
+constexpr int kFailed = 1;  // exit code of an agent that cannot go on
 
 /// The agent's own standard streams.
 class StandardChannel final : public Channel {
 public:
-    explicit StandardChannel(const WriteFunction& write) : m_write(write) {}
+    /// Sets `hasFailed` when standard input cannot be read.
+    StandardChannel(const WriteFunction& write, std::atomic<bool>& hasFailed)
+        : m_write(write), m_hasFailed(hasFailed) {}
 
-    std::size_t Read(char* bytes, std::size_t size) override { return m_input.Read(bytes, size); }
+    std::size_t Read(char* bytes, std::size_t size) override {
+        const std::size_t count = m_input.Read(bytes, size);
+        m_hasFailed = m_input.HasFailed();
+        return count;
+    }
     bool Write(std::string_view bytes) override { return m_write(bytes); }
     bool IsGone() override { return false; }  // the next answer tells
     void Stop() override { m_input.Stop(); }
 
 private:
     const WriteFunction& m_write;
+    std::atomic<bool>& m_hasFailed;
     StandardInput m_input;
 };
 
@@ -141,7 +150,7 @@ private:
 void AwaitCalls(Sessions& sessions) {
     if (sessions.AwaitAll()) return;
     ServiceLocator::Get<ICLogger>()->Error("A call has not ended; the agent ends without it");
-    std::_Exit(1);
+    std::_Exit(kFailed);
 }
 
 int ServeStandardStreams(Sessions& sessions, const WriteFunction& write) {
@@ -150,9 +159,10 @@ int ServeStandardStreams(Sessions& sessions, const WriteFunction& write) {
         sessions.StopAll();
     });
     TellReady();
-    sessions.Start(std::make_unique<StandardChannel>(write));
+    std::atomic<bool> hasFailed = false;
+    sessions.Start(std::make_unique<StandardChannel>(write, hasFailed));
     AwaitCalls(sessions);
-    return 0;
+    return hasFailed ? kFailed : 0;
 }
 
 int ServeAddress(Sessions& sessions, const std::string& address) {

@@ -19,8 +19,9 @@ struct ServeSettings {
 using WriteFunction = std::function<bool(std::string_view)>;
 
 /// Serves until the client at standard input ends, or until the host shuts down. Calls that run are then
-/// ended as by a shutdown, and answered. Returns 0; throws std::runtime_error when the address cannot
-/// be opened. When a call does not end within ten seconds, the process ends with code 1.
+/// ended as by a shutdown, and answered. Returns the exit code: 0, or 1 when standard input cannot be read,
+/// which is logged. Throws std::runtime_error when the address cannot be opened. When a call does not end
+/// within ten seconds, the process ends with code 1.
 int Serve(const Host& host, const ServeSettings& settings, const WriteFunction& writeToOutput);
 
 }  // namespace quillon::agent

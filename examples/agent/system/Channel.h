@@ -48,6 +48,8 @@ public:
     StandardInput& operator=(const StandardInput&) = delete;
 
     std::size_t Read(char* bytes, std::size_t size);
+    /// Returns whether a Read() has failed, which it has logged.
+    bool HasFailed() const;
     void Stop();
 
 private:

@@ -251,7 +251,18 @@ std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault)
 }
 
 struct StandardInput::State {
+    /// With errno. The reason needs memory, which there may be none of.
+    void Fail() {
+        hasFailed = true;
+        try {
+            ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s",
+                                                   SystemErrorText(errno).c_str());
+        } catch (const std::bad_alloc&) {
+        }
+    }
+
     StopEvent stop;
+    bool hasFailed = false;
 };
 
 StandardInput::StandardInput() : m_state(std::make_unique<State>()) {
@@ -262,11 +273,11 @@ StandardInput::~StandardInput() = default;
 
 std::size_t StandardInput::Read(char* bytes, std::size_t size) {
     const ssize_t count = ReadFrom(STDIN_FILENO, m_state->stop, bytes, size);
-    if (count < 0)
-        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s",
-                                               SystemErrorText(errno).c_str());
+    if (count < 0) m_state->Fail();
     return CountOf(count);
 }
+
+bool StandardInput::HasFailed() const { return m_state->hasFailed; }
 
 void StandardInput::Stop() { m_state->stop.Set(); }
 

@@ -207,6 +207,7 @@ struct StandardInput::State {
 
     std::shared_ptr<Shared> shared = std::make_shared<Shared>();
     bool isStarted = false;
+    bool hasFailed = false;
 };
 
 /// Returns why nothing could be read; 0 at the end, too.
@@ -249,12 +250,16 @@ StandardInput::~StandardInput() { Stop(); }
 
 std::size_t StandardInput::Read(char* bytes, std::size_t size) {
     const std::shared_ptr<State::Shared> shared = m_state->shared;
-    if (!m_state->Start()) return 0;
+    if (!m_state->Start()) {
+        m_state->hasFailed = true;
+        return 0;
+    }
     std::unique_lock lock(shared->mutex);
     shared->changed.wait(lock,
                          [&] { return shared->isStopped || shared->hasEnded || !shared->bytes.empty(); });
     if (shared->isStopped) return 0;
     if (shared->fault != ERROR_SUCCESS) {
+        m_state->hasFailed = true;
         ::SetLastError(std::exchange(shared->fault, ERROR_SUCCESS));
         ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s", LastErrorText().c_str());
     }
@@ -263,6 +268,8 @@ std::size_t StandardInput::Read(char* bytes, std::size_t size) {
     shared->changed.notify_all();
     return count;
 }
+
+bool StandardInput::HasFailed() const { return m_state->hasFailed; }
 
 void StandardInput::Stop() {
     const std::lock_guard lock(m_state->shared->mutex);
