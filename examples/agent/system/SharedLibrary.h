@@ -11,7 +11,8 @@ extern const char* const kSharedLibraryEnd;
 /// Loads a shared library from its file, a library path in UTF-8, together with everything that it
 /// needs, and returns the address of a function that it exports. Libraries that it needs are looked for
 /// in the agent's directory, its own and the system's, never in the working directory. On failure returns
-/// null, and `fault` says why to people; a file for which FindForeignWriter() has something to tell is one.
+/// null, and `fault` says why to people. What is no regular file, and one for which FindForeignWriter() has
+/// something to tell, is a failure.
 /// The library is first loaded in another process, a child on Linux and a process of the same program on
 /// Windows, so its static constructors run twice: those that throw, crash or take more than 30 seconds are a
 /// failure too.

@@ -53,6 +53,13 @@ std::string CheckWithParents(const std::string& real) {
     return fault.empty() ? CheckOne("/", true) : fault;
 }
 
+/// What is something else, as a FIFO, may keep whoever opens it waiting.
+std::string CheckIsRegular(const std::string& real) {
+    struct stat status {};
+    if (::stat(real.c_str(), &status) != 0) return real + ": " + SystemErrorText(errno);
+    return S_ISREG(status.st_mode) ? "" : "it is no regular file";
+}
+
 int trialReport = -1;  // of the child, which tells there what ended it, or a NUL when nothing did
 
 [[noreturn]] void ReportAndEnd() {
@@ -138,6 +145,7 @@ const char* const kSharedLibraryEnd = ".so";
 void* LoadFunction(const std::string& path, const char* name, std::string& fault) {
     const std::string real = RealPath(PathUtils::ToSystemPath(path));
     fault = real.empty() ? path + ": " + SystemErrorText(errno) : CheckWithParents(real);
+    if (fault.empty()) fault = CheckIsRegular(real);
     if (fault.empty()) fault = TryInChild(real);
     if (!fault.empty()) return nullptr;
     void* const library = ::dlopen(real.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
