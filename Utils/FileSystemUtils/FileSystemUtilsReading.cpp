@@ -1,12 +1,20 @@
+#include <algorithm>
+#include <functional>
+#include <new>
+#include <stdexcept>
 #include <string_view>
 
+#include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
+#include "platform/FileContent.h"
 #include "quillon/FileSystemUtils.h"
 
 namespace quillon {
 
 namespace {
+
+constexpr std::size_t kLongestFirstLine = platform::kMostWithoutSize;
 
 /// The bytes of a file, given in pieces, as text: CR LF becomes LF, 0x1A ends it.
 class TextMode {
@@ -48,11 +56,27 @@ private:
     bool m_hasReturn = false;
 };
 
+bool FailForMemory() {
+    platform::SetLastErrorCode(base::kNotEnoughMemory);
+    return false;
+}
+
+/// As platform::ReadPieces(), and false also when the visitor has no memory.
+bool ReadPieces(const std::string& path, const std::function<bool(std::string_view)>& visit) try {
+    return platform::ReadPieces(path, visit);
+} catch (const std::bad_alloc&) {
+    return FailForMemory();
+} catch (const std::length_error&) {
+    return FailForMemory();
+}
+
+bool IsShortEnough(std::size_t firstLine) { return firstLine <= kLongestFirstLine || FailForMemory(); }
+
 }  // namespace
 
 std::string FileSystemUtils::ReadContentsOfFile(const std::string& path) {
     TextMode reader;
-    if (!platform::ReadPieces(path, [&](std::string_view piece) { return reader.Add(piece); })) return {};
+    if (!ReadPieces(path, [&](std::string_view piece) { return reader.Add(piece); })) return {};
     reader.Finish();
     platform::SetLastErrorCode(0);
     return std::move(reader.Text());
@@ -78,17 +102,16 @@ std::string FileSystemUtils::ReadSingleLineFromFile(const char* path) {
 
 std::string FileSystemUtils::ReadSingleLineFromFile(const std::string& path) {
     TextMode reader;
-    std::size_t lineFeed = std::string::npos;
-    const bool isRead = platform::ReadPieces(path, [&](std::string_view piece) {
-        const std::size_t searched = reader.Text().size();
+    std::size_t lineEnd = 0;  // or that of what is read
+    const bool isRead = ReadPieces(path, [&](std::string_view piece) {
         const bool goesOn = reader.Add(piece);
-        lineFeed = reader.Text().find('\n', searched);
-        return goesOn && lineFeed == std::string::npos;
+        lineEnd = std::min(reader.Text().find('\n', lineEnd), reader.Text().size());
+        return goesOn && lineEnd == reader.Text().size() && lineEnd <= kLongestFirstLine;
     });
-    if (!isRead) return {};
+    if (!isRead || !IsShortEnough(lineEnd)) return {};
     reader.Finish();
     platform::SetLastErrorCode(0);
-    return reader.Text().substr(0, lineFeed);
+    return reader.Text().substr(0, reader.Text().find('\n', lineEnd));
 }
 
 }  // namespace quillon

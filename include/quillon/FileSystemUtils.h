@@ -144,7 +144,7 @@ public:
     /// text that ends with one gives a last, empty line, an empty text no line. Reading ends
     /// with a line of more than 32,767 bytes, which is cut there.
     static void ReadContentsOfFile(const std::string& path, std::vector<std::string>& lines);
-    /// Returns the first of these lines; no more of the file is read than it takes.
+    /// Returns the first line, of 64 MiB at most (else 8); reads no more of the file than it takes.
     static std::string ReadSingleLineFromFile(const char* path);
     static std::string ReadSingleLineFromFile(const std::string& path);
 
