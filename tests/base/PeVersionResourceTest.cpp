@@ -134,16 +134,6 @@ TEST(PeVersionResource, FilesThatContradictThemselvesGiveNothing) {
     EXPECT_TRUE(childless.texts && childless.texts->fixed && childless.texts->values.empty());
 }
 
-TEST(PeVersionResource, NoCutAndNoChangedByteIsReadPast) {
-    const std::string good = GoodFile();
-    for (std::size_t size = 0; size < good.size(); ++size) {
-        EXPECT_FALSE(ReadVersion(good.substr(0, size)).texts) << size;
-    }
-    for (std::size_t at = 0; at < good.size(); ++at) {
-        for (const char* const byte : {"\xFF", "\x80", "\x01"}) ReadVersion(Patched(good, at, byte));
-    }
-}
-
 TEST(PeVersionResource, ReadsWhatTheSystemReads) {
     if (!test::kWindows) GTEST_SKIP() << "there is no system reader to compare with";
     int compared = 0;

@@ -37,19 +37,6 @@ TEST(Utf, ConvertsBothWaysAtEveryBoundaryOfLength) {
     }
 }
 
-// Blocks of sixteen are taken at once: a character of two bytes at every place
-// around one finds a block that is cut wrongly.
-TEST(Utf, FindsEveryPlaceInABlock) {
-    for (std::size_t before = 0; before < 34; ++before) {
-        for (const std::size_t after : {0U, 1U, 15U, 16U, 17U}) {
-            const std::string narrow = std::string(before, 'x') + "\xC3\xA9" + std::string(after, 'y');
-            const std::wstring wide = std::wstring(before, L'x') + L'\xE9' + std::wstring(after, L'y');
-            ASSERT_EQ(Utf8ToWide(narrow), wide) << before;
-            ASSERT_EQ(WideToUtf8(wide), narrow) << before;
-        }
-    }
-}
-
 /// One character at a time, without blocks.
 std::optional<std::u16string> DecodePlainly(std::string_view text) {
     std::u16string units;

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "platform/CodePageApi.h"
-#include "platform/ErrorText.h"
 #include "platform/ole/OleTypes.h"
 #include "quillon/StringUtils.h"
 #include "support/System.h"
@@ -26,14 +25,6 @@ TEST(TextApiBstr, IsConvertedToTheAnsiCodePageByItsOwnCount) {
     EXPECT_EQ(FromBstr({0xE9, 0x20AC, 0x178}), test::kWindows ? "\xE9\x80\x9F" : "\u00E9\u20AC\u0178");
     EXPECT_EQ(FromBstr({L'<', 0x4E2D, L'>'}), test::kWindows ? "<?>" : "<\u4E2D>");
     EXPECT_EQ(StringUtils::ConvertBSTRToNarrowString(nullptr), "");
-}
-
-TEST(TextApi, LastErrorBelongsToItsThreadAndSurvivesTheTextLookUp) {
-    SetLastErrorCode(32);
-    EXPECT_EQ(LastError(), 32u);
-    EXPECT_EQ(StringUtils::GetLastErrorAsString().rfind("(32/0X20) ", 0), 0u);
-    EXPECT_EQ(ErrorCodeText(0x2FFF0001), std::nullopt);
-    EXPECT_EQ(LastError(), 317u) << "no such message";
 }
 
 TEST(CodePageApi, ConvertsWholeTextsByTheWindowsNumberOfTheirPage) {

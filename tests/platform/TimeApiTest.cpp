@@ -151,26 +151,5 @@ TEST(DateTimeUtilsLocal, FollowsTheZoneOfTheMachine) {
                                       "2016-01-01T17:00:00.000Z\n2016-07-01T17:00:00.000Z\n"));
 }
 
-TEST(WindowsTypes, VariantsOwnTheirText) {
-    const _bstr_t text(L"one");
-    _variant_t first(text);
-    const _variant_t second(first);
-    EXPECT_NE(first.bstrVal, second.bstrVal);
-    first = _variant_t(2.5);
-    EXPECT_EQ(first.vt, VT_R8);
-    EXPECT_EQ(std::wstring(second.bstrVal), L"one");
-    _variant_t moved(std::move(first));
-    moved = second;
-    VARIANT detached = moved.Detach();
-    EXPECT_EQ(moved.vt, VT_EMPTY);
-    EXPECT_EQ(_bstr_t(detached.bstrVal, true).length(), 3u);
-    ::VariantClear(&detached);
-    EXPECT_EQ(detached.vt, VT_EMPTY);
-
-    const _bstr_t withZero(::SysAllocStringLen(L"a\0b", 3), false);
-    const _bstr_t copy(withZero);
-    EXPECT_EQ(std::wstring(static_cast<const wchar_t*>(copy), copy.length()), std::wstring(L"a\0b", 3));
-}
-
 }  // namespace
 }  // namespace quillon
