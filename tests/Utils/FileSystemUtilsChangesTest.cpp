@@ -305,11 +305,6 @@ TEST_F(FileSystemChangesTest, FailureToCopyThrowsAndAMissingSourceDoesNot) {
     EXPECT_EQ(dir.Read("b"), "x");
 }
 
-TEST_F(FileSystemChangesTest, UnknownPrivilegeIsRefused) {
-    EXPECT_FALSE(FS::SetProcessPrivilege(L"SeNoSuchPrivilege", true));
-    EXPECT_FALSE(FS::SetProcessPrivilege(L"", true));
-}
-
 TEST_F(FileSystemChangesTest, SecureFileLeavesTheFileToItsUser) {
     const std::string file = dir.Write("a", "x");
     EXPECT_TRUE(FS::SecureFile(file));

@@ -31,14 +31,6 @@ TEST(ThreadUtils, NamesTheCurrentThreadOnly) {
     }).join();
 }
 
-TEST(ThreadUtils, EveryThreadHasItsId) {
-    const unsigned long mine = ThreadUtils::GetThreadId();
-    unsigned long other = mine;
-    std::thread([&] { other = ThreadUtils::GetThreadId(); }).join();
-    EXPECT_NE(other, mine);
-    EXPECT_EQ(ThreadUtils::GetThreadId(), mine);
-}
-
 TEST(ThreadUtils, DoesNotSleepForThePast) {
     for (const long long past : {0LL, -1LL, std::numeric_limits<long long>::min()}) {
         ThreadUtils::ThreadSleepMs(past);  // or this test would never end

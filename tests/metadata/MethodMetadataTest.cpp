@@ -46,23 +46,6 @@ std::string Thrown(const std::function<void()>& call) {
     return "nothing";
 }
 
-TEST(MethodMetadata, IsEmptyAtFirst) {
-    const MethodMetadata method;
-    const MethodParameter parameter;
-    const MethodColumn column;
-    for (const char* text : {method.MethodName(), method.Description(), method.Example(),
-                             method.AdditionalParametersDescription(), method.AdditionalColumnsDescription()})
-        EXPECT_EQ(text, MethodMetadata::m_empty) << text;
-    EXPECT_FALSE(method.HasFlags() || method.HasWarnings() || method.HasNotes() || method.IsDeprecated() ||
-                 method.IsUndocumented() || method.HasAdditionalParameters() ||
-                 method.HasAdditionalColumns());
-    EXPECT_FALSE(parameter.WasIntroduced() || parameter.IsDeprecated() || column.Alternative());
-    EXPECT_STREQ(parameter.Type(), "unknown");
-    EXPECT_STREQ(column.Type(), "unknown");
-    EXPECT_THAT(Introduced(method), IsEmpty());
-    EXPECT_NO_THROW(method.VisitIntroduced({}));
-}
-
 TEST(MethodMetadata, NamesTypesByTheirHash) {
     const struct {
         const std::type_info& type;
