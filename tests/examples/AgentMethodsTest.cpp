@@ -88,23 +88,6 @@ TEST(AgentArguments, AreRefusedWhenTheyAreNotOfTheirType) {
     }
 }
 
-TEST(AgentMethods, AreListedAsJsonWhenDocumented) {
-    const ordered_json methods = RunForJson({"methods"});
-    ASSERT_FALSE(methods.empty());
-    std::map<std::string, ordered_json> byName;
-    for (const auto& method : methods) {
-        EXPECT_TRUE(byName.emplace(method["name"], method).second) << method["name"];
-    }
-    const ordered_json& run = byName["Commands.Run"];
-    const ordered_json& timeout = run["parameters"][1];
-    EXPECT_EQ(timeout["name"], "timeout");
-    EXPECT_EQ(timeout["type"], "integer");
-    EXPECT_EQ(timeout["optional"], true);
-    EXPECT_EQ(timeout["default"], 3600);
-    EXPECT_EQ(run["introduced"]["Linux"], "5.0");
-    EXPECT_EQ(run["columns"][2]["name"], "LineNumber");
-}
-
 TEST(AgentMethods, AreListedForPeople) {
     EXPECT_THAT(RunAgent({"methods"}).output,
                 AllOf(HasSubstr("Commands.Run\n  Runs a command line and answers with what it wrote.\n"
