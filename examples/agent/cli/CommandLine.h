@@ -64,7 +64,7 @@ struct UsageMessage {
 using CommandLine =
     std::variant<RunCommand, MethodsCommand, ServeCommand, ServiceCommand, CompletionCommand, UsageMessage>;
 
-/// `arguments` are those after the program's name.
+/// Reads a command line; `arguments` are those after the program's name.
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace quillon::agent

@@ -9,9 +9,9 @@ namespace quillon::agent {
 
 enum class ListFormat { Text, Json, Markdown };
 
-/// Every documented method as its record describes it: for people, as an array of
-/// objects, or as a document. Only those whose names begin with the prefix; a text has lines of at most
-/// `width` characters, 100 when that is 0 or more.
+/// Describes each documented method whose name begins with the prefix, by its record: as a text for people,
+/// as a JSON array of objects, or as a Markdown document. The lines of the text have at most `width`
+/// characters, 40 to 100 whatever it says; 0 is 100.
 std::string DescribeMethods(const ModuleList& modules, const std::string& prefix, ListFormat format,
                             std::size_t width);
 

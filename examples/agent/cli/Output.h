@@ -24,8 +24,7 @@ public:
     /// Throws std::system_error when it cannot be written.
     void Write(std::string_view text);
     /// Writes a table row by row, with a line end at its end; nothing for an undefined table. A text for
-    /// a terminal is cut to its width.
-    /// Metrics are named after the method.
+    /// a terminal is cut to its width. Metrics are named after the method.
     void Write(const DataTable& table, Format format, const std::string& method);
     /// Returns how many characters a line of the terminal has; 0 when it is none.
     std::size_t Width() const;

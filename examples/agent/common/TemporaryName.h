@@ -4,7 +4,7 @@
 
 namespace quillon::agent {
 
-/// A name for a file in the making, new with every call.
+/// Returns a name for a file that is still being written, another one with each call.
 std::string MakeTemporaryName();
 /// Returns whether a name has the form of those that the agent and the library make.
 bool IsTemporaryName(const std::string& name);

@@ -24,10 +24,10 @@ struct CopyOutcome {
     bool isAborted = false;
 };
 
-/// Whether a text can be a SHA-256: 64 hexadecimal digits.
+/// Returns whether a text can be a SHA-256: 64 hexadecimal digits.
 bool IsSha256(const std::string& text);
 
-/// The host is shutting down; false without a monitor.
+/// Returns whether the host is shutting down; false without a monitor.
 bool IsEnding();
 
 /// Copies one file under a temporary name when length and hash are those expected; else nothing of it

@@ -17,7 +17,7 @@ struct RemoteName {
 /// an Error entry of what is not UTF-8.
 RemoteName ReadRemoteName(const std::string& name);
 
-/// The same for every name that may be the same file on a system that does not regard case.
+/// Returns a text that is equal for all names of one file on a system whose file names are case-insensitive.
 std::string KeyOf(const RemoteName& name);
 
 }  // namespace quillon::agent

@@ -28,8 +28,8 @@ bool ReadParameters(const std::vector<std::string>& arguments,
                     const std::map<std::string, std::string>& found, const IMethodMetadataReader& method,
                     MethodParameters& parameters, InvocationResult& result);
 
-/// One value of a type ("integer", "float", "boolean", "datetime"; else a text) as above;
-/// nothing when it cannot be read.
+/// Reads one value of a type ("integer", "float", "boolean", "datetime"; else a text) as ReadParameters()
+/// does; nothing when it cannot be read.
 std::optional<Variant> ReadValue(const std::string& name, std::string_view type, const std::string& text);
 
 }  // namespace quillon::agent

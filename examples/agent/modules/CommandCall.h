@@ -19,8 +19,9 @@ struct CommandCall {
     long long maxOutput = 0;
 };
 
-/// `isOptional`: what the method runs may be something else.
+/// Describes these parameters. With `isOptional` the command may be left out.
 void DescribeCommand(IMethodMetadataBuilder& builder, bool isOptional = false);
+/// Has the binder fill the call with them.
 void AddBindings(DescribedBinder& binder, CommandCall& call);
 
 /// Runs the command and puts its output into the result, in one row or in lines. False
@@ -28,10 +29,10 @@ void AddBindings(DescribedBinder& binder, CommandCall& call);
 /// the result then says why, and holds what a command had written that was killed.
 bool RunCommand(const CommandCall& call, bool lines, InvocationResult& result);
 
-/// The same with the output parsed as TableLayout says, after `skip` lines.
+/// Does the same with the output parsed as TableLayout says, after `skip` lines.
 bool RunCommandTable(const CommandCall& call, const std::string& columns, long long skip,
                      InvocationResult& result);
-/// The parameter "skip" and how "columns" is written.
+/// Describes the parameter "skip", and how "columns" is written.
 void DescribeLayout(IMethodMetadataBuilder& builder);
 
 }  // namespace quillon::agent

@@ -6,10 +6,11 @@
 
 namespace quillon::agent {
 
-// The plain cases of a method's description.
+// Add what is plain to the description of a method.
 
+/// Adds a text that is mandatory.
 void AddParameter(IMethodMetadataBuilder& builder, const char* name, const char* description);
-/// A text that may be left out, and is then empty.
+/// Adds a text that may be left out, and is then empty.
 void AddOptionalParameter(IMethodMetadataBuilder& builder, const char* name, const char* description);
 void AddFlag(IMethodMetadataBuilder& builder, const char* name, const char* description);
 void AddColumn(IMethodMetadataBuilder& builder, const char* name, const std::type_info& type,

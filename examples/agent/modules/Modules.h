@@ -34,7 +34,7 @@ std::unique_ptr<IModule> MakeNetworkModule();
 std::unique_ptr<IModule> MakeProcessesModule();
 /// Keeps tables in the agent's databases between invocations.
 std::unique_ptr<IModule> MakeStoreModule();
-/// Where the agent runs, and what it costs.
+/// Tells where the agent runs, and what it costs.
 std::unique_ptr<IModule> MakeSystemModule();
 /// Asks WMI, changes its objects and calls their methods. What WMI refuses is a failed
 /// invocation (code 3) with WMI's own text.

@@ -20,10 +20,10 @@ namespace quillon::agent {
 /// that are skipped; "**" likewise, with names that are at least two blanks apart.
 class TableLayout {
 public:
-    /// False, with code 2 and a message in the result, when `text` is no layout.
+    /// Reads a layout. False, with code 2 and a message in the result, when `text` is none.
     bool Read(const std::string& text, InvocationResult& result);
 
-    /// A table with these columns and a row for every line, but the first `skip`.
+    /// Returns a table with these columns and a row for every line, but the first `skip`.
     DataTable Parse(const std::string& text, long long skip) const;
 
 private:

@@ -11,7 +11,7 @@ namespace quillon::agent {
 /// The operations that the agent needs of the system itself; implemented once in posix/ and once in
 /// win32/.
 
-/// The arguments after the program's name, in UTF-8 whatever the system's code page.
+/// Returns the arguments after the program's name, in UTF-8 whatever the system's code page.
 std::vector<std::string> GetArguments(int argc, char** argv);
 
 /// Opens the null device in place of each standard stream that the process was started without, so that no
@@ -31,7 +31,7 @@ std::FILE* TakeStandardOutput();
 /// Returns how many characters a line of the stream's terminal has; 0 when it is none.
 std::size_t TerminalWidth(std::FILE* stream);
 
-/// Whether somebody watches standard error.
+/// Returns whether standard error is a terminal.
 bool IsErrorTerminal();
 
 /// Called at each request to end the process: Ctrl-C, or the system's other ways

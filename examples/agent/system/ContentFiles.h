@@ -22,9 +22,9 @@ public:
     SourceFile& operator=(const SourceFile&) = delete;
 
     std::string Open(const std::string& path);
-    /// Bytes; negative when that cannot be told.
+    /// Returns the number of bytes; negative when that cannot be told.
     std::int64_t Size() const;
-    /// `count` is the room, and then how much was read: 0 at the end.
+    /// Reads up to `count` bytes, and sets it to how many there were: 0 at the end.
     std::string Read(char* bytes, std::size_t& count);
 
 private:
@@ -43,7 +43,7 @@ public:
     /// Puts the file, once it is safe on the disk, in the place of one of its own name. A
     /// link there is replaced, not followed.
     virtual std::string Commit() = 0;
-    /// The same for a file that DestinationFolder::Sync() has made safe since it was written.
+    /// Does the same for a file that DestinationFolder::Sync() has made safe since it was written.
     virtual std::string CommitSynced() { return Commit(); }
 };
 

@@ -6,7 +6,7 @@
 
 namespace quillon::agent {
 
-/// A SHA-256 in the making, by the system's library; implemented once in posix/ and once
+/// Computes a SHA-256, by the system's library; implemented once in posix/ and once
 /// in win32/.
 class Sha256 {
 public:
@@ -16,7 +16,7 @@ public:
     Sha256& operator=(const Sha256&) = delete;
 
     void Add(const char* bytes, std::size_t count);
-    /// 64 lower-case digits, once; empty when the library failed at any point.
+    /// Returns 64 lower-case digits, once; empty when the library failed at any point.
     std::string Finish();
 
 private:
