@@ -38,7 +38,7 @@ inline __m128i LowerDigits(__m128i nibbles) {
                         _mm_and_si128(isLetter, _mm_set1_epi8(kLetterGap)));
 }
 
-/// Whether each byte is at most `most`, all read without a sign.
+/// Returns whether each byte is at most `most`, all read without a sign.
 inline __m128i AreAtMost(__m128i bytes, char most) {
     return _mm_cmpeq_epi8(_mm_subs_epu8(bytes, _mm_set1_epi8(most)), _mm_setzero_si128());
 }
@@ -100,8 +100,8 @@ inline std::size_t FindBoth(const char* heads, EitherByte head, const char* tail
     return count;
 }
 
-/// Whether a byte of 0xC0 or more comes before one of 0x80 to 0xBF, as at the beginning of a character of
-/// UTF-8 with more than one byte.
+/// Returns whether a byte of 0xC0 or more comes before one of 0x80 to 0xBF, as at the beginning of a
+/// character of UTF-8 with more than one byte.
 inline bool IsLeadOfUtf8(char first, char second) {
     return (first & 0xC0) == 0xC0 && (second & 0xC0) == 0x80;
 }

@@ -7,8 +7,8 @@
 
 namespace quillon::base {
 
-/// Whether a program's name or path is that of the command interpreter of Windows: "cmd" or "cmd.exe" in
-/// any case and any directory.
+/// Returns whether a program's name or path is that of the command interpreter of Windows: "cmd" or "cmd.exe"
+/// in any case and any directory.
 bool IsInterpreter(std::string_view program);
 
 /// Returns what the interpreter would run for the command line of `cmd` with the switch /c, as cmd itself

@@ -11,7 +11,7 @@ namespace quillon::base {
 /// Figures that parts of the library keep of themselves, for whoever reports what the
 /// process costs. Thread-safe.
 
-/// A log entry could not be written.
+/// Counts a log entry that could not be written.
 void CountDroppedLogLine();
 std::uint64_t DroppedLogLines();
 
@@ -24,11 +24,11 @@ struct LogFigures {
 };
 LogFigures& TheLogFigures();
 
-/// A look-up of a name begins (1) or ends (-1) in the background.
+/// Counts a look-up of a name that begins (1) or ends (-1) in the background.
 void CountLookups(int change);
 std::int64_t LookupsUnderWay();
 
-/// A call of WMI is left behind (1), because it did not come to an end in time, or ends after that (-1).
+/// Counts a call of WMI that is left behind (1), as it did not end in time, or ends after that (-1).
 void CountWmiCallsLeft(int change);
 std::int64_t WmiCallsLeft();
 

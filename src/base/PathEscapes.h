@@ -11,16 +11,17 @@ namespace quillon::base {
 /// U+100000 + unit. Where a name has such a character of its own, both its units are escaped, so no two
 /// names look alike. No escape becomes a separator or a NUL.
 
-/// A path or name with its lone surrogates escaped: valid UTF-8 that PathToWide() turns back.
+/// Returns a path or name with its lone surrogates escaped: valid UTF-8 that PathToWide() turns back.
 std::string PathToUtf8(std::wstring_view path);
-/// The same for one name that was found in a directory, whose last dot or blank, and the first letter of a
-/// device's name, are escaped as well; "." and ".." stay.
+/// Does the same for one name that was found in a directory, whose last dot or blank, and the first letter of
+/// a device's name, are escaped as well; "." and ".." stay.
 std::string NameToUtf8(std::wstring_view name);
 /// Returns a path or name in UTF-8 for Windows, with its escapes turned back; invalid UTF-8 becomes U+FFFD.
 std::wstring PathToWide(std::string_view path);
 /// Turns back the escapes in a path that is UTF-16 already.
 std::wstring WithoutEscapes(std::wstring_view path);
-/// Whether a path in UTF-16 has an escaped dot, blank or letter: Windows must not read anything into it.
+/// Returns whether a path in UTF-16 has an escaped dot, blank or letter: Windows must not read anything into
+/// it.
 bool MustStayAsItIs(std::wstring_view path);
 
 }  // namespace quillon::base

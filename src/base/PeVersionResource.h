@@ -28,7 +28,7 @@ struct VersionTexts {
     [[nodiscard]] const std::wstring* Find(const std::string& table, const std::string& name) const;
 };
 
-/// The first version resource of a PE file, 32 or 64 bits; of its languages the neutral one, else US
+/// Reads the first version resource of a PE file, 32 or 64 bits; of its languages the neutral one, else US
 /// English, else the first. Reads headers, the resource
 /// directories on the way to it and the resource itself, never more than some hundred
 /// kilobytes, whatever the file says. Nothing when the file is no PE file or has no such

@@ -4,7 +4,7 @@
 
 namespace quillon::base {
 
-/// A null text comes from a module by mistake, and must not end the process.
+/// Returns the text, or the empty one for null, which a module may pass by mistake.
 inline std::string_view TextOrEmpty(const char* text) { return text != nullptr ? text : std::string_view(); }
 
 }  // namespace quillon::base

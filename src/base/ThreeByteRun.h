@@ -18,7 +18,7 @@ namespace detail {
 
 inline bool AreAllSet(__m128i mask) { return _mm_movemask_epi8(mask) == 0xFFFF; }
 
-/// Whether the numbers, one in each 32 bits, are 0x800 to 0xFFFF and no surrogates.
+/// Returns whether the numbers, one in each 32 bits, are 0x800 to 0xFFFF and no surrogates.
 inline bool AreThreeByteCharacters(__m128i characters) {
     const __m128i high = _mm_and_si128(characters, _mm_set1_epi32(0xF800));
     const __m128i isSmall = _mm_cmpeq_epi32(high, _mm_setzero_si128());
@@ -26,7 +26,7 @@ inline bool AreThreeByteCharacters(__m128i characters) {
     return _mm_movemask_epi8(_mm_or_si128(isSmall, isSurrogate)) == 0;
 }
 
-/// Twelve bytes as three bytes in each 32 bits. Fourteen bytes are read.
+/// Returns twelve bytes as three bytes in each 32 bits. Fourteen bytes are read.
 inline __m128i SpreadThrees(const unsigned char* p) {
     const __m128i pairs = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
                                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 6)));

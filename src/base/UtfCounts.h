@@ -16,7 +16,7 @@ inline std::uint64_t LoadWord(const void* p) {
     return word;
 }
 
-/// Exactly the units that valid UTF-8 becomes; of invalid text never fewer than its
+/// Returns exactly the units that valid UTF-8 becomes; of invalid text never fewer than its
 /// valid beginning becomes: one unit for every byte that is no continuation, and a
 /// second one for leads of four bytes.
 inline std::size_t CountUnits(std::string_view text) {

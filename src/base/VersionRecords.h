@@ -26,7 +26,7 @@ struct FixedVersion {
     bool operator==(const FixedVersion&) const = default;
 };
 
-/// The name of a table of texts: "040904b0" for "0409" and code page 1200.
+/// Returns the name of a table of texts: "040904b0" for "0409" and code page 1200.
 std::string VersionTable(const std::string& language, std::uint16_t codePage);
 std::string VersionTable(VersionTranslation translation);
 

@@ -6,7 +6,7 @@
 
 namespace quillon {
 
-/// Whether the system has what came with version 6.0.
+/// Returns whether the system has what came with version 6.0.
 inline bool IsAtLeastVersion60() { return platform::Procedures().isSystemAtLeast(6, 0, 0); }
 inline constexpr const char* kTooOldSystem = "Detected Windows XP or below";
 

@@ -24,11 +24,11 @@ public:
     /// Takes what is there now, and no more: a descendant of the command may write for ever.
     void TakeRest();
 
-    /// Whether more was written than the limit allows.
+    /// Returns whether more was written than the limit allows.
     [[nodiscard]] bool IsPastLimit() const { return m_limit > 0 && m_total > m_limit; }
-    /// The Windows code of what kept output from being kept; 0 when nothing did.
+    /// Returns the Windows code of what kept output from being kept; 0 when nothing did.
     [[nodiscard]] std::uint32_t Fault() const { return m_fault; }
-    /// The number of bytes kept.
+    /// Returns the number of bytes that are kept.
     [[nodiscard]] std::uint64_t Size() const { return m_bytes.size(); }
     /// Returns the text in UTF-8, without trailing white space, and forgets it. `codePage` as in the
     /// properties; it is reset when the system does not have it, see LastError().
@@ -47,7 +47,7 @@ private:
 
 /// Appends the rows of an output: one with the whole text, or one a line.
 void AddOutputRows(std::string text, int exitCode, bool asLines, DataTable& table);
-/// The columns of a table without rows.
+/// Gives a table without rows its columns.
 void SetOutputColumns(bool asLines, DataTable& table);
 
 }  // namespace quillon

@@ -41,14 +41,14 @@ using ThreadStarter = std::function<std::thread(std::function<void()>)>;
 /// Returns the logger of the run; without one, a logger that writes none of the runner's messages.
 ICLogger& LoggerOf(const ProcessUtils::CmdProperties& props);
 
-/// ProcessUtils::RunCliCommand with a given way to start the worker.
+/// Does what ProcessUtils::RunCliCommand does with a given way to start the worker.
 int RunCommand(const SharedProperties& props, const ThreadStarter& start);
-/// The scope of a kill that the properties ask for.
+/// Returns the scope of the kill that the properties ask for.
 platform::KillScope ScopeOf(const ProcessUtils::CmdProperties& props);
-/// ProcessUtils::KillCommandProcess with a scope.
+/// Does what ProcessUtils::KillCommandProcess does with a scope.
 bool KillCommand(ProcessUtils::CmdProperties& props, platform::KillScope scope);
 
-/// The worker of a run: runs the command to its end or the abort event, fills in
+/// Is the worker of a run: runs the command to its end or the abort event, fills in
 /// the outcome and sets the completion flag, whatever happens.
 void RunCommandWorker(const SharedProperties& props, const std::shared_ptr<tRunCmdSynch>& synch) noexcept;
 

@@ -25,7 +25,7 @@ HRESULT ResultOf(HRESULT result, const platform::CComPtr<Object>& object) {
 
 /// Throws as platform::RaiseComError without memory.
 OwnedBstr ToBstr(std::wstring_view text);
-/// A VT_BSTR.
+/// Returns a VT_BSTR.
 _variant_t TextVariant(std::wstring_view text);
 
 /// The names of an object's properties, by an index from First() to Last().

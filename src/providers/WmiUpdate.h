@@ -11,7 +11,7 @@ namespace quillon {
 /// The changes of one update. What is put is settled by the types of the first object.
 class WmiConnector::Update {
 public:
-    /// Whether there is a row with a value for each column.
+    /// Returns whether there is a row with a value for each column.
     static bool IsUsable(const DataTable* updates);
 
     /// `updates` is usable and lives as long.
@@ -29,7 +29,7 @@ private:
 
     bool Prepare(IWbemClassObject& object);
     Change MakeChange(const std::string& label, CIMTYPE type, const Variant& value) const;
-    /// The change of a value that is no scalar; false when it is refused.
+    /// Makes the change of a value that is no scalar; false when it is refused.
     bool MakeOther(Change& change, const Variant& value) const;
     bool Refuse(const Change& change) const;
     bool Put(IWbemClassObject& object, std::size_t position);

@@ -7,7 +7,7 @@
 
 namespace quillon {
 
-/// The text of a value, as the system converts it without regard to the locale, in UTF-8:
+/// Returns the text of a value, as the system converts it without regard to the locale, in UTF-8:
 /// what is no UTF-16 becomes U+FFFD. Throws as platform::RaiseComError when it has none.
 std::string VariantText(const VARIANT& value);
 
