@@ -153,13 +153,6 @@ TEST_F(FileEncodingRead, WhatCannotBeOpenedIsEmptyAndLeavesDetected) {
     }
 }
 
-TEST_F(FileEncodingRead, FileOfUnknownSizeIsReadWhole) {
-    if (!std::filesystem::exists("/proc/self/status")) GTEST_SKIP() << "no files of unknown size here";
-    Encoding detected = FS::NOTSET;
-    EXPECT_THAT(FS::ReadFile("/proc/self/status", detected, FS::NOTSET), testing::HasSubstr("\nThreads:"));
-    EXPECT_EQ(detected, FS::ANSI);
-}
-
 TEST_F(FileEncodingRead, ALimitIsKeptAndTheReasonTold) {
     std::string text = "old";
     Encoding detected = kBeyond;
