@@ -185,6 +185,19 @@ bool ReadRequired(const std::string& path, Certificates& certificates, Invocatio
                 result);
 }
 
+VariantList ChainRow(const Certificate& certificate, const CertificateChain& chain, bool soft) {
+    const auto checks = soft ? IAgentConfiguration::Soft : static_cast<IAgentConfiguration::CRLChecks>(0);
+    std::vector<std::string> subjects;
+    for (const Certificate& each : chain.Certificates()) subjects.push_back(each.Subject());
+    VariantList row;
+    row.Add("Subject", certificate.Subject());
+    row.Add(Variant("Trusted", chain.IsTrusted(checks)));
+    row.Add(Variant("Status", static_cast<long long>(chain.Status())));
+    row.Add(Variant::StringOrNullVariant("StatusText", chain.StatusText()));
+    row.Add(Variant::StringOrNullVariant("Chain", Joined(subjects)));
+    return row;
+}
+
 void Check(DescribedBinder& binder, InvocationResult& result) {
     std::string file;
     std::string roots;
@@ -207,17 +220,8 @@ void Check(DescribedBinder& binder, InvocationResult& result) {
     }
     if (!roots.empty()) options.roots = std::move(trusted);
     options.intermediates.assign(certificates.begin() + 1, certificates.end());
-    const CertificateChain chain = CertificateChain::Check(certificates.front(), options);
-    const auto checks = soft ? IAgentConfiguration::Soft : static_cast<IAgentConfiguration::CRLChecks>(0);
-    std::vector<std::string> subjects;
-    for (const Certificate& each : chain.Certificates()) subjects.push_back(each.Subject());
-    VariantList row;
-    row.Add("Subject", certificates.front().Subject());
-    row.Add(Variant("Trusted", chain.IsTrusted(checks)));
-    row.Add(Variant("Status", static_cast<long long>(chain.Status())));
-    row.Add(Variant::StringOrNullVariant("StatusText", chain.StatusText()));
-    row.Add(Variant::StringOrNullVariant("Chain", Joined(subjects)));
-    result.resultTable.AddRow(std::move(row));
+    result.resultTable.AddRow(
+        ChainRow(certificates.front(), CertificateChain::Check(certificates.front(), options), soft));
 }
 
 void DescribeCheck(IMethodMetadataBuilder& builder) {
