@@ -109,14 +109,17 @@ public:
     /// gets; a null pointer counts as the empty text. When its type is not the parameter's, one Error
     /// entry is logged and std::runtime_error thrown.
     IMethodParameterBuilder& OptionalValue(const char* value);
-    /// Sets a default of another type: bool, std::string, TimePoint, an integer (held as long long)
-    /// or a floating-point number (held as double).
+    /// Sets a default of another type: bool, std::string, TimePoint, an integer (held as long long, at
+    /// most the largest) or a floating-point number (held as double).
     template <class T>
-    requires std::is_arithmetic_v<T> || std::is_same_v<T, std::string> || std::is_same_v<T, TimePoint>
-        IMethodParameterBuilder& OptionalValue(const T& value) {
-        using Number = std::conditional_t<std::is_integral_v<T>, long long, double>;
-        using Held = std::conditional_t<std::is_arithmetic_v<T> && !std::is_same_v<T, bool>, Number, T>;
-        return OptionalValueInternal(typeid(Held), Variant(static_cast<Held>(value)));
+    requires(std::is_arithmetic_v<T> && !Character<T>) || std::is_same_v<T, std::string> ||
+        std::is_same_v<T, TimePoint> IMethodParameterBuilder& OptionalValue(const T& value) {
+        if constexpr (std::is_floating_point_v<T>) {
+            return OptionalValueInternal(typeid(double), Variant(static_cast<double>(value)));
+        } else {
+            constexpr bool isInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>;
+            return OptionalValueInternal(typeid(std::conditional_t<isInteger, long long, T>), Variant(value));
+        }
     }
     /// Sets a table, which is borrowed, as the default, and makes the parameter one of the type
     /// `const DataTable*` whatever its type was.

@@ -63,6 +63,7 @@ TEST_F(MethodMetadataBuilding, ChainDescribesAMethodInTheOrderOfBinding) {
     const DataTable table;
     builder.CreateParameter("text", typeid(std::string)).OptionalValue("*.txt").BindParameter();
     builder.CreateParameter("limit", typeid(long long)).OptionalValue(7).BindParameter();
+    builder.CreateParameter("most", typeid(long long)).OptionalValue(~std::size_t{0}).BindParameter();
     builder.CreateParameter("ratio", typeid(double)).OptionalValue(0.5f).BindParameter();
     builder.CreateParameter("deep", typeid(bool)).OptionalValue(true).BindParameter();
     builder.CreateParameter("rows", typeid(std::string)).OptionalValue("rows", &table).BindParameter();
@@ -70,8 +71,9 @@ TEST_F(MethodMetadataBuilding, ChainDescribesAMethodInTheOrderOfBinding) {
     builder.CreateColumn("Size", typeid(long long), false).Deprecated(M::V4_0, "x").BindColumn();
     const std::unique_ptr<M> method = builder.Build();
     EXPECT_THAT(Items(*method),
-                ElementsAre("text:string=*.txt", "limit:integer=7", "ratio:float=0.5", "deep:boolean=true",
-                            "rows:unknown=null", "Name:string*", "Size:integer"));
+                ElementsAre("text:string=*.txt", "limit:integer=7", "most:integer=9223372036854775807",
+                            "ratio:float=0.5", "deep:boolean=true", "rows:unknown=null", "Name:string*",
+                            "Size:integer"));
     EXPECT_STREQ(method->MethodName(), "Files.Find");
     EXPECT_TRUE(method->HasFlags() && method->HasWarnings() && method->HasNotes());
     method->VisitParameter([&table](const char* name, const MethodParameter& parameter) {
