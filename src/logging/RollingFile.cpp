@@ -37,8 +37,8 @@ void RollingFile::Losses::Add(Clock::time_point now) {
     last = now;
 }
 
-RollingFile::RollingFile(std::string path, Hooks hooks, Limits limits)
-    : m_path(std::move(path)),
+RollingFile::RollingFile(const std::string& path, Hooks hooks, Limits limits)
+    : m_path(platform::FixedPath(path)),
       m_hooks(std::move(hooks)),
       m_limits(limits),
       m_backups(m_path, limits.backups),

@@ -39,9 +39,10 @@ public:
             makeNote;
     };
 
-    /// Opens the file; when that is refused, each line tries again.
-    RollingFile(std::string path, Hooks hooks, Limits limits);
-    RollingFile(std::string path, Hooks hooks) : RollingFile(std::move(path), std::move(hooks), Limits{}) {}
+    /// Opens the file; when that is refused, each line tries again. A relative path means the working
+    /// directory of this moment from now on.
+    RollingFile(const std::string& path, Hooks hooks, Limits limits);
+    RollingFile(const std::string& path, Hooks hooks) : RollingFile(path, std::move(hooks), Limits{}) {}
     ~RollingFile() = default;
     RollingFile(const RollingFile&) = delete;
     RollingFile& operator=(const RollingFile&) = delete;

@@ -12,6 +12,9 @@ namespace quillon::platform {
 /// The operations that the log file needs beyond FileApi.h. Paths are library paths in UTF-8; the reason
 /// of a failure is in LastError().
 
+/// Returns a path that leads to the same place whatever the working directory becomes; the path itself when
+/// that cannot be told.
+std::string FixedPath(const std::string& path);
 /// Opens a log file for appending; one that is missing is made, for its owner to
 /// write and its group to read. Others may read, write, rename and delete it meanwhile.
 /// No child inherits it, and it never takes the place of a standard stream that is closed.

@@ -8,6 +8,7 @@
 
 #include "base/ErrorCodes.h"
 #include "platform/ErrorText.h"
+#include "platform/FileApi.h"
 #include "platform/native/NativePath.h"
 #include "platform/posix/Errno.h"
 
@@ -72,6 +73,13 @@ bool SetLock(const FileHandle& file, short type) {
 }
 
 }  // namespace
+
+std::string FixedPath(const std::string& path) {
+    const auto native = NativePath(path);
+    if (!native || native->starts_with('/')) return path;
+    const auto folder = CurrentFolder();
+    return folder ? *folder + '\\' + path : path;
+}
 
 FileHandle OpenLogFile(const std::string& path) {
     const auto native = NativePath(path);

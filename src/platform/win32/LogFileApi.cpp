@@ -1,5 +1,6 @@
 #include "platform/LogFileApi.h"
 
+#include "platform/TextApi.h"
 #include "platform/win32/LineEnds.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
@@ -30,6 +31,16 @@ OVERLAPPED PlaceOfLock() {
 }
 
 }  // namespace
+
+std::string FixedPath(const std::string& path) {
+    const auto wide = WidePath(path);
+    const DWORD needed = wide ? ::GetFullPathNameW(wide->c_str(), 0, nullptr, nullptr) : 0;
+    std::wstring full(needed, L'\0');
+    const DWORD length = needed > 0 ? ::GetFullPathNameW(wide->c_str(), needed, full.data(), nullptr) : 0;
+    if (length == 0 || length >= needed) return path;
+    full.resize(length);
+    return PathFromWide(full);
+}
 
 FileHandle OpenLogFile(const std::string& path) {
     // Without FILE_WRITE_DATA every write goes to the end.

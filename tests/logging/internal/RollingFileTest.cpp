@@ -101,6 +101,17 @@ TEST_F(RollingFileTest, RefusedRollOverLosesNothingIsToldOnceAndIsRetriedLater) 
     EXPECT_EQ(dir.Read("log"), Line("2 attempts to roll the log file over were refused"));
 }
 
+TEST_F(RollingFileTest, StaysWhereItWasWhenTheWorkingDirectoryChanges) {
+    const fs::path before = fs::current_path();
+    fs::current_path(dir.Native());
+    RollingLog log("sub/log");
+    log.Write("one");
+    fs::current_path(before);
+    log.LetSecondPass();
+    log.Write("two");
+    EXPECT_EQ(dir.Read("sub/log"), Line("one") + Line("two"));
+}
+
 TEST_F(RollingFileTest, LeavesTheRollOverToWhoeverIsAtIt) {
     RollingLog log(dir.Path("log"));
     const auto other = platform::OpenLogFile(dir.Path("log"));
