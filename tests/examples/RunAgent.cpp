@@ -1,5 +1,7 @@
 #include "examples/RunAgent.h"
 
+#include <gtest/gtest.h>
+
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
@@ -20,6 +22,7 @@ AgentRun RunLine(const std::string& commandLine) {
     properties->timeoutSecs = 120;
     properties->killOnTimeout = properties->killTree = true;
     const int code = ProcessUtils::RunCliCommand(properties);
+    for (const std::string& error : log.Lines(ICLogger::Level::Error)) ADD_FAILURE() << error;
     return {code, properties->outputTable.begin()->Get(ProcessUtils::OutputColName).GetStringValue(), {}};
 }
 
