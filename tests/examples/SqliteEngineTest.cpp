@@ -236,6 +236,15 @@ TEST_F(StoreTest, DatabaseNamesStayInTheFolder) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Native()), {}), 1);
 }
 
+TEST_F(StoreTest, ARelativeFolderStaysWhereItWasWhenTheWorkingDirectoryChanges) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(dir.Native());
+    const agent::DatabaseFolder folder("data");
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(folder.Make());
+    EXPECT_TRUE(dir.Exists("data"));
+}
+
 TEST_F(StoreTest, AThousandStoresLeaveNothingBehind) {
     const auto memory = sqlite3_memory_used();  // of every connection and open file
     for (int i = 0; i < 1000 / QUILLON_TEST_SLOWDOWN; ++i)

@@ -40,9 +40,17 @@ std::optional<std::string> Decode(const std::string& code) {
     return Encode(name) == code ? std::optional(std::move(name)) : std::nullopt;
 }
 
+/// Any module may change the working directory, and the databases would be missed.
+std::string Fixed(const std::string& folder) {
+    const bool isRelative =
+        !folder.empty() && folder.find_first_of("\\/") != 0 && folder.substr(0, 2).find(':') != 1;
+    const std::string working = isRelative ? FileSystemUtils::GetWorkingDirectory() : std::string();
+    return working.empty() ? folder : PathUtils::CombinePaths(working, folder, PathUtils::PathSep);
+}
+
 }  // namespace
 
-DatabaseFolder::DatabaseFolder(std::string folder) : m_folder(std::move(folder)) {}
+DatabaseFolder::DatabaseFolder(const std::string& folder) : m_folder(Fixed(folder)) {}
 
 std::optional<std::string> DatabaseFolder::FileOf(const std::string& name) const {
     const std::string code = Encode(name);

@@ -14,8 +14,9 @@ class DatabaseFolder {
 public:
     static const char* __InterfaceId() { return "VntItf_DatabaseFolder"; }
 
-    /// A library path; the directory is made when the first database is.
-    explicit DatabaseFolder(std::string folder);
+    /// A library path, which means the working directory of this moment when it is relative; the directory is
+    /// made when the first database is.
+    explicit DatabaseFolder(const std::string& folder);
 
     const std::string& GetPath() const { return m_folder; }
     /// Returns the file of a database; nothing for a name that is empty or too long for a file.
