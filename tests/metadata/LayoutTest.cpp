@@ -47,6 +47,7 @@ std::size_t Offset(Member Structure::*member) {
 // Callers allocate these, so a module that was built against an older 1.x has these sizes compiled into it. A
 // difference is a break of the binary interface: docs/versioning.md says what to do instead.
 TEST(Layout, StructuresOfCallersAreFrozen) {
+    if (sizeof(std::string) != 32) GTEST_SKIP() << "they hold types of another standard library";
     const Layout layouts[] = {
         SIZE(Variant, 40),
         SIZE(VariantList, 8),
