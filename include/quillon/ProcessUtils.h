@@ -105,6 +105,7 @@ public:
         std::uint64_t cpuTimeMs = 0;        ///< out: used until the end; rounded up
         std::uint64_t peakMemoryBytes = 0;  ///< out: 0 when the system does not tell it
         int endingSignal = 0;               ///< out: the signal that ended it (Linux)
+        int startError = 0;                 ///< out: the Windows code of why it could not be started
         std::shared_ptr<void> run;          ///< internal
     };
 

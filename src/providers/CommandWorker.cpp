@@ -53,6 +53,7 @@ public:
 
 private:
     int Execute();
+    int FailToStart(const char* format);
     tRunCmdSynch::Process Start();
     bool IsGivenUp();
     bool Publish(const tRunCmdSynch::Process& process);
@@ -86,17 +87,18 @@ void CommandWorker::LogFailure(const char* format) {
                    StringUtils::GetLastErrorAsString().c_str());
 }
 
+int CommandWorker::FailToStart(const char* format) {
+    m_props.startError = static_cast<int>(platform::LastError());
+    LogFailure(format);
+    return ProcessUtils::kNotStarted;
+}
+
 int CommandWorker::Execute() {
-    if (m_props.captureOutput && !m_output.Open()) {
-        LogFailure("Could not open temporary output file for command '%s' because: %s");
-        return ProcessUtils::kNotStarted;
-    }
+    if (m_props.captureOutput && !m_output.Open())
+        return FailToStart("Could not open temporary output file for command '%s' because: %s");
     if (IsGivenUp()) return m_props.abortedOnShutdown ? ProcessUtils::kAborted : ProcessUtils::kTimedOut;
     const tRunCmdSynch::Process process = Start();
-    if (!process) {
-        LogFailure("Could not run command '%s' because: %s");
-        return ProcessUtils::kNotStarted;
-    }
+    if (!process) return FailToStart("Could not run command '%s' because: %s");
     m_props.startTime = std::chrono::time_point_cast<TimePoint::duration>(std::chrono::system_clock::now());
     m_output.Capture().CloseChildEnd();
     if (Publish(process)) KillCommand(m_props, ScopeOf(m_props));

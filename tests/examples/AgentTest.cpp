@@ -121,7 +121,7 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
         const char *output, *message;
     } cases[] = {
         {{Command("print", {"broken", "7"})}, "7  broken", "Command ended with exit code 7"},
-        {{"command=no-such-program"}, "1", "Could not run command 'no-such-program'"},
+        {{"command=no-such-program"}, "1", "Could not run command 'no-such-program' because: (2/"},
         {{wait, "timeout=1"}, "", "Timed out after 1 seconds"},
         {{flood, "maxOutput=1000"}, "round and round", "Output reached the limit of 1000 bytes"},
     };

@@ -5,6 +5,7 @@
 
 #include "common/Failure.h"
 #include "modules/TableLayout.h"
+#include "quillon/ErrorHelper.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ProcessUtils.h"
 #include "quillon/ServiceLocator.h"
@@ -41,7 +42,10 @@ std::shared_ptr<ProcessUtils::CmdProperties> ToProperties(const CommandCall& cal
 
 /// The reason for a run that has no special code.
 std::string FailureText(const ProcessUtils::CmdProperties& properties) {
-    if (properties.processId == 0) return "Could not run command '" + properties.command + "'";
+    if (properties.processId == 0) {
+        return "Could not run command '" + properties.command +
+               "' because: " + ErrorHelper::GetErrorMessage(properties.startError);
+    }
     if (properties.resultCode == ProcessUtils::kOutputLost) return "Not all of the output could be kept";
     return "Command ended with exit code " + std::to_string(properties.resultCode);
 }
