@@ -76,7 +76,7 @@ bool SetLock(const FileHandle& file, short type) {
 
 std::string FixedPath(const std::string& path) {
     const auto native = NativePath(path);
-    if (!native || native->starts_with('/')) return path;
+    if (!native || native->empty() || native->starts_with('/')) return path;
     const auto folder = CurrentFolder();
     return folder ? *folder + '\\' + path : path;
 }
