@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "examples/RunAgent.h"
+#include "support/System.h"
 #include "support/TempDir.h"
 
 namespace quillon::test {
@@ -44,6 +45,7 @@ TEST_F(FileLimitTest, AWriteThatTheLimitForbidsFailsAndTheAgentLives) {
 
 /// Files wait with open handles for the sync of many: these are put in place when no more can be opened.
 TEST_F(FileLimitTest, ADownloadOfManyFilesNeedsFewDescriptors) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer opens pipes of its own to look at memory";
     constexpr const char* kHashOfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
     constexpr int kFiles = 40;
     std::string list;
