@@ -22,6 +22,7 @@ HEAVY = {"Wmi.Query": 50, "Wmi.Invoke": 200, "Processes.List": 5, "EventLog.Foll
          "Commands.Table": 4, "Store.Save served": 10}  # one in so many rounds
 DAY, HOUR = 86_400, 3_600  # seconds on the agent's clock
 LOOKS = 20  # at the resident memory, of which the least counts: calls that run take megabytes for a while
+CHANNEL = 10_000  # events that the simulated channel holds at most
 EXPIRE = 100  # rounds between two looks for rows that are too old, as a module would have it
 
 
@@ -81,6 +82,13 @@ class Soak:
         while self.waiting:
             self.take()
 
+    def fill_channel(self):
+        """Logs so many events that none of those that come takes more memory."""
+        follow = next(each for each in self.chosen if each.name == "EventLog.Follow")
+        for _ in range(CHANNEL):
+            self.number += 1
+            self.ask(follow.request(self.folder, self.agent.system, self.number))
+
     def figures(self, most=None):
         self.resident.append(resident(self.agent.process.pid))
         return (*self.agent.figures(most), min(self.resident), len(os.listdir(self.folder)))
@@ -105,6 +113,8 @@ def main():
     with tempfile.TemporaryDirectory(prefix="soak-") as folder:
         soak = Soak(options, folder)
         begin, first, rounds, part = soak.begin, None, 0, 0
+        if options.calls > 2 * CHANNEL:
+            soak.fill_channel()
         while part < 1:
             soak.round(rounds)
             rounds += 1
