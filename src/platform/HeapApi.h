@@ -5,7 +5,8 @@
 namespace quillon::platform {
 
 /// Gives memory that was freed back to the system, as far as the heap keeps it. It takes some
-/// milliseconds for each 100 MB, during which other threads may wait for memory.
+/// milliseconds for each 100 MB, during which other threads may wait for memory. Does nothing while another
+/// thread is at it.
 void ReleaseFreeMemory() noexcept;
 
 /// The bytes of a huge page.

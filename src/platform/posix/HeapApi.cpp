@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>  // defines __GLIBC__
 
@@ -46,7 +47,12 @@ std::byte* MapAligned() {
 
 void platform::ReleaseFreeMemory() noexcept {
 #ifdef __GLIBC__
+    // Where the host has replaced the heap, the first call sets the C library's own one up, which two threads
+    // must not do at once.
+    static std::atomic_flag isReleasing;
+    if (isReleasing.test_and_set(std::memory_order_acquire)) return;
     ::malloc_trim(0);
+    isReleasing.clear(std::memory_order_release);
 #endif
 }
 
