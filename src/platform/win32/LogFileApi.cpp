@@ -34,12 +34,8 @@ OVERLAPPED PlaceOfLock() {
 
 std::string FixedPath(const std::string& path) {
     const auto wide = WidePath(path);
-    const DWORD needed = wide ? ::GetFullPathNameW(wide->c_str(), 0, nullptr, nullptr) : 0;
-    std::wstring full(needed, L'\0');
-    const DWORD length = needed > 0 ? ::GetFullPathNameW(wide->c_str(), needed, full.data(), nullptr) : 0;
-    if (length == 0 || length >= needed) return path;
-    full.resize(length);
-    return PathFromWide(full);
+    const auto full = wide ? FullPath(*wide) : std::nullopt;
+    return full ? PathFromWide(*full) : path;
 }
 
 FileHandle OpenLogFile(const std::string& path) {

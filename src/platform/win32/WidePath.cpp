@@ -30,20 +30,13 @@ constexpr std::wstring_view kExtended = LR"(\\?\)";
 /// With its escapes, of which the system leaves none off.
 std::optional<std::wstring> Extended(const std::wstring& path) {
     if (path.starts_with(kExtended)) return path;
-    std::wstring full(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length =
-            ::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-        if (length == 0) return std::nullopt;
-        const bool fits = length < full.size();
-        full.resize(length);
-        if (fits) break;
-    }
-    if (full.starts_with(LR"(\\.\)")) {
+    const auto full = FullPath(path);
+    if (!full) return std::nullopt;
+    if (full->starts_with(LR"(\\.\)")) {
         ::SetLastError(ERROR_ACCESS_DENIED);
         return std::nullopt;
     }
-    return full.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + full.substr(1) : std::wstring(kExtended) + full;
+    return full->starts_with(LR"(\\)") ? LR"(\\?\UNC)" + full->substr(1) : std::wstring(kExtended) + *full;
 }
 
 }  // namespace
@@ -57,6 +50,18 @@ std::optional<std::wstring> WidePath(const std::string& path) {
 std::optional<std::wstring> WideName(const std::string& name) {
     if (HasNul(name)) return std::nullopt;
     return base::PathToWide(name);
+}
+
+std::optional<std::wstring> FullPath(const std::wstring& path) {
+    std::wstring full(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length =
+            ::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+        if (length == 0) return std::nullopt;
+        const bool fits = length < full.size();
+        full.resize(length);
+        if (fits) return full;
+    }
 }
 
 std::optional<std::wstring> ExtendedPath(const std::string& path) {
