@@ -28,9 +28,9 @@ std::optional<Number> ToNumber(std::string_view text) {
     if (end != text.data() + text.size()) return std::nullopt;
     if (error == std::errc()) return number;
     if constexpr (std::is_same_v<Number, double>) {
-        // Too close to 0 is 0.
-        const bool isBeyond = error == std::errc::result_out_of_range;
-        if (isBeyond && base::RealBeyondRange(text) == 0) return base::RealBeyondRange(text);
+        if (error != std::errc::result_out_of_range) return std::nullopt;
+        const double beyond = base::RealBeyondRange(text);
+        if (beyond == 0) return beyond;  // too close to 0
     }
     return std::nullopt;
 }
