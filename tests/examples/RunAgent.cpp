@@ -1,4 +1,5 @@
 #include "examples/RunAgent.h"
+#include "examples/Emulator.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,7 @@ namespace quillon::test {
 namespace {
 
 /// The emulator now and then starts no process: three of some thousand tests failed by it.
-constexpr int kAttempts = kWindows ? 3 : 1;
+constexpr int kAttemptsOfEmulator = 3;
 
 }  // namespace
 
@@ -28,6 +29,7 @@ CommandLineBuilder AgentCommand(const std::vector<std::string>& arguments) {
 }
 
 AgentRun RunLine(const std::string& commandLine) {
+    const int attempts = IsEmulated() ? kAttemptsOfEmulator : 1;
     for (int attempt = 1;; ++attempt) {
         RecordingLogger log;
         const auto properties = CommandOf(commandLine, log);
@@ -35,7 +37,7 @@ AgentRun RunLine(const std::string& commandLine) {
         properties->killOnTimeout = properties->killTree = true;
         const int code = ProcessUtils::RunCliCommand(properties);
         const std::vector<std::string> errors = log.Lines(ICLogger::Level::Error);
-        if (properties->startError != 0 && attempt < kAttempts) {
+        if (properties->startError != 0 && attempt < attempts) {
             std::cout << errors.front() << std::endl;
             continue;
         }

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "examples/Emulator.h"
 #include "examples/RunAgent.h"
 #include "support/ChildMain.h"
 #include "support/TempDir.h"
@@ -12,11 +13,6 @@ namespace quillon::test {
 namespace {
 
 using testing::HasSubstr;
-
-/// Only the emulator's services are nobody's own.
-bool IsEmulated() {
-    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
 
 /// Waits until the pipe is there, for 20 seconds at most.
 HANDLE Connect(const std::string& pipe) {
@@ -39,6 +35,7 @@ std::string JsonText(const std::string& text) {
 }  // namespace
 
 TEST(AgentService, IsInstalledStartedStoppedAndRemoved) {
+    // Only the emulator's services are nobody's own.
     if (!IsEmulated()) GTEST_SKIP() << "would change the services of this machine";
     const TempDir dir;
     const std::string pipe = R"(\\.\pipe\quillon-service-)" + std::to_string(::GetCurrentProcessId());
