@@ -6,7 +6,7 @@
 #include "examples/RunAgent.h"
 #include "modules/Assignments.h"
 #include "quillon/MiscUtils.h"
-#include "sql/SqliteFileLock.h"
+#include "sql/FileLock.h"
 #include "support/ChildMain.h"
 #include "support/System.h"
 #include "support/TempDir.h"
@@ -252,7 +252,7 @@ TEST(AgentAudit, HoldLeavesTheRecordOfARunningAgentAlone) {
             .errors;
     };
     {
-        const agent::SqliteFileLock running(dir.Path(record));
+        const agent::FileLock running(dir.Path(record));
         EXPECT_THAT(hold(), Not(HasSubstr("Restored")));
         EXPECT_EQ(dir.Read(record), id + " 0\n");
     }

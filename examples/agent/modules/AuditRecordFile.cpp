@@ -7,7 +7,7 @@
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
 #include "quillon/SystemAuditProxy.h"
-#include "sql/SqliteFileLock.h"
+#include "sql/FileLock.h"
 
 namespace quillon::agent {
 
@@ -17,7 +17,7 @@ constexpr int kMostAgents = 16;
 
 struct Record {
     std::string path;  ///< empty: none
-    std::unique_ptr<SqliteFileLock> lock;
+    std::unique_ptr<FileLock> lock;
 };
 
 std::string PathOf(const DatabaseFolder& folder, int number) {
@@ -35,7 +35,7 @@ Record Take(const DatabaseFolder& folder) {
         for (int number = 1; number <= kMostAgents; ++number) {
             const std::string path = PathOf(folder, number);
             if (IsThere(path) != isLeft) continue;
-            auto lock = std::make_unique<SqliteFileLock>(path, 0);
+            auto lock = std::make_unique<FileLock>(path, 0);
             if (!lock->IsBusy()) return {path, std::move(lock)};
         }
     }

@@ -4,7 +4,7 @@
 
 #include "quillon/FileSystemUtils.h"
 #include "quillon/StringUtils.h"
-#include "sql/SqliteFileLock.h"
+#include "sql/FileLock.h"
 
 namespace quillon::agent {
 
@@ -63,22 +63,21 @@ int OpenOrBeginAnew(SqliteConnection& connection, const std::string& file, int b
 
 std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, const DatabaseFolder& folder,
                                                      const std::string& libraryPath, int busyMilliseconds) {
-    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, busyMilliseconds));
-    database->m_folder = folder;
-    database->m_file = libraryPath;
+    std::unique_ptr<SqliteDatabase> database(
+        new SqliteDatabase(name, Place{folder, libraryPath}, busyMilliseconds));
     return database->Open() ? std::move(database) : nullptr;
 }
 
 std::unique_ptr<SqliteDatabase> SqliteDatabase::OpenInMemory(const std::string& name,
                                                              const std::string& memoryName,
                                                              int busyMilliseconds) {
-    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, busyMilliseconds));
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(name, std::nullopt, busyMilliseconds));
     const int code = database->m_connection.OpenInMemory(memoryName, busyMilliseconds);
     return code == SQLITE_OK ? std::move(database) : nullptr;
 }
 
-SqliteDatabase::SqliteDatabase(const std::string& name, int busyMilliseconds)
-    : m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
+SqliteDatabase::SqliteDatabase(const std::string& name, std::optional<Place> place, int busyMilliseconds)
+    : m_place(std::move(place)), m_busyMilliseconds(busyMilliseconds), m_connection(name) {}
 SqliteDatabase::~SqliteDatabase() {
     try {
         Close();
@@ -87,22 +86,23 @@ SqliteDatabase::~SqliteDatabase() {
 }
 
 bool SqliteDatabase::MakeFolder() {
-    if (!m_folder || m_folder->Make()) return true;
+    if (m_place->folder.Make()) return true;
     const std::string reason = StringUtils::GetLastErrorAsString();
-    m_connection.LogError("its directory cannot be made: " + reason, m_folder->GetPath());
+    m_connection.LogError("its directory cannot be made: " + reason, m_place->folder.GetPath());
     return false;
 }
 
 bool SqliteDatabase::Open() {
-    if (!MakeFolder()) return false;
-    const SqliteFileLock lock(m_file);
+    if (!m_place || !MakeFolder()) return false;
+    const std::string& file = m_place->file;
+    const FileLock lock(file);
     if (lock.IsBusy()) {
-        m_connection.LogError("somebody else opens it and does not come to an end", m_file);
+        m_connection.LogError("somebody else opens it and does not come to an end", file);
         return false;
     }
     const int code = lock.IsHeld()
-                         ? OpenOrBeginAnew(m_connection, m_file, m_busyMilliseconds)
-                         : m_connection.Open(m_file, m_busyMilliseconds, SqliteConnection::Access::ReadOnly);
+                         ? OpenOrBeginAnew(m_connection, file, m_busyMilliseconds)
+                         : m_connection.Open(file, m_busyMilliseconds, SqliteConnection::Access::ReadOnly);
     if (code != SQLITE_OK) m_connection.Close(false);
     return code == SQLITE_OK;
 }
@@ -110,14 +110,15 @@ bool SqliteDatabase::Open() {
 /// The last connection deletes the log, which must not be that of another file in the place of its own.
 void SqliteDatabase::Close() {
     if (!m_connection.IsOpen()) return;
-    if (m_file.empty()) return m_connection.Close();
-    const SqliteFileLock lock(m_file);
+    if (!m_place) return m_connection.Close();
+    const FileLock lock(m_place->file);
     m_connection.Close(lock.IsHeld() && !m_connection.HasMoved());
 }
 
 bool SqliteDatabase::IsReady() {
     if (m_connection.IsOpen() && !m_connection.HasMoved()) return true;
-    if (m_connection.IsOpen()) m_connection.LogError("its file was moved away; it is opened anew", m_file);
+    if (m_connection.IsOpen())
+        m_connection.LogError("its file was moved away; it is opened anew", m_place->file);
     Close();
     Open();
     return false;

@@ -51,7 +51,12 @@ public:
     bool Query(const SqlQuery& query, std::vector<std::string>& columns, const SqlRowVisitor& visitor);
 
 private:
-    SqliteDatabase(const std::string& name, int busyMilliseconds);
+    struct Place {
+        DatabaseFolder folder;
+        std::string file;
+    };
+
+    SqliteDatabase(const std::string& name, std::optional<Place> place, int busyMilliseconds);
 
     bool MakeFolder();
     bool Open();
@@ -61,8 +66,7 @@ private:
     bool MayRun(const SqliteStatement& statement);
     void NoteUse(const SqliteStatement& statement, bool isDone);
 
-    std::optional<DatabaseFolder> m_folder;  ///< none in memory
-    std::string m_file;                      ///< empty in memory
+    const std::optional<Place> m_place;  ///< none in memory
     const int m_busyMilliseconds;
     SqliteConnection m_connection;
     bool m_isBegun = false;  ///< by the caller, whether SQLite has a transaction or not

@@ -1,11 +1,11 @@
-#include "sql/SqliteFileLock.h"
+#include "sql/FileLock.h"
 
 #include "quillon/PathUtils.h"
 #include "system/PrivateFile.h"
 
 namespace quillon::agent {
 
-SqliteFileLock::SqliteFileLock(const std::string& libraryPath, int waitMilliseconds) {
+FileLock::FileLock(const std::string& libraryPath, int waitMilliseconds) {
     const std::string file = libraryPath + ".lock";
     MakePrivateFile(file);
     sqlite3* handle = nullptr;
