@@ -6,6 +6,7 @@
 #include <mutex>
 #include <new>
 
+#include "base/NeverDestroyed.h"
 #include "platform/HeapApi.h"
 #include "platform/ProcessStagesApi.h"
 
@@ -103,11 +104,10 @@ private:
     std::size_t m_taken = 0;
 };
 
-/// Lives longer than every table, and takes no memory of the heap.
+/// Lives longer than every table.
 Regions& TheRegions() {
-    alignas(Regions) static std::byte memory[sizeof(Regions)];
-    static Regions& regions = *new (memory) Regions;
-    return regions;
+    static base::NeverDestroyed<Regions> regions;
+    return regions.Get();
 }
 
 constexpr platform::StageHandlers kHandlers = {

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstddef>
 #include <mutex>
 #include <new>
 #include <utility>
 
+#include "base/NeverDestroyed.h"
 #include "base/OwnFigures.h"
 #include "base/PrintfFormat.h"
 #include "logging/CallbackLogger.h"
@@ -35,13 +35,12 @@ constexpr platform::StageHandlers kSlotHandlers = {
     [] {},
 };
 
-/// Never destroyed: threads may log while the process ends. It takes no memory of the heap, as a process
-/// that has none may end the log.
+/// No memory of the heap may be needed: a process that has none may end the log.
 Slot& TheSlot() {
-    static Slot& slot = *[] {
-        alignas(Slot) static std::byte memory[sizeof(Slot)];
+    static Slot& slot = []() -> Slot& {
+        static base::NeverDestroyed<Slot> kept;
         platform::HandleStages(kSlotHandlers);
-        return new (memory) Slot;
+        return kept.Get();
     }();
     return slot;
 }

@@ -2,11 +2,10 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstddef>
 #include <mutex>
-#include <new>
 #include <utility>
 
+#include "base/NeverDestroyed.h"
 #include "base/OwnFigures.h"
 #include "logging/JsonLock.h"
 #include "logging/RollOverBanner.h"
@@ -63,12 +62,11 @@ struct JsonLinesLogger::Impl {
 };
 
 RenewableMutex& TheJsonMutex() {
-    static RenewableMutex& mutex = *[] {
-        alignas(RenewableMutex) static std::byte memory[sizeof(RenewableMutex)];
-        auto* const made = new (memory) RenewableMutex;
+    static RenewableMutex& mutex = []() -> RenewableMutex& {
+        static base::NeverDestroyed<RenewableMutex> kept;
         platform::HandleStages({[] { TheJsonMutex().lock(); }, [] { TheJsonMutex().unlock(); },
                                 [] { TheJsonMutex().Renew(); }, [] {}});
-        return made;
+        return kept.Get();
     }();
     return mutex;
 }

@@ -11,8 +11,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <ctime>
-#include <new>
 
+#include "base/NeverDestroyed.h"
 #include "platform/Handle.h"
 
 namespace quillon::platform {
@@ -103,11 +103,10 @@ struct Twins {
     Twin output, error;
 };
 
-/// Never destroyed: threads may log while the process ends. It takes no memory of the heap: a line is written
-/// by operations that do not throw.
+/// No memory of the heap may be needed: a line is written by operations that do not throw.
 Twin& TwinOf(StandardStream stream) {
-    alignas(Twins) static std::byte memory[sizeof(Twins)];
-    static Twins& twins = *new (memory) Twins;
+    static base::NeverDestroyed<Twins> kept;
+    Twins& twins = kept.Get();
     return stream == StandardStream::Output ? twins.output : twins.error;
 }
 
