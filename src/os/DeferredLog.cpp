@@ -1,5 +1,6 @@
 #include "os/DeferredLog.h"
 
+#include "base/OwnFigures.h"
 #include "quillon/StringUtils.h"
 #include "quillon/detail/EntryOperation.h"
 
@@ -19,7 +20,11 @@ void DeferredLog::WriteTo(ICLogger* logger) noexcept {
 }
 
 void DeferredLog::Write(Level level, const char* format, std::va_list arguments) {
-    m_entries.emplace_back(level, StringUtils::Format(format, arguments));
+    try {
+        m_entries.emplace_back(level, StringUtils::Format(format, arguments));
+    } catch (...) {  // no memory
+        base::CountDroppedLogLine();
+    }
 }
 
 }  // namespace quillon

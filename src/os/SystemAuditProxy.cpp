@@ -96,14 +96,21 @@ bool SystemAuditProxy::EnableAuditLogSubCategory(const UniqueIdentifier& subcate
     if (!scope.IsActive() || !GetAuditPolicyState(guid, &bits, &operation.Log())) return false;
     const bool wasEmpty = held.empty();
     const bool isNew = !IncludesBoth(bits);
-    held[subcategory] = {1, isNew, static_cast<std::uint32_t>(bits)};
-    if (isNew) WriteRecord();  // before, so that a kill in between leaves nothing switched on for ever
-    if (isNew && !SetAuditPolicyState(guid, kAuditBoth, &operation.Log())) {
+    const auto bitsBefore = static_cast<std::uint32_t>(bits);
+    held[subcategory] = {1, isNew, bitsBefore};
+    try {
+        if (isNew) WriteRecord();  // before, so that a kill in between leaves nothing switched on for ever
+        if (isNew && !SetAuditPolicyState(guid, kAuditBoth, &operation.Log())) {
+            held.erase(subcategory);
+            WriteRecord();
+            return false;
+        }
+        if (wasEmpty) StartMonitoringAuditPolicyChanges();
+    } catch (...) {  // no memory: the caller has no holder that would release it
         held.erase(subcategory);
-        WriteRecord();
-        return false;
+        if (isNew) SetBits(guid, bitsBefore);
+        throw;
     }
-    if (wasEmpty) StartMonitoringAuditPolicyChanges();
     return true;
 }
 

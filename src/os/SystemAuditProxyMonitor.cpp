@@ -77,9 +77,9 @@ void SystemAuditProxy::ReaffirmAuditPolicy() {
         if ((bits & platform::kAuditBoth) == platform::kAuditBoth) continue;
         state.log->Debug("%s Reapplying success + failure audit policy for subcategory %s", kIndent,
                          id.ToString().c_str());
-        SetAuditPolicyState(id.ToMsGuid(), platform::kAuditBoth, state.log);
         if (!reference.enabledByProxy) reference.bitsBefore = static_cast<std::uint32_t>(bits);
         reference.enabledByProxy = true;
+        SetAuditPolicyState(id.ToMsGuid(), platform::kAuditBoth, state.log);
         ++reapplied;
     }
     if (reapplied > 0) {

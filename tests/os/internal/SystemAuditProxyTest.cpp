@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <new>
 #include <thread>
 
 #include "logging/internal/RollingLog.h"
@@ -195,6 +196,19 @@ TEST_F(SystemAuditProxyTest, FailuresToEnableHoldNothing) {
         EXPECT_EQ(policy.GetWaits().CountWaits(), 0u);
         log.Forget();
     }
+}
+
+TEST_F(SystemAuditProxyTest, WithoutMemoryToEnableNothingIsHeldOrSwitchedOn) {
+    auto calls = policy.Calls();
+    calls.makeEvent = []() -> HANDLE { throw std::bad_alloc(); };
+    platform::ReplaceAuditCalls(calls);
+    SetState(1);
+    EXPECT_THROW(Enable(), std::bad_alloc);
+    EXPECT_EQ(State(), 1u);
+    platform::ReplaceAuditCalls(policy.Calls());
+    EXPECT_TRUE(Enable());
+    EXPECT_EQ(State(), 3u);
+    Disable();
 }
 
 TEST_F(SystemAuditProxyTest, FailuresToDisableLetGoAndAskForAReview) {
