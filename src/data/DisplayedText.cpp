@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/DirectionMark.h"
 #include "base/HexDigits.h"
 #include "base/Utf8Cut.h"
 #include "data/ControlEscape.h"
@@ -10,6 +11,8 @@
 namespace quillon {
 namespace {
 
+using base::DirectionMark;
+
 /// Returns the prefix of so many characters.
 std::string_view FirstCharacters(std::string_view utf8, std::size_t count) {
     std::size_t end = 0;
@@ -17,18 +20,6 @@ std::string_view FirstCharacters(std::string_view utf8, std::size_t count) {
         if (!base::IsUtf8Continuation(utf8[end]) && count-- == 0) break;
     }
     return utf8.substr(0, end);
-}
-
-/// Returns the character at the front of valid UTF-8 when it turns the direction of writing: U+061C,
-/// U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069. Otherwise 0.
-unsigned DirectionMark(std::string_view utf8) {
-    if (utf8.starts_with("\xD8\x9C")) return 0x061C;
-    if (!utf8.starts_with("\xE2\x80") && !utf8.starts_with("\xE2\x81")) return 0;
-    const unsigned code = 0x2000 | (static_cast<unsigned char>(utf8[1]) & 0x3FU) << 6 |
-                          (static_cast<unsigned char>(utf8[2]) & 0x3FU);
-    const bool marks = code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
-                       (code >= 0x2066 && code <= 0x2069);
-    return marks ? code : 0;
 }
 
 /// Returns the length of the character at the front of valid UTF-8 that must be escaped, else 0.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/DirectionMark.h"
 #include "base/HexDigits.h"
 #include "base/Utf.h"
 #include "base/Utf8Cut.h"
@@ -11,7 +12,7 @@ namespace quillon {
 
 namespace {
 
-constexpr unsigned kDelete = 0x7F, kLatinLead = 0xC2, kMarkLead = 0xE2;
+constexpr unsigned kDelete = 0x7F, kLatinLead = 0xC2, kArabicLead = 0xD8, kMarkLead = 0xE2;
 
 unsigned ByteAt(std::string_view text, std::size_t place) {
     return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
@@ -20,7 +21,7 @@ unsigned ByteAt(std::string_view text, std::size_t place) {
 /// Returns whether a byte is, or begins, a character that may need an escape.
 bool MayBeginEscape(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return byte < ' ' || byte == kDelete || byte == kLatinLead || byte == kMarkLead;
+    return byte < ' ' || byte == kDelete || byte == kLatinLead || byte == kArabicLead || byte == kMarkLead;
 }
 
 void AppendHex(std::string& result, unsigned value, unsigned digits) {
@@ -39,16 +40,12 @@ void AppendControl(std::string& result, unsigned control) {
     AppendHex(result, control, 2);
 }
 
-/// Returns the code of a separator or mark of direction, which take three bytes; 0 for any other character.
-unsigned MarkAt(std::string_view text, std::size_t place) {
-    constexpr unsigned kPayload = 0x3F, kBits = 6, kBlock = 0x2000;
-    if (ByteAt(text, place) != kMarkLead) return 0;
-    const unsigned code =
-        kBlock | (ByteAt(text, place + 1) & kPayload) << kBits | (ByteAt(text, place + 2) & kPayload);
-    const bool isSeparatorOrTurn = code >= 0x2028 && code <= 0x202E;
-    const bool isIsolate = code >= 0x2066 && code <= 0x2069;
-    const bool isMark = code == 0x200E || code == 0x200F;
-    return isSeparatorOrTurn || isIsolate || isMark ? code : 0;
+/// Returns the code of a line or paragraph separator or a mark of direction at the front of a text; 0 for any
+/// other character.
+unsigned MarkAt(std::string_view text) {
+    if (text.starts_with("\xE2\x80\xA8")) return 0x2028;
+    if (text.starts_with("\xE2\x80\xA9")) return 0x2029;
+    return base::DirectionMark(text);
 }
 
 }  // namespace
@@ -65,9 +62,9 @@ std::string LogText::OneLine(std::string_view text) {
         } else if (byte == kLatinLead && next >= kFirstC1 && next <= kLastC1) {
             AppendControl(result, next);
             ++place;
-        } else if (const unsigned mark = MarkAt(text, place); mark != 0) {
+        } else if (const unsigned mark = MarkAt(text.substr(place)); mark != 0) {
             AppendHex(result += "\\u", mark, 4);
-            place += 2;
+            place += byte == kArabicLead ? 1 : 2;
         } else {
             result += text[place];
         }

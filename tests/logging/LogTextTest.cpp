@@ -25,11 +25,13 @@ TEST(LogText, EscapesWhatBeginsALineOrSteersATerminal) {
         {"line ends and tab", "a\r\nb\tc", "a\\r\\nb\\tc"},
         {"escape, NUL and delete", std::string("\x1B[2J\0\x7F", 6), "\\x1B[2J\\x00\\x7F"},
         {"C1 controls", "\xC2\x85\xC2\x9B\xC2\xA0", "\\x85\\x9B\xC2\xA0"},
-        {"separators and marks of direction", "\xE2\x80\xA8\xE2\x80\xA9\xE2\x80\xAE\xE2\x81\xA9\xE2\x80\x8F",
-         "\\u2028\\u2029\\u202E\\u2069\\u200F"},
+        {"separators and marks of direction",
+         "\xE2\x80\xA8\xE2\x80\xA9\xE2\x80\xAE\xE2\x81\xA9\xE2\x80\x8F\xD8\x9C|",
+         "\\u2028\\u2029\\u202E\\u2069\\u200F\\u061C|"},
         {"their neighbours stay", "\xE2\x80\xA7\xE2\x80\xAF\xE2\x81\xAA",
          "\xE2\x80\xA7\xE2\x80\xAF\xE2\x81\xAA"},
         {"cut characters stay", "\xC2", "\xC2"},
+        {"what is no UTF-8 stays", "\xE2@( \xE2\x80.", "\xE2@( \xE2\x80."},
         {"cut in three", "\xE2\x80", "\xE2\x80"},
     };
     for (const auto& c : cases) EXPECT_EQ(LogText::OneLine(c.in), c.expected) << c.what;
