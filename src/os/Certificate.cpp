@@ -28,12 +28,17 @@ std::optional<std::string> ContentOf(const std::string& path) {
 std::string_view TakePemBlock(std::string_view& text) {
     constexpr std::string_view kBegin = "-----BEGIN ";
     constexpr std::string_view kEnd = "-----END ";
+    constexpr std::string_view kDashes = "-----";
     text.remove_prefix(std::min(text.find(kBegin), text.size()));
     const std::size_t end = text.find(kEnd);
     if (end == std::string_view::npos) return {};
     text.remove_prefix(text.substr(0, end).rfind(kBegin));
     const std::size_t lastLine = text.find(kEnd);
-    const std::string_view block = text.substr(0, text.find('\n', lastLine));
+    const std::string_view lines = text.substr(0, text.find('\n', lastLine));
+    // Files that were joined may have the next block on the same line.
+    const std::size_t dashes = lines.find(kDashes, lastLine + kEnd.size());
+    const std::string_view block =
+        lines.substr(0, std::min(dashes, lines.size() - kDashes.size()) + kDashes.size());
     text.remove_prefix(block.size());
     return block;
 }

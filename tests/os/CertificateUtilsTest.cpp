@@ -88,6 +88,16 @@ TEST_F(CertificateFileTest, AgreesWithOpenSsl) {
     EXPECT_THAT(FactsOf(read[3]), ElementsAre(facts[0], prints[0], prints[1], facts[1], facts[2], facts[3]));
 }
 
+TEST_F(CertificateFileTest, BlocksThatAreJoinedWithoutALineEndAreAllRead) {
+    std::string joined = kCertificate;
+    joined.pop_back();
+    std::vector<Certificate> read;
+    EXPECT_TRUE(Certificate::ReadFile(dir.Write("joined", joined + kRoot), read));
+    ASSERT_EQ(read.size(), 2u);
+    EXPECT_EQ(read[0].Issuer(), "CN=Test CA");
+    EXPECT_EQ(read[1].Issuer(), "CN=Test Root");
+}
+
 TEST_F(CertificateFileTest, FilesAndStoresThatCannotBeRead) {
     std::vector<Certificate> read;
     for (const std::string& path :
