@@ -1,6 +1,7 @@
 #include "quillon/ParameterBinder.h"
 
 #include <exception>
+#include <new>
 #include <set>
 #include <string_view>
 #include <type_traits>
@@ -17,6 +18,8 @@ bool TryConvert(const Variant& value, T& target) {
     try {
         metadata::Convert(value, target);
         return true;
+    } catch (const std::bad_alloc&) {
+        throw;  // the call is not at fault
     } catch (const std::exception&) {
         return false;
     }
