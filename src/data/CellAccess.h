@@ -94,7 +94,11 @@ struct CellAccess {
     /// Gives back the room that the row was given last and has not used.
     static void FitBlock(VariantList& row, detail::RowMemory& memory) noexcept {
         VariantList::Block& block = *row.m_block;
-        if (block.chunkOffset == 0 || block.size == block.capacity) return;
+        if (block.size == block.capacity) return;
+        if (block.chunkOffset == 0) {
+            if (block.size < block.capacity / 2) row.MoveOut();
+            return;
+        }
         memory.TakeBack(block.Cells() + block.capacity, (block.capacity - block.size) * sizeof(Variant));
         block.capacity = block.size;
     }

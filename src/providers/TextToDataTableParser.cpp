@@ -17,6 +17,7 @@
 #include "base/NumberText.h"
 #include "base/RealText.h"
 #include "quillon/StringUtils.h"
+#include "quillon/TextFields.h"
 #include "quillon/detail/FromChars.h"
 #include "quillon/detail/RowBuilder.h"
 
@@ -61,6 +62,15 @@ bool ToBool(std::string_view text) {
     constexpr std::string_view kTrue = "true";
     return text == "1" || (text.size() == kTrue.size() &&
                            StringUtils::CompareCaseInsensitive(std::string(text), std::string(kTrue)));
+}
+
+/// Whether a field is certain to be empty at the end of a line. A class that is derived from one of these may
+/// read differently.
+bool IsEmptyAtLineEnd(const IParsableField& field) {
+    const std::type_info& kind = typeid(field);
+    return kind == typeid(SpaceSeparatedField) || kind == typeid(NullSeparatedField) ||
+           kind == typeid(BlankSeparatedField) || kind == typeid(FixedWidthField) ||
+           kind == typeid(CharSeparatedField) || kind == typeid(QuotedField);
 }
 
 /// The character at or after the cursor, else the end.
@@ -109,6 +119,7 @@ public:
         : m_columns(parser.m_columns),
           m_hasOwnFields(parser.m_hasOwnFields),
           m_hasZeros(hasZeros),
+          m_needed(NeededOf(m_columns)),
           m_row(NamesOf(m_columns), table) {}
 
     /// Reads a line without its line feed.
@@ -119,7 +130,9 @@ public:
             end = cursor + m_line.size();
         }
         if (m_hasZeros) end = FindCharacter('\0', cursor, end);
+        // A short line must not cost what the many columns of a hostile heading do.
         for (std::size_t place = 0; place < m_columns.size(); ++place) {
+            if (cursor == end && place >= m_needed) break;
             const std::string_view text = Trimmed(Take(m_columns[place], cursor, end));
             if (!text.empty()) AddCell(place, text);
         }
@@ -131,6 +144,13 @@ private:
         std::vector<std::string> names;
         for (const Column& column : columns) names.push_back(column.name);
         return names;
+    }
+
+    /// How many columns have to be read on every line, however short it is.
+    static std::size_t NeededOf(const std::vector<Column>& columns) {
+        std::size_t needed = columns.size();
+        while (needed > 0 && IsEmptyAtLineEnd(*columns[needed - 1].field)) --needed;
+        return needed;
     }
 
     std::string_view Take(const Column& column, const char*& cursor, const char* end) {
@@ -161,6 +181,7 @@ private:
 
     const std::vector<Column>& m_columns;
     const bool m_hasOwnFields, m_hasZeros;
+    const std::size_t m_needed;
     detail::RowBuilder m_row;
     std::string m_line, m_value;
 };

@@ -5,6 +5,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "quillon/TextFields.h"
+
 namespace quillon::test {
 namespace {
 
@@ -100,6 +102,26 @@ TEST(TextToDataTableParser, FieldsOfTheCallersOwnAreAskedAndDeletedOnce) {
     EXPECT_EQ(DerivedField::s_deletions, before + 1);
 }
 
+/// Has a value where a line has none.
+class DefaultField final : public SpaceSeparatedField {
+public:
+    bool Parse(const char** cursor, std::string& value) override {
+        if (**cursor == '\0') value = "none";
+        return SpaceSeparatedField::Parse(cursor, value);
+    }
+};
+
+TEST(TextToDataTableParser, AFieldOfTheCallersOwnIsAskedBehindTheEndOfALine) {
+    TextToDataTableParser parser;
+    parser.AddField<std::string>("a", new SpaceSeparatedField, 0);
+    parser.AddField<std::string>("b", new SpaceSeparatedField, 0);
+    parser.AddField<std::string>("c", new DefaultField, 0);
+    parser.AddField<std::string>("d", new SpaceSeparatedField, 0);
+    DataTable table;
+    parser.Parse("1\n2 3 4 5\n", table);
+    EXPECT_EQ(Shown(table), "{a=1, c=none}{a=2, b=3, c=4, d=5}");
+}
+
 TEST(TextToDataTableParser, AppendsToTheRowsThatAreThere) {
     TextToDataTableParser parser;
     EXPECT_THROW(parser.AddField<bool>("v", nullptr, 0), std::invalid_argument);
@@ -155,6 +177,19 @@ TEST(TextToDataTableParser, LongLinesAndManyEmptyLinesTakeLinearTime) {
     EXPECT_EQ(Parsed<std::string>(std::string(kLong, 'x'), new NullSeparatedField).size(), kLong + 4);
     EXPECT_EQ(Parsed<std::string>(std::string(kMany, ' ') + 'x', new SpaceSeparatedField), "");
     EXPECT_EQ(Parsed<std::string>(std::string(kMany, '\n') + 'x', new SpaceSeparatedField), "{v=x}");
+}
+
+TEST(TextToDataTableParser, ManyShortLinesUnderManyColumnsTakeLinearTime) {
+    constexpr int kMany = 50'000;
+    std::string lines;
+    TextToDataTableParser parser;
+    for (int i = 0; i < kMany; ++i) {
+        parser.AddField<std::string>("v", std::make_unique<FixedWidthField>(2));
+        lines += "x\n";
+    }
+    DataTable table;
+    parser.Parse(lines, table);
+    EXPECT_EQ(table.GetNumberOfRows(), std::size_t{kMany});
 }
 
 }  // namespace

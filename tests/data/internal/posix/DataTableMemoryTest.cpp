@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <fstream>
+#include <memory>
 #include <new>
 #include <string>
 #include <thread>
@@ -13,6 +14,7 @@
 
 #include "data/RowRegions.h"
 #include "quillon/DataTableIO.h"
+#include "quillon/TextToDataTableParser.h"
 #include "support/posix/RefusedCalls.h"
 
 /// How much memory tables take and give back, as the heap of the C library tells. Under a sanitizer it
@@ -87,6 +89,20 @@ TEST(DataTableMemory, ACellTakesLittle) {
         }
         EXPECT_LE(static_cast<double>(BytesInUse() - before) / (kRows * shape.cells), shape.most);
     }
+}
+
+TEST(DataTableMemory, ARowThatIsReadTakesNoRoomForCellsThatItLacks) {
+    constexpr int kColumns = 2000, kRows = 1000;
+    TextToDataTableParser parser;
+    for (int i = 0; i < kColumns; ++i)
+        parser.AddField<std::string>("v", std::make_unique<SpaceSeparatedField>());
+    std::string lines;
+    for (int i = 0; i < kRows; ++i) lines += "x\n";
+    const std::size_t before = BytesInUse();
+    DataTable table;
+    parser.Parse(lines, table);
+    EXPECT_LT(BytesInUse(), before + 500'000);
+    EXPECT_EQ(table.GetNumberOfRows(), std::size_t{kRows});
 }
 
 TEST(DataTableMemory, ARowThatWasMovedOutKeepsNoOther) {
