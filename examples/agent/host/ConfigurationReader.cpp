@@ -5,14 +5,12 @@
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <set>
-#include <system_error>
 #include <utility>
 
+#include "common/JsonNumber.h"
 #include "common/ShownText.h"
 #include "host/SettingRules.h"
-#include "quillon/detail/FromChars.h"
 
 namespace quillon::agent {
 
@@ -62,19 +60,6 @@ std::string PatternOf(const std::string& name) {
     return name.find_first_of(".[]*") == std::string::npos ? name : "?";
 }
 
-/// The JSON library reads numbers by the process's locale, and has put that locale's decimal point, or
-/// the first byte of it, into the literal.
-double ToDouble(std::string literal) {
-    constexpr std::string_view kOthers = "+-0123456789Ee";
-    for (char& character : literal) {
-        if (kOthers.find(character) == std::string_view::npos) character = '.';
-    }
-    double value = 0;
-    const char* const end = literal.data() + literal.size();
-    const auto error = detail::FromChars(literal.data(), end, value).ec;
-    return error == std::errc() ? value : std::numeric_limits<double>::quiet_NaN();
-}
-
 const char* NameOf(Kind kind) {
     return kind == Kind::Object ? "an object" : kind == Kind::Array ? "an array" : "a single value";
 }
@@ -98,7 +83,10 @@ public:
         if (!std::in_range<long long>(value)) return Scalar(static_cast<double>(value));
         return Scalar(static_cast<long long>(value));
     }
-    bool number_float(number_float_t, const std::string& literal) { return Scalar(ToDouble(literal)); }
+    bool number_float(number_float_t, const std::string& literal) {
+        constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+        return Scalar(ValueOfJsonNumber(JsonNumber(literal)).value_or(kNone));
+    }
     bool string(std::string& value) { return Scalar(std::move(value)); }
     bool binary(binary_t&) { return false; }
     bool start_object(std::size_t) { return Enter(Kind::Object); }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
+#include "common/JsonNumber.h"
 #include "common/ShownText.h"
 
 namespace quillon::agent {
@@ -36,8 +37,9 @@ public:
         return Take({.kind = integer < 0 ? Kind::TooLarge : Kind::Integer, .integer = integer},
                     std::to_string(value));
     }
-    bool number_float(number_float_t value, const std::string& text) {
-        return Take({.kind = Kind::Real, .real = value}, text);
+    bool number_float(number_float_t value, const std::string& literal) {
+        const std::string number = JsonNumber(literal);
+        return Take({.kind = Kind::Real, .real = ValueOfJsonNumber(number).value_or(value)}, number);
     }
     bool string(std::string& value) {
         return Take({.kind = Kind::Text, .text = value}, m_arrays > 0 ? JsonText(value) : std::string());
