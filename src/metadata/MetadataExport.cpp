@@ -36,8 +36,9 @@ std::size_t UrlLength(std::string_view text) {
     };
     std::string_view url(
         text.data(), static_cast<std::size_t>(std::find_if(text.begin(), text.end(), ends) - text.begin()));
+    const bool hasParenthesis = url.find('(') != std::string_view::npos;
     while (std::string_view(".,;:!?').]").find(url.back()) != std::string_view::npos) {
-        if (url.back() == ')' && url.find('(') != std::string_view::npos) break;
+        if (url.back() == ')' && hasParenthesis) break;
         url.remove_suffix(1);
     }
     return url.size() > scheme + std::string_view("://").size() ? url.size() : 0;

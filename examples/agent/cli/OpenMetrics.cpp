@@ -47,12 +47,17 @@ public:
     explicit Names(std::set<std::string> taken = {}) : m_taken(std::move(taken)) {}
     std::string Take(const std::string& name) {
         std::string own = name;
-        for (int number = 2; !m_taken.insert(own).second; ++number) own = name + '_' + std::to_string(number);
+        if (m_taken.insert(own).second) return own;
+        int& number = m_numbers.try_emplace(name, 1).first->second;  // the last one that is taken
+        do {
+            own = name + '_' + std::to_string(++number);
+        } while (!m_taken.insert(own).second);
         return own;
     }
 
 private:
     std::set<std::string> m_taken;
+    std::map<std::string, int> m_numbers;
 };
 
 /// A label cannot begin with a digit.
