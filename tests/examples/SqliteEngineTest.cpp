@@ -63,7 +63,9 @@ TEST_F(StoreTest, RefusesWhatSqliteCannotHold) {
     EXPECT_FALSE(store.WriteDataToTempTable("case", DataTable(VariantList(V("a", 1), V("A", 2)))));
     for (const std::string& sql :
          {std::string("SELECT 1; SELECT 2"), std::string(" -- nothing"), std::string("SELECT 1\0", 9),
-          std::string("ATTACH 'other' AS other"), std::string("VACUUM INTO 'other'")})
+          std::string("ATTACH 'other' AS other"), std::string("VACUUM INTO 'other'"),
+          std::string("PRAGMA main.Hard_Heap_Limit(1000000000)"),
+          std::string("PRAGMA temp_store_directory = ''")})
         EXPECT_FALSE(store.ExecuteNonQuery(sql)) << sql;
     EXPECT_TRUE(store.ExecuteNonQuery("SELECT 1; -- and no more\n ;;") && store.ExecuteNonQuery("VACUUM"));
     m_log.Forget();

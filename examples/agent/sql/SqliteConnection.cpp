@@ -1,5 +1,7 @@
 #include "sql/SqliteConnection.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "quillon/FileSystemUtils.h"
@@ -43,13 +45,22 @@ bool CannotOpen(int code) {
     return primary == SQLITE_CANTOPEN || primary == SQLITE_READONLY || primary == SQLITE_PERM;
 }
 
+/// Whether a pragma holds for every connection of the process.
+bool IsOfProcess(const char* pragma) {
+    constexpr const char* kNames[] = {"data_store_directory", "hard_heap_limit", "soft_heap_limit",
+                                      "temp_store_directory"};
+    return std::any_of(std::begin(kNames), std::end(kNames),
+                       [pragma](const char* name) { return sqlite3_stricmp(name, pragma) == 0; });
+}
+
 /// ATTACH, and VACUUM with a file, would reach others; VACUUM alone attaches one without a name.
 /// `use` learns what a statement does to the transaction, however it is written.
-int Authorize(void* use, int action, const char* word, const char*, const char*, const char*) {
+int Authorize(void* use, int action, const char* word, const char* value, const char*, const char*) {
     auto& found = *static_cast<TransactionUse*>(use);
     if (action == SQLITE_SAVEPOINT) found = TransactionUse::MovesSavepoint;
     if (action == SQLITE_TRANSACTION && word != nullptr)
         found = std::string_view(word) == "BEGIN" ? TransactionUse::Begins : TransactionUse::Ends;
+    if (action == SQLITE_PRAGMA && value != nullptr && IsOfProcess(word)) return SQLITE_DENY;
     const bool isNameless = word != nullptr && *word == '\0';
     return action == SQLITE_ATTACH && !isNameless ? SQLITE_DENY : SQLITE_OK;
 }
