@@ -108,6 +108,19 @@ TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
     EXPECT_EQ(Csv(store, "SELECT 1 AS a, 2 AS b WHERE 0"), "a,b\n");
 }
 
+TEST_F(StoreTest, ReadsTextsOfADatabaseInUtf16) {
+    Store store("wide");
+    const DataTable table =
+        Column("a", {V("\xC3\xA9\xF0\x9F\x98\x80"), V(""), V(std::string("a\0b", 3)), V(1)});
+    ASSERT_TRUE(store.ExecuteNonQuery("PRAGMA encoding='UTF-16'") &&
+                store.ExecuteNonQuery("CREATE TABLE t (a)"));
+    DataTable added = table;
+    ASSERT_TRUE(store.AddToTable("t", added));
+    EXPECT_EQ(Query(store, "SELECT * FROM t"), table);
+    EXPECT_EQ(Csv(store, "PRAGMA encoding"), "encoding\nUTF-16le\n");
+    EXPECT_EQ(Query(store, "SELECT x'00FF' AS a"), Column("a", {V(std::string("\0\xFF", 2))}));
+}
+
 TEST_F(StoreTest, PutsCellsIntoTheColumnsOfTheirNamesOrNothingAtAll) {
     Store store("rows");
     store.ExecuteNonQuery("CREATE TABLE t (A, b_c DEFAULT 'd')");

@@ -1,5 +1,6 @@
 #include "sql/SqliteStatement.h"
 
+#include <new>
 #include <optional>
 #include <string_view>
 #include <typeindex>
@@ -54,11 +55,14 @@ void LogExpected(const std::string& message) {
         logger->Debug("%s", LogText::OneLine(message).c_str());
 }
 
-/// The bytes of a text or blob; none have no address.
+/// The bytes of a blob, or of a text in UTF-8, whatever the encoding of the database is. A blob of none has
+/// no address.
 std::string Bytes(sqlite3_value* value) {
-    const auto* const bytes = static_cast<const char*>(sqlite3_value_blob(value));
+    const bool isText = sqlite3_value_type(value) == SQLITE_TEXT;
+    const void* const bytes = isText ? sqlite3_value_text(value) : sqlite3_value_blob(value);
     const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
-    return bytes != nullptr ? std::string(bytes, size) : std::string();
+    if (bytes == nullptr && (isText || size > 0)) throw std::bad_alloc();
+    return std::string(static_cast<const char*>(bytes), size);
 }
 
 /// By the column's value: every call by its number would look the column up and lock anew. That
