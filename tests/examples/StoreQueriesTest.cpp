@@ -53,6 +53,19 @@ TEST_F(StoreQueriesTest, ParametersTakeAnyValueAndRowsAreHandedOut) {
                                           HasSubstr("no value for parameter 1"), HasSubstr("too big")));
 }
 
+TEST_F(StoreQueriesTest, AChangeThatCannotBeCommittedFailsAlsoWhenNotAllItsRowsAreWanted) {
+    Store store("returning");
+    for (const char* sql : {"PRAGMA foreign_keys=ON", "CREATE TABLE p (n PRIMARY KEY)",
+                            "CREATE TABLE c (n REFERENCES p DEFERRABLE INITIALLY DEFERRED)"})
+        ASSERT_TRUE(store.ExecuteNonQuery(sql));
+    DataTable result;
+    EXPECT_FALSE(store.ExecuteQuery(SqlQuery{"INSERT INTO c VALUES (1) RETURNING n", {}, 1}, result));
+    EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("FOREIGN KEY constraint failed (INSERT INTO c")));
+    EXPECT_TRUE(store.ExecuteQuery(SqlQuery{"INSERT INTO p VALUES (1) RETURNING n", {}, 1}, result));
+    EXPECT_EQ(Csv(store, "SELECT (SELECT count(*) FROM p) AS p, (SELECT count(*) FROM c) AS c"),
+              "p,c\n1,0\n");
+}
+
 TEST_F(StoreQueriesTest, AStatementThatNeverEndsIsStopped) {
     Store store("endless"), other("endless");
     DataTable result;

@@ -187,9 +187,16 @@ bool SqliteStatement::VisitRows(const std::vector<std::string>& names, std::uint
         row.Reserve(names.size());
         int column = 0;
         for (const std::string& name : names) AddCell(sqlite3_column_value(Get(), column++), name, row);
-        if (!visitor(row) || rows == maxRows) return true;
+        if (!visitor(row) || rows == maxRows) return Finish();
     }
     return step == Done;
+}
+
+/// Ends a statement that has more rows. What it has changed is committed only then, which may fail.
+bool SqliteStatement::Finish() const {
+    if (sqlite3_reset(Get()) == SQLITE_OK) return true;
+    m_connection->LogFailure(sqlite3_sql(Get()));
+    return false;
 }
 
 bool SqliteStatement::ReadRows(DataTable& table) const {

@@ -50,6 +50,7 @@ private:
     void Prepare(const std::string& sql);
     const Variant* ValueOf(int index, const VariantList& values) const;
     bool HoldsMore(const char* rest) const;
+    bool Finish() const;
 
     const SqliteConnection* m_connection = nullptr;
     std::unique_ptr<sqlite3_stmt, Finalizer> m_handle;
