@@ -37,11 +37,15 @@ bool EnumerateMatches(const std::string& pattern, const std::function<bool(const
     // Compared as they are listed: two names that are no UTF-8 are not the same.
     const std::string wildcards = LibraryName(std::string_view(*native).substr(name));
     bool hasMatch = false;
+    errno = 0;
     while (const ::dirent* const found = ::readdir(folder.get())) {
-        if (wildcards.empty() || !MatchesWildcards(LibraryName(found->d_name), wildcards)) continue;
-        hasMatch = true;
-        if (!visit(ToEntry(::dirfd(folder.get()), *found))) break;
+        if (!wildcards.empty() && MatchesWildcards(LibraryName(found->d_name), wildcards)) {
+            hasMatch = true;
+            if (!visit(ToEntry(::dirfd(folder.get()), *found))) return true;
+        }
+        errno = 0;
     }
+    if (errno != 0) return FailWithErrno();
     if (!hasMatch) SetLastErrorCode(base::kFileNotFound);
     return hasMatch;
 }

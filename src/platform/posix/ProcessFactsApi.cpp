@@ -5,15 +5,15 @@
 
 #include <cerrno>
 #include <charconv>
-#include <cstring>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/CommandLine.h"
 #include "base/Utf.h"
+#include "platform/native/EntryNames.h"
 #include "platform/native/ProcFile.h"
 #include "platform/posix/Errno.h"
-#include "platform/posix/FolderEntry.h"
 
 namespace quillon::platform {
 
@@ -82,16 +82,16 @@ std::optional<std::wstring> CommandLineOf(std::uint32_t id) {
 long long PrivateWorkingSet(HANDLE process) { return PrivateBytes(ProcessOf(process)).value_or(0); }
 
 std::optional<std::vector<std::uint32_t>> ListProcessIds() {
-    const OpenFolder folder(::opendir("/proc"));
-    if (!folder) {
+    const auto names = EntryNames("/proc");
+    if (!names) {
         FailWithErrno();
         return std::nullopt;
     }
     std::vector<std::uint32_t> ids;
-    while (const dirent* const entry = ::readdir(folder.get())) {
-        const char* const end = entry->d_name + std::strlen(entry->d_name);
+    for (const std::string& name : *names) {
+        const char* const end = name.data() + name.size();
         std::uint32_t id = 0;
-        const auto [next, error] = std::from_chars(entry->d_name, end, id);
+        const auto [next, error] = std::from_chars(name.data(), end, id);
         if (error == std::errc() && next == end) ids.push_back(id);
     }
     if (!ids.empty()) return ids;

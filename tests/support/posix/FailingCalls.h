@@ -15,8 +15,8 @@ struct FailingCalls {
 };
 FailingCalls& TheFailingCalls();
 
-/// The same for the calls by which a thread reaches and changes files: open, openat, write, fsync, fdatasync,
-/// rename, renameat, renameat2, mkdir and mkdirat. Every thread has its own.
+/// The same for the calls by which a thread reaches and changes files: open, openat, readdir, write, fsync,
+/// fdatasync, rename, renameat, renameat2, mkdir and mkdirat. Every thread has its own.
 struct FailingFileCalls {
     int failing = 0;  ///< the number of the call that fails, beginning with 1; 0: none
     int error = 0;    ///< its errno

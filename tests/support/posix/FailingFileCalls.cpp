@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -66,6 +67,9 @@ ssize_t __wrap_write(int file, const void* bytes, std::size_t count) {
         return __real_write(file, bytes, (count + 1) / 2);
     return __real_write(file, bytes, ThisThreadsFileCalls().writesHalf && count > 1 ? count / 2 : count);
 }
+
+::dirent* __real_readdir(::DIR* folder);
+::dirent* __wrap_readdir(::DIR* folder) { return Fails() ? nullptr : __real_readdir(folder); }
 
 #define WRAP(isRefused, name, parameters, arguments) \
     int __real_##name parameters;                    \

@@ -7,8 +7,10 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "platform/ErrorText.h"
+#include "platform/ProcessFactsApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/TemporaryFile.h"
 #include "support/TempDir.h"
@@ -138,6 +140,24 @@ TEST_F(RefusedCalls, WalkWithoutDescriptorsIsNotComplete) {
         EXPECT_TRUE(code == 4 || !isRefused) << code;
     }
     EXPECT_GT(number, 4) << "each of the four directories is opened";
+}
+
+TEST_F(RefusedCalls, SearchThatBreaksOffTellsWhy) {
+    for (const char* const file : {"to/a", "to/b", "to/c"}) dir.Write(file, "x");
+    constexpr int kEntries = 5;  // "." and ".." as well
+    for (int number = 1; number <= kEntries + 1; ++number) {
+        SCOPED_TRACE(number);
+        std::vector<std::string> files;
+        test::ThisThreadsFileCalls() = {number, EIO, 0, false};
+        const std::uint32_t count = FS::FindFiles(dir.Path("to\\*"), &files);
+        const std::uint32_t code = platform::LastError();
+        test::ThisThreadsFileCalls() = {};
+        EXPECT_EQ(code, 1117u);
+        EXPECT_EQ(count, files.size());
+    }
+    test::ThisThreadsFileCalls() = {kEntries, EIO, 0, false};
+    EXPECT_FALSE(platform::ListProcessIds());
+    test::ThisThreadsFileCalls() = {};
 }
 
 TEST_F(RefusedCalls, TemporaryPlacesAreThereOrNotReturned) {
