@@ -13,6 +13,7 @@ list(APPEND agent_service_sources ${CMAKE_CURRENT_LIST_DIR}/common/Failure.cpp
      ${CMAKE_CURRENT_LIST_DIR}/common/ShownText.cpp
      ${CMAKE_CURRENT_LIST_DIR}/common/TemporaryName.cpp
      ${CMAKE_CURRENT_LIST_DIR}/modules/Arguments.cpp
+     ${CMAKE_CURRENT_LIST_DIR}/system/${services_side}/DatabaseLocks.cpp
      ${CMAKE_CURRENT_LIST_DIR}/system/${services_side}/PrivateFile.cpp)
 
 add_library(quillon_agent_services OBJECT ${agent_service_sources})

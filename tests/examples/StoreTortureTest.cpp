@@ -41,6 +41,15 @@ const ChildMode open("open", [](const std::vector<std::string>& a) {
     return std::fflush(stdout);
 });
 
+/// insert FOLDER: prints whether a row could be added.
+const ChildMode insert("insert", [](const std::vector<std::string>& a) {
+    RecordingLogger log;
+    Databases databases(a[0]);
+    Store store("read");
+    std::printf("%d", store.ExecuteNonQuery("INSERT INTO t VALUES (2)") ? 1 : 0);
+    return std::fflush(stdout);
+});
+
 std::vector<std::string> Corrupt(const fs::path& folder) {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(folder)) {
@@ -145,6 +154,19 @@ TEST_F(StoreTortureTest, AFileThatWasMovedAwayIsNoticed) {
     fs::rename(dir.Native("stores"), dir.Native("others"));
     EXPECT_FALSE(store.ExecuteNonQuery("CREATE TABLE t (a)"));
     EXPECT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)") && store.AddToTable("t", row));
+}
+
+TEST_F(StoreTortureTest, WhoReadsItsFilesTakesNoLockFromADatabase) {
+    Store store("read");
+    ASSERT_TRUE(store.ExecuteNonQuery("CREATE TABLE t (a)"));
+    Store("read").ExecuteNonQuery("SELECT * FROM t");
+    ASSERT_TRUE(store.TryBegin() && store.ExecuteNonQuery("INSERT INTO t VALUES (1)"));
+    for (const auto& file : fs::directory_iterator(dir.Native("stores"))) std::ifstream(file.path()).get();
+    EXPECT_EQ(RunChild("insert", {dir.Path("stores")}).out, "0");
+    EXPECT_TRUE(store.TryCommit());
+    EXPECT_EQ(RunChild("insert", {dir.Path("stores")}).out, "1");
+    EXPECT_EQ(Csv(store, "SELECT a FROM t"), "a\n1\n2\n");
+    EXPECT_THAT(TakeErrors(), IsEmpty());
 }
 
 TEST_F(StoreTortureTest, FilesArePrivateAndTheLogIsBounded) {

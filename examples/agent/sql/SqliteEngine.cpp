@@ -8,6 +8,7 @@
 #include "quillon/LogText.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
+#include "system/DatabaseLocks.h"
 
 namespace quillon::agent {
 
@@ -21,7 +22,9 @@ void LogError(const std::string& text) {
 }  // namespace
 
 SqliteEngine::SqliteEngine(DatabaseFolder folder, int busyMilliseconds)
-    : m_folder(std::move(folder)), m_busyMilliseconds(busyMilliseconds) {}
+    : m_folder(std::move(folder)), m_busyMilliseconds(busyMilliseconds) {
+    KeepDatabaseLocks();
+}
 SqliteEngine::SqliteEngine(InMemory, int busyMilliseconds) : m_busyMilliseconds(busyMilliseconds) {}
 SqliteEngine::~SqliteEngine() = default;
 

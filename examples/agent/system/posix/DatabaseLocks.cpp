@@ -1,0 +1,138 @@
+#include "system/DatabaseLocks.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <compare>
+#include <cstdarg>
+#include <map>
+#include <mutex>
+#include <new>
+#include <set>
+#include <string>
+
+namespace quillon::agent {
+
+namespace {
+
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t number = 0;
+    auto operator<=>(const FileIdentity&) const = default;
+};
+
+bool Identify(int file, FileIdentity& identity) {
+    struct stat status {};
+    if (::fstat(file, &status) != 0) return false;
+    identity = {status.st_dev, status.st_ino};
+    return true;
+}
+
+/// Opens an open file once more, clear of the standard streams; -1 when that cannot be.
+int OpenAgain(int file) {
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    int again = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (again < 0) again = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (again < 0 || again > STDERR_FILENO) return again;
+    const int moved = ::fcntl(again, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    ::close(again);
+    return moved;
+}
+
+/// The locks of this process on the files of SQLite. Those of one file are held by one handle, whichever of
+/// its own SQLite names, as it counts them for the whole process.
+class FileLocks {
+public:
+    /// As fcntl(), by a lock of the handle in the place of one of the process.
+    int Control(int file, int command, struct flock& lock) {
+        const std::lock_guard guard(m_mutex);
+        const int holder = HolderOf(file);
+        if (holder < 0) return -1;
+        lock.l_pid = 0;  // the kernel insists on it
+        return ::fcntl(holder, command, &lock);
+    }
+
+    int Close(int file) {
+        const std::lock_guard guard(m_mutex);
+        FileIdentity identity;
+        const auto found = Identify(file, identity) ? m_holders.find(identity) : m_holders.end();
+        if (found != m_holders.end()) Forget(found, file);
+        return ::close(file);
+    }
+
+private:
+    struct Holder {
+        int handle = -1;
+        std::set<int> users;  ///< handles of SQLite
+    };
+    using Holders = std::map<FileIdentity, Holder>;
+
+    int HolderOf(int file) {
+        FileIdentity identity;
+        if (!Identify(file, identity)) return -1;
+        Holder& holder = m_holders[identity];
+        holder.users.insert(file);
+        if (holder.handle < 0) holder.handle = OpenAgain(file);
+        return holder.handle;
+    }
+
+    void Forget(Holders::iterator holder, int file) {
+        holder->second.users.erase(file);
+        if (!holder->second.users.empty()) return;
+        if (holder->second.handle >= 0) ::close(holder->second.handle);
+        m_holders.erase(holder);
+    }
+
+    std::mutex m_mutex;
+    Holders m_holders;
+};
+
+FileLocks& TheFileLocks() {
+    static FileLocks& locks = *new FileLocks;  // a database may be closed while the process ends
+    return locks;
+}
+
+int HandleCommandOf(int command) {
+    if (command == F_SETLK) return F_OFD_SETLK;
+    return command == F_GETLK ? F_OFD_GETLK : -1;
+}
+
+extern "C" int ControlForSqlite(int file, int command, ...) {
+    std::va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    const int ofHandle = HandleCommandOf(command);
+    if (ofHandle < 0) return ::fcntl(file, command, argument);
+    try {
+        return TheFileLocks().Control(file, ofHandle, *static_cast<struct flock*>(argument));
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+        return -1;
+    }
+}
+
+extern "C" int CloseForSqlite(int file) { return TheFileLocks().Close(file); }
+
+template <class Function>
+void Replace(sqlite3_vfs& system, const char* name, Function* function) {
+    system.xSetSystemCall(&system, name, reinterpret_cast<sqlite3_syscall_ptr>(function));
+}
+
+bool ReplaceCalls() {
+    sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+    if (system == nullptr) return false;
+    TheFileLocks();  // closing takes no memory
+    Replace(*system, "fcntl", &ControlForSqlite);
+    Replace(*system, "close", &CloseForSqlite);
+    return true;
+}
+
+}  // namespace
+
+void KeepDatabaseLocks() { [[maybe_unused]] static const bool areReplaced = ReplaceCalls(); }
+
+}  // namespace quillon::agent

@@ -1,0 +1,7 @@
+#include "system/DatabaseLocks.h"
+
+namespace quillon::agent {
+
+void KeepDatabaseLocks() {}
+
+}  // namespace quillon::agent
