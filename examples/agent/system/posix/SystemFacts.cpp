@@ -6,13 +6,19 @@
 
 #include <array>
 #include <filesystem>
+#include <string_view>
 
 namespace quillon::agent {
 
 std::optional<std::string> ReadExecutable(unsigned long pid) {
+    constexpr std::string_view kReplaced = " (deleted)";
     std::error_code error;
-    const auto path = std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error);
-    return error ? std::nullopt : std::optional(path.string());
+    auto path = std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error).string();
+    if (error) return std::nullopt;
+    // The file may have been replaced by a newer one while it runs.
+    if (path.ends_with(kReplaced) && ::access(path.c_str(), F_OK) != 0)
+        path.resize(path.size() - kReplaced.size());
+    return path;
 }
 
 std::string ReadHostName() {
