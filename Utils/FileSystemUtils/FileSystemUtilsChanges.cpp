@@ -42,6 +42,11 @@ public:
     }
 };
 
+/// A volume's name behind "\\?\" leads to its root only with a separator.
+bool IsThere(const std::string& ancestor) {
+    return FileSystemUtils::Exists(ancestor) || FileSystemUtils::Exists(ancestor + PathUtils::PathSep);
+}
+
 }  // namespace
 
 bool FailToErase(const std::string& path) {
@@ -72,7 +77,7 @@ bool FileSystemUtils::EraseDirectory(const std::string& directory) {
 bool FileSystemUtils::MakeDirectories(const std::string& path) {
     std::vector<std::string> missing;
     std::string ancestor = PathUtils::DirName(path, PathUtils::PathSep);
-    while (!ancestor.empty() && !Exists(ancestor)) {
+    while (!ancestor.empty() && !IsThere(ancestor)) {
         missing.push_back(ancestor);
         ancestor = PathUtils::DirName(ancestor, PathUtils::PathSep);
     }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quillon/FileSystemUtils.h"
+#include "quillon/PathUtils.h"
 #include "quillon/StringUtils.h"
 #include "quillon/TemporaryFile.h"
 #include "support/RecordingLogger.h"
@@ -124,6 +125,15 @@ TEST_F(FileSystemChangesTest, MakeDirectoriesMakesAncestorsOnly) {
     EXPECT_FALSE(FS::MakeDirectory(dir.Path("x\\y\\z")));
     EXPECT_TRUE(FS::MakeDirectories("no ancestors"));
     EXPECT_FALSE(FS::MakeDirectories(dir.Write("file", "x") + "\\sub\\x"));
+}
+
+TEST_F(FileSystemChangesTest, ADirectoryIsMadeInTheRootOfAVolume) {
+    if (!test::kWindows) GTEST_SKIP() << "only root may write there";
+    const std::string folder = dir.Path();
+    const std::string root = R"(\\?\)" + folder.substr(0, 2) + '\\' + PathUtils::FileName(folder) + "-root";
+    EXPECT_TRUE(FS::MakeDirectory(root + "\\a\\b"));
+    EXPECT_TRUE(FS::IsDirectory(root + "\\a\\b"));
+    EXPECT_TRUE(FS::EraseDirectory(root));
 }
 
 TEST_F(FileSystemChangesTest, ThreadsMakeTheSameAncestors) {
