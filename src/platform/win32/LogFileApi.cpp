@@ -1,5 +1,6 @@
 #include "platform/LogFileApi.h"
 
+#include "platform/FileApi.h"
 #include "platform/TextApi.h"
 #include "platform/win32/LineEnds.h"
 #include "platform/win32/ShareModes.h"
@@ -94,13 +95,9 @@ void UnlockLogFile(const FileHandle& file) {
 }
 
 PathUse UseOfPath(const std::string& path) {
-    const auto wide = WidePath(path);
-    if (!wide) return PathUse::Other;
-    const DWORD attributes = ::GetFileAttributesW(wide->c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return ::GetLastError() == ERROR_FILE_NOT_FOUND ? PathUse::Free : PathUse::Other;
-    constexpr DWORD kNoFile = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
-    return (attributes & kNoFile) == 0 ? PathUse::File : PathUse::Other;
+    const auto attributes = AttributesOf(path);
+    if (!attributes) return ::GetLastError() == ERROR_FILE_NOT_FOUND ? PathUse::Free : PathUse::Other;
+    return attributes->isDirectory || attributes->isLink ? PathUse::Other : PathUse::File;
 }
 
 Appended AppendToLogFile(const FileHandle& file, std::string_view text) {
