@@ -60,11 +60,8 @@ void CommandOutput::TakePiece() {
 
 void CommandOutput::TakeRest() {
     const std::uint64_t last = m_total + m_capture.Available();
-    std::uint64_t before = m_total - 1;
-    while (m_total < last && before != m_total) {
-        before = m_total;
-        TakePiece();
-    }
+    // On Windows a piece is empty where the command wrote nothing.
+    while (m_total < last && m_capture.Available() > 0) TakePiece();
     // A piece may hold what was written after the end.
     if (m_total <= last) return;
     if (m_fault == 0) m_bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(last, m_bytes.size())));
