@@ -31,6 +31,10 @@ constexpr DWORD kBufferSize = 64 << 10;
 constexpr DWORD kLongestRead = 1 << 20;
 constexpr const char* kPipes = R"(\\.\pipe\)";
 
+/// Returns whether a read of no bytes tells of a write of no bytes; of any other input, also of a socket, it
+/// tells the end.
+bool IsPipe(HANDLE handle) { return ::GetNamedPipeInfo(handle, nullptr, nullptr, nullptr, nullptr) != 0; }
+
 Handle MakeEvent() { return Handle(::CreateEventW(nullptr, TRUE, FALSE, nullptr)); }
 
 /// One operation that goes on while its thread waits for it, or for the event of a stop.
@@ -62,13 +66,13 @@ class PipeChannel final : public Channel {
 public:
     explicit PipeChannel(Handle pipe) : m_pipe(std::move(pipe)) {}
 
+    /// A client may write nothing, which is read as such and is not its end.
     std::size_t Read(char* bytes, std::size_t size) override {
-        Operation operation;
         DWORD count = 0;
-        const bool isDone =
-            ::ReadFile(m_pipe.get(), bytes, static_cast<DWORD>(std::min<std::size_t>(size, kLongestRead)),
-                       nullptr, operation.Get()) != 0;
-        return operation.Await(m_pipe.get(), isDone, m_stop.get(), INFINITE, count) ? count : 0;
+        while (ReadOnce(bytes, size, count)) {
+            if (count > 0) return count;
+        }
+        return 0;
     }
 
     bool Write(std::string_view bytes) override {
@@ -91,6 +95,14 @@ public:
     void Stop() override { ::SetEvent(m_stop.get()); }
 
 private:
+    bool ReadOnce(char* bytes, std::size_t size, DWORD& count) {
+        Operation operation;
+        const bool isDone =
+            ::ReadFile(m_pipe.get(), bytes, static_cast<DWORD>(std::min<std::size_t>(size, kLongestRead)),
+                       nullptr, operation.Get()) != 0;
+        return operation.Await(m_pipe.get(), isDone, m_stop.get(), INFINITE, count);
+    }
+
     Handle m_pipe;
     Handle m_stop = MakeEvent();
     Handle m_never = MakeEvent();  // a stop does not end a write
@@ -212,8 +224,10 @@ struct StandardInput::State {
 
 /// Returns why nothing could be read; 0 at the end, too.
 DWORD StandardInput::State::Fill(Shared& shared, DWORD& count) {
-    if (::ReadFile(::GetStdHandle(STD_INPUT_HANDLE), shared.buffer.data(), kBufferSize, &count, nullptr))
-        return ERROR_SUCCESS;
+    const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+    while (::ReadFile(input, shared.buffer.data(), kBufferSize, &count, nullptr)) {
+        if (count > 0 || !IsPipe(input)) return ERROR_SUCCESS;
+    }
     count = 0;
     const DWORD code = ::GetLastError();
     const bool isEnd = code == ERROR_BROKEN_PIPE || code == ERROR_HANDLE_EOF;
