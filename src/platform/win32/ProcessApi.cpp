@@ -35,11 +35,31 @@ std::chrono::duration<std::uint64_t, std::ratio<1, 10'000'000>> DurationOf(const
         std::uint64_t{time.dwHighDateTime} << kHighBits | time.dwLowDateTime);
 }
 
+/// Gives the process its standard handles back: a console that it attaches to puts its own in their place,
+/// which lead nowhere, or elsewhere, once it has left that console.
+class KeptStandardHandles {
+public:
+    KeptStandardHandles() = default;
+    KeptStandardHandles(const KeptStandardHandles&) = delete;
+    KeptStandardHandles& operator=(const KeptStandardHandles&) = delete;
+    ~KeptStandardHandles() {
+        ::SetStdHandle(STD_INPUT_HANDLE, m_input);
+        ::SetStdHandle(STD_OUTPUT_HANDLE, m_output);
+        ::SetStdHandle(STD_ERROR_HANDLE, m_error);
+    }
+
+private:
+    const HANDLE m_input = ::GetStdHandle(STD_INPUT_HANDLE);
+    const HANDLE m_output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    const HANDLE m_error = ::GetStdHandle(STD_ERROR_HANDLE);
+};
+
 /// Sends CTRL_BREAK to the group of a console program. A process can do so in one console at a time, and not
 /// while it has one of its own.
 bool AskToEnd(std::uint32_t group) {
     static std::mutex& mutex = *new std::mutex;
     const std::lock_guard lock(mutex);
+    const KeptStandardHandles kept;
     if (::AttachConsole(group) == 0) return false;
     const BOOL sent = ::GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, group);
     ::FreeConsole();
