@@ -31,15 +31,16 @@ bool Identify(int file, FileIdentity& identity) {
     return true;
 }
 
-/// Opens an open file once more, clear of the standard streams; -1 when that cannot be.
-int OpenAgain(int file) {
+/// Returns another handle of an open file, clear of the standard streams; -1 when there is none left. It is
+/// one for writing where the file may be written, as a lock for writing needs that and whoever has the file
+/// open first may only read.
+int AnotherHandle(int file) {
     const std::string path = "/proc/self/fd/" + std::to_string(file);
-    int again = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
-    if (again < 0) again = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (again < 0 || again > STDERR_FILENO) return again;
-    const int moved = ::fcntl(again, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    ::close(again);
-    return moved;
+    const int opened = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (opened > STDERR_FILENO) return opened;
+    const int copied = ::fcntl(opened < 0 ? file : opened, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (opened >= 0) ::close(opened);
+    return copied;
 }
 
 /// The locks of this process on the files of SQLite. Those of one file are held by one handle, whichever of
@@ -75,7 +76,7 @@ private:
         if (!Identify(file, identity)) return -1;
         Holder& holder = m_holders[identity];
         holder.users.insert(file);
-        if (holder.handle < 0) holder.handle = OpenAgain(file);
+        if (holder.handle < 0) holder.handle = AnotherHandle(file);
         return holder.handle;
     }
 
