@@ -27,13 +27,14 @@ namespace detail {
 template <class Rep, class Period>
 TimePoint::duration ToTicks(const std::chrono::duration<Rep, Period>& value) {
     using Ticks = TimePoint::duration;
-    if constexpr (std::ratio_greater_v<Period, Ticks::period> || std::is_floating_point_v<Rep>) {
+    if constexpr (std::ratio_greater_equal_v<Period, Ticks::period> || std::is_floating_point_v<Rep>) {
         using Wide = std::chrono::duration<std::common_type_t<Rep, std::int64_t>, Period>;
         const auto most = std::chrono::duration_cast<Wide>(Ticks::max());
-        const auto least = std::chrono::duration_cast<Wide>(Ticks::min());
         // As a floating-point number the end of the range is rounded past it.
         if (value > most || (std::is_floating_point_v<Rep> && value == most)) return Ticks::max();
-        if (value < least) return Ticks::min();
+        if constexpr (std::is_signed_v<typename Wide::rep>) {
+            if (value < std::chrono::duration_cast<Wide>(Ticks::min())) return Ticks::min();
+        }
     }
     return std::chrono::floor<Ticks>(value);
 }

@@ -197,6 +197,9 @@ TEST(Variant, TakesWhatProgramsHaveAtHand) {
     // Programs write "never" so.
     EXPECT_EQ(ToTimePoint(Seconds::max()), TimePoint::max());
     EXPECT_EQ(ToTimePoint(Seconds::min()), TimePoint::min());
+    using Unsigned = std::chrono::sys_time<std::chrono::duration<std::uint64_t>>;
+    EXPECT_EQ(ToTimePoint(Unsigned(std::chrono::seconds(2))), At(20'000'000));
+    EXPECT_EQ(ToTimePoint(Unsigned::max()), TimePoint::max());
     EXPECT_GT(ToTimePoint(std::chrono::steady_clock::time_point::max()), steady);
     EXPECT_GT(ToTimePoint(std::chrono::file_clock::time_point::max()), steady);
 
