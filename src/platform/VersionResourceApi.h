@@ -19,7 +19,8 @@ inline constexpr std::uint32_t kNoResourceData = 1812;
 class VersionResource {
 public:
     /// `path` is a library path in UTF-8. Nothing when the file carries none, or one
-    /// that cannot be read: then `isThere`, unless null, is true. See LastError().
+    /// that cannot be read: then `isThere`, unless null, is true, and outside Windows
+    /// also when the file itself cannot be read. See LastError().
     static std::optional<VersionResource> Load(const std::string& path, bool* isThere = nullptr);
 
     /// Returns the numbers; nothing when they are missing or too short. The signature is not checked.

@@ -14,6 +14,7 @@
 #include "quillon/FileSystemUtils.h"
 #include "quillon/TemporaryFile.h"
 #include "support/TempDir.h"
+#include "support/VersionedFile.h"
 #include "support/posix/FailingCalls.h"
 
 namespace fs = std::filesystem;
@@ -158,6 +159,15 @@ TEST_F(RefusedCalls, SearchThatBreaksOffTellsWhy) {
     test::ThisThreadsFileCalls() = {kEntries, EIO, 0, false};
     EXPECT_FALSE(platform::ListProcessIds());
     test::ThisThreadsFileCalls() = {};
+}
+
+TEST_F(RefusedCalls, VersionOfAFileThatCouldNotBeOpenedIsAskedForAgain) {
+    const std::string file = dir.Write("file", test::PeFile(test::VersionBlock("", "")));
+    test::ThisThreadsFileCalls() = {1, EMFILE, 0, false};
+    EXPECT_EQ(FS::GetVersionInformation(file, ""), FS::VersionInformation{});
+    EXPECT_EQ(platform::LastError(), 4u);
+    test::ThisThreadsFileCalls() = {};
+    EXPECT_EQ(FS::GetVersionInformation(file, "").fileVersion, "10.0.19041.1");
 }
 
 TEST_F(RefusedCalls, TemporaryPlacesAreThereOrNotReturned) {
