@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/ErrorCodes.h"
 #include "platform/CertificateApi.h"
+#include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/CertificateUtils.h"
 #include "quillon/DateTimeUtils.h"
@@ -20,7 +22,9 @@ std::optional<std::string> ContentOf(const std::string& path) {
         content += piece;
         return content.size() <= kLargestFile;
     });
-    return isRead && content.size() <= kLargestFile ? std::optional(std::move(content)) : std::nullopt;
+    if (isRead && content.size() <= kLargestFile) return content;
+    if (isRead) platform::SetLastErrorCode(base::kNotEnoughMemory);
+    return std::nullopt;
 }
 
 /// Takes the first whole PEM block off the front of `text`, with what stands before it, such as a block that

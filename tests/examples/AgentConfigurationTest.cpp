@@ -104,7 +104,8 @@ TEST(AgentConfiguration, IsCheckedBeforeTheAgentStarts) {
         return RunAgent({"run", "System.Echo", "text=x", "--config", dir.Native(file).string()});
     };
     EXPECT_EQ(run("missing").exitCode, 1);
-    EXPECT_THAT(run("missing").errors, HasSubstr("missing: the configuration cannot be read"));
+    EXPECT_THAT(run("missing").errors,
+                HasSubstr("missing: the configuration cannot be read: No such file or directory"));
     dir.Write("bad.json", "{\n\"ssl\": 1}");
     EXPECT_EQ(run("bad.json").output, "");
     EXPECT_THAT(run("bad.json").errors, HasSubstr("bad.json: line 2: 'ssl' must be"));

@@ -44,4 +44,25 @@ TEST(FilesModule, FindsFilesTheirTextAndTheirVersions) {
                 testing::HasSubstr(",1.0.0.0,1.0.0.0,Quillon reference agent,Quillon Client,quillon-agent"));
 }
 
+TEST(FilesModule, AndOthersTellWhyTheyCannotLookForAFile) {
+    if (kWindows) GTEST_SKIP() << "a name that is too long counts as one that is not there";
+    const TempDir dir;
+    const std::string tooLong = dir.Path(std::string(300, 'x'));
+    const agent::Host host({"", ICLogger::Level::Fatal}, tooLong);
+    const struct {
+        const char* method;
+        std::string argument;
+    } cases[] = {{"Files.Read", "path=" + tooLong},
+                 {"Content.ReadList", "path=" + tooLong},
+                 {"Certificates.List", "folder=" + tooLong},
+                 {"Certificates.Check", "file=" + tooLong},
+                 {"Store.Check", "database=a"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.method);
+        const InvocationResult result = host.Run(c.method, {c.argument});
+        EXPECT_EQ(result.resultCode, InvocationResult::kSystemFailure);
+        EXPECT_THAT(result.errorMessage, testing::HasSubstr(": (206/"));
+    }
+}
+
 }  // namespace quillon::test

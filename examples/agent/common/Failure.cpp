@@ -27,4 +27,10 @@ std::string LastFailure(std::initializer_list<int> expected) {
     return isExpected ? std::string() : ErrorHelper::GetErrorMessage(code);  // that of 0 is empty
 }
 
+bool FailAsMissing(std::int32_t code, const std::string& what, InvocationResult& result) {
+    const std::string reason = LastFailure({kFileNotFound, kPathNotFound, kNoDirectory});
+    if (reason.empty()) return Fail(code, "There is no " + what, result);
+    return Fail(InvocationResult::kSystemFailure, "Cannot look for " + what + ": " + reason, result);
+}
+
 }  // namespace quillon::agent

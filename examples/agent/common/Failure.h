@@ -23,4 +23,8 @@ constexpr int kFileNotFound = 2, kPathNotFound = 3, kNoDirectory = 267;
 /// Returns the text of the thread's last error; nothing when that is none (0), or one of those codes.
 std::string LastFailure(std::initializer_list<int> expected);
 
+/// Says, with the code, that there is no such thing, such as "file 'x'"; where the last error is that it
+/// could not be looked for, why, with the code of what the system refuses. Returns false.
+bool FailAsMissing(std::int32_t code, const std::string& what, InvocationResult& result);
+
 }  // namespace quillon::agent

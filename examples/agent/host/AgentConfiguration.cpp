@@ -1,8 +1,10 @@
 #include "host/AgentConfiguration.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 
 #include "quillon/PathUtils.h"
 
@@ -23,7 +25,8 @@ std::string ReadDocument(const std::string& file) {
     std::ifstream stream(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary);
     std::string document(kLargestFile + 1, '\0');
     stream.read(document.data(), static_cast<std::streamsize>(document.size()));
-    if (stream.bad() || (stream.fail() && !stream.eof())) Refuse(file, {"the configuration cannot be read"});
+    if (stream.bad() || (stream.fail() && !stream.eof()))
+        Refuse(file, {"the configuration cannot be read: " + std::generic_category().message(errno)});
     document.resize(static_cast<std::size_t>(stream.gcount()));
     if (document.size() > kLargestFile) Refuse(file, {"the configuration is larger than 1 MiB"});
     return document;

@@ -104,7 +104,9 @@ bool ReadFolder(const std::string& folder, Certificates& certificates) {
         const std::string path = PathUtils::CombinePaths(folder, name, PathUtils::PathSep);
         const std::size_t before = certificates.size();
         if (!Certificate::ReadFile(path, certificates)) {
-            logger->Warn("The certificates in '%s' cannot be read", LogText::OneLine(path).c_str());
+            const std::string reason = LastFailure({});
+            logger->Warn("The certificates in '%s' cannot be read: %s", LogText::OneLine(path).c_str(),
+                         reason.c_str());
         } else if (certificates.size() == before) {
             logger->Debug("No certificate in '%s'", LogText::OneLine(path).c_str());
         }
@@ -140,7 +142,7 @@ void List(DescribedBinder& binder, InvocationResult& result) {
     const bool isRead = store.empty() ? ReadFolder(folder, certificates) : ReadStore(of, store, certificates);
     if (!isRead) {
         Fail(InvocationResult::kSystemFailure,
-             store.empty() ? "Could not list the folder '" + folder + '\''
+             store.empty() ? "Could not list the folder '" + folder + "': " + LastFailure({})
                            : "There is no certificate store '" + store + '\'',
              result);
         return;
@@ -180,9 +182,12 @@ void DescribeList(IMethodMetadataBuilder& builder) {
 
 /// Reads a file that must hold certificates. An empty path gives none.
 bool ReadRequired(const std::string& path, Certificates& certificates, InvocationResult& result) {
-    if (path.empty() || (Certificate::ReadFile(path, certificates) && !certificates.empty())) return true;
-    return Fail(InvocationResult::kSystemFailure, "No certificate could be read from '" + path + '\'',
-                result);
+    if (path.empty()) return true;
+    if (!Certificate::ReadFile(path, certificates))
+        return Fail(InvocationResult::kSystemFailure,
+                    "The certificates in '" + path + "' cannot be read: " + LastFailure({}), result);
+    return !certificates.empty() ||
+           Fail(InvocationResult::kSystemFailure, "There is no certificate in '" + path + '\'', result);
 }
 
 VariantList ChainRow(const Certificate& certificate, const CertificateChain& chain, bool soft) {

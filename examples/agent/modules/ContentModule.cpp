@@ -103,7 +103,7 @@ void ReadList(DescribedBinder& binder, InvocationResult& result) {
     binder.Add("summary", summary);
     if (!binder.Bind(result)) return;
     if (!FileSystemUtils::Exists(path)) {
-        RefuseParameter("There is no file '" + path + '\'', result);
+        FailAsMissing(InvocationResult::kBadParameter, "file '" + path + '\'', result);
         return;
     }
     LsZFile list(path, nullptr);

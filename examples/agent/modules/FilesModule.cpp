@@ -122,8 +122,10 @@ bool Check(ReadCall& call, InvocationResult& result) {
     if (!FindEncoding(call.encodingName, call.encoding))
         return RefuseParameter("'encoding' parameter is the name of no encoding", result);
     if (call.maxSize < 0) return RefuseParameter("'maxSize' parameter cannot be negative", result);
-    if (!FileSystemUtils::Exists(call.path, isDirectory, nullptr) || isDirectory)
-        return Fail(InvocationResult::kSystemFailure, "There is no file '" + call.path + '\'', result);
+    const std::string what = "file '" + call.path + '\'';
+    if (!FileSystemUtils::Exists(call.path, isDirectory, nullptr))
+        return FailAsMissing(InvocationResult::kSystemFailure, what, result);
+    if (isDirectory) return Fail(InvocationResult::kSystemFailure, "There is no " + what, result);
     if (FileSystemUtils::GetFileSizeInBytes(call.path) > static_cast<unsigned long long>(call.maxSize))
         return Fail(InvocationResult::kSystemFailure,
                     "The file has more than " + std::to_string(call.maxSize) + " bytes", result);

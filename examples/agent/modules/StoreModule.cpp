@@ -126,8 +126,10 @@ void Save(DescribedBinder& binder, InvocationResult& result) {
 }
 
 bool IsThere(const std::string& database, InvocationResult& result) {
-    if (ServiceLocator::Get<DatabaseFolder>()->Contains(database)) return true;
-    return RefuseParameter("There is no database '" + database + '\'', result);
+    const auto& folder = *ServiceLocator::Get<DatabaseFolder>();
+    const std::string what = "database '" + database + '\'';
+    if (!folder.FileOf(database)) return RefuseParameter("There is no " + what, result);
+    return folder.Contains(database) || FailAsMissing(InvocationResult::kBadParameter, what, result);
 }
 
 void Query(DescribedBinder& binder, InvocationResult& result) {
