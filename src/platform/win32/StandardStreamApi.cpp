@@ -37,16 +37,31 @@ struct StatusBlock {
 
 using QueryFile = LONG(NTAPI*)(HANDLE, StatusBlock*, void*, ULONG, int);
 
-/// Returns how much a pipe takes without waiting; everything when the system does not tell.
-std::size_t RoomInPipe(HANDLE pipe) {
+/// Returns whether nothing waits in a pipe for its reader: only then does the system let its mode be changed
+/// to not wait. It is changed back at once, as it binds every process that shares the pipe.
+bool IsEmpty(HANDLE pipe) {
+    DWORD mode = 0;
+    if (::GetNamedPipeHandleStateW(pipe, &mode, nullptr, nullptr, nullptr, nullptr, 0) == 0) return false;
+    DWORD changed = mode | PIPE_NOWAIT;
+    if (changed == mode || ::SetNamedPipeHandleState(pipe, &changed, nullptr, nullptr) == 0) return false;
+    ::SetNamedPipeHandleState(pipe, &mode, nullptr, nullptr);
+    return true;
+}
+
+/// Returns whether a pipe takes so many bytes without waiting, and when the system does not tell.
+bool HasRoom(HANDLE pipe, std::size_t size) {
     constexpr int kPipeLocalInformation = 24;
+    constexpr ULONG kClientEnd = 0;
     static const auto query = reinterpret_cast<QueryFile>(reinterpret_cast<void (*)()>(
         ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationFile")));
     PipeInformation information{};
     StatusBlock block{};
     if (query == nullptr || query(pipe, &block, &information, sizeof information, kPipeLocalInformation) < 0)
-        return SIZE_MAX;
-    return information.writeQuotaAvailable;
+        return true;
+    if (size <= information.writeQuotaAvailable) return true;
+    // What a waiting reader asks for counts as if it were in the pipe, which is empty then.
+    const ULONG quota = information.end == kClientEnd ? information.inboundQuota : information.outboundQuota;
+    return size <= quota && IsEmpty(pipe);
 }
 
 }  // namespace
@@ -66,7 +81,7 @@ std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view
     if (use == StreamUse::Closed || !IsOpen(handle)) return 0;
     const std::string bytes = WithCrLf(text);
     const bool isPipe = use == StreamUse::Reader && ::GetFileType(handle) == FILE_TYPE_PIPE;
-    if (isPipe && RoomInPipe(handle) < bytes.size()) return 0;
+    if (isPipe && !HasRoom(handle, bytes.size())) return 0;
     DWORD count = 0;
     const BOOL written = ::WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
     return written != 0 && count == bytes.size() ? text.size() : 0;
@@ -76,8 +91,8 @@ bool TakesText(StandardStream stream) {
     constexpr std::size_t kShort = 1'000;
     const StreamUse use = UseOfStream(stream);
     const HANDLE handle = HandleOf(stream);
-    return use == StreamUse::Sink || (use == StreamUse::Reader && (::GetFileType(handle) != FILE_TYPE_PIPE ||
-                                                                   RoomInPipe(handle) >= kShort));
+    return use == StreamUse::Sink ||
+           (use == StreamUse::Reader && (::GetFileType(handle) != FILE_TYPE_PIPE || HasRoom(handle, kShort)));
 }
 
 }  // namespace quillon::platform
