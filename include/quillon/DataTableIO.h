@@ -118,6 +118,14 @@ QUILLON_API void WriteJsonLines(std::ostream& stream, const DataTable& table);
 [[nodiscard]] QUILLON_API std::string ToCsv(const DataTable& table, const CsvOptions& options);
 QUILLON_API void WriteCsv(std::ostream& stream, const DataTable& table, const CsvOptions& options = {});
 
+/// Returns a table of Markdown (GitHub's tables): a heading, a rule and one line a row, ended by LF. Marks of
+/// Markdown and HTML in a text are escaped, so that a reader sees the text as it is and no cell can bring an
+/// image or a link of its own; an address of the web becomes a link to what is shown. A line end becomes a
+/// break, and other control characters are escaped as LogText::OneLine() does. Null and missing cells are
+/// blank. A table without columns gives the empty text.
+[[nodiscard]] QUILLON_API std::string ToMarkdown(const DataTable& table);
+QUILLON_API void WriteMarkdown(std::ostream& stream, const DataTable& table);
+
 /// Reads an array of objects, or objects of which each begins on a new line, so that JSON Lines
 /// and one object on several lines are read too. A byte-order mark is skipped and invalid UTF-8
 /// becomes U+FFFD; UTF-16 is refused. Integers become integers (outside the signed 64-bit range,

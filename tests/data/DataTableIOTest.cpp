@@ -74,6 +74,19 @@ TEST(DataTableIO, TextIsAlignedByCharacterAndEscaped) {
               "                C:\\a\\\\tmp \\u202Egpj\n");
 }
 
+TEST(DataTableIO, MarkdownShowsCellsAsTheyAre) {
+    const DataTable table(
+        VariantList(Variant("__name__", "![x](http://a.example/b_c)"), Variant("size", 12345)),
+        VariantList(Variant("size", 0.5), Variant::NullVariant("__name__"),
+                    Variant("note", "*.log|<b>\r\n\x1B\xFF")));
+    EXPECT_EQ(ToMarkdown(table),
+              "| \\_\\_name\\_\\_ | size | note |\n"
+              "| --- | --- | --- |\n"
+              "| !\\[x\\](<http://a.example/b_c>) | 12345 |  |\n"
+              "|  | 0.5 | \\*.log\\|\\<b\\><br>\\x1B\xEF\xBF\xBD |\n");
+    EXPECT_EQ(ToMarkdown({}), "");
+}
+
 TEST(DataTableIO, TakesEveryColumnOnceInOrderOfAppearance) {
     DataTable table(VariantList(Variant("b", 1), Variant("b", 2)),
                     VariantList(Variant("c", 3), Variant("b", 4), Variant("a", 5)));
@@ -302,6 +315,7 @@ TEST(DataTableIO, StreamsEveryFormRowByRow) {
         {WriteJsonLines, ToJsonLines(table)},
         {[](std::ostream& stream, const DataTable& t) { WriteCsv(stream, t); }, ToCsv(table)},
         {[](std::ostream& stream, const DataTable& t) { WriteText(stream, t); }, ToText(table)},
+        {WriteMarkdown, ToMarkdown(table)},
     };
     for (const auto& c : cases) {
         CountingBuffer whole(100'000), failing(10);

@@ -142,7 +142,7 @@ TEST(AgentTool, MethodsAsJsonFollowTheSchema) {
 }
 
 TEST(AgentTool, WritesTablesInFurtherForms) {
-    std::ostringstream metrics, lines, markdown, named;
+    std::ostringstream metrics, lines, named;
     agent::WriteOpenMetrics(metrics, Sample(), "Processes.List");
     EXPECT_EQ(metrics.str(),
               "# TYPE quillon_processes_list_pid gauge\n"
@@ -176,10 +176,6 @@ TEST(AgentTool, WritesTablesInFurtherForms) {
     EXPECT_THAT(lines.str(),
                 AllOf(HasSubstr("        Pid = 7\nCommandLine = a|b\\n\"c\\\n         Up = true\n\n"),
                       HasSubstr("         Up = \n")));
-    agent::WriteMarkdown(markdown, Sample());
-    EXPECT_EQ(markdown.str(),
-              "| Pid | CommandLine | Up |\n| --- | --- | --- |\n"
-              "| 7 | a\\|b<br>\"c\\\\ | true |\n| 8 | a\\|b<br>\"c\\\\ |  |\n");
     EXPECT_THAT(RunAgent({"run", "System.Metrics", "--format", "jsonl"}).output, HasSubstr("}\n{\"Name\":"));
     EXPECT_EQ(RunAgent({"run", "Network.Cidr", "--format", "openmetrics"}).output, "# EOF");
 }
