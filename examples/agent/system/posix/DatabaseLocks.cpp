@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <compare>
 #include <cstdarg>
@@ -58,8 +59,9 @@ public:
 
     int Close(int file) {
         const std::lock_guard guard(m_mutex);
-        FileIdentity identity;
-        const auto found = Identify(file, identity) ? m_holders.find(identity) : m_holders.end();
+        const auto found = std::find_if(m_holders.begin(), m_holders.end(), [file](const auto& item) {
+            return item.second.users.contains(file);
+        });
         if (found != m_holders.end()) Forget(found, file);
         return ::close(file);
     }
