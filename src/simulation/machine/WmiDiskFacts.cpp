@@ -2,8 +2,10 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <set>
+#include <system_error>
 
 #include "platform/native/NativePath.h"
 #include "simulation/machine/WmiFacts.h"
@@ -38,10 +40,10 @@ struct CloseMounts {
 std::vector<Volume> ListMounts() {
     std::vector<Volume> mounts;
     const std::unique_ptr<std::FILE, CloseMounts> file(::setmntent("/proc/self/mounts", "re"));
+    if (!file) throw std::system_error(errno, std::generic_category(), "The mounts cannot be listed");
     mntent entry{};
     std::vector<char> buffer(std::size_t{1} << 16);
-    while (file &&
-           ::getmntent_r(file.get(), &entry, buffer.data(), static_cast<int>(buffer.size())) != nullptr) {
+    while (::getmntent_r(file.get(), &entry, buffer.data(), static_cast<int>(buffer.size())) != nullptr) {
         Volume volume{entry.mnt_fsname, entry.mnt_dir, entry.mnt_type};
         std::erase_if(mounts, [&volume](const Volume& each) { return each.folder == volume.folder; });
         mounts.push_back(std::move(volume));  // over what was mounted there before

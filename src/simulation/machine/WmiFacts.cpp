@@ -3,15 +3,19 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstdio>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "base/CivilTime.h"
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "platform/TimeApi.h"
+#include "platform/native/EntryNames.h"
 #include "platform/native/ProcFile.h"
 #include "simulation/wmi/WmiCoercion.h"
 
@@ -81,6 +85,17 @@ std::optional<std::string> ReadFact(const std::string& path) {
     auto content = platform::ReadWholeFile(path);
     while (content && !content->empty() && base::IsSpace(content->back())) content->pop_back();
     return content && content->empty() ? std::nullopt : content;
+}
+
+bool IsGoneOrForeign(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ESRCH || error == EACCES || error == EPERM;
+}
+
+std::vector<std::string> NamesWithin(const std::string& folder) {
+    auto names = platform::EntryNames(folder);
+    if (!names && !IsGoneOrForeign(errno))
+        throw std::system_error(errno, std::generic_category(), folder + " cannot be listed");
+    return std::move(names).value_or(std::vector<std::string>());
 }
 
 std::optional<long long> MemoryKilobytes(std::string_view label) {

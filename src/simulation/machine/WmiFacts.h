@@ -114,6 +114,11 @@ void AddMachineFacts(WmiRepository& repository);
 std::string NodeName();
 /// A file of /proc or /sys without the line's end; nothing when it cannot be read or is empty.
 std::optional<std::string> ReadFact(const std::string& path);
+/// Returns whether an errno says that something is not there, or not for this account.
+bool IsGoneOrForeign(int error);
+/// Returns the names in a directory; none when it is not there or not for this account. Throws when the
+/// system refuses the list: what is left out would seem not to be there.
+std::vector<std::string> NamesWithin(const std::string& folder);
 /// Returns a figure of /proc/meminfo in KiB; `label` includes the colon.
 std::optional<long long> MemoryKilobytes(std::string_view label);
 /// Returns when the system started, in microseconds since 1970.

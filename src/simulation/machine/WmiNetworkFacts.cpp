@@ -3,7 +3,6 @@
 #include <charconv>
 #include <filesystem>
 
-#include "platform/native/EntryNames.h"
 #include "simulation/machine/WmiFacts.h"
 
 namespace quillon::simulation {
@@ -40,7 +39,7 @@ struct Adapter {
 std::vector<Adapter> ListAdapters() {
     std::vector<Adapter> adapters;
     const std::string folder = "/sys/class/net";
-    for (const std::string& name : platform::EntryNames(folder).value_or(std::vector<std::string>())) {
+    for (const std::string& name : NamesWithin(folder)) {
         std::error_code error;
         if (fs::is_directory(folder + '/' + name, error)) adapters.push_back({name});
     }

@@ -48,10 +48,6 @@ struct Process {
 constexpr const char* kStatus = "status";
 constexpr const char* kIo = "io";
 
-bool IsGoneOrForeign(int error) {
-    return error == ENOENT || error == ESRCH || error == EACCES || error == EPERM;
-}
-
 /// Throws when the system refuses the list: a process that is left out would seem to have ended.
 std::vector<Process> ListProcesses() {
     const auto ids = platform::ListProcessIds();

@@ -3,7 +3,6 @@
 #include <map>
 #include <set>
 
-#include "platform/native/EntryNames.h"
 #include "platform/native/ProcessStat.h"
 #include "simulation/machine/WmiFacts.h"
 
@@ -38,8 +37,7 @@ struct Service {
 
 std::vector<fs::path> Entries(const fs::path& folder) {
     std::vector<fs::path> entries;
-    for (const std::string& name : platform::EntryNames(folder).value_or(std::vector<std::string>()))
-        entries.push_back(folder / name);
+    for (const std::string& name : NamesWithin(folder)) entries.push_back(folder / name);
     return entries;
 }
 

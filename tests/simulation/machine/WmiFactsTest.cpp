@@ -7,14 +7,17 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
 #include <set>
+#include <system_error>
 #include <thread>
 
 #include "base/Utf.h"
+#include "support/posix/FailingCalls.h"
 
 // Against what the system tells by other ways than those that the classes are read by.
 
@@ -197,6 +200,16 @@ TEST(WmiFacts, TheLoopbackIsConfiguredAndAccountsAreTheSystems) {
         if (row.at("Name") == ::getpwuid(::geteuid())->pw_name) user = row.at("Name");
     }
     EXPECT_EQ(user, ::getpwuid(::geteuid())->pw_name);
+}
+
+TEST(WmiFacts, AListThatTheSystemRefusesIsNotAnEmptyOne) {
+    for (const WmiClass& refused : {ServiceClass(), NetworkAdapterClass()}) {
+        test::ThisThreadsFileCalls() = {1, EMFILE, 0, false};
+        EXPECT_THROW(refused.live({}), std::system_error);
+        test::ThisThreadsFileCalls() = {1, EACCES, 0, false};
+        EXPECT_NO_THROW(refused.live({L"Name"}));
+        test::ThisThreadsFileCalls() = {};
+    }
 }
 
 TEST(WmiFacts, DatesAreLocalWithTheirOffset) {
