@@ -31,7 +31,7 @@ constexpr std::wstring_view kExtended = LR"(\\?\)";
 std::optional<std::wstring> Extended(const std::wstring& path) {
     if (path.starts_with(kExtended)) return path;
     const auto full = FullPath(path);
-    if (!full) return std::nullopt;
+    if (!full || full->starts_with(kExtended)) return full;  // it was given with slashes
     if (full->starts_with(LR"(\\.\)")) {
         ::SetLastError(ERROR_ACCESS_DENIED);
         return std::nullopt;

@@ -43,6 +43,13 @@ TEST_F(FileCopy, ReadOnlyFileIsCopiedAndMovedAsOne) {
     for (const char* const name : {"source", "copy"}) dir.SetReadOnly(name, false);
 }
 
+TEST_F(FileCopy, AnExtendedPathMayHaveSlashes) {
+    std::string target = R"(\\?\)" + dir.Path("copy");
+    std::replace(target.begin(), target.end(), '\\', '/');
+    EXPECT_TRUE(CopyFileOver(dir.Write("source", "content"), target)) << ::GetLastError();
+    EXPECT_EQ(dir.Read("copy"), "content");
+}
+
 /// The size of the temporary file in a directory; 0 when there is none.
 std::uintmax_t SizeOfCopy(const fs::path& folder) {
     std::error_code ignored;
