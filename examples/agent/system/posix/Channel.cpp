@@ -11,14 +11,18 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <new>
+#include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "quillon/ICLogger.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "system/PrivateFile.h"
+#include "system/posix/FileIdentity.h"
 
 namespace quillon::agent {
 
@@ -153,26 +157,12 @@ private:
     StopEvent m_stop;
 };
 
-/// Which file it is that a path leads to, itself if it is a link.
-struct FileIdentity {
-    explicit FileIdentity(const std::string& path) {
-        struct stat status {};
-        if (::lstat(path.c_str(), &status) != 0) return;
-        device = status.st_dev;
-        number = status.st_ino;
-    }
-    bool operator==(const FileIdentity&) const = default;
-
-    dev_t device = 0;
-    ino_t number = 0;
-};
-
 class SocketListener final : public Listener {
 public:
     SocketListener(Descriptor socket, std::string path)
-        : m_socket(std::move(socket)), m_path(std::move(path)), m_identity(m_path) {}
+        : m_socket(std::move(socket)), m_path(std::move(path)), m_identity(IdentityOf(m_path)) {}
     ~SocketListener() override {  // another agent's socket may have taken the place
-        if (m_identity == FileIdentity(m_path)) ::unlink(m_path.c_str());
+        if (m_identity && m_identity == IdentityOf(m_path)) ::unlink(m_path.c_str());
     }
 
     std::unique_ptr<Channel> Accept() override {
@@ -202,7 +192,7 @@ private:
 
     Descriptor m_socket;
     std::string m_path;
-    FileIdentity m_identity;
+    std::optional<FileIdentity> m_identity;
     StopEvent m_stop;
 };
 
@@ -226,6 +216,13 @@ int BindPrivately(int socket, const sockaddr_un& address) {
     return code;
 }
 
+/// Returns the absolute path: any module may change the working directory.
+std::string Fixed(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path fixed = std::filesystem::absolute(path, error);
+    return error ? path : fixed.string();
+}
+
 }  // namespace
 
 std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault) {
@@ -241,7 +238,7 @@ std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault)
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     int code = socket ? BindPrivately(socket.Get(), name) : errno;
     if (code == 0 && ::listen(socket.Get(), kBacklog) != 0) code = errno;
-    auto listener = code == 0 ? std::make_unique<SocketListener>(std::move(socket), path) : nullptr;
+    auto listener = code == 0 ? std::make_unique<SocketListener>(std::move(socket), Fixed(path)) : nullptr;
     if (listener != nullptr && !listener->CanStop()) {
         code = errno;
         listener.reset();

@@ -2,12 +2,10 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <compare>
 #include <cstdarg>
 #include <map>
 #include <mutex>
@@ -15,22 +13,11 @@
 #include <set>
 #include <string>
 
+#include "system/posix/FileIdentity.h"
+
 namespace quillon::agent {
 
 namespace {
-
-struct FileIdentity {
-    dev_t device = 0;
-    ino_t number = 0;
-    auto operator<=>(const FileIdentity&) const = default;
-};
-
-bool Identify(int file, FileIdentity& identity) {
-    struct stat status {};
-    if (::fstat(file, &status) != 0) return false;
-    identity = {status.st_dev, status.st_ino};
-    return true;
-}
 
 /// Returns another handle of an open file, clear of the standard streams; -1 when there is none left. It is
 /// one for writing where the file may be written, as a lock for writing needs that and whoever has the file
@@ -74,9 +61,9 @@ private:
     using Holders = std::map<FileIdentity, Holder>;
 
     int HolderOf(int file) {
-        FileIdentity identity;
-        if (!Identify(file, identity)) return -1;
-        Holder& holder = m_holders[identity];
+        const auto identity = IdentityOf(file);
+        if (!identity) return -1;
+        Holder& holder = m_holders[*identity];
         holder.users.insert(file);
         if (holder.handle < 0) holder.handle = AnotherHandle(file);
         return holder.handle;
