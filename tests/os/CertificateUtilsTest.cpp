@@ -94,8 +94,8 @@ TEST_F(CertificateFileTest, BlocksThatAreJoinedWithoutALineEndAreAllRead) {
     std::vector<Certificate> read;
     EXPECT_TRUE(Certificate::ReadFile(dir.Write("joined", joined + kRoot), read));
     ASSERT_EQ(read.size(), 2u);
-    EXPECT_EQ(read[0].Issuer(), "CN=Test CA");
-    EXPECT_EQ(read[1].Issuer(), "CN=Test Root");
+    EXPECT_EQ(FactsOf(read[0]), FactsOf(*Certificate::Parse(kCertificate)));
+    EXPECT_EQ(FactsOf(read[1]), FactsOf(*Certificate::Parse(kRoot)));
 }
 
 TEST_F(CertificateFileTest, FilesAndStoresThatCannotBeRead) {
