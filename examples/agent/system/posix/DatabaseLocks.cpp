@@ -33,7 +33,7 @@ int AnotherHandle(int file) {
 
 /// The locks of this process on the files of SQLite. Those of one file are held by one handle, whichever of
 /// its own SQLite names, as it counts them for the whole process.
-class FileLocks {
+class HandleLocks {
 public:
     /// As fcntl(), by a lock of the handle in the place of one of the process.
     int Control(int file, int command, struct flock& lock) {
@@ -80,8 +80,8 @@ private:
     Holders m_holders;
 };
 
-FileLocks& TheFileLocks() {
-    static FileLocks& locks = *new FileLocks;  // a database may be closed while the process ends
+HandleLocks& TheHandleLocks() {
+    static HandleLocks& locks = *new HandleLocks;  // a database may be closed while the process ends
     return locks;
 }
 
@@ -98,14 +98,14 @@ extern "C" int ControlForSqlite(int file, int command, ...) {
     const int ofHandle = HandleCommandOf(command);
     if (ofHandle < 0) return ::fcntl(file, command, argument);
     try {
-        return TheFileLocks().Control(file, ofHandle, *static_cast<struct flock*>(argument));
+        return TheHandleLocks().Control(file, ofHandle, *static_cast<struct flock*>(argument));
     } catch (const std::bad_alloc&) {
         errno = ENOMEM;
         return -1;
     }
 }
 
-extern "C" int CloseForSqlite(int file) { return TheFileLocks().Close(file); }
+extern "C" int CloseForSqlite(int file) { return TheHandleLocks().Close(file); }
 
 template <class Function>
 void Replace(sqlite3_vfs& system, const char* name, Function* function) {
@@ -115,7 +115,7 @@ void Replace(sqlite3_vfs& system, const char* name, Function* function) {
 bool ReplaceCalls() {
     sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
     if (system == nullptr) return false;
-    TheFileLocks();  // closing takes no memory
+    TheHandleLocks();  // closing takes no memory
     Replace(*system, "fcntl", &ControlForSqlite);
     Replace(*system, "close", &CloseForSqlite);
     return true;
