@@ -47,10 +47,16 @@ public:
         m_hasEnded = true;
         m_changed.notify_all();
     }
-    /// Waits for so many answers in all, and returns them in the order of their coming.
+    /// Waits for so many answers in all, unless none comes for a minute, and returns them in the order of
+    /// their coming.
     std::vector<json> Answers(std::size_t count) {
         std::unique_lock lock(m_mutex);
-        m_changed.wait_for(lock, std::chrono::seconds(60), [&] { return m_answers.size() >= count; });
+        bool hasCome = true;
+        while (hasCome && m_answers.size() < count) {
+            hasCome = m_changed.wait_for(lock, std::chrono::minutes(1), [this, before = m_answers.size()] {
+                return m_answers.size() > before;
+            });
+        }
         return m_answers;
     }
 
@@ -63,9 +69,10 @@ private:
 
         std::size_t Read(char* bytes, std::size_t size) override {
             std::unique_lock lock(m_client.m_mutex);
-            m_client.m_changed.wait(lock, [this] { return m_client.m_hasEnded || !m_client.m_said.empty(); });
-            const std::size_t count = m_client.m_said.copy(bytes, std::min(size, m_piece));
-            m_client.m_said.erase(0, count);
+            m_client.m_changed.wait(
+                lock, [this] { return m_client.m_hasEnded || m_client.m_read < m_client.m_said.size(); });
+            const std::size_t count = m_client.m_said.copy(bytes, std::min(size, m_piece), m_client.m_read);
+            m_client.m_read += count;
             return count;
         }
         bool Write(std::string_view lines) override {
@@ -92,6 +99,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::string m_said;
+    std::size_t m_read = 0;  // of what it said
     std::vector<json> m_answers;
     bool m_hasEnded = false, m_isGone = false, m_isAsleep = false;
 };
