@@ -35,6 +35,7 @@ struct Board {
     std::atomic<std::uint64_t> made[kKindCount];  ///< calls of each kind
     std::atomic<std::uint64_t> refused;           ///< calls that were refused
     std::atomic<std::int64_t> live;               ///< blocks of memory that are not freed
+    std::atomic<std::int64_t> liveBytes;          ///< what they hold, counted on Linux alone
     // Orders:
     std::atomic<std::uint64_t> kind;        ///< the kind of which calls are refused
     std::atomic<std::uint64_t> call;        ///< number of the call that fails, from 1; 0: none

@@ -7,6 +7,7 @@
 #include <execinfo.h>
 #include <fcntl.h>
 #include <ifaddrs.h>
+#include <malloc.h>
 #include <netdb.h>
 #include <poll.h>
 #include <pthread.h>
@@ -120,8 +121,15 @@ Function Next(const char* name) {
     return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
 }
 
+void CountBytes(std::size_t taken, std::size_t freed) {
+    const auto more = static_cast<std::int64_t>(taken) - static_cast<std::int64_t>(freed);
+    board->liveBytes.fetch_add(more, std::memory_order_relaxed);
+}
+
 void* Live(void* memory) {
-    if (memory != nullptr) board->live.fetch_add(1, std::memory_order_relaxed);
+    if (memory == nullptr) return nullptr;
+    board->live.fetch_add(1, std::memory_order_relaxed);
+    CountBytes(::malloc_usable_size(memory), 0);
     return memory;
 }
 
@@ -157,8 +165,11 @@ void* calloc(std::size_t count, std::size_t size) {
 }
 void* realloc(void* memory, std::size_t size) {
     if (Refuse(Memory, ENOMEM)) return nullptr;
+    if (memory == nullptr) return Live(__libc_realloc(memory, size));
+    const std::size_t before = ::malloc_usable_size(memory);
     void* const moved = __libc_realloc(memory, size);
-    return memory == nullptr ? Live(moved) : moved;
+    if (moved != nullptr) CountBytes(::malloc_usable_size(moved), before);
+    return moved;
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
     return Refuse(Memory, ENOMEM) ? nullptr : Live(__libc_memalign(alignment, size));
@@ -170,7 +181,10 @@ int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
     return made == nullptr ? ENOMEM : 0;
 }
 void free(void* memory) {
-    if (memory != nullptr) board->live.fetch_sub(1, std::memory_order_relaxed);
+    if (memory != nullptr) {
+        board->live.fetch_sub(1, std::memory_order_relaxed);
+        CountBytes(0, ::malloc_usable_size(memory));
+    }
     __libc_free(memory);
 }
 

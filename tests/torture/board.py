@@ -7,8 +7,8 @@ import time
 
 KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "look-up later",
          "look-up memory", "look-up system", "clock"]
-(_REFUSED, _LIVE, _KIND, _CALL, _PLACE, _FOR_EVER, _SHOWS, _NOTES, _AHEAD, _HANDLES, _THREADS, _ASKED,
- _ANSWERED, _PLACES) = range(len(KINDS), len(KINDS) + 14)
+(_REFUSED, _LIVE, _LIVE_BYTES, _KIND, _CALL, _PLACE, _FOR_EVER, _SHOWS, _NOTES, _AHEAD, _HANDLES, _THREADS, _ASKED,
+ _ANSWERED, _PLACES) = range(len(KINDS), len(KINDS) + 15)
 MOST_PLACES = 1 << 16
 SIZE = 8 * (_PLACES + MOST_PLACES)
 ANY = 1 << 60  # a call that no run reaches
@@ -63,6 +63,10 @@ class Board:
     @property
     def live(self):
         return self._get(_LIVE)
+
+    @property
+    def live_bytes(self):
+        return self._get(_LIVE_BYTES)
 
     def held(self):
         """Asks the launcher for the numbers of handles and threads."""

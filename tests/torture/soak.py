@@ -16,13 +16,15 @@ from scenarios import scenarios
 from served import Agent
 from systems import Native
 
-MEMORY = 1 << 20  # bytes that the resident memory may grow
+MEMORY = 1 << 20  # bytes that the blocks of memory may grow
+RESIDENT = 8 << 20  # bytes that the resident memory may grow: the heap keeps what is free between blocks that live
 AHEAD = 4  # calls that are asked for before the first is answered
 HEAVY = {"Wmi.Query": 50, "Wmi.Invoke": 200, "Processes.List": 5, "EventLog.Follow": 50, "Content.Download": 20, "Commands.Run": 4,
          "Commands.Table": 4, "Store.Save served": 10}  # one in so many rounds
 DAY, HOUR = 86_400, 3_600  # seconds on the agent's clock
 LOOKS = 20  # at the resident memory, of which the least counts: calls that run take megabytes for a while
 CHANNEL = 10_000  # events that the simulated channel holds at most
+FIGURES = "descriptors, threads, blocks, their bytes, resident bytes, files:"
 EXPIRE = 100  # rounds between two looks for rows that are too old, as a module would have it
 
 
@@ -91,13 +93,14 @@ class Soak:
 
     def figures(self, most=None):
         self.resident.append(resident(self.agent.process.pid))
-        return (*self.agent.figures(most), min(self.resident), len(os.listdir(self.folder)))
+        held = self.agent.figures(most)
+        return (*held, self.agent.board.live_bytes, min(self.resident), len(os.listdir(self.folder)))
 
 
 def parse():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--agent", required=True)
-    parser.add_argument("--refusal", required=True, help="the library that counts blocks of memory")
+    parser.add_argument("--refusal", required=True, help="the library that counts blocks of memory and their bytes")
     parser.add_argument("--calls", type=int, default=100_000)
     parser.add_argument("--minutes", type=float, default=20, help="the end, whatever was called")
     parser.add_argument("--warm-up", type=float, default=0.1, help="part of the calls before the first look")
@@ -123,14 +126,15 @@ def main():
                 soak.pass_time(part)
             if first is None and part >= options.warm_up:
                 first = soak.figures()
-                print("descriptors, threads, blocks, resident bytes, files:", first, "after", soak.number, flush=True)
+                print(FIGURES, first, "after", soak.number, flush=True)
         last = soak.figures(first[1] if first else None)
-        print("descriptors, threads, blocks, resident bytes, files:", last, "after", soak.number, "calls in",
+        print(FIGURES, last, "after", soak.number, "calls in",
               round(time.monotonic() - begin), "s,", soak.failures, "failed,", len(soak.rolled), "roll-overs,",
               round(soak.hours[-1][0] / HOUR, 1), "hours on the agent's clock")
         if last[1] > first[1]:
             print("threads:", *soak.agent.threads())
-        grown = [last[0] > first[0] + 1, last[1] > first[1], last[3] > first[3] + MEMORY, last[4] > first[4] + 6]
+        grown = [last[0] > first[0] + 1, last[1] > first[1], last[3] > first[3] + MEMORY,
+                 last[4] > first[4] + RESIDENT, last[5] > first[5] + 6]
         return 1 if any(grown) or soak.failures or soak.agent.end() != 0 else 0
 
 
