@@ -35,15 +35,20 @@ struct Conversion {
     char kind = '\0';
 
     [[nodiscard]] bool IsWideText() const {
-        return kind == 'S' || kind == 'C' || (length == "l" && (kind == 's' || kind == 'c'));
+        return kind == 'S' || kind == 'C' ||
+               ((length == "l" || length == "w") && (kind == 's' || kind == 'c'));
+    }
+    /// "I64", "I32" and "w", which other runtimes take for something else: the arguments behind would shift.
+    [[nodiscard]] bool HasLengthOfWindows() const {
+        return length.find_first_of("Iw") != std::string_view::npos;
     }
     [[nodiscard]] bool IsReal() const { return kKindsOfReals.find(kind) != std::string_view::npos; }
     /// Whether a C runtime may follow it: without taking more memory than the result needs, without asking
     /// the locale, and without another conversion behind a number of an argument ("%1$n").
     [[nodiscard]] bool IsPlain(long long most) const {
         return !takesWidth && !takesPrecision && width.value_or(0) <= most && precision.value_or(0) <= most &&
-               !IsWideText() && !IsReal() && flags.find(kGroups) == std::string_view::npos && kind != 'n' &&
-               kind != '$';
+               !IsWideText() && !HasLengthOfWindows() && !IsReal() &&
+               flags.find(kGroups) == std::string_view::npos && kind != 'n' && kind != '$';
     }
 };
 

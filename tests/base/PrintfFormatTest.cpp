@@ -67,6 +67,13 @@ TEST(PrintfFormat, FollowsSimpleFormatsAsTheRuntimeDoes) {
               (Formatted{kSize + 2, std::string(kSize - 1, 'x')}));
 }
 
+TEST(PrintfFormat, FollowsLengthsOfWindowsOnEverySystem) {
+    EXPECT_EQ(Format("%I64d|%5I64u|%I64x|%s", LLONG_MIN, 7ULL, ULLONG_MAX, "end"),
+              (Formatted{47, "-9223372036854775808|    7|ffffffffffffffff|end"}));
+    EXPECT_EQ(Format("%I32d|%-4I32x|%s", -1, 255U, "end"), (Formatted{11, "-1|ff  |end"}));
+    EXPECT_EQ(Format("%ws|%wc|%s", L"a", L'b', "end"), (Formatted{7, "a|b|end"}));
+}
+
 TEST(PrintfFormat, WideTextsAreUtf8InEveryLocale) {
     for (const char* const name : {"C", "C.UTF-8"}) {
         SCOPED_TRACE(name);
