@@ -117,8 +117,8 @@ void MethodParameter::OptionalValue(const std::type_info& type, const Variant& v
                 << type.name();
         MetadataUtils::LogThenThrow(message);
     }
+    m_default = value;  // first, as it may throw
     m_hasDefault = true;
-    m_default = value;
 }
 
 void MethodParameter::OptionalValue(const std::string& name, const DataTable* const& table) {
