@@ -27,13 +27,13 @@ using CLoggerLifeTest = TempDirTest;
 
 constexpr int kThreads = 4;
 
-/// Writes numbered lines, and after each a line into a file of its own: so many are acknowledged.
+/// Writes numbered lines, and after each its number into a file of its own: that line is acknowledged.
 void WriteAndAcknowledge(int thread, const std::string& path) {
     constexpr int kMost = 15'000;  // of all threads less than what makes the log roll over
     std::ofstream acknowledged(ToNative(path + '.' + std::to_string(thread)));
     for (int n = 0; n < kMost; ++n) {
         CLogger::GetInstance()->Info("%d %d", thread, n);
-        acknowledged << '\n' << std::flush;
+        acknowledged.seekp(0) << n << std::flush;
     }
 }
 
@@ -121,7 +121,7 @@ void CheckAcknowledged(const TempDir& dir, const std::string& name) {
     const std::vector<int> lines = CountLines(EntriesOf(text));
     for (int t = 0; t < kThreads; ++t) {
         const std::string acknowledged = dir.Read(name + '.' + std::to_string(t));
-        EXPECT_GE(lines[static_cast<std::size_t>(t)], std::ranges::count(acknowledged, '\n'));
+        EXPECT_GT(lines[static_cast<std::size_t>(t)], acknowledged.empty() ? -1 : std::stoi(acknowledged));
     }
 }
 
@@ -145,6 +145,9 @@ struct MeddlingDevice final : IDeviceInformation {
 }  // namespace
 
 TEST_F(CLoggerLifeTest, LosesNothingAndEndsWhileThreadsLog) {
+#ifndef __GLIBCXX__
+    GTEST_SKIP() << "the end of a process writes to streams that lie on those of C while their threads do";
+#endif
     RecordingLogger log;
     for (int round = 0; round < 3; ++round) {
         const std::string name = "log" + std::to_string(round);
