@@ -16,6 +16,7 @@
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace fs = std::filesystem;
 
@@ -139,16 +140,13 @@ TEST_F(FileSystemChangesTest, ADirectoryIsMadeInTheRootOfAVolume) {
 TEST_F(FileSystemChangesTest, ThreadsMakeTheSameAncestors) {
     constexpr int kRounds = 200, kThreads = 4;
     std::atomic<int> made{0}, arrived{0};
-    const auto make = [&](int thread) {
+    test::Threads(kThreads, [&](int thread) {
         for (int round = 0; round < kRounds; ++round) {
             const std::string path = dir.Path(std::to_string(round) + "\\a\\b\\" + std::to_string(thread));
             for (++arrived; arrived < (round + 1) * kThreads;) std::this_thread::yield();
             made += FS::MakeDirectory(path) ? 1 : 0;
         }
-    };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) threads.emplace_back(make, i);
-    for (std::thread& thread : threads) thread.join();
+    }).Join();
     EXPECT_EQ(made, kRounds * kThreads);
 }
 
@@ -327,9 +325,7 @@ TEST_F(FileSystemChangesTest, SecureFileLeavesTheFileToItsUser) {
 
 TEST_F(FileSystemChangesTest, TemporaryFilesAreNewEmptyAndDifferentOnEveryThread) {
     std::vector<std::string> paths(16);
-    std::vector<std::thread> threads;
-    for (std::string& path : paths) threads.emplace_back([&path] { path = FS::GetTemporaryFile(); });
-    for (std::thread& thread : threads) thread.join();
+    test::Threads(16, [&](int i) { paths[static_cast<std::size_t>(i)] = FS::GetTemporaryFile(); }).Join();
     EXPECT_EQ(std::set<std::string>(paths.begin(), paths.end()).size(), paths.size());
     for (const std::string& path : paths) {
         SCOPED_TRACE(path);

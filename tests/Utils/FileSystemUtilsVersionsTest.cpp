@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 
 #include <regex>
-#include <thread>
 
 #include "quillon/FileSystemUtils.h"
 #include "quillon/SelfMetrics.h"
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 #include "support/VersionedFile.h"
 
 namespace quillon::test {
@@ -140,22 +140,18 @@ TEST_F(VersionInformationTest, FilesWithoutOneAreKeptThoseThatCannotBeReadAreNot
 }
 
 TEST_F(VersionInformationTest, EightThreadsAskForManyPaths) {
-    constexpr unsigned kThreads = 8, kPaths = (kWindows ? 10'000 : 100'000) / QUILLON_TEST_SLOWDOWN;
+    constexpr int kThreads = 8, kPaths = (kWindows ? 10'000 : 100'000) / QUILLON_TEST_SLOWDOWN;
     ServiceLocator::Remove<ICLogger>();  // it would keep half a million lines
     Write(FileOf("x"), 0);
     if (!kWindows) fs::resize_file(dir.Native("x.exe"), 5ULL << 30);  // the emulator's are not sparse
     fs::create_directory(dir.Native("d"));
-    std::vector<std::thread> threads;
-    for (unsigned t = 0; t < kThreads; ++t) {
-        threads.emplace_back([this, first = t / 2] {  // each path twice
-            for (unsigned i = first; i < kPaths; i += kThreads / 2) {
-                std::string name = dir.Path();
-                for (unsigned bits = i; bits > 0; bits /= 2) name += bits % 2 != 0 ? "\\." : "\\d\\..";
-                EXPECT_EQ(FS::GetVersionInformation(name + "\\x.exe", "").productName, "x");
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    Threads(kThreads, [this](int t) {
+        for (int i = t / 2; i < kPaths; i += kThreads / 2) {  // each path twice
+            std::string name = dir.Path();
+            for (int bits = i; bits > 0; bits /= 2) name += bits % 2 != 0 ? "\\." : "\\d\\..";
+            EXPECT_EQ(FS::GetVersionInformation(name + "\\x.exe", "").productName, "x");
+        }
+    }).Join();
     std::ostringstream figures;
     for (const VariantList& row : SelfMetrics()) figures << row;
     EXPECT_THAT(figures.str(),

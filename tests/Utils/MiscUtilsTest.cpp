@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <fstream>
 #include <set>
-#include <thread>
 #include <vector>
 
 #include "quillon/CLogger.h"
@@ -16,6 +15,7 @@
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace quillon {
 
@@ -36,11 +36,9 @@ const test::ChildMode versions("versions", [](const std::vector<std::string>&) {
             text == "Could not get version; defaulting to '" + MiscUtils::GetVersionNumber(nullptr) + "'";
     });
     std::vector<std::string> results(16);
-    std::vector<std::thread> threads;
-    for (std::string& result : results) {
-        threads.emplace_back([&result, logger] { result = MiscUtils::GetVersionNumber(logger); });
-    }
-    for (std::thread& thread : threads) thread.join();
+    test::Threads(16, [&](int i) {
+        results[static_cast<std::size_t>(i)] = MiscUtils::GetVersionNumber(logger);
+    }).Join();
     const auto right = std::count(results.begin(), results.end(), "1.2.3.4");
     std::printf("%d results, %d entries\n", static_cast<int>(right), entries.load());
     CLogger::ReleaseInstance();

@@ -11,6 +11,7 @@
 
 #include "quillon/DataTableIO.h"
 #include "support/RecordingLogger.h"
+#include "support/Threads.h"
 
 namespace quillon {
 namespace {
@@ -269,22 +270,18 @@ TEST(DataTable, SixThreadsReadOneTable) {
     const DataTable& shared = table;
     const std::string expected = ToJson(shared);
     std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 6; ++t) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 5; ++round) {
-                const DataTable copy = shared;
-                bool right = ToJson(copy) == expected && copy == shared && shared.Similar(copy, false);
-                for (const VariantList& row : shared) {
-                    right = right && row.Find("text")->GetStringValue().size() == 30;
-                    right = right && row[0].GetBindName() != row[0].GetName() &&
-                            row[2].GetStringValue().size() == 24;
-                }
-                if (!right) ++wrong;
+    test::Threads(6, [&](int) {
+        for (int round = 0; round < 5; ++round) {
+            const DataTable copy = shared;
+            bool right = ToJson(copy) == expected && copy == shared && shared.Similar(copy, false);
+            for (const VariantList& row : shared) {
+                right = right && row.Find("text")->GetStringValue().size() == 30;
+                right =
+                    right && row[0].GetBindName() != row[0].GetName() && row[2].GetStringValue().size() == 24;
             }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+            if (!right) ++wrong;
+        }
+    }).Join();
     EXPECT_EQ(wrong, 0);
 }
 

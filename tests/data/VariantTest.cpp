@@ -12,6 +12,7 @@
 
 #include "quillon/VariantList.h"
 #include "support/RecordingLogger.h"
+#include "support/Threads.h"
 
 namespace quillon {
 namespace {
@@ -265,19 +266,15 @@ TEST(Variant, NullRemembersTheKindThatAGetterNames) {
 TEST(Variant, NamesAreSharedBetweenThreads) {
     constexpr int kThreads = 4, kRounds = 2000;
     Variant shared("a-name", std::string(50, 'x'));
-    std::vector<std::thread> threads;
     std::vector<Variant> kept(kThreads);
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&shared, &kept, t] {
-            for (int round = 0; round < kRounds; ++round) {
-                kept[static_cast<std::size_t>(t)] = shared;
-                Variant own("a-name", round);
-                own.SetName("name " + std::to_string(round % 700));
-                own = shared;
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    test::Threads(kThreads, [&shared, &kept](int t) {
+        for (int round = 0; round < kRounds; ++round) {
+            kept[static_cast<std::size_t>(t)] = shared;
+            Variant own("a-name", round);
+            own.SetName("name " + std::to_string(round % 700));
+            own = shared;
+        }
+    }).Join();
     for (const Variant& value : kept)
         EXPECT_EQ(value.GetBindName() + value.GetStringValue().substr(49), "a_namex");
 }

@@ -1,13 +1,12 @@
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <set>
-#include <thread>
 
 #include "examples/StoreTest.h"
 #include "support/ChildMain.h"
 #include "support/System.h"
+#include "support/Threads.h"
 
 namespace quillon::test {
 
@@ -81,21 +80,18 @@ TEST_F(StoreTortureTest, OpenersOfADamagedFileLoseNoRowAndNoCopy) {
         for (const char* suffix : {"-wal", "-shm"})
             fs::remove(dir.Native(std::string("stores/db-shared.sqlite") + suffix));
         dir.Write("stores/db-shared.sqlite", content);
-        std::vector<std::thread> threads;
         std::vector<std::string> told(kOpeners);
-        for (int n = 0; n < kOpeners; ++n) {
-            threads.emplace_back([&, n] {
-                const auto child =
-                    CommandOf(ChildCommand("open", {dir.Path("stores"), std::to_string(n)}), m_log);
-                child->timeoutSecs = 50;
-                child->killOnTimeout = true;
-                EXPECT_EQ(ProcessUtils::RunCliCommand(child), 0);
-                if (!child->outputTable.Empty())
-                    told[static_cast<std::size_t>(n)] = child->outputTable.begin()->Get(1).GetStringValue();
-            });
-        }
+        Threads threads(kOpeners, [&](int n) {
+            const auto child =
+                CommandOf(ChildCommand("open", {dir.Path("stores"), std::to_string(n)}), m_log);
+            child->timeoutSecs = 50;
+            child->killOnTimeout = true;
+            EXPECT_EQ(ProcessUtils::RunCliCommand(child), 0);
+            if (!child->outputTable.Empty())
+                told[static_cast<std::size_t>(n)] = child->outputTable.begin()->Get(1).GetStringValue();
+        });
         dir.Write("stores/go", "");
-        for (std::thread& thread : threads) thread.join();
+        threads.Join();
         fs::remove(dir.Native("stores/go"));
         Store store("shared");
         EXPECT_EQ(Csv(store, "SELECT name FROM t ORDER BY name"), "name\n0\n1\n2\n");

@@ -14,6 +14,7 @@
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace fs = std::filesystem;
 
@@ -56,9 +57,7 @@ const ChildMode ending("clogger-ending", [](const Arguments& a) {
 /// LOG: logs until it is killed.
 const ChildMode killed("clogger-killed", [](const Arguments& a) {
     CLogger::GetInstance()->InitializeLogging(a[0].c_str(), Level::Info);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) threads.emplace_back(&WriteAndAcknowledge, t, a[0]);
-    for (std::thread& thread : threads) thread.join();
+    Threads(kThreads, [&a](int t) { WriteAndAcknowledge(t, a[0]); }).Join();
     return 0;
 });
 
@@ -67,21 +66,18 @@ const ChildMode moving("clogger-moving", [](const Arguments& a) {
     constexpr int kLinesOfPath = 250, kPaths = 20;
     ICLogger& log = *CLogger::GetInstance();
     log.InitializeLogging((a[0] + "0").c_str(), Level::Info);
-    std::vector<std::thread> threads;
     std::atomic<int> path{0}, written{0};
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            for (int n = 0; n < kPaths * kLinesOfPath; ++n, ++written) {
-                while (n > (path + 1) * kLinesOfPath) std::this_thread::yield();
-                log.Info("%d %d", t, n);
-            }
-        });
-    }
+    Threads threads(kThreads, [&](int t) {
+        for (int n = 0; n < kPaths * kLinesOfPath; ++n, ++written) {
+            while (n > (path + 1) * kLinesOfPath) std::this_thread::yield();
+            log.Info("%d %d", t, n);
+        }
+    });
     while (++path < kPaths) {
         while (written <= kThreads * kLinesOfPath * (path - 1)) std::this_thread::yield();
         log.SetPath(a[0] + std::to_string(path));
     }
-    for (std::thread& thread : threads) thread.join();
+    threads.Join();
     return 0;
 });
 

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <fstream>
-#include <thread>
 
 #include "support/ChildMain.h"
 #include "support/ForeignLocale.h"
 #include "support/LogLines.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace quillon::test {
 
@@ -69,14 +69,11 @@ const ChildMode threads("clogger-threads", [](const Arguments& a) {
     const ForeignLocale locale("C");  // which has separators in the numbers of new streams
     ICLogger& log = *CLogger::GetInstance();
     log.InitializeLogging(a[0].c_str(), Level::Info);
-    std::vector<std::thread> writers;
-    for (int t = 0; t < 4; ++t) {
-        writers.emplace_back([&log] {
-            for (int n = 0; n < 2'000; ++n) log.Info("%s", "entry"), log.Debug("suppressed");
-        });
-    }
+    Threads writers(4, [&log](int) {
+        for (int n = 0; n < 2'000; ++n) log.Info("%s", "entry"), log.Debug("suppressed");
+    });
     for (int n = 0; n < 100; ++n) log.SetLevel(n % 2 == 0 ? Level::Debug : Level::Info);
-    for (std::thread& writer : writers) writer.join();
+    writers.Join();
     return 0;
 });
 

@@ -4,7 +4,6 @@
 #include <functional>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 
 #include "quillon/CLogger.h"
 #include "quillon/DateTimeUtils.h"
@@ -17,6 +16,7 @@
 #include "support/LogLines.h"
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace quillon::test {
 
@@ -98,17 +98,13 @@ const ChildMode flood("banner-flood", [](const std::vector<std::string>& a) {
     Settings settings;
     const Device device(std::stoi(a[1]));
     const std::string padding(9'000, '.');
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&, t] {
-            for (int n = 0; n < std::stoi(a[2]); ++n) {
-                log.Info("%d %d %s", t, n, padding.c_str());
-                const std::lock_guard lock(settings.mutex);  // what the banner asks under its own
-                static_cast<void>(MiscUtils::GetVersionNumber(nullptr) + NetworkUtils::GetHostName());
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    Threads(8, [&](int t) {
+        for (int n = 0; n < std::stoi(a[2]); ++n) {
+            log.Info("%d %d %s", t, n, padding.c_str());
+            const std::lock_guard lock(settings.mutex);  // what the banner asks under its own
+            static_cast<void>(MiscUtils::GetVersionNumber(nullptr) + NetworkUtils::GetHostName());
+        }
+    }).Join();
     log.StopLogging();
     ServiceLocator::Clear();
     return 0;

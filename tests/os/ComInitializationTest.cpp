@@ -4,27 +4,23 @@
 
 #include <optional>
 #include <thread>
-#include <vector>
 
 #include "quillon/ComScope.h"
 #include "quillon/WindowsSockets.h"
 #include "support/RecordingLogger.h"
+#include "support/Threads.h"
 
 namespace quillon {
 
 TEST(ComInitialization, AndSocketsStartOnManyThreadsAtOnce) {
     const test::RecordingLogger log;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 16; ++i) {
-        threads.emplace_back([] {
-            const ComInitialization outer;
-            const ComScope inner;
-            EXPECT_TRUE(inner && ComInitialization::Initialize());
-            ComInitialization::Uninitialize();
-            EXPECT_TRUE(WindowsSockets::GetInstance()->InitializeSockets());
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    test::Threads(16, [](int) {
+        const ComInitialization outer;
+        const ComScope inner;
+        EXPECT_TRUE(inner && ComInitialization::Initialize());
+        ComInitialization::Uninitialize();
+        EXPECT_TRUE(WindowsSockets::GetInstance()->InitializeSockets());
+    }).Join();
     EXPECT_THAT(log.Lines(), testing::IsEmpty());
     std::optional<ComScope> scope(std::in_place);
     std::thread([&] { scope.reset(); }).join();

@@ -5,11 +5,10 @@
 #include <fstream>
 #include <future>
 #include <map>
-#include <thread>
 #include <vector>
 
-#include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace quillon {
 
@@ -51,11 +50,10 @@ TEST(SelfMetrics, FollowsWhatTheProcessDoes) {
     constexpr int kThreads = 20;
     std::promise<void> end;
     const std::shared_future<void> ended = end.get_future().share();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) threads.emplace_back([ended] { ended.wait(); });
+    test::Threads threads(kThreads, [ended](int) { ended.wait(); });
     auto during = Figures();
     end.set_value();
-    for (std::thread& thread : threads) thread.join();
+    threads.Join();
     EXPECT_GE(during["ResidentMemory"] - before["ResidentMemory"], kBytes * 9 / 10);
     const std::pair<const char*, long long> untoldUnderEmulation[] = {{"PrivateMemory", kBytes * 9 / 10},
                                                                       {"Handles", 20}};

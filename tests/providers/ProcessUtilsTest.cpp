@@ -15,6 +15,7 @@
 #include "support/RecordingLogger.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace fs = std::filesystem;
 
@@ -321,16 +322,12 @@ TEST_F(ProcessUtilsRun, WhatAProgramLeavesBehindDoesNotDelayIt) {
 }
 
 TEST_F(ProcessUtilsRun, ManyRunsAtOnceKeepApart) {
-    std::vector<std::thread> callers;
     std::atomic<int> right{0};
-    for (int i = 0; i < 8; ++i) {
-        callers.emplace_back([this, i, &right] {
-            const auto props = Child("print", {"caller " + std::to_string(i), std::to_string(i)});
-            const int code = ProcessUtils::RunCliCommand(props);
-            if (code == i && FirstOutput(props) == "caller " + std::to_string(i)) ++right;
-        });
-    }
-    for (std::thread& caller : callers) caller.join();
+    Threads(8, [this, &right](int i) {
+        const auto props = Child("print", {"caller " + std::to_string(i), std::to_string(i)});
+        const int code = ProcessUtils::RunCliCommand(props);
+        if (code == i && FirstOutput(props) == "caller " + std::to_string(i)) ++right;
+    }).Join();
     EXPECT_EQ(right, 8);
 }
 

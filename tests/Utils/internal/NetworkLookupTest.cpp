@@ -14,6 +14,7 @@
 #include "quillon/NetworkUtils.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
+#include "support/Threads.h"
 
 namespace quillon {
 
@@ -135,22 +136,19 @@ TEST_F(NetworkLookup, GivesUpAfterASecondAndTheRestEndsByItself) {
 
 TEST_F(NetworkLookup, GivesEveryAskerItsOwnAnswer) {
     std::vector<std::string> texts(8);
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        threads.emplace_back([&text = texts[i], i] {
-            addrinfo hints{};
-            hints.ai_flags = AI_CANONNAME;
-            Result result(nullptr, &::freeaddrinfo);
-            Ask("127.0.0.1", result, 60, &hints);
-            text = TextOf(result.get());
-            if (i < 4) NetworkUtils::FreeAddrInfoRobust(result.release());
-        });
-    }
+    test::Threads threads(8, [&texts](int i) {
+        addrinfo hints{};
+        hints.ai_flags = AI_CANONNAME;
+        Result result(nullptr, &::freeaddrinfo);
+        Ask("127.0.0.1", result, 60, &hints);
+        texts[static_cast<std::size_t>(i)] = TextOf(result.get());
+        if (i < 4) NetworkUtils::FreeAddrInfoRobust(result.release());
+    });
     Result late(nullptr, &::freeaddrinfo);
     EXPECT_EQ(Ask("127.0.0.1", late, 1), -1);  // without hints: another question
     AwaitQuestions(2);
     Open();
-    for (auto& thread : threads) thread.join();
+    threads.Join();
     EXPECT_THAT(texts[0], testing::StartsWith("127.0.0.1 127.0.0.1:80 127.0.0.1:80"));
     EXPECT_THAT(texts, testing::Each(texts[0]));
     EXPECT_THAT(m_log.Lines(Level::Debug),

@@ -2,10 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
-#include <vector>
-
 #include "support/RecordingLogger.h"
+#include "support/Threads.h"
 
 namespace quillon {
 namespace {
@@ -110,14 +108,10 @@ TEST(TimeZoneMapper, ConcurrentFirstCallsLoadOnce) {
     g_loads = 0;
     RecordingLogger log;
     TimeZoneMapper mapper(Document);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&mapper] {
-            EXPECT_EQ(mapper.Map("A"), "a");
-            EXPECT_EQ(mapper.Map("B"), "");
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    test::Threads(4, [&mapper](int) {
+        EXPECT_EQ(mapper.Map("A"), "a");
+        EXPECT_EQ(mapper.Map("B"), "");
+    }).Join();
     EXPECT_EQ(g_loads, 1);
     EXPECT_THAT(log.Lines(), SizeIs(4));
 }

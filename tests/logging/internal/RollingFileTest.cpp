@@ -2,12 +2,11 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
-
 #include "logging/internal/RollingLog.h"
 #include "platform/LogFileApi.h"
 #include "support/LogLines.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace fs = std::filesystem;
 
@@ -178,14 +177,10 @@ TEST_F(RollingFileTest, ThreadsLoseAndTearNoLineOverManyRollOvers) {
         self->Write("report");
     });
     self = &log;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&log, &padding, t] {
-            for (int n = 0; n < kLines; ++n)
-                log.Write(std::to_string(t) + ' ' + std::to_string(n) + ' ' + padding);
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    Threads(kThreads, [&log, &padding](int t) {
+        for (int n = 0; n < kLines; ++n)
+            log.Write(std::to_string(t) + ' ' + std::to_string(n) + ' ' + padding);
+    }).Join();
 
     EXPECT_GE(rolled, kRollOvers);
     std::vector<int> next(kThreads, 0);

@@ -1,12 +1,12 @@
 #include "quillon/EventLogProxy.h"
 
 #include <functional>
-#include <thread>
 
 #include "os/internal/EventLogTest.h"
 #include "platform/ErrorText.h"
 #include "quillon/EventLogReader.h"
 #include "quillon/EvtHandle.h"
+#include "support/Threads.h"
 
 namespace quillon::test {
 
@@ -162,17 +162,13 @@ TEST_F(EventLogProxyTest, SubscriptionsDeliverFromABookmarkOn) {
 TEST_F(EventLogProxyTest, ThreadsShareChannels) {
     events.AddChannel("A", false);
     events.AddChannel("B", false);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([t] {
-            for (int n = 0; n < 500 / QUILLON_TEST_SLOWDOWN; ++n) {
-                const wchar_t* const channel = (n + t) % 2 == 0 ? L"A" : L"b";
-                EXPECT_TRUE(Enable(channel));
-                Disable(channel);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    Threads(8, [](int t) {
+        for (int n = 0; n < 500 / QUILLON_TEST_SLOWDOWN; ++n) {
+            const wchar_t* const channel = (n + t) % 2 == 0 ? L"A" : L"b";
+            EXPECT_TRUE(Enable(channel));
+            Disable(channel);
+        }
+    }).Join();
     EXPECT_FALSE(events.IsEnabled("A") || events.IsEnabled("B"));
 }
 

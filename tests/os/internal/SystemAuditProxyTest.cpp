@@ -6,7 +6,6 @@
 #include <functional>
 #include <limits>
 #include <new>
-#include <thread>
 
 #include "logging/internal/RollingLog.h"
 #include "os/AuditState.h"
@@ -16,6 +15,7 @@
 #include "simulation/audit/AuditPolicy.h"
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace quillon::test {
 
@@ -260,17 +260,13 @@ TEST_F(SystemAuditProxyTest, StopsWhileACallbackWaitsForIt) {
 
 TEST_F(SystemAuditProxyTest, ThreadsShareSubcategories) {
     policy.Mute(false);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([t] {
-            for (int n = 0; n < 200 / QUILLON_TEST_SLOWDOWN; ++n) {
-                const std::string& id = (n + t) % 2 == 0 ? kId : kOtherId;
-                EXPECT_TRUE(Enable(id));
-                Disable(id);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    Threads(8, [](int t) {
+        for (int n = 0; n < 200 / QUILLON_TEST_SLOWDOWN; ++n) {
+            const std::string& id = (n + t) % 2 == 0 ? kId : kOtherId;
+            EXPECT_TRUE(Enable(id));
+            Disable(id);
+        }
+    }).Join();
     EXPECT_EQ(State() + State(kOtherId), 0u);
 }
 

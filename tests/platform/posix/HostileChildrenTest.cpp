@@ -18,6 +18,7 @@
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace fs = std::filesystem;
 
@@ -178,18 +179,14 @@ void KillMany(const Kinds& kinds, int children) {
     const long descriptors = CountEntries("/proc/self/fd");
     const long threads = CountEntries("/proc/self/task");
     std::atomic<int> next{0};
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < kAtOnce; ++caller) {
-        callers.emplace_back([&] {
-            for (int i = next++; i < children; i = next++) {
-                const char* const kind = kinds[static_cast<std::size_t>(i) % kinds.size()];
-                const std::string started = dir.Native("started " + std::to_string(i) + ' ' + kind).string();
-                EXPECT_TRUE(RunAndKill(kind, started, log)) << i << kind;
-                EXPECT_EQ(CountProcesses(started), 0) << i << kind;
-            }
-        });
-    }
-    for (std::thread& caller : callers) caller.join();
+    Threads(kAtOnce, [&](int) {
+        for (int i = next++; i < children; i = next++) {
+            const char* const kind = kinds[static_cast<std::size_t>(i) % kinds.size()];
+            const std::string started = dir.Native("started " + std::to_string(i) + ' ' + kind).string();
+            EXPECT_TRUE(RunAndKill(kind, started, log)) << i << kind;
+            EXPECT_EQ(CountProcesses(started), 0) << i << kind;
+        }
+    }).Join();
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (CountEntries("/proc/self/task") > threads && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <thread>
 #include <vector>
 
 #include "quillon/NetworkUtils.h"
@@ -10,6 +9,7 @@
 #include "simulation/sockets/Sockets.h"
 #include "support/ChildMain.h"
 #include "support/RecordingLogger.h"
+#include "support/Threads.h"
 #include "support/posix/FailingCalls.h"
 
 namespace quillon {
@@ -87,11 +87,9 @@ TEST(NetworkNames, SocketsStartOnceForAllThreadsAndAgainAfterAFailure) {
     EXPECT_THAT(log.Lines(ICLogger::Level::Error), testing::ElementsAre("WSAStartup failed"));
     Sockets::Process().FailStarts(false);
     const int before = Sockets::Process().CountStarts();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 16; ++i)
-        threads.emplace_back(
-            [&] { EXPECT_TRUE(sockets.InitializeSockets() && *NetworkUtils::GetFqdn() != 0); });
-    for (auto& thread : threads) thread.join();
+    test::Threads(16, [&](int) {
+        EXPECT_TRUE(sockets.InitializeSockets() && *NetworkUtils::GetFqdn() != 0);
+    }).Join();
     EXPECT_EQ(Sockets::Process().CountStarts() - before, 1);
 }
 

@@ -4,10 +4,9 @@
 
 #include <atomic>
 #include <chrono>
-#include <thread>
-#include <vector>
 
 #include "data/RowRegions.h"
+#include "support/Threads.h"
 
 namespace quillon {
 
@@ -18,12 +17,9 @@ TEST(RowRegions, TheChildOfAForkTakesRowsWhateverTheThreadsDid) {
     FreeRegionSlot(first);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     std::atomic<bool> isOver{false};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-        threads.emplace_back([&] {
-            for (int turn = 0; turn < 50'000'000 && !isOver; ++turn) FreeRegionSlot(TakeRegionSlot());
-        });
-    }
+    test::Threads threads(2, [&](int) {
+        for (int turn = 0; turn < 50'000'000 && !isOver; ++turn) FreeRegionSlot(TakeRegionSlot());
+    });
     for (int i = 0; i < 100 && std::chrono::steady_clock::now() < end; ++i) {
         const pid_t child = ::fork();
         if (child == 0) {
@@ -42,7 +38,7 @@ TEST(RowRegions, TheChildOfAForkTakesRowsWhateverTheThreadsDid) {
         }
     }
     isOver = true;
-    for (auto& thread : threads) thread.join();
+    threads.Join();
 }
 
 }  // namespace quillon

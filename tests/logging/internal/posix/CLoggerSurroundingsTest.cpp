@@ -15,6 +15,7 @@
 #include "support/LogLines.h"
 #include "support/System.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 namespace quillon::test {
 
@@ -56,12 +57,9 @@ const ChildMode forking("clogger-forking", [](const Arguments& a) {
     json.InitializeLogging((a[0] + ".json").c_str(), Level::Info);
     TeeLogger both({CLogger::GetInstance(), &json});
     std::atomic<bool> isDone{false};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&isDone, &both] {
-            for (int n = 0; n < kMostLines && !isDone; ++n) both.Info("parent");
-        });
-    }
+    Threads threads(4, [&isDone, &both](int) {
+        for (int n = 0; n < kMostLines && !isDone; ++n) both.Info("parent");
+    });
     int failed = 0;
     for (int n = 0; n < kForks; ++n) {
         const ::pid_t child = ::fork();
@@ -74,7 +72,7 @@ const ChildMode forking("clogger-forking", [](const Arguments& a) {
         if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0) ++failed;
     }
     isDone = true;
-    for (std::thread& thread : threads) thread.join();
+    threads.Join();
     return failed;
 });
 
