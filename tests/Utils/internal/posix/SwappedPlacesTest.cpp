@@ -4,14 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
-#include <iostream>
 #include <map>
 #include <string>
 #include <thread>
@@ -19,6 +15,7 @@
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "support/TempDir.h"
+#include "support/posix/Attack.h"
 
 namespace fs = std::filesystem;
 
@@ -26,13 +23,6 @@ namespace quillon {
 namespace {
 
 using FS = FileSystemUtils;
-
-/// A fifth of what all attacks may take together, in seconds.
-double SecondsOfOne() {
-    const char* const chosen = std::getenv("QUILLON_TORTURE_SECONDS");
-    const double all = chosen != nullptr ? std::strtod(chosen, nullptr) : 5;
-    return std::min(std::max(all, 0.5), 3600.0) / 5 / QUILLON_TEST_SLOWDOWN;
-}
 
 /// Has temporary directories made in memory, where nothing waits for the disk.
 class InMemory {
@@ -56,8 +46,6 @@ private:
 /// Another process that swaps what the library works on for links to what it must not touch.
 class SwappedPlaces : public testing::Test {
 protected:
-    static constexpr int kMostTries = 10'000'000;
-
     void SetUp() override {
         m_inMemory.Restore();
         dir.Write("outside/victim", "precious");
@@ -71,29 +59,8 @@ protected:
 
     /// Repeats `attack` on a thread of its own, and `work` on this one, for a while.
     void Run(const char* what, const std::function<void()>& attack, const std::function<void()>& work) {
-        using Clock = std::chrono::steady_clock;
-        std::atomic<bool> isOver{false};
-        std::atomic<int> swaps{0};
-        std::thread attacker([&] {
-            while (!isOver && swaps < kMostTries) {
-                attack();
-                ++swaps;
-            }
-        });
-        // On a busy machine the attacker may begin late.
-        const auto latest = Clock::now() + std::chrono::seconds(60);
-        while (swaps == 0 && Clock::now() < latest) std::this_thread::yield();
-        const auto end = Clock::now() + std::chrono::duration<double>(SecondsOfOne());
-        int tries = 0;
-        for (; tries < kMostTries && Clock::now() < end; ++tries) {
-            work();
-            if (tries % 256 == 0 && Outside() != m_before) break;
-        }
-        isOver = true;
-        attacker.join();
-        EXPECT_EQ(Outside(), m_before) << what << " after " << tries << " tries";
-        EXPECT_GT(swaps, 0);
-        std::cout << what << ": " << tries << " tries, " << swaps << " swaps\n";
+        test::RunAttack(
+            what, [&] { return attack(), 1; }, work, [this] { return Outside() != m_before; });
     }
 
     /// Swaps two names at once.
