@@ -210,8 +210,6 @@ TEST_F(FileEncodingWrite, WritesOneMarkAndAppendsNone) {
             EXPECT_EQ(dir.Read("file"), written + body + body);
         }
     }
-    EXPECT_FALSE(FS::WriteUtf8File(dir.Path(), kText));
-    EXPECT_FALSE(FS::WriteUtf8NoBomFile(dir.Path("no/folder"), kText));
 }
 
 TEST_F(FileEncodingWrite, InvalidUtf8ForUtf16ThrowsAndLeavesTheFile) {
