@@ -1,7 +1,6 @@
 #include "quillon/MetadataExport.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "quillon/MethodMetadata.h"
 

@@ -1,7 +1,6 @@
 #include "quillon/MethodMetadata.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <stdexcept>
 

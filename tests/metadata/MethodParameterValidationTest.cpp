@@ -1,7 +1,6 @@
 #include "quillon/MethodParameterValidation.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 

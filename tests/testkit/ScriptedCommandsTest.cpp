@@ -8,7 +8,6 @@
 #include "quillon/testkit/Matchers.h"
 #include "quillon/testkit/ShutdownMonitor.h"
 #include "support/RecordingLogger.h"
-#include "support/System.h"
 
 namespace quillon::testkit {
 
