@@ -23,6 +23,7 @@
 #include "quillon/ServiceLocator.h"
 #include "serve/Server.h"
 #include "system/Console.h"
+#include "system/Heap.h"
 #include "system/Service.h"
 #include "system/SharedLibrary.h"
 
@@ -70,6 +71,7 @@ int Execute(const RunCommand& command, Output& output) {
 }
 
 int ServeWith(const ServeCommand& command, const WriteFunction& write) {
+    ShareHeap();
     const AgentConfiguration configuration = Configure(command.host);
     const Host host(LogSettingsOf(command.host, configuration), DatabaseFolderOf(command.host),
                     configuration);

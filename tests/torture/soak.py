@@ -17,7 +17,7 @@ from served import Agent
 from systems import Native
 
 MEMORY = 1 << 20  # bytes that the blocks of memory may grow
-RESIDENT = 8 << 20  # bytes that the resident memory may grow: the heap keeps what is free between blocks that live
+RESIDENT = 4 << 20  # bytes that the resident memory may grow: the heap keeps what is free between blocks that live
 AHEAD = 4  # calls that are asked for before the first is answered
 HEAVY = {"Wmi.Query": 50, "Wmi.Invoke": 200, "Processes.List": 5, "EventLog.Follow": 50, "Content.Download": 20, "Commands.Run": 4,
          "Commands.Table": 4, "Store.Save served": 10}  # one in so many rounds
