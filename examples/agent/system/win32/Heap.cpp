@@ -2,7 +2,7 @@
 
 namespace quillon::agent {
 
-/// A process has one.
+/// All threads have that of the C runtime.
 void ShareHeap() {}
 
 }  // namespace quillon::agent
