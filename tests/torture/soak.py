@@ -24,7 +24,7 @@ HEAVY = {"Wmi.Query": 50, "Wmi.Invoke": 200, "Processes.List": 5, "EventLog.Foll
 DAY, HOUR = 86_400, 3_600  # seconds on the agent's clock
 LOOKS = 20  # at the resident memory, of which the least counts: calls that run take megabytes for a while
 CHANNEL = 10_000  # events that the simulated channel holds at most
-FIGURES = "descriptors, threads, blocks, their bytes, resident bytes, files:"
+Figures = collections.namedtuple("Figures", "descriptors threads blocks bytes resident files")
 EXPIRE = 100  # rounds between two looks for rows that are too old, as a module would have it
 
 
@@ -94,7 +94,7 @@ class Soak:
     def figures(self, most=None):
         self.resident.append(resident(self.agent.process.pid))
         held = self.agent.figures(most)
-        return (*held, self.agent.board.live_bytes, min(self.resident), len(os.listdir(self.folder)))
+        return Figures(*held, self.agent.board.live_bytes, min(self.resident), len(os.listdir(self.folder)))
 
 
 def parse():
@@ -126,15 +126,14 @@ def main():
                 soak.pass_time(part)
             if first is None and part >= options.warm_up:
                 first = soak.figures()
-                print(FIGURES, first, "after", soak.number, flush=True)
-        last = soak.figures(first[1] if first else None)
-        print(FIGURES, last, "after", soak.number, "calls in",
-              round(time.monotonic() - begin), "s,", soak.failures, "failed,", len(soak.rolled), "roll-overs,",
-              round(soak.hours[-1][0] / HOUR, 1), "hours on the agent's clock")
-        if last[1] > first[1]:
+                print(first, "after", soak.number, flush=True)
+        last = soak.figures(first.threads if first else None)
+        print(last, "after", soak.number, "calls in", round(time.monotonic() - begin), "s,", soak.failures, "failed,",
+              len(soak.rolled), "roll-overs,", round(soak.hours[-1][0] / HOUR, 1), "hours on the agent's clock")
+        if last.threads > first.threads:
             print("threads:", *soak.agent.threads())
-        grown = [last[0] > first[0] + 1, last[1] > first[1], last[3] > first[3] + MEMORY,
-                 last[4] > first[4] + RESIDENT, last[5] > first[5] + 6]
+        grown = [last.descriptors > first.descriptors + 1, last.threads > first.threads, last.bytes > first.bytes + MEMORY,
+                 last.resident > first.resident + RESIDENT, last.files > first.files + 6]
         return 1 if any(grown) or soak.failures or soak.agent.end() != 0 else 0
 
 
