@@ -14,4 +14,11 @@ inline constexpr bool kSanitized = true;
 inline constexpr bool kSanitized = false;
 #endif
 
+/// For tests of what other standard libraries do in another way.
+#ifdef __GLIBCXX__
+inline constexpr bool kLibstdcxx = true;
+#else
+inline constexpr bool kLibstdcxx = false;
+#endif
+
 }  // namespace quillon::test

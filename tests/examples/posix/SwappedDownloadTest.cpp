@@ -11,7 +11,7 @@
 
 #include "quillon/DestructorFunctor.h"
 #include "support/TempDir.h"
-#include "support/posix/Attack.h"
+#include "support/posix/RunAttack.h"
 #include "system/ContentFiles.h"
 
 namespace fs = std::filesystem;

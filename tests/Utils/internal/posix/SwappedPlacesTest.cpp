@@ -15,7 +15,7 @@
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "support/TempDir.h"
-#include "support/posix/Attack.h"
+#include "support/posix/RunAttack.h"
 
 namespace fs = std::filesystem;
 

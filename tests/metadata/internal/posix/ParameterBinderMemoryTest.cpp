@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "quillon/MethodMetadata.h"
 #include "quillon/ParameterBinder.h"
 #include "support/posix/RefusedCalls.h"
 
@@ -29,23 +28,6 @@ TEST(ParameterBinderMemory, LackOfMemoryIsNoFaultOfTheCall) {
     EXPECT_EQ(result.errorMessage, "");
     EXPECT_TRUE(binder.Bind(result));
     EXPECT_EQ(path, std::string(100, 'x'));
-}
-
-TEST(MethodParameterMemory, ADefaultThatMemoryIsMissingForIsNone) {
-    MethodParameter parameter;
-    parameter.SetType(typeid(std::string));
-    const Variant given("Path", std::string(100, 'x'));
-    TheRefusedCalls() = {RefusedCalls::Memory, 0, 1};
-    try {
-        parameter.OptionalValue(typeid(std::string), given);
-    } catch (const std::bad_alloc&) {
-    }
-    if (std::exchange(TheRefusedCalls(), {}).refused == 0) GTEST_SKIP() << "the heap is that of a sanitizer";
-    Variant value;
-    EXPECT_FALSE(parameter.GetOptionalValue(value));
-    parameter.OptionalValue(typeid(std::string), given);
-    EXPECT_TRUE(parameter.GetOptionalValue(value));
-    EXPECT_EQ(value, given);
 }
 
 }  // namespace quillon::test
