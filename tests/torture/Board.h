@@ -49,6 +49,7 @@ struct Board {
     std::atomic<std::uint64_t> threads;
     std::atomic<std::uint64_t> asked;     ///< set by who wants to know
     std::atomic<std::uint64_t> answered;  ///< the same once the two are counted
+    std::atomic<std::uint64_t> ends;      ///< 1 to have the process asked to end, as the system does it
     std::uint64_t places[kMostPlaces];    ///< of the first calls of the kind, when they are noted
 };
 

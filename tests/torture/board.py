@@ -8,7 +8,7 @@ import time
 KINDS = ["memory", "open", "read", "write", "rename", "fsync", "mkdir", "spawn", "thread", "socket", "look-up later",
          "look-up memory", "look-up system", "clock"]
 (_REFUSED, _LIVE, _LIVE_BYTES, _KIND, _CALL, _PLACE, _FOR_EVER, _SHOWS, _NOTES, _AHEAD, _HANDLES, _THREADS, _ASKED,
- _ANSWERED, _PLACES) = range(len(KINDS), len(KINDS) + 15)
+ _ANSWERED, _ENDS, _PLACES) = range(len(KINDS), len(KINDS) + 16)
 MOST_PLACES = 1 << 16
 SIZE = 8 * (_PLACES + MOST_PLACES)
 ANY = 1 << 60  # a call that no run reaches
@@ -77,6 +77,10 @@ class Board:
                 break
             time.sleep(0.02)
         return self._get(_HANDLES), self._get(_THREADS)
+
+    def end(self):
+        """Has the launcher ask the process to end."""
+        self._set(_ENDS, 1)
 
     def close(self):
         self._map.close()

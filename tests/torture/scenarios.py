@@ -49,7 +49,7 @@ class Scenario:
     def command(self, folder, system):
         extra = ["--data", system.path(folder), *self.extra(folder, system)]
         if self.socket:
-            return ["serve", "--listen", f"{folder}/socket", *extra]
+            return ["serve", "--listen", system.address(folder), *extra]
         method = self.name.split(" ")[0]
         return ["run", method, *("=".join(pair) for pair in self.pairs(folder, system)), "--format", "json",
                 *extra]
@@ -172,7 +172,7 @@ def scenarios():
         Scenario("Audit.Hold", "subcategory=0cce922b-69ae-11d9-bed3-505054503030|seconds=0", wine=False),
         Scenario("System.Info", fixed=False),
         Scenario("System.Metrics", fixed=False),
-        Scenario("Network.Resolve at a socket", "host=localhost|timeout=5", socket=True, wine=False),
+        Scenario("Network.Resolve over connections", "host=localhost|timeout=5", socket=True),
         Scenario("Commands.Run with a log", "command=cmd /c echo one", options="--log {dir}/agent.log --level trace",
                  prepare=_full_log, check=_is_log_kept, served=False, fixed=False),
         Scenario("Commands.Run with JSON log", "command=cmd /c echo one", prepare=_full_log, check=_is_log_kept,

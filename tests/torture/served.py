@@ -11,7 +11,6 @@ import time
 
 from board import ANY, Board, Call
 from scenarios import served_rows
-from sockets import exchange
 
 ANSWER_LIMIT = 30  # seconds
 WITHOUT = 0.1  # seconds, and three times what a call takes, after which calls are let through when there is no answer
@@ -119,12 +118,11 @@ class Agent:
 
 
 class SocketAgent(Agent):
-    """Serves at a Unix socket; each request has a connection of its own."""
+    """Serves at a Unix socket or a named pipe; each request has a connection of its own."""
 
     def __init__(self, options, folder, extra):
-        self.path = os.path.join(folder, "socket")
-        super().__init__(options, folder, ["--listen", self.path, *extra])
-        self.request = None
+        super().__init__(options, folder, ["--listen", options.system.address(folder), *extra])
+        self.client, self.request = options.system.client(folder), None
 
     def ask(self, request):
         self.request = request
@@ -132,7 +130,7 @@ class SocketAgent(Agent):
 
     def answer(self, limit=ANSWER_LIMIT):
         """A connection that is closed is a failure, whose message is what the agent says about it."""
-        bytes_read = exchange(self.path, self.request, self.process, limit)
+        bytes_read = self.client.exchange(self.request, self.process, limit)
         if bytes_read:
             return json.loads(bytes_read)
         if bytes_read is None or self.process.poll() is not None:
@@ -141,7 +139,8 @@ class SocketAgent(Agent):
         return {"id": self.request["id"], "code": 3, "message": self.said()}
 
     def end(self):
-        self.process.terminate()
+        self.client.close()
+        self.system.end(self.process, self.board)
         return super().end()
 
 

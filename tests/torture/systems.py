@@ -4,11 +4,14 @@ import os
 import shutil
 import subprocess
 
+from clients import PipeClient, SocketClient
+
 
 class Native:
     """The library stands in front of the C library's (Refusal.cpp)."""
 
     name = "Linux"
+    start_limit = 1  # seconds after which calls are let through again when an agent does not answer after its start
     spare = 0, 0  # handles and threads that the system keeps for the process as long as it likes
     words = {"process": "ProcessId = 1", "pid": "pid=1"}
 
@@ -24,6 +27,16 @@ class Native:
 
     def url(self, path):
         return "file://" + path
+
+    def address(self, folder):
+        """Returns where the agent serves."""
+        return f"{folder}/socket"
+
+    def client(self, folder):
+        return SocketClient(self.address(folder))
+
+    def end(self, process, _board):
+        process.terminate()
 
     def has_crashed(self, code):
         return code < 0
@@ -49,12 +62,15 @@ class Windows(Native):
     """The launcher (win32/Launcher.cpp) has the agent load the library, and says what the agent holds."""
 
     name = "Windows"
+    start_limit = 5
     spare = 6, 2
     words = {"process": "Name = 'services.exe'", "pid": ""}
     CRASHED, NOT_STARTED = 100, 101
 
     def __init__(self, options):
-        self.agent = [*options.launcher.split(), self.path(os.path.abspath(options.agent))]
+        *emulator, launcher = options.launcher.split()
+        self.agent = [*emulator, launcher, self.path(os.path.abspath(options.agent))]
+        self.asks = [*emulator, os.path.join(os.path.dirname(launcher), "quillon_pipe_client.exe")]
 
     def environment(self, board):
         return {**os.environ, "TZ": "UTC", "REFUSE_FILE": self.path(board.path)}
@@ -64,6 +80,15 @@ class Windows(Native):
 
     def url(self, path):
         return "file:///" + self.path(path).replace("\\", "/")
+
+    def address(self, folder):
+        return "\\\\.\\pipe\\" + folder.strip("/").replace("/", "-")
+
+    def client(self, folder):
+        return PipeClient([*self.asks, self.address(folder)])
+
+    def end(self, _process, board):
+        board.end()
 
     def has_crashed(self, code):
         if code == self.NOT_STARTED:

@@ -19,9 +19,9 @@ import tempfile
 import time
 
 from board import ANY, KINDS, Board, Call
+from clients import run_server
 from scenarios import CODES, scenarios
 from served import show_served, torture_served
-from sockets import run_server
 from systems import system
 
 LIMIT = 60  # seconds for one run

@@ -2,8 +2,8 @@
 // code:
 //   quillon_refuser PROGRAM [ARGUMENT...]
 // The code is 100 when the program crashed, and 101 when it could not be started. While it runs, the launcher
-// tells in the file REFUSE_FILE (Board.h) what it holds, when asked; it ends with the launcher, however that
-// ends.
+// tells in the file REFUSE_FILE (Board.h) what it holds, and asks it to end, when told to; it ends with the
+// launcher, however that ends.
 #include <windows.h>
 
 #include <winternl.h>
@@ -109,10 +109,24 @@ void Answer(const PROCESS_INFORMATION& process, Board& board) {
     board.answered = asked;
 }
 
+/// Runs the handlers of a console's events, as the system does it. Wine sends no events, but has the routine.
+void AskToEnd(const PROCESS_INFORMATION& process, Board& board) {
+    if (board.ends.exchange(0) == 0) return;
+    const FARPROC routine = ::GetProcAddress(::GetModuleHandleW(L"kernelbase"), "CtrlRoutine");
+    if (routine == nullptr) return;
+    const HANDLE thread =
+        ::CreateRemoteThread(process.hProcess, nullptr, 0, std::bit_cast<LPTHREAD_START_ROUTINE>(routine),
+                             std::bit_cast<void*>(ULONG_PTR{CTRL_BREAK_EVENT}), 0, nullptr);
+    if (thread != nullptr) ::CloseHandle(thread);
+}
+
 DWORD Await(const PROCESS_INFORMATION& process) {
     Board* const board = MapBoard();
     while (::WaitForSingleObject(process.hProcess, kPauseMs) == WAIT_TIMEOUT)
-        if (board != nullptr) Answer(process, *board);
+        if (board != nullptr) {
+            Answer(process, *board);
+            AskToEnd(process, *board);
+        }
     DWORD code = kNotStarted;
     ::GetExitCodeProcess(process.hProcess, &code);
     return code;
