@@ -8,8 +8,11 @@
 #include <array>
 #include <condition_variable>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -37,34 +40,63 @@ bool IsPipe(HANDLE handle) { return ::GetNamedPipeInfo(handle, nullptr, nullptr,
 
 Handle MakeEvent() { return Handle(::CreateEventW(nullptr, TRUE, FALSE, nullptr)); }
 
-/// One operation that goes on while its thread waits for it, or for the event of a stop.
+/// One operation that goes on while its thread waits for it, or for the event of a stop. One at a time has
+/// the event of its end.
 class Operation {
 public:
-    Operation() { m_overlapped.hEvent = m_done.get(); }
+    explicit Operation(HANDLE done) { m_overlapped.hEvent = done; }
 
     OVERLAPPED* Get() { return &m_overlapped; }
-    /// False when there is no event to wait for.
-    bool IsReady() const { return m_done != nullptr; }
 
-    /// Finishes what a call began, which returned `isDone`. False when it failed, when `stop` was set first,
-    /// or when it took too long.
-    bool Await(HANDLE handle, bool isDone, HANDLE stop, DWORD patience, DWORD& count) {
+    /// Finishes what a call began, which returned `isDone`. False with GetLastError() when it failed,
+    /// ERROR_OPERATION_ABORTED when `stop` was set first, and ERROR_TIMEOUT when it took too long.
+    bool Await(HANDLE handle, bool isDone, DWORD patience, HANDLE stop, DWORD& count) {
         if (!isDone && ::GetLastError() != ERROR_IO_PENDING) return false;
-        const HANDLE both[] = {stop, m_done.get()};
-        const bool isStopped = ::WaitForMultipleObjects(2, both, FALSE, patience) != WAIT_OBJECT_0 + 1;
-        if (isStopped) ::CancelIoEx(handle, &m_overlapped);
-        const bool isFinished = ::GetOverlappedResult(handle, &m_overlapped, &count, TRUE) != 0;
-        return isFinished && !isStopped;
+        const DWORD fault = Wait(patience, stop);
+        if (fault != ERROR_SUCCESS) ::CancelIoEx(handle, &m_overlapped);
+        if (::GetOverlappedResult(handle, &m_overlapped, &count, TRUE) == 0 && fault == ERROR_SUCCESS)
+            return false;
+        ::SetLastError(fault);
+        return fault == ERROR_SUCCESS;
     }
 
 private:
-    Handle m_done = MakeEvent();
+    /// `stop` may be null. A stop comes before an end, or a client that always writes would be read for ever.
+    DWORD Wait(DWORD patience, HANDLE stop) const {
+        const HANDLE events[] = {stop, m_overlapped.hEvent};
+        const bool canStop = stop != nullptr;
+        const DWORD code =
+            ::WaitForMultipleObjects(canStop ? 2 : 1, canStop ? events : events + 1, FALSE, patience);
+        if (code == WAIT_FAILED) return ::GetLastError();
+        if (code == WAIT_TIMEOUT) return ERROR_TIMEOUT;
+        return canStop && code == WAIT_OBJECT_0 ? ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
+    }
+
     OVERLAPPED m_overlapped = {};
 };
 
+/// Returns what the code says to people; nothing when there is no memory for it.
+std::string ReasonOf(DWORD code) noexcept {
+    try {
+        return SystemErrorText(static_cast<int>(code));
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
+void WarnUnlessGone(const char* what) {
+    const DWORD code = ::GetLastError();
+    constexpr DWORD kExpected[] = {ERROR_BROKEN_PIPE, ERROR_NO_DATA, ERROR_PIPE_NOT_CONNECTED,
+                                   ERROR_OPERATION_ABORTED};
+    if (std::ranges::find(kExpected, code) == std::end(kExpected))
+        ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, ReasonOf(code).c_str());
+}
+
 class PipeChannel final : public Channel {
 public:
-    explicit PipeChannel(Handle pipe) : m_pipe(std::move(pipe)) {}
+    /// Whether it has what it needs to serve a client.
+    bool IsReady() const { return m_read != nullptr && m_written != nullptr && m_stop != nullptr; }
+    void Take(Handle pipe) { m_pipe = std::move(pipe); }
 
     /// A client may write nothing, which is read as such and is not its end.
     std::size_t Read(char* bytes, std::size_t size) override {
@@ -72,18 +104,22 @@ public:
         while (ReadOnce(bytes, size, count)) {
             if (count > 0) return count;
         }
+        WarnUnlessGone("A client is left, as it cannot be read from");
         return 0;
     }
 
     bool Write(std::string_view bytes) override {
         while (!bytes.empty()) {
-            Operation operation;
+            Operation operation(m_written.get());
             DWORD count = 0;
             const bool isDone =
                 ::WriteFile(m_pipe.get(), bytes.data(),
                             static_cast<DWORD>(std::min<std::size_t>(bytes.size(), kBufferSize)), nullptr,
                             operation.Get()) != 0;
-            if (!operation.Await(m_pipe.get(), isDone, m_never.get(), kPatienceMs, count)) return false;
+            if (!operation.Await(m_pipe.get(), isDone, kPatienceMs, nullptr, count)) {  // whatever is stopped
+                WarnUnlessGone("A client is left, as no answer can be sent");
+                return false;
+            }
             bytes.remove_prefix(count);
         }
         return true;
@@ -96,16 +132,17 @@ public:
 
 private:
     bool ReadOnce(char* bytes, std::size_t size, DWORD& count) {
-        Operation operation;
+        Operation operation(m_read.get());
         const bool isDone =
             ::ReadFile(m_pipe.get(), bytes, static_cast<DWORD>(std::min<std::size_t>(size, kLongestRead)),
                        nullptr, operation.Get()) != 0;
-        return operation.Await(m_pipe.get(), isDone, m_stop.get(), INFINITE, count);
+        return operation.Await(m_pipe.get(), isDone, INFINITE, m_stop.get(), count);
     }
 
     Handle m_pipe;
+    Handle m_read = MakeEvent();
+    Handle m_written = MakeEvent();
     Handle m_stop = MakeEvent();
-    Handle m_never = MakeEvent();  // a stop does not end a write
 };
 
 /// The system, the administrators and the creator, whom the access list calls the owner.
@@ -118,20 +155,22 @@ public:
 
     /// Makes the first instance of the pipe, which must not be there already.
     bool Open() {
+        if ((m_stop = MakeEvent()) == nullptr || (m_connected = MakeEvent()) == nullptr) return false;
         if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(kAccess, SDDL_REVISION_1, &m_descriptor,
                                                                     nullptr))
             return false;
-        if (m_stop == nullptr) return false;
         m_next = MakeInstance(FILE_FLAG_FIRST_PIPE_INSTANCE);
         return m_next != nullptr;
     }
 
+    /// What a client needs is made before it is taken: one that lacks anything waits.
     std::unique_ptr<Channel> Accept() override {
         do {
+            auto client = std::make_unique<PipeChannel>();
             if (m_next == nullptr) m_next = MakeInstance(0);
-            if (m_next != nullptr && AwaitClient()) {
-                Handle client = std::exchange(m_next, MakeInstance(0));
-                return std::make_unique<PipeChannel>(std::move(client));
+            if (client->IsReady() && m_next != nullptr && AwaitClient()) {
+                client->Take(std::exchange(m_next, MakeInstance(0)));
+                return client;
             }
         } while (!IsStopped(0) && Pause());
         return nullptr;
@@ -142,12 +181,11 @@ public:
 private:
     /// Keeps the instance, whatever happens: while there is one, the name is nobody else's.
     bool AwaitClient() {
-        Operation operation;
-        if (!operation.IsReady()) return false;
+        Operation operation(m_connected.get());
         DWORD count = 0;
         const bool isDone = ::ConnectNamedPipe(m_next.get(), operation.Get()) != 0;
         if ((!isDone && ::GetLastError() == ERROR_PIPE_CONNECTED) ||
-            operation.Await(m_next.get(), isDone, m_stop.get(), INFINITE, count))
+            operation.Await(m_next.get(), isDone, INFINITE, m_stop.get(), count))
             return true;
         const DWORD code = ::GetLastError();
         ::DisconnectNamedPipe(m_next.get());  // a client that is gone again
@@ -182,7 +220,8 @@ private:
     std::wstring m_name;
     PSECURITY_DESCRIPTOR m_descriptor = nullptr;
     Handle m_next;  // waits for the next client
-    Handle m_stop = MakeEvent();
+    Handle m_connected;
+    Handle m_stop;
 };
 
 }  // namespace
@@ -274,8 +313,8 @@ std::size_t StandardInput::Read(char* bytes, std::size_t size) {
     if (shared->isStopped) return 0;
     if (shared->fault != ERROR_SUCCESS) {
         m_state->hasFailed = true;
-        ::SetLastError(std::exchange(shared->fault, ERROR_SUCCESS));
-        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s", LastErrorText().c_str());
+        const DWORD fault = std::exchange(shared->fault, ERROR_SUCCESS);
+        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s", ReasonOf(fault).c_str());
     }
     const std::size_t count = shared->bytes.copy(bytes, size);
     shared->bytes.remove_prefix(count);
