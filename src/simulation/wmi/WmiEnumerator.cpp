@@ -4,6 +4,7 @@
 #include <exception>
 #include <utility>
 
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
 #include "simulation/wmi/WmiObject.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "simulation/wmi/WbemBases.h"
+#include "simulation/wmi/WbemObject.h"
 #include "simulation/wql/WqlQuery.h"
 
 namespace quillon::simulation {

@@ -1,5 +1,6 @@
 #include "simulation/wmi/WmiLocator.h"
 
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
 #include "simulation/wmi/WmiPath.h"
 #include "simulation/wmi/WmiServices.h"

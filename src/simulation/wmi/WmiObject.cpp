@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
 
 namespace quillon::simulation {

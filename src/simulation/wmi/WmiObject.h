@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/wmi/WbemBases.h"
+#include "simulation/wmi/WbemObject.h"
 
 namespace quillon::simulation {
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Utf.h"
+#include "simulation/WbemCode.h"
 #include "simulation/wmi/WmiCoercion.h"
 #include "simulation/wmi/WmiEnumerator.h"
 #include "simulation/wmi/WmiErrorDetails.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "simulation/wmi/WbemBases.h"
+#include "simulation/wmi/WbemObject.h"
 
 namespace quillon::simulation {
 
