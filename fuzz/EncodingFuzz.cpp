@@ -8,6 +8,7 @@
 #include "base/Utf.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
+#include "quillon/TemporaryFile.h"
 
 // Bytes as a file: detection never fails and is the same for a stream, every way
 // of reading gives what its encoding promises, and what is written is read back.
@@ -18,8 +19,8 @@ using FS = quillon::FileSystemUtils;
 using Encoding = FS::FileEncoding;
 
 const std::string& Path() {
-    static const std::string path = FS::GetTemporaryFile();
-    return path;
+    static const quillon::TemporaryFile file;
+    return file.Path();
 }
 
 bool IsUtf16(Encoding encoding) { return encoding >= FS::UTF16LE && encoding <= FS::UTF16BE; }

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "Require.h"
-#include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
+#include "quillon/TemporaryFile.h"
 #include "serve/Session.h"
 
 // The input is what a client says, after a byte that tells in what pieces. Every line has one answer, which
@@ -77,8 +77,8 @@ void CheckAnswers(std::string_view answers, std::size_t expected) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const std::string folder = FileSystemUtils::GetTemporaryDirectory();
-    static const agent::Host host({.file = {}, .level = ICLogger::Level::Fatal}, folder);
+    static const TemporaryDirectory folder;
+    static const agent::Host host({.file = {}, .level = ICLogger::Level::Fatal}, folder.Path());
     static agent::CallPool pool(2);
     if (size == 0) return 0;
     const std::string_view said(reinterpret_cast<const char*>(data) + 1, size - 1);
