@@ -54,12 +54,15 @@ struct Board {
 };
 
 /// Tells call stacks apart, in the same way in every process: `base` returns the address at which the module
-/// of an address begins, or 0. Never 0.
+/// of an address begins, or 0, which ends the stack: what is found behind the first call of a thread is
+/// chance. Never 0.
 template <class Base>
 std::uint64_t PlaceOf(void* const* frames, int count, Base base) {
     std::uint64_t hash = 1;
     for (int i = 0; i < count; ++i) {
-        hash = (hash ^ (reinterpret_cast<std::uintptr_t>(frames[i]) - base(frames[i]))) * 0x9E3779B97F4A7C15U;
+        const std::uintptr_t begin = base(frames[i]);
+        if (begin == 0) break;
+        hash = (hash ^ (reinterpret_cast<std::uintptr_t>(frames[i]) - begin)) * 0x9E3779B97F4A7C15U;
         hash ^= hash >> 29;
     }
     return hash | 1;

@@ -44,7 +44,7 @@ void ShowPlace() {
 std::uintptr_t BaseOf(void* address) {
     MEMORY_BASIC_INFORMATION region{};
     ::VirtualQuery(address, &region, sizeof region);
-    return reinterpret_cast<std::uintptr_t>(region.AllocationBase);
+    return region.Type == MEM_IMAGE ? reinterpret_cast<std::uintptr_t>(region.AllocationBase) : 0;
 }
 
 [[gnu::noinline]] std::uint64_t Place() {
