@@ -200,11 +200,11 @@ private:
         return isStopped;
     }
 
-    /// Lets some time go, so that the client costs no processor time. False when there is no more to wait
-    /// for.
+    /// Lets some time go, so that the client costs no processor time, unless it is gone again. False when
+    /// there is no more to wait for.
     bool Pause() const {
-        if (::GetLastError() != ERROR_NO_DATA)
-            ServiceLocator::Get<ICLogger>()->Warn("A client waits: %s", LastErrorText().c_str());
+        if (::GetLastError() == ERROR_NO_DATA) return true;
+        ServiceLocator::Get<ICLogger>()->Warn("A client waits: %s", LastErrorText().c_str());
         return !IsStopped(kPauseMs);
     }
 
