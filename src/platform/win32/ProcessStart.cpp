@@ -177,7 +177,7 @@ std::optional<ChildProcess> ChildProcess::Start(const ProcessRequest& request) {
     InheritedHandles handles(request);
     if (!handles.Empty() && !handles.Prepare()) return std::nullopt;
     PROCESS_INFORMATION created{};
-    auto state = std::make_shared<State>();  // first: without memory there would be a process that is nobody's
+    auto state = std::make_shared<State>();  // first: the process must not be nobody's
     if (!Create(request, handles, created)) return std::nullopt;
     state->process.Reset(created.hProcess);
     const ObjectHandle thread(created.hThread);
