@@ -4,7 +4,7 @@
 /// members than the library uses.
 
 #ifdef _WIN32
-#include "platform/win32/WbemBase.h"
+#include "platform/ole/WbemBaseWindows.h"
 #else
 #include "platform/ole/WbemTypes.h"
 
