@@ -8,11 +8,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <thread>
 
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 #include "system/Channel.h"
 
 namespace quillon::test {
@@ -116,6 +119,20 @@ TEST_F(Listener, LeavesNothingBehindAndTakesTheLeftoverOfAKilledAgent) {
     EXPECT_EQ(dir.Read("file"), "content");
     EXPECT_EQ(agent::Listen(dir.Path(std::string(200, 'x')), fault), nullptr);
     EXPECT_THAT(fault, HasSubstr("1 to 107 bytes"));
+}
+
+TEST_F(Listener, OfManyThatStartAtOnceOneListens) {
+    const mode_t mask = ::umask(0);
+    for (int round = 0; round < 1'000; ++round) {
+        std::array<std::unique_ptr<agent::Listener>, 4> listeners;
+        Threads(4, [&](int number) {
+            std::string fault;
+            listeners.at(static_cast<std::size_t>(number)) = agent::Listen(dir.Path("agent.sock"), fault);
+        });
+        ASSERT_EQ(std::count(listeners.begin(), listeners.end(), nullptr), 3) << round;
+    }
+    ::umask(mask);
+    EXPECT_TRUE(std::filesystem::is_empty(dir.Native()));
 }
 
 TEST_F(Listener, LeavesThePlaceToTheSocketThatTookIt) {

@@ -1,7 +1,9 @@
 #include "system/Channel.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -207,6 +209,40 @@ void RemoveLeftover(const sockaddr_un& address) {
     if (!isHeld && errno == ECONNREFUSED) ::unlink(address.sun_path);
 }
 
+/// Held while an agent takes its place. Of two that start at once, one would take the socket of the other for
+/// a leftover before the other listens at it. Whoever may not make the file cannot take the place either.
+class PlaceLock {
+public:
+    explicit PlaceLock(const std::string& path) : m_path(path + ".lock") {
+        while (!m_isHeld && Open() && Lock())  // its last holder may just have removed it
+            m_isHeld = IdentityOf(m_file.Get()) == IdentityOf(m_path);
+    }
+    ~PlaceLock() {
+        if (m_isHeld) ::unlink(m_path.c_str());
+    }
+    PlaceLock(const PlaceLock&) = delete;
+    PlaceLock& operator=(const PlaceLock&) = delete;
+
+private:
+    /// False for another account's file, which that could hold for ever.
+    bool Open() {
+        m_file =
+            Descriptor(::open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        struct stat status {};
+        return m_file && ::fstat(m_file.Get(), &status) == 0 && status.st_uid == ::geteuid();
+    }
+    bool Lock() const {
+        int code = 0;
+        while ((code = ::flock(m_file.Get(), LOCK_EX)) != 0 && errno == EINTR) {
+        }
+        return code == 0;
+    }
+
+    std::string m_path;
+    Descriptor m_file;
+    bool m_isHeld = false;
+};
+
 /// Nobody but the owner may connect, from the socket's first moment on.
 int BindPrivately(int socket, const sockaddr_un& address) {
     const mode_t mask = ::umask(S_IRWXG | S_IRWXO | S_IXUSR);
@@ -234,6 +270,7 @@ std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault)
         return nullptr;
     }
     std::memcpy(name.sun_path, path.data(), path.size());
+    const PlaceLock lock(path);
     RemoveLeftover(name);
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     int code = socket ? BindPrivately(socket.Get(), name) : errno;
