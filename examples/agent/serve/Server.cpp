@@ -22,8 +22,9 @@
 #include "serve/AwaitMemory.h"
 #include "serve/CallPool.h"
 #include "serve/Session.h"
-#include "system/Channel.h"
+#include "system/Listener.h"
 #include "system/Service.h"
+#include "system/StandardInput.h"
 
 namespace quillon::agent {
 

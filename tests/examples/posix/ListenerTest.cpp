@@ -16,7 +16,7 @@
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
 #include "support/Threads.h"
-#include "system/Channel.h"
+#include "system/Listener.h"
 
 namespace quillon::test {
 

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "support/RecordingLogger.h"
-#include "system/Channel.h"
+#include "system/Listener.h"
 
 namespace quillon::test {
 

@@ -13,6 +13,7 @@
 #include "common/TemporaryName.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/PathUtils.h"
+#include "system/posix/Descriptor.h"
 #include "system/posix/Leftovers.h"
 
 namespace quillon::agent {
@@ -22,25 +23,6 @@ namespace {
 constexpr mode_t kFolderMode = 0700, kFileMode = 0644;
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 constexpr int kReadFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : m_number(number) {}
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-    ~Descriptor() {
-        if (m_number >= 0) ::close(m_number);
-    }
-
-    int Get() const { return m_number; }
-    bool IsOpen() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
 
 std::string LastFault() { return std::generic_category().message(errno); }
 
@@ -62,7 +44,7 @@ public:
     PosixNewFile(std::shared_ptr<const Descriptor> folder, std::string name)
         : m_folder(std::move(folder)), m_name(std::move(name)) {}
     ~PosixNewFile() override {
-        if (m_file.IsOpen() && !m_isCommitted) ::unlinkat(m_folder->Get(), m_temporary.c_str(), 0);
+        if (m_file && !m_isCommitted) ::unlinkat(m_folder->Get(), m_temporary.c_str(), 0);
     }
 
     std::string Open() {
@@ -70,7 +52,7 @@ public:
             return ::openat(m_folder->Get(), m_temporary.c_str(),
                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode);
         }));
-        if (!m_file.IsOpen()) return LastFault();
+        if (!m_file) return LastFault();
         return LockTemporary(m_file.Get()) ? "" : "its temporary file was removed";
     }
 
@@ -123,7 +105,7 @@ std::string Descend(std::shared_ptr<const Descriptor>& folder, const std::string
     if (::mkdirat(folder->Get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) return LastFault();
     Descriptor next(
         Retried([&] { return ::openat(folder->Get(), name.c_str(), kFolderFlags | O_NOFOLLOW); }));
-    if (!next.IsOpen()) {
+    if (!next) {
         const bool isLink = errno == ELOOP || errno == ENOTDIR;  // the kernel says either
         return isLink ? "a link or a file stands in the place of a folder" : LastFault();
     }
@@ -144,7 +126,7 @@ SourceFile::~SourceFile() = default;
 std::string SourceFile::Open(const std::string& path) {
     const std::string name = PathUtils::ToSystemPath(path);
     m_state->file = Descriptor(Retried([&] { return ::open(name.c_str(), kReadFlags); }));
-    return m_state->file.IsOpen() ? FaultOfKind(m_state->file, m_state->facts) : LastFault();
+    return m_state->file ? FaultOfKind(m_state->file, m_state->facts) : LastFault();
 }
 
 std::string SourceFile::Read(char* bytes, std::size_t& count) {
@@ -168,7 +150,7 @@ std::string DestinationFolder::Open(const std::string& path) {
     if (!FileSystemUtils::Exists(path)) MakeFolders(name);
     Descriptor root(Retried([&] { return ::open(name.c_str(), kFolderFlags); }));
     m_state->root = std::make_shared<const Descriptor>(std::move(root));
-    return m_state->root->IsOpen() ? std::string() : LastFault();
+    return *m_state->root ? std::string() : LastFault();
 }
 
 std::string DestinationFolder::Create(const std::vector<std::string>& components,
@@ -193,7 +175,7 @@ std::string DestinationFolder::OpenExisting(const std::vector<std::string>& comp
         const int above = i == 0 ? m_state->root->Get() : folder.Get();
         const int flags = (i < last ? kFolderFlags : kReadFlags) | O_NOFOLLOW;
         Descriptor next(Retried([&] { return ::openat(above, components[i].c_str(), flags); }));
-        if (!next.IsOpen()) return LastFault();
+        if (!next) return LastFault();
         folder = std::move(next);
     }
     file.m_state->file = std::move(folder);

@@ -1,22 +1,18 @@
-#include "system/Channel.h"
+#include "system/Listener.h"
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <new>
 #include <optional>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -24,72 +20,16 @@
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
 #include "system/PrivateFile.h"
+#include "system/posix/Descriptor.h"
 #include "system/posix/FileIdentity.h"
+#include "system/posix/StopEvent.h"
 
 namespace quillon::agent {
 
 namespace {
 
 constexpr int kPatienceMs = 5000;
-constexpr useconds_t kPauseUs = 10'000;
 constexpr int kBacklog = 64;
-
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : m_number(number) {}
-    ~Descriptor() {
-        if (m_number >= 0) ::close(m_number);
-    }
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-
-    int Get() const { return m_number; }
-    explicit operator bool() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
-
-/// Ends waits for a descriptor, once and for all.
-class StopEvent {
-public:
-    /// False, with errno, when there is no descriptor for it.
-    bool IsMade() const { return static_cast<bool>(m_event); }
-
-    void Set() {
-        m_isSet = true;
-        const std::uint64_t one = 1;
-        static_cast<void>(!::write(m_event.Get(), &one, sizeof one));
-    }
-
-    /// Waits until the descriptor can be read; false when the event is set. A wait that the system refuses,
-    /// which has no memory for it, begins again: whoever serves must not end for it.
-    bool AwaitInput(int descriptor) const {
-        pollfd both[] = {{m_event.Get(), POLLIN, 0}, {descriptor, POLLIN, 0}};
-        while (::poll(both, 2, -1) < 0) {
-            if (m_isSet) return false;
-            if (errno != EINTR) ::usleep(kPauseUs);
-        }
-        return both[0].revents == 0;
-    }
-
-private:
-    std::atomic<bool> m_isSet{false};
-    Descriptor m_event{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
-};
-
-/// Returns the bytes that came, 0 at the end or when it is stopped, and -1 on failure.
-ssize_t ReadFrom(int descriptor, const StopEvent& stop, char* bytes, std::size_t size) {
-    ssize_t count = -1;
-    do {
-        if (!stop.AwaitInput(descriptor)) return 0;
-        count = ::read(descriptor, bytes, size);
-    } while (count < 0 && (errno == EINTR || errno == EAGAIN));
-    return count;
-}
 
 bool IsOwnAccount(int socket) {
     ucred peer = {};
@@ -106,8 +46,6 @@ void WarnUnlessGone(const char* what) {
     }
 }
 
-std::size_t CountOf(ssize_t read) { return read < 0 ? 0 : static_cast<std::size_t>(read); }
-
 class SocketChannel final : public Channel {
 public:
     /// Takes a client, unless it lacks what it needs to serve one: then the client waits. False with errno.
@@ -120,9 +58,10 @@ public:
     bool IsOfOwnAccount() const { return IsOwnAccount(m_socket.Get()); }
 
     std::size_t Read(char* bytes, std::size_t size) override {
-        const ssize_t count = ReadFrom(m_socket.Get(), m_stop, bytes, size);
-        if (count < 0) WarnUnlessGone("A client is left, as it cannot be read from");
-        return CountOf(count);
+        const ssize_t count = m_stop.Read(m_socket.Get(), bytes, size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        WarnUnlessGone("A client is left, as it cannot be read from");
+        return 0;
     }
 
     bool Write(std::string_view bytes) override {
@@ -283,36 +222,5 @@ std::unique_ptr<Listener> Listen(const std::string& address, std::string& fault)
     fault = code == 0 ? "" : SystemErrorText(code);
     return listener;
 }
-
-struct StandardInput::State {
-    /// With errno. The reason needs memory, which there may be none of.
-    void Fail() {
-        hasFailed = true;
-        try {
-            ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s",
-                                                   SystemErrorText(errno).c_str());
-        } catch (const std::bad_alloc&) {
-        }
-    }
-
-    StopEvent stop;
-    bool hasFailed = false;
-};
-
-StandardInput::StandardInput() : m_state(std::make_unique<State>()) {
-    if (!m_state->stop.IsMade())
-        throw std::runtime_error("Cannot wait for standard input: " + SystemErrorText(errno));
-}
-StandardInput::~StandardInput() = default;
-
-std::size_t StandardInput::Read(char* bytes, std::size_t size) {
-    const ssize_t count = ReadFrom(STDIN_FILENO, m_state->stop, bytes, size);
-    if (count < 0) m_state->Fail();
-    return CountOf(count);
-}
-
-bool StandardInput::HasFailed() const { return m_state->hasFailed; }
-
-void StandardInput::Stop() { m_state->stop.Set(); }
 
 }  // namespace quillon::agent
