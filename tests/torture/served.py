@@ -20,7 +20,7 @@ WARM_UP = 12  # calls until what is made once is made
 LEFT_BEHIND = 60  # blocks that caches may hold more
 
 
-class Broken(Exception):
+class Broken(RuntimeError):
     """Nothing is refused, and yet a call fails."""
 
 

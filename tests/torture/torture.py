@@ -161,6 +161,11 @@ class Table:
             self.faults.append(f"{fault[0]}: {name}: {order}: {fault[1]}")
             print(self.faults[-1], file=sys.stderr, flush=True)
 
+    def give_up(self, error):
+        """Takes a method that fails when nothing is refused."""
+        self.faults.append(f"given up: {error}")
+        print(self.faults[-1], file=sys.stderr, flush=True)
+
     def sums(self, select):
         total = collections.Counter()
         for key, counter in self.runs.items():
@@ -267,7 +272,10 @@ def main():
             runs += [(torture_served, options, each, choose, table) for each in chosen if each.served]
         futures = [pool.submit(*run, Order(options, index, len(runs))) for index, run in enumerate(runs)]
         for future in concurrent.futures.as_completed(futures):
-            future.result()
+            try:
+                future.result()
+            except RuntimeError as error:
+                table.give_up(error)
     table.print()
     return 1 if table.faults else 0
 
