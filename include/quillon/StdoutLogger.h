@@ -7,8 +7,9 @@
 
 namespace quillon {
 
-/// Writes entries to standard output as "LEVEL text", for tools and tests that run without a log file.
-/// It has no lock: entries that several threads write at once may interleave.
+/// Writes entries to standard output as "LEVEL text", for tools and tests that run without a log file. The
+/// text is that of StringUtils::Format, of any length; without memory it may be the format alone. It has no
+/// lock: entries that several threads write at once may interleave.
 class QUILLON_API StdoutLogger : public LoggerBase {
 public:
     /// Starts at Warn.

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,7 @@ namespace quillon::base {
 namespace {
 
 constexpr int kRefused = -1;
+constexpr std::size_t kMostOfNumber = 10'000;  // characters, of a width or precision
 constexpr char kGroups = '\'';  // the flag for the locale's separators, of which the C locale has none
 constexpr std::string_view kKindsOfReals = "aAeEfFgG";
 
@@ -42,6 +44,7 @@ struct Conversion {
     [[nodiscard]] bool HasLengthOfWindows() const {
         return length.find_first_of("Iw") != std::string_view::npos;
     }
+    [[nodiscard]] bool IsText() const { return kind == 's' || kind == 'S'; }
     [[nodiscard]] bool IsReal() const { return kKindsOfReals.find(kind) != std::string_view::npos; }
     /// Whether a C runtime may follow it: without taking more memory than the result needs, without asking
     /// the locale, and without another conversion behind a number of an argument ("%1$n").
@@ -97,7 +100,7 @@ std::size_t StartOfDigits(std::string_view number) {
 }
 
 /// Replaces what stands behind the first digits of a real number and is neither digit nor letter.
-void SetPoint(std::string& number) {
+void SetPoint(std::pmr::string& number) {
     const auto isDigitOrLetter = [](char c) { return IsDigit(c) || IsLetter(c); };
     auto point = number.begin() + static_cast<std::ptrdiff_t>(StartOfDigits(number));
     point = std::find_if_not(point, number.end(), isDigitOrLetter);
@@ -113,12 +116,24 @@ bool IsPlain(const char* format, long long most) {
     return true;
 }
 
+/// What a number is written in: one of the usual length takes no memory.
+class NumberMemory : public std::pmr::monotonic_buffer_resource {
+public:
+    NumberMemory() : monotonic_buffer_resource(m_usual, sizeof m_usual) {}
+
+private:
+    char m_usual[512];
+};
+
 /// Formats one piece after the other, and counts what does not fit.
 class Formatter {
 public:
     /// The arguments are consumed; the caller ends them.
     Formatter(char* buffer, std::size_t size, std::va_list& arguments)
-        : m_buffer(buffer), m_size(size), m_arguments(arguments) {}
+        : m_buffer(buffer), m_size(size), m_most(size), m_arguments(arguments) {}
+    /// Writes to a stream, which everything fits into.
+    Formatter(std::FILE* stream, std::va_list& arguments)
+        : m_stream(stream), m_most(INT32_MAX), m_arguments(arguments) {}
 
     int Follow(const char* format) {
         for (;;) {
@@ -183,7 +198,11 @@ private:
     }
 
     void Put(std::string_view text) {
-        if (m_length < m_size) text.copy(m_buffer + m_length, m_size - m_length);
+        if (m_stream != nullptr) {
+            std::fwrite(text.data(), 1, text.size(), m_stream);
+        } else if (m_length < m_size) {
+            text.copy(m_buffer + m_length, m_size - m_length);
+        }
         m_length += text.size();
     }
 
@@ -201,9 +220,10 @@ private:
             const int precision = va_arg(m_arguments, int);
             if (precision >= 0) conversion.precision = precision;
         }
-        if (conversion.width) conversion.width = std::min(*conversion.width, static_cast<long long>(m_size));
-        if (conversion.precision)
-            conversion.precision = std::min(*conversion.precision, static_cast<long long>(m_size));
+        const auto most =
+            static_cast<long long>(conversion.IsText() ? m_most : std::min(m_most, kMostOfNumber));
+        if (conversion.width) conversion.width = std::min(*conversion.width, most);
+        if (conversion.precision) conversion.precision = std::min(*conversion.precision, most);
         return Dispatch(conversion);
     }
 
@@ -239,8 +259,9 @@ private:
 
     /// A number as the runtime writes it, by a format with what was cut.
     template <class Value>
-    std::optional<std::string> TextOf(const Conversion& conversion, const char* length, Value value) {
-        std::string format = "%";
+    static std::optional<std::pmr::string> TextOf(const Conversion& conversion, const char* length,
+                                                  Value value, NumberMemory& memory) {
+        std::pmr::string format("%", &memory);
         std::remove_copy(conversion.flags.begin(), conversion.flags.end(), std::back_inserter(format),
                          kGroups);
         if (conversion.isLeft) format += '-';
@@ -249,7 +270,7 @@ private:
         format += length;
         format += conversion.kind;
         constexpr std::size_t kUsualSize = 64;
-        std::string text(kUsualSize, '\0');
+        std::pmr::string text(kUsualSize, '\0', &memory);
         int count = std::snprintf(text.data(), text.size(), format.c_str(), value);
         if (count < 0) return std::nullopt;
         const auto size = static_cast<std::size_t>(count);
@@ -263,7 +284,8 @@ private:
 
     template <class Value>
     bool PutWith(const Conversion& conversion, const char* length, Value value) {
-        const auto text = TextOf(conversion, length, value);
+        NumberMemory memory;
+        const auto text = TextOf(conversion, length, value, memory);
         if (text) Put(*text);
         return text.has_value();
     }
@@ -273,7 +295,8 @@ private:
     template <class Real>
     bool PutReal(Conversion conversion, const char* length, Real value) {
         const auto width = static_cast<std::size_t>(std::exchange(conversion.width, {}).value_or(0));
-        auto text = TextOf(conversion, length, value);
+        NumberMemory memory;
+        auto text = TextOf(conversion, length, value, memory);
         if (!text) return false;
         SetPoint(*text);
         const bool hasZeros = conversion.flags.find('0') != std::string_view::npos && !conversion.isLeft;
@@ -342,8 +365,10 @@ private:
         if (conversion.isLeft) Pad(padding);
     }
 
-    char* m_buffer;
-    std::size_t m_size;
+    std::FILE* const m_stream = nullptr;
+    char* const m_buffer = nullptr;
+    const std::size_t m_size = 0;
+    const std::size_t m_most;  ///< of a width or precision
     std::va_list& m_arguments;
     std::size_t m_length = 0;
 };
@@ -362,6 +387,25 @@ int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_li
     const int length = Formatter(buffer, size, copy).Follow(format);
     va_end(copy);
     return length;
+}
+
+bool FormatTo(std::FILE* stream, const char* format, std::va_list arguments) {
+    char usual[kMostOfNumber];
+    std::va_list copy;
+    va_copy(copy, arguments);
+    const int length = FormatBounded(usual, sizeof usual, format, copy);
+    va_end(copy);
+    if (length < 0) return false;
+    if (static_cast<std::size_t>(length) < sizeof usual) {
+        std::fwrite(usual, 1, static_cast<std::size_t>(length), stream);
+    } else if (IsPlain(format, kMostOfNumber)) {
+        std::vfprintf(stream, format, arguments);
+    } else {
+        va_copy(copy, arguments);
+        Formatter(stream, copy).Follow(format);
+        va_end(copy);
+    }
+    return true;
 }
 
 }  // namespace quillon::base

@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <cstdio>
 
 namespace quillon::base {
 
@@ -12,5 +13,9 @@ namespace quillon::base {
 /// become UTF-8, an unpaired surrogate U+FFFD. The process's locale counts for nothing: a real number has a
 /// point, and no number has separators. A null format is an empty one.
 int FormatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments);
+
+/// Does the same to a stream, which takes the whole text. Only a wide text and an unusually long number take
+/// memory. Returns false and writes nothing when the format cannot be followed.
+bool FormatTo(std::FILE* stream, const char* format, std::va_list arguments);
 
 }  // namespace quillon::base

@@ -1,6 +1,9 @@
 #include "quillon/StdoutLogger.h"
 
 #include <cstdio>
+#include <new>
+
+#include "base/PrintfFormat.h"
 
 namespace quillon {
 
@@ -11,6 +14,16 @@ const char* Prefix(ICLogger::Level level) {
     return kPrefixes[level];
 }
 
+void WriteText(const char* format, std::va_list arguments) {
+    try {
+        if (base::FormatTo(stdout, format, arguments)) return;
+        std::fputs("Invalid Log format: ", stdout);
+        std::fputs(format, stdout);
+    } catch (const std::bad_alloc&) {
+        std::fputs(format, stdout);  // it still tells which entry it is
+    }
+}
+
 }  // namespace
 
 StdoutLogger::StdoutLogger() : LoggerBase(Level::Warn) {}
@@ -18,7 +31,7 @@ StdoutLogger::~StdoutLogger() = default;
 
 void StdoutLogger::Write(Level level, const char* format, std::va_list arguments) {
     std::fputs(Prefix(level), stdout);
-    std::vprintf(format, arguments);
+    WriteText(format, arguments);
     std::fputc('\n', stdout);
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/OwnFigures.h"
 #include "quillon/CLogger.h"
+#include "quillon/StdoutLogger.h"
 #include "support/ChildMain.h"
 #include "support/LogLines.h"
 #include "support/System.h"
@@ -80,6 +81,20 @@ TEST_F(CLoggerMemoryTest, WhatAHostHasTakenAwayIsClosedAndComesBackAsNew) {
     EXPECT_THAT(EntriesOf(dir.Read("log")), testing::ElementsAre("INFO  - before"));
     EXPECT_THAT(EntriesOf(dir.Read("other")), testing::ElementsAre("INFO  - after"));
     EXPECT_THAT(EntriesOf(child.out), testing::ElementsAre("INFO  - before"));
+}
+
+TEST(StdoutLoggerMemory, WithoutMemoryNoLineIsLost) {
+    if (kSanitized) GTEST_SKIP() << "memory is the sanitizer's";
+    StdoutLogger logger;
+    const std::string longText(20'000, 'y');
+    const std::wstring wide(100, L'w');
+    testing::internal::CaptureStdout();
+    TheRefusedCalls() = {RefusedCalls::Memory, 0, 1'000};
+    logger.Warn("%s|%5.1f|%*d", longText.c_str(), 1.5, 40, 7);
+    logger.Warn("of %ls", wide.c_str());
+    TheRefusedCalls() = {};
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "WARN " + longText + "|  1.5|" + std::string(39, ' ') + "7\nWARN of %ls\n");
 }
 
 }  // namespace quillon::test
