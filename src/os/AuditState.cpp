@@ -17,6 +17,16 @@ AuditState& AuditState::Get() {
     return state;
 }
 
+bool AuditState::SetBits(const GUID& subcategory, std::uint32_t bits) const {
+    const platform::AuditPolicyRecord record{subcategory, bits, subcategory};
+    return AuditSetSystemPolicy(&record, 1) != 0;
+}
+
+bool AuditState::RestoreBits(const GUID& subcategory, std::uint32_t bits) const {
+    bits &= platform::kAuditBoth;
+    return SetBits(subcategory, platform::kAuditNone) && (bits == 0 || SetBits(subcategory, bits));
+}
+
 void AuditState::ForgetFunctions() {
     const std::lock_guard lock(m_auditSync);
     m_isInitialized = m_isAvailable = false;

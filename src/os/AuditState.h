@@ -41,6 +41,11 @@ struct AuditState {
     /// Collects the entries of the operation that holds the lock; null while nobody does.
     DeferredLog* log = nullptr;
 
+    /// Sets bits of a sub-category; false on failure, see LastError().
+    bool SetBits(const GUID& subcategory, std::uint32_t bits) const;
+    /// Sets the bits that there were before; the system adds bits to those that are set.
+    bool RestoreBits(const GUID& subcategory, std::uint32_t bits) const;
+
     /// Never destroyed: a callback may come while the process ends.
     static AuditState& Get();
     /// Lets a test bind the functions anew, while nothing is held.

@@ -28,16 +28,11 @@ std::string BindFunctions(AuditState& state) {
 
 bool IncludesBoth(unsigned long bits) { return (bits & kAuditBoth) == kAuditBoth; }
 
-bool SetBits(const GUID& subcategory, std::uint32_t bits) {
-    const platform::AuditPolicyRecord record{subcategory, bits, subcategory};
-    return AuditState::Get().AuditSetSystemPolicy(&record, 1) != 0;
-}
-
 /// Switches auditing off again; the caller knows that the proxy has switched it on.
 bool ClearBits(const UniqueIdentifier& subcategory, ICLogger& log) {
     const SecurityPrivilegeScope scope(log);
     if (!scope.IsActive()) return false;
-    if (SetBits(subcategory.ToMsGuid(), platform::kAuditNone)) {
+    if (AuditState::Get().SetBits(subcategory.ToMsGuid(), platform::kAuditNone)) {
         log.Debug("Disabled success + failure auditing on audit sub-category '%s'",
                   subcategory.ToString().c_str());
         return true;
@@ -108,7 +103,7 @@ bool SystemAuditProxy::EnableAuditLogSubCategory(const UniqueIdentifier& subcate
         if (wasEmpty) StartMonitoringAuditPolicyChanges();
     } catch (...) {  // no memory: the caller has no holder that would release it
         held.erase(subcategory);
-        if (isNew) SetBits(guid, bitsBefore);
+        if (isNew) AuditState::Get().RestoreBits(guid, bitsBefore);
         throw;
     }
     return true;
@@ -150,7 +145,7 @@ bool SystemAuditProxy::GetAuditPolicyState(const GUID& subcategory, unsigned lon
 
 bool SystemAuditProxy::SetAuditPolicyState(const GUID& subcategory, const unsigned long& state,
                                            ICLogger* logger) {
-    if (SetBits(subcategory, static_cast<std::uint32_t>(state))) {
+    if (AuditState::Get().SetBits(subcategory, static_cast<std::uint32_t>(state))) {
         logger->Debug("Enabled success + failure auditing on audit sub-category '%s'",
                       GUIDToString(subcategory).c_str());
         return true;

@@ -30,9 +30,7 @@ void SystemAuditProxy::RestoreAuditPolicy() {
             held->second.enabledByProxy = true;
             continue;
         }
-        const std::uint32_t bits = entry.bitsBefore != 0 ? entry.bitsBefore : platform::kAuditNone;
-        const platform::AuditPolicyRecord record{entry.id.ToMsGuid(), bits, entry.id.ToMsGuid()};
-        if (state.AuditSetSystemPolicy(&record, 1) != 0) {
+        if (state.RestoreBits(entry.id.ToMsGuid(), entry.bitsBefore)) {
             state.log->Info("Restored audit sub-category '%s', which a former run had left switched on",
                             entry.id.ToString().c_str());
         } else {

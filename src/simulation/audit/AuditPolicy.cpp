@@ -89,6 +89,12 @@ void AuditPolicy::SetState(const GUID& subcategory, std::uint32_t bits) {
     NotifyChange();
 }
 
+void AuditPolicy::AddBits(const GUID& subcategory, std::uint32_t bits) {
+    if (bits == 0) return;
+    const bool isNew = (bits & platform::kAuditNone) != 0;
+    SetState(subcategory, isNew ? bits : State(subcategory) | bits);
+}
+
 void AuditPolicy::Mute(bool isMuted) {
     const std::lock_guard lock(m_mutex);
     m_isMuted = isMuted;
@@ -142,7 +148,7 @@ unsigned char AuditPolicy::Query(const GUID* subcategories, std::uint32_t count,
 unsigned char AuditPolicy::Set(const platform::AuditPolicyRecord* policy, std::uint32_t count) {
     AuditPolicy& machine = Machine();
     if (!machine.May("AuditSetSystemPolicy")) return 0;
-    for (std::uint32_t i = 0; i < count; ++i) machine.SetState(policy[i].subcategory, policy[i].auditing);
+    for (std::uint32_t i = 0; i < count; ++i) machine.AddBits(policy[i].subcategory, policy[i].auditing);
     if (machine.m_afterSet) machine.m_afterSet();
     return 1;
 }

@@ -54,6 +54,9 @@ private:
     static unsigned char Set(const platform::AuditPolicyRecord* policy, std::uint32_t count);
     static void Free(void* policy);
 
+    /// As a caller sets them: bits are added, or take the place of those before together with "none"; 0
+    /// changes nothing.
+    void AddBits(const GUID& subcategory, std::uint32_t bits);
     std::uint32_t CodeOf(const char* call);
     bool May(const char* call);
     HANDLE OpenToken(const char* call);

@@ -202,9 +202,11 @@ TEST_F(SystemAuditProxyTest, WithoutMemoryToEnableNothingIsHeldOrSwitchedOn) {
     auto calls = policy.Calls();
     calls.makeEvent = []() -> HANDLE { throw std::bad_alloc(); };
     platform::ReplaceAuditCalls(calls);
-    SetState(1);
-    EXPECT_THROW(Enable(), std::bad_alloc);
-    EXPECT_EQ(State(), 1u);
+    for (const std::uint32_t bits : {0u, 1u}) {
+        SetState(bits);
+        EXPECT_THROW(Enable(), std::bad_alloc);
+        EXPECT_EQ(State(), bits);
+    }
     platform::ReplaceAuditCalls(policy.Calls());
     EXPECT_TRUE(Enable());
     EXPECT_EQ(State(), 3u);
