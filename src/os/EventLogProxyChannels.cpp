@@ -5,6 +5,7 @@
 #include "os/EventLogState.h"
 #include "os/HolderCount.h"
 #include "platform/Handle.h"
+#include "quillon/DestructorFunctor.h"
 #include "quillon/EventLogProxy.h"
 #include "quillon/LogText.h"
 #include "quillon/StringUtils.h"
@@ -25,10 +26,21 @@ using ChannelConfig = platform::Handle<ConfigTraits>;
 
 const platform::EvtFunctions& Functions() { return EventLogState::Get().functions; }
 
-std::string Name(const wchar_t* channel) { return channel == nullptr ? "" : base::ToUtf8(channel); }
+/// A channel by its texts, which are made before the system is called: without memory nothing must be
+/// switched on that has no holder.
+struct Channel {
+    explicit Channel(const wchar_t* its)
+        : path(its),
+          name(its == nullptr ? "" : base::ToUtf8(its)),
+          key(StringUtils::ToUppercase(name)),
+          shown(LogText::OneLine(name)) {}
 
-ChannelConfig OpenConfig(const wchar_t* channel) {
-    return ChannelConfig(Functions().openChannelConfig(nullptr, channel, 0));
+    const wchar_t* const path;
+    const std::string name, key, shown;
+};
+
+ChannelConfig OpenConfig(const Channel& channel) {
+    return ChannelConfig(Functions().openChannelConfig(nullptr, channel.path, 0));
 }
 
 /// Returns whether the channel is enabled; nothing when the system does not say.
@@ -55,7 +67,7 @@ bool SaveEnabled(const ChannelConfig& config, bool isEnabled) {
 /// whether this call has done it. The caller holds the channel lock over the calls of the system, so that
 /// another thread cannot disable the channel between them, and `log` keeps the entries until the lock is
 /// released.
-bool SwitchOn(const wchar_t* channel, bool& switchedOn, ICLogger& log) {
+bool SwitchOn(const Channel& channel, bool& switchedOn, ICLogger& log) {
     const ChannelConfig config = OpenConfig(channel);
     if (!config) return false;
     const auto isEnabled = IsEnabled(config);
@@ -63,50 +75,47 @@ bool SwitchOn(const wchar_t* channel, bool& switchedOn, ICLogger& log) {
     if (*isEnabled) return true;
     switchedOn = SaveEnabled(config, true);
     if (switchedOn) {
-        log.Debug("Enabled Windows Event Log channel '%s' for subscriptions",
-                  LogText::OneLine(Name(channel)).c_str());
+        log.Debug("Enabled Windows Event Log channel '%s' for subscriptions", channel.shown.c_str());
     } else {
         log.Debug(
             "Failed to enable Windows Event Log channel '%s' - subscriptions to this channel will not be "
             "possible",
-            LogText::OneLine(Name(channel)).c_str());
+            channel.shown.c_str());
     }
     return switchedOn;
 }
 
-void SwitchOff(const wchar_t* channel, ICLogger& log) {
+void SwitchOff(const Channel& channel, ICLogger& log) {
     const ChannelConfig config = OpenConfig(channel);
     if (!config) return;
     if (SaveEnabled(config, false)) {
-        log.Debug("Disabled Windows Event Log channel '%s' for subscriptions",
-                  LogText::OneLine(Name(channel)).c_str());
+        log.Debug("Disabled Windows Event Log channel '%s' for subscriptions", channel.shown.c_str());
     } else {
         log.Warn(
             "Failed to disable Windows Event Log channel '%s' - this channel should be disabled manually",
-            LogText::OneLine(Name(channel)).c_str());
+            channel.shown.c_str());
     }
 }
 
-bool AddChannelHolder(const wchar_t* channel, ICLogger& log) {
+bool AddChannelHolder(const Channel& channel, ICLogger& log) {
     EventLogState& state = EventLogState::Get();
-    const std::string key = StringUtils::ToUppercase(Name(channel));
     const std::lock_guard lock(state.channelLock);
-    if (const auto found = state.channels.find(key); found != state.channels.end())
-        return AddHolder(found->second);
+    const auto [entry, isNew] = state.channels.try_emplace(channel.key, 1);
+    if (!isNew) return AddHolder(entry->second);
     bool switchedOn = false;
-    const bool isEnabled = SwitchOn(channel, switchedOn, log);
-    if (switchedOn) state.channels[key] = 1;
-    return isEnabled;
+    const DestructorFunctor forget([&, place = entry] {
+        if (!switchedOn) state.channels.erase(place);
+    });
+    return SwitchOn(channel, switchedOn, log);
 }
 
-void RemoveChannelHolder(const wchar_t* channel, ICLogger& log) {
+void RemoveChannelHolder(const Channel& channel, ICLogger& log) {
     EventLogState& state = EventLogState::Get();
-    const std::string key = StringUtils::ToUppercase(Name(channel));
     const std::lock_guard lock(state.channelLock);
-    const auto found = state.channels.find(key);
+    const auto found = state.channels.find(channel.key);
     if (found == state.channels.end() || --found->second > 0) return;
+    const DestructorFunctor forget([&] { state.channels.erase(found); });
     SwitchOff(channel, log);
-    state.channels.erase(found);
 }
 
 }  // namespace
@@ -114,7 +123,7 @@ void RemoveChannelHolder(const wchar_t* channel, ICLogger& log) {
 bool EventLogProxy::EnableChannelIfRequired(const wchar_t* channel) {
     if (!IsAvailable()) return false;
     DeferredLog log;
-    const bool isEnabled = AddChannelHolder(channel, log);
+    const bool isEnabled = AddChannelHolder(Channel(channel), log);
     log.WriteTo(detail::RegisteredLoggerIfAny());
     return isEnabled;
 }
@@ -122,7 +131,7 @@ bool EventLogProxy::EnableChannelIfRequired(const wchar_t* channel) {
 void EventLogProxy::DisableChannelIfRequired(const wchar_t* channel) {
     if (!IsAvailable()) return;
     DeferredLog log;
-    RemoveChannelHolder(channel, log);
+    RemoveChannelHolder(Channel(channel), log);
     log.WriteTo(detail::RegisteredLoggerIfAny());
 }
 
