@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "quillon/StringUtils.h"
+#include "logging/EntryText.h"
 
 namespace quillon {
 
@@ -17,7 +17,7 @@ ICLogger::Level CallbackLogger::SetLevel(Level level) {
 }
 
 void CallbackLogger::Write(Level level, const char* format, std::va_list arguments) {
-    m_callback(level, StringUtils::Format(format, arguments));
+    if (const auto text = EntryText(format, arguments)) m_callback(level, *text);
 }
 
 }  // namespace quillon

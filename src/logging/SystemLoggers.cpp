@@ -1,6 +1,7 @@
 #include "quillon/SystemLoggers.h"
 
 #include <cstdint>
+#include <new>
 #include <utility>
 
 #include "base/OwnFigures.h"
@@ -32,6 +33,16 @@ platform::EventKind KindOf(ICLogger::Level level) {
     return level == ICLogger::Level::Warn ? platform::EventKind::Warning : platform::EventKind::Information;
 }
 
+/// Hands an entry over to the system; one that is not taken, or that there is no memory for, is lost.
+template <class Take>
+void HandOver(const Take& take) noexcept {
+    try {
+        if (take()) return;
+    } catch (const std::bad_alloc&) {
+    }
+    base::CountDroppedLogLine();
+}
+
 }  // namespace
 
 JournalLogger::JournalLogger(std::string identifier, std::string socket)
@@ -39,20 +50,23 @@ JournalLogger::JournalLogger(std::string identifier, std::string socket)
 JournalLogger::~JournalLogger() = default;
 
 void JournalLogger::Write(Level level, const char* format, std::va_list arguments) {
-    std::string datagram;
-    AddField(datagram, "MESSAGE", StringUtils::Format(format, arguments));
-    AddField(datagram, "PRIORITY", PriorityOf(level));
-    AddField(datagram, "SYSLOG_IDENTIFIER", m_identifier);
-    AddField(datagram, "TID", std::to_string(platform::CurrentThreadId()));
-    if (!platform::SendToJournal(m_socket, datagram)) base::CountDroppedLogLine();
+    HandOver([&] {
+        std::string datagram;
+        AddField(datagram, "MESSAGE", StringUtils::Format(format, arguments));
+        AddField(datagram, "PRIORITY", PriorityOf(level));
+        AddField(datagram, "SYSLOG_IDENTIFIER", m_identifier);
+        AddField(datagram, "TID", std::to_string(platform::CurrentThreadId()));
+        return platform::SendToJournal(m_socket, datagram);
+    });
 }
 
 EventLogLogger::EventLogLogger(std::string source) : m_source(std::move(source)) {}
 EventLogLogger::~EventLogLogger() = default;
 
 void EventLogLogger::Write(Level level, const char* format, std::va_list arguments) {
-    if (!platform::ReportEntry(m_source, KindOf(level), StringUtils::Format(format, arguments)))
-        base::CountDroppedLogLine();
+    HandOver([&] {
+        return platform::ReportEntry(m_source, KindOf(level), StringUtils::Format(format, arguments));
+    });
 }
 
 }  // namespace quillon

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "quillon/StringUtils.h"
+#include "logging/EntryText.h"
 #include "quillon/detail/EntryOperation.h"
 
 namespace quillon {
@@ -21,11 +21,12 @@ const std::string& TeeLogger::GetPath() const {
 }
 
 void TeeLogger::Write(Level level, const char* format, std::va_list arguments) {
-    const std::string text = StringUtils::Format(format, arguments);
+    const auto text = EntryText(format, arguments);
+    if (!text) return;
     std::exception_ptr failure;
     for (ICLogger* const logger : m_loggers) {
         try {
-            (logger->*detail::OperationOf(level))("%s", text.c_str());
+            (logger->*detail::OperationOf(level))("%s", text->c_str());
         } catch (...) {
             if (failure == nullptr) failure = std::current_exception();
         }

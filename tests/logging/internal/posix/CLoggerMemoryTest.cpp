@@ -7,6 +7,8 @@
 #include "base/OwnFigures.h"
 #include "quillon/CLogger.h"
 #include "quillon/StdoutLogger.h"
+#include "quillon/SystemLoggers.h"
+#include "quillon/TeeLogger.h"
 #include "support/ChildMain.h"
 #include "support/LogLines.h"
 #include "support/System.h"
@@ -95,6 +97,22 @@ TEST(StdoutLoggerMemory, WithoutMemoryNoLineIsLost) {
     TheRefusedCalls() = {};
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "WARN " + longText + "|  1.5|" + std::string(39, ' ') + "7\nWARN of %ls\n");
+}
+
+TEST(LoggersMemory, WithoutMemoryEntriesAreLostAndCounted) {
+    if (kSanitized) GTEST_SKIP() << "memory is the sanitizer's";
+    ICLogger* const callback = CLogger::SetLoggingCallback([](Level, const std::string&) {});
+    StdoutLogger other;
+    TeeLogger tee({&other});
+    JournalLogger journal("agent");
+    EventLogLogger eventLog("agent");
+    const std::uint64_t before = base::DroppedLogLines();
+    TheRefusedCalls() = {RefusedCalls::Memory, 0, 1'000};
+    for (ICLogger* const log : std::initializer_list<ICLogger*>{callback, &tee, &journal, &eventLog})
+        log->Error("%s", "an entry that takes memory");
+    TheRefusedCalls() = {};
+    EXPECT_EQ(base::DroppedLogLines() - before, 4u);
+    CLogger::ReleaseInstance();
 }
 
 }  // namespace quillon::test
