@@ -82,6 +82,9 @@ TEST(CertificateApi, HostileNamesHaveNoText) {
         EXPECT_EQ(TextOf(name).size(), limit.size() + 3);  // what fits
         EXPECT_TRUE(TextOf(name).starts_with("CN="));
     }
+    const std::string wide = limit.substr(1) + "\xF0\x9F\x98\x80";  // two units, of which one fits
+    EXPECT_EQ(TextOf(Element(kSequence, Element(kSet, CommonName(kUtf8, wide)) + set)),
+              "CN=" + limit.substr(1));
     const std::string names[] = {"",
                                  NameOf(CommonName(kUtf8, "\xFF")),
                                  NameOf(CommonName(kBmp, "odd")),

@@ -173,6 +173,9 @@ std::optional<std::wstring> CertificateNameText(const CRYPTOAPI_BLOB& name) {
         const auto part = TakeContent(*parts, V_ASN1_SET);
         if (!part || !AppendPart(*part, text)) return std::nullopt;
     }
+    constexpr wchar_t kFirstHighSurrogate = 0xD800, kLastHighSurrogate = 0xDBFF;
+    if (!text.empty() && text.back() >= kFirstHighSurrogate && text.back() <= kLastHighSurrogate)
+        text.pop_back();  // where it was cut
     return text;
 }
 
