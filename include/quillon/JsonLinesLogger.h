@@ -12,7 +12,7 @@ namespace quillon {
 /// Writes entries to a rolling file (5,242,880 bytes, 5 backups) as one JSON object a line, with the keys
 /// "time" (ISO 8601, UTC), "level", "thread" (the system's number) and "message". A new file begins with
 /// the entries that identify the agent. What CLogger says of its file holds for this one; an entry that is
-/// lost is counted, and never fails its caller.
+/// lost is counted, and never fails its caller. Trouble with the file is told once on standard error.
 class QUILLON_API JsonLinesLogger : public LoggerBase {
 public:
     /// Starts at Info, without a file: entries are dropped until there is one.

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <mutex>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "logging/RollOverBanner.h"
 #include "logging/RollingFile.h"
 #include "platform/ProcessStagesApi.h"
+#include "platform/StandardStreamApi.h"
 #include "platform/ThreadApi.h"
 #include "quillon/DataTable.h"
 #include "quillon/DataTableIO.h"
@@ -51,6 +53,11 @@ std::string NoteOf(std::uint64_t count, const char* what, Clock::time_point firs
     const std::string text =
         std::to_string(count) + ' ' + what + " between " + TextOf(first) + " and " + TextOf(last);
     return LineOf(ICLogger::Level::Warn, text, Clock::now());
+}
+
+void Complain(const std::string& text) {
+    if (platform::TakesText(platform::StandardStream::Error))
+        std::fputs(("JsonLinesLogger: " + text + '\n').c_str(), stderr);
 }
 
 }  // namespace
@@ -95,7 +102,7 @@ void JsonLinesLogger::SetPath(const std::string& path) {
     PrepareRollOverBanner();
     // The report goes to this logger alone: another one could wait for a thread that writes here.
     const auto report = [this] { LoggerUtils::LogCopyright(kTitle, this, false); };
-    auto file = std::make_shared<RollingFile>(path, RollingFile::Hooks{report, {}, &NoteOf});
+    auto file = std::make_shared<RollingFile>(path, RollingFile::Hooks{report, &Complain, &NoteOf});
     const std::lock_guard lock(TheJsonMutex());
     m_impl->file.swap(file);
     m_impl->hasFile = true;

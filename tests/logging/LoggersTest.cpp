@@ -62,6 +62,16 @@ TEST_F(LoggersTest, JsonLinesAreObjectsAndRollOver) {
     EXPECT_THAT(lines.back(), testing::HasSubstr(R"("level":"WARN")"));
 }
 
+TEST_F(LoggersTest, AJsonFileThatCannotBeOpenedIsToldOnce) {
+    testing::internal::CaptureStderr();
+    JsonLinesLogger log;
+    log.InitializeLogging(dir.Path().c_str(), Level::Info);
+    log.Info("lost");
+    const auto told = LinesOf(testing::internal::GetCapturedStderr());
+    EXPECT_THAT(told, ElementsAre(testing::StartsWith("JsonLinesLogger: Unable to open file: " + dir.Path() +
+                                                      ": (")));
+}
+
 TEST_F(LoggersTest, TeePassesToAllWhateverOneDoes) {
     RecordingLogger first, second;
     ThrowingLogger throwing;
