@@ -77,13 +77,15 @@ void SystemAuditProxy::ReaffirmAuditPolicy() {
         if ((bits & platform::kAuditBoth) == platform::kAuditBoth) continue;
         state.log->Debug("%s Reapplying success + failure audit policy for subcategory %s", kIndent,
                          id.ToString().c_str());
-        if (!reference.enabledByProxy) reference.bitsBefore = static_cast<std::uint32_t>(bits);
-        reference.enabledByProxy = true;
+        if (!reference.enabledByProxy) {
+            reference.bitsBefore = static_cast<std::uint32_t>(bits);
+            reference.enabledByProxy = true;
+            WriteRecord();  // before, as when it is enabled
+        }
         SetAuditPolicyState(id.ToMsGuid(), platform::kAuditBoth, state.log);
         ++reapplied;
     }
     if (reapplied > 0) {
-        WriteRecord();
         state.log->Info(
             "Re-applied success + failure auditing on %d subcategories (which had been disabled by local or "
             "group policy refresh)",

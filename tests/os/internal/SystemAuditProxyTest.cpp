@@ -367,4 +367,21 @@ TEST_F(SystemAuditProxyTest, WhatAKilledProcessLeftOnIsSwitchedOffByAHolderThatC
     EXPECT_FALSE(dir.Exists("record")) << "what could be switched off at last is no more to be restored";
 }
 
+TEST_F(SystemAuditProxyTest, WhatARefreshHasSwitchedOffIsWrittenDownBeforeItIsSwitchedOn) {
+    const TempDir dir;
+    SystemAuditProxy::KeepRecordIn(dir.Path("record"));
+    SetState(3);
+    ASSERT_TRUE(Enable());
+    EXPECT_FALSE(dir.Exists("record"));
+    SetState(1);
+    std::string atSetting;
+    policy.AfterSet([&] { atSetting = dir.Exists("record") ? dir.Read("record") : "none"; });
+    Notify();
+    policy.AfterSet(nullptr);
+    EXPECT_EQ(atSetting, kId + " 1\n");
+    EXPECT_EQ(State(), 3u);
+    Disable();
+    EXPECT_FALSE(dir.Exists("record"));
+}
+
 }  // namespace quillon::test
