@@ -1,6 +1,8 @@
 #include "os/EventRenderer.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <span>
 
 #include "base/CivilTime.h"
@@ -47,10 +49,13 @@ bool IsUnresolvedInsert(std::uint32_t code) {
 
 std::uint32_t SmallNumber(const EvtVariant& value) { return static_cast<std::uint32_t>(Number(value)); }
 
+/// A time past the end of the system's clock, which a saved log may hold, is that end.
 TimePoint Time(const EvtVariant& value) {
+    constexpr std::uint64_t kEnd = std::numeric_limits<std::int64_t>::max();
     constexpr std::int64_t kBefore1970 =
         -base::DaysFromCivil(1601, 1, 1) * base::kSecondsPerDay * base::kTicksPerSecond;
-    return TimePoint(TimePoint::duration(static_cast<std::int64_t>(Number(value)) - kBefore1970));
+    return TimePoint(
+        TimePoint::duration(static_cast<std::int64_t>(std::min(Number(value), kEnd)) - kBefore1970));
 }
 
 }  // namespace
