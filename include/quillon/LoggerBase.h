@@ -18,8 +18,8 @@ namespace quillon {
 /// @code
 /// class CerrLogger final : public quillon::LoggerBase {
 ///     void Write(Level, const char* format, std::va_list arguments) override {
-///         std::vfprintf(stderr, format, arguments);
-///         std::fputc('\n', stderr);
+///         const std::string text = quillon::StringUtils::Format(format, arguments);
+///         std::cerr << text << '\n';
 ///     }
 /// };
 /// @endcode
