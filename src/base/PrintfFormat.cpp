@@ -40,7 +40,8 @@ struct Conversion {
         return kind == 'S' || kind == 'C' ||
                ((length == "l" || length == "w") && (kind == 's' || kind == 'c'));
     }
-    /// "I64", "I32" and "w", which other runtimes take for something else: the arguments behind would shift.
+    /// "I", "I64", "I32" and "w", which other runtimes take for something else: the arguments behind would
+    /// shift.
     [[nodiscard]] bool HasLengthOfWindows() const {
         return length.find_first_of("Iw") != std::string_view::npos;
     }
@@ -84,8 +85,10 @@ Conversion TakeConversion(const char*& at) {
             conversion.takesPrecision ? std::nullopt : std::optional(TakeNumber(at).value_or(0));
     }
     const std::string_view rest = at;
-    const bool isWindowsLength = rest.starts_with("I64") || rest.starts_with("I32");
-    conversion.length = isWindowsLength ? rest.substr(0, 3) : rest.substr(0, std::strspn(at, "hljztLqw"));
+    const bool hasBits = rest.starts_with("I64") || rest.starts_with("I32");
+    conversion.length = hasBits                 ? rest.substr(0, 3)
+                        : rest.starts_with("I") ? rest.substr(0, 1)
+                                                : rest.substr(0, std::strspn(at, "hljztLqw"));
     at += conversion.length.size();
     conversion.kind = *at;
     if (*at != '\0') ++at;
@@ -322,7 +325,7 @@ private:
     template <class LongLong, class Long, class Int>
     LongLong TakeInteger(std::string_view length) {
         const bool is64 = length == "ll" || length == "j" || length == "z" || length == "t" ||
-                          length == "q" || length == "I64" || length == "L";
+                          length == "q" || length == "I64" || length == "I" || length == "L";
         if (is64) return va_arg(m_arguments, LongLong);
         if (length == "l") return va_arg(m_arguments, Long);
         return va_arg(m_arguments, Int);

@@ -71,6 +71,8 @@ TEST(PrintfFormat, FollowsLengthsOfWindowsOnEverySystem) {
     EXPECT_EQ(Format("%I64d|%5I64u|%I64x|%s", LLONG_MIN, 7ULL, ULLONG_MAX, "end"),
               (Formatted{47, "-9223372036854775808|    7|ffffffffffffffff|end"}));
     EXPECT_EQ(Format("%I32d|%-4I32x|%s", -1, 255U, "end"), (Formatted{11, "-1|ff  |end"}));
+    EXPECT_EQ(Format("%Iu|%Ix|%s", std::size_t{5'000'000'000}, std::size_t{1} << 36, "end"),
+              (Formatted{25, "5000000000|1000000000|end"}));
     EXPECT_EQ(Format("%ws|%wc|%s", L"a", L'b', "end"), (Formatted{7, "a|b|end"}));
 }
 
