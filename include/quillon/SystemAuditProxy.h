@@ -40,7 +40,7 @@ public:
     /// Writes down, from now on, what this class switches on, in a file of the process alone, and restores
     /// what a former process, which was killed, had written there and not switched off: an Info entry
     /// each, or an Error entry, and the next start tries again. A record that cannot be written is a Warn
-    /// entry, and auditing works without it.
+    /// entry, and auditing works without it. An empty path ends that.
     static void KeepRecordIn(const std::string& path);
 
 private:

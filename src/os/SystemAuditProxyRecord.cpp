@@ -11,7 +11,7 @@ void SystemAuditProxy::KeepRecordIn(const std::string& path) {
     AuditOperation operation;
     AuditState& state = AuditState::Get();
     state.m_recordPath = path;
-    if (!isAvailable) return;
+    if (!isAvailable || path.empty()) return;
     state.m_leftOn = ReadAuditRecord(path);
     if (!state.m_leftOn.empty()) RestoreAuditPolicy();
     WriteRecord();
