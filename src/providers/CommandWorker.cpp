@@ -168,7 +168,8 @@ int CommandWorker::CodeOf(const platform::RunningProcess& process, std::uint32_t
             const int code = CodeOf(process.End());
             const std::lock_guard lock(m_synch.mutex);
             m_synch.process.reset();  // nobody can kill it any more
-            return code;
+            const bool isAborted = m_props.abortedOnShutdown && code == ProcessUtils::kKilled;
+            return isAborted ? ProcessUtils::kAborted : code;
         }
         case platform::kWaitEvent:
             return ProcessUtils::kAborted;

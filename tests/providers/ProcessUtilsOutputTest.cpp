@@ -229,7 +229,7 @@ TEST_F(ProcessUtilsOutput, AKillMayAskFirst) {
         props->killGraceMs = listens ? 60'000 : 50;
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), -6);
         EXPECT_TRUE(props->killed);
-        EXPECT_EQ(props->resultCode, listens ? 9 : -5);
+        EXPECT_EQ(props->resultCode, listens ? 9 : -6);
         EXPECT_THAT(OutputOf(props), testing::EndsWith(listens ? "bye" : ""));
     }
 }

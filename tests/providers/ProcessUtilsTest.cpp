@@ -272,6 +272,7 @@ TEST_F(ProcessUtilsRun, ShutdownEndsTheWait) {
         EXPECT_EQ(ProcessUtils::RunCliCommand(props), -6);
         EXPECT_TRUE(props->abortedOnShutdown);
         EXPECT_EQ(props->killed, kill);
+        EXPECT_TRUE(!kill || props->resultCode == -6) << props->resultCode;
         EXPECT_FALSE(props->timedOut);
         EXPECT_THAT(m_log.Lines(Level::Info),
                     Contains("Aborting command due to shutdown: '" + props->command + "'"));
