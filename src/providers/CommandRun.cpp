@@ -130,7 +130,8 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
     }
     if (!isFinal) return ProcessUtils::kTimedOut;
     const std::lock_guard lock(m_synch->mutex);
-    if (end == End::TimedOut && !m_props->killed) m_props->timedOut = false;  // it ended just in time
+    const bool isLate = m_props->killed || m_props->resultCode == ProcessUtils::kTimedOut;
+    if (end == End::TimedOut && !isLate) m_props->timedOut = false;  // it ended just in time
     return m_props->resultCode;
 }
 

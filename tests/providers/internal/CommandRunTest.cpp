@@ -43,6 +43,26 @@ TEST(CommandRun, WhatIsGivenUpBeforeItsStartIsNotStarted) {
     }
 }
 
+TEST(CommandRun, WhatIsLateBeforeItsStartHasTimedOut) {
+    RecordingLogger log;
+    const auto props = CommandOf(ChildCommand("copy"), log);
+    props->timeoutSecs = 1;
+    props->killOnTimeout = true;
+    const auto hold = [&props](std::function<void()> body) {
+        const auto synch = std::static_pointer_cast<tRunCmdSynch>(props->run);
+        return std::thread([synch, body] {
+            for (bool given = false; !given; std::this_thread::yield()) {
+                const std::lock_guard lock(synch->mutex);
+                given = synch->given;
+            }
+            body();  // the worker gets its turn only when its caller waits for its end
+        });
+    };
+    EXPECT_EQ(RunCommand(props, hold), -2);
+    EXPECT_EQ(props->processId, 0u);
+    EXPECT_TRUE(props->timedOut);
+}
+
 TEST(CommandRun, ReportsThatNoThreadIsToBeHad) {
     const std::error_code invalid = std::make_error_code(std::errc::invalid_argument);
     const std::pair<std::error_code, std::string> cases[] = {
