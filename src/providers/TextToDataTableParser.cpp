@@ -80,7 +80,7 @@ const char* FindCharacter(char wanted, const char* cursor, const char* end) {
 }
 
 double ToDouble(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     const char* const last = text.data() + text.size();
     double number = 0;
     const auto [end, error] = detail::FromChars(text.data(), last, number);

@@ -119,12 +119,12 @@ TEST(TextFields, NumbersAndTimesHaveTypes) {
     parser.AddField<double>("load", new CharSeparatedField(','), 2);
     parser.AddField<TimePoint>("time", new CharSeparatedField(','), 0);
     DataTable table;
-    parser.Parse("0.75,1970-01-01 00:00:01\n-1e3,yesterday\nabc,\n+.5\ninfo,\n-1e400,\n1e-400,\n-inf,\n",
+    parser.Parse("0.75,1970-01-01 00:00:01\n-1e3,yesterday\nabc,\n+.5\n+-5\ninfo,\n-1e400,\n1e-400,\n-inf,\n",
                  table);
     std::ostringstream shown;
     for (const VariantList& row : table) shown << row;
     EXPECT_EQ(shown.str(),
-              "{load=1.5, time=1970-01-01T00:00:01.000Z}{load=-2000}{load=0}{load=1}"
+              "{load=1.5, time=1970-01-01T00:00:01.000Z}{load=-2000}{load=0}{load=1}{load=0}"
               "{load=0}{load=-inf}{load=0}{load=-inf}");
     EXPECT_EQ(table.begin()->Get("load").GetDoubleValue(), 1.5);
     EXPECT_EQ(table.begin()->Get("time").GetTimePoint(), TimePoint() + std::chrono::seconds(1));
