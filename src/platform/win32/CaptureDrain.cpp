@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <list>
 #include <utility>
@@ -13,50 +12,45 @@ namespace {
 struct DrainedPipe {
     explicit DrainedPipe(FileHandle end) : reader(std::move(end)) {}
 
-    /// The completion routine starts the next read. False when nobody can write any more.
+    /// Starts a read. False when nobody can write any more.
     bool Read() {
         static std::array<char, 64 * 1024> nowhere;
         read = {};
         read.hEvent = this;  // which the system leaves to the caller
-        hasEnded = ::ReadFileEx(reader.Get(), nowhere.data(), static_cast<DWORD>(nowhere.size()), &read,
-                                &DrainedPipe::OnRead) == 0;
-        return !hasEnded;
+        isReading = ::ReadFileEx(reader.Get(), nowhere.data(), static_cast<DWORD>(nowhere.size()), &read,
+                                 &DrainedPipe::OnRead) != 0;
+        return isReading;
     }
 
+    /// Starts no read: of a pipe that is never empty the wait would never come to its end.
     static void CALLBACK OnRead(DWORD error, DWORD, OVERLAPPED* read) {
         auto* const pipe = static_cast<DrainedPipe*>(read->hEvent);
-        if (error != 0) {
-            pipe->hasEnded = true;
-        } else {
-            pipe->Read();
-        }
+        pipe->isReading = false;
+        pipe->hasEnded = error != 0;
     }
 
     FileHandle reader;
     OVERLAPPED read{};
+    bool isReading = false;
     bool hasEnded = false;
-    bool isClosing = false;
 };
 
 class CompletedPipes final : public DrainedPipes {
 public:
-    void Add(FileHandle reader) override {
-        if (!m_pipes.emplace_back(std::move(reader)).Read()) m_pipes.pop_back();
-    }
+    void Add(FileHandle reader) override { m_pipes.emplace_back(std::move(reader)); }
     [[nodiscard]] std::size_t Count() const override { return m_pipes.size(); }
 
-    /// It goes once its read has come to its end.
     void CloseOldest() override {
-        const auto pipe = std::find_if(m_pipes.begin(), m_pipes.end(),
-                                       [](const DrainedPipe& candidate) { return !candidate.isClosing; });
-        if (pipe == m_pipes.end()) return;
-        pipe->isClosing = true;
-        ::CancelIoEx(pipe->reader.Get(), nullptr);
+        const DrainedPipe& oldest = m_pipes.front();
+        ::CancelIoEx(oldest.reader.Get(), nullptr);
+        while (oldest.isReading) ::SleepEx(INFINITE, TRUE);
+        m_pipes.pop_front();
     }
 
     void Read(const EventHandle& wake) override {
-        ::WaitForSingleObjectEx(wake.Get(), INFINITE, TRUE);
-        m_pipes.remove_if([](const DrainedPipe& pipe) { return pipe.hasEnded; });
+        m_pipes.remove_if(
+            [](DrainedPipe& pipe) { return !pipe.isReading && (pipe.hasEnded || !pipe.Read()); });
+        if (!m_pipes.empty()) ::WaitForSingleObjectEx(wake.Get(), INFINITE, TRUE);
     }
 
 private:
