@@ -130,8 +130,10 @@ int CommandWatch::RunWorker(const ThreadStarter& start) {
     }
     if (!isFinal) return ProcessUtils::kTimedOut;
     const std::lock_guard lock(m_synch->mutex);
-    const bool isLate = m_props->killed || m_props->resultCode == ProcessUtils::kTimedOut;
-    if (end == End::TimedOut && !isLate) m_props->timedOut = false;  // it ended just in time
+    if (end == End::TimedOut) {  // what was not killed may have ended just in time
+        m_props->timedOut =
+            m_props->resultCode == ProcessUtils::kTimedOut || std::atomic_ref(m_props->killed).load();
+    }
     return m_props->resultCode;
 }
 
