@@ -1,5 +1,6 @@
 #include "modules/Modules.h"
 
+#include <string_view>
 #include <utility>
 
 #include "modules/Assignments.h"
@@ -11,17 +12,28 @@ namespace quillon::agent {
 
 namespace {
 
+bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
+
+/// Returns where the word FROM of a query in lower case stands, which a name may hold as well.
+std::size_t FindFrom(const std::string& query) {
+    constexpr std::string_view kWord = "from";
+    std::size_t at = query.find(kWord, 1);
+    while (at != std::string::npos && !(IsBlank(query[at - 1]) && IsBlank(query[at + kWord.size()])))
+        at = query.find(kWord, at + 1);
+    return at;
+}
+
 /// Returns the properties that a query names; none when it asks for all.
 std::vector<std::string> SelectedProperties(const std::string& wql) {
     const std::string lower = StringUtils::ToLowercase(wql);
-    const std::size_t begin = lower.find("select"), end = lower.find("from");
+    const std::size_t begin = lower.find("select"), end = FindFrom(lower);
     std::vector<std::string> names;
     if (begin == std::string::npos || end == std::string::npos) return names;
     std::string name;
     for (std::size_t i = begin + std::string("select").size(); i < end; ++i) {
         if (wql[i] == '*') return {};
         if (wql[i] == ',') names.push_back(std::exchange(name, {}));
-        if (wql[i] != ',' && static_cast<unsigned char>(wql[i]) > ' ') name += wql[i];
+        if (wql[i] != ',' && !IsBlank(wql[i])) name += wql[i];
     }
     names.push_back(name);
     return names;
