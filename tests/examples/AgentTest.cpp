@@ -152,6 +152,10 @@ TEST(Agent, ShowsWhatACommandHadWrittenBeforeItsTimeWasOver) {
         EXPECT_EQ(run.output, asTable ? "WORD\r\nready" : "ExitCode,Output\r\n-5,ready");
         EXPECT_THAT(run.errors, HasSubstr("Timed out after "));
     }
+    if (kWindows) return;  // whose shell has no such commands
+    const AgentRun lines = RunMethod(
+        "Run", {"command=cmd /c echo; echo second; sleep 60", "timeout=2", "lines=true", "--format", "csv"});
+    EXPECT_EQ(lines.output, "ExitCode,Output,LineNumber\r\n-5,\"\",0\r\n-5,second,1");
 }
 
 TEST(Agent, LogsToTheFileAndStandardErrorButNeverIntoTheTable) {

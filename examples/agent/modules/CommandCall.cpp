@@ -1,5 +1,6 @@
 #include "modules/CommandCall.h"
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -50,9 +51,11 @@ std::string FailureText(const ProcessUtils::CmdProperties& properties) {
     return "Command ended with exit code " + std::to_string(properties.resultCode);
 }
 
+/// Lines are rows, of which the first ones may be empty.
 bool HasOutput(const DataTable& table) {
-    const VariantList* const row = table.GetFirstRow();
-    return row != nullptr && !row->Get(ProcessUtils::OutputColName).GetStringValue().empty();
+    return std::any_of(table.begin(), table.end(), [](const VariantList& row) {
+        return !row.Get(ProcessUtils::OutputColName).GetStringValue().empty();
+    });
 }
 
 enum class End {
@@ -88,7 +91,8 @@ End Run(const CommandCall& call, bool lines, InvocationResult& result) {
         properties->outputBytes >= static_cast<std::uint64_t>(call.maxOutput))
         result.errorMessage = "Output reached the limit of " + std::to_string(call.maxOutput) + " bytes";
     ProcessUtils::SetSpecialErrorData(properties.get(), result, FailureText(*properties));
-    return properties->killed ? End::Cut : End::Failed;
+    // Without memory for the output there is no row.
+    return properties->killed && !result.resultTable.Empty() ? End::Cut : End::Failed;
 }
 
 }  // namespace
