@@ -35,6 +35,16 @@ TEST(StoreModule, SavesQueriesAndLists) {
     save[3] = "columns=N";
     EXPECT_EQ(run("Save", save), "3|Could not save table 'T x' in database 'Inv'");
     EXPECT_EQ(run("Query", {"database=none", query[1]}), "2|There is no database 'none'");
+    // A command that writes nothing makes the columns as well.
+    const std::string types =
+        "sql=SELECT group_concat(name || ' ' || type) t FROM pragma_table_info('Empty')";
+    const std::vector<std::string> silent{"database=Inv", "table=Empty", "replace=true",
+                                          "command=" + ChildCommand("print", {"", "0"})};
+    EXPECT_EQ(run("Save", silent), heading + ",Created\nInv,Empty,0,true\n");
+    EXPECT_EQ(run("Query", {query[0], types}), "0|t\n\"ExitCode INTEGER,LineNumber INTEGER,Output TEXT\"\n");
+    EXPECT_EQ(run("Save", {silent[0], silent[1], silent[2], silent[3], "columns=B:boolean R:real T:time"}),
+              heading + ",Created\nInv,Empty,0,true\n");
+    EXPECT_EQ(run("Query", {query[0], types}), "0|t\n\"B INTEGER,R REAL,T TEXT\"\n");
     save[2] = "wql=SELECT Name FROM Win32_ComputerSystem";
     save[3] = "replace=true";
     EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,1,true\n");

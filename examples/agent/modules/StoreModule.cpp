@@ -7,6 +7,7 @@
 
 #include "modules/CommandCall.h"
 #include "modules/Describe.h"
+#include "modules/TableLayout.h"
 #include "modules/Waiting.h"
 #include "modules/WmiCall.h"
 #include "quillon/MethodParameterValidation.h"
@@ -34,31 +35,34 @@ IApplicationDataStore::ColumnDataType ColumnType(const Variant& value) {
     return value.TypeIs(typeid(double)) ? IApplicationDataStore::Real : IApplicationDataStore::Text;
 }
 
-/// A column's first value that is not null tells its type; without one it holds text.
-Columns ColumnsOf(const DataTable& table) {
+/// A column's definition tells its type, or its first value that is not null; without one it holds text.
+Columns ColumnsOf(const DataTable& table, const VariantList& definitions) {
     Columns columns;
-    for (const VariantList& row : table) {
+    const auto add = [&columns](const VariantList& row) {
         for (const Variant& cell : row) {
             if (!cell.IsNull()) columns.emplace(cell.GetName(), ColumnType(cell));
         }
-    }
+    };
+    add(definitions);
+    for (const VariantList& row : table) add(row);
     for (const std::string& name : table.GetColumnNames()) columns.emplace(name, IApplicationDataStore::Text);
     return columns;
 }
 
-bool WriteRows(const Target& target, DataTable& table, SqlApplicationDataStore& store, bool& existed) {
+bool WriteRows(const Target& target, DataTable& table, const Columns& columns, SqlApplicationDataStore& store,
+               bool& existed) {
     const std::string quoted = store.QuoteTableName(target.table);
     if (target.replace && !store.ExecuteNonQuery("DROP TABLE IF EXISTS " + quoted)) return false;
-    store.EnsureTableExists(target.table, ColumnsOf(table), {}, existed);
+    store.EnsureTableExists(target.table, columns, {}, existed);
     return store.AddToTable(target.table, table);
 }
 
 /// All or nothing; a query without objects, which has not even columns, changes nothing.
-bool Write(const Target& target, DataTable& table, bool& existed) {
+bool Write(const Target& target, DataTable& table, const Columns& columns, bool& existed) {
     if (table.GetColumnNames().empty()) return existed = true;
     SqlApplicationDataStore store(target.database);
     if (!store.TryBegin()) return false;
-    if (WriteRows(target, table, store, existed) && store.TryCommit()) return true;
+    if (WriteRows(target, table, columns, store, existed) && store.TryCommit()) return true;
     store.RollbackTransaction();
     return false;
 }
@@ -73,10 +77,10 @@ bool IsUsable(const Target& target, InvocationResult& result) {
 }
 
 /// Puts the result's table into the store and a row about that in its place.
-void SaveResult(const Target& target, InvocationResult& result) {
+void SaveResult(const Target& target, const VariantList& definitions, InvocationResult& result) {
     DataTable table = std::exchange(result.resultTable, {});
     bool existed = false;
-    if (!Write(target, table, existed)) {
+    if (!Write(target, table, ColumnsOf(table, definitions), existed)) {
         Fail(InvocationResult::kSystemFailure,
              "Could not save table '" + target.table + "' in database '" + target.database + '\'', result);
         return;
@@ -97,6 +101,17 @@ struct Source {
     WmiCall wmi;
     std::string wql;
 };
+
+/// The columns of what a command writes, whether there is a line or not.
+VariantList DefinitionsOf(const Source& source) {
+    if (source.columns.empty())
+        return VariantList(Variant(ProcessUtils::ExitCodeColName, 0),
+                           Variant(ProcessUtils::LineNumberColName, 0));
+    TableLayout layout;
+    InvocationResult unused;  // rows have been read by the same text
+    layout.Read(source.columns, unused);
+    return layout.Definitions();
+}
 
 /// Puts the rows into the result's table; false when there are none to be had.
 bool FetchRows(const Source& source, InvocationResult& result) {
@@ -122,7 +137,7 @@ void Save(DescribedBinder& binder, InvocationResult& result) {
     binder.Add("wql", source.wql);
     AddBindings(binder, source.wmi);
     if (binder.Bind(result) && IsUsable(target, result) && FetchRows(source, result))
-        SaveResult(target, result);
+        SaveResult(target, source.wql.empty() ? DefinitionsOf(source) : VariantList(), result);
 }
 
 bool IsThere(const std::string& database, InvocationResult& result) {

@@ -111,29 +111,47 @@ std::string TableLayout::ReadExtent(const std::string& text, Field& field) {
                  "rest or a number of characters";
 }
 
-void TableLayout::AddColumn(const Field& field, TextToDataTableParser& parser, DataTable& table) {
+Variant TableLayout::DefinitionOf(const Field& field) {
+    switch (field.type) {
+        case Type::Text:
+            return Variant(field.name, "");
+        case Type::Integer:
+            return Variant(field.name, 0);
+        case Type::Real:
+            return Variant(field.name, 0.0);
+        case Type::Boolean:
+            return Variant(field.name, false);
+        case Type::Time:
+            break;  // a table has no column for times
+    }
+    return Variant::NullVariant(field.name);
+}
+
+VariantList TableLayout::Definitions() const {
+    VariantList definitions;
+    for (const Field& field : m_fields) definitions.Add(DefinitionOf(field));
+    return definitions;
+}
+
+void TableLayout::AddColumn(const Field& field, TextToDataTableParser& parser) {
     std::unique_ptr<IParsableField> extent = MakeExtent(field.extent);
     switch (field.type) {
         case Type::Text:
-            table.AddStringCol(field.name);
             return parser.AddField<std::string>(field.name, std::move(extent));
         case Type::Integer:
-            table.AddLongLongCol(field.name);
             return parser.AddField<long long>(field.name, std::move(extent), field.factor);
         case Type::Real:
-            table.AddDoubleCol(field.name);
             return parser.AddField<double>(field.name, std::move(extent), field.factor);
         case Type::Boolean:
-            table.AddBoolCol(field.name);
             return parser.AddField<bool>(field.name, std::move(extent));
         case Type::Time:
-            table.AddNullCol(field.name);  // a table has no other column for times
             return parser.AddField<TimePoint>(field.name, std::move(extent));
     }
 }
 
 DataTable TableLayout::Parse(const std::string& text, long long skip) const {
     DataTable table;
+    table.SetDefaultColumns(Definitions());
     TextToDataTableParser parser;
     std::size_t start = StartOfLine(text, skip);
     if (m_headingBlanks > 0) {
@@ -143,7 +161,7 @@ DataTable TableLayout::Parse(const std::string& text, long long skip) const {
         AddTextColumns(parser, columns);
         start = std::min(end + 1, text.size());
     }
-    for (const Field& field : m_fields) AddColumn(field, parser, table);
+    for (const Field& field : m_fields) AddColumn(field, parser);
     parser.Parse(text.substr(start), table);
     return table;
 }

@@ -23,6 +23,8 @@ public:
     /// Reads a layout. False, with code 2 and a message in the result, when `text` is none.
     bool Read(const std::string& text, InvocationResult& result);
 
+    /// Returns the columns, each as a value of its type, null for a time; none when a heading names them.
+    VariantList Definitions() const;
     /// Returns a table with these columns and a row for every line, but the first `skip`.
     DataTable Parse(const std::string& text, long long skip) const;
 
@@ -39,7 +41,8 @@ private:
     static std::string ReadType(const std::string& text, Field& field);
     static std::string ReadExtent(const std::string& text, Field& field);
     std::string Add(const std::string& column);
-    static void AddColumn(const Field& field, TextToDataTableParser& parser, DataTable& table);
+    static Variant DefinitionOf(const Field& field);
+    static void AddColumn(const Field& field, TextToDataTableParser& parser);
 
     std::vector<Field> m_fields;
     std::size_t m_headingBlanks = 0;  // 0: the columns are m_fields
