@@ -51,6 +51,11 @@ TEST(StoreModule, SavesQueriesAndLists) {
     EXPECT_THAT(run("Query", query), testing::StartsWith("0|Name\n"));
     save[3] = "command=" + print;
     EXPECT_EQ(run("Save", save), "2|Either 'command' or 'wql' must be given");
+    dir.Write("stores/db-bad.sqlite", "no database");
+    EXPECT_THAT(run("Check", {"database=bad"}),
+                testing::AllOf(testing::StartsWith("3|Database 'bad' is damaged"),
+                               testing::HasSubstr("moved aside")));
+    EXPECT_EQ(run("Check", {"database=bad"}), "0|Database,Fault\n");
 }
 
 }  // namespace quillon::test

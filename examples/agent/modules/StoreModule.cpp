@@ -1,6 +1,7 @@
 #include "modules/Modules.h"
 
 #include <chrono>
+#include <cstdint>
 #include <limits>
 #include <map>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "modules/TableLayout.h"
 #include "modules/Waiting.h"
 #include "modules/WmiCall.h"
+#include "quillon/FileSystemUtils.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
@@ -166,13 +168,22 @@ void Query(DescribedBinder& binder, InvocationResult& result) {
              result);
 }
 
+/// A database that is too damaged to be opened is moved aside, and a new one, which is sound, is opened.
+std::uint32_t CountMovedAside(const std::string& database) {
+    const auto file = ServiceLocator::Get<DatabaseFolder>()->FileOf(database);
+    return FileSystemUtils::FindFiles(*file + ".corrupt.*", nullptr);
+}
+
 void Check(DescribedBinder& binder, InvocationResult& result) {
     std::string database;
     binder.Add("database", database);
     if (!binder.Bind(result) || !IsThere(database, result)) return;
+    const std::uint32_t movedBefore = CountMovedAside(database);
     SqlApplicationDataStore store(database);
     std::vector<std::string> faults;
-    const bool isSound = store.Check(faults);
+    if (CountMovedAside(database) > movedBefore)
+        faults.emplace_back("The file could not be opened as a database and was moved aside");
+    const bool isSound = store.Check(faults) && faults.empty();
     result.resultTable.SetDefaultColumnNames({"Database", "Fault"});
     for (const std::string& fault : faults)
         result.resultTable.AddRow(VariantList(Variant("Database", database), Variant("Fault", fault)));
