@@ -75,15 +75,20 @@ std::string QuoteIdentifier(std::string_view name) {
 
 SqliteConnection::SqliteConnection(std::string name) : m_name(std::move(name)) {}
 
+/// Once: a query that hands its rows out may go on after somebody has opened the file anew.
+void SqliteConnection::MakeWatch(int busyMilliseconds) {
+    if (!m_watch) m_watch = std::make_unique<SqliteWatch>(SqliteWatch::Milliseconds(busyMilliseconds));
+}
+
 int SqliteConnection::Open(const std::string& libraryPath, int busyMilliseconds, Access access) {
-    m_watch = std::make_unique<SqliteWatch>(SqliteWatch::Milliseconds(busyMilliseconds));
+    MakeWatch(busyMilliseconds);
     const int code = access == Access::ReadOnly ? OpenForReading(libraryPath) : OpenForWriting(libraryPath);
     if (code != SQLITE_OK) LogFailure("open " + libraryPath);
     return code;
 }
 
 int SqliteConnection::OpenInMemory(const std::string& memoryName, int busyMilliseconds) {
-    m_watch = std::make_unique<SqliteWatch>(SqliteWatch::Milliseconds(busyMilliseconds));
+    MakeWatch(busyMilliseconds);
     int code = OpenHandle("file:/" + memoryName + "?vfs=memdb", kWriteFlags | SQLITE_OPEN_URI);
     if (code == SQLITE_OK) code = sqlite3_exec(Get(), kReadSchema, nullptr, nullptr, nullptr);
     if (code != SQLITE_OK) LogFailure("open " + memoryName);

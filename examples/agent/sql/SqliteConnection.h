@@ -60,6 +60,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
     };
 
+    void MakeWatch(int busyMilliseconds);
     int OpenHandle(const std::string& file, int flags);
     int OpenForWriting(const std::string& libraryPath);
     int Prepare();
