@@ -27,6 +27,12 @@ TEST(StoreModule, SavesQueriesAndLists) {
     EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,2,true\n");
     EXPECT_EQ(run("Query", query), "0|ExitCode,LineNumber,Output\n0,0,a 1\n0,1,b 2\n");
     EXPECT_EQ(run("Query", {query[0], query[1], "maxRows=1"}), "0|ExitCode,LineNumber,Output\n0,0,a 1\n");
+    save.emplace_back("skip=1");
+    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,1,true\n");
+    EXPECT_EQ(run("Query", query), "0|ExitCode,LineNumber,Output\n0,1,b 2\n");
+    save.back() = "skip=3";
+    EXPECT_EQ(run("Save", save), heading + ",Created\nInv,T x,0,true\n");
+    save.pop_back();
     const std::string endless =
         "sql=WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n FROM c) SELECT n FROM c";
     EXPECT_EQ(run("Query", {query[0], endless, "timeout=20"}), "3|The statement failed in database 'INV'");

@@ -115,6 +115,17 @@ VariantList DefinitionsOf(const Source& source) {
     return layout.Definitions();
 }
 
+/// Puts the lines of the command into the result's table, but the first ones that are to be left out.
+bool FetchLines(const Source& source, InvocationResult& result) {
+    if (!MethodParameterValidation::InRange("skip", source.skip, 0, kNoLimit, result) ||
+        !RunCommand(source.command, true, result))
+        return false;
+    DataTable& table = result.resultTable;
+    table.SetDefaultColumnNames(table.GetColumnNames());
+    for (long long left = source.skip; left > 0 && !table.Empty(); --left) table.RemoveRow(0);
+    return true;
+}
+
 /// Puts the rows into the result's table; false when there are none to be had.
 bool FetchRows(const Source& source, InvocationResult& result) {
     if (source.command.command.empty() == source.wql.empty())
@@ -123,7 +134,7 @@ bool FetchRows(const Source& source, InvocationResult& result) {
         return RunWmi(source.wmi, result, [&](WmiConnector& connector) {
             return connector.ExecuteQuery(source.wql, &result.resultTable);
         });
-    return source.columns.empty() ? RunCommand(source.command, true, result)
+    return source.columns.empty() ? FetchLines(source, result)
                                   : RunCommandTable(source.command, source.columns, source.skip, result);
 }
 
