@@ -62,12 +62,13 @@ bool TakeAll(const Source& source, const FileHandle& target) {
     constexpr std::size_t kMostOfList = 64 * 1024;
     const struct ::stat& facts = source.facts;
     const bool isGiven = ::fchown(target.Get(), facts.st_uid, facts.st_gid) == 0;
-    const mode_t bits = facts.st_mode & (isGiven ? kAllBits : kPermissions & ~mode_t{S_IRWXG});
     const auto list = ReadAccessList(NameOfDescriptor(source.file.Get()), kMostOfList);
-    if (isGiven && list && !list->empty() && !WriteAccessList(NameOfDescriptor(target.Get()), *list))
-        return FailWithErrno();
+    const bool isKept = isGiven && list;
+    const mode_t bits = facts.st_mode & (isKept ? kAllBits : kPermissions & ~mode_t{S_IRWXG});
     const ::timespec times[] = {facts.st_atim, facts.st_mtim};
-    return (::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0) || FailWithErrno();
+    const bool isTaken = WriteAccessList(NameOfDescriptor(target.Get()), isKept ? *list : std::string()) &&
+                         ::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0;
+    return isTaken || FailWithErrno();
 }
 
 /// A name in a directory that stays open, so that a link which takes the directory's place leads to no file

@@ -139,13 +139,14 @@ bool NewFile::TakeSecurity() {
     constexpr auto kSame = static_cast<::uid_t>(-1);
     bool isGroupKept = ::fchown(file, old.st_uid, old.st_gid) == 0;
     if (!isGroupKept) isGroupKept = ::fchown(file, kSame, old.st_gid) == 0;
-    // Rights of the old group must not become those of another.
-    const mode_t mode = isGroupKept ? old.st_mode : old.st_mode & ~mode_t{S_IRWXG};
-    if (::fchmod(file, mode & kPermissions) != 0) return FailWithErrno();
     constexpr std::size_t kMostOfList = 64 * 1024;
-    const auto list =
-        isGroupKept ? ReadAccessList(NameOfDescriptor(m_state->oldFile.Get()), kMostOfList) : std::string();
-    return !list || list->empty() || WriteAccessList(NameOfDescriptor(file), *list) || FailWithErrno();
+    const auto list = ReadAccessList(NameOfDescriptor(m_state->oldFile.Get()), kMostOfList);
+    // The group's bits count for the old group only, and where there is a list, only together with it.
+    const bool isKept = isGroupKept && list;
+    const mode_t mode = isKept ? old.st_mode : old.st_mode & ~mode_t{S_IRWXG};
+    const bool isTaken = WriteAccessList(NameOfDescriptor(file), isKept ? *list : std::string()) &&
+                         ::fchmod(file, mode & kPermissions) == 0;
+    return isTaken || FailWithErrno();
 }
 
 bool NewFile::Commit() {

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -144,6 +145,30 @@ TEST_F(Mounts, ReplacedFileKeepsItsOwner) {
     EXPECT_TRUE(FS::DuplicateFile(dir.Write("source", "x"), target));
     ASSERT_EQ(::stat(dir.Native("target").c_str(), &facts), 0);
     EXPECT_EQ(facts.st_gid, 4321U);
+}
+
+TEST_F(Mounts, ListOfTheDirectoryForNewFilesOpensNoReplacedAndNoMovedFile) {
+    if (!Mount("disk")) GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    const std::string target = dir.Write("target", "old"), copied = dir.Write("copied", "old");
+    const std::string moved = dir.Write("disk/moved", "x");
+    for (const char* const name : {"target", "copied", "disk/moved"})
+        ASSERT_EQ(::chmod(dir.Native(name).c_str(), 0640), 0);
+    // One named user (65534: read and write).
+    const unsigned char list[] = {2, 0,   0,   0,   1,   0,   6,  0, 255, 255, 255, 255, 2,   0,  6,
+                                  0, 254, 255, 0,   0,   4,   0,  4, 0,   255, 255, 255, 255, 16, 0,
+                                  6, 0,   255, 255, 255, 255, 32, 0, 0,   0,   255, 255, 255, 255};
+    if (::setxattr(dir.Native().c_str(), "system.posix_acl_default", list, sizeof list, 0) != 0)
+        GTEST_SKIP() << "the temporary directory's file system has no access lists";
+    EXPECT_TRUE(FS::WriteFileAtomic(target, "new"));
+    EXPECT_TRUE(FS::DuplicateFile(target, copied));
+    EXPECT_TRUE(FS::RenameFile(moved, dir.Path("moved"), false));
+    for (const char* const name : {"target", "copied", "moved"}) {
+        SCOPED_TRACE(name);
+        struct ::stat facts {};
+        ASSERT_EQ(::stat(dir.Native(name).c_str(), &facts), 0);
+        EXPECT_EQ(facts.st_mode & 07777U, 0640U);
+        EXPECT_EQ(::getxattr(dir.Native(name).c_str(), "system.posix_acl_access", nullptr, 0), -1);
+    }
 }
 
 TEST_F(Mounts, CopyEndsThoughItsSourceTellsNoSizeOrGrows) {
