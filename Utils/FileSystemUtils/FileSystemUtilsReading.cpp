@@ -84,8 +84,8 @@ std::string FileSystemUtils::ReadContentsOfFile(const std::string& path) {
 
 void FileSystemUtils::ReadContentsOfFile(const std::string& path, std::vector<std::string>& lines) {
     constexpr std::size_t kLongestLine = 32'767;
-    lines.clear();
     const std::string text = ReadContentsOfFile(path);
+    lines.clear();  // the path may be one of them
     if (text.empty()) return;
     std::string_view rest = text;
     for (;;) {

@@ -252,8 +252,8 @@ TEST_F(FileSystemUtilsTest, ReadingIsTextModeOnEverySystem) {
         const std::string path = dir.Write("a.txt", content);
         EXPECT_EQ(FS::ReadContentsOfFile(path), text);
         EXPECT_EQ(FS::ReadSingleLineFromFile(path), first);
-        Names lines = {"old"};
-        FS::ReadContentsOfFile(path, lines);
+        Names lines = {path};
+        FS::ReadContentsOfFile(lines[0], lines);
         EXPECT_EQ(lines, expected);
     }
     for (const std::string& path : {dir.Path("missing"), dir.Path()}) {
