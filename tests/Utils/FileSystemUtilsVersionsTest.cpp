@@ -139,6 +139,14 @@ TEST_F(VersionInformationTest, FilesWithoutOneAreKeptThoseThatCannotBeReadAreNot
     }
 }
 
+TEST_F(VersionInformationTest, RelativePathIsThatOfTheWorkingDirectory) {
+    dir.Write("quillon.dll", FileOf("own"));
+    const std::string before = FS::GetWorkingDirectory();
+    ASSERT_TRUE(FS::SetWorkingDirectory(dir.Path()));
+    EXPECT_EQ(FS::GetVersionInformation("quillon.dll", "").productName, "own");
+    EXPECT_TRUE(FS::SetWorkingDirectory(before));
+}
+
 TEST_F(VersionInformationTest, EightThreadsAskForManyPaths) {
     constexpr int kThreads = 8, kPaths = (kWindows ? 10'000 : 100'000) / QUILLON_TEST_SLOWDOWN;
     ServiceLocator::Remove<ICLogger>();  // it would keep half a million lines

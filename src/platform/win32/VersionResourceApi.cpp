@@ -38,12 +38,14 @@ std::optional<FoundValue> FindValue(const std::vector<unsigned char>& block, con
 
 std::optional<VersionResource> VersionResource::Load(const std::string& path, bool* isThere) {
     const auto widePath = WidePath(path);
+    // Any other path is looked for as a library is, not first in the working directory.
+    const auto fullPath = widePath ? FullPath(*widePath) : std::nullopt;
     DWORD ignored = 0;
-    const DWORD size = widePath ? ::GetFileVersionInfoSizeW(widePath->c_str(), &ignored) : 0;
+    const DWORD size = fullPath ? ::GetFileVersionInfoSizeW(fullPath->c_str(), &ignored) : 0;
     if (isThere != nullptr) *isThere = size != 0;
-    if (!widePath || size == 0) return std::nullopt;
+    if (!fullPath || size == 0) return std::nullopt;
     Content content{std::vector<unsigned char>(size)};
-    if (::GetFileVersionInfoW(widePath->c_str(), 0, size, content.block.data()) == 0) return std::nullopt;
+    if (::GetFileVersionInfoW(fullPath->c_str(), 0, size, content.block.data()) == 0) return std::nullopt;
     return VersionResource(std::make_shared<const Content>(std::move(content)));
 }
 
