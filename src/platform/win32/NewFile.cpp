@@ -8,54 +8,49 @@
 
 #include "base/Utf.h"
 #include "platform/ErrorText.h"
-#include "platform/win32/LocalMemory.h"
 #include "platform/win32/NewFileName.h"
 #include "platform/win32/OpenFile.h"
 #include "platform/win32/ReparsePoint.h"
 #include "platform/win32/ShareModes.h"
 #include "platform/win32/WidePath.h"
 #include "platform/win32/WindowsHeaders.h"
-// After <windows.h>:
-#include <aclapi.h>
 
 namespace quillon::platform {
 
 namespace {
 
-/// Who owns it, and who may use it.
-struct Security {
-    PSID owner = nullptr;
-    PACL list = nullptr;
-    LocalMemory memory;
-    bool isProtected = false;
-
+/// Who owns it, and who may use it, exactly as it is kept: SetSecurityInfo() would replace what was inherited
+/// by what the directory gives now. That may let more users in where the old file came from another
+/// directory.
+class Security {
+public:
     bool Read(const FileHandle& file);
-    [[nodiscard]] bool Give(const FileHandle& file) const;
+    [[nodiscard]] bool Give(const FileHandle& file);
+
+private:
+    std::vector<unsigned char> m_descriptor;
 };
 
 bool Security::Read(const FileHandle& file) {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    const DWORD code =
-        ::GetSecurityInfo(file.Get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
-                          &owner, nullptr, &list, nullptr, &descriptor);
-    if (code != ERROR_SUCCESS) return FailWithCode(code);
-    memory.Reset(descriptor);
+    constexpr SECURITY_INFORMATION kParts = OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+    DWORD size = 0;
+    ::GetKernelObjectSecurity(file.Get(), kParts, nullptr, 0, &size);
+    m_descriptor.resize(size);
+    if (::GetKernelObjectSecurity(file.Get(), kParts, m_descriptor.data(), size, &size) == 0) return false;
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     DWORD revision = 0;
-    isProtected = ::GetSecurityDescriptorControl(descriptor, &control, &revision) != 0 &&
-                  (control & SE_DACL_PROTECTED) != 0;
-    return true;
+    const bool followsDirectory =
+        ::GetSecurityDescriptorControl(m_descriptor.data(), &control, &revision) != 0 &&
+        (control & SE_DACL_AUTO_INHERITED) != 0;
+    // Otherwise the system drops the flag.
+    constexpr SECURITY_DESCRIPTOR_CONTROL kAsked = SE_DACL_AUTO_INHERIT_REQ;
+    return !followsDirectory || ::SetSecurityDescriptorControl(m_descriptor.data(), kAsked, kAsked) != 0;
 }
 
 /// Another owner can be set by few processes only, and is not asked for.
-bool Security::Give(const FileHandle& file) const {
-    ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
-                      nullptr);
-    const DWORD kind =
-        isProtected ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION;
-    const DWORD code = ::SetSecurityInfo(file.Get(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | kind,
-                                         nullptr, nullptr, list, nullptr);
-    return code == ERROR_SUCCESS || FailWithCode(code);
+bool Security::Give(const FileHandle& file) {
+    ::SetKernelObjectSecurity(file.Get(), OWNER_SECURITY_INFORMATION, m_descriptor.data());
+    return ::SetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, m_descriptor.data()) != 0;
 }
 
 /// Opens what has the name, be it a link.
