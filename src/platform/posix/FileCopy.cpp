@@ -44,6 +44,13 @@ bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+/// Returns whether something is mounted on the file, which then cannot be removed.
+bool IsMountPoint(const FileHandle& file) {
+    struct ::statx facts {};
+    return ::statx(file.Get(), "", AT_EMPTY_PATH, 0, &facts) == 0 &&
+           (facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 bool KeepForOwner(const FileHandle& file) {
     return ::fchmod(file.Get(), S_IRUSR | S_IWUSR) == 0 || FailWithErrno();
 }
@@ -76,7 +83,7 @@ bool TakeAll(const Source& source, const FileHandle& target) {
 class Entry {
 public:
     bool Open(const std::string& native);
-    /// Returns whether the directory lets names go, so that nothing is replaced for a move that cannot end.
+    /// Returns whether the file could be removed, so that nothing is replaced for a move that cannot end.
     [[nodiscard]] bool MayRemove() const;
     [[nodiscard]] bool IsThere() const;
     /// Removes the name, unless another file has it by now: what was put there in the last moment is seen
@@ -101,7 +108,10 @@ bool Entry::Open(const std::string& native) {
 }
 
 bool Entry::MayRemove() const {
-    return ::faccessat(m_directory.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 || FailWithErrno();
+    // A file is refused for not being a directory only when neither its directory nor its flags keep it.
+    if (::unlinkat(m_directory.Get(), m_name.c_str(), AT_REMOVEDIR) == 0)
+        return FailWithCode(base::kSharingViolation);  // a directory had taken its place
+    return errno == ENOTDIR || FailWithErrno();
 }
 
 bool Entry::IsThere() const {
@@ -158,6 +168,7 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
     if (!original.Open(*fromName) || !copy.Open(*toName) || !original.MayRemove() ||
         !source.Open(from, O_NOFOLLOW))
         return false;
+    if (IsMountPoint(source.file)) return FailWithCode(base::kSharingViolation);
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
     if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
         return false;

@@ -1,4 +1,7 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -11,6 +14,7 @@
 #include <vector>
 
 #include "platform/ErrorText.h"
+#include "platform/Handle.h"
 #include "quillon/FileSystemUtils.h"
 #include "support/TempDir.h"
 
@@ -34,7 +38,7 @@ protected:
     }
 
     bool Bind(const std::string& from, const std::string& name) {
-        fs::create_directories(dir.Native(name));
+        if (!dir.Exists(name)) fs::create_directories(dir.Native(name));
         return Keep(name,
                     ::mount(dir.Native(from).c_str(), dir.Native(name).c_str(), nullptr, MS_BIND, nullptr));
     }
@@ -105,6 +109,25 @@ TEST_F(Mounts, MoveThatCannotEndKeepsWhatItWasToReplace) {
         EXPECT_EQ(dir.Read("disk/tree/inner") + dir.Read("target"), "innerold");
         EXPECT_EQ(std::distance(fs::directory_iterator(dir.Native("disk")), {}), 1);
     }
+}
+
+TEST_F(Mounts, MoveOfAFileThatCannotBeRemovedReplacesNothing) {
+    dir.Write("bound", "new");
+    dir.Write("immutable", "new");
+    if (!Mount("disk") || !Bind("bound", "bound"))
+        GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    const std::string target = dir.Write("disk/target", "old");
+    const platform::FileHandle file(::open(dir.Native("immutable").c_str(), O_RDONLY));
+    int before = 0, flags = FS_IMMUTABLE_FL;
+    const bool hasFlags = ::ioctl(file.Get(), FS_IOC_GETFLAGS, &before) == 0 &&
+                          ::ioctl(file.Get(), FS_IOC_SETFLAGS, &flags) == 0;
+    std::vector<const char*> names = {"bound"};
+    if (hasFlags) names.push_back("immutable");
+    for (const char* const name : names) {
+        EXPECT_FALSE(FS::RenameFile(dir.Path(name), target, true)) << name;
+        EXPECT_EQ(dir.Read(name) + dir.Read("disk/target"), "newold") << name;
+    }
+    ::ioctl(file.Get(), FS_IOC_SETFLAGS, &before);
 }
 
 TEST_F(Mounts, MoveToAnotherVolumeKeepsOwnerModeAndTime) {
