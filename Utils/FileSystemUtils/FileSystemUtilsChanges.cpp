@@ -75,15 +75,19 @@ bool FileSystemUtils::EraseDirectory(const std::string& directory) {
 }
 
 bool FileSystemUtils::MakeDirectories(const std::string& path) {
-    std::vector<std::string> missing;
+    // No system has longer paths, and the ancestors of one could take any time and memory.
+    constexpr std::size_t kLongest = std::size_t{3} * 32'767;
+    if (path.size() > kLongest) return platform::FailWithCode(base::kNameTooLong);
+    std::vector<std::size_t> missing;  // lengths
     std::string ancestor = PathUtils::DirName(path, PathUtils::PathSep);
     while (!ancestor.empty() && !IsThere(ancestor)) {
-        missing.push_back(ancestor);
+        missing.push_back(ancestor.size());
         ancestor = PathUtils::DirName(ancestor, PathUtils::PathSep);
     }
-    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
-        if (platform::MakeOneDirectory(*next)) continue;
-        const bool isOthers = platform::LastError() == base::kAlreadyExists && IsDirectory(*next);
+    for (auto length = missing.rbegin(); length != missing.rend(); ++length) {
+        ancestor = path.substr(0, *length);
+        if (platform::MakeOneDirectory(ancestor)) continue;
+        const bool isOthers = platform::LastError() == base::kAlreadyExists && IsDirectory(ancestor);
         if (!isOthers) return false;  // else another thread was faster
     }
     return true;

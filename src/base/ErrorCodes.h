@@ -23,6 +23,7 @@ inline constexpr std::uint32_t kModuleNotFound = 126;
 inline constexpr std::uint32_t kProcedureNotFound = 127;
 inline constexpr std::uint32_t kAlreadyExists = 183;
 inline constexpr std::uint32_t kVariableNotFound = 203;
+inline constexpr std::uint32_t kNameTooLong = 206;
 inline constexpr std::uint32_t kMoreData = 234;
 inline constexpr std::uint32_t kNoMoreItems = 259;
 inline constexpr std::uint32_t kInvalidDirectory = 267;

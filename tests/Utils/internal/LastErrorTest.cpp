@@ -141,6 +141,7 @@ TEST_F(LastErrorTest, TellsWhyAQuestionOrAListingFailed) {
            {"size, long", 206, [&] { return FS::GetFileSizeInBytes(lengthy) != 0; }},
            {"all files, long", 206, [&] { return Lists(FS::GetAllFilesWithin, lengthy); }},
            {"make, long", 206, [&] { return FS::MakeDirectories(lengthy + "\\x"); }},
+           {"make, endless", 206, [] { return FS::MakeDirectory(std::string(2'000'000, '\\')); }},
            {"read, long", 206, [&] { return Reads(lengthy); }},
            {"copy, long", 206, [&] { return FS::DuplicateFile(file, lengthy); }}});
 }
