@@ -103,9 +103,10 @@ bool MoveOverFile(const std::string& from, const std::string& to) {
     return isHeld && FailToErase(to);
 }
 
-/// Replaces a directory. Its erasure cannot be undone: what is moved must be on its volume, under a name
-/// beside it, before anything of it is erased.
+/// Replaces a directory. Its erasure cannot be undone: it must be removable, and what is moved must be on its
+/// volume, under a name beside it, before anything of it is erased.
 bool MoveOverDirectory(const std::string& from, const std::string& to) {
+    if (!platform::MayRemove(to)) return FailToErase(to);
     const auto aside = MoveBeside(from, to);
     if (!aside) return false;
     if (!FileSystemUtils::EraseFile(to, false)) FileSystemUtils::EraseDirectory(to);

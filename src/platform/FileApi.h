@@ -67,6 +67,8 @@ bool EnumerateMatches(const std::string& pattern, const std::function<bool(const
 bool RemoveFile(const std::string& path);
 /// Removes an empty directory, or a link to a directory itself.
 bool RemoveEmptyDirectory(const std::string& path);
+/// Returns whether a file, a directory or a link could be removed, but for what is in a directory.
+bool MayRemove(const std::string& path);
 bool MakeOneDirectory(const std::string& path);
 /// Moves a file or directory; an existing target is a failure. A file may go to another volume; it is
 /// removed once its copy, with its owner and access, is safe there.

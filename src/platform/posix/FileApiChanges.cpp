@@ -43,6 +43,18 @@ bool RemoveEmptyDirectoryAt(int folder, const char* name) {
     return Unlink(folder, name, isFolderLink ? 0 : AT_REMOVEDIR);
 }
 
+bool MayRemoveAt(int folder, const char* name) {
+    struct ::statx facts {};
+    if (::statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &facts) != 0) return FailWithErrno();
+    if ((facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) return FailWithCode(base::kSharingViolation);
+    // What is asked for as the other kind is refused as such only when neither the directory's rights nor
+    // any flag keeps it.
+    const bool isDirectory = S_ISDIR(facts.stx_mode);
+    if (::unlinkat(folder, name, isDirectory ? 0 : AT_REMOVEDIR) == 0)
+        return FailWithCode(base::kSharingViolation);  // it has become the other kind
+    return errno == (isDirectory ? EISDIR : ENOTDIR) || FailWithErrno();
+}
+
 bool RemoveFile(const std::string& path) {
     const auto native = NativePath(path);
     return native ? RemoveFileAt(AT_FDCWD, native->c_str()) : FailWithErrno();
@@ -51,6 +63,11 @@ bool RemoveFile(const std::string& path) {
 bool RemoveEmptyDirectory(const std::string& path) {
     const auto native = NativeName(path);
     return native ? RemoveEmptyDirectoryAt(AT_FDCWD, native->c_str()) : FailWithErrno();
+}
+
+bool MayRemove(const std::string& path) {
+    const auto native = NativeName(path);
+    return native ? MayRemoveAt(AT_FDCWD, native->c_str()) : FailWithErrno();
 }
 
 bool MakeOneDirectory(const std::string& path) {

@@ -44,13 +44,6 @@ bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Returns whether something is mounted on the file, which then cannot be removed.
-bool IsMountPoint(const FileHandle& file) {
-    struct ::statx facts {};
-    return ::statx(file.Get(), "", AT_EMPTY_PATH, 0, &facts) == 0 &&
-           (facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
-}
-
 bool KeepForOwner(const FileHandle& file) {
     return ::fchmod(file.Get(), S_IRUSR | S_IWUSR) == 0 || FailWithErrno();
 }
@@ -107,12 +100,7 @@ bool Entry::Open(const std::string& native) {
     return m_directory || FailWithErrno();
 }
 
-bool Entry::MayRemove() const {
-    // A file is refused for not being a directory only when neither its directory nor its flags keep it.
-    if (::unlinkat(m_directory.Get(), m_name.c_str(), AT_REMOVEDIR) == 0)
-        return FailWithCode(base::kSharingViolation);  // a directory had taken its place
-    return errno == ENOTDIR || FailWithErrno();
-}
+bool Entry::MayRemove() const { return MayRemoveAt(m_directory.Get(), m_name.c_str()); }
 
 bool Entry::IsThere() const {
     struct ::stat ignored {};
@@ -168,7 +156,6 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
     if (!original.Open(*fromName) || !copy.Open(*toName) || !original.MayRemove() ||
         !source.Open(from, O_NOFOLLOW))
         return false;
-    if (IsMountPoint(source.file)) return FailWithCode(base::kSharingViolation);
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
     if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
         return false;

@@ -19,8 +19,9 @@ inline bool IsSpecial(const struct ::stat& status) {
 
 /// SizeOfFile for a native name in an open directory.
 std::optional<std::uint64_t> SizeOfFileAt(int folder, const char* name);
-/// RemoveFile and RemoveEmptyDirectory for a native name in an open directory.
+/// RemoveFile, RemoveEmptyDirectory and MayRemove for a native name in an open directory.
 bool RemoveFileAt(int folder, const char* name);
 bool RemoveEmptyDirectoryAt(int folder, const char* name);
+bool MayRemoveAt(int folder, const char* name);
 
 }  // namespace quillon::platform

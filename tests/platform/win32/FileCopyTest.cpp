@@ -12,6 +12,7 @@
 #include "platform/FileApi.h"
 #include "platform/SecurityApi.h"
 #include "platform/win32/WindowsHeaders.h"
+#include "quillon/FileSystemUtils.h"
 #include "support/TempDir.h"
 
 namespace fs = std::filesystem;
@@ -113,6 +114,18 @@ TEST_F(FileCopy, MoveWhoseOriginalMustStayLeavesNoCopy) {
     }
     dir.SetReadOnly("source", false);
     fs::remove_all(folder);
+}
+
+TEST_F(FileCopy, RenameOverADirectoryInUseErasesNothing) {
+    const std::string source = dir.Write("source", "new");
+    dir.Write("tree/inner", "old");
+    const FileHandle user(::CreateFileW(dir.Native("tree").c_str(), FILE_LIST_DIRECTORY,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    ASSERT_TRUE(user);
+    EXPECT_FALSE(FileSystemUtils::RenameFile(source, dir.Path("tree"), true));
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(dir.Read("source") + dir.Read("tree/inner"), "newold");
 }
 
 TEST_F(FileCopy, RightsAreReadAndGivenByHandle) {

@@ -100,6 +100,7 @@ TEST_F(Mounts, MoveThatCannotEndKeepsWhatItWasToReplace) {
         {"a directory, by a link, which stays on its volume", "link", "disk\\tree", 17},
         {"a file, by one that cannot be removed", "fixed\\source", "target", 19},
         {"a directory, by one that cannot be removed", "fixed\\source", "disk\\tree", 19},
+        {"a file system that is mounted, by a file", "large", "disk", 32},
     };
     for (const auto& [what, from, to, code] : cases) {
         SCOPED_TRACE(what);
