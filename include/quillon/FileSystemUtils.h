@@ -218,10 +218,11 @@ public:
     /// beside it (`<name>.quillon-<number>`): nothing is deleted when that fails, as to another
     /// volume (a directory or a link: 17) or on a full disk, when the source is missing (2), when
     /// one of the two holds the other (183, 87), or when the target itself is in use or mounted (32).
-    /// A path that is renamed to itself stays, with true; to another spelling it takes that. A failed
-    /// deletion is logged as by EraseFile(). A pipe, a socket or a device is not replaced (5). Without
-    /// `overwrite` an existing target gives false (183, ERROR_ALREADY_EXISTS). A failed move leaves the
-    /// code in errno too.
+    /// A file that somebody writes to meanwhile does not go to another volume (32). A path that is
+    /// renamed to itself stays, with true; to another spelling it takes that. A failed deletion is
+    /// logged as by EraseFile(). A pipe, a socket or a device is not replaced (5). Without
+    /// `overwrite` an existing target gives false (183, ERROR_ALREADY_EXISTS). A failed move leaves
+    /// the code in errno too.
     static bool RenameFile(const std::string& from, const std::string& to, bool overwrite);
     /// Renames path.(N-1) to path.N, and so on down to path to path.1, after deleting path.N, N
     /// being `generations`; a gap in the numbers ends the row. Returns false at the first move

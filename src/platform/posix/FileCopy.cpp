@@ -27,6 +27,7 @@ constexpr mode_t kPermissions = 0777;
 /// A file that is copied: open, regular, and as it was when it was opened.
 struct Source {
     bool Open(const std::string& path, int flags);
+    [[nodiscard]] bool IsAsItWas() const;
 
     FileHandle file;
     struct ::stat facts {};
@@ -44,8 +45,21 @@ bool IsSameFile(const struct ::stat& a, const struct ::stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+/// Returns whether it is the file that was opened, and holds what it held then: what is written to it later
+/// is in no copy.
+bool IsUnchanged(const struct ::stat& now, const struct ::stat& then) {
+    return IsSameFile(now, then) && now.st_size == then.st_size &&
+           now.st_mtim.tv_sec == then.st_mtim.tv_sec && now.st_mtim.tv_nsec == then.st_mtim.tv_nsec;
+}
+
 bool KeepForOwner(const FileHandle& file) {
     return ::fchmod(file.Get(), S_IRUSR | S_IWUSR) == 0 || FailWithErrno();
+}
+
+bool Source::IsAsItWas() const {
+    struct ::stat now {};
+    if (::fstat(file.Get(), &now) != 0) return FailWithErrno();
+    return IsUnchanged(now, facts) || FailWithCode(base::kSharingViolation);
 }
 
 /// Gives the copy what the copy of Windows takes along in addition to the content.
@@ -79,8 +93,8 @@ public:
     /// Returns whether the file could be removed, so that nothing is replaced for a move that cannot end.
     [[nodiscard]] bool MayRemove() const;
     [[nodiscard]] bool IsThere() const;
-    /// Removes the name, unless another file has it by now: what was put there in the last moment is seen
-    /// under a name that nobody else knows, and gets its own back.
+    /// Removes the name, unless another file has it by now, or the file was written to: what was put there in
+    /// the last moment is seen under a name that nobody else knows, and gets its own back.
     [[nodiscard]] bool RemoveSame(const struct ::stat& facts) const;
 
 private:
@@ -110,7 +124,7 @@ bool Entry::IsThere() const {
 bool Entry::HasFile(const std::string& name, const struct ::stat& facts) const {
     struct ::stat now {};
     if (::fstatat(m_directory.Get(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0) return FailWithErrno();
-    return IsSameFile(now, facts) || FailWithCode(base::kSharingViolation);
+    return IsUnchanged(now, facts) || FailWithCode(base::kSharingViolation);
 }
 
 bool Entry::Rename(const std::string& from, const std::string& to) const {
@@ -157,7 +171,8 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
         !source.Open(from, O_NOFOLLOW))
         return false;
     auto target = NewFile::Create(to, ifThere, NewFile::Access::OwnerOnly);
-    if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()))
+    if (!target || !CopyContent(source.file, target->Handle()) || !TakeAll(source, target->Handle()) ||
+        !source.IsAsItWas())
         return false;
     return target->Commit() && FinishMove(original, source, copy, *target, ifThere);
 }

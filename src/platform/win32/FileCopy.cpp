@@ -126,6 +126,11 @@ bool MoveToOtherVolume(const std::string& from, const std::string& to, NewFile::
     const auto original = ExtendedPath(from);
     // Nothing is replaced for a move that cannot end.
     if (!original || !OpenToRemove(*original)) return false;
+    // What is written to it meanwhile would be removed with it.
+    const FileHandle withoutWriters(::CreateFileW(original->c_str(), GENERIC_READ,
+                                                  FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                                  FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!withoutWriters) return false;
     Source source;
     if (!source.Open(from)) return false;
     if (IdentityOf(from) != source.identity) return FailWithCode(ERROR_SHARING_VIOLATION);  // a link by now

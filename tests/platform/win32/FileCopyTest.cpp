@@ -116,6 +116,19 @@ TEST_F(FileCopy, MoveWhoseOriginalMustStayLeavesNoCopy) {
     fs::remove_all(folder);
 }
 
+TEST_F(FileCopy, FileThatIsWrittenToIsNotMovedToAnotherVolume) {
+    const fs::path memory = "Z:\\dev\\shm";
+    if (!fs::is_directory(memory)) GTEST_SKIP() << "there is one volume";
+    const std::string source = dir.Write("source", "x");
+    const fs::path moved = memory / dir.Native().filename();
+    const FileHandle writer(::CreateFileW(dir.Native("source").c_str(), FILE_APPEND_DATA,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                          OPEN_EXISTING, 0, nullptr));
+    EXPECT_FALSE(MovePath(source, test::ToLibraryPath(moved)));
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_TRUE(dir.Exists("source") && !fs::exists(moved));
+}
+
 TEST_F(FileCopy, RenameOverADirectoryInUseErasesNothing) {
     const std::string source = dir.Write("source", "new");
     dir.Write("tree/inner", "old");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 namespace quillon::test {
 
@@ -23,6 +24,8 @@ struct FailingFileCalls {
     int seen = 0;     ///< calls until now
     /// A write takes only half of what it is given, as on a disk that is nearly full.
     bool writesHalf = false;
+    /// What somebody else does in the next call of futimens.
+    std::function<void()> meanwhile{};
 };
 FailingFileCalls& ThisThreadsFileCalls();
 

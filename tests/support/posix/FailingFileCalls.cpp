@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <utility>
 
 #include "support/posix/FailingCalls.h"
 #include "support/posix/RefusedCalls.h"
@@ -26,6 +27,11 @@ bool Fails() {
     return true;
 }
 
+bool FailsMeanwhile() {
+    if (const auto act = std::exchange(ThisThreadsFileCalls().meanwhile, {})) act();
+    return Fails();
+}
+
 /// Whether the call fails by its number, or because calls of its kind are refused.
 bool Fails(RefusedCalls::Call call, int code) { return Fails() || RefuseCall(call, code); }
 
@@ -34,6 +40,7 @@ bool Fails(RefusedCalls::Call call, int code) { return Fails() || RefuseCall(cal
 }  // namespace quillon::test
 
 using quillon::test::Fails;
+using quillon::test::FailsMeanwhile;
 using quillon::test::RefuseCall;
 using quillon::test::RefusedCalls;
 using quillon::test::TheRefusedCalls;
@@ -81,7 +88,7 @@ WRAP(Fails(), sync_file_range, (int file, off64_t offset, off64_t count, unsigne
      (file, offset, count, flags))
 WRAP(Fails(), fchown, (int file, uid_t user, gid_t group), (file, user, group))
 WRAP(Fails(), fchmod, (int file, mode_t mode), (file, mode))
-WRAP(Fails(), futimens, (int file, const timespec times[2]), (file, times))
+WRAP(FailsMeanwhile(), futimens, (int file, const timespec times[2]), (file, times))
 WRAP(Fails(), rename, (const char* from, const char* to), (from, to))
 WRAP(Fails(), renameat, (int from, const char* name, int to, const char* newName), (from, name, to, newName))
 WRAP(Fails(RefusedCalls::Rename, EACCES), renameat2,

@@ -17,6 +17,7 @@
 #include "platform/Handle.h"
 #include "quillon/FileSystemUtils.h"
 #include "support/TempDir.h"
+#include "support/posix/FailingCalls.h"
 
 namespace fs = std::filesystem;
 
@@ -129,6 +130,16 @@ TEST_F(Mounts, MoveOfAFileThatCannotBeRemovedReplacesNothing) {
         EXPECT_EQ(dir.Read(name) + dir.Read("disk/target"), "newold") << name;
     }
     ::ioctl(file.Get(), FS_IOC_SETFLAGS, &before);
+}
+
+TEST_F(Mounts, WhatIsWrittenWhileAFileIsMovedIsNotRemovedWithIt) {
+    if (!Mount("disk")) GTEST_SKIP() << "nothing can be mounted: " << std::strerror(errno);
+    const std::string source = dir.Write("source", "first");
+    const std::string target = dir.Write("disk/target", "old");
+    test::ThisThreadsFileCalls().meanwhile = [this] { dir.Write("source", "first and second "); };
+    EXPECT_FALSE(FS::RenameFile(source, target, true));
+    EXPECT_EQ(platform::LastError(), 32U);
+    EXPECT_EQ(dir.Read("source") + dir.Read("disk/target"), "first and second old");
 }
 
 TEST_F(Mounts, MoveToAnotherVolumeKeepsOwnerModeAndTime) {
