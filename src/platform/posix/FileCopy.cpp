@@ -1,10 +1,12 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/ErrorCodes.h"
@@ -70,6 +72,23 @@ bool TakeModeAndTime(const struct ::stat& source, const FileHandle& target) {
            FailWithErrno();
 }
 
+/// Gives the copy the extended attributes that users set, and capabilities if it `isOwned` by the same user
+/// as the source. Not every file system has them, and the content is whole without them.
+void TakeAttributes(const FileHandle& source, const FileHandle& target, bool isOwned) {
+    constexpr std::size_t kMost = 64 * 1024;  // of all names, and of one value
+    std::string names(kMost, '\0'), value(kMost, '\0');
+    const ::ssize_t length = ::flistxattr(source.Get(), names.data(), names.size());
+    names.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    for (std::size_t at = 0; at < names.size();) {
+        const char* const name = names.c_str() + at;
+        const std::string_view text = name;
+        at += text.size() + 1;
+        if (!text.starts_with("user.") && !(isOwned && text == "security.capability")) continue;
+        const ::ssize_t size = ::fgetxattr(source.Get(), name, value.data(), value.size());
+        if (size >= 0) ::fsetxattr(target.Get(), name, value.data(), static_cast<std::size_t>(size), 0);
+    }
+}
+
 /// Gives the copy all that a moved file keeps. Only root may give files away.
 bool TakeAll(const Source& source, const FileHandle& target) {
     constexpr mode_t kAllBits = 07777;
@@ -80,6 +99,7 @@ bool TakeAll(const Source& source, const FileHandle& target) {
     const bool isKept = isGiven && list;
     const mode_t bits = facts.st_mode & (isKept ? kAllBits : kPermissions & ~mode_t{S_IRWXG});
     const ::timespec times[] = {facts.st_atim, facts.st_mtim};
+    TakeAttributes(source.file, target, isGiven);
     const bool isTaken = WriteAccessList(NameOfDescriptor(target.Get()), isKept ? *list : std::string()) &&
                          ::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0;
     return isTaken || FailWithErrno();

@@ -152,7 +152,13 @@ TEST_F(Mounts, MoveToAnotherVolumeKeepsOwnerModeAndTime) {
     struct ::stat before {
     }, after{};
     ASSERT_EQ(::stat(native.c_str(), &before), 0);
+    const bool hasAttributes = ::setxattr(native.c_str(), "user.origin", "web", 3, 0) == 0 &&
+                               ::setxattr(dir.Native("disk").c_str(), "user.origin", "web", 3, 0) == 0;
     EXPECT_TRUE(FS::RenameFile(dir.Path("source"), dir.Path("disk\\target"), true));
+    char origin[] = "none";
+    EXPECT_EQ(::getxattr(dir.Native("disk/target").c_str(), "user.origin", origin, 3),
+              hasAttributes ? 3 : -1);
+    EXPECT_STREQ(origin, hasAttributes ? "webe" : "none");
     ASSERT_EQ(::stat(dir.Native("disk/target").c_str(), &after), 0);
     EXPECT_EQ(after.st_uid, 1234U);
     EXPECT_EQ(after.st_gid, 4321U);
