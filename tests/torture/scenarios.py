@@ -12,14 +12,14 @@ CODES = {0, 1, 2, 3, 6, 7}
 
 
 class Scenario:
-    """One method. `fixed`: the answer of a call that succeeds is always the same. `socket`: it is asked for there.
-    `wine`: it can be run there. `nullable`: the columns that are null, as the method documents, where something
-    cannot be told."""
+    """One method. `fixed`: the answer of a call that succeeds is always the same. `connects`: each request has a
+    connection of its own. `wine`: it can be run under Wine. `nullable`: the columns that are null, as the method
+    documents, where something cannot be told."""
 
     def __init__(self, method, parameters="", fixed=True, options="", prepare=None, check=None, served=True,
-                 socket=False, wine=True, nullable=()):
+                 connects=False, wine=True, nullable=()):
         self.name, self.parameters, self.fixed, self.options = method, parameters, fixed, options
-        self.prepare, self.check, self.served, self.socket = prepare, check, served, socket
+        self.prepare, self.check, self.served, self.connects = prepare, check, served, connects
         self.wine, self.nullable = wine, nullable
         self.as_process = not method.endswith("served")
 
@@ -48,7 +48,7 @@ class Scenario:
 
     def command(self, folder, system):
         extra = ["--data", system.path(folder), *self.extra(folder, system)]
-        if self.socket:
+        if self.connects:
             return ["serve", "--listen", system.address(folder), *extra]
         method = self.name.split(" ")[0]
         return ["run", method, *("=".join(pair) for pair in self.pairs(folder, system)), "--format", "json",
@@ -172,7 +172,7 @@ def scenarios():
         Scenario("Audit.Hold", "subcategory=0cce922b-69ae-11d9-bed3-505054503030|seconds=0", wine=False),
         Scenario("System.Info", fixed=False),
         Scenario("System.Metrics", fixed=False),
-        Scenario("Network.Resolve over connections", "host=localhost|timeout=5", socket=True),
+        Scenario("Network.Resolve over connections", "host=localhost|timeout=5", connects=True),
         Scenario("Commands.Run with a log", "command=cmd /c echo one", options="--log {dir}/agent.log --level trace",
                  prepare=_full_log, check=_is_log_kept, served=False, fixed=False),
         Scenario("Commands.Run with JSON log", "command=cmd /c echo one", prepare=_full_log, check=_is_log_kept,

@@ -117,7 +117,7 @@ class Agent:
         return self.process.returncode
 
 
-class SocketAgent(Agent):
+class ListeningAgent(Agent):
     """Serves at a Unix socket or a named pipe; each request has a connection of its own."""
 
     def __init__(self, options, folder, extra):
@@ -155,7 +155,7 @@ class Torture:
         self.start()
 
     def start(self):
-        kind = SocketAgent if self.scenario.socket else Agent
+        kind = ListeningAgent if self.scenario.connects else Agent
         self.agent = kind(self.options, self.folder, self.scenario.extra(self.folder, self.options.system))
         for _ in range(WARM_UP):
             begin = time.monotonic()

@@ -30,7 +30,7 @@ Run = collections.namedtuple("Run", "code output errors")
 
 def run_agent(options, scenario, folder, board):
     """None when the agent does not end."""
-    if scenario.socket:
+    if scenario.connects:
         served = run_server(options, scenario, folder, board, LIMIT)
         return served and Run(*served)
     command = [*options.system.agent, *scenario.command(folder, options.system)]
@@ -45,7 +45,7 @@ def run_agent(options, scenario, folder, board):
 def is_success(scenario, run):
     if run is None or run.code != 0:
         return False
-    return not scenario.socket or (run.output != b"" and json.loads(run.output)["code"] == 0)
+    return not scenario.connects or (run.output != b"" and json.loads(run.output)["code"] == 0)
 
 
 def judge(system_, scenario, folder, run, expected):
@@ -56,7 +56,7 @@ def judge(system_, scenario, folder, run, expected):
         return "crash", f"code {run.code}: {run.errors[-300:]!r}"
     if run.code not in CODES or (run.code != 0 and not run.errors.strip()):
         return "unclear", f"code {run.code}, message {run.errors!r}"
-    if run.code == 0 and scenario.socket and not is_success(scenario, run):
+    if run.code == 0 and scenario.connects and not is_success(scenario, run):
         said = json.loads(run.output)["message"] if run.output else run.errors.strip()
         return None if said else ("unclear", f"{run.output!r}, and nothing says why")
     if run.code == 0 and not scenario.agrees(run.output, expected):
