@@ -19,9 +19,9 @@ enum class StreamUse {
 /// Tells what a stream leads to at this moment.
 StreamUse UseOfStream(StandardStream stream);
 /// Writes a text whose lines end in LF and returns how much of it was taken. A `use` of Reader takes as
-/// much as fits at once, and nothing once nobody reads; no signal reaches the host. The caller tells what
-/// UseOfStream() answered last and calls it on one thread at a time.
-std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text);
+/// much as fits at once, and nothing once nobody reads or without memory; no signal reaches the host. The
+/// caller tells what UseOfStream() answered last and calls it on one thread at a time.
+std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text) noexcept;
 /// Returns whether a stream takes a short text now, without waiting.
 bool TakesText(StandardStream stream);
 

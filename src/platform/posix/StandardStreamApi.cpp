@@ -136,7 +136,7 @@ StreamUse UseOfStream(StandardStream stream) {
     return S_ISCHR(status.st_mode) && ::isatty(descriptor) == 0 ? StreamUse::Sink : StreamUse::Reader;
 }
 
-std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text) {
+std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text) noexcept {
     if (use == StreamUse::Closed) return 0;
     if (use == StreamUse::Null) return text.size();
     if (use == StreamUse::Reader) return WriteToReader(stream, text);

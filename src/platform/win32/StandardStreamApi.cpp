@@ -3,6 +3,7 @@
 #include <io.h>
 
 #include <cstdint>
+#include <new>
 #include <string>
 
 #include "platform/win32/LineEnds.h"
@@ -76,7 +77,7 @@ StreamUse UseOfStream(StandardStream stream) {
                                                                           : StreamUse::Reader;
 }
 
-std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text) {
+std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view text) noexcept try {
     const HANDLE handle = HandleOf(stream);
     if (use == StreamUse::Closed || !IsOpen(handle)) return 0;
     const std::string bytes = WithCrLf(text);
@@ -85,6 +86,8 @@ std::size_t WriteToStream(StandardStream stream, StreamUse use, std::string_view
     DWORD count = 0;
     const BOOL written = ::WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
     return written != 0 && count == bytes.size() ? text.size() : 0;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 bool TakesText(StandardStream stream) {
