@@ -13,6 +13,7 @@
 #include <chrono>
 #include <filesystem>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -152,11 +153,13 @@ void GiveLocks() {
     if (!HasLog4cplusEnded()) RootImpl().appender_list_mutex.unlock();
 }
 
-/// log4cplus keeps the identifier of the thread that has forked.
-void ForgetThreadNumber() {
+/// log4cplus keeps the identifier of the thread that has forked. Without memory it stays: neither a fork nor
+/// the end of the process may fail for it.
+void ForgetThreadNumber() noexcept try {
     const std::string& name = log4cplus::thread::getCurrentThreadName2();
     if (name.find_first_not_of("0123456789") == std::string::npos)
         log4cplus::thread::setCurrentThreadName2("");
+} catch (const std::bad_alloc&) {
 }
 
 void RenewLocks() {
