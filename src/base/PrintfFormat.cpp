@@ -71,6 +71,13 @@ std::optional<long long> TakeNumber(const char*& at) {
     return number;
 }
 
+/// Returns how many characters say how long the argument is.
+std::size_t LengthOfLength(std::string_view text) {
+    for (const std::string_view ofWindows : {"I64", "I32", "I"})
+        if (text.starts_with(ofWindows)) return ofWindows.size();
+    return std::min(text.find_first_not_of("hljztLqw"), text.size());
+}
+
 /// Reads what stands behind a percent sign.
 Conversion TakeConversion(const char*& at) {
     Conversion conversion;
@@ -85,10 +92,7 @@ Conversion TakeConversion(const char*& at) {
             conversion.takesPrecision ? std::nullopt : std::optional(TakeNumber(at).value_or(0));
     }
     const std::string_view rest = at;
-    const bool hasBits = rest.starts_with("I64") || rest.starts_with("I32");
-    conversion.length = hasBits                 ? rest.substr(0, 3)
-                        : rest.starts_with("I") ? rest.substr(0, 1)
-                                                : rest.substr(0, std::strspn(at, "hljztLqw"));
+    conversion.length = rest.substr(0, LengthOfLength(rest));
     at += conversion.length.size();
     conversion.kind = *at;
     if (*at != '\0') ++at;
@@ -401,8 +405,6 @@ bool FormatTo(std::FILE* stream, const char* format, std::va_list arguments) {
     if (length < 0) return false;
     if (static_cast<std::size_t>(length) < sizeof usual) {
         std::fwrite(usual, 1, static_cast<std::size_t>(length), stream);
-    } else if (IsPlain(format, kMostOfNumber)) {
-        std::vfprintf(stream, format, arguments);
     } else {
         va_copy(copy, arguments);
         Formatter(stream, copy).Follow(format);

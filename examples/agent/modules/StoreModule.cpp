@@ -11,11 +11,11 @@
 #include "modules/TableLayout.h"
 #include "modules/Waiting.h"
 #include "modules/WmiCall.h"
-#include "quillon/FileSystemUtils.h"
 #include "quillon/MethodParameterValidation.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/SqlApplicationDataStore.h"
 #include "sql/DatabaseFolder.h"
+#include "sql/SqliteDatabase.h"
 
 namespace quillon::agent {
 
@@ -121,7 +121,7 @@ bool FetchLines(const Source& source, InvocationResult& result) {
         !RunCommand(source.command, true, result))
         return false;
     DataTable& table = result.resultTable;
-    table.SetDefaultColumnNames(table.GetColumnNames());
+    table.SetDefaultColumnNames(table.GetColumnNames());  // they stay though no row is left
     for (long long left = source.skip; left > 0 && !table.Empty(); --left) table.RemoveRow(0);
     return true;
 }
@@ -179,20 +179,16 @@ void Query(DescribedBinder& binder, InvocationResult& result) {
              result);
 }
 
-/// A database that is too damaged to be opened is moved aside, and a new one, which is sound, is opened.
-std::uint32_t CountMovedAside(const std::string& database) {
-    const auto file = ServiceLocator::Get<DatabaseFolder>()->FileOf(database);
-    return FileSystemUtils::FindFiles(*file + ".corrupt.*", nullptr);
-}
-
 void Check(DescribedBinder& binder, InvocationResult& result) {
     std::string database;
     binder.Add("database", database);
     if (!binder.Bind(result) || !IsThere(database, result)) return;
-    const std::uint32_t movedBefore = CountMovedAside(database);
+    // One that is too damaged to be opened is moved aside, and a new one, which is sound, is opened.
+    const auto file = ServiceLocator::Get<DatabaseFolder>()->FileOf(database);
+    const std::uint32_t movedBefore = SqliteDatabase::CountMovedAside(*file);
     SqlApplicationDataStore store(database);
     std::vector<std::string> faults;
-    if (CountMovedAside(database) > movedBefore)
+    if (SqliteDatabase::CountMovedAside(*file) > movedBefore)
         faults.emplace_back("The file could not be opened as a database and was moved aside");
     const bool isSound = store.Check(faults) && faults.empty();
     result.resultTable.SetDefaultColumnNames({"Database", "Fault"});

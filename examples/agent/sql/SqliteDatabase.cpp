@@ -12,6 +12,8 @@ namespace {
 
 constexpr const char* kProperties = "quillon_properties";
 
+constexpr const char* kAside = ".corrupt.";
+
 SqliteTable Locate(const std::string& tableName) {
     return {tableName.starts_with("temp.") ? "temp" : "main", tableName};
 }
@@ -31,7 +33,7 @@ bool IsFree(const std::string& file) {
 std::string FreeNameBeside(const std::string& file) {
     constexpr int kMostCopies = 100;
     for (int number = 1; number <= kMostCopies; ++number) {
-        std::string name = file + ".corrupt." + std::to_string(number);
+        std::string name = file + kAside + std::to_string(number);
         if (IsFree(name)) return name;
     }
     return {};
@@ -66,6 +68,10 @@ std::unique_ptr<SqliteDatabase> SqliteDatabase::Open(const std::string& name, co
     std::unique_ptr<SqliteDatabase> database(
         new SqliteDatabase(name, Place{folder, libraryPath}, busyMilliseconds));
     return database->Open() ? std::move(database) : nullptr;
+}
+
+std::uint32_t SqliteDatabase::CountMovedAside(const std::string& libraryPath) {
+    return FileSystemUtils::FindFiles(libraryPath + kAside + '*', nullptr);
 }
 
 std::unique_ptr<SqliteDatabase> SqliteDatabase::OpenInMemory(const std::string& name,

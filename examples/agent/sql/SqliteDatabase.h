@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,8 @@ public:
     /// The folder of the file is made whenever it is missing.
     static std::unique_ptr<SqliteDatabase> Open(const std::string& name, const DatabaseFolder& folder,
                                                 const std::string& libraryPath, int busyMilliseconds);
+    /// Returns how many damaged files of the database there are that were moved aside.
+    static std::uint32_t CountMovedAside(const std::string& libraryPath);
     /// The database in memory of that name; see SqliteConnection::OpenInMemory().
     static std::unique_ptr<SqliteDatabase> OpenInMemory(const std::string& name,
                                                         const std::string& memoryName, int busyMilliseconds);

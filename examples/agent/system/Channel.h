@@ -5,8 +5,7 @@
 
 namespace quillon::agent {
 
-/// A stream of bytes to and from one client. One thread
-/// reads and one writes at a time.
+/// A stream of bytes to and from one client. One thread reads and one writes at a time.
 class Channel {
 public:
     virtual ~Channel() = default;

@@ -1,5 +1,6 @@
 #include "platform/posix/AccessList.h"
 
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include <cerrno>
@@ -26,6 +27,15 @@ std::optional<std::string> ReadAccessList(const std::string& native, std::size_t
 bool WriteAccessList(const std::string& native, const std::string& list) {
     if (list.empty()) return ::removexattr(native.c_str(), kAccessList) == 0 || IsForLackOfList(errno);
     return ::setxattr(native.c_str(), kAccessList, list.data(), list.size(), 0) == 0;
+}
+
+bool CopyAccess(int source, int target, mode_t mode, bool isGroupKept) {
+    constexpr std::size_t kMostOfList = 64 * 1024;
+    constexpr mode_t kWithoutGroup = S_IRWXU | S_IRWXO;
+    const auto list = ReadAccessList(NameOfDescriptor(source), kMostOfList);
+    const bool isKept = isGroupKept && list;
+    return WriteAccessList(NameOfDescriptor(target), isKept ? *list : std::string()) &&
+           ::fchmod(target, isKept ? mode : mode & kWithoutGroup) == 0;
 }
 
 std::string NameOfDescriptor(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }

@@ -92,16 +92,12 @@ void TakeAttributes(const FileHandle& source, const FileHandle& target, bool isO
 /// Gives the copy all that a moved file keeps. Only root may give files away.
 bool TakeAll(const Source& source, const FileHandle& target) {
     constexpr mode_t kAllBits = 07777;
-    constexpr std::size_t kMostOfList = 64 * 1024;
     const struct ::stat& facts = source.facts;
     const bool isGiven = ::fchown(target.Get(), facts.st_uid, facts.st_gid) == 0;
-    const auto list = ReadAccessList(NameOfDescriptor(source.file.Get()), kMostOfList);
-    const bool isKept = isGiven && list;
-    const mode_t bits = facts.st_mode & (isKept ? kAllBits : kPermissions & ~mode_t{S_IRWXG});
     const ::timespec times[] = {facts.st_atim, facts.st_mtim};
     TakeAttributes(source.file, target, isGiven);
-    const bool isTaken = WriteAccessList(NameOfDescriptor(target.Get()), isKept ? *list : std::string()) &&
-                         ::fchmod(target.Get(), bits) == 0 && ::futimens(target.Get(), times) == 0;
+    const bool isTaken = CopyAccess(source.file.Get(), target.Get(), facts.st_mode & kAllBits, isGiven) &&
+                         ::futimens(target.Get(), times) == 0;
     return isTaken || FailWithErrno();
 }
 

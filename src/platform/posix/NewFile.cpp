@@ -139,14 +139,8 @@ bool NewFile::TakeSecurity() {
     constexpr auto kSame = static_cast<::uid_t>(-1);
     bool isGroupKept = ::fchown(file, old.st_uid, old.st_gid) == 0;
     if (!isGroupKept) isGroupKept = ::fchown(file, kSame, old.st_gid) == 0;
-    constexpr std::size_t kMostOfList = 64 * 1024;
-    const auto list = ReadAccessList(NameOfDescriptor(m_state->oldFile.Get()), kMostOfList);
-    // The group's bits count for the old group only, and where there is a list, only together with it.
-    const bool isKept = isGroupKept && list;
-    const mode_t mode = isKept ? old.st_mode : old.st_mode & ~mode_t{S_IRWXG};
-    const bool isTaken = WriteAccessList(NameOfDescriptor(file), isKept ? *list : std::string()) &&
-                         ::fchmod(file, mode & kPermissions) == 0;
-    return isTaken || FailWithErrno();
+    return CopyAccess(m_state->oldFile.Get(), file, old.st_mode & kPermissions, isGroupKept) ||
+           FailWithErrno();
 }
 
 bool NewFile::Commit() {
