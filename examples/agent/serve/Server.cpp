@@ -77,6 +77,7 @@ private:
     };
     using Clients = std::list<Client>;
 
+    void Add(const std::shared_ptr<Channel>& channel);
     void Run(Clients::iterator client);
 
     const Host& m_host;
@@ -89,23 +90,30 @@ private:
 };
 
 void Sessions::Start(std::unique_ptr<Channel> channel) {
-    std::unique_lock lock(m_mutex);
+    const auto client = AwaitMemory([&] { return std::shared_ptr<Channel>(std::move(channel)); });
+    try {
+        AwaitMemory([&] { Add(client); });
+    } catch (const std::system_error& error) {  // no thread
+        ServiceLocator::Get<ICLogger>()->Error("A client cannot be served: %s", error.what());
+    }
+}
+
+/// Changes nothing when it throws.
+void Sessions::Add(const std::shared_ptr<Channel>& channel) {
+    const std::lock_guard lock(m_mutex);
     if (m_clients.size() >= kMostClients) {
         channel->Write(
             WriteAnswer(Request::kNoId, InvocationResult::kSystemFailure, "Too many clients are connected"));
         return;
     }
-    auto client = m_clients.end();
+    const auto client = m_clients.emplace(m_clients.end());
     try {
-        client = m_clients.emplace(client);
-        client->session = std::make_shared<Session>(m_host, m_pool, std::move(channel));
+        client->session = std::make_shared<Session>(m_host, m_pool, channel);
         if (m_isStopped) client->session->Stop();
         client->thread = std::thread([this, client] { Run(client); });
-    } catch (const std::exception& error) {  // no thread, or no memory
-        if (client != m_clients.end()) m_clients.erase(client);
-        lock.unlock();
-        AwaitMemory(
-            [&] { ServiceLocator::Get<ICLogger>()->Error("A client cannot be served: %s", error.what()); });
+    } catch (...) {
+        m_clients.erase(client);
+        throw;
     }
 }
 
@@ -177,7 +185,7 @@ int ServeAddress(Sessions& sessions, const std::string& address) {
     });
     ServiceLocator::Get<ICLogger>()->Info("Serving at '%s'", address.c_str());
     TellReady();
-    // A client that there is no memory for is disconnected.
+    // A client that there is no memory for waits.
     while (auto client = AwaitMemory([&] { return listener->Accept(); })) sessions.Start(std::move(client));
     sessions.StopAll();
     AwaitCalls(sessions);

@@ -33,7 +33,7 @@ bool IsBlank(std::string_view line) { return line.find_first_not_of(" \t") == st
 
 }  // namespace
 
-Session::Session(const Host& host, CallPool& pool, std::unique_ptr<Channel> channel)
+Session::Session(const Host& host, CallPool& pool, std::shared_ptr<Channel> channel)
     : m_host(host),
       m_pool(pool),
       m_channel(std::move(channel)),

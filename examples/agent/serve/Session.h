@@ -27,7 +27,7 @@ public:
     /// While so many calls wait, no further line is read.
     static constexpr std::size_t kMostWaiting = 1024;
 
-    Session(const Host& host, CallPool& pool, std::unique_ptr<Channel> channel);
+    Session(const Host& host, CallPool& pool, std::shared_ptr<Channel> channel);
 
     /// Reads until the client ends or Stop(), and returns when every call is answered. The calls of a client
     /// that is gone are cancelled, at most a second later.
@@ -64,7 +64,7 @@ private:
 
     const Host& m_host;
     CallPool& m_pool;
-    const std::unique_ptr<Channel> m_channel;
+    const std::shared_ptr<Channel> m_channel;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<std::shared_ptr<Call>> m_waiting;
