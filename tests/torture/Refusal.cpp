@@ -11,6 +11,7 @@
 #include <netdb.h>
 #include <poll.h>
 #include <pthread.h>
+#include <pwd.h>
 #include <spawn.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
@@ -78,8 +79,13 @@ void ShowRefused() {
     isArmed = true;
 }
 
+/// Set while the thread looks up a name or an account. Such a call is refused as a whole: without memory in
+/// the middle of it glibc 2.36 ends the process, or uses what it has not made.
+[[gnu::tls_model("initial-exec")]] thread_local bool looksUp = false;
+
 /// Counts a call and says whether it fails; errno is then set.
 bool Refuse(Kind kind, int error) {
+    if (looksUp) return false;
     const Answer answer = CountArmed(kind, &Place);
     if (answer == Answer::Pass) return false;
     if (answer == Answer::RefuseAndShow) ShowRefused();
@@ -306,7 +312,7 @@ FORWARD(Socket, ENOBUFS, -1, ssize_t, sendto,
         (file, from, size, flags, to, toSize))
 FORWARD(Socket, EMFILE, -1, int, getifaddrs, (ifaddrs * *list), (list))
 
-// --- Look-ups: what they answer without the system ---
+// --- Look-ups, as a whole ---
 
 int RefuseLookup() {
     if (Refuse(LookupLater, 0)) return EAI_AGAIN;
@@ -314,18 +320,25 @@ int RefuseLookup() {
     return Refuse(LookupSystem, EMFILE) ? EAI_SYSTEM : 0;
 }
 
-int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** list) {
-    NEXT(getaddrinfo);
-    const int code = RefuseLookup();
-    return code != 0 ? code : next(node, service, hints, list);
-}
-
-int getnameinfo(const sockaddr* address, socklen_t size, char* host, socklen_t hostSize, char* service,
-                socklen_t serviceSize, int flags) {
-    NEXT(getnameinfo);
-    const int code = RefuseLookup();
-    return code != 0 ? code : next(address, size, host, hostSize, service, serviceSize, flags);
-}
+#define LOOK_UP(refuse, name, parameters, arguments) \
+    int name parameters {                            \
+        NEXT(name);                                  \
+        if (const int code = refuse) return code;    \
+        looksUp = true;                              \
+        const int result = next arguments;           \
+        looksUp = false;                             \
+        return result;                               \
+    }
+LOOK_UP(RefuseLookup(), getaddrinfo,
+        (const char* node, const char* service, const addrinfo* hints, addrinfo** list),
+        (node, service, hints, list))
+LOOK_UP(RefuseLookup(), getnameinfo,
+        (const sockaddr* address, socklen_t size, char* host, socklen_t hostSize, char* service,
+         socklen_t serviceSize, int flags),
+        (address, size, host, hostSize, service, serviceSize, flags))
+LOOK_UP(Refuse(Memory, ENOMEM) ? ENOMEM : 0, getpwuid_r,
+        (uid_t user, passwd* entry, char* texts, std::size_t size, passwd** found),
+        (user, entry, texts, size, found))
 
 // --- The clock of the day; the other one cannot fail ---
 
