@@ -12,6 +12,7 @@
 #include "quillon/StringUtils.h"
 #include "sql/SqliteStatement.h"
 #include "system/PrivateFile.h"
+#include "system/SystemErrorText.h"
 
 namespace quillon::agent {
 

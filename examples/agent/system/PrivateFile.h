@@ -9,7 +9,4 @@ namespace quillon::agent {
 /// path tells of the failure.
 void MakePrivateFile(const std::string& libraryPath);
 
-/// Returns the text of a code that the system gave a foreign library: errno, or a Windows error code.
-std::string SystemErrorText(int code);
-
 }  // namespace quillon::agent

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -19,7 +18,7 @@
 #include "quillon/ICLogger.h"
 #include "quillon/PathUtils.h"
 #include "quillon/ServiceLocator.h"
-#include "system/PrivateFile.h"
+#include "system/SystemErrorText.h"
 #include "system/posix/Descriptor.h"
 #include "system/posix/FileIdentity.h"
 #include "system/posix/StopEvent.h"
@@ -40,10 +39,7 @@ bool IsOwnAccount(int socket) {
 
 void WarnUnlessGone(const char* what) {
     if (errno == EPIPE || errno == ECONNRESET) return;
-    try {
-        ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, SystemErrorText(errno).c_str());
-    } catch (const std::bad_alloc&) {  // there is no memory to tell it with
-    }
+    ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, ReasonOf(errno).c_str());
 }
 
 class SocketChannel final : public Channel {

@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <system_error>
-
 #include "quillon/PathUtils.h"
 
 namespace quillon::agent {
@@ -15,7 +13,5 @@ void MakePrivateFile(const std::string& libraryPath) {
                             O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file >= 0) ::close(file);
 }
-
-std::string SystemErrorText(int code) { return std::generic_category().message(code); }
 
 }  // namespace quillon::agent

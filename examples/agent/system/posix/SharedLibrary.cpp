@@ -17,7 +17,7 @@
 #include <thread>
 
 #include "quillon/PathUtils.h"
-#include "system/PrivateFile.h"
+#include "system/SystemErrorText.h"
 
 namespace quillon::agent {
 

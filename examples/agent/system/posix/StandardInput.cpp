@@ -3,26 +3,21 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <new>
 #include <stdexcept>
 #include <string>
 
 #include "quillon/ICLogger.h"
 #include "quillon/ServiceLocator.h"
-#include "system/PrivateFile.h"
+#include "system/SystemErrorText.h"
 #include "system/posix/StopEvent.h"
 
 namespace quillon::agent {
 
 struct StandardInput::State {
-    /// With errno. The reason needs memory, which there may be none of.
+    /// With errno.
     void Fail() {
         hasFailed = true;
-        try {
-            ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s",
-                                                   SystemErrorText(errno).c_str());
-        } catch (const std::bad_alloc&) {
-        }
+        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s", ReasonOf(errno).c_str());
     }
 
     StopEvent stop;

@@ -4,7 +4,6 @@
 
 #include "quillon/CommandLineBuilder.h"
 #include "quillon/StringUtils.h"
-#include "system/PrivateFile.h"
 #include "system/SharedLibrary.h"
 #include "system/win32/Handle.h"
 #include "system/win32/LastErrorText.h"

@@ -14,7 +14,6 @@
 #include "quillon/ICLogger.h"
 #include "quillon/ServiceLocator.h"
 #include "quillon/StringUtils.h"
-#include "system/PrivateFile.h"
 #include "system/win32/Handle.h"
 #include "system/win32/LastErrorText.h"
 
@@ -70,7 +69,7 @@ void WarnUnlessGone(const char* what) {
     constexpr DWORD kExpected[] = {ERROR_BROKEN_PIPE, ERROR_NO_DATA, ERROR_PIPE_NOT_CONNECTED,
                                    ERROR_OPERATION_ABORTED};
     if (std::ranges::find(kExpected, code) == std::end(kExpected))
-        ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, ReasonOf(code).c_str());
+        ServiceLocator::Get<ICLogger>()->Warn("%s: %s", what, ReasonOf(static_cast<int>(code)).c_str());
 }
 
 class PipeChannel final : public Channel {

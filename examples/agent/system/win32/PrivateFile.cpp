@@ -17,9 +17,4 @@ void MakePrivateFile(const std::string& libraryPath) {
     ::CloseHandle(file);
 }
 
-std::string SystemErrorText(int code) {
-    std::string text = StringUtils::GetErrorAsString(code);
-    return StringUtils::Trim(text);
-}
-
 }  // namespace quillon::agent

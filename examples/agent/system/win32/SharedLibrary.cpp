@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "quillon/StringUtils.h"
-#include "system/PrivateFile.h"
 #include "system/win32/Handle.h"
 #include "system/win32/LastErrorText.h"
 #include "system/win32/LibraryTrial.h"
@@ -32,8 +31,6 @@ struct Free {
 };
 template <class T>
 using Local = std::unique_ptr<T, Free>;
-
-std::string ErrorText(DWORD code) { return SystemErrorText(static_cast<int>(code)); }
 
 /// Null with the system's last error.
 Handle Open(const std::string& path, DWORD access, DWORD share) {
@@ -115,7 +112,7 @@ std::string CheckOne(const std::wstring& path, DWORD rights) {
                                                OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
                                                nullptr, &list, nullptr, &held);
     const Local<void> descriptor(held);
-    if (code != ERROR_SUCCESS) return shown + ": " + ErrorText(code);
+    if (code != ERROR_SUCCESS) return shown + ": " + SystemErrorText(static_cast<int>(code));
     if (!IsTrusted(owner))
         return shown + " belongs to the account " + StringUtils::WideStringToNarrow(TextOf(owner));
     if (list == nullptr) return shown + " may be written by everybody";

@@ -104,7 +104,8 @@ std::size_t StandardInput::Read(char* bytes, std::size_t size) {
     if (shared->fault != ERROR_SUCCESS) {
         m_state->hasFailed = true;
         const DWORD fault = std::exchange(shared->fault, ERROR_SUCCESS);
-        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s", ReasonOf(fault).c_str());
+        ServiceLocator::Get<ICLogger>()->Error("Standard input cannot be read: %s",
+                                               ReasonOf(static_cast<int>(fault)).c_str());
     }
     const std::size_t count = shared->bytes.copy(bytes, size);
     shared->bytes.remove_prefix(count);
