@@ -34,7 +34,8 @@ class Board:
         self.lift()
         for index in range(len(KINDS)):
             self._set(index, 0)
-        self._set(_REFUSED, 0)
+        for index in (_REFUSED, _ENDS):  # a process that has ended by itself was not asked any more
+            self._set(index, 0)
         self._set(_KIND, KINDS.index(kind))
         self._set(_FOR_EVER, int(for_ever))
         self._set(_SHOWS, int(shows))
