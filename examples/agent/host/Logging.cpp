@@ -1,17 +1,15 @@
 #include "host/Logging.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
-#include <system_error>
 #include <vector>
 
 #include "quillon/CLogger.h"
 #include "quillon/JsonLinesLogger.h"
 #include "quillon/SystemLoggers.h"
 #include "quillon/TeeLogger.h"
-#include "system/Console.h"
+#include "system/LogFile.h"
 
 namespace quillon::agent {
 
@@ -39,14 +37,10 @@ Loggers& TheLoggers() {
     return loggers;
 }
 
-/// Makes the file, so that a log that cannot be written ends the agent before it does anything.
+/// A log that cannot be written ends the agent before it does anything.
 void CheckFile(const std::string& file) {
-    std::FILE* const stream = OpenToAppend(file);
-    if (stream == nullptr) {
-        const std::string reason = std::generic_category().message(errno);
-        throw std::runtime_error("Cannot open the log '" + file + "': " + reason);
-    }
-    std::fclose(stream);
+    const std::string fault = FaultOfLogFile(file);
+    if (!fault.empty()) throw std::runtime_error("Cannot open the log '" + file + "': " + fault);
 }
 
 ICLogger* StartFileLog(const LogSettings& settings, ICLogger::Level level) {

@@ -19,9 +19,6 @@ std::vector<std::string> GetArguments(int argc, char** argv);
 /// file has reached the size that it may have.
 void SecureStandardStreams();
 
-/// Opens a file of a UTF-8 name for appending. Null on failure, see errno. The caller closes the stream.
-std::FILE* OpenToAppend(const std::string& file);
-
 /// Takes the process's standard output away from everybody else: the stream
 /// returned writes there, byte for byte, and is not inherited by child processes;
 /// what the process writes to its standard output from now on goes to standard

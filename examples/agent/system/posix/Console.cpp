@@ -5,7 +5,6 @@
 #include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,7 +14,6 @@
 #include <thread>
 #include <utility>
 
-#include "quillon/PathUtils.h"
 #include "quillon/ThreadUtils.h"
 
 namespace quillon::agent {
@@ -70,13 +68,6 @@ void SecureStandardStreams() {
         opened = ::open("/dev/null", O_RDWR);
     } while (opened >= 0 && opened <= STDERR_FILENO);
     if (opened > STDERR_FILENO) ::close(opened);
-}
-
-std::FILE* OpenToAppend(const std::string& file) {
-    const int descriptor = ::open(PathUtils::ToSystemPath(file).c_str(),
-                                  O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
-                                  S_IRUSR | S_IWUSR | S_IRGRP);
-    return descriptor < 0 ? nullptr : ::fdopen(descriptor, "a");
 }
 
 std::FILE* TakeStandardOutput() {

@@ -74,10 +74,6 @@ void SecureStandardStreams() {
     }
 }
 
-std::FILE* OpenToAppend(const std::string& file) {
-    return ::_wfopen(StringUtils::NarrowStringToWide(file).c_str(), L"ab");
-}
-
 std::FILE* TakeStandardOutput() {
     const int taken = ::_dup(kStandardOutput);
     if (taken < 0) return nullptr;
