@@ -7,10 +7,22 @@
 
 namespace quillon {
 
+namespace {
+
+/// For destructors: without the memory for it what is there stays, and so it does when the host's logger
+/// throws.
+template <class Erase>
+void TryToErase(const std::string& path, const Erase& erase) noexcept try {
+    if (!path.empty()) erase(path);
+} catch (...) {
+}
+
+}  // namespace
+
 TemporaryFile::TemporaryFile() : m_path(FileSystemUtils::GetTemporaryFile()) {}
 
 TemporaryFile::~TemporaryFile() {
-    if (!m_path.empty()) FileSystemUtils::EraseFile(m_path, true);
+    TryToErase(m_path, [](const std::string& path) { FileSystemUtils::EraseFile(path, true); });
 }
 
 TemporaryFile::TemporaryFile(TemporaryFile&& other) noexcept : m_path(other.Release()) {}
@@ -26,7 +38,7 @@ TemporaryDirectory::TemporaryDirectory()
     : m_path(platform::CreateTemporaryDirectory(FileSystemUtils::GetSystemTempPath(), "vnt").value_or("")) {}
 
 TemporaryDirectory::~TemporaryDirectory() {
-    if (!m_path.empty()) FileSystemUtils::EraseDirectory(m_path);
+    TryToErase(m_path, [](const std::string& path) { FileSystemUtils::EraseDirectory(path); });
 }
 
 TemporaryDirectory::TemporaryDirectory(TemporaryDirectory&& other) noexcept : m_path(other.Release()) {}

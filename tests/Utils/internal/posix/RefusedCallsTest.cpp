@@ -13,9 +13,11 @@
 #include "platform/ProcessFactsApi.h"
 #include "quillon/FileSystemUtils.h"
 #include "quillon/TemporaryFile.h"
+#include "support/System.h"
 #include "support/TempDir.h"
 #include "support/VersionedFile.h"
 #include "support/posix/FailingCalls.h"
+#include "support/posix/RefusedCalls.h"
 
 namespace fs = std::filesystem;
 
@@ -185,6 +187,21 @@ TEST_F(RefusedCalls, TemporaryPlacesAreThereOrNotReturned) {
         EXPECT_EQ(isThere && FS::EraseDirectory(path), isThere);
     }
     EXPECT_GE(refused, 3);
+}
+
+TEST(TemporaryPlaces, StayWithoutTheMemoryToDeleteThem) {
+    if (test::kSanitized) GTEST_SKIP() << "memory is the sanitizer's";
+    std::string file, directory;
+    {
+        const TemporaryFile ownFile;
+        const TemporaryDirectory ownDirectory;
+        file = ownFile.Path();
+        directory = ownDirectory.Path();
+        test::TheRefusedCalls() = {test::RefusedCalls::Memory, 0, 1'000'000};
+    }
+    test::TheRefusedCalls() = {};
+    EXPECT_TRUE(FS::EraseFile(file, true));
+    EXPECT_TRUE(FS::EraseDirectory(directory));
 }
 
 }  // namespace
