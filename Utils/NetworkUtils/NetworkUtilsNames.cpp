@@ -87,6 +87,15 @@ void EndSearch(Names& names, const platform::NameAnswer& answer) {
     names.hasSearched.notify_all();
 }
 
+/// Searches on a thread that nobody waits for in the end: what there is no memory for may come later.
+void Search(Names& names) {
+    try {
+        EndSearch(names, FindFqdn());
+    } catch (const std::bad_alloc&) {
+        EndSearch(names, {.name = std::nullopt, .mayComeLater = true});
+    }
+}
+
 /// Begins a search unless one runs, or the last one was a short while ago. The mutex is held by `lock`.
 void BeginSearch(Names& names, std::unique_lock<std::mutex>& lock) {
     if (names.isSearching || Clock::now() < names.nextSearch) return;
@@ -95,7 +104,7 @@ void BeginSearch(Names& names, std::unique_lock<std::mutex>& lock) {
     lock.unlock();
     bool hasStarted = false;
     try {
-        hasStarted = platform::RunInBackground([&names] { EndSearch(names, FindFqdn()); }, "fqdn");
+        hasStarted = platform::RunInBackground([&names] { Search(names); }, "fqdn");
     } catch (const std::bad_alloc&) {
         hasStarted = false;
     }

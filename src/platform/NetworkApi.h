@@ -18,7 +18,7 @@ std::optional<std::string> HostName();
 /// Holds a name, or tells whether the same question may have an answer later.
 struct NameAnswer {
     std::optional<std::string> name;
-    bool mayComeLater = false;  ///< no name server answered
+    bool mayComeLater = false;  ///< no name server answered, or the system was short of something
 };
 /// May ask a name server outside Windows.
 NameAnswer FullyQualifiedName();

@@ -22,6 +22,10 @@ std::optional<std::string> SystemHostName() {
     return name.data();
 }
 
+/// Returns whether a look-up failed for what the next one may not lack: a name server, memory or a
+/// descriptor.
+bool MayComeLater(int code) { return code == EAI_AGAIN || code == EAI_MEMORY || code == EAI_SYSTEM; }
+
 const char* TextOrNull(const std::optional<std::string>& text) { return text ? text->c_str() : nullptr; }
 
 void SetHints(const std::array<int, 5>& fields, addrinfo& hints) {
@@ -45,7 +49,7 @@ NameAnswer FullyQualifiedName() {
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
     const int code = ::getaddrinfo(host->c_str(), nullptr, &hints, &found);
-    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
+    if (code != 0) return {.name = std::nullopt, .mayComeLater = MayComeLater(code)};
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, &::freeaddrinfo);
     if (found->ai_canonname == nullptr) return {};
     return {.name = found->ai_canonname};
@@ -60,7 +64,7 @@ NameAnswer LoopbackName() {
     std::array<char, 32> service{};
     const int code = ::getnameinfo(reinterpret_cast<const sockaddr*>(&address), sizeof address, host.data(),
                                    host.size(), service.data(), service.size(), NI_NAMEREQD);
-    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
+    if (code != 0) return {.name = std::nullopt, .mayComeLater = MayComeLater(code)};
     return {.name = host.data()};
 }
 

@@ -99,7 +99,7 @@ NameAnswer LoopbackName() {
     const int code = ::GetNameInfoW(reinterpret_cast<const sockaddr*>(&address), sizeof address, host.data(),
                                     static_cast<DWORD>(host.size()), service.data(),
                                     static_cast<DWORD>(service.size()), NI_NAMEREQD);
-    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN};
+    if (code != 0) return {.name = std::nullopt, .mayComeLater = code == EAI_AGAIN || code == EAI_MEMORY};
     return {.name = base::ToUtf8(host.data())};
 }
 

@@ -33,7 +33,7 @@ int __wrap_gethostname(char* name, std::size_t size) {
 }
 
 int __wrap_getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** list) {
-    if (TheFailingCalls().addressInfo) return EAI_FAIL;
+    if (const int code = TheFailingCalls().addressInfo; code != 0) return code;
     if (const int seconds = TheFailingCalls().addressInfoSeconds; seconds > 0) {
         std::this_thread::sleep_for(std::chrono::seconds(seconds));
         return EAI_AGAIN;

@@ -8,8 +8,8 @@ namespace quillon::test {
 /// Makes calls of the C library fail in this process, which the linker leads here (see
 /// tests/CMakeLists.txt): the way to the library's own answer to a failure of the system.
 struct FailingCalls {
-    std::atomic<bool> hostName{false};     ///< gethostname
-    std::atomic<bool> addressInfo{false};  ///< getaddrinfo
+    std::atomic<bool> hostName{false};  ///< gethostname
+    std::atomic<int> addressInfo{0};    ///< the code of getaddrinfo; 0: it does not fail
     /// Seconds for which getaddrinfo waits before it answers; it then says that no server was reached.
     std::atomic<int> addressInfoSeconds{0};
     std::atomic<bool> nameInfo{false};  ///< getnameinfo

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <netdb.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -27,12 +28,13 @@ class AskingLogger final : public LoggerBase {
     int m_depth = 0;
 };
 
-/// network-names FAULTS: of the host's name, the qualified name, the loopback's name, sockets.
+/// network-names FAULTS: of the host's name, the qualified name (q: for good, m: for want of descriptors),
+/// the loopback's name, sockets.
 const test::ChildMode networkNames("network-names", [](const std::vector<std::string>& arguments) {
     const auto has = [&](char fault) { return arguments[0].find(fault) != std::string::npos; };
     test::FailingCalls& failing = test::TheFailingCalls();
     failing.hostName = has('h');
-    failing.addressInfo = has('q');
+    failing.addressInfo = has('q') ? EAI_FAIL : has('m') ? EAI_SYSTEM : 0;
     failing.nameInfo = has('l');
     Sockets::Process().FailStarts(has('s'));
     AskingLogger log;
@@ -51,6 +53,7 @@ TEST(NetworkNames, FallBackFromOneToTheNext) {
     const std::string own = std::string(text).substr(0, std::string(text).find('.'));
     const std::pair<const char*, std::string> cases[] = {
         {"ql", own + ' ' + own + " (unknown)"},
+        {"m", own + ' ' + own + " (unknown)"},
         {"hql", "unknown_host unknown_host (unknown)"},
         {"h", "localhost unknown_host (unknown)"},
         {"hqls", "WSAStartup failed unknown_host unknown_host\nunknown_host unknown_host (unknown)"},
