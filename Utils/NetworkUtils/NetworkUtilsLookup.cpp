@@ -34,9 +34,9 @@ int NetworkUtils::getaddrinfo_OrTimeout(const char* node, const char* service, a
     const int limit = std::max(timeoutSecs, 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
     WindowsSockets::GetInstance()->InitializeSockets();
-    const LookupResult found = LookUp(platform::QueryOf(node, service, hints), deadline);
     const std::string shown = LogText::OneLine(node == nullptr ? "(null)" : node);
     const char* const name = shown.c_str();
+    const LookupResult found = LookUp(platform::QueryOf(node, service, hints), deadline);
     ICLogger* const logger = detail::RegisteredLogger();
     if (found.end != LookupResult::End::Answered) {
         result.reset();
