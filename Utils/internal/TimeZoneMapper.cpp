@@ -155,6 +155,7 @@ std::optional<std::string> TimeZoneMapper::Find(const Question& question) const 
 /// Returns the answer to the first of the questions that has one; `name` is told when none has.
 std::string TimeZoneMapper::Answer(std::initializer_list<Question> questions, const std::string& name) {
     std::optional<Message> failure;  // logged when the mutex is free again
+    std::optional<std::string> zone;
     {
         const std::lock_guard lock(m_mutex);
         if (!m_isLoadAttempted) {
@@ -164,9 +165,10 @@ std::string TimeZoneMapper::Answer(std::initializer_list<Question> questions, co
             m_isLoadAttempted = true;
         }
         for (const Question& question : questions)
-            if (auto zone = Find(question)) return *std::move(zone);
+            if ((zone = Find(question))) break;
     }
     if (failure) Log(*failure);
+    if (zone) return *std::move(zone);
     Log({ICLogger::Level::Warn, "TimeZoneMapper does not contain the string '" + name + "'"});
     return {};
 }

@@ -101,6 +101,15 @@ TEST(TimeZoneMapper, KnowsTerritoriesAndTheWayBackAndLetsADocumentOverride) {
     EXPECT_EQ(mapper.Map("C/PL") + mapper.Map("I") + mapper.Map("I", ""), "");
 }
 
+TEST(TimeZoneMapper, AnUnusableDocumentIsReportedAlsoWhenTheOverridingOneAnswers) {
+    g_document = std::nullopt;
+    RecordingLogger log;
+    TimeZoneMapper mapper(Document);
+    EXPECT_TRUE(mapper.Override(DocumentOf("<mapZone other='A' territory='001' type='a'/>")));
+    EXPECT_EQ(mapper.Map("A") + mapper.Map("A"), "aa");
+    EXPECT_THAT(log.Lines(), ElementsAre("Cannot load embedded resource for Windows timezone mappings"));
+}
+
 TEST(TimeZoneMapper, ConcurrentFirstCallsLoadOnce) {
     g_document =
         "<supplementalData><windowsZones><mapTimezones><mapZone other='A' territory='001' type='a'/>"
