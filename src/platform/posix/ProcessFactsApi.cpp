@@ -47,7 +47,11 @@ std::optional<long long> PrivateBytes(pid_t process) {
     return counted ? counted : EstimatedPrivateBytes(process);
 }
 
+/// What has nothing but zeros behind its first argument is a title that the process has written over all of
+/// them.
 std::vector<std::string_view> Arguments(std::string_view text) {
+    const std::size_t end = text.find('\0');
+    if (text.find_first_not_of('\0', end) == std::string_view::npos) text = text.substr(0, end);
     std::vector<std::string_view> arguments;
     while (!text.empty()) {
         arguments.push_back(text.substr(0, text.find('\0')));
