@@ -53,7 +53,7 @@ constexpr Text kErrorTexts[] = {
     {161, "The specified path is invalid. "},
     {170, "The requested resource is in use. "},
     {183, "Cannot create a file when that file already exists. "},
-    {193, "%1 is not a valid Win32 application. "},
+    {193, "The file is not a valid application. "},
     {203, "The system could not find the environment option that was entered. "},
     {206, "The filename or extension is too long. "},
     {223, "The file size exceeds the limit allowed and cannot be saved. "},
