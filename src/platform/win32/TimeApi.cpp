@@ -46,6 +46,7 @@ struct InterfaceTraits {
 std::optional<std::tm> LocalFields(std::int64_t epochSeconds) {
     const __time64_t time = epochSeconds;
     std::tm fields{};
+    ::_tzset();  // the runtime alone would stay with the zone that it found first
     if (::_localtime64_s(&fields, &time) != 0) return std::nullopt;
     return fields;
 }
@@ -53,6 +54,7 @@ std::optional<std::tm> LocalFields(std::int64_t epochSeconds) {
 std::optional<std::int64_t> EpochOfLocalFields(std::tm local) {
     local.tm_isdst = 0;
     local.tm_wday = -1;  // tells a failure from the second before 1970
+    ::_tzset();
     const __time64_t time = ::_mktime64(&local);
     if (time == -1 && local.tm_wday == -1) return std::nullopt;
     return time;
