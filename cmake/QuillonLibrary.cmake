@@ -78,7 +78,8 @@ if(WIN32)
   endif()
 else()
   set(export_list ${PROJECT_SOURCE_DIR}/cmake/quillon.map)
-  target_link_options(quillon PRIVATE -Wl,--version-script=${export_list})
+  # A look-up or a command that was left behind goes on in a thread when a host unloads the library.
+  target_link_options(quillon PRIVATE -Wl,--version-script=${export_list} -Wl,-z,nodelete)
   set_target_properties(quillon PROPERTIES LINK_DEPENDS ${export_list})
 endif()
 
