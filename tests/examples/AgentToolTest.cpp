@@ -167,6 +167,17 @@ TEST(AgentTool, WritesTablesInFurtherForms) {
                              "123456789.25\n# TYPE quillon_a_b_a_b_2 gauge\nquillon_a_b_a_b_2" + labels +
                              "2\n# TYPE quillon_a_b_a_b_3 gauge\nquillon_a_b_a_b_3" + labels +
                              "1789000001\n# EOF\n");
+    std::ostringstream alike;
+    agent::WriteOpenMetrics(
+        alike,
+        DataTable(VariantList(Variant("N", 1), Variant("A", "x"), Variant("B", "y")),
+                  VariantList(Variant("N", 2), Variant("B", "y"), Variant("A", "x"), Variant("C", "")),
+                  VariantList(Variant("N", 3), Variant("Name", "n"), Variant("Value", "text"))),
+        "A.B");
+    EXPECT_EQ(alike.str(),
+              "# TYPE quillon_a_b_n gauge\nquillon_a_b_n{a=\"x\",b=\"y\"} 1\n"
+              "quillon_a_b_n{b=\"y\",a=\"x\",row=\"1\"} 2\n"
+              "quillon_a_b_n{name=\"n\",value=\"text\"} 3\n# EOF\n");
     agent::WriteLines(lines, DataTable(VariantList(Variant("Steers",
                                                            "\x9B"
                                                            "2J"))));

@@ -1,5 +1,6 @@
 #include "cli/OpenMetrics.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -7,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -93,29 +95,43 @@ std::optional<std::string> ValueOf(const Variant& cell) {
     return NumberText(seconds.count());
 }
 
-std::string LabelsOf(const VariantList& row, bool isNamed) {
-    std::string labels;
+/// The labels of a row's samples.
+struct Labels {
+    std::string text;
+    std::string set;  ///< the same whatever the order of the cells is, which tells no samples apart
+};
+
+std::string Joined(const std::vector<std::string>& labels) {
+    std::string text;
+    for (const std::string& label : labels) (text += text.empty() ? "" : ",") += label;
+    return text;
+}
+
+/// An empty label is read as none.
+Labels LabelsOf(const VariantList& row, bool isNamed) {
+    std::vector<std::string> labels;
     Names names({kRowLabel});
     for (const Variant& cell : row) {
-        if (cell.IsNull() || !cell.TypeIs(typeid(std::string))) continue;
+        if (!cell.TypeIs(typeid(std::string)) || cell.GetStringValue().empty()) continue;
         const std::string name = LabelName(cell.GetName());
         if (name.empty() || (isNamed && cell.GetName() == kNameColumn)) continue;
-        labels +=
-            (labels.empty() ? "" : ",") + names.Take(name) + "=\"" + Escaped(cell.GetStringValue()) + '"';
+        labels.push_back(names.Take(name) + "=\"" + Escaped(cell.GetStringValue()) + '"');
     }
-    return labels;
+    std::string text = Joined(labels);
+    std::sort(labels.begin(), labels.end());
+    return {std::move(text), Joined(labels)};
 }
 
 /// Samples by the names of their gauges, in the order in which these came up.
 class Gauges {
 public:
-    void Add(const std::string& name, std::string labels, const std::string& value, std::size_t row) {
+    void Add(const std::string& name, const Labels& labels, const std::string& value, std::size_t row) {
         auto [samples, isNew] = m_samples.try_emplace(name);
         if (isNew) m_order.push_back(name);
-        if (!m_seen.insert(name + '{' + labels).second)
-            labels +=
-                (labels.empty() ? "" : ",") + std::string(kRowLabel) + "=\"" + std::to_string(row) + '"';
-        samples->second += name + (labels.empty() ? "" : '{' + labels + '}') + ' ' + value + '\n';
+        std::string text = labels.text;
+        if (!m_seen.insert(name + '{' + labels.set).second)
+            text += (text.empty() ? "" : ",") + std::string(kRowLabel) + "=\"" + std::to_string(row) + '"';
+        samples->second += name + (text.empty() ? "" : '{' + text + '}') + ' ' + value + '\n';
     }
     void Write(std::ostream& stream) const {
         for (const std::string& name : m_order)
@@ -126,13 +142,13 @@ public:
 private:
     std::map<std::string, std::string> m_samples;
     std::vector<std::string> m_order;
-    std::set<std::string> m_seen;
+    std::unordered_set<std::string> m_seen;
 };
 
 bool IsNamed(const VariantList& row) {
     const Variant* const name = row.Find(kNameColumn);
-    return name != nullptr && !name->IsNull() && name->TypeIs(typeid(std::string)) &&
-           row.Find(kValueColumn) != nullptr;
+    const Variant* const value = row.Find(kValueColumn);
+    return name != nullptr && name->TypeIs(typeid(std::string)) && value != nullptr && ValueOf(*value);
 }
 
 }  // namespace
@@ -143,7 +159,7 @@ void WriteOpenMetrics(std::ostream& stream, const DataTable& table, const std::s
     std::size_t number = 0;
     for (const VariantList& row : table) {
         const bool isNamed = IsNamed(row);
-        const std::string labels = LabelsOf(row, isNamed);
+        const Labels labels = LabelsOf(row, isNamed);
         Names names;
         for (const Variant& cell : row) {
             const std::optional<std::string> value = ValueOf(cell);
