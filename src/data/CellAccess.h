@@ -166,4 +166,10 @@ inline bool Variant::EqualValue(const Variant& other) const noexcept {
 
 inline CellKind KindOf(const Variant& cell) noexcept { return CellAccess::KindOf(cell); }
 
+/// Where the values of a kind stand in a sorted column; both kinds of numbers stand together.
+inline int OrderOf(CellKind kind) noexcept {
+    constexpr int kOrders[] = {0, 3, 2, 1, 2, 4};
+    return kOrders[static_cast<std::size_t>(kind)];
+}
+
 }  // namespace quillon

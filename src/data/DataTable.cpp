@@ -337,23 +337,6 @@ VariantList& DataTable::GetRow(unsigned long long index) {
     return const_cast<VariantList&>(std::as_const(*this).GetRow(index));
 }
 
-void DataTable::SortBy(const std::vector<std::string>& columns) {
-    m_rows.sort([&columns](const VariantList& left, const VariantList& right) {
-        for (const std::string& column : columns) {
-            const Variant* const own = left.Find(column);
-            const Variant* const its = right.Find(column);
-            if (own == nullptr || its == nullptr) {
-                if ((own == nullptr) != (its == nullptr)) return own == nullptr;
-            } else if (const auto order = own->CompareValues(*its); order != 0) {
-                return order < 0;
-            }
-        }
-        return false;
-    });
-    m_cursor = m_rows.end();
-    m_rationalised = false;
-}
-
 void PrintTo(const DataTable& table, std::ostream* stream) {
     constexpr unsigned long long kMostRows = 10;
     unsigned long long shown = 0;

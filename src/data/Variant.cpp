@@ -45,12 +45,6 @@ const std::type_info& TypeOf(CellKind kind) {
     return *kTypes[static_cast<std::size_t>(kind)];
 }
 
-/// Where the values of a kind stand in a sorted column; both kinds of numbers stand together.
-int OrderOf(CellKind kind) {
-    static constexpr int kOrders[] = {0, 3, 2, 1, 2, 4};
-    return kOrders[static_cast<std::size_t>(kind)];
-}
-
 std::weak_ordering CompareNumbers(double left, double right) {
     if (std::isnan(left) || std::isnan(right)) return std::isnan(left) <=> std::isnan(right);
     return left < right   ? std::weak_ordering::less

@@ -186,6 +186,18 @@ TEST(DataTable, SortsByColumnsAndKeepsTheOrderOfEquals) {
     EXPECT_EQ(table.GetNextRow(), nullptr);
 }
 
+TEST(DataTable, SortsTextsThatBeginAlikeAndThenByTheNextColumn) {
+    DataTable table;
+    table.AddRow({{"text", "prefix-12345678b"}, {"n", "a"}});
+    table.AddRow({{"text", "prefix-12345678a"}, {"n", "c"}});
+    table.AddRow({{"text", "prefix-"}, {"n", "d"}});
+    table.AddRow({{"text", "prefix-12345678a"}, {"n", "b"}});
+    table.SortBy({"text", "n"});
+    std::string order;
+    for (const VariantList& row : table) order += row["n"].GetStringValue();
+    EXPECT_EQ(order, "dbca");
+}
+
 TEST(DataTable, TablesMoveBetweenThreads) {
     DataTable table;
     for (int round = 0; round < 20; ++round) {
