@@ -15,7 +15,8 @@ constexpr std::string_view kMarkup = "\\`*_[]<>|~&$#";
 /// Returns the length of the scheme at the front of the text, up to its colon; 0 when it has none of the
 /// web.
 std::size_t SchemeLength(std::string_view text) {
-    for (const std::string_view scheme : {"https://", "http://", "ftp://"}) {
+    static constexpr std::string_view kSchemes[] = {"https://", "http://", "ftp://"};
+    for (const std::string_view scheme : kSchemes) {
         if (EqualIgnoringCase(text.substr(0, scheme.size()), scheme)) return scheme.find(':');
     }
     return 0;
