@@ -183,6 +183,7 @@ TEST_F(ServedClient, GetsAnAnswerForEachLineWhateverItHolds) {
          "Unknown method 'System.No\\x1B[2J'"},
         {"large integer", R"({"method":"System.Echo","parameters":{"integer":9223372036854775808}})", 2,
          "Parameter 'integer' must be at most 9223372036854775807"},
+        {"large number", R"({"method":"System.Echo","parameters":{"float":10000000000000000000}})", 0, ""},
         {"object", R"({"method":"System.Echo","parameters":{"text":{}}})", 2, "must be a scalar or an array"},
         {"no table", R"({"method":"System.Echo","parameters":{"table":[[1]]}})", 2, "'table' is no table"},
         {"several", R"({"method":"System.Echo","parameters":{"a":{},"b":{}}})", 2,

@@ -1,22 +1,38 @@
 #include "serve/CallParameters.h"
 
+#include <typeinfo>
+
 #include "common/Failure.h"
 #include "common/ShownText.h"
 #include "modules/Arguments.h"
 #include "quillon/DataTableIO.h"
+#include "quillon/MethodMetadata.h"
 
 namespace quillon::agent {
+
+namespace {
+
+bool IsReal(const std::string& name, const IMethodMetadataReader& method) {
+    bool isReal = false;
+    method.VisitParameter([&](const char* described, const MethodParameter& parameter) {
+        if (name == described) isReal = parameter.TypeInfoHashCode() == typeid(double).hash_code();
+    });
+    return isReal;
+}
+
+}  // namespace
 
 bool CallParameters::Read(const std::map<std::string, RequestValue>& values,
                           const IMethodMetadataReader& method, InvocationResult& result) {
     std::map<std::string, std::string> faults;
     for (const auto& [name, value] : values) {
-        if (!ReadOne(name, value, result)) faults[name] = result.errorMessage;
+        if (!ReadOne(name, value, method, result)) faults[name] = result.errorMessage;
     }
     return ReadParameters(m_texts, faults, method, m_parameters, result);
 }
 
-bool CallParameters::ReadOne(const std::string& name, const RequestValue& value, InvocationResult& result) {
+bool CallParameters::ReadOne(const std::string& name, const RequestValue& value,
+                             const IMethodMetadataReader& method, InvocationResult& result) {
     const std::string shown = "Parameter '" + ShownText(name) + "' must be ";
     switch (value.kind) {
         case RequestValue::Kind::Null:
@@ -26,7 +42,9 @@ bool CallParameters::ReadOne(const std::string& name, const RequestValue& value,
         case RequestValue::Kind::Object:
             return RefuseParameter(shown + "a scalar or an array of objects", result);
         case RequestValue::Kind::TooLarge:
-            return RefuseParameter(shown + "at most 9223372036854775807", result);
+            if (!IsReal(name, method)) return RefuseParameter(shown + "at most 9223372036854775807", result);
+            m_parameters.scalars.Add(Variant(name, value.real));
+            break;
         case RequestValue::Kind::Boolean:
             m_parameters.scalars.Add(Variant(name, value.boolean));
             break;

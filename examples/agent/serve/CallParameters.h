@@ -24,7 +24,8 @@ public:
     const MethodParameters& Get() const { return m_parameters; }
 
 private:
-    bool ReadOne(const std::string& name, const RequestValue& value, InvocationResult& result);
+    bool ReadOne(const std::string& name, const RequestValue& value, const IMethodMetadataReader& method,
+                 InvocationResult& result);
     bool ReadTable(const std::string& name, const std::string& json, InvocationResult& result);
 
     std::vector<std::string> m_texts;  // "name=value"

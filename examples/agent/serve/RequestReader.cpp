@@ -34,7 +34,8 @@ public:
     }
     bool number_unsigned(number_unsigned_t value) {
         const auto integer = static_cast<long long>(value);
-        return Take({.kind = integer < 0 ? Kind::TooLarge : Kind::Integer, .integer = integer},
+        const auto kind = integer < 0 ? Kind::TooLarge : Kind::Integer;
+        return Take({.kind = kind, .integer = integer, .real = static_cast<double>(value)},
                     std::to_string(value));
     }
     bool number_float(number_float_t value, const std::string& literal) {

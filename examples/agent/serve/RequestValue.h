@@ -11,7 +11,7 @@ struct RequestValue {
     Kind kind = Kind::Null;
     bool boolean = false;
     long long integer = 0;
-    double real = 0;
+    double real = 0;        ///< of an integer that is too large as well
     std::string text = {};  ///< of a text; of an array its JSON
 };
 
