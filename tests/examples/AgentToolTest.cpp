@@ -25,6 +25,7 @@ namespace {
 using nlohmann::json;
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -187,6 +188,12 @@ TEST(AgentTool, WritesTablesInFurtherForms) {
     EXPECT_THAT(lines.str(),
                 AllOf(HasSubstr("        Pid = 7\nCommandLine = a|b\\n\"c\\\n         Up = true\n\n"),
                       HasSubstr("         Up = \n")));
+    lines.str("");
+    agent::WriteLines(lines, DataTable(VariantList(Variant("\u00E9\n", 1), Variant("abcd", 2))));
+    EXPECT_EQ(lines.str(), " \u00E9\\n = 1\nabcd = 2\n");
+    lines.str("");
+    agent::WriteLines(lines, DataTable(VariantList(Variant(std::string(1000, 'n'), 1), Variant("n", 2))));
+    EXPECT_THAT(lines.str(), EndsWith("n = 1\n" + std::string(255, ' ') + "n = 2\n"));
     EXPECT_THAT(RunAgent({"run", "System.Metrics", "--format", "jsonl"}).output, HasSubstr("}\n{\"Name\":"));
     EXPECT_EQ(RunAgent({"run", "Network.Cidr", "--format", "openmetrics"}).output, "# EOF");
 }
