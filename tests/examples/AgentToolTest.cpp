@@ -15,6 +15,7 @@
 #include "common/Suggestion.h"
 #include "examples/RunAgent.h"
 #include "host/Host.h"
+#include "modules/Arguments.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 
@@ -127,6 +128,26 @@ TEST(AgentTool, TellsItsVersionAndSomeOfItsMethods) {
     EXPECT_EQ(service.exitCode, 1);
     EXPECT_THAT(service.errors,
                 HasSubstr(kWindows ? "Only the service control manager" : "no Windows services"));
+}
+
+TEST(AgentTool, KnowsATableByItsDefaultToo) {
+    static const DataTable none;
+    const agent::Host host({});  // has the builders
+    std::vector<Method> methods;
+    methods.push_back(MakeMethod(
+        "A.B", IMethodMetadata::V5_0,
+        [](IMethodMetadataBuilder& builder) {
+            builder.CreateParameter("rows", typeid(DataTable)).OptionalValue("rows", &none).BindParameter();
+        },
+        MethodFunction()));
+    MethodParameters parameters;
+    InvocationResult result;
+    EXPECT_FALSE(agent::ReadParameters({"rows=x"}, *methods[0].metadata, parameters, result));
+    EXPECT_THAT(result.errorMessage, HasSubstr("'rows' must be a table, which the command line cannot give"));
+    agent::ModuleList modules;
+    modules.push_back(MakeModule(std::move(methods)));
+    EXPECT_THAT(agent::DescribeMethods(modules, "", agent::ListFormat::Text, 0),
+                HasSubstr("rows                table, optional"));
 }
 
 TEST(AgentTool, MethodsAsJsonFollowTheSchema) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/ParameterType.h"
 #include "quillon/MetadataExport.h"
 #include "quillon/MethodMetadata.h"
 
@@ -112,7 +113,7 @@ private:
     std::string Parameters(const IMethodMetadataReader& method) const {
         std::string text;
         method.VisitParameter([&](const char* name, const MethodParameter& parameter) {
-            text += Line(name, parameter.Type() + Default(parameter), parameter);
+            text += Line(name, ParameterType(parameter) + Default(parameter), parameter);
         });
         if (method.HasAdditionalParameters())
             text += Wrapped("    ", method.AdditionalParametersDescription());

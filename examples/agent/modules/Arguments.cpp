@@ -6,6 +6,7 @@
 #include <set>
 #include <string_view>
 
+#include "common/ParameterType.h"
 #include "common/ShownText.h"
 #include "quillon/DateTimeUtils.h"
 #include "quillon/DescribedBinder.h"
@@ -100,7 +101,7 @@ const Reading& ReadingOf(std::string_view type) {
 Types DeclaredTypes(const IMethodMetadataReader& method) {
     Types types;
     method.VisitParameter([&types](const char* name, const MethodParameter& parameter) {
-        types.emplace(name, parameter.Type());
+        types.emplace(name, ParameterType(parameter));
     });
     return types;
 }

@@ -1,12 +1,10 @@
 #include "serve/CallParameters.h"
 
-#include <typeinfo>
-
 #include "common/Failure.h"
+#include "common/ParameterType.h"
 #include "common/ShownText.h"
 #include "modules/Arguments.h"
 #include "quillon/DataTableIO.h"
-#include "quillon/MethodMetadata.h"
 
 namespace quillon::agent {
 
@@ -15,7 +13,7 @@ namespace {
 bool IsReal(const std::string& name, const IMethodMetadataReader& method) {
     bool isReal = false;
     method.VisitParameter([&](const char* described, const MethodParameter& parameter) {
-        if (name == described) isReal = parameter.TypeInfoHashCode() == typeid(double).hash_code();
+        if (name == described) isReal = ParameterType(parameter) == "float";
     });
     return isReal;
 }
