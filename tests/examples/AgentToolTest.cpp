@@ -16,6 +16,7 @@
 #include "examples/RunAgent.h"
 #include "host/Host.h"
 #include "modules/Arguments.h"
+#include "serve/CallParameters.h"
 #include "support/System.h"
 #include "support/TempDir.h"
 
@@ -144,6 +145,9 @@ TEST(AgentTool, KnowsATableByItsDefaultToo) {
     InvocationResult result;
     EXPECT_FALSE(agent::ReadParameters({"rows=x"}, *methods[0].metadata, parameters, result));
     EXPECT_THAT(result.errorMessage, HasSubstr("'rows' must be a table, which the command line cannot give"));
+    const agent::RequestValue number{.kind = agent::RequestValue::Kind::Integer, .integer = 5};
+    EXPECT_FALSE(agent::CallParameters().Read({{"rows", number}}, *methods[0].metadata, result));
+    EXPECT_EQ(result.errorMessage, "Parameter 'rows' must be an array of objects");
     agent::ModuleList modules;
     modules.push_back(MakeModule(std::move(methods)));
     EXPECT_THAT(agent::DescribeMethods(modules, "", agent::ListFormat::Text, 0),

@@ -10,12 +10,18 @@ namespace quillon::agent {
 
 namespace {
 
-bool IsReal(const std::string& name, const IMethodMetadataReader& method) {
-    bool isReal = false;
+/// Returns the type that the method describes; empty for a parameter that it does not.
+std::string DescribedType(const std::string& name, const IMethodMetadataReader& method) {
+    std::string type;
     method.VisitParameter([&](const char* described, const MethodParameter& parameter) {
-        if (name == described) isReal = ParameterType(parameter) == "float";
+        if (name == described) type = ParameterType(parameter);
     });
-    return isReal;
+    return type;
+}
+
+bool IsNumberOrBoolean(RequestValue::Kind kind) {
+    using Kind = RequestValue::Kind;
+    return kind == Kind::Boolean || kind == Kind::Integer || kind == Kind::TooLarge || kind == Kind::Real;
 }
 
 }  // namespace
@@ -32,6 +38,10 @@ bool CallParameters::Read(const std::map<std::string, RequestValue>& values,
 bool CallParameters::ReadOne(const std::string& name, const RequestValue& value,
                              const IMethodMetadataReader& method, InvocationResult& result) {
     const std::string shown = "Parameter '" + ShownText(name) + "' must be ";
+    const std::string type = DescribedType(name, method);
+    // The binder leaves a table that has a default as it is when the call has a scalar of its name.
+    if (type == "table" && IsNumberOrBoolean(value.kind))
+        return RefuseParameter(shown + "an array of objects", result);
     switch (value.kind) {
         case RequestValue::Kind::Null:
             break;
@@ -40,7 +50,7 @@ bool CallParameters::ReadOne(const std::string& name, const RequestValue& value,
         case RequestValue::Kind::Object:
             return RefuseParameter(shown + "a scalar or an array of objects", result);
         case RequestValue::Kind::TooLarge:
-            if (!IsReal(name, method)) return RefuseParameter(shown + "at most 9223372036854775807", result);
+            if (type != "float") return RefuseParameter(shown + "at most 9223372036854775807", result);
             m_parameters.scalars.Add(Variant(name, value.real));
             break;
         case RequestValue::Kind::Boolean:
