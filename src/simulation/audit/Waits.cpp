@@ -48,10 +48,15 @@ HANDLE Waits::Register(HANDLE event, platform::AuditCalls::WaitCallback callback
     auto waiter = std::make_shared<Waiter>();
     waiter->event = found->first;
     waiter->callback = callback;
+    const auto entry = m_waiters.emplace(++m_lastHandle, waiter).first;
+    try {
+        std::thread([this, waiter] { Run(waiter); }).detach();  // waits for the mutex
+    } catch (...) {
+        m_waiters.erase(entry);
+        throw;
+    }
     waiter->isDue = std::exchange(found->second, false);
-    m_waiters[++m_lastHandle] = waiter;
-    std::thread([this, waiter] { Run(waiter); }).detach();
-    return HandleOf(m_lastHandle);
+    return HandleOf(entry->first);
 }
 
 void Waits::Unregister(HANDLE wait) {
