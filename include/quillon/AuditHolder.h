@@ -36,7 +36,7 @@ public:
 
     /// Returns whether the sub-category is held.
     explicit operator bool() const noexcept { return m_held.has_value(); }
-    /// Takes the holder away before its end. Without the memory for it, auditing stays on, and the record of
+    /// Takes the holder away before its end. Without memory auditing may stay on; the record of
     /// SystemAuditProxy::KeepRecordIn() tells the next process.
     void Release() noexcept {
         try {

@@ -113,21 +113,20 @@ void SystemAuditProxy::DisableAuditLogSubCategory(const UniqueIdentifier& subcat
     if (!EnsureSystemAuditAvailable()) return;
     AuditOperation operation;
     auto& held = AuditState::Get().m_auditReferenceCounts;
-    auto& leftOn = AuditState::Get().m_leftOn;
-    leftOn.reserve(leftOn.size() + 1);  // so that what stays on can be noted without memory
     const auto found = held.find(subcategory);
     if (found == held.end() || --found->second.referenceCount > 0) return;
 
     const auto [count, enabledByProxy, bitsBefore] = found->second;
     held.erase(found);
-    if (enabledByProxy) std::erase_if(leftOn, [&](const auto& entry) { return entry.id == subcategory; });
     const bool isLeftOn = enabledByProxy && !TryClearBits(subcategory, operation.Log());
-    if (isLeftOn) {
-        leftOn.push_back({subcategory, bitsBefore});
-        AskForReview(operation.Log());
-    }
+    if (isLeftOn) AskForReview(operation.Log());
     if (held.empty()) StopMonitoringAuditPolicyChanges();
-    if (enabledByProxy) WriteRecord();
+    if (!enabledByProxy) return;
+    // Without the memory for what follows the record keeps what it says.
+    auto& leftOn = AuditState::Get().m_leftOn;
+    std::erase_if(leftOn, [&](const auto& entry) { return entry.id == subcategory; });
+    if (isLeftOn) leftOn.push_back({subcategory, bitsBefore});
+    WriteRecord();
 }
 
 bool SystemAuditProxy::GetAuditPolicyState(const GUID& subcategory, unsigned long* state, ICLogger* logger) {

@@ -1,6 +1,3 @@
-#include <new>
-#include <utility>
-
 #include "os/internal/EventLogTest.h"
 #include "support/System.h"
 #include "support/posix/RefusedCalls.h"
@@ -10,17 +7,6 @@ namespace quillon::test {
 namespace {
 
 using EventLogMemoryTest = EventLogTest;
-
-/// Does something without memory from one of its requests on; returns whether it got as far as that.
-template <class Function>
-bool Starve(int before, const Function& function) {
-    TheRefusedCalls() = {RefusedCalls::Memory, before, 1'000'000};
-    try {
-        function();
-    } catch (const std::bad_alloc&) {
-    }
-    return std::exchange(TheRefusedCalls(), {}).refused > 0;
-}
 
 }  // namespace
 
