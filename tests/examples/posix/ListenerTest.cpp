@@ -2,40 +2,30 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <thread>
 
 #include "support/RecordingLogger.h"
 #include "support/TempDir.h"
 #include "support/Threads.h"
+#include "support/posix/LocalSocket.h"
 #include "system/Listener.h"
 
 namespace quillon::test {
 
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 /// Connects to a socket, and closes the connection at the end.
 class Client {
 public:
-    explicit Client(const std::filesystem::path& path) : m_socket(::socket(AF_UNIX, SOCK_STREAM, 0)) {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::strcpy(address.sun_path, path.c_str());
-        EXPECT_EQ(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    }
+    explicit Client(const std::filesystem::path& path)
+        : m_socket(LocalSocket(path.string(), SOCK_STREAM, &::connect)) {}
     ~Client() { ::close(m_socket); }
     int Get() const { return m_socket; }
 
@@ -65,7 +55,7 @@ protected:
     std::unique_ptr<agent::Listener> Open() {
         std::string fault;
         auto listener = agent::Listen(dir.Path("agent.sock"), fault);
-        EXPECT_THAT(fault, IsEmpty());
+        EXPECT_THAT(fault, testing::IsEmpty());
         return listener;
     }
 
@@ -103,14 +93,7 @@ TEST_F(Listener, LeavesNothingBehindAndTakesTheLeftoverOfAKilledAgent) {
     EXPECT_TRUE(std::filesystem::exists(path));
     relative.reset();
     EXPECT_FALSE(std::filesystem::exists(path));
-    {  // a socket that nobody listens at
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::strcpy(address.sun_path, path.c_str());
-        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        ::close(socket);
-    }
+    ::close(LocalSocket(path.string(), SOCK_STREAM, &::bind));  // nobody listens at it
     const auto listener = Open();
     EXPECT_EQ(agent::Listen(dir.Path("agent.sock"), fault), nullptr);  // somebody listens
     EXPECT_THAT(fault, HasSubstr("in use"));
@@ -183,7 +166,7 @@ TEST_F(Listener, WhatCannotBeStoppedIsNotServed) {
         const FewDescriptors one(1);
         acceptor = std::thread([&] { channel = listener->Accept(); });
         for (int i = 0; i < 3000 && log.Lines().empty(); ++i) ::usleep(10'000);
-        EXPECT_THAT(log.Lines(), Contains(HasSubstr("A client waits")));
+        EXPECT_THAT(log.Lines(), testing::Contains(HasSubstr("A client waits")));
     }
     acceptor.join();
     ASSERT_NE(channel, nullptr);
@@ -221,14 +204,7 @@ TEST_F(Listener, RefusesAnotherAccount) {
     const pid_t child = ::fork();
     if (child == 0) {
         char byte = 0;
-        bool isRefused = ::setuid(65534) == 0;
-        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::strcpy(address.sun_path, path.c_str());
-        isRefused = isRefused &&
-                    ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-                    ::recv(socket, &byte, 1, 0) == 0;
+        const bool isRefused = ::setuid(65534) == 0 && ::recv(Client(path).Get(), &byte, 1, 0) == 0;
         ::_exit(isRefused ? 0 : 1);
     }
     std::thread acceptor([&] { EXPECT_EQ(listener->Accept(), nullptr); });
@@ -237,7 +213,8 @@ TEST_F(Listener, RefusesAnotherAccount) {
     listener->Stop();
     acceptor.join();
     EXPECT_EQ(status, 0);
-    EXPECT_THAT(log.Lines(ICLogger::Level::Warn), ElementsAre("A client of another account was refused"));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
+                testing::ElementsAre("A client of another account was refused"));
 }
 
 }  // namespace quillon::test

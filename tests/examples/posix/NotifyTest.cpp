@@ -1,14 +1,10 @@
 #include <gmock/gmock.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
-
-#include <cstddef>
-#include <cstring>
 
 #include "examples/RunAgent.h"
 #include "support/TempDir.h"
+#include "support/posix/LocalSocket.h"
 
 namespace quillon::test {
 
@@ -17,14 +13,7 @@ namespace {
 /// The socket of a service manager.
 class Manager {
 public:
-    explicit Manager(const std::string& name) {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::memcpy(address.sun_path, name.data(), name.size());
-        if (name[0] == '@') address.sun_path[0] = '\0';
-        const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
-        EXPECT_EQ(::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), size), 0);
-    }
+    explicit Manager(const std::string& name) : m_socket(LocalSocket(name, SOCK_DGRAM, &::bind)) {}
     ~Manager() { ::close(m_socket); }
     Manager(const Manager&) = delete;
     Manager& operator=(const Manager&) = delete;
@@ -37,7 +26,7 @@ public:
     }
 
 private:
-    int m_socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    int m_socket;
 };
 
 }  // namespace

@@ -1,18 +1,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <functional>
-#include <string>
 
 #include "platform/ErrorText.h"
 #include "quillon/FileSystemUtils.h"
 #include "support/TempDir.h"
+#include "support/posix/LocalSocket.h"
 
 namespace quillon {
 namespace {
@@ -20,32 +17,19 @@ namespace {
 using FS = FileSystemUtils;
 
 // Pipes, sockets and devices have names in directories on Linux only.
-class SpecialFiles : public test::TempDirTest {
-protected:
-    void MakeSocket(const std::string& name) const {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        dir.Native(name).string().copy(address.sun_path, sizeof address.sun_path - 1);
-        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        EXPECT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        ::close(socket);
-    }
-};
+using SpecialFiles = test::TempDirTest;
 
 TEST_F(SpecialFiles, AreNeitherReplacedNorRead) {
     dir.Write("source", "content");
     dir.Write("folder/inner", "inner");
     ASSERT_EQ(::mkfifo(dir.Native("pipe").c_str(), 0600), 0);
-    MakeSocket("socket");
+    ::close(test::LocalSocket(dir.Native("socket").string(), SOCK_STREAM, &::bind));
     const bool hasDevice = ::mknod(dir.Native("device").c_str(), S_IFCHR | 0600, makedev(1, 3)) == 0;
     const std::string source = dir.Path("source"), folder = dir.Path("folder");
     for (const char* const name : {"pipe", "socket", "device"}) {
         if (std::strcmp(name, "device") == 0 && !hasDevice) continue;
         const std::string special = dir.Path(name);
-        const struct {
-            const char* what;
-            std::function<bool()> done;
-        } cases[] = {
+        const std::pair<const char*, std::function<bool()>> cases[] = {
             {"a file over it", [&] { return FS::RenameFile(source, special, true); }},
             {"a directory over it", [&] { return FS::RenameFile(folder, special, true); }},
             {"a copy over it", [&] { return FS::DuplicateFile(source, special); }},

@@ -1,13 +1,11 @@
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
-#include <algorithm>
 #include <array>
 
 #include "platform/Handle.h"
 #include "quillon/SystemLoggers.h"
 #include "support/TempDir.h"
+#include "support/posix/LocalSocket.h"
 
 namespace quillon::test {
 
@@ -25,12 +23,8 @@ std::string Received(const platform::FileHandle& socket) {
 }  // namespace
 
 TEST_F(JournalTest, EntriesAreDatagramsOfFields) {
-    ::sockaddr_un address{};
-    address.sun_family = AF_UNIX;
     const std::string path = dir.Native("socket").string();
-    std::copy(path.begin(), path.end(), address.sun_path);
-    const platform::FileHandle socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(::bind(socket.Get(), reinterpret_cast<const ::sockaddr*>(&address), sizeof address), 0);
+    const platform::FileHandle socket(LocalSocket(path, SOCK_DGRAM, &::bind));
     JournalLogger log("agent", path);
     log.Error("two\nlines");
     const std::string zeros(7, '\0');
