@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <filesystem>
 #include <fstream>
-#include <functional>
 #include <utility>
 
 #include "quillon/ErrorHelper.h"
@@ -33,11 +31,7 @@ Names Listed(Lister list, const std::string& folder) {
 }
 
 TEST_F(FileSystemUtilsTest, TellsFilesFromFoldersAndNothing) {
-    const struct {
-        std::string path;
-        bool exists, isDirectory;
-        std::uint64_t size;
-    } cases[] = {
+    const std::tuple<std::string, bool, bool, std::uint64_t> cases[] = {
         {dir.Write("folder/a.txt", "12345"), true, false, 5},
         {dir.Path("folder"), true, true, 0},
         {dir.Path("folder\\"), true, true, 0},
@@ -160,11 +154,7 @@ TEST_F(FileSystemUtilsTest, AWalkTellsSizesAndTimesWithinItsLimits) {
         return options;
     };
     int asked = 0;
-    const struct {
-        FS::WalkOptions options;
-        FS::WalkEnd end;
-        Names seen;
-    } cases[] = {
+    const std::tuple<FS::WalkOptions, FS::WalkEnd, Names> cases[] = {
         {{}, FS::WalkEnd::Complete, {"a.txt 1", "sub\\b.txt 2", "sub\\deep\\c.txt 3"}},
         {with([](auto& o) { o.deepest = 0; }), FS::WalkEnd::Complete, {"a.txt 1"}},
         {with([](auto& o) { o.deepest = 1; }), FS::WalkEnd::Complete, {"a.txt 1", "sub\\b.txt 2"}},
@@ -176,7 +166,8 @@ TEST_F(FileSystemUtilsTest, AWalkTellsSizesAndTimesWithinItsLimits) {
          FS::WalkEnd::Cancelled,
          {"a.txt 1"}},
     };
-    for (const auto& c : cases) EXPECT_THAT(Walked(dir, c.options), testing::Pair(c.end, c.seen));
+    for (const auto& [options, end, seen] : cases)
+        EXPECT_THAT(Walked(dir, options), testing::Pair(end, seen));
     EXPECT_THAT(Walked(dir, {}, [](const FS::WalkEntry&) { return false; }),
                 testing::Pair(FS::WalkEnd::Stopped, ElementsAre("a.txt 1")));
     EXPECT_EQ(FS::WalkFiles(dir.Path("missing"), {}, [](const FS::WalkEntry&) { return true; }),
@@ -232,10 +223,7 @@ TEST_F(FileSystemUtilsTest, BarePatternIsListedBelowTheRoot) {
 TEST_F(FileSystemUtilsTest, ReadingIsTextModeOnEverySystem) {
     const std::string limit(32'767, 'x');
     const std::string pieces(131'071, 'y');  // CR LF across the pieces that a file is read in
-    const struct {
-        std::string content, text, first;
-        Names expected;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string, Names> cases[] = {
         {"a\r\nb", "a\nb", "a", {"a", "b"}},
         {"\r\r\n\r", "\r\n\r", "\r", {"\r", "\r"}},
         {"a\x1A\nb", "a", "a", {"a"}},
@@ -256,10 +244,8 @@ TEST_F(FileSystemUtilsTest, ReadingIsTextModeOnEverySystem) {
         FS::ReadContentsOfFile(lines[0], lines);
         EXPECT_EQ(lines, expected);
     }
-    for (const std::string& path : {dir.Path("missing"), dir.Path()}) {
-        SCOPED_TRACE(path);
-        EXPECT_EQ(FS::ReadContentsOfFile(path) + FS::ReadSingleLineFromFile(path), "");
-    }
+    for (const std::string& path : {dir.Path("missing"), dir.Path()})
+        EXPECT_EQ(FS::ReadContentsOfFile(path) + FS::ReadSingleLineFromFile(path), "") << path;
 }
 
 TEST_F(FileSystemUtilsTest, FirstLineOfAHugeFileTakesLittleMemory) {

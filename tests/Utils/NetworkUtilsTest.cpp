@@ -4,10 +4,7 @@
 
 #include <array>
 #include <cstdio>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "quillon/DataTable.h"
 #include "quillon/WindowsSockets.h"
@@ -21,7 +18,6 @@ namespace quillon {
 namespace {
 
 using Level = ICLogger::Level;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr int kIpv4 = 2, kIpv6 = 23;
@@ -118,7 +114,7 @@ TEST_F(NetworkUtilsTest, AnAddressLiesInARangeOrNot) {
     EXPECT_FALSE(NetworkUtils::IpInRange("1.1.1.1", "0.0.0.256-9.9.9.9,0.0.0.08-9.9.9.9"));
     EXPECT_THAT(m_log.Lines(), IsEmpty());
     EXPECT_TRUE(NetworkUtils::IpInRange("10.0.0.5", "::1 - ::2,10.0.0.1-10.0.0.9"));
-    EXPECT_THAT(m_log.Lines(Level::Warn), ElementsAre("Unsupported IPv6 range found: '::1-::2'"));
+    EXPECT_THAT(m_log.Lines(Level::Warn), testing::ElementsAre("Unsupported IPv6 range found: '::1-::2'"));
 }
 
 TEST_F(NetworkUtilsTest, FaultsOfRangesAreLogged) {
@@ -129,12 +125,10 @@ TEST_F(NetworkUtilsTest, FaultsOfRangesAreLogged) {
         SCOPED_TRACE(piece);
         m_log.Forget();
         EXPECT_FALSE(NetworkUtils::IpInRange("10.0.0.5", "10.0.0.1-10.0.0.9, " + piece + " ,::1"));
-        EXPECT_THAT(m_log.Lines(), ElementsAre("Unexpected IP range found: '" + piece + '\''));
+        EXPECT_THAT(m_log.Lines(), testing::ElementsAre("Unexpected IP range found: '" + piece + '\''));
     }
     const std::string zero(1, '\0');
-    const struct {
-        std::string address, ranges, message;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"10.0.0.5", "10.0.0.1-10.0.0.9" + zero, "Unexpected IP range found: '10.0.0.1-10.0.0.9'"},
         {"10.0.0.5", "::1 - ::2", "No IP ranges found in string supplied to IpInRange(): '::1 - ::2'"},
         {"fe80:: 1", "x", "Unsupported IPv6 address supplied to IpInRange(): 'fe80:: 1'"},

@@ -6,8 +6,6 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "support/RecordingLogger.h"
 #include "support/System.h"
@@ -61,11 +59,7 @@ TEST(StringUtilsConversion, CountsAndCopiesUtf16Units) {
 TEST(StringUtilsTrim, RemovesExactlyWhatEachNames) {
     using Narrow = std::string& (*)(std::string&);
     using Wide = std::wstring& (*)(std::wstring&);
-    const struct {
-        Narrow trimNarrow;
-        Wide trimWide;
-        std::string before, after;
-    } cases[] = {
+    const std::tuple<Narrow, Wide, std::string, std::string> cases[] = {
         {SU::LeftTrim, SU::LeftTrim, " \t\n\v\f\r a ", "a "},
         {SU::RightTrim, SU::RightTrim, " a \t\n\v\f\r", " a"},
         {SU::Trim, SU::Trim, "\t a b \r\n", "a b"},
@@ -124,10 +118,7 @@ TEST(StringUtilsSearch, ComparesWithAndWithoutCase) {
 
 TEST(StringUtilsSearch, FindsTheFirstMatchInAnyCase) {
     const std::string manyHalves = std::string(5000, 'a') + "B";
-    const struct {
-        std::string haystack, needle;
-        unsigned long long expected;
-    } cases[] = {
+    const std::tuple<std::string, std::string, unsigned long long> cases[] = {
         {"abcABC", "CA", 2},
         {"abc", "abcd", kNotFound},
         {"abc", "", 0},
@@ -146,10 +137,7 @@ TEST(StringUtilsSearch, FindsTheFirstMatchInAnyCase) {
 }
 
 TEST(StringUtilsSearch, ComparesDottedVersionsAsNumbersWhereTheyAre) {
-    const struct {
-        const char *a, *b;
-        bool equal;
-    } cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {"10.0.1", "10.00.01", true},
         {"1.2", "1.2.0", false},
         {"1.a", "1.A", false},
@@ -160,17 +148,12 @@ TEST(StringUtilsSearch, ComparesDottedVersionsAsNumbersWhereTheyAre) {
         {"99999999999999999999", "99999999999999999998", false},
         {"99999999999999999999", "099999999999999999999", true},
     };
-    for (const auto& [a, b, equal] : cases) {
+    for (const auto& [a, b, equal] : cases)
         EXPECT_EQ(SU::CompareDottedVersions(a, b), equal) << a << " " << b;
-    }
 }
 
 TEST(StringUtilsSearch, ReadsOnlyPlainNumbers) {
-    const struct {
-        std::string text;
-        int value;
-        bool expected;
-    } cases[] = {
+    const std::tuple<std::string, int, bool> cases[] = {
         {"007", 7, true},
         {"-5", 0, false},
         {" 5", 0, false},
@@ -189,11 +172,7 @@ TEST(StringUtilsSearch, ReadsOnlyPlainNumbers) {
 }
 
 TEST(StringUtilsReplace, NeverSearchesWhatItPutIn) {
-    const struct {
-        std::string before, find, replacement;
-        bool firstOnly;
-        std::string after, afterInAnyCase;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string, bool, std::string, std::string> cases[] = {
         {"aXbxc", "x", "XX", false, "aXbXXc", "aXXbXXc"},
         {"aXbxc", "x", "", true, "aXbc", "abxc"},
         {"aaaa", "aa", "a", false, "aa", "aa"},
@@ -219,11 +198,7 @@ TEST(StringUtilsReplace, NeverSearchesWhatItPutIn) {
 }
 
 TEST(StringUtilsDelete, StartsAgainAfterEachDeletion) {
-    const struct {
-        std::string before, find;
-        bool firstOnly;
-        std::string after;
-    } cases[] = {
+    const std::tuple<std::string, std::string, bool, std::string> cases[] = {
         {"aabb", "ab", true, "ab"},           {"aabb", "ab", false, ""},
         {"xaabaabbby", "aab", false, "xbby"}, {"aaabc", "a", false, "bc"},
         {"abcabcabcab", "abc", false, "ab"},  {"xxabcx", "xab", false, "xcx"},
@@ -302,10 +277,7 @@ TEST(StringUtilsSplit, KeepsEveryPiece) {
 }
 
 TEST(StringUtilsSplit, ByTextWithoutOverlap) {
-    const struct {
-        std::string text, separator;
-        Pieces all, filled;
-    } cases[] = {
+    const std::tuple<std::string, std::string, Pieces, Pieces> cases[] = {
         {"a--b--", "--", {"a", "b", ""}, {"a", "b"}},
         {"", "--", {""}, {}},
         {"a---b", "--", {"a", "-b"}, {"a", "-b"}},
@@ -338,12 +310,7 @@ TEST(StringUtilsEscape, DumpsAndReadsBytes) {
     EXPECT_EQ(SU::ByteArrayToHexString(nullptr, 0), "");
     EXPECT_EQ(SU::ByteArrayToAsciiChars(bytes, 6), ".. ~..");
 
-    const struct {
-        const char* hex;
-        std::size_t room;
-        bool result;
-        std::size_t expected;
-    } cases[] = {
+    const std::tuple<const char*, std::size_t, bool, std::size_t> cases[] = {
         {"0aFf", 2, true, 2}, {"0aFf", 1, false, 1},   {"abc", 2, false, 77},
         {"", 0, true, 0},     {"0a/fFF", 2, false, 1}, {"0a0\xFF", 2, false, 1},
     };

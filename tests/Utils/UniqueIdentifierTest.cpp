@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <string>
 #include <unordered_set>
 
 namespace quillon {
@@ -12,14 +11,8 @@ using namespace std::string_literals;
 
 constexpr int kHuge = 10'000'000;
 
-struct Case {
-    std::string text;
-    bool valid;
-    std::string printed;
-};
-
 TEST(UniqueIdentifier, IsReadAsTheCLibraryReadsBytePairs) {
-    const Case cases[] = {
+    const std::tuple<std::string, bool, std::string> cases[] = {
         {"00112233x4455\0"s + "6677}8899{AABBCCDDEEFF", true, "00112233-4455-6677-8899-aabbccddeeff"},
         {"{00112233-4455-6677-8899-aabbccddeeff}", true, "00112233-4455-6677-8899-aabbccddeeff"},
         {"{00112233-4455-6677-8899-aabbccddeeff)", false, "00112233-4455-6677-8899-aabbccddeeff"},
@@ -29,11 +22,11 @@ TEST(UniqueIdentifier, IsReadAsTheCLibraryReadsBytePairs) {
         {"00112233-4455-6677-8899-aabbccddee\0"s + "f", false, "00112233-4455-6677-8899-aabbccddee00"},
         {std::string(kHuge, '1'), false, "00000000-0000-0000-0000-000000000000"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text.substr(0, 40));
-        bool ok = !c.valid;
-        EXPECT_EQ(UniqueIdentifier::Parse(c.text, &ok).ToString(), c.printed);
-        EXPECT_EQ(ok, c.valid);
+    for (const auto& [text, isValid, printed] : cases) {
+        SCOPED_TRACE(text.substr(0, 40));
+        bool ok = !isValid;
+        EXPECT_EQ(UniqueIdentifier::Parse(text, &ok).ToString(), printed);
+        EXPECT_EQ(ok, isValid);
     }
 }
 

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <string>
-
 namespace quillon {
 namespace {
 
@@ -11,14 +9,8 @@ using namespace std::string_literals;
 
 constexpr int kHuge = 10'000'000;
 
-struct Case {
-    std::string text;
-    bool valid;
-    std::string printed;
-};
-
 TEST(UrlParse, SplitsSchemeHostPortAndPath) {
-    const Case cases[] = {
+    const std::tuple<std::string, bool, std::string> cases[] = {
         {"HTTPS://host", true, "HTTPS://host:443/"},
         {"http://ho\nst/a b?c:d//e\0"s, true, "http://ho\nst:80/a%20b?c:d//e\0"s},
         {"ftp://host/", false, "ftp://host:0/"},
@@ -28,11 +20,11 @@ TEST(UrlParse, SplitsSchemeHostPortAndPath) {
         {"http://host:8\0001"s, true, "http://host:8/"},
         {"http://host:99999999999", true, "http://host:2147483647/"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(Url::Parse(c.text).ToString(), c.printed);
-        EXPECT_EQ(Url::Parse(c.text).IsValid(), c.valid);
-        EXPECT_FALSE(Url::Parse(c.text).Scheme().empty());
+    for (const auto& [text, isValid, printed] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Url::Parse(text).ToString(), printed);
+        EXPECT_EQ(Url::Parse(text).IsValid(), isValid);
+        EXPECT_FALSE(Url::Parse(text).Scheme().empty());
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <string>
 #include <unordered_set>
 #include <utility>
 
@@ -11,14 +10,8 @@ namespace {
 
 constexpr int kHuge = 10'000'000;
 
-struct Case {
-    std::string text;
-    bool valid;
-    std::string printed;
-};
-
 TEST(Version, IsReadAsTheCLibraryReadsNumbersAndDots) {
-    const Case cases[] = {
+    const std::tuple<std::string, bool, std::string> cases[] = {
         {"1.2.3.4", true, "1.2.3.4"},
         {"1.2.3.4.5", false, "0.0.0.0"},
         {"1..3", false, "1.0.0.0"},
@@ -30,10 +23,10 @@ TEST(Version, IsReadAsTheCLibraryReadsNumbersAndDots) {
         {std::string(kHuge, '9'), true, "4294967295.0.0.0"},
         {std::string(kHuge, '.'), false, "0.0.0.0"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text.substr(0, 50));
-        EXPECT_EQ(Version(c.text).Valid(), c.valid);
-        EXPECT_EQ(Version(c.text).to_string(), c.printed);
+    for (const auto& [text, isValid, printed] : cases) {
+        SCOPED_TRACE(text.substr(0, 50));
+        EXPECT_EQ(Version(text).Valid(), isValid);
+        EXPECT_EQ(Version(text).to_string(), printed);
     }
 }
 

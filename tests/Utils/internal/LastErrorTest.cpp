@@ -1,11 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "platform/EnvironmentApi.h"
 #include "platform/ErrorText.h"
@@ -117,29 +112,20 @@ TEST_F(LastErrorTest, TellsWhyAQuestionOrAListingFailed) {
            {"exists, wide", 2, [&] { return FS::Exists(std::wstring(missing.begin(), missing.end())); }},
            {"status", 2, [&] { return FS::Exists(missing, isDirectory, nullptr); }},
            {"is directory", 2, [&] { return FS::IsDirectory(missing); }},
-           {"is directory, ANSI", 2, [&] { return FS::IsDirectory(missing.c_str()); }},
            {"size", 2, [&] { return FS::GetFileSizeInBytes(missing) != 0; }},
            {"size, empty", 0, [&] { return FS::GetFileSizeInBytes(dir.Write("none", "")) != 0; }},
            {"size, directory", 5, [&] { return FS::GetFileSizeInBytes(full) != 0; }},
            {"sum", 2, [&] { return FS::GetDirectorySizeInBytes(missing, true) != 0; }},
-           {"sum, flat", 2, [&] { return FS::GetDirectorySizeInBytes(missing, false) != 0; }},
-           {"sum, no path", 3, [&] { return FS::GetDirectorySizeInBytes("", true) != 0; }},
            {"sum, empty", 0, [&] { return FS::GetDirectorySizeInBytes(dir.Path("empty"), true) != 0; }},
            {"find", 2, [&] { return FS::FindFiles(dir.Path("*.none"), nullptr) != 0; }},
-           {"find, directories only", 2, [&] { return FS::FindFiles(dir.Path("ful*"), nullptr) != 0; }},
            {"find, nowhere", lost, [&] { return FS::FindFiles(dir.Path("missing\\*"), nullptr) != 0; }},
            {"all files", 2, [&] { return Lists(FS::GetAllFilesWithin, missing); }},
            {"all files, no path", 3, [&] { return Lists(FS::GetAllFilesWithin, ""); }},
-           {"names", 2, [&] { return Lists(FS::GetImmediateFilesWithin, missing); }},
-           {"walk", 2, [&] { return Walks(missing); }},
            {"walk, file", OnEach(267, 3), [&] { return Walks(file); }},
            {"version", 2, [&] { return HasVersion(missing); }},
-           {"version, no path", 3, [] { return HasVersion(""); }},
            {"version, directory", 5, [&] { return HasVersion(full); }},
            {"version, kept", 1812, [&] { return HasVersion(file) || HasVersion(file); }},
            {"working directory", 2, [&] { return FS::SetWorkingDirectory(missing); }},
-           {"size, long", 206, [&] { return FS::GetFileSizeInBytes(lengthy) != 0; }},
-           {"all files, long", 206, [&] { return Lists(FS::GetAllFilesWithin, lengthy); }},
            {"make, long", 206, [&] { return FS::MakeDirectories(lengthy + "\\x"); }},
            {"make, endless", 206, [] { return FS::MakeDirectory(std::string(2'000'000, '\\')); }},
            {"read, long", 206, [&] { return Reads(lengthy); }},
@@ -172,23 +158,17 @@ TEST_F(LastErrorTest, TellsWhyTextWasNotReadOrWritten) {
     const std::string list = dir.Write("list", "1 \"a\" len=1 dt=0\n");
     std::vector<std::string> lines;
     Check({{"contents", 2, [&] { return !FS::ReadContentsOfFile(missing).empty(); }},
-           {"contents, directory", 5, [&] { return !FS::ReadContentsOfFile(full).empty(); }},
            {"contents, empty", 0, [&] { return !FS::ReadContentsOfFile(empty).empty(); }},
            {"lines", 2, [&] { return FS::ReadContentsOfFile(missing, lines), !lines.empty(); }},
            {"line", lost, [&] { return !FS::ReadSingleLineFromFile(nowhere).empty(); }},
-           {"line, empty", 0, [&] { return !FS::ReadSingleLineFromFile(empty).empty(); }},
            {"encoding", 2, [&] { return Detects(missing); }},
-           {"encoding, directory", 5, [&] { return Detects(full); }},
            {"read", 2, [&] { return Reads(missing); }},
-           {"read, empty", 0, [&] { return Reads(empty); }},
            {"read, wrong", 87, [&] { return Reads(file, wrong); }},
            {"write, directory", 5, [&] { return FS::WriteUtf8File(full, "x"); }},
            {"write, nowhere", lost, [&] { return FS::WriteUtf16LeFile(nowhere, "x"); }},
            {"write, wrong", 87, [&] { return FS::WriteFile(file, "x", wrong); }},
            {"atomic, directory", 5, [&] { return FS::WriteFileAtomic(full, "x"); }},
-           {"atomic, nowhere", lost, [&] { return FS::WriteFileAtomic(nowhere, "x"); }},
            {"append", 2, [&] { return Appends(missing, FS::NOTSET); }},
-           {"append, directory", 5, [&] { return Appends(full, FS::UTF8); }},
            {"append, wrong", 87, [&] { return Appends(file, wrong); }},
            {"file, write", 87, [&] { return File::Create(file).Write("x"); }},
            {"file, read", 2, [&] { return !File::Open(missing).Read().empty(); }},
@@ -204,7 +184,6 @@ TEST_F(LastErrorTest, TellsWhyAChangeFailed) {
     const std::string locked = dir.Path("locked\\x");
     Check({{"erase", 2, [&] { return FS::EraseFile(missing, false); }},
            {"erase, quiet", lost, [&] { return FS::EraseFile(nowhere, true); }},
-           {"erase, directory", 5, [&] { return FS::EraseFile(full, false); }},
            {"erase, read-only", 5, [&] { return FS::EraseFile(locked, false); }},
            {"erase tree", 2, [&] { return FS::EraseDirectory(missing); }},
            {"erase tree, no path", 3, [] { return FS::EraseDirectory(""); }},
@@ -219,7 +198,6 @@ TEST_F(LastErrorTest, TellsWhyAChangeFailed) {
            {"generations", 87, [&] { return FS::RenameGenerations(file, 0); }},
            {"copy", 2, [&] { return FS::DuplicateFile(missing, dir.Path("to")); }},
            {"copy, itself", 32, [&] { return FS::DuplicateFile(file, file); }},
-           {"copy, nowhere", lost, [&] { return FS::DuplicateFile(file, nowhere); }},
            {"copy, onto a directory", 5, [&] { return FS::DuplicateFile(file, full); }},
            {"secure copy", 2, [&] { return FS::FileCopy(missing, dir.Path("to")); }},
            {"secure", 2, [&] { return FS::SecureFile(missing); }},

@@ -2,10 +2,6 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "platform/ErrorText.h"
 #include "platform/FileApi.h"
 #include "quillon/FileSystemUtils.h"
@@ -21,9 +17,6 @@ namespace quillon {
 namespace {
 
 using FS = FileSystemUtils;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 /// A folder that is root's alone, and a process that is somebody else's.
 class DeniedAccess : public test::TempDirTest {
@@ -49,7 +42,7 @@ TEST_F(DeniedAccess, NothingInTheFolderIsReadListedOrChanged) {
     EXPECT_EQ(platform::LastError(), 5u);
     EXPECT_FALSE(FS::GetImmediateFilesWithin(dir.Path("denied"), names));
     EXPECT_EQ(FS::FindFiles(dir.Path("denied\\*"), &names), 0u);
-    EXPECT_THAT(names, IsEmpty());
+    EXPECT_THAT(names, testing::IsEmpty());
     EXPECT_FALSE(FS::WriteUtf8File(dir.Path("denied\\new.txt"), "x"));
     EXPECT_FALSE(FS::MakeDirectory(dir.Path("denied\\new")));
     EXPECT_FALSE(FS::RenameFile(file, dir.Path("stolen.txt"), true));
@@ -63,7 +56,8 @@ TEST_F(DeniedAccess, ErasingSaysWhyAndLeavesEverything) {
     EXPECT_FALSE(FS::EraseDirectory(dir.Path("denied")));
     EXPECT_EQ(platform::LastError(), 5u);
     EXPECT_FALSE(FS::EraseFile(file, false));
-    EXPECT_THAT(log.Lines(), ElementsAre("Cannot delete '" + file + "' because: (5/0X5) Access is denied. "));
+    EXPECT_THAT(log.Lines(),
+                testing::ElementsAre("Cannot delete '" + file + "' because: (5/0X5) Access is denied. "));
     ASSERT_EQ(seteuid(0), 0);
     EXPECT_EQ(dir.Read("denied/file.txt"), "secret");
 }
@@ -73,7 +67,8 @@ TEST_F(DeniedAccess, CommandInTheFolderIsNotStarted) {
     const auto properties = test::CommandOf("true", log);
     properties->workingDirectory = StringUtils::NarrowStringToWide(dir.Path("denied"));
     EXPECT_EQ(ProcessUtils::RunCliCommand(properties), 1);
-    EXPECT_THAT(log.Lines(ICLogger::Level::Error), ElementsAre(StartsWith("Could not run command '")));
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error),
+                testing::ElementsAre(testing::StartsWith("Could not run command '")));
 }
 
 }  // namespace

@@ -9,9 +9,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "platform/ErrorText.h"
 #include "platform/Handle.h"
@@ -93,10 +90,7 @@ TEST_F(Mounts, MoveThatCannotEndKeepsWhatItWasToReplace) {
     dir.Write("target", "old");
     const std::string fixed = dir.Native("fixed").string();
     ASSERT_EQ(::mount(nullptr, fixed.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-    const struct {
-        const char *what, *from, *to;
-        std::uint32_t code;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*, std::uint32_t> cases[] = {
         {"a directory, by a file that does not fit", "large", "disk\\tree", 112},
         {"a directory, by a link, which stays on its volume", "link", "disk\\tree", 17},
         {"a file, by one that cannot be removed", "fixed\\source", "target", 19},

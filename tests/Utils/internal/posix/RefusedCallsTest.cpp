@@ -2,12 +2,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdint>
-#include <filesystem>
-#include <functional>
 #include <iostream>
-#include <string>
-#include <vector>
 
 #include "platform/ErrorText.h"
 #include "platform/ProcessFactsApi.h"
