@@ -52,11 +52,7 @@ std::string Command(const std::string& mode, const Arguments& arguments = {}) {
 }  // namespace
 
 TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
-    const struct {
-        const char* method;
-        Arguments arguments;
-        std::string output;
-    } cases[] = {
+    const std::tuple<const char*, Arguments, std::string> cases[] = {
         {"Run",
          {Command("print", {"a|b", "0"}), "lines=true", "--format=csv", "timeout=60"},
          "ExitCode,Output,LineNumber\r\n0,a,0\r\n0,b,1"},  // the runner trims the end
@@ -83,11 +79,7 @@ TEST(Agent, PrintsTheTableThatAMethodAnswersWith) {
 
 TEST(Agent, RefusesABadCallWithCodeTwo) {
     const std::string print = Command("print", {"x", "0"});
-    const struct {
-        const char* method;
-        Arguments arguments;
-        const char* message;
-    } cases[] = {
+    const std::tuple<const char*, Arguments, const char*> cases[] = {
         {"Run", {print, "other=1"}, "Undefined parameter named 'other'"},
         {"Run", {print, "=1"}, "Anonymous parameters are not allowed for this method"},
         {"Run",
@@ -116,10 +108,7 @@ TEST(Agent, AFailedCommandGivesCodeThreeAndItsReason) {
     const TempDir dir;
     const std::string wait = Command("await", {dir.Native("started").string(), dir.Native("never").string()});
     const std::string flood = Command("print", {"round and round", "1", "-1"});
-    const struct {
-        Arguments arguments;
-        const char *output, *message;
-    } cases[] = {
+    const std::tuple<Arguments, const char*, const char*> cases[] = {
         {{Command("print", {"broken", "7"})}, "7  broken", "Command ended with exit code 7"},
         {{"command=no-such-program"}, "1", "Could not run command 'no-such-program' because: (2/"},
         {{wait, "timeout=1"}, "", "Timed out after 1 seconds"},

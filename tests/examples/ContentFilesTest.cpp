@@ -1,8 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <string>
-
 #include "common/TemporaryName.h"
 #include "content/RemoteName.h"
 #include "sql/DatabaseFolder.h"
@@ -20,13 +17,6 @@ using agent::DestinationFolder;
 using agent::NewFile;
 using ContentFilesTest = TempDirTest;
 
-std::string Put(DestinationFolder& folder, const std::vector<std::string>& components) {
-    std::unique_ptr<NewFile> file;
-    std::string fault = folder.Create(components, file);
-    if (fault.empty()) fault = file->Write("new", 3);
-    return fault.empty() ? file->Commit() : fault;
-}
-
 }  // namespace
 
 TEST_F(ContentFilesTest, LeftoversOfKilledDownloadsGoAndFilesInTheMakingStay) {
@@ -34,9 +24,9 @@ TEST_F(ContentFilesTest, LeftoversOfKilledDownloadsGoAndFilesInTheMakingStay) {
                       library = "to/sub/.quillon-00ffaa0011223344.part";
     dir.Write(left, "x");
     dir.Write(library, "x");
-    for (const char* const other :
+    for (const char* const foreign :
          {"to/sub/.quillon-.part", "to/sub/.quillon-my.part", "to/sub/.quillon-1.txt"})
-        dir.Write(other, "x");
+        dir.Write(foreign, "x");
     DestinationFolder first;
     ASSERT_EQ(first.Open(dir.Path("to")), "");
     std::unique_ptr<NewFile> held;
@@ -45,7 +35,10 @@ TEST_F(ContentFilesTest, LeftoversOfKilledDownloadsGoAndFilesInTheMakingStay) {
 
     DestinationFolder second;
     ASSERT_EQ(second.Open(dir.Path("to")), "");
-    EXPECT_EQ(Put(second, {"sub", "a"}), "");
+    std::unique_ptr<NewFile> other;
+    ASSERT_EQ(second.Create({"sub", "a"}, other), "");
+    EXPECT_EQ(other->Commit(), "");
+    other.reset();
     EXPECT_EQ(held->Write("held", 4), "");
     EXPECT_EQ(held->Commit(), "");
     held.reset();

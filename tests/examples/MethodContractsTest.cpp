@@ -114,33 +114,6 @@ TEST_F(MethodContracts, EveryMethodBindsWhatItDescribes) {
     EXPECT_EQ(count, 30u);
 }
 
-TEST_F(MethodContracts, EveryMethodHasTheFlagsOfWhatItDoes) {
-    const std::string runs = "Executes external process", writes = "May modify system state",
-                      network = "Performs network activity", reads = "Intensive I/O";
-    const std::map<std::string, std::vector<std::string>> flags = {
-        {"Commands.Run", {runs, writes}},
-        {"Commands.Table", {runs, writes}},
-        {"Store.Save", {runs, writes}},
-        {"Store.Query", {writes}},
-        {"Content.Download", {reads, writes, network}},
-        {"Content.DownloadFile", {reads, writes, network}},
-        {"Network.Resolve", {network}},
-        {"Audit.Hold", {writes}},
-        {"EventLog.Follow", {writes}},
-        {"Wmi.Update", {writes}},
-        {"Wmi.Invoke", {writes}},
-    };
-    for (const auto& module : host.GetModules()) {
-        for (const Method& method : module->GetMethods()) {
-            std::vector<std::string> found;
-            method.metadata->VisitFlag([&found](const char* flag) { found.emplace_back(flag); });
-            const auto expected = flags.find(method.metadata->MethodName());
-            EXPECT_EQ(found, expected == flags.end() ? std::vector<std::string>{} : expected->second)
-                << method.metadata->MethodName();
-        }
-    }
-}
-
 TEST_F(MethodContracts, ACallWithThreeFaultsNamesThree) {
     EXPECT_EQ(host.Run("Commands.Table", {"timeout=x", "other\x1B=1", "command=a"}).errorMessage,
               "Parameter 'timeout' must be an integer, not 'x'; Missing parameter 'columns'; "

@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <filesystem>
-
 #include "examples/RunAgent.h"
 #include "support/System.h"
 #include "support/TempDir.h"
@@ -10,11 +8,7 @@ namespace quillon::test {
 
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr const char* kEnd = kWindows ? ".dll" : ".so";
 
@@ -37,7 +31,7 @@ TEST_F(ModuleLoader, RunsAndDescribesTheMethodsOfALibrary) {
     Add("good");
     AgentRun run = Run({"run", "Sample.Echo", "text=5", "--format", "json"});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
-    EXPECT_THAT(run.output, StartsWith(R"([{"Text":"5"}])"));
+    EXPECT_THAT(run.output, testing::StartsWith(R"([{"Text":"5"}])"));
     run = Run({"run", "Sample.Echo"});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.errors, HasSubstr("Missing parameter 'text'"));
@@ -47,9 +41,9 @@ TEST_F(ModuleLoader, RunsAndDescribesTheMethodsOfALibrary) {
     EXPECT_EQ(Run({"run", "Sample.Echo", "text=throw nothing"}).exitCode, 1);
     EXPECT_EQ(Run({"run", "Sample.Echo", "text=fail"}).exitCode, 255);  // not the lowest byte of 256
     run = Run({"methods"});
-    EXPECT_THAT(run.output,
-                AllOf(HasSubstr("System.Info\n"), HasSubstr("Sample.Echo\n  Answers with its parameter.")));
-    EXPECT_THAT(run.errors, IsEmpty());
+    EXPECT_THAT(run.output, testing::AllOf(HasSubstr("System.Info\n"),
+                                           HasSubstr("Sample.Echo\n  Answers with its parameter.")));
+    EXPECT_THAT(run.errors, testing::IsEmpty());
     dir.Write("agent.json", R"({"moduleDirectory": ")" + dir.Native().generic_string() + "\"}");
     run = RunAgent(
         {"run", "Sample.Echo", "text=6", "--format", "csv", "--config", dir.Native("agent.json").string()});
@@ -58,9 +52,7 @@ TEST_F(ModuleLoader, RunsAndDescribesTheMethodsOfALibrary) {
 
 /// The agent lives, names each file, and has the methods of the good one.
 TEST_F(ModuleLoader, NamesAndSkipsWhatItCannotLoad) {
-    const struct {
-        std::string name, reason;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"duplicate", "method 'System.Echo' is there already"},
         {"nameless", "'Echo' is no name of a method"},
         {"without_function", "method 'Sample.Nothing' has no function"},
@@ -81,36 +73,26 @@ TEST_F(ModuleLoader, NamesAndSkipsWhatItCannotLoad) {
         return kWindows && (name == "unresolved" || name == "pipe");
     };
     Add("good");
-    for (const auto& c : cases) {
-        if (isForLinux(c.name)) continue;
-        if (c.name == "text") {
-            dir.Write(c.name + kEnd, "no library");
-        } else if (c.name == "pipe") {  // who opens it waits for a writer
-            ASSERT_EQ(RunLine("mkfifo -m 600 " + dir.Native(c.name + kEnd).string()).exitCode, 0);
+    for (const auto& [name, reason] : cases) {
+        if (isForLinux(name)) continue;
+        if (name == "text") {
+            dir.Write(name + kEnd, "no library");
+        } else if (name == "pipe") {  // who opens it waits for a writer
+            ASSERT_EQ(RunLine("mkfifo -m 600 " + dir.Native(name + kEnd).string()).exitCode, 0);
         } else {
-            Add(c.name);
+            Add(name);
         }
     }
     const AgentRun run = Run({"run", "Sample.Echo", "text=7", "--format", "csv"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.output, "Text\r\n7");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        if (isForLinux(c.name)) continue;
-        EXPECT_THAT(run.errors, HasSubstr(c.name + kEnd + "' is not loaded: "));
-        const bool saysLittle = kWindows && c.name == "no_entry";  // the system does not name the function
-        EXPECT_THAT(run.errors, HasSubstr(saysLittle ? "" : c.reason));
+    for (const auto& [name, reason] : cases) {
+        SCOPED_TRACE(name);
+        if (isForLinux(name)) continue;
+        EXPECT_THAT(run.errors, HasSubstr(name + kEnd + "' is not loaded: "));
+        const bool saysLittle = kWindows && name == "no_entry";  // the system does not name the function
+        EXPECT_THAT(run.errors, HasSubstr(saysLittle ? "" : reason));
     }
-}
-
-TEST_F(ModuleLoader, TakesTheFirstOfTwoModulesWithOneMethod) {
-    Add("good");
-    std::filesystem::copy_file(dir.Native(std::string("good") + kEnd),
-                               dir.Native(std::string("later") + kEnd));
-    const AgentRun run = Run({"run", "Sample.Echo", "text=8", "--format", "csv"});
-    EXPECT_EQ(run.output, "Text\r\n8");
-    EXPECT_THAT(run.errors,
-                AllOf(HasSubstr(std::string("later") + kEnd), Not(HasSubstr(std::string("good") + kEnd))));
 }
 
 /// For Linux: the emulator makes access lists of modes and cannot be asked for others.

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <string>
-#include <vector>
-
 #include "support/RecordingLogger.h"
 
 namespace quillon::test {
@@ -17,10 +14,7 @@ TEST(RemoteName, AreTakenOnlyWhenTheyAreThoseOfAPlainFileOnBothSystems) {
           "\xC3\xA9", "COM\xC2\xB4", longest.c_str()})
         EXPECT_STREQ(agent::ReadRemoteName(name).fault, "") << name;
     EXPECT_THAT(agent::ReadRemoteName("a/b\\c").components, testing::ElementsAre("a", "b", "c"));
-    const struct {
-        const char* what;
-        std::vector<std::string> names;
-    } refused[] = {
+    const std::pair<const char*, std::vector<std::string>> refused[] = {
         {"empty components", {"", "a\\", "a\\\\b"}},
         {"steps", {".", "..", "..\\a", "a\\..\\b", "a/../../b", "a\\."}},
         {"rooted", {"\\a", "/etc/a", "C:\\a", "C:a"}},

@@ -13,8 +13,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 /// commit FOLDER: commits 1, 2, 3 ... and prints each once it is committed.
 const ChildMode commit("commit", [](const std::vector<std::string>& a) {
@@ -70,9 +68,10 @@ TEST_F(StoreTest, RefusesWhatSqliteCannotHold) {
     EXPECT_TRUE(store.ExecuteNonQuery("SELECT 1; -- and no more\n ;;") && store.ExecuteNonQuery("VACUUM"));
     m_log.Forget();
     EXPECT_FALSE(store.ExecuteNonQuery("broken " + std::string(9999, 'x')));
-    EXPECT_THAT(TakeErrors(), ElementsAre(testing::AllOf(
-                                  StartsWith("Database 'limits': near \"broken\": syntax error (broken xxx"),
-                                  HasSubstr("x...)"), testing::SizeIs(testing::Lt(600u)))));
+    EXPECT_THAT(TakeErrors(),
+                ElementsAre(testing::AllOf(
+                    testing::StartsWith("Database 'limits': near \"broken\": syntax error (broken xxx"),
+                    HasSubstr("x...)"), testing::SizeIs(testing::Lt(600u)))));
 }
 
 TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
@@ -104,7 +103,7 @@ TEST_F(StoreTest, ReadsBackWhatWasWrittenWhateverTheColumnPrefers) {
         ASSERT_TRUE(store.WriteDataToTempTable("t", Column("c-d", c.written)));
         EXPECT_EQ(Query(store, "SELECT * FROM [temp.t]"), Column("c-d", c.read.empty() ? c.written : c.read));
     }
-    EXPECT_THAT(TakeErrors(), IsEmpty());  // a table written twice is none
+    EXPECT_THAT(TakeErrors(), testing::IsEmpty());  // a table written twice is none
     EXPECT_EQ(Csv(store, "SELECT 1 AS a, 2 AS b WHERE 0"), "a,b\n");
 }
 
@@ -139,11 +138,7 @@ TEST_F(StoreTest, FailsWholeAndOnceWhenTheDatabaseCannotBeWritten) {
     store.ExecuteNonQuery("CREATE TABLE t (a)");
     DataTable table(VariantList(V("a", 1)));
     for (int i = 0; i < 14; ++i) table += DataTable(table);
-    const struct {
-        Store& who;
-        const char *break_, *mend;
-        const char* message;
-    } cases[] = {
+    const std::tuple<Store&, const char*, const char*, const char*> cases[] = {
         {other, "BEGIN IMMEDIATE", "COMMIT", "database is locked"},
         {store, "PRAGMA query_only=1", "PRAGMA query_only=0", "attempt to write a readonly database"},
         {store, "PRAGMA max_page_count=5", "PRAGMA max_page_count=999999", "database or disk is full"},
@@ -175,7 +170,8 @@ TEST_F(StoreTest, BeginsAnewBesideACorruptFile) {
         ++copies;
         for (int n = 1; n <= copies; ++n)
             EXPECT_EQ(dir.Read(file + ".corrupt." + std::to_string(n)), contents[n - 1]);
-        EXPECT_THAT(TakeErrors(), ElementsAre(StartsWith("Database 'x': "), HasSubstr("moved aside")));
+        EXPECT_THAT(TakeErrors(),
+                    ElementsAre(testing::StartsWith("Database 'x': "), HasSubstr("moved aside")));
     }
     std::fstream(dir.Native(file)).seekp(4096) << std::string(4096, 'g');  // the table's page
     Store store("x");
@@ -277,15 +273,6 @@ TEST_F(StoreTest, MayEndAfterItsEngine) {
         ServiceLocator::Put<ISqliteInstance>(&m_databases.engine.emplace(m_databases.folder));
     }
     EXPECT_THAT(TakeErrors(), ElementsAre(HasSubstr("has not opened"), HasSubstr("has not opened")));
-}
-
-TEST_F(StoreTest, HoldsAMillionRows) {
-    constexpr long long kRows = 1'000'000 / QUILLON_TEST_SLOWDOWN;
-    Store store("large");
-    DataTable table;
-    for (long long i = 0; i < kRows; ++i) table.AddRow(VariantList(V("n", i), V("t", std::to_string(i))));
-    ASSERT_TRUE(store.WriteDataToTempTable("t", table));
-    EXPECT_TRUE(Query(store, "SELECT * FROM [temp.t]") == table);
 }
 
 TEST_F(StoreTest, KeepsWhatWasCommittedWhenTheProcessIsKilled) {

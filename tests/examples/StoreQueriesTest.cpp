@@ -1,6 +1,4 @@
 #include <chrono>
-#include <filesystem>
-#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -84,8 +82,9 @@ TEST_F(StoreQueriesTest, AStatementThatNeverEndsIsStopped) {
     DataTable rows = Column("a", std::vector<Variant>(20'000, V(1)));
     EXPECT_TRUE(store.AddToTable("t", rows));
     store.BeginTransaction();
-    EXPECT_FALSE(other.TryBegin());
+    EXPECT_FALSE(other.TryBegin() || store.TryBegin());
     EXPECT_TRUE(store.TryCommit());
+    EXPECT_FALSE(store.TryCommit());
 }
 
 TEST_F(StoreQueriesTest, NothingIsChangedOutsideATransactionThatCouldNotBegin) {
@@ -134,17 +133,6 @@ TEST_F(StoreQueriesTest, NothingIsKeptOfATransactionThatAFailureHasUndone) {
         store.ExecuteNonQuery("CREATE TABLE IF NOT EXISTS t (a)");
         EXPECT_EQ(Csv(store, "SELECT count(*) n FROM t"), "n\n0\n");
     }
-}
-
-TEST_F(StoreQueriesTest, TransactionsTellWhetherTheySucceed) {
-    Store store("tx"), other("tx");
-    EXPECT_TRUE(store.TryBegin());
-    EXPECT_FALSE(other.TryBegin());
-    EXPECT_FALSE(store.TryBegin());
-    EXPECT_TRUE(store.TryCommit());
-    EXPECT_FALSE(store.TryCommit());
-    EXPECT_TRUE(other.TryBegin());
-    EXPECT_TRUE(other.TryCommit());
 }
 
 TEST_F(StoreQueriesTest, MissingColumnsAreAddedAllOrNone) {
