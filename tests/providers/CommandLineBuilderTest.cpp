@@ -8,12 +8,7 @@ namespace quillon {
 namespace {
 
 TEST(CommandLineBuilder, QuotesOnlyWhatNeedsIt) {
-    const struct {
-        const char* what;
-        std::string program;
-        std::vector<std::string> arguments;
-        std::string expected;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::vector<std::string>, std::string> cases[] = {
         {"plain", "tool", {"-x", "C:\\dir\\"}, "tool -x C:\\dir\\"},
         {"program with blanks", "C:\\My Tools\\a.exe", {}, "\"C:\\My Tools\\a.exe\""},
         {"program ending in a backslash", "C:\\My Tools\\", {}, "\"C:\\My Tools\\\""},

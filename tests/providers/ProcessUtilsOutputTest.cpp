@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <fstream>
@@ -22,8 +21,6 @@ namespace quillon::test {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::StartsWith;
 using Level = ICLogger::Level;
 using Properties = std::shared_ptr<ProcessUtils::CmdProperties>;
 
@@ -128,7 +125,7 @@ TEST_F(ProcessUtilsOutput, ARunThatHasEndedHasNoProcessToKill) {
     while (!(std::ifstream(m_started) >> props->processId)) std::this_thread::yield();
     EXPECT_FALSE(ProcessUtils::KillCommandProcess(props));
     EXPECT_THAT(m_log.Lines(Level::Error),
-                ElementsAre(StartsWith("Could not open command process with PID ")));
+                testing::ElementsAre(testing::StartsWith("Could not open command process with PID ")));
     std::ofstream(m_go) << "go";
     other.join();
 }
@@ -176,11 +173,8 @@ TEST_F(ProcessUtilsOutput, ANotifierEndsTheWaitAndNobodyLooks) {
 
 TEST_F(ProcessUtilsOutput, IsReadInItsCodePage) {
     const std::string e = "\xC3\xA9";  // what the child prints; in page 437 other characters
-    const struct {
-        std::uint32_t page;
-        std::string text;
-        int errors;
-    } cases[] = {{0, e, 0}, {65001, e, 0}, {437, "\xE2\x94\x9C\xE2\x8C\x90", 0}, {4711, e, 1}};
+    const std::tuple<std::uint32_t, std::string, int> cases[] = {
+        {0, e, 0}, {65001, e, 0}, {437, "\xE2\x94\x9C\xE2\x8C\x90", 0}, {4711, e, 1}};
     for (const auto& [page, text, errors] : cases) {
         SCOPED_TRACE(page);
         m_log.Forget();

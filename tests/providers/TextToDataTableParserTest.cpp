@@ -40,10 +40,7 @@ std::string Parsed(const std::string& text, IParsableField* field, long long mul
 }
 
 TEST(TextToDataTableParser, CutsLinesIntoTrimmedFields) {
-    const struct {
-        const char* what;
-        std::string text, expected;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"empty text", "", ""},
         {"spaces separate as one, the rest keeps its own", "a  b c  d ", "{1=a, 2=b, 3=c  d}"},
         {"leading spaces are an empty first field", "  a b", "{2=a, 3=b}"},
@@ -72,11 +69,7 @@ TEST(TextToDataTableParser, CutsLinesIntoTrimmedFields) {
 }
 
 TEST(TextToDataTableParser, ReadsIntegersAsTheCLibraryAndMultipliesWithoutOverflow) {
-    const struct {
-        std::string text;
-        long long multiplier;
-        std::string expected;
-    } cases[] = {
+    const std::tuple<std::string, long long, std::string> cases[] = {
         {"12", 1024, "{v=12288}"},
         {"12\nabc\n+7x\n+-7\n-+7\n0x10\n-", 0, "{v=12}{v=0}{v=7}{v=0}{v=0}{v=0}{v=0}"},
         {"-7.9", -2, "{v=14}"},

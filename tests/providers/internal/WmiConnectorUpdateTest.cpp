@@ -6,8 +6,6 @@ namespace {
 
 using simulation::WmiCall;
 using simulation::WmiValues;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class WmiConnectorUpdateTest : public WmiTest {
 protected:
@@ -48,12 +46,12 @@ TEST_F(WmiConnectorUpdateTest, FirstStopsAfterOneAndAllGoesOn) {
     AddItems(3);
     EXPECT_TRUE(connector.ExecuteUpdateFirst(L"SELECT * FROM Item", &change, &table));
     EXPECT_EQ(table.begin()->Get("Number"), Variant("Number", 1));
-    EXPECT_THAT(
-        log.Lines(Level::Debug),
-        ElementsAre("Connected to WMI namespace \"ROOT\\test\"", "Executing WMI query 'SELECT * FROM Item'",
-                    "Updating property [number] CIM_SINT64 = value VT_I8[1]",
-                    "Put property [number] value [sint64:1]", "Putting instance", "Instance put",
-                    "continuationPolicy() said stop"));
+    EXPECT_THAT(log.Lines(Level::Debug),
+                testing::ElementsAre("Connected to WMI namespace \"ROOT\\test\"",
+                                     "Executing WMI query 'SELECT * FROM Item'",
+                                     "Updating property [number] CIM_SINT64 = value VT_I8[1]",
+                                     "Put property [number] value [sint64:1]", "Putting instance",
+                                     "Instance put", "continuationPolicy() said stop"));
     EXPECT_EQ(NumberOf(0), 1);
     EXPECT_EQ(NumberOf(1), -1);
     EXPECT_TRUE(connector.ExecuteUpdateAll(L"SELECT * FROM Item", &change, &table));
@@ -64,11 +62,7 @@ TEST_F(WmiConnectorUpdateTest, FirstStopsAfterOneAndAllGoesOn) {
 }
 
 TEST_F(WmiConnectorUpdateTest, APropertysTypeDecidesWhatIsPut) {
-    const struct {
-        CIMTYPE type;
-        Variant value;
-        const char *made, *put;
-    } cases[] = {
+    const std::tuple<CIMTYPE, Variant, const char*, const char*> cases[] = {
         {CIM_SINT64, Variant("P", -5), "CIM_SINT64 = value VT_I8[-5]", "sint64:-5"},
         {CIM_REAL32, Variant("P", 0.5), "CIM_REAL64 = value VT_R8[0.500000]", "real64:0.5"},
         {CIM_STRING, Variant("P", "\xC3\xA9"), "CIM_STRING = value VT_BSTR[\xC3\xA9]", "\xC3\xA9"},
@@ -76,15 +70,15 @@ TEST_F(WmiConnectorUpdateTest, APropertysTypeDecidesWhatIsPut) {
         {CIM_DATETIME, Variant("P", "20260131183000.000000+000"),
          "CIM_DATETIME = value VT_BSTR[20260131183000.000000+000]", "20260131183000.000000+000"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.made);
-        repository.AddClass(kNamespace, {L"One", {{L"K", CIM_STRING, L"k"}, {L"P", c.type, {}}}, {L"K"}});
+    for (const auto& [type, value, made, put] : cases) {
+        SCOPED_TRACE(made);
+        repository.AddClass(kNamespace, {L"One", {{L"K", CIM_STRING, L"k"}, {L"P", type, {}}}, {L"K"}});
         repository.AddInstance(kNamespace, L"One", {});
-        const DataTable values{VariantList(c.value)};
+        const DataTable values{VariantList(value)};
         EXPECT_TRUE(connector.ExecuteUpdateFirst(L"SELECT * FROM One", &values, &table));
         EXPECT_THAT(log.Lines(),
-                    testing::IsSupersetOf({std::string("Updating property [P] ") + c.made,
-                                           std::string("Put property [P] value [") + c.put + "]"}));
+                    testing::IsSupersetOf({std::string("Updating property [P] ") + made,
+                                           std::string("Put property [P] value [") + put + "]"}));
         EXPECT_NE(repository.ReadValue(kNamespace, L"One", 0, L"P").vt, VT_NULL);
     }
     const DataTable wrong{VariantList(Variant("P", 1))};
@@ -146,11 +140,7 @@ TEST_F(WmiConnectorUpdateTest, AFailureOrAnUnusableTableChangesNothing) {
     for (DataTable* columns : {&noRow, &fewValues}) columns->AddLongLongCol("Number");
     fewValues.AddStringCol("Name");
     fewValues.AddRow(VariantList(Variant("Number", 1)));
-    const struct {
-        const DataTable* updates;
-        std::optional<WmiCall> failing;
-        const char *error, *debug;
-    } cases[] = {
+    const std::tuple<const DataTable*, std::optional<WmiCall>, const char*, const char*> cases[] = {
         {&absent, {}, "(while could not find an update property)", "could not find update property [Absent]"},
         {&change, WmiCall::Put, "(while could not set property)",
          "could not set property [number] on object 0"},
@@ -161,14 +151,14 @@ TEST_F(WmiConnectorUpdateTest, AFailureOrAnUnusableTableChangesNothing) {
         {&fewValues, {}, "a row of a value for each column", nullptr},
         {nullptr, {}, "a row of a value for each column", nullptr},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.error);
+    for (const auto& [updates, failing, error, debug] : cases) {
+        SCOPED_TRACE(error);
         log.Forget();
-        if (c.failing) repository.FailNext(*c.failing, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
-        EXPECT_FALSE(connector.ExecuteUpdateAll(L"SELECT * FROM Item", c.updates, &table));
-        EXPECT_THAT(log.Lines(Level::Error).back(), testing::EndsWith(c.error));
+        if (failing) repository.FailNext(*failing, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED));
+        EXPECT_FALSE(connector.ExecuteUpdateAll(L"SELECT * FROM Item", updates, &table));
+        EXPECT_THAT(log.Lines(Level::Error).back(), testing::EndsWith(error));
         const std::vector<std::string> lines = log.Lines(Level::Debug);
-        EXPECT_TRUE(c.debug == nullptr ? lines.empty() : lines.back().starts_with(c.debug));
+        EXPECT_TRUE(debug == nullptr ? lines.empty() : lines.back().starts_with(debug));
         EXPECT_EQ(NumberOf(0), -1);
     }
     EXPECT_TRUE(table.Empty());
@@ -183,9 +173,9 @@ TEST_F(WmiConnectorMethodTest, ParametersAreFoundByNameInAnyCase) {
     ASSERT_EQ(table.GetNumberOfRows(), 1U);
     EXPECT_EQ(table.begin()->Get("Answer"), Variant("Answer", "yes"));
     EXPECT_THAT(table.begin()->Get("ObjectPath").GetStringValue(), testing::EndsWith("Item.Name=\"item0\""));
-    EXPECT_THAT(
-        log.Lines(Level::Warn),
-        ElementsAre("Could not apply parameter value of 'Count' to parameter '300'",
+    EXPECT_THAT(log.Lines(Level::Warn),
+                testing::ElementsAre(
+                    "Could not apply parameter value of 'Count' to parameter '300'",
                     "Data-type for parameter 'Thing' is not supported for WMI method invocation; skipping"));
     EXPECT_THAT(log.Lines(Level::Trace), testing::Contains(" -> Parameter name is Count - CIM type is 17"));
 }
@@ -196,7 +186,7 @@ TEST_F(WmiConnectorMethodTest, AMisspeltParameterFailsBeforeTheCallOnRequest) {
     connector.RefuseUnknownParameters(true);
     EXPECT_FALSE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, parameters, &table));
     EXPECT_EQ(connector.LastWmiError(), L"Method Do has no parameter Nmae");
-    EXPECT_THAT(paths, IsEmpty());
+    EXPECT_THAT(paths, testing::IsEmpty());
     parameters.scalars = VariantList(Variant("NAME", "n"));
     EXPECT_TRUE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", false, parameters, &table));
     EXPECT_EQ(given, L"Name=n ");
@@ -236,7 +226,7 @@ TEST_F(WmiConnectorMethodTest, EachFailingCallIsNamed) {
     repository.FailNext(WmiCall::Get, static_cast<HRESULT>(WBEM_E_ACCESS_DENIED), 1);
     EXPECT_FALSE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, {}, &table));
     EXPECT_THAT(log.Lines(Level::Error).back(), testing::HasSubstr("deriving __CLASS property"));
-    EXPECT_THAT(paths, IsEmpty());
+    EXPECT_THAT(paths, testing::IsEmpty());
 }
 
 }  // namespace quillon::test

@@ -104,34 +104,6 @@ TEST_F(WmiLimitTest, AProviderThatNeverReturnsCostsAThreadAndNotItsCaller) {
     EXPECT_TRUE(Query());
 }
 
-TEST_F(WmiLimitTest, ObjectsThatAreReadyDoNotOutlastTheShutdown) {
-    std::atomic<int> calls{0};
-    const auto body = [&calls](const std::wstring&, const simulation::WmiValues&, simulation::WmiValues&) {
-        ++calls;
-        return S_OK;
-    };
-    methods = {{L"Do", {}, {}, body}};
-    AddItems(1000);
-    std::atomic<bool> ends{false};
-    const Monitor monitor([&ends] { return ends.load(); });
-    int rows = 0;
-    EXPECT_FALSE(connector.ExecuteQuery("SELECT Name FROM Item", [&](const VariantList&) {
-        ends = ++rows == 10;
-        return true;
-    }));
-    EXPECT_EQ(rows, 10);
-    EXPECT_EQ(connector.LastWmiErrorCode(), kShuttingDown);
-    ends = false;
-    methods.front().body = [&ends, &calls](const std::wstring&, const auto&, auto&) {
-        ends = ++calls == 3;
-        return S_OK;
-    };
-    AddItems(1000);
-    EXPECT_FALSE(connector.ExecuteInstanceMethod(L"SELECT * FROM Item", L"Do", true, {}, &table));
-    EXPECT_EQ(calls, 3);
-    EXPECT_EQ(connector.LastWmiErrorCode(), kShuttingDown);
-}
-
 // Each operation that enumerates, against providers of every kind; the other ones above.
 TEST_F(WmiLimitTest, NoOperationOutlastsAProviderThatTricklesOrFloods) {
     std::atomic<int> stored{0};
