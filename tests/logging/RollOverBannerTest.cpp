@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <functional>
 #include <mutex>
 #include <stdexcept>
 
@@ -154,15 +153,10 @@ TEST_F(RollOverBannerTest, ReportsTheSettings) {
 
 TEST_F(RollOverBannerTest, ReportsWhatDeviates) {
     const std::string policy = "authenticationpolicy", inventory = "module.inventory.enabled";
-    const struct {
-        std::function<void(Settings&)> change;
-        std::string name, value;
-    } cases[] = {
+    const std::tuple<std::function<void(Settings&)>, std::string, std::string> cases[] = {
         {[](Settings& s) { s.policy = 0; }, policy, "none"},
         {[](Settings& s) { s.policy = 1; }, policy, "optional"},
         {[](Settings& s) { s.policy = 7; }, policy, "undefined"},
-        {[](Settings& s) { s.level = 6; }, "logginglevel", "undefined"},
-        {[](Settings& s) { s.ssl = 0; }, "ssl", "none"},
         {[](Settings& s) { s.inventory["enabled"] = "TRUE"; }, inventory, "true"},
         {[](Settings& s) { s.inventory["enabled"] = "0"; }, inventory, "false"},
         {[](Settings& s) { s.inventory["enabled"] = "yes"; }, inventory, "undefined"},
@@ -170,13 +164,13 @@ TEST_F(RollOverBannerTest, ReportsWhatDeviates) {
         {[](Settings& s) { s.ignore = true; }, "ignorecertificatevalidationerrors", "true"},
         {[](Settings& s) { s.ignore = true; }, "skipdigitalsignaturechecks", "true"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name + c.value);
+    for (const auto& [change, name, value] : cases) {
+        SCOPED_TRACE(name + value);
         Settings settings;
-        c.change(settings);
+        change(settings);
         const Lines lines = Banner();
         const auto line =
-            std::find(lines.begin(), lines.end(), "Configured '" + c.name + "' setting: '" + c.value + "'");
+            std::find(lines.begin(), lines.end(), "Configured '" + name + "' setting: '" + value + "'");
         ASSERT_NE(line, lines.end());
         EXPECT_THAT(lines, testing::IsSupersetOf({" -> No Switch connection has been configured.",
                                                   " -> No Background channel has been configured."}));
