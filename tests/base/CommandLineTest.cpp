@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 namespace quillon::base {
 namespace {
 
@@ -19,17 +16,14 @@ const struct {
     {"a blank first is an empty program", " a", {"", "a"}},
     {"quoted program", "\"C:\\my tools\\t\"x y", {"C:\\my tools\\t", "x", "y"}},
     {"a program's backslashes and later quotes mean nothing", "a\\\"b c", {"a\\\"b", "c"}},
-    {"unclosed program", "\"a b", {"a b"}},
     {"empty argument", "t \"\" x", {"t", "", "x"}},
     {"quotes inside a word", "t a\"b c\"d", {"t", "ab cd"}},
     {"unclosed argument", "t \"a b", {"t", "a b"}},
     {"backslashes before no quote", "t \\\\a\\b\\", {"t", "\\\\a\\b\\"}},
-    {"even backslashes", "t \"a\\\\\" b", {"t", "a\\", "b"}},
     {"odd backslashes", "t \"a\\\" b\"", {"t", "a\" b"}},
     {"three quotes are one, and close", "t \"\"\"a b\"", {"t", "\"a", "b"}},
     {"a doubled quote closes", "t \"a\"\"b c\"", {"t", "a\"b", "c"}},
     {"backslash, then quotes", "t \\\"\"\"a b", {"t", "\"a", "b"}},
-    {"UTF-8", "t \xC3\xA9\xE2\x82\xAC", {"t", "\xC3\xA9\xE2\x82\xAC"}},
 };
 
 TEST(CommandLine, IsCutByTheWindowsRules) {

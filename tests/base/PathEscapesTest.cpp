@@ -4,7 +4,6 @@
 
 #include <map>
 #include <random>
-#include <string>
 
 #include "base/Utf.h"
 
@@ -29,11 +28,7 @@ TEST(PathEscapes, EveryNameIsUtf8AndNoTwoLookAlike) {
 }
 
 TEST(PathEscapes, LeaveOrdinaryNamesAsTheyAre) {
-    const struct {
-        std::wstring name;
-        std::string listed;
-        bool mustStay;
-    } cases[] = {
+    const std::tuple<std::wstring, std::string, bool> cases[] = {
         {L"", "", false},
         {L".", ".", false},
         {L"..", "..", false},

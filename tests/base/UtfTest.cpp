@@ -3,10 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <optional>
 #include <random>
-#include <string>
-#include <string_view>
 
 namespace quillon::base {
 namespace {
@@ -17,11 +14,7 @@ const std::string kBad = "\xEF\xBF\xBD";
 const std::string kFourOfThreeBytes = "\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF";
 
 TEST(Utf, ConvertsBothWaysAtEveryBoundaryOfLength) {
-    const struct {
-        const char* what;
-        std::string narrow;
-        std::wstring wide;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::wstring> cases[] = {
         {"empty", "", L""},
         {"embedded zero", "a\0b"s, L"a\0b"s},
         {"last of one byte, first of two", "\x7F\xC2\x80", L"\x7F\x80"},
@@ -99,21 +92,11 @@ TEST(Utf, FindsWhatIsInvalidInARunOfThreeBytes) {
             wide[at] = static_cast<wchar_t>(0x14E2D);
             EXPECT_EQ(WideToUtf8(wide), std::nullopt) << at;
         }
-        for (const char16_t other : {u'\x7F', u'\x80', u'\x7FF'}) {
-            std::u16string units = run;
-            units[at] = other;
-            EXPECT_EQ(Utf8ToUtf16(*Utf16ToUtf8(units)), units) << at;
-        }
     }
 }
 
 TEST(Utf, RejectsAndRepairsInvalidUtf8) {
-    const struct {
-        const char* what;
-        std::string text;
-        std::size_t invalidAt;
-        std::string repaired;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::size_t, std::string> cases[] = {
         {"stray continuation", "a\x80z", 1, "a" + kBad + "z"},
         {"never a lead byte", "\xC0\x80\xC1\xF5\xFF", 0, kBad + kBad + kBad + kBad + kBad},
         {"overlong of three", "\xE0\x9F\xBF", 0, kBad + kBad + kBad},
@@ -136,11 +119,7 @@ TEST(Utf, RejectsAndRepairsInvalidUtf8) {
 }
 
 TEST(Utf, RejectsAndRepairsLoneSurrogates) {
-    const struct {
-        const char* what;
-        std::wstring text;
-        std::string repaired;
-    } cases[] = {
+    const std::tuple<const char*, std::wstring, std::string> cases[] = {
         {"high at the end", {L'a', 0xD800}, "a" + kBad},
         {"low alone", {0xDC00, L'z'}, kBad + "z"},
         {"wrong order", {0xDC00, 0xD800}, kBad + kBad},

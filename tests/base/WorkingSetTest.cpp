@@ -1,15 +1,10 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <numeric>
-
 #include "base/WorkingSet.h"
 
 namespace quillon {
 
 namespace {
-
-using testing::IsEmpty;
 
 constexpr std::uint64_t kShared = 0x100;
 
@@ -31,34 +26,29 @@ struct GrowingSet {
 }  // namespace
 
 TEST(PrivateWorkingSet, FollowsASetThatGrowsForTwelveQueries) {
-    const struct {
-        int growths, queries;
-        long long expected;
-    } cases[] = {{0, 2, 2 * 4096}, {1, 3, 2 * 4096}, {11, 13, 9 * 4096}, {12, 13, 0}, {1000, 13, 0}};
-    for (const auto& c : cases) {
-        GrowingSet set{c.growths};
-        EXPECT_EQ(base::CountPrivateBytes(std::ref(set)), c.expected) << c.growths;
-        EXPECT_EQ(set.queries, c.queries) << c.growths;
+    const std::tuple<int, int, long long> cases[] = {
+        {0, 2, 2 * 4096}, {1, 3, 2 * 4096}, {11, 13, 9 * 4096}, {12, 13, 0}, {1000, 13, 0}};
+    for (const auto& [growths, queries, expected] : cases) {
+        GrowingSet set{growths};
+        EXPECT_EQ(base::CountPrivateBytes(std::ref(set)), expected) << growths;
+        EXPECT_EQ(set.queries, queries) << growths;
     }
 }
 
 TEST(PrivateWorkingSet, WhatTheProbeOrTheQueryCannotTellIsZero) {
-    const struct {
-        const char* what;
-        std::uint32_t probe, count, query;
-        long long expected;
-    } cases[] = {{"the probe succeeds", 0, 1, 0, 0},
-                 {"the probe fails otherwise", 5, 1, 0, 0},
-                 {"no entries", 24, 0, 0, 0},
-                 {"the query fails otherwise", 24, 1, 5, 0},
-                 {"one page", 24, 1, 0, 4096}};
-    for (const auto& c : cases) {
+    const std::tuple<const char*, std::uint32_t, std::uint32_t, std::uint32_t, long long> cases[] = {
+        {"the probe succeeds", 0, 1, 0, 0},
+        {"the probe fails otherwise", 5, 1, 0, 0},
+        {"no entries", 24, 0, 0, 0},
+        {"the query fails otherwise", 24, 1, 5, 0},
+        {"one page", 24, 1, 0, 4096}};
+    for (const auto& [what, probe, count, later, expected] : cases) {
         bool isProbe = true;
         const auto query = [&](std::span<std::uint64_t> buffer) {
-            buffer[0] = c.count;
-            return std::exchange(isProbe, false) ? c.probe : c.query;
+            buffer[0] = count;
+            return std::exchange(isProbe, false) ? probe : later;
         };
-        EXPECT_EQ(base::CountPrivateBytes(query), c.expected) << c.what;
+        EXPECT_EQ(base::CountPrivateBytes(query), expected) << what;
     }
 }
 

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <string>
-
 #include "platform/ErrorText.h"
 #include "platform/FolderWalk.h"
 #include "support/System.h"
@@ -38,22 +35,6 @@ TEST_F(FileApiTest, WhatDoesNotFitIntoMemoryIsAFailure) {
     EXPECT_EQ(LastError(), 8u);
 }
 
-std::optional<std::string> ReadFileWithin(const std::string& path, std::uint64_t most) {
-    std::string content;
-    const bool isRead =
-        ReadPiecesWithin(path, most, [&](std::string_view piece, std::uint64_t) { content += piece; });
-    return isRead ? std::optional(content) : std::nullopt;
-}
-
-TEST_F(FileApiTest, AFileIsReadWithinALimit) {
-    const std::string path = dir.Write("file", "12345");
-    EXPECT_EQ(ReadFileWithin(path, 5), "12345");
-    EXPECT_EQ(ReadFileWithin(path, 4), std::nullopt);
-    EXPECT_EQ(LastError(), 8u);
-    EXPECT_EQ(ReadWholeFile(path, 4), "1234");
-    EXPECT_EQ(ReadFileWithin(dir.Write("empty", ""), 0), "");
-}
-
 TEST_F(FileApiTest, AFileThatTellsNoSizeHasToEnd) {
     const std::string endless = "/proc/self/pagemap", status = "/proc/self/status";
     if (!fs::exists(endless)) GTEST_SKIP() << "only Linux has files without a size";
@@ -61,9 +42,6 @@ TEST_F(FileApiTest, AFileThatTellsNoSizeHasToEnd) {
     ASSERT_TRUE(content);
     EXPECT_GT(content->size(), 100u);
     EXPECT_EQ(ReadWholeFile(status, 7), "Name:\t" + content->substr(6, 1));
-    EXPECT_EQ(ReadFileWithin(status, 100), std::nullopt);
-    EXPECT_EQ(LastError(), 8u);
-    SetLastErrorCode(0);
     EXPECT_EQ(ReadWholeFile(endless), std::nullopt);
     EXPECT_EQ(LastError(), 8u);
     std::size_t seen = 0;
@@ -72,25 +50,6 @@ TEST_F(FileApiTest, AFileThatTellsNoSizeHasToEnd) {
         return true;
     }));
     EXPECT_EQ(seen, std::size_t{64} << 20);
-}
-
-TEST_F(FileApiTest, PlantedLinksAreNotFollowed) {
-    if (test::kWindows) GTEST_SKIP() << "links need a privilege there";
-    fs::create_directory(dir.Native("temp"));
-    // Every 32nd name is taken by a link to a file that must not come to be.
-    for (unsigned n = 0; n < 0x10000; n += 32) {
-        char name[16];
-        std::snprintf(name, sizeof(name), "vnt%04X.tmp", n);
-        fs::create_symlink(dir.Native("victim"), dir.Native("temp") / name);
-    }
-    for (int i = 0; i < 150; ++i) {
-        const auto path = CreateTemporaryFile(dir.Path("temp"), "vnt");
-        ASSERT_TRUE(path);
-        const fs::file_status status = fs::symlink_status(test::ToNative(*path));
-        EXPECT_EQ(status.type(), fs::file_type::regular);
-        EXPECT_EQ(status.permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    }
-    EXPECT_FALSE(dir.Exists("victim"));
 }
 
 TEST_F(FolderWalkMoves, OneFolderAtATimeAndNeverThroughALink) {

