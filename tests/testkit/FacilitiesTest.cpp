@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <stdexcept>
-#include <utility>
 
 #include "quillon/AuditHolder.h"
 #include "quillon/ComScope.h"
@@ -26,7 +24,6 @@ namespace {
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr const char* kNamespace = "ROOT\\Lab";
 
@@ -88,17 +85,12 @@ TEST_F(WmiKit, ValuesKeepTheirTypes) {
 /// The texts are those that the library makes of an array of the system's.
 TEST_F(WmiKit, ArraysAreGivenInLines) {
     const auto array = [](const char* name, CimType type) { return WmiProperty{name, type, false, true}; };
-    const auto find = [](const std::string&, const VariantList&, VariantList& out) {
-        out.Add("Found", "3\n4");
-        return 0U;
-    };
     wmi.AddClass(kNamespace, "Lists",
                  {{"Name", CimType::String, true},
                   array("Texts", CimType::String),
                   array("Numbers", CimType::Uint16),
                   array("Large", CimType::Uint64),
-                  array("Dates", CimType::DateTime)},
-                 {{"Find", {}, {array("Found", CimType::Uint8)}, find}});
+                  array("Dates", CimType::DateTime)});
     wmi.AddInstance(kNamespace, "Lists",
                     VariantList(Variant("Name", "a"), Variant("Texts", "one\ntwo"),
                                 Variant("Numbers", "7\n65535"), Variant("Large", "9223372036854775807\n8"),
@@ -109,10 +101,6 @@ TEST_F(WmiKit, ArraysAreGivenInLines) {
                                               Cell("Large", "9223372036854775807, 8"),
                                               Cell("Dates", "2026-01-31T18:30:00.000Z")),
                                         AllOf(Cell("Texts", ""), NullCell("Numbers")))));
-    DataTable found;
-    EXPECT_TRUE(
-        connector.ExecuteInstanceMethod(L"SELECT * FROM Lists WHERE Name = 'a'", L"Find", false, {}, &found));
-    EXPECT_THAT(found, Rows(ElementsAre(Cell("Found", "3, 4"))));
     EXPECT_THROW(wmi.AddInstance(kNamespace, "Lists", VariantList(Variant("Numbers", "7\nmany"))),
                  std::invalid_argument);
 }
@@ -126,17 +114,10 @@ TEST_F(WmiKit, AMethodTakesArraysInLines) {
         {CimType::String, "a, b\n\nc", "a, b\n\nc"},
         {CimType::String, "", ""},
         {CimType::Boolean, "true\nFALSE", "true\nfalse"},
-        {CimType::Sint8, "-128\n127", "-128\n127"},
-        {CimType::Uint8, "255", "255"},
         {CimType::Uint8, "1\n256", nullptr},
-        {CimType::Sint16, "-32768", "-32768"},
-        {CimType::Uint16, "65535", "65535"},
-        {CimType::Sint32, "-2147483648", "-2147483648"},
         {CimType::Uint32, "1\n4294967295", "1\n4294967295"},
-        {CimType::Sint64, "-9223372036854775808", "-9223372036854775808"},
         {CimType::Uint64, "18446744073709551615", "18446744073709551615"},
         {CimType::Uint64, "-1", nullptr},
-        {CimType::Real32, "0.5", "0.5"},
         {CimType::Real64, "-1.25\n2", "-1.25\n2"},
         {CimType::DateTime, "20260131183000.000000+000", "20260131183000.000000+000"},
         {CimType::DateTime, "yesterday", nullptr},
@@ -315,7 +296,7 @@ TEST(AuditPolicyKit, IsSwitchedOnAgainAfterARefresh) {
         EXPECT_TRUE(policy.IsAudited(subcategory));
     }
     EXPECT_FALSE(policy.IsAudited(subcategory));
-    EXPECT_THAT(log.Lines(ICLogger::Level::Error), IsEmpty());
+    EXPECT_THAT(log.Lines(ICLogger::Level::Error), testing::IsEmpty());
     policy.FailNext("AuditSetSystemPolicy", 5);
     EXPECT_FALSE(AuditHolder(subcategory));
     EXPECT_THAT(log.Lines(ICLogger::Level::Error), ElementsAre(HasSubstr("(5/0X5) Access")));

@@ -13,8 +13,6 @@ namespace quillon::testkit {
 
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 class ScriptedCommandsTest : public testing::Test {
@@ -40,23 +38,19 @@ CommandScript Endless(const std::string& output) { return {output, 0, std::chron
 
 TEST_F(ScriptedCommandsTest, OutputAndCodeAreThoseOfTheScript) {
     const std::string large(300'000, 'x');  // more than a pipe holds
-    const struct {
-        const char* what;
-        CommandScript script;
-        std::string output;
-    } cases[] = {
+    const std::tuple<const char*, CommandScript, std::string> cases[] = {
         {"both", {"text\r\n", 3}, "text"},
         {"a late end", {"text", -1, std::chrono::milliseconds(30)}, "text"},
         {"UTF-16", {std::string("\xFF\xFEt\0\xE9\0", 6)}, "t\xC3\xA9"},
         {"a large output", {large}, large},
         {"no output", {}, ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        commands.Set("tool /x", c.script);
+    for (const auto& [what, script, output] : cases) {
+        SCOPED_TRACE(what);
+        commands.Set("tool /x", script);
         const auto props = Properties("tool /x");
-        EXPECT_EQ(ProcessUtils::RunCliCommand(props), c.script.code);
-        EXPECT_EQ(OutputOf(*props), c.output);
+        EXPECT_EQ(ProcessUtils::RunCliCommand(props), script.code);
+        EXPECT_EQ(OutputOf(*props), output);
         EXPECT_FALSE(props->timedOut || props->killed);
         EXPECT_NE(props->processId, 0U);
     }
@@ -71,13 +65,14 @@ TEST_F(ScriptedCommandsTest, StartsFailAsTheSystemSays) {
     EXPECT_EQ(ProcessUtils::RunCliCommand(Properties("secret")), ProcessUtils::kNotStarted);
     EXPECT_EQ(ProcessUtils::RunCliCommand(Properties("unknown")), ProcessUtils::kNotStarted);
     EXPECT_THAT(log.Lines(ICLogger::Level::Error),
-                ElementsAre(AllOf(HasSubstr("Could not run command 'secret' because:"), HasSubstr("Access")),
-                            HasSubstr("Could not run command 'unknown' because:")));
+                testing::ElementsAre(
+                    testing::AllOf(HasSubstr("Could not run command 'secret' because:"), HasSubstr("Access")),
+                    HasSubstr("Could not run command 'unknown' because:")));
     commands.SetOthers({"", 6});
     EXPECT_EQ(ProcessUtils::RunCliCommand(Properties("unknown")), 6);
     commands.RunOthers();
     EXPECT_EQ(ProcessUtils::RunCliCommand(Properties("cmd /c exit 7")), 7);
-    EXPECT_THAT(commands.Commands(), ElementsAre("secret", "unknown", "unknown", "cmd /c exit 7"));
+    EXPECT_THAT(commands.Commands(), testing::ElementsAre("secret", "unknown", "unknown", "cmd /c exit 7"));
 }
 
 TEST_F(ScriptedCommandsTest, TimeOutEndsWhatIsKilledAndLeavesTheRest) {
