@@ -37,12 +37,7 @@ concept AddsCharacter = requires(List list) {
 };
 
 TEST(Variant, ShowsEveryKind) {
-    const struct {
-        Variant value;
-        std::string text, dump;
-        int sqlType;
-        std::string sqlName;
-    } cases[] = {
+    const std::tuple<Variant, std::string, std::string, int, std::string> cases[] = {
         {Variant::NullVariant("n"), "null", "null", 5, "NULL"},
         {Variant("n", "a%sb"), "a%sb", "of type string = 'a%sb'", 3, "TEXT"},
         {Variant("n", -1LL << 63), "-9223372036854775808", "of type long long = '-9223372036854775808'", 1,
@@ -68,11 +63,7 @@ TEST(Variant, ShowsEveryKind) {
 
 TEST(Variant, EqualityTakesNameNullnessKindAndValue) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const struct {
-        const char* what;
-        Variant left, right;
-        bool equal;
-    } cases[] = {
+    const std::tuple<const char*, Variant, Variant, bool> cases[] = {
         {"names differ", Variant("n", 5), Variant("m", 5), false},
         {"nulls, whatever is held", Variant::NullVariant("n"), Variant("n", typeid(std::string)), true},
         {"null and not", Variant::NullVariant("n"), Variant("n", 0), false},
@@ -231,10 +222,9 @@ TEST(Variant, SortsByNameKindAndValueAndHashesAlike) {
         Variant("b", 0),
     };
     for (std::size_t i = 0; i < std::size(sorted); ++i) {
-        for (std::size_t j = 0; j < std::size(sorted); ++j) {
-            SCOPED_TRACE(testing::PrintToString(sorted[i]) + " " + testing::PrintToString(sorted[j]));
-            EXPECT_EQ(sorted[i] <=> sorted[j], std::weak_ordering(i <=> j));
-        }
+        for (std::size_t j = 0; j < std::size(sorted); ++j)
+            EXPECT_EQ(sorted[i] <=> sorted[j], std::weak_ordering(i <=> j))
+                << testing::PrintToString(sorted[i]) + " " + testing::PrintToString(sorted[j]);
     }
     EXPECT_EQ(std::hash<Variant>()(Variant("n", 0.0)), std::hash<Variant>()(Variant("n", -0.0)));
     EXPECT_EQ(Variant::NullVariant("n").Hash(), Variant("n", typeid(std::string)).Hash());

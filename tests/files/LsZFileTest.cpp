@@ -75,12 +75,7 @@ TEST_F(LsZFileTest, EveryLineIsAnEntryACommentOrSkipped) {
 TEST_F(LsZFileTest, BytesBecomeLinesAsTheyAreRead) {
     const std::string entry = "\"a\" ln=1 dt=1", end = "\n; List Complete\n", zero(1, '\0');
     const auto padded = [&](std::size_t size) { return entry + std::string(size - entry.size(), ' ') + end; };
-    const struct {
-        const char* what;
-        std::string content;
-        unsigned lines;
-        bool isOk;
-    } cases[] = {
+    const std::tuple<const char*, std::string, unsigned, bool> cases[] = {
         {"empty", "", 0, false},
         {"only a mark", "\xFF\xFE", 0, false},
         {"half a mark", "\xFF", 0, false},
@@ -97,13 +92,12 @@ TEST_F(LsZFileTest, BytesBecomeLinesAsTheyAreRead) {
         {"UTF-8", "\"\xC3\xA9\" ln=1 dt=1" + end, 2, true},
         {"invalid UTF-8", entry + "\n\xC3" + entry + end, 1, false},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Told(c.content).starts_with("ok"), c.isOk) << c.what;
-        EXPECT_EQ(log.Lines()[0].ends_with("is not Unicode"), !c.content.starts_with("\xFF\xFE")) << c.what;
-        EXPECT_EQ(log.Lines().back() == "LSZ file 'shown' is not complete", !c.isOk) << c.what;
-        EXPECT_THAT(log.Lines(),
-                    testing::Contains("Read " + std::to_string(c.lines) + " lines from LSZ file"))
-            << c.what;
+    for (const auto& [what, content, lines, isOk] : cases) {
+        EXPECT_EQ(Told(content).starts_with("ok"), isOk) << what;
+        EXPECT_EQ(log.Lines()[0].ends_with("is not Unicode"), !content.starts_with("\xFF\xFE")) << what;
+        EXPECT_EQ(log.Lines().back() == "LSZ file 'shown' is not complete", !isOk) << what;
+        EXPECT_THAT(log.Lines(), testing::Contains("Read " + std::to_string(lines) + " lines from LSZ file"))
+            << what;
     }
 }
 

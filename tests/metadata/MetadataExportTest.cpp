@@ -65,9 +65,7 @@ TEST(MetadataExport, JsonTellsEverything) {
 }
 
 TEST(MetadataExport, CellsShowTextsAsTheyAre) {
-    const struct {
-        const char *text, *cell;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"a|b", "a\\|b"},
         {"a\\|b", "a\\\\\\|b"},
         {"one\r\ntwo\nthree\rfour", "one<br>two<br>three<br>four"},
@@ -78,27 +76,24 @@ TEST(MetadataExport, CellsShowTextsAsTheyAre) {
         {"[x](y) *b* _i_ `c` ~s~ $m$", "\\[x\\](y) \\*b\\* \\_i\\_ \\`c\\` \\~s\\~ \\$m\\$"},
         {"\xC3\xA9 \xFF", "\xC3\xA9 \xEF\xBF\xBD"},
         {nullptr, ""}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_THAT(MarkdownWith(c.text),
-                    HasSubstr(std::string("\n| ") + c.cell + " | unknown | no |  | " + c.cell + " |\n"));
-    }
+    for (const auto& [text, cell] : cases)
+        EXPECT_THAT(MarkdownWith(text),
+                    HasSubstr(std::string("\n| ") + cell + " | unknown | no |  | " + cell + " |\n"))
+            << text;
 }
 
 TEST(MetadataExport, ParagraphsAndExamplesKeepTheirShape) {
     MethodMetadata method;
     method.MethodName("m");
     method.Example("a\n```\nb");
-    const struct {
-        const char *text, *paragraph;
-    } cases[] = {{"# no heading", "\\# no heading"}, {"- no list", "\\- no list"},
-                 {"12. no list", "12\\. no list"},   {"2024 is a year", "2024 is a year"},
-                 {"\t no code", "no code"},          {"123", "123"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        method.Description(c.text);
+    const std::pair<const char*, const char*> cases[] = {
+        {"# no heading", "\\# no heading"},   {"- no list", "\\- no list"}, {"12. no list", "12\\. no list"},
+        {"2024 is a year", "2024 is a year"}, {"\t no code", "no code"},    {"123", "123"}};
+    for (const auto& [text, paragraph] : cases) {
+        SCOPED_TRACE(text);
+        method.Description(text);
         EXPECT_EQ(ToMarkdown(method),
-                  std::string("## m\n\n") + c.paragraph + "\n\n### Example\n\n````\na\n```\nb\n````\n");
+                  std::string("## m\n\n") + paragraph + "\n\n### Example\n\n````\na\n```\nb\n````\n");
     }
 }
 

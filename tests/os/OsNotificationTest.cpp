@@ -3,7 +3,6 @@
 #include <ctime>
 #include <map>
 #include <stdexcept>
-#include <string>
 
 #include "quillon/IWindowsTerminalServicesService.h"
 #include "quillon/OperatingSystemPowerNotification.h"
@@ -18,7 +17,6 @@ using Level = ICLogger::Level;
 using PowerNote = OperatingSystemPowerNotification;
 using SessionNote = OperatingSystemUserSessionNotification;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr unsigned long kPower = 13, kSession = 14;
 std::uint32_t g_session[] = {8, 4'000'000'000};  // the record's size and the session
@@ -47,11 +45,7 @@ std::string Refusal(unsigned long control, unsigned long event) {
 TEST(PowerNotification, SaysWhatTheEventMeans) {
     const std::string received = "ServiceControl received: ",
                       skipping = "OperatingSystemPowerNotification skipping control code: 13 Event type: ";
-    const struct {
-        unsigned long event;
-        int type;
-        std::string message;
-    } cases[] = {
+    const std::tuple<unsigned long, int, std::string> cases[] = {
         {4, 4, received + "System about enter a suspended state"},
         {7, 7, received + "System resumed operation after being suspended"},
         {10, 10, received + "Power source change event is skipped"},
@@ -98,7 +92,7 @@ TEST(SessionNotification, OnlyALogonHasAUser) {
         none(kSession, 5, nullptr, nullptr);
     log.Forget();
     EXPECT_EQ(off.GetSessionDomainUser(false), L"<unknown-user>");
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
     EXPECT_EQ(off.GetSessionDomainUser(true), L"<unknown-user>");
     EXPECT_EQ(on.GetSessionDomainUser(true), L"<unknown-user>");
     EXPECT_EQ(log.Lines(Level::Warn).front(), "Cannot get domain user for a logged out user");

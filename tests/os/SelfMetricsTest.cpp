@@ -5,7 +5,6 @@
 #include <fstream>
 #include <future>
 #include <map>
-#include <vector>
 
 #include "support/TempDir.h"
 #include "support/Threads.h"
@@ -13,8 +12,6 @@
 namespace quillon {
 
 namespace {
-
-using testing::ElementsAre;
 
 /// Figures by name; those that the system does not tell are left out.
 std::map<std::string, long long> Figures() {
@@ -27,17 +24,6 @@ std::map<std::string, long long> Figures() {
 }
 
 }  // namespace
-
-TEST(SelfMetrics, HasItsColumnsAndRows) {
-    const DataTable table = SelfMetrics();
-    EXPECT_THAT(table.GetDefaultColumnNames(), ElementsAre("Name", "Value", "Unit"));
-    std::vector<std::string> names;
-    for (const VariantList& row : table)
-        names.push_back(row.Get("Name").GetStringValue() + " " + row.Get("Unit").GetStringValue());
-    EXPECT_THAT(names, testing::IsSupersetOf({"ResidentMemory bytes", "PrivateMemory bytes", "UserTime ms",
-                                              "KernelTime ms", "Threads count", "Handles count",
-                                              "DroppedLogLines count"}));
-}
 
 TEST(SelfMetrics, FollowsWhatTheProcessDoes) {
     constexpr long long kBytes = 64LL << 20;

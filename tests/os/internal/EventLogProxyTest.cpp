@@ -1,7 +1,5 @@
 #include "quillon/EventLogProxy.h"
 
-#include <functional>
-
 #include "os/internal/EventLogTest.h"
 #include "platform/ErrorText.h"
 #include "quillon/EventLogReader.h"
@@ -11,9 +9,6 @@
 namespace quillon::test {
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 using EventLogProxyTest = EventLogTest;
 
@@ -53,8 +48,9 @@ TEST_F(EventLogProxyTest, WhatTheSystemLacksIsToldOnceAndNothingWorks) {
         remove();
         EventLogProxy::Initialize(log);
         EventLogProxy::Initialize(log);
-        EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
-                    ElementsAre(reason + " - event log subscription functionality will not be available"));
+        EXPECT_THAT(
+            log.Lines(ICLogger::Level::Warn),
+            testing::ElementsAre(reason + " - event log subscription functionality will not be available"));
         EXPECT_FALSE(EventLogProxy::IsAvailable());
         EXPECT_FALSE(Enable());
         Disable();
@@ -98,9 +94,9 @@ TEST_F(EventLogProxyTest, LastHolderSwitchesOffWhatTheProxySwitchedOn) {
     Disable(kSameChannel);
     EXPECT_FALSE(events.IsEnabled(kName));
     EXPECT_TRUE(events.IsEnabled("On"));
-    EXPECT_THAT(
-        log.Lines(ICLogger::Level::Debug),
-        ElementsAre("Enabled Windows Event Log channel '" + kName + "' for subscriptions",
+    EXPECT_THAT(log.Lines(ICLogger::Level::Debug),
+                testing::ElementsAre(
+                    "Enabled Windows Event Log channel '" + kName + "' for subscriptions",
                     "Disabled Windows Event Log channel 'MAKER-part/kanal \xC3\xA4' for subscriptions"));
 }
 
@@ -109,10 +105,7 @@ TEST_F(EventLogProxyTest, FailuresLeaveNothingHeld) {
                                    "' - subscriptions to this channel will not be possible";
     const std::string notDisabled = "Failed to disable Windows Event Log channel '" + kName +
                                     "' - this channel should be disabled manually";
-    const struct {
-        const char* entryPoint;
-        std::vector<std::string> enabling, disabling;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, std::vector<std::string>> cases[] = {
         {"EvtOpenChannelConfig", {}, {}},
         {"EvtGetChannelConfigProperty",
          {},
@@ -120,19 +113,19 @@ TEST_F(EventLogProxyTest, FailuresLeaveNothingHeld) {
         {"EvtSetChannelConfigProperty", {notEnabled}, {notDisabled}},
         {"EvtSaveChannelConfig", {notEnabled}, {notDisabled}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.entryPoint);
+    for (const auto& [entryPoint, enabling, disabling] : cases) {
+        SCOPED_TRACE(entryPoint);
         events.Reset();
         events.AddChannel(kName, false);
         log.Forget();
-        events.FailNext(c.entryPoint, 5);
+        events.FailNext(entryPoint, 5);
         EXPECT_FALSE(Enable());
-        EXPECT_EQ(log.Lines(), c.enabling);
+        EXPECT_EQ(log.Lines(), enabling);
         EXPECT_TRUE(Enable());
         log.Forget();
-        events.FailNext(c.entryPoint, 5);
+        events.FailNext(entryPoint, 5);
         Disable();
-        EXPECT_EQ(log.Lines(), c.disabling);
+        EXPECT_EQ(log.Lines(), disabling);
         EXPECT_TRUE(EventLogState::Get().channels.empty());
     }
     EXPECT_FALSE(Enable(L"missing"));

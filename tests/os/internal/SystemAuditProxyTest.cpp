@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 #include <new>
 
@@ -24,7 +23,6 @@ namespace {
 using simulation::AuditPolicy;
 using simulation::Modules;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string kId = "0cce922b-69ae-11d9-bed3-505054503030";
 const std::string kGuid = "{0CCE922B-69AE-11D9-BED3-505054503030}";
@@ -100,7 +98,7 @@ TEST_F(SystemAuditProxyTest, LastHolderSwitchesOffWhatTheProxySwitchedOn) {
     Disable();
     Disable(kOtherId);
     EXPECT_EQ(State(), 3u);
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
     Disable();
     EXPECT_EQ(State(), 0u);
     EXPECT_THAT(log.Lines(), ElementsAre(kOn, kDisabled, kOff, kStopped));
@@ -144,10 +142,7 @@ TEST_F(SystemAuditProxyTest, WhatPolicySwitchedOffIsSwitchedOnAgainAndBelongsToT
 
 TEST_F(SystemAuditProxyTest, WhatTheSystemLacksIsToldOnce) {
     const auto without = [this](const char* name) { modules.RemoveEntryPoint("Advapi32.dll", name); };
-    const struct {
-        std::function<void()> remove;
-        std::string reason;
-    } cases[] = {
+    const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] {
              auto calls = modules.Calls();
              calls.isSystemAtLeast = [](std::uint32_t major, std::uint32_t minor, std::uint32_t servicePack) {
@@ -161,15 +156,15 @@ TEST_F(SystemAuditProxyTest, WhatTheSystemLacksIsToldOnce) {
         {[&] { without("AuditSetSystemPolicy"); }, "Entry-point for AuditSetSystemPolicy was not found"},
         {[&] { without("AuditFree"); }, "Entry-point for AuditFree was not found"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.reason);
+    for (const auto& [remove, reason] : cases) {
+        SCOPED_TRACE(reason);
         Bind();
-        c.remove();
+        remove();
         EXPECT_FALSE(Enable());
         EXPECT_FALSE(Enable());
         Disable();
         EXPECT_THAT(log.Lines(ICLogger::Level::Warn),
-                    ElementsAre(c.reason + " - system audit policy functionality will not be available"));
+                    ElementsAre(reason + " - system audit policy functionality will not be available"));
         EXPECT_EQ(log.Lines().size(), 1u);
         log.Forget();
     }
@@ -177,10 +172,7 @@ TEST_F(SystemAuditProxyTest, WhatTheSystemLacksIsToldOnce) {
 
 TEST_F(SystemAuditProxyTest, FailuresToEnableHoldNothing) {
     const std::string text = StringUtils::GetErrorAsString(kCode);
-    const struct {
-        const char* call;
-        std::vector<std::string> errors;
-    } cases[] = {
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"openThreadToken", {kNoToken}},
         {"openProcessToken", {kNoToken}},
         {"setPrivilege", {kNoPrivilege}},
@@ -188,11 +180,11 @@ TEST_F(SystemAuditProxyTest, FailuresToEnableHoldNothing) {
         {"AuditSetSystemPolicy",
          {"Failed to enable success + failure auditing on audit sub-category '" + kGuid + "' - " + text}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.call);
-        policy.FailNext(c.call, kCode);
+    for (const auto& [call, errors] : cases) {
+        SCOPED_TRACE(call);
+        policy.FailNext(call, kCode);
         EXPECT_FALSE(Enable());
-        EXPECT_EQ(log.Lines(ICLogger::Level::Error), c.errors);
+        EXPECT_EQ(log.Lines(ICLogger::Level::Error), errors);
         EXPECT_EQ(policy.GetWaits().CountWaits(), 0u);
         log.Forget();
     }
