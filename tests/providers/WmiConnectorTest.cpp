@@ -2,7 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <set>
+#include <thread>
 
 #include "quillon/ComScope.h"
 #include "quillon/ProcessUtils.h"
@@ -17,17 +21,47 @@ namespace quillon::test {
 
 namespace {
 
+using testing::StartsWith;
+
 class SystemWmiTest : public testing::Test {
 protected:
     SystemWmiTest() { EXPECT_TRUE(connector.Connect("ROOT\\CIMV2")); }
 
     bool Query(const std::string& wql) { return connector.ExecuteQuery(wql, &table); }
 
+    /// Looks again while the two differ: the number of a process that has ended may be given to another one
+    /// between them.
+    bool IsListedOrHasEnded(long long id);
+
     const ComScope com;
     RecordingLogger log;
     WmiConnector connector;
     DataTable table;
 };
+
+std::set<long long> ProcessIds() {
+    std::vector<unsigned long> ids;
+    ProcessUtils::EnumerateProcessIds(ids);
+    return {ids.begin(), ids.end()};
+}
+
+std::string CommandLineOf(long long id) {
+    std::string text;
+    ProcessUtils::GetCommandLineForProcess(static_cast<unsigned long>(id), text);
+    return text;
+}
+
+/// A process that has ended and waits for its parent is still counted, but is none of WMI's.
+bool HasEnded(long long id) { return !ProcessIds().contains(id) || CommandLineOf(id).empty(); }
+
+bool SystemWmiTest::IsListedOrHasEnded(long long id) {
+    constexpr int kMostLooks = 20;
+    for (int look = 0; look < kMostLooks; ++look) {
+        if (!Query("SELECT Name FROM Win32_Process WHERE ProcessId = " + std::to_string(id))) return false;
+        if (table.GetNumberOfRows() == 1 || HasEnded(id)) return true;
+    }
+    return false;
+}
 
 /// Connects without COM and with it, and uses that connection, with and without a deadline.
 const ChildMode withoutCom("wmi-without-com", [](const std::vector<std::string>&) {
@@ -67,6 +101,22 @@ TEST_F(SystemWmiTest, TellsOfTheSystemAndItsDisks) {
     EXPECT_GT(table.begin()->Get("Size").GetLongLongValue(), 0);
 }
 
+/// Other processes begin and end meanwhile, so each that differs is looked at again by itself.
+TEST_F(SystemWmiTest, ListsTheProcessesThatThereAre) {
+    const std::set<long long> before = ProcessIds();
+    ASSERT_TRUE(Query("SELECT ProcessId FROM Win32_Process"));
+    std::set<long long> listed;
+    for (const VariantList& row : table) listed.insert(row.Get(0).GetLongLongValue());
+    const auto isLiving = [](long long id) { return !CommandLineOf(id).empty(); };
+    EXPECT_GE(2 * std::ssize(listed), std::count_if(before.begin(), before.end(), isLiving));
+    std::set<long long> either = before;
+    either.insert(listed.begin(), listed.end());
+    for (const long long id : either) {
+        const bool isInBoth = before.contains(id) && listed.contains(id);
+        EXPECT_TRUE(isInBoth || IsListedOrHasEnded(id)) << id;
+    }
+}
+
 TEST_F(SystemWmiTest, CallsAMethodOfAProcess) {
     EXPECT_TRUE(
         connector.ExecuteInstanceMethod(L"SELECT * FROM Win32_Process", L"GetOwner", false, {}, &table));
@@ -95,10 +145,10 @@ TEST_F(SystemWmiTest, CallsAMethodOfAClass) {
 TEST_F(SystemWmiTest, RefusesWhatItDoesNotKnow) {
     EXPECT_FALSE(Query("SELECT Name Win32_Process"));
     EXPECT_THAT(log.Lines(ICLogger::Level::Error),
-                testing::ElementsAre(testing::StartsWith("WMI error 0x80041017 - ")));
+                testing::ElementsAre(StartsWith("WMI error 0x80041017 - ")));
     EXPECT_FALSE(connector.TryConnect("ROOT\\NoSuchNamespace"));
     EXPECT_FALSE(connector.Connect("ROOT\\NoSuchNamespace"));
-    EXPECT_THAT(log.Lines().back(), testing::StartsWith("WMI error 0x8004100e - "));
+    EXPECT_THAT(log.Lines().back(), StartsWith("WMI error 0x8004100e - "));
 }
 
 }  // namespace quillon::test
