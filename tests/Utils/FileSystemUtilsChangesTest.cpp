@@ -133,6 +133,30 @@ TEST_F(FileSystemChangesTest, ThreadsMakeTheSameAncestors) {
     EXPECT_EQ(made, kRounds * kThreads);
 }
 
+TEST_F(FileSystemChangesTest, PathLimitIsLeftToTheSystem) {
+    std::string base = dir.Path();
+    while (base.size() < 150) {
+        base += "\\" + std::string(40, 'p');
+        ASSERT_TRUE(FS::MakeDirectory(base));
+    }
+    for (const std::size_t length : {247U, 248U, 259U, 260U, 261U}) {
+        SCOPED_TRACE(length);
+        const std::string path = base + "\\" + std::string(length - base.size() - 1, 'n');
+        // Past 247 characters for a folder and 259 for a file, a setting decides on Windows.
+        const bool isMade = FS::MakeDirectory(path);
+        EXPECT_TRUE(isMade || (test::kWindows && length > 247));
+        EXPECT_EQ(FS::IsDirectory(path), isMade);
+        EXPECT_EQ(FS::EraseDirectory(path), isMade);
+        const bool isWritten = FS::WriteUtf8NoBomFile(path, "x");
+        EXPECT_TRUE(isWritten || (test::kWindows && length > 259));
+        EXPECT_EQ(FS::ReadContentsOfFile(path), isWritten ? "x" : "");
+        EXPECT_EQ(FS::EraseFile(path, true), isWritten);
+        const std::string error = StringUtils::GetLastErrorAsString();
+        EXPECT_TRUE(isWritten || error.starts_with("(3/") || error.starts_with("(206/")) << error;
+        EXPECT_FALSE(FS::Exists(path));
+    }
+}
+
 TEST_F(FileSystemChangesTest, RenameReplacesOnlyWhenTold) {
     const std::string a = dir.Write("a", "new");
     const std::string b = dir.Write("b", "old");
