@@ -52,7 +52,8 @@ std::optional<std::string> CreateNumbered(const std::string& folder, const std::
         const UINT number = (start + i) % kNumbers + 1;
         if (::GetTempFileNameW(wideFolder->c_str(), widePrefix->c_str(), number, name) == 0)
             return std::nullopt;
-        if (create(name, attributes)) return PathFromWide(name);
+        std::string path = PathFromWide(name);  // takes memory, without which nothing is to be made
+        if (create(name, attributes)) return path;
         // A name whose file is being deleted is denied; so is a directory, for every name.
         const DWORD error = ::GetLastError();
         const bool isTaken = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
