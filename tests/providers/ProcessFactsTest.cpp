@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <fstream>
+#include <thread>
 
 #include "quillon/ProcessUtils.h"
 #include "quillon/ThreadUtils.h"
@@ -25,7 +26,9 @@ public:
               rest),
           m_run(test::CommandOf(m_command, logger)),
           m_thread([this] { ProcessUtils::RunCliCommand(m_run); }) {
-        EXPECT_TRUE(test::AwaitFile(m_dir.Native("started")));
+        const bool hasStarted = test::AwaitFile(m_dir.Native("started"));
+        EXPECT_TRUE(hasStarted);
+        while (hasStarted && Id() == 0) std::this_thread::yield();  // it may be ahead of its parent
     }
     ~RunningChild() { End(); }
     void End() {
