@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -60,13 +61,20 @@ std::uint64_t MarkOf(const Variant* cell, std::size_t prefix) {
 /// more than the comparison.
 struct SortedRow {
     DataTable::iterator row;
+    std::size_t place;  // before
     const Variant* cell = nullptr;
     std::uint64_t mark = 0;
 };
 
+std::weak_ordering Compare(const SortedRow& left, const SortedRow& right) {
+    if (left.mark != right.mark || left.cell == nullptr) return left.mark <=> right.mark;
+    return left.cell->CompareValues(*right.cell);
+}
+
+/// Equal rows keep their order.
 bool StandsBefore(const SortedRow& left, const SortedRow& right) {
-    if (left.mark != right.mark) return left.mark < right.mark;
-    return left.cell != nullptr && left.cell->CompareValues(*right.cell) < 0;
+    const std::weak_ordering order = Compare(left, right);
+    return order != 0 ? order < 0 : left.place < right.place;
 }
 
 /// Returns how many bytes at the front of all texts are the same.
@@ -92,11 +100,11 @@ void Sort(std::span<SortedRow> rows, std::span<const std::string> columns) {
     for (SortedRow& row : rows) row.cell = std::as_const(*row.row).Find(columns.front());
     const std::size_t prefix = CommonPrefix(rows);
     for (SortedRow& row : rows) row.mark = MarkOf(row.cell, prefix);
-    std::stable_sort(rows.begin(), rows.end(), &StandsBefore);
+    std::sort(rows.begin(), rows.end(), &StandsBefore);
     if (columns.size() == 1) return;
     for (auto first = rows.begin(); first != rows.end();) {
         const auto last = std::find_if(first, rows.end(),
-                                       [&first](const SortedRow& row) { return StandsBefore(*first, row); });
+                                       [&first](const SortedRow& row) { return Compare(*first, row) != 0; });
         Sort({first, last}, columns.subspan(1));
         first = last;
     }
@@ -107,7 +115,7 @@ void Sort(std::span<SortedRow> rows, std::span<const std::string> columns) {
 void DataTable::SortBy(const std::vector<std::string>& columns) {
     std::vector<SortedRow> sorted;
     sorted.reserve(m_rows.size());
-    for (auto row = m_rows.begin(); row != m_rows.end(); ++row) sorted.push_back({row});
+    for (auto row = m_rows.begin(); row != m_rows.end(); ++row) sorted.push_back({row, sorted.size()});
     Sort(sorted, columns);
     for (const SortedRow& moved : sorted) m_rows.splice(m_rows.end(), m_rows, moved.row);
     m_cursor = m_rows.end();
