@@ -182,9 +182,10 @@ void Query(DescribedBinder& binder, InvocationResult& result) {
 void Check(DescribedBinder& binder, InvocationResult& result) {
     std::string database;
     binder.Add("database", database);
-    if (!binder.Bind(result) || !IsThere(database, result)) return;
-    // One that is too damaged to be opened is moved aside, and a new one, which is sound, is opened.
+    if (!binder.Bind(result)) return;
     const auto file = ServiceLocator::Get<DatabaseFolder>()->FileOf(database);
+    if (!IsThere(database, result) || !file) return;
+    // One that is too damaged to be opened is moved aside, and a new one, which is sound, is opened.
     const std::uint32_t movedBefore = SqliteDatabase::CountMovedAside(*file);
     SqlApplicationDataStore store(database);
     std::vector<std::string> faults;

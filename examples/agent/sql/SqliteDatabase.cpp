@@ -91,15 +91,15 @@ SqliteDatabase::~SqliteDatabase() {
     }
 }
 
-bool SqliteDatabase::MakeFolder() {
-    if (m_place->folder.Make()) return true;
+bool SqliteDatabase::Make(const DatabaseFolder& folder) {
+    if (folder.Make()) return true;
     const std::string reason = StringUtils::GetLastErrorAsString();
-    m_connection.LogError("its directory cannot be made: " + reason, m_place->folder.GetPath());
+    m_connection.LogError("its directory cannot be made: " + reason, folder.GetPath());
     return false;
 }
 
 bool SqliteDatabase::Open() {
-    if (!m_place || !MakeFolder()) return false;
+    if (!m_place || !Make(m_place->folder)) return false;
     const std::string& file = m_place->file;
     const FileLock lock(file);
     if (lock.IsBusy()) {
@@ -123,7 +123,7 @@ void SqliteDatabase::Close() {
 
 bool SqliteDatabase::IsReady() {
     if (m_connection.IsOpen() && !m_connection.HasMoved()) return true;
-    if (m_connection.IsOpen())
+    if (m_connection.IsOpen() && m_place)
         m_connection.LogError("its file was moved away; it is opened anew", m_place->file);
     Close();
     Open();
