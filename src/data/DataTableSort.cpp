@@ -61,7 +61,7 @@ std::uint64_t MarkOf(const Variant* cell, std::size_t prefix) {
 /// more than the comparison.
 struct SortedRow {
     DataTable::iterator row;
-    std::size_t place;  // before
+    std::size_t place;  ///< in the table as it was, which decides between equal rows
     const Variant* cell = nullptr;
     std::uint64_t mark = 0;
 };

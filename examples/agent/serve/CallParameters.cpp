@@ -38,9 +38,8 @@ bool CallParameters::Read(const std::map<std::string, RequestValue>& values,
 bool CallParameters::ReadOne(const std::string& name, const RequestValue& value,
                              const IMethodMetadataReader& method, InvocationResult& result) {
     const std::string shown = "Parameter '" + ShownText(name) + "' must be ";
-    const std::string type = DescribedType(name, method);
     // The binder leaves a table that has a default as it is when the call has a scalar of its name.
-    if (type == "table" && IsNumberOrBoolean(value.kind))
+    if (IsNumberOrBoolean(value.kind) && DescribedType(name, method) == "table")
         return RefuseParameter(shown + "an array of objects", result);
     switch (value.kind) {
         case RequestValue::Kind::Null:
@@ -50,7 +49,8 @@ bool CallParameters::ReadOne(const std::string& name, const RequestValue& value,
         case RequestValue::Kind::Object:
             return RefuseParameter(shown + "a scalar or an array of objects", result);
         case RequestValue::Kind::TooLarge:
-            if (type != "float") return RefuseParameter(shown + "at most 9223372036854775807", result);
+            if (DescribedType(name, method) != "float")
+                return RefuseParameter(shown + "at most 9223372036854775807", result);
             m_parameters.scalars.Add(Variant(name, value.real));
             break;
         case RequestValue::Kind::Boolean:

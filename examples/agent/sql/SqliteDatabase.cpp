@@ -91,7 +91,7 @@ SqliteDatabase::~SqliteDatabase() {
     }
 }
 
-bool SqliteDatabase::Make(const DatabaseFolder& folder) {
+bool SqliteDatabase::MakeFolder(const DatabaseFolder& folder) {
     if (folder.Make()) return true;
     const std::string reason = StringUtils::GetLastErrorAsString();
     m_connection.LogError("its directory cannot be made: " + reason, folder.GetPath());
@@ -99,7 +99,7 @@ bool SqliteDatabase::Make(const DatabaseFolder& folder) {
 }
 
 bool SqliteDatabase::Open() {
-    if (!m_place || !Make(m_place->folder)) return false;
+    if (!m_place || !MakeFolder(m_place->folder)) return false;
     const std::string& file = m_place->file;
     const FileLock lock(file);
     if (lock.IsBusy()) {

@@ -61,7 +61,7 @@ private:
 
     SqliteDatabase(const std::string& name, std::optional<Place> place, int busyMilliseconds);
 
-    bool Make(const DatabaseFolder& folder);
+    bool MakeFolder(const DatabaseFolder& folder);
     bool Open();
     void Close();
     bool IsReady();
